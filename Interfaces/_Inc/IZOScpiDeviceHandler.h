@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Unknown.h"
+
+namespace ZoVelkor
+{
+
+/// Receives the device events of IEEE 488.2 for one application.
+///
+/// Threads: called like Execute, one at a time for one application.
+struct IZOScpiDeviceHandler : IUnknown
+{
+    static constexpr IID kInterfaceId{
+        0x0ADFA30E, 0x8459, 0x4F19, {0xA3, 0xEB, 0xFA, 0xE2, 0xCB, 0xEC, 0x6B, 0x06}
+    };
+
+    virtual HRESULT GotoLocal() = 0;
+    virtual HRESULT GotoRemote() = 0;
+    virtual HRESULT LocalLockout(short on) = 0;
+    virtual HRESULT DeviceClear() = 0;
+    virtual HRESULT Trigger() = 0;
+    /// *RST (IEEE 488.2 section 10.32).
+    virtual HRESULT Reset() = 0;
+    virtual HRESULT SystemPreset() = 0;
+    virtual HRESULT ProgramMessageBegin() = 0;
+    /// @param aborted  non-zero when the message was cancelled before its end
+    virtual HRESULT ProgramMessageEnd(short aborted) = 0;
+    /// *CAL? (IEEE 488.2 section 10.2).
+    /// @param[out] result  0: passed
+    virtual HRESULT Calibrate(long* result) = 0;
+    /// *TST? (IEEE 488.2 section 10.38).
+    /// @param[out] passed  VARIANT_TRUE: passed
+    virtual HRESULT Selftest(short* passed) = 0;
+    /// *OPT? (IEEE 488.2 section 10.20).
+    /// @param[out] text  options separated by commas, a new BSTR; null: none
+    virtual HRESULT GetDeviceOptions(wchar_t** text) = 0;
+    /// Fourth field of *IDN? (IEEE 488.2 section 10.14).
+    /// @param[out] text  a new BSTR; null: the kernel's own identity holds
+    virtual HRESULT GetFirmwareLevel(wchar_t** text) = 0;
+
+protected:
+    ~IZOScpiDeviceHandler() = default;
+};
+
+inline constexpr const IID& IID_IZOScpiDeviceHandler = IZOScpiDeviceHandler::kInterfaceId;
+
+} // namespace ZoVelkor

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Unknown.h"
+
+namespace ZoVelkor
+{
+
+/// Hands out one parser engine per remote path.
+struct IZOScpiMultichannelParser : IUnknown
+{
+    static constexpr IID kInterfaceId{
+        0x92A1E343, 0xBC22, 0x41ED, {0xBD, 0xC0, 0xCD, 0x43, 0xEE, 0x1B, 0xD3, 0xE8}
+    };
+
+    /// @param[out] engine  a new reference
+    /// @return E_POINTER, after an error report, when engine is null
+    virtual HRESULT CreateClone(IUnknown** engine) = 0;
+    virtual HRESULT ReleaseClone(IUnknown* engine) = 0;
+
+protected:
+    ~IZOScpiMultichannelParser() = default;
+};
+
+inline constexpr const IID& IID_IZOScpiMultichannelParser = IZOScpiMultichannelParser::kInterfaceId;
+
+} // namespace ZoVelkor

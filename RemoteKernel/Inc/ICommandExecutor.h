@@ -1,0 +1,31 @@
+#pragma once
+
+#include "ParsedCommand.h"
+
+#include <string_view>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+/// Receives what the program-message parser finds, in the order of the message.
+///
+/// Threads: the thread that parses.
+class ICommandExecutor
+{
+public:
+    /// Runs one command.
+    ///
+    /// @return false: the rest of the program message is dropped (device clear, broken connection)
+    virtual bool ExecuteCommand(const tagParsedCommand& command) = 0;
+
+    /// Takes a command error; the parser drops the rest of the message afterwards.
+    ///
+    /// @param code  SCPI error number
+    /// @param detail  what was wrong and where, for people; lent for the call
+    virtual void ReportError(short code, std::string_view detail) = 0;
+
+protected:
+    ~ICommandExecutor() = default;
+};
+
+} // namespace ZoVelkor::RemoteKernel
