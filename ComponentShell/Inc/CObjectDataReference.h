@@ -1,0 +1,65 @@
+#pragma once
+
+#include "ZoExport.h"
+
+#include <cstdint>
+#include <string>
+
+namespace ZoVelkor
+{
+/// What error reports need to know of an object, and where problems with its properties go.
+class CObjectDataReferenceBase
+{
+public:
+    /// The object's name for a reader of the log; never empty.
+    virtual std::string ObjectName() const = 0;
+
+    /// Reports a property whose value is wrong.
+    ///
+    /// @param value    address of the value, for identification only; may be null
+    /// @param message  what is wrong with it
+    virtual void PropertyError(const void* value, const std::string& message) = 0;
+
+    /// Reports a property whose value is doubtful but usable; parameters as for PropertyError.
+    virtual void PropertyWarning(const void* value, const std::string& message) = 0;
+
+protected:
+    CObjectDataReferenceBase() = default;
+    CObjectDataReferenceBase(const CObjectDataReferenceBase&) = default;
+    CObjectDataReferenceBase& operator=(const CObjectDataReferenceBase&) = default;
+    ~CObjectDataReferenceBase() = default;
+};
+
+/// Identity of a component in error reports; components inherit it virtually, so each has one.
+///
+/// Every object has a number that no other object of the process ever has. A copy is another object: it
+/// takes the name along and gets its own number.
+/// Threads: SetObjectName belongs to the set-up of the object; all other operations may run in any thread.
+class ZO_EXPORT CObjectDataReference : public CObjectDataReferenceBase
+{
+public:
+    CObjectDataReference() noexcept;
+    CObjectDataReference(const CObjectDataReference& other);
+    CObjectDataReference& operator=(const CObjectDataReference& other);
+    virtual ~CObjectDataReference();
+
+    /// The name set with SetObjectName; without one, the name of the object's class.
+    std::string ObjectName() const override;
+
+    /// Gives the object a name; an empty one brings back the name of its class.
+    void SetObjectName(std::string name);
+
+    /// The object's number, counted from 1 in order of construction.
+    std::uint64_t ObjectNumber() const noexcept { return m_iObjectNumber; }
+
+    /// Goes to the error reporter with severity Error and result ZO_E_SHELL.
+    void PropertyError(const void* value, const std::string& message) override;
+
+    /// Goes to the error reporter with severity Warning and result ZO_E_SHELL.
+    void PropertyWarning(const void* value, const std::string& message) override;
+
+private:
+    const std::uint64_t m_iObjectNumber;
+    std::string m_sName;
+};
+} // namespace ZoVelkor

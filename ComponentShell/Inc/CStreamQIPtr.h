@@ -1,0 +1,43 @@
+#pragma once
+
+#include "CComPtr.h"
+#include "CInterfaceStream.h"
+#include "Guid.h"
+#include "PlatformTypes.h"
+#include "Unknown.h"
+
+namespace ZoVelkor
+{
+/// A pointer to an interface T that is carried to another thread: marshalled here, unmarshalled there.
+///
+/// Movable, not copyable; a content never fetched is released by the destructor.
+template <class T, const IID* kIid = &T::kInterfaceId>
+class CStreamQIPtr
+{
+public:
+    /// Queries the object for T and puts it in; results as for CInterfaceStream::Marshal.
+    [[nodiscard]] HRESULT Marshal(IUnknown* pObject) noexcept { return m_stream.Marshal(*kIid, pObject); }
+
+    /// Takes the pointer out, for the calling thread; results as for CInterfaceStream::Unmarshal.
+    ///
+    /// @param[out] pspInterface  what it held before is released; null on failure
+    [[nodiscard]] HRESULT Unmarshal(CComPtr<T>* pspInterface) noexcept
+    {
+        void* pFound = nullptr;
+        const HRESULT hr = m_stream.Unmarshal(*kIid, pspInterface == nullptr ? nullptr : &pFound);
+        if (pspInterface != nullptr)
+        {
+            pspInterface->Attach(static_cast<T*>(pFound));
+        }
+        return hr;
+    }
+
+    bool IsEmpty() const noexcept { return m_stream.IsEmpty(); }
+
+    /// Releases the content.
+    void Clear() noexcept { m_stream.Clear(); }
+
+private:
+    CInterfaceStream m_stream;
+};
+} // namespace ZoVelkor

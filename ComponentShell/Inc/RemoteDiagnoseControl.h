@@ -1,0 +1,29 @@
+#pragma once
+
+#include "ZoExport.h"
+
+#include <atomic>
+#include <cstdint>
+
+namespace ZoVelkor
+{
+/// Switches and counters of the diagnosis, one block a process, all off at start.
+///
+/// Threads: every field may be read and written by any thread without a lock. The fields do not belong
+/// together: relaxed order is enough. New switches are added at the end.
+struct tagRemoteDiagnoseControl
+{
+    std::atomic<bool> bRpcModeActive{false};        ///< remote calls are diagnosed
+    std::atomic<bool> bTimingActive{false};         ///< timed trace lines are printed
+    std::atomic<bool> bScpiChecksDisabled{false};   ///< property problems are not reported
+    std::atomic<std::int64_t> iCounterFrequency{1}; ///< ticks per second of the two counters below
+    std::atomic<std::int64_t> iTimingBase{0};       ///< counter value that counts as time 0 of trace lines
+    std::atomic<std::int64_t> iLastTiming{0};       ///< counter value of the previous timed line
+    std::atomic<bool> bTraceModeActive{false};      ///< trace lines are printed
+    std::atomic<bool> bStatisticModeActive{false};  ///< execution times are collected
+    std::atomic<bool> bCallStackTraceActive{false}; ///< CTraceCallStackObject prints
+};
+
+/// The control block of the process; never null. Whoever configures the diagnosis writes into it.
+ZO_EXPORT tagRemoteDiagnoseControl* get_RemoteDiagnoseControl() noexcept __attribute__((const));
+} // namespace ZoVelkor
