@@ -1,4 +1,9 @@
 zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces/_Inc HEADERS
+    CBScpiDeviceHandler.h
+    CBScpiEmulationCallback.h
+    CBScpiExecutionSink.h
+    CBScpiMultichannelEventObserver.h
+    CBScpiMultichannelParser.h
     IZOScpiBlockData.h
     IZOScpiDeviceHandler.h
     IZOScpiEmulationCallback.h
@@ -13,6 +18,7 @@ zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces
     IZOScpiStatusManagement.h
     IZOScpiStatusRegister.h
     IZOScpiSubsystemFormat.h
-    ScpiParameter.h)
+    ScpiParameter.h
+    ScpiParserData.h)
 target_sources(zosoftwareplatformembedded PRIVATE
     )

@@ -1,4 +1,11 @@
 zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Remote/Inc HEADERS
-    )
+    CCommandExecutionData.h
+    CLazyScpiManager.h
+    CNumericSetting.h
+    CScpiFunctionExecutionDataPool.h
+    CScpiFunctionExecutionDataPoolParser.h
+    CScpiSinkFramework.h
+    ScpiErrorCodes.h
+    ScpiRegisterPart.h)
 target_sources(zosoftwareplatformembedded PRIVATE
     )

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "CObjectDataReference.h"
+#include "IZOScpiMultichannelParser.h"
+#include "ZoExport.h"
+
+namespace ZoVelkor
+{
+
+/// Base of multichannel parsers: checks the pointers; the derived class makes and takes back the engines.
+class ZO_EXPORT CBScpiMultichannelParser : public IZOScpiMultichannelParser,
+                                           public virtual CObjectDataReference
+{
+public:
+    HRESULT CreateClone(IUnknown** ppParserEngine) override;
+    HRESULT ReleaseClone(IUnknown* pParserEngine) override;
+
+protected:
+    ~CBScpiMultichannelParser() override = default;
+
+    /// @param[out] ppParserEngine  a new reference; never a null address
+    virtual HRESULT DoCreateClone(IUnknown** ppParserEngine) = 0;
+    /// @param pParserEngine  an engine of DoCreateClone, lent for the call; not null
+    virtual HRESULT DoReleaseClone(IUnknown* pParserEngine) = 0;
+};
+
+} // namespace ZoVelkor

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "CComPtr.h"
+#include "IZOScpiManager.h"
+#include "ZoExport.h"
+
+namespace ZoVelkor
+{
+
+/// The services of the remote path that a command came from, each fetched when it is first needed.
+///
+/// Making one costs nothing: the context is not asked before a service is. A service that the path does not
+/// have is null. Threads: only the thread that executes the command.
+class ZO_EXPORT CLazyScpiManager
+{
+public:
+    /// @param context  the context object of Execute, borrowed until Execute returns; may be null
+    explicit CLazyScpiManager(IUnknown* context) noexcept : m_pContext(context) {}
+
+    /// The manager, borrowed; null when the context has none.
+    IZOScpiManager* Manager() noexcept;
+
+    /// The format subsystem, borrowed.
+    IZOScpiSubsystemFormat* SubsystemFormat() noexcept;
+
+    CComPtr<IZOScpiErrorManagement> ErrorManagement() noexcept;
+    CComPtr<IZOScpiStatusManagement> StatusManagement() noexcept;
+    CComPtr<IZOScpiPendingOperations> PendingOperations() noexcept;
+
+private:
+    IUnknown* m_pContext;
+    CComPtr<IZOScpiManager> m_spManager;
+    CComPtr<IZOScpiSubsystemFormat> m_spSubsystemFormat;
+};
+
+} // namespace ZoVelkor

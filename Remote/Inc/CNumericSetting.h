@@ -1,0 +1,135 @@
+#pragma once
+
+#include "CCommandExecutionData.h"
+#include "CScpiFunctionExecutionDataPool.h"
+
+namespace ZoVelkor
+{
+
+/// Limits of a numeric setting, all in the setting's base unit.
+struct tagNumericLimits
+{
+    double minimum;
+    double maximum;
+    double defaultValue; ///< also the first value
+    double step = 0;     ///< for UP and DOWN; 0: these are refused
+};
+
+/// One numeric setting of an instrument with the arguments that SCPI gives it (SCPI-99 vol. 1, 7.2.1): a
+/// number, MINimum, MAXimum, DEFault, UP or DOWN; its query takes MINimum, MAXimum or DEFault.
+///
+/// A convenience for handlers of both styles: TData is CCommandExecutionData or
+/// CScpiFunctionExecutionDataPool. Threads: as the handlers; no lock.
+class CNumericSetting
+{
+public:
+    explicit constexpr CNumericSetting(tagNumericLimits const& limits) noexcept
+        : m_Limits(limits),
+          m_Value(limits.defaultValue)
+    {}
+
+    constexpr double Value() const noexcept { return m_Value; }
+    constexpr tagNumericLimits const& Limits() const noexcept { return m_Limits; }
+    /// Back to the default, as *RST does.
+    constexpr void Reset() noexcept { m_Value = m_Limits.defaultValue; }
+
+    /// Handles both forms of the command: sets the value from argument 0, or answers the query.
+    ///
+    /// @return 0, or 1 with a SCPI error: -109 or -115 for the number of arguments, -222 outside the limits,
+    /// -224 for a special word without meaning here, or the error of a wrong type; the value is then as it
+    /// was
+    template <class TData>
+    HRESULT Handle(TData& data)
+    {
+        return data.IsQuery() ? Answer(data) : Apply(data);
+    }
+
+    /// Sets the value from the only argument.
+    template <class TData>
+    HRESULT Apply(TData& data)
+    {
+        double value = 0;
+        HRESULT hr = data.CheckArgumentCount(0, true);
+        if (hr == S_OK)
+        {
+            hr = ReadArgument(data, value);
+        }
+        if (hr == S_OK && !(value >= m_Limits.minimum && value <= m_Limits.maximum))
+        {
+            hr = data.SetScpiError(kScpiDataOutOfRange);
+        }
+        if (hr == S_OK)
+        {
+            m_Value = value;
+        }
+        return hr;
+    }
+
+    /// Answers the value, or the limit that the argument names.
+    template <class TData>
+    HRESULT Answer(TData& data) const
+    {
+        double value = m_Value;
+        HRESULT hr = S_OK;
+        if (data.GetArgumentCount() != 0)
+        {
+            hr = data.CheckArgumentCount(0, true);
+            tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE word = ZO_SCPI_SPECIAL_NONE;
+            hr = hr == S_OK ? data.GetMnemonicArgument(word, 0) : hr;
+            if (hr == S_OK && !Limit(word, value))
+            {
+                hr = data.SetScpiError(kScpiIllegalParameterValue);
+            }
+        }
+        return hr == S_OK ? data.DoubleResponse(value) : hr;
+    }
+
+private:
+    template <class TData>
+    HRESULT ReadArgument(TData& data, double& value) const
+    {
+        tagZO_SCPI_PARAMTYPE type = ZO_SCPI_PARAMTYPE_UNDEFINED;
+        HRESULT hr = data.GetArgumentType(type, 0);
+        if (hr != S_OK || type != ZO_SCPI_PARAMTYPE_SPECIAL)
+        {
+            return hr == S_OK ? data.GetDoubleArgument(value, 0) : hr;
+        }
+        tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE word = ZO_SCPI_SPECIAL_NONE;
+        hr = data.GetMnemonicArgument(word, 0);
+        if (hr == S_OK && !Limit(word, value) && !Step(word, value))
+        {
+            hr = data.SetScpiError(kScpiIllegalParameterValue);
+        }
+        return hr;
+    }
+
+    constexpr bool Limit(tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE word, double& value) const noexcept
+    {
+        switch (word)
+        {
+        case ZO_SCPI_SPECIAL_MINIMUM:
+            value = m_Limits.minimum;
+            return true;
+        case ZO_SCPI_SPECIAL_MAXIMUM:
+            value = m_Limits.maximum;
+            return true;
+        case ZO_SCPI_SPECIAL_DEFAULT:
+            value = m_Limits.defaultValue;
+            return true;
+        default:
+            return false;
+        }
+    }
+
+    constexpr bool Step(tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE word, double& value) const noexcept
+    {
+        const bool isStep = word == ZO_SCPI_SPECIAL_UP || word == ZO_SCPI_SPECIAL_DOWN;
+        value = word == ZO_SCPI_SPECIAL_UP ? m_Value + m_Limits.step : m_Value - m_Limits.step;
+        return isStep && m_Limits.step != 0;
+    }
+
+    tagNumericLimits m_Limits;
+    double m_Value;
+};
+
+} // namespace ZoVelkor

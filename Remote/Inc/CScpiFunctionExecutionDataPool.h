@@ -1,0 +1,262 @@
+#pragma once
+
+#include "CComPtr.h"
+#include "CComVariant.h"
+#include "IZOScpiBlockData.h"
+#include "IZOScpiErrorManagement.h"
+#include "IZOScpiManager.h"
+#include "IZOScpiOutputBuffer.h"
+#include "IZOScpiPendingOperations.h"
+#include "IZOScpiStatusManagement.h"
+#include "IZOScpiSubsystemFormat.h"
+#include "ScpiErrorCodes.h"
+#include "ScpiParameter.h"
+#include "ScpiRegisterPart.h"
+#include "ZoExport.h"
+
+#include <string>
+
+namespace ZoVelkor
+{
+
+class CZoString;
+
+/// What a command handler sees of one command: its arguments, its response and its SCPI error.
+///
+/// Results: 0 (S_OK) for success; 1 (S_FALSE) when a SCPI error has been set and the handler must return; any
+/// other value comes from the component shell and is handed on. Argument indexes count from 0. A getter that
+/// fails leaves its output as it was, unless said otherwise.
+///
+/// Every typed getter checks in this order: no argument array, or a negative index: an internal error is
+/// reported and -200 is set; index not below the count: -109; another type than the required one: -109, -128,
+/// -148, -158, -168 or -178 for the type that arrived, -100 for an unknown one.
+///
+/// Errors are set here and delivered once, by FinishCommandExecution.
+/// Ownership: the pool borrows the command's data; it is used within one Execute call and not kept. Threads:
+/// only the thread that executes the command; no locks.
+class ZO_EXPORT CScpiFunctionExecutionDataPool
+{
+public:
+    CScpiFunctionExecutionDataPool(CScpiFunctionExecutionDataPool const&) = delete;
+    CScpiFunctionExecutionDataPool& operator=(CScpiFunctionExecutionDataPool const&) = delete;
+    virtual ~CScpiFunctionExecutionDataPool();
+
+    /// @name The command
+    /// @{
+    virtual bool IsQuery() const = 0;
+    virtual bool IsSetting() const = 0;
+    /// The remote path that the command came from, 0 or more.
+    virtual long GetRemotePath() const = 0;
+    /// Long form of the command without suffixes, borrowed; null when the parser gave none.
+    virtual wchar_t const* GetHeader() const = 0;
+    /// The raw numeric suffix of a header node as an unsigned 32-bit value; the index is not checked.
+    virtual unsigned long GetRawNumericSuffixValue(long index) const = 0;
+    /// @}
+
+    /// @name Arguments
+    /// @{
+    virtual long GetArgumentCount() const = 0;
+    virtual HRESULT GetArgumentCount(unsigned long& count) = 0;
+    virtual HRESULT GetArgumentType(tagZO_SCPI_PARAMTYPE& type, long index) = 0;
+    /// Checks how many arguments there are: -109 for too few, -115 for too many.
+    ///
+    /// @param last  index of the last required argument, not a count: (0, true) demands exactly one argument
+    /// @param exactCount  further arguments are refused
+    virtual HRESULT CheckArgumentCount(long last, bool exactCount) = 0;
+    /// -108 when there is any argument.
+    virtual HRESULT CheckArgumentNotAllowed() = 0;
+    /// Sets the error of `actual` (values of tagZO_SCPI_PARAMTYPE) when it is not the expected type.
+    virtual HRESULT CheckArgumentType(long actual, long expected) = 0;
+    /// Sets the error of the type that the argument has; always 1.
+    virtual HRESULT ScpiErrorUnexpectedParameterType(long index) = 0;
+
+    /// Leading number of a numeric argument; text after it is ignored.
+    ///
+    /// Out of a double's range: -222, with the overflowed (infinite) value stored.
+    virtual HRESULT GetDoubleArgument(double& value, long index) = 0;
+    /// As GetDoubleArgument, and the unit value of the table; -1 without unit.
+    virtual HRESULT GetDoubleArgumentWithUnit(double& value, long& unit, long index) = 0;
+    /// Number truncated towards zero; -222 outside -2147483648 to 2147483647.
+    virtual HRESULT GetIntegerArgument(long& value, long index) = 0;
+    /// ON, OFF or a number, which is true unless it truncates to 0; -141 for another special word.
+    virtual HRESULT GetBooleanArgument(bool& value, long index) = 0;
+    /// Value of a character-data argument in the command table.
+    virtual HRESULT GetCharacterArgument(long& value, long index) = 0;
+    /// A special word such as MINimum.
+    virtual HRESULT GetMnemonicArgument(tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE& value, long index) = 0;
+    /// Contents of a string argument, embedded NULs included.
+    virtual HRESULT GetStringArgument(std::string& text, long index) = 0;
+    /// An expression, parentheses included.
+    virtual HRESULT GetExprStringArgument(std::string& text, long index) = 0;
+    /// The text of an argument of any type, as received.
+    ///
+    /// A missing argument sets -109 but returns 0, with the text left alone; GetScpiError tells.
+    virtual HRESULT GetStringArgument(CZoString& text, long index) = 0;
+    /// The text of an argument of any type up to its first blank, which drops a unit; ON and OFF give "1" and
+    /// "0".
+    ///
+    /// A missing argument sets -109 but returns 0, with the text left alone; GetScpiError tells.
+    virtual HRESULT GetNumericArgument(CZoString& text, long index) = 0;
+    /// Unit-suffix value of a numeric argument; -1, also on failure, when none is to be reported.
+    virtual HRESULT GetUnitSuffix(long& unit, long index) = 0;
+    /// The reader of a block argument.
+    ///
+    /// @param[out] ppBlockData  a new reference; null when the argument has no block object
+    /// @param[out] length  bytes; -1 when not known in advance
+    virtual HRESULT GetBlockArgument(IZOScpiBlockData** ppBlockData, long& length, long index) = 0;
+    /// Lends the unread bytes of a block argument without copying them.
+    ///
+    /// @param[out] ppBlockData  first byte, borrowed from the kernel until Execute returns; null without
+    /// block
+    /// @return 0, 1, or E_ABORT when the command was cancelled; -200 when the block is not wholly in memory
+    virtual HRESULT GetBlockDataArgument(unsigned char** ppBlockData, unsigned long& length, long index) = 0;
+    /// @}
+
+    /// @name Errors
+    /// @{
+    /// Sets the SCPI error of this command.
+    ///
+    /// @param code  0 takes an error back
+    /// @param text  detail that follows the standard text of the code
+    /// @param replace  false: an error that has been set before stays
+    /// @return 1 when the command has an error afterwards, else 0
+    virtual HRESULT SetScpiError(short code, std::string const& text, bool replace) = 0;
+    /// The same without detail; replaces an earlier error.
+    HRESULT SetScpiError(short code) { return SetScpiError(code, std::string(), true); }
+    /// -200 "Execution error".
+    virtual HRESULT SetScpiExecutionError(std::string const& text) = 0;
+    /// -100 with the detail "query only", unless the command is a query.
+    virtual HRESULT SetScpiError_QueryOnly() = 0;
+    /// -100 with the detail "no query" when the command is a query.
+    virtual HRESULT SetScpiError_NoQuery() = 0;
+    /// -108.
+    virtual HRESULT SetScpiError_ParameterNotAllowed() = 0;
+    /// -109.
+    virtual HRESULT ScpiErrorMissingParameter() = 0;
+    /// -115.
+    virtual HRESULT ScpiErrorUnexpectedParameter() = 0;
+    /// -160 with the text, in which "%FORMDATA%" stands for the current data format; a "()" left over is
+    /// removed.
+    virtual HRESULT SetScpiBlockDataError(std::string const& text) = 0;
+    /// 0 while no error is set.
+    virtual short GetScpiError() const = 0;
+    virtual std::string const& GetScpiErrorText() const = 0;
+    /// Hands the error, when one is set, to the error management of the remote path; once.
+    ///
+    /// @return S_OK; S_FALSE when the hand-over failed, the error is then -200
+    /// @throws CShellError without error management or with a negative remote path
+    virtual HRESULT FinishCommandExecution() = 0;
+    /// @}
+
+    /// @name Response
+    /// Items of one query are joined by data separators: every item is preceded by one when an item was
+    /// written before. Numbers, strings and separators go through the format subsystem, all else straight to
+    /// the output buffer; a refusal of either sets -200.
+    /// @{
+    virtual HRESULT NumericResponse(double value) = 0;
+    virtual HRESULT NumericResponse(float value) = 0;
+    /// @param value  a 32-bit value; -200 for another one
+    virtual HRESULT NumericResponse(long value) = 0;
+    virtual HRESULT NumericResponse(CComVariant const& value) = 0;
+    /// "true" and "false" are answered as 1 and 0; other text must be a well-formed number.
+    virtual HRESULT NumericResponse(std::string const& text) = 0;
+    HRESULT NumericResponse(int value) { return NumericResponse(static_cast<long>(value)); }
+    HRESULT NumericResponse(char const* text) { return NumericResponse(std::string(text)); }
+    /// @param width  depends on the type, see tagEnumFormatDataType
+    virtual HRESULT NumericResponseEx(CComVariant const& value, tagEnumFormatDataType type, long width) = 0;
+    virtual HRESULT DoubleResponse(double value) = 0;
+
+    /// @param value  a 32-bit value; -200 for another one
+    virtual HRESULT IntegerResponse(long value) = 0;
+    /// -200 for a value that is no 32-bit integer; the text forms truncate.
+    virtual HRESULT IntegerResponse(CComVariant const& value) = 0;
+    virtual HRESULT IntegerResponse(CZoString const& text) = 0;
+    virtual HRESULT IntegerResponse(std::string const& text) = 0;
+    HRESULT IntegerResponse(char const* text) { return IntegerResponse(std::string(text)); }
+
+    /// 1 or 0, never ON or OFF.
+    virtual HRESULT BooleanResponse(bool value) = 0;
+    virtual HRESULT BooleanResponse(CComVariant const& value) = 0;
+    /// "true", "false" or a number; -200 for other text.
+    virtual HRESULT BooleanResponse(CZoString const& text) = 0;
+    virtual HRESULT BooleanResponse(std::string const& text) = 0;
+    HRESULT BooleanResponse(char const* text) { return BooleanResponse(std::string(text)); }
+
+    /// Text without quotes; the format subsystem adds them.
+    virtual HRESULT StringResponse(std::string const& text) = 0;
+    /// @param text  null is answered as an empty string
+    virtual HRESULT StringResponse(char const* text) = 0;
+    /// Wide text ends at its first NUL; what code page 0 cannot hold becomes '?'.
+    virtual HRESULT StringResponse(wchar_t const* text) = 0;
+    virtual HRESULT StringResponse(CZoString const& text) = 0;
+
+    /// Arbitrary ASCII response data (IEEE 488.2 section 8.7.11).
+    ///
+    /// @param length  bytes at data, 0 or more
+    virtual HRESULT ArbitraryResponse(char const* data, long length) = 0;
+    virtual HRESULT ArbitraryResponse(std::string const& text) = 0;
+    virtual HRESULT ArbitraryResponse(CZoString const& text) = 0;
+    /// @param text  null writes an empty item
+    virtual HRESULT ArbitraryResponse(char const* text) = 0;
+
+    /// Definite-length block (IEEE 488.2 section 8.7.9); the error text of a refusing output buffer goes
+    /// along with -200.
+    ///
+    /// @param length  bytes at data, 0 or more
+    virtual HRESULT BlockResponse(char const* data, long length) = 0;
+    /// The value of an enumeration in decimal.
+    virtual HRESULT OutputEnumValue(long value) = 0;
+    /// Data in the data format of the remote path.
+    ///
+    /// @param data  borrowed; a scalar or a one-dimensional array
+    virtual HRESULT OutputData(VARIANT const* data, tagEnumFormatDataInterpretation interpretation) = 0;
+    /// Several data items with elements of equal index next to each other.
+    virtual HRESULT OutputScatteredData(unsigned long count,
+                                        VARIANT const* const* data,
+                                        tagEnumFormatDataInterpretation const* interpretations) = 0;
+    /// The condition of a status register as an integer.
+    ///
+    /// @param name  for example "STATus:OPERation"
+    virtual HRESULT OutputRegisterValue(std::string const& name) = 0;
+    /// Writes a pending data separator now; the next item carries none.
+    virtual HRESULT PendingDataSeparatorResponse() = 0;
+    virtual bool GetInsertOutputSeparator() const = 0;
+    virtual void ClearInsertOutputSeparator() = 0;
+    /// @}
+
+    /// @name Output filter
+    /// Decides which of several response lines are kept; without filter all are.
+    /// @{
+    /// @return true: keep the line
+    virtual bool RunOutputFilter(std::string const& line) = 0;
+    /// Keeps the lines that contain the text, case-sensitive; an empty text removes the filter.
+    virtual HRESULT SetOutputFilterString(std::string const& text) = 0;
+    /// Regular expressions are not available: removes the filter, and -200 unless the pattern is empty.
+    virtual HRESULT SetOutputFilterRegEx(std::string const& pattern) = 0;
+    virtual void ClearOutputFilter() = 0;
+    /// True when all lines are kept; false while a string filter is active.
+    virtual bool IsOutputFilterDefined() const = 0;
+    /// @}
+
+    /// @name Services of the remote path
+    /// Pointers are borrowed, smart pointers counted; null when the remote path does not have the service.
+    /// @{
+    virtual IZOScpiOutputBuffer* GetOutputBuffer() = 0;
+    virtual IZOScpiSubsystemFormat* GetFormatSubsystem() = 0;
+    virtual IZOScpiManager* GetScpiManager() = 0;
+    virtual CComPtr<IZOScpiErrorManagement> GetErrorManagement() = 0;
+    virtual CComPtr<IZOScpiStatusManagement> GetStatusManagement() = 0;
+    virtual CComPtr<IZOScpiPendingOperations> GetPendingOperations() = 0;
+    /// Where handlers that pass a block on keep its source and its sink; null at first. The pool holds a
+    /// reference.
+    virtual void SetBlockDataReader(IZOScpiBlockData* pReader) = 0;
+    virtual IZOScpiBlockData* GetBlockDataReader() const = 0;
+    virtual void SetBlockDataWriter(IZOScpiSubsystemFormat* pWriter) = 0;
+    virtual IZOScpiSubsystemFormat* GetBlockDataWriter() const = 0;
+    /// @}
+
+protected:
+    CScpiFunctionExecutionDataPool() noexcept = default;
+};
+
+} // namespace ZoVelkor
