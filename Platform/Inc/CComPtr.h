@@ -1,0 +1,142 @@
+#pragma once
+
+#include "Assertion.h"
+#include "Unknown.h"
+
+#include <concepts>
+#include <cstddef>
+#include <utility>
+
+/// Owner of one reference to an interface or component.
+///
+/// A borrowed pointer goes in by construction or assignment and is counted; a pointer that is already counted
+/// goes in by Attach or through operator&. Threads: one instance belongs to one thread at a time.
+template <class T>
+class CComPtr
+{
+public:
+    using element_type = T;
+
+    constexpr CComPtr() noexcept = default;
+    constexpr CComPtr(std::nullptr_t) noexcept {}
+    CComPtr(T* pointer) noexcept : m_pointer(pointer)
+    {
+        if (m_pointer != nullptr)
+        {
+            m_pointer->AddRef();
+        }
+    }
+    CComPtr(const CComPtr& other) noexcept : CComPtr(other.m_pointer) {}
+    CComPtr(CComPtr&& other) noexcept : m_pointer(other.Detach()) {}
+    template <class U>
+    requires(std::convertible_to<U*, T*> && !std::same_as<U, T>) CComPtr(U* pointer)
+    noexcept : CComPtr(static_cast<T*>(pointer)) {}
+    template <class U>
+    requires std::convertible_to<U*, T*> CComPtr(const CComPtr<U>& other)
+    noexcept : CComPtr(static_cast<T*>(other.Get())) {}
+    template <class U>
+    requires std::convertible_to<U*, T*> CComPtr(CComPtr<U>&& other)
+    noexcept : m_pointer(other.Detach()) {}
+    ~CComPtr() { Release(); }
+
+    CComPtr& operator=(CComPtr other) noexcept
+    {
+        std::swap(m_pointer, other.m_pointer);
+        return *this;
+    }
+
+    /// The borrowed pointer; may be null.
+    [[nodiscard]] T* Get() const noexcept { return m_pointer; }
+    /// The borrowed pointer, implicitly; null tests and comparisons go through it.
+    operator T*() const noexcept { return m_pointer; }
+    T& operator*() const noexcept
+    {
+        ZO_ASSERT(m_pointer != nullptr);
+        return *m_pointer;
+    }
+    T* operator->() const noexcept
+    {
+        ZO_ASSERT(m_pointer != nullptr);
+        return m_pointer;
+    }
+
+    /// Address for an out-parameter; what is held is released first, so that nothing can leak.
+    T** operator&() noexcept
+    {
+        Release();
+        return &m_pointer;
+    }
+
+    /// Lets go of the reference and becomes null.
+    void Release() noexcept
+    {
+        if (T* former = std::exchange(m_pointer, nullptr); former != nullptr)
+        {
+            former->Release();
+        }
+    }
+
+    /// Takes over a reference that the caller owns; what was held is released.
+    void Attach(T* pointer) noexcept
+    {
+        Release();
+        m_pointer = pointer;
+    }
+
+    /// Hands the reference to the caller and becomes null.
+    [[nodiscard]] T* Detach() noexcept { return std::exchange(m_pointer, nullptr); }
+
+    /// Stores a further reference for a caller.
+    ///
+    /// @return S_OK, also for null; E_POINTER when target is null
+    HRESULT CopyTo(T** target) const noexcept
+    {
+        if (target == nullptr)
+        {
+            return E_POINTER;
+        }
+        *target = m_pointer;
+        if (m_pointer != nullptr)
+        {
+            m_pointer->AddRef();
+        }
+        return S_OK;
+    }
+
+    /// Fetches the interface Q of the same object, counted for the caller.
+    ///
+    /// @return as IUnknown::QueryInterface; E_POINTER when this pointer or target is null
+    template <class Q>
+    HRESULT QueryInterface(Q** target) const
+    {
+        if (target == nullptr)
+        {
+            return E_POINTER;
+        }
+        *target = nullptr;
+        if (m_pointer == nullptr)
+        {
+            return E_POINTER;
+        }
+        void* object = nullptr;
+        const HRESULT result = m_pointer->QueryInterface(Q::kInterfaceId, &object);
+        *target = static_cast<Q*>(object);
+        return result;
+    }
+
+    /// Tells whether both pointers lead to the same object, whatever their interfaces; null equals null.
+    [[nodiscard]] bool IsEqualObject(IUnknown* other) const
+    {
+        if (m_pointer == nullptr || other == nullptr)
+        {
+            return m_pointer == nullptr && other == nullptr;
+        }
+        CComPtr<IUnknown> mine;
+        CComPtr<IUnknown> theirs;
+        return SUCCEEDED(QueryInterface(&mine)) &&
+               SUCCEEDED(CComPtr<IUnknown>(other).QueryInterface(&theirs)) && mine.Get() == theirs.Get();
+    }
+
+private:
+    T* m_pointer = nullptr;
+};
