@@ -50,8 +50,8 @@ public:
 
 private:
     mutable CCritSection m_section;
-    std::vector<std::unique_ptr<CThread>> m_threads ZO_GUARDED_BY(m_section);
     bool m_bShutdown ZO_GUARDED_BY(m_section) = false;
+    std::vector<std::unique_ptr<CThread>> m_threads; // grows under m_section; constant after shutdown
 };
 
 /// The pool of the process. A program shuts it down before main ends; otherwise that happens when the

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "CComPtr.h"
 #include "CInterfaceStream.h"
 #include "Guid.h"
 #include "PlatformTypes.h"
@@ -20,14 +19,14 @@ public:
 
     /// Takes the pointer out, for the calling thread; results as for CInterfaceStream::Unmarshal.
     ///
-    /// @param[out] pspInterface  what it held before is released; null on failure
-    [[nodiscard]] HRESULT Unmarshal(CComPtr<T>* pspInterface) noexcept
+    /// @param[out] ppInterface  counted for the caller; null on failure
+    [[nodiscard]] HRESULT Unmarshal(T** ppInterface) noexcept
     {
         void* pFound = nullptr;
-        const HRESULT hr = m_stream.Unmarshal(*kIid, pspInterface == nullptr ? nullptr : &pFound);
-        if (pspInterface != nullptr)
+        const HRESULT hr = m_stream.Unmarshal(*kIid, ppInterface == nullptr ? nullptr : &pFound);
+        if (ppInterface != nullptr)
         {
-            pspInterface->Attach(static_cast<T*>(pFound));
+            *ppInterface = static_cast<T*>(pFound);
         }
         return hr;
     }

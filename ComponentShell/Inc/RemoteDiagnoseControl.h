@@ -7,7 +7,8 @@
 
 namespace ZoVelkor
 {
-/// Switches and counters of the diagnosis, one block a process, all off at start.
+/// Switches and counters of the diagnosis, one block a process. At start all switches are off and the
+/// frequency is that of the platform's performance counter.
 ///
 /// Threads: every field may be read and written by any thread without a lock. The fields do not belong
 /// together: relaxed order is enough. New switches are added at the end.

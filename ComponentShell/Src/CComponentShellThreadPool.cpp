@@ -1,0 +1,83 @@
+#include "CComponentShellThreadPool.h"
+
+#include "CCritSectionLocker.h"
+
+#include <exception>
+#include <string>
+
+namespace ZoVelkor
+{
+CComponentShellThreadPool::~CComponentShellThreadPool()
+{
+    Shutdown();
+}
+
+CThread* CComponentShellThreadPool::GetThread(std::string_view name) noexcept
+try
+{
+    const CCritSectionLocker locker(m_section);
+    if (m_bShutdown)
+    {
+        return nullptr;
+    }
+    for (const auto& spThread : m_threads)
+    {
+        if (spThread->Name() == name && spThread->Reserve())
+        {
+            return spThread.get();
+        }
+    }
+    if (m_threads.size() >= kMaximumThreads)
+    {
+        return nullptr;
+    }
+    m_threads.push_back(std::make_unique<CThread>(std::string(name)));
+    m_threads.back()->Reserve();
+    return m_threads.back().get();
+}
+catch (const std::exception&) // no memory: no thread, and the caller says for what it was wanted
+{
+    return nullptr;
+}
+
+void CComponentShellThreadPool::ReturnThread(CThread* pThread) noexcept
+{
+    if (pThread != nullptr)
+    {
+        pThread->CancelReservation();
+    }
+}
+
+std::size_t CComponentShellThreadPool::ThreadCount() const
+{
+    const CCritSectionLocker locker(m_section);
+    return m_threads.size();
+}
+
+HRESULT CComponentShellThreadPool::Shutdown()
+{
+    {
+        const CCritSectionLocker locker(m_section);
+        m_bShutdown = true;
+    }
+    // A thread refuses work before it is aborted, so that nothing starts that nobody aborts.
+    for (const auto& spThread : m_threads)
+    {
+        spThread->RefuseWork();
+        spThread->Abort();
+    }
+    HRESULT result = S_OK;
+    for (const auto& spThread : m_threads)
+    {
+        const HRESULT hr = spThread->Join();
+        result = FAILED(hr) ? hr : result;
+    }
+    return result;
+}
+
+CComponentShellThreadPool& GetComponentShellThreadPool()
+{
+    static CComponentShellThreadPool pool;
+    return pool;
+}
+} // namespace ZoVelkor

@@ -1,0 +1,66 @@
+#include "CInterfaceStream.h"
+
+#include "ErrorRaising.h"
+#include "Marshal.h"
+
+#include <utility>
+
+namespace ZoVelkor
+{
+namespace
+{
+ZO_SOURCE_UNIT("ComponentShell/Src/CInterfaceStream");
+} // namespace
+
+CInterfaceStream::CInterfaceStream(CInterfaceStream&& other) noexcept
+    : m_pStream(std::exchange(other.m_pStream, nullptr))
+{}
+
+CInterfaceStream& CInterfaceStream::operator=(CInterfaceStream&& other) noexcept
+{
+    if (this != &other)
+    {
+        Clear();
+        m_pStream = std::exchange(other.m_pStream, nullptr);
+    }
+    return *this;
+}
+
+CInterfaceStream::~CInterfaceStream()
+{
+    Clear();
+}
+
+HRESULT CInterfaceStream::Marshal(const IID& iid, IUnknown* pObject) noexcept
+{
+    Clear();
+    if (pObject == nullptr)
+    {
+        return RepairError(ZO_NULL_POINTER(nullptr, "pObject"));
+    }
+    return CoMarshalInterThreadInterfaceInStream(iid, pObject, &m_pStream);
+}
+
+HRESULT CInterfaceStream::Unmarshal(const IID& iid, void** ppInterface) noexcept
+{
+    if (ppInterface == nullptr)
+    {
+        return RepairError(ZO_NULL_POINTER(nullptr, "ppInterface"));
+    }
+    *ppInterface = nullptr;
+    if (IsEmpty())
+    {
+        return S_FALSE;
+    }
+    return CoGetInterfaceAndReleaseStream(std::exchange(m_pStream, nullptr), iid, ppInterface);
+}
+
+void CInterfaceStream::Clear() noexcept
+{
+    if (m_pStream != nullptr)
+    {
+        m_pStream->Release();
+        m_pStream = nullptr;
+    }
+}
+} // namespace ZoVelkor

@@ -1,0 +1,190 @@
+#include "CThread.h"
+
+#include "CCritSectionLocker.h"
+#include "ErrorRaising.h"
+#include "Event.h"
+#include "GuardedEntry.h"
+#include "ThreadBasics.h"
+
+#include <chrono>
+#include <system_error>
+#include <utility>
+
+namespace ZoVelkor
+{
+namespace
+{
+ZO_SOURCE_UNIT("ComponentShell/Src/CThread");
+} // namespace
+
+CThread::CThread(std::string name) : m_sName(std::move(name))
+{}
+
+CThread::~CThread()
+{
+    RefuseWork();
+    Abort();
+    Join();
+}
+
+HRESULT CThread::Start(CThreadRunObject* pRunObject)
+{
+    return Begin(pRunObject, nullptr);
+}
+
+HRESULT CThread::Start(std::unique_ptr<CThreadRunObject> spRunObject)
+{
+    CThreadRunObject* const pRunObject = spRunObject.get();
+    return Begin(pRunObject, std::move(spRunObject));
+}
+
+HRESULT CThread::Abort()
+{
+    const CCritSectionLocker locker(m_runLock);
+    if (m_pRunObject == nullptr)
+    {
+        return S_FALSE;
+    }
+    m_pRunObject->Abort();
+    return S_OK;
+}
+
+HRESULT CThread::WaitUntilIdle(DWORD timeoutMs)
+{
+    const auto idle = [this] { return !m_bBusy; };
+    std::unique_lock lock(m_mutex);
+    if (timeoutMs == INFINITE)
+    {
+        m_changed.wait(lock, idle);
+        return S_OK;
+    }
+    return m_changed.wait_for(lock, std::chrono::milliseconds(timeoutMs), idle) ? S_OK : S_FALSE;
+}
+
+HRESULT CThread::Join()
+{
+    RefuseWork();
+    if (m_threadId.load() == std::this_thread::get_id())
+    {
+        return RepairError(ZO_ERROR(
+            nullptr, "m_threadId != get_id()", "Thread " + m_sName + " cannot join itself", E_UNEXPECTED));
+    }
+    const std::lock_guard lock(m_joinMutex);
+    if (m_systemThread.joinable())
+    {
+        m_systemThread.join();
+    }
+    return S_OK;
+}
+
+bool CThread::Reserve()
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_bBusy || m_bReserved || m_bRefusing)
+    {
+        return false;
+    }
+    m_bReserved = true;
+    return true;
+}
+
+void CThread::CancelReservation()
+{
+    const std::lock_guard lock(m_mutex);
+    m_bReserved = m_bReserved && m_bBusy;
+}
+
+void CThread::RefuseWork()
+{
+    const std::lock_guard lock(m_mutex);
+    m_bRefusing = true;
+    m_changed.notify_all();
+}
+
+HRESULT CThread::Begin(CThreadRunObject* pRunObject, std::unique_ptr<CThreadRunObject> spOwned)
+{
+    if (pRunObject == nullptr)
+    {
+        CancelReservation();
+        return RepairError(ZO_NULL_POINTER(nullptr, "pRunObject"));
+    }
+    const CCritSectionLocker locker(m_runLock);
+    const std::lock_guard lock(m_mutex);
+    if (m_bBusy)
+    {
+        return E_PENDING;
+    }
+    const HRESULT hr = m_bRefusing ? E_ABORT : MakeSystemThread();
+    if (FAILED(hr))
+    {
+        m_bReserved = false;
+        return hr;
+    }
+    m_pRunObject = pRunObject;
+    m_pRunObject->m_pThread = this;
+    m_spOwned = std::move(spOwned);
+    m_bBusy = true;
+    m_changed.notify_all();
+    return S_OK;
+}
+
+HRESULT CThread::MakeSystemThread()
+{
+    if (m_systemThread.joinable())
+    {
+        return S_OK;
+    }
+    try
+    {
+        m_systemThread = std::thread([this] { Loop(); });
+        return S_OK;
+    }
+    catch (const std::system_error&)
+    {
+        return E_FAIL;
+    }
+}
+
+void CThread::Loop()
+{
+    m_threadId = std::this_thread::get_id();
+    SetThreadName(m_sName.c_str());
+    std::unique_lock lock(m_mutex);
+    while (m_changed.wait(lock, [this] { return m_bBusy || m_bRefusing; }), m_bBusy)
+    {
+        lock.unlock();
+        RunOnce();
+        lock.lock();
+        m_bBusy = false;
+        m_bReserved = false;
+        m_changed.notify_all();
+    }
+}
+
+void CThread::RunOnce()
+{
+    CThreadRunObject* pRunObject = nullptr;
+    std::unique_ptr<CThreadRunObject> spOwned; // deleted after the locks
+    {
+        const CCritSectionLocker locker(m_runLock);
+        pRunObject = m_pRunObject;
+        spOwned = std::move(m_spOwned);
+    }
+    // What escapes from Run has been reported by the guard; nobody is there to take a result.
+    static_cast<void>(GuardedEntry([pRunObject]() -> HRESULT {
+        pRunObject->Run();
+        return S_OK;
+    }));
+    Forget();
+}
+
+void CThread::Forget() noexcept
+{
+    const CCritSectionLocker locker(m_runLock);
+    if (m_pRunObject != nullptr)
+    {
+        m_pRunObject->m_pThread = nullptr;
+        m_pRunObject = nullptr;
+    }
+}
+} // namespace ZoVelkor
