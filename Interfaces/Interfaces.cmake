@@ -21,4 +21,9 @@ zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces
     ScpiParameter.h
     ScpiParserData.h)
 target_sources(zosoftwareplatformembedded PRIVATE
+    ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiDeviceHandler.cpp
+    ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiEmulationCallback.cpp
+    ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiExecutionSink.cpp
+    ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiMultichannelEventObserver.cpp
+    ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiMultichannelParser.cpp
     )

@@ -8,4 +8,8 @@ zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Remote/Inc
     ScpiErrorCodes.h
     ScpiRegisterPart.h)
 target_sources(zosoftwareplatformembedded PRIVATE
+    ${CMAKE_SOURCE_DIR}/Remote/Src/CLazyScpiManager.cpp
+    ${CMAKE_SOURCE_DIR}/Remote/Src/CScpiFunctionExecutionDataPool.cpp
+    ${CMAKE_SOURCE_DIR}/Remote/Src/CScpiSinkFramework.cpp
+    ${CMAKE_SOURCE_DIR}/Remote/Src/ScpiExecutionRules.cpp
     )

@@ -55,6 +55,8 @@ public:
     /// The remote path that the command came from.
     long GetRemotePath() const noexcept { return m_iRemotePath; }
     unsigned long GetArgumentCount() const noexcept { return m_iArgumentCount; }
+    /// The component named in reports of internal errors; may be null.
+    CObjectDataReference const* GetObjectReference() const noexcept { return m_pObject; }
     /// Services of the remote path.
     CLazyScpiManager& GetServices() noexcept { return m_pScpiManager; }
 
@@ -178,14 +180,17 @@ public:
     /// @}
 
 private:
-    template <class TReader>
-    HRESULT ReadArgument(long index, unsigned long acceptedType, TReader&& reader);
+    template <class TReader, class... TOutputs>
+    HRESULT ReadArgument(TReader const& reader, long index, TOutputs&... outputs);
+    HRESULT RaiseIf(short code);
     HRESULT RaiseFault(ScpiExecution::tagFoundArgument const& argument);
+    HRESULT SucceedOrRaise(HRESULT hr);
     HRESULT BeginItem();
-    HRESULT WriteRaw(std::string_view text);
     HRESULT WriteItem(std::string_view text);
-    IZOScpiOutputBuffer* RequireOutputBuffer();
-    IZOScpiSubsystemFormat* RequireFormatSubsystem();
+    template <class TOperation>
+    HRESULT FormatItem(TOperation&& operation);
+    IZOScpiOutputBuffer& RequireOutputBuffer();
+    IZOScpiSubsystemFormat& RequireFormatSubsystem();
 
     std::int32_t m_iRemotePath;
     short m_iScpiError = 0;

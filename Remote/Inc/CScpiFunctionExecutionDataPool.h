@@ -19,6 +19,7 @@
 namespace ZoVelkor
 {
 
+class CObjectDataReference;
 class CZoString;
 
 /// What a command handler sees of one command: its arguments, its response and its SCPI error.
@@ -49,6 +50,8 @@ public:
     virtual long GetRemotePath() const = 0;
     /// Long form of the command without suffixes, borrowed; null when the parser gave none.
     virtual wchar_t const* GetHeader() const = 0;
+    /// The component named in reports of internal errors; may be null.
+    virtual CObjectDataReference const* GetObjectReference() const = 0;
     /// The raw numeric suffix of a header node as an unsigned 32-bit value; the index is not checked.
     virtual unsigned long GetRawNumericSuffixValue(long index) const = 0;
     /// @}

@@ -33,6 +33,7 @@ public:
     bool IsSetting() const override { return !m_ParserData.m_bQuery; }
     long GetRemotePath() const override { return m_ParserData.m_iRemotePath; }
     wchar_t const* GetHeader() const override { return m_ParserData.m_bsHeader; }
+    CObjectDataReference const* GetObjectReference() const override { return m_pObject; }
     unsigned long GetRawNumericSuffixValue(long index) const override;
 
     long GetArgumentCount() const override { return m_ParserData.m_iArgumentCount; }
@@ -123,9 +124,9 @@ public:
         return m_Services.PendingOperations();
     }
     void SetBlockDataReader(IZOScpiBlockData* pReader) override { m_spBlockDataReader = pReader; }
-    IZOScpiBlockData* GetBlockDataReader() const override { return m_spBlockDataReader.p; }
+    IZOScpiBlockData* GetBlockDataReader() const override { return m_spBlockDataReader; }
     void SetBlockDataWriter(IZOScpiSubsystemFormat* pWriter) override { m_spBlockDataWriter = pWriter; }
-    IZOScpiSubsystemFormat* GetBlockDataWriter() const override { return m_spBlockDataWriter.p; }
+    IZOScpiSubsystemFormat* GetBlockDataWriter() const override { return m_spBlockDataWriter; }
 
 protected:
     /// The three filter operations; one of them is installed at any time.
@@ -136,18 +137,23 @@ protected:
 private:
     using FilterOperation = bool (CScpiFunctionExecutionDataPoolParser::*)(std::string const&) const;
 
-    template <class TReader>
-    HRESULT ReadArgument(long index, unsigned long acceptedType, TReader&& reader);
+    template <class TReader, class... TOutputs>
+    HRESULT ReadArgument(TReader const& reader, long index, TOutputs&... outputs);
+    template <class TConversion>
+    HRESULT ReadText(CZoString& text, long index, TConversion&& conversion);
+    ScpiExecution::tagFoundArgument Find(long index, unsigned long acceptedType) const noexcept;
     template <class TOperation>
     HRESULT FormatItem(TOperation&& operation);
     template <class TOperation>
-    HRESULT OutputThroughFormat(TOperation&& operation);
+    HRESULT FormatData(TOperation&& operation);
     HRESULT RaiseFault(ScpiExecution::tagFoundArgument const& argument);
-    HRESULT Raise(short code);
+    HRESULT RaiseIf(short code);
+    HRESULT SucceedOrRaise(HRESULT hr);
+    HRESULT NullBlockPointer();
     HRESULT BeginItem();
     HRESULT InsertSeparator();
-    HRESULT WriteRaw(std::string_view text);
-    HRESULT RefusedBlockWrite(HRESULT hr, wchar_t const* error);
+    HRESULT WriteItem(std::string_view text);
+    HRESULT WriteString(std::string_view text);
     IZOScpiSubsystemFormat* RequireFormatSubsystem();
     IZOScpiOutputBuffer* RequireOutputBuffer();
     void InstallFilter(FilterOperation filter, std::string const& operand);

@@ -1,0 +1,147 @@
+#include "CBScpiMultichannelEventObserver.h"
+
+#include "ErrorRaising.h"
+
+namespace ZoVelkor
+{
+
+ZO_SOURCE_UNIT("Interfaces/_Src/CBScpiMultichannelEventObserver")
+
+HRESULT CBScpiMultichannelEventObserver::ConnectionAccepted(wchar_t* name, long remotePath)
+{
+    return DoConnectionAccepted(name, remotePath);
+}
+
+HRESULT CBScpiMultichannelEventObserver::ConnectionBroken(wchar_t* name, long remotePath)
+{
+    return DoConnectionBroken(name, remotePath);
+}
+
+HRESULT CBScpiMultichannelEventObserver::GotoLocal(long remotePath)
+{
+    return DoGotoLocal(remotePath);
+}
+
+HRESULT CBScpiMultichannelEventObserver::GotoRemote(long remotePath)
+{
+    return DoGotoRemote(remotePath);
+}
+
+HRESULT CBScpiMultichannelEventObserver::LocalLockout(short on, long remotePath)
+{
+    return DoLocalLockout(on, remotePath);
+}
+
+HRESULT CBScpiMultichannelEventObserver::DeviceClear(long remotePath)
+{
+    return DoDeviceClear(remotePath);
+}
+
+HRESULT CBScpiMultichannelEventObserver::Trigger(long remotePath)
+{
+    return DoTrigger(remotePath);
+}
+
+HRESULT CBScpiMultichannelEventObserver::Reset(long remotePath)
+{
+    return DoReset(remotePath);
+}
+
+HRESULT CBScpiMultichannelEventObserver::SystemPreset(long remotePath)
+{
+    return DoSystemPreset(remotePath);
+}
+
+HRESULT CBScpiMultichannelEventObserver::ProgramMessageBegin(long remotePath)
+{
+    return DoProgramMessageBegin(remotePath);
+}
+
+HRESULT CBScpiMultichannelEventObserver::ProgramMessageEnd(short aborted, long remotePath)
+{
+    return DoProgramMessageEnd(aborted, remotePath);
+}
+
+HRESULT CBScpiMultichannelEventObserver::OpcReset(long remotePath, unsigned long count, GUID* ids)
+{
+    return DoOpcReset(remotePath, count, ids);
+}
+
+HRESULT CBScpiMultichannelEventObserver::put_EventClientId(GUID id)
+{
+    m_EventClientId = id;
+    return S_OK;
+}
+
+HRESULT CBScpiMultichannelEventObserver::get_EventClientId(GUID* id)
+{
+    if (id == nullptr)
+    {
+        return RepairError(ZO_NULL_POINTER(nullptr, "id"));
+    }
+    *id = m_EventClientId;
+    return S_OK;
+}
+
+HRESULT CBScpiMultichannelEventObserver::DoConnectionAccepted(wchar_t* /*name*/, long /*remotePath*/)
+{
+    return S_OK;
+}
+
+HRESULT CBScpiMultichannelEventObserver::DoConnectionBroken(wchar_t* /*name*/, long /*remotePath*/)
+{
+    return S_OK;
+}
+
+HRESULT CBScpiMultichannelEventObserver::DoGotoLocal(long /*remotePath*/)
+{
+    return S_OK;
+}
+
+HRESULT CBScpiMultichannelEventObserver::DoGotoRemote(long /*remotePath*/)
+{
+    return S_OK;
+}
+
+HRESULT CBScpiMultichannelEventObserver::DoLocalLockout(short /*on*/, long /*remotePath*/)
+{
+    return S_OK;
+}
+
+HRESULT CBScpiMultichannelEventObserver::DoDeviceClear(long /*remotePath*/)
+{
+    return S_OK;
+}
+
+HRESULT CBScpiMultichannelEventObserver::DoTrigger(long /*remotePath*/)
+{
+    return S_OK;
+}
+
+HRESULT CBScpiMultichannelEventObserver::DoReset(long /*remotePath*/)
+{
+    return S_OK;
+}
+
+HRESULT CBScpiMultichannelEventObserver::DoSystemPreset(long /*remotePath*/)
+{
+    return S_OK;
+}
+
+HRESULT CBScpiMultichannelEventObserver::DoProgramMessageBegin(long /*remotePath*/)
+{
+    return S_OK;
+}
+
+HRESULT CBScpiMultichannelEventObserver::DoProgramMessageEnd(short /*aborted*/, long /*remotePath*/)
+{
+    return S_OK;
+}
+
+HRESULT
+CBScpiMultichannelEventObserver::DoOpcReset(long /*remotePath*/, unsigned long /*count*/, GUID* /*ids*/)
+{
+    return S_OK;
+}
+
+} // namespace ZoVelkor

@@ -1,0 +1,222 @@
+#include "ScpiExecutionRules.h"
+
+#include "CComBSTR.h"
+#include "ErrorReport.h"
+#include "IZOScpiBlockData.h"
+#include "IZOScpiOutputBuffer.h"
+#include "IZOScpiStatusManagement.h"
+#include "IZOScpiStatusRegister.h"
+#include "ZoString.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <clocale>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <system_error>
+
+namespace ZoVelkor::ScpiExecution
+{
+
+const tagMisuse kNoArgumentArray{nullptr, "Missing parameter", E_POINTER};
+const tagMisuse kNegativeIndex{"iArgumentIndex >= 0", "Invalid argument index", ZO_E_SHELL};
+
+namespace
+{
+
+double ConvertWithLibrary(char const* text, char** end) noexcept
+{
+    static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", nullptr);
+    errno = 0;
+    return strtod_l(text, end, cLocale);
+}
+
+} // namespace
+
+bool ConvertNumber(char const* text, double& value) noexcept
+{
+    double fast = 0;
+    const auto parsed = std::from_chars(text, text + std::char_traits<char>::length(text), fast);
+    const double magnitude = std::fabs(fast);
+    // Plus signs, blanks, hexadecimal numbers (they begin with a zero) and everything near a limit are left
+    // to the library; the comparison is false for not-a-number too.
+    if (parsed.ec == std::errc() && magnitude >= std::numeric_limits<double>::min() &&
+        magnitude <= std::numeric_limits<double>::max())
+    {
+        value = fast;
+        return true;
+    }
+    value = ConvertWithLibrary(text, nullptr);
+    return errno != ERANGE;
+}
+
+std::optional<double> WholeNumber(std::string const& text) noexcept
+{
+    char* end = nullptr;
+    const double value = ConvertWithLibrary(text.c_str(), &end);
+    const bool isWhole = end != text.c_str() && end == text.c_str() + text.size();
+    return isWhole ? std::optional(value) : std::nullopt;
+}
+
+short TruncateNumber(double number, long& value) noexcept
+{
+    // 2147483647.9 is in range, because it is cut to 2147483647. Not-a-number fails the comparison.
+    if (!(number >= -2147483648.0 && number < 2147483648.0))
+    {
+        return kScpiDataOutOfRange;
+    }
+    value = static_cast<std::int32_t>(number);
+    return kScpiNoError;
+}
+
+short ReadDouble(tagZO_SCPI_PARAMETER const& parameter, double& value)
+{
+    return ConvertNumber(parameter.szText, value) ? kScpiNoError : kScpiDataOutOfRange;
+}
+
+short ReadDoubleWithUnit(tagZO_SCPI_PARAMETER const& parameter, double& value, long& unit)
+{
+    const short error = ReadDouble(parameter, value);
+    if (error == kScpiNoError)
+    {
+        unit = parameter.iUnit;
+    }
+    return error;
+}
+
+short ReadInteger(tagZO_SCPI_PARAMETER const& parameter, long& value)
+{
+    double number = 0;
+    const short error = ReadDouble(parameter, number);
+    return error == kScpiNoError ? TruncateNumber(number, value) : error;
+}
+
+short ReadBoolean(tagZO_SCPI_PARAMETER const& parameter, bool& value)
+{
+    if (parameter.iType == ZO_SCPI_PARAMTYPE_SPECIAL)
+    {
+        if (parameter.iSpecialCode != ZO_SCPI_SPECIAL_ON && parameter.iSpecialCode != ZO_SCPI_SPECIAL_OFF)
+        {
+            return kScpiInvalidCharacterData;
+        }
+        value = parameter.iSpecialCode == ZO_SCPI_SPECIAL_ON;
+        return kScpiNoError;
+    }
+    long number = 0;
+    short error = TypeError(parameter.iType, ZO_SCPI_PARAMTYPE_NUMERIC);
+    error = error == kScpiNoError ? ReadInteger(parameter, number) : error;
+    if (error == kScpiNoError)
+    {
+        value = number != 0;
+    }
+    return error;
+}
+
+short ReadCode(tagZO_SCPI_PARAMETER const& parameter, long& value)
+{
+    value = static_cast<std::int32_t>(parameter.iSpecialCode);
+    return kScpiNoError;
+}
+
+short ReadMnemonic(tagZO_SCPI_PARAMETER const& parameter, tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE& value)
+{
+    value = static_cast<tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE>(parameter.iSpecialCode);
+    return kScpiNoError;
+}
+
+short ReadCountedText(tagZO_SCPI_PARAMETER const& parameter, std::string& text)
+{
+    text.assign(parameter.szText, std::min<std::size_t>(parameter.iTextLength, sizeof(parameter.szText)));
+    return kScpiNoError;
+}
+
+short ReadType(tagZO_SCPI_PARAMETER const& parameter, tagZO_SCPI_PARAMTYPE& type)
+{
+    type = static_cast<tagZO_SCPI_PARAMTYPE>(parameter.iType);
+    return kScpiNoError;
+}
+
+short ReadBlock(tagZO_SCPI_PARAMETER const& parameter, IZOScpiBlockData*& pBlockData, long& length)
+{
+    pBlockData = CComPtr<IZOScpiBlockData>(parameter.pBlockData).Detach();
+    length = static_cast<std::int32_t>(parameter.iBlockLength);
+    return kScpiNoError;
+}
+
+short RefuseType(tagZO_SCPI_PARAMETER const& parameter)
+{
+    return UnexpectedTypeError(parameter.iType);
+}
+
+std::string_view FormatInteger(NumberBuffer& buffer, long value) noexcept
+{
+    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value).ptr;
+    return {buffer.data(), static_cast<std::size_t>(end - buffer.data())};
+}
+
+std::string_view FormatFixed(NumberBuffer& buffer, double value) noexcept
+{
+    constexpr int kDecimals = 6;
+    const auto end =
+        std::to_chars(
+            buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, kDecimals)
+            .ptr;
+    return {buffer.data(), static_cast<std::size_t>(end - buffer.data())};
+}
+
+std::string_view FormatBlockHeader(NumberBuffer& buffer, unsigned long length) noexcept
+{
+    std::array<char, std::numeric_limits<unsigned long>::digits10 + 1> digits;
+    char const* digitsEnd = std::to_chars(digits.data(), digits.data() + digits.size(), length).ptr;
+    char* out = buffer.data();
+    *out++ = '#';
+    out = std::to_chars(out, buffer.data() + buffer.size(), digitsEnd - digits.data()).ptr;
+    out = std::copy(static_cast<char const*>(digits.data()), digitsEnd, out);
+    return {buffer.data(), static_cast<std::size_t>(out - buffer.data())};
+}
+
+tagBlockWrite WriteBlock(IZOScpiOutputBuffer& output, char const* data, long length)
+{
+    const auto size = static_cast<unsigned long>(length);
+    NumberBuffer buffer;
+    const std::string_view header = FormatBlockHeader(buffer, size);
+    CComBSTR error;
+    HRESULT hr = output.Write(header.size(), header.data(), &error);
+    if (SUCCEEDED(hr))
+    {
+        hr = output.WriteBinary(size, reinterpret_cast<unsigned char const*>(data), &error);
+    }
+    return {hr, SUCCEEDED(hr) ? std::string() : CZoString(error).ToStdString()};
+}
+
+CComPtr<IZOScpiStatusRegister>
+FindRegister(IZOScpiStatusManagement& management, long remotePath, std::string const& name)
+{
+    const CComBSTR wideName(name.c_str());
+    CComPtr<IZOScpiStatusRegister> spRegister;
+    management.GetRegister(remotePath, wideName, &spRegister);
+    return spRegister;
+}
+
+HRESULT ReadRegisterWord(IZOScpiStatusRegister& statusRegister, long part, long& value)
+{
+    using WordReader = HRESULT (IZOScpiStatusRegister::*)(wchar_t*);
+    // In the order of tagScpiRegisterPart.
+    constexpr WordReader kReaders[] = {&IZOScpiStatusRegister::GetCondition,
+                                       &IZOScpiStatusRegister::GetEvents,
+                                       &IZOScpiStatusRegister::GetEnable,
+                                       &IZOScpiStatusRegister::GetNegTrans,
+                                       &IZOScpiStatusRegister::GetPosTrans};
+    if (part < 0 || part >= std::ssize(kReaders))
+    {
+        return E_INVALIDARG;
+    }
+    wchar_t word = 0;
+    const HRESULT hr = (statusRegister.*kReaders[part])(&word);
+    value = static_cast<std::int32_t>(word);
+    return hr;
+}
+
+} // namespace ZoVelkor::ScpiExecution
