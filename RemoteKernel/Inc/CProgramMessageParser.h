@@ -1,0 +1,46 @@
+#pragma once
+
+#include "CCommandIndex.h"
+#include "ICommandExecutor.h"
+#include "ParsedCommand.h"
+
+#include <cstddef>
+#include <memory>
+#include <span>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+/// Parameters of one command; further ones raise -223.
+inline constexpr std::size_t kMaxParameters = 16384;
+
+/// Understands program messages and runs their commands one after another.
+///
+/// Accepted are compound messages with path memory (SCPI-99 vol. 1, 6.2.4), short and long forms in any case,
+/// default nodes, numeric suffixes, and all kinds of program data of IEEE 488.2 section 7.7. Parameters are
+/// checked against the command's table before the command runs. A command error ends the message; an
+/// execution error that the parser finds (-222, -223) only ends its command.
+///
+/// Threads: one session's; Parse is not reentrant.
+class CProgramMessageParser
+{
+public:
+    CProgramMessageParser();
+    CProgramMessageParser(const CProgramMessageParser&) = delete;
+    CProgramMessageParser& operator=(const CProgramMessageParser&) = delete;
+    ~CProgramMessageParser();
+
+    /// Parses one complete message and calls the executor for each command.
+    ///
+    /// @param message  the message without its line feed; must stay in place until the call returns, since
+    ///                 blocks are lent from it
+    /// @return false when the rest of the message was dropped: after a command error, or on the executor's
+    /// wish
+    bool Parse(const CCommandIndex& index, std::span<char> message, ICommandExecutor& executor);
+
+private:
+    class CImplementation;
+    std::unique_ptr<CImplementation> m_implementation;
+};
+
+} // namespace ZoVelkor::RemoteKernel

@@ -1,0 +1,111 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+/// Longest program mnemonic, suffix digits included (IEEE 488.2 section 7.6.1.4.1).
+inline constexpr std::size_t kMaxMnemonicLength = 12;
+
+/// A keyword in capitals, packed into two words so that comparing takes two instructions.
+///
+/// Characters beyond the sixteenth are not kept: no keyword of a table is that long.
+struct tagMnemonicKey
+{
+    static constexpr std::size_t kCapacity = 16;
+
+    std::uint64_t iLow = 0;
+    std::uint64_t iHigh = 0;
+
+    bool operator==(const tagMnemonicKey&) const = default;
+};
+
+namespace Detail
+{
+constexpr std::array<unsigned char, 256> MakeMnemonicCharacters(std::string_view further)
+{
+    std::array<unsigned char, 256> characters{};
+    for (unsigned char c = 'A'; c <= 'Z'; ++c)
+    {
+        characters[c] = c;
+        characters[static_cast<std::size_t>(c - 'A' + 'a')] = c;
+    }
+    for (unsigned char c = '0'; c <= '9'; ++c)
+    {
+        characters[c] = c;
+    }
+    for (const char c : further)
+    {
+        characters[static_cast<unsigned char>(c)] = static_cast<unsigned char>(c);
+    }
+    return characters;
+}
+} // namespace Detail
+
+/// Capital of each character that may stand in a program mnemonic, 0 for the others.
+inline constexpr std::array<unsigned char, 256> kMnemonicCharacters = Detail::MakeMnemonicCharacters("_");
+
+/// As kMnemonicCharacters for a unit suffix, which may be a compound such as V/S or M.S-2.
+inline constexpr std::array<unsigned char, 256> kUnitCharacters = Detail::MakeMnemonicCharacters("/.^-");
+
+/// A mnemonic that has been read from a text.
+struct tagMnemonic
+{
+    tagMnemonicKey key;
+    std::size_t iLength = 0;
+};
+
+/// Reads the characters of one class from the start of a text.
+inline tagMnemonic
+ReadMnemonic(const char* begin,
+             const char* end,
+             const std::array<unsigned char, 256>& characters = kMnemonicCharacters) noexcept
+{
+    tagMnemonic mnemonic;
+    const auto available = static_cast<std::size_t>(end - begin);
+    while (mnemonic.iLength < available)
+    {
+        const std::uint64_t c = characters[static_cast<unsigned char>(begin[mnemonic.iLength])];
+        if (c == 0)
+        {
+            break;
+        }
+        if (mnemonic.iLength < 8)
+        {
+            mnemonic.key.iLow |= c << (8 * mnemonic.iLength);
+        }
+        else if (mnemonic.iLength < tagMnemonicKey::kCapacity)
+        {
+            mnemonic.key.iHigh |= c << (8 * (mnemonic.iLength - 8));
+        }
+        ++mnemonic.iLength;
+    }
+    return mnemonic;
+}
+
+/// Packs a whole text; characters outside the class of units end it.
+inline tagMnemonicKey PackMnemonic(std::string_view text) noexcept
+{
+    constexpr static std::array<unsigned char, 256> kAll = Detail::MakeMnemonicCharacters("_/.^-%");
+    return ReadMnemonic(text.data(), text.data() + text.size(), kAll).key;
+}
+
+/// Keeps the first characters of a key.
+constexpr tagMnemonicKey CutMnemonic(tagMnemonicKey key, std::size_t length) noexcept
+{
+    if (length < 8)
+    {
+        return {key.iLow & ((std::uint64_t{1} << (8 * length)) - 1), 0};
+    }
+    if (length < tagMnemonicKey::kCapacity)
+    {
+        return {key.iLow, key.iHigh & ((std::uint64_t{1} << (8 * (length - 8))) - 1)};
+    }
+    return key;
+}
+
+} // namespace ZoVelkor::RemoteKernel
