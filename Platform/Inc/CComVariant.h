@@ -119,7 +119,7 @@ public:
     /// A copy; a type that cannot be copied becomes VT_ERROR with the result code of the attempt.
     CComVariant(const VARIANT& other);
     CComVariant(const CComVariant& other);
-    CComVariant(CComVariant&& other) noexcept;
+    CComVariant(CComVariant&& other) noexcept : VARIANT{} { MoveFrom(other); }
     ~CComVariant()
     {
         if (OwnsResource())
@@ -129,7 +129,16 @@ public:
     }
 
     CComVariant& operator=(const CComVariant& other);
-    CComVariant& operator=(CComVariant&& other) noexcept;
+    CComVariant& operator=(CComVariant&& other) noexcept
+    {
+        if (this != &other)
+        {
+            CComVariant former;
+            former.MoveFrom(*this);
+            MoveFrom(other);
+        }
+        return *this;
+    }
 
     /// Results as VariantClear.
     HRESULT Clear() noexcept;

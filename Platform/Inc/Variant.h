@@ -120,7 +120,7 @@ ZO_EXPORT HRESULT VariantCopyInd(VARIANT* target, const VARIANT* source) noexcep
 ///   VT_R8 and VT_DATE also "INF", "-INF" and "NAN". A null BSTR is no number.
 /// - Numbers become the shortest text that reads back as the same number of the same type, with '.' and
 /// without
-///   grouping: "0.1", "1E+15" (exponent from 15 on and below -4), "INF". VT_CY keeps at most four decimals.
+///   grouping: "0.1", "1E+15" (exponent from 15 on and below -4), "INF". VT_CY has at most four decimals.
 /// - Truth becomes "-1" or "0", with VARIANT_ALPHABOOL "True" or "False".
 /// - VT_DATE becomes "YYYY-MM-DD hh:mm:ss" and is read from that, from the date alone and from a number of
 /// days;
@@ -139,6 +139,8 @@ ZO_EXPORT HRESULT VariantChangeType(VARIANT* target,
 
 /// Compares two values: numbers by value whatever their types, texts character by character.
 ///
-/// @return VARCMP_NULL when either is VT_NULL, when one is a number and the other a text, for a NaN and for
-///         other types that differ or are no scalars; two empty values are equal
+/// VT_EMPTY counts as the number 0.
+/// @return VARCMP_NULL when either is VT_NULL, when one is a number and the other a text, for a NaN, for
+/// arrays and
+///         interfaces, and for VT_ERROR unless both are
 [[nodiscard]] ZO_EXPORT VARCMP VarCmp(const VARIANT* left, const VARIANT* right) noexcept;

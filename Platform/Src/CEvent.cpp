@@ -1,0 +1,59 @@
+#include "CEvent.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <utility>
+
+CEvent::CEvent(CUniqueDescriptor descriptor, bool manualReset) noexcept
+    : m_descriptor(std::move(descriptor)),
+      m_manualReset(manualReset)
+{}
+
+void CEvent::Set() noexcept
+{
+    m_settings.fetch_add(1, std::memory_order_release);
+    constexpr std::uint64_t kOne = 1;
+    // A full counter refuses the write and is readable already.
+    while (::write(m_descriptor.Get(), &kOne, sizeof kOne) < 0 && errno == EINTR)
+    {}
+}
+
+void CEvent::Reset() noexcept
+{
+    const std::shared_lock lock(TakingLock());
+    static_cast<void>(Drain());
+}
+
+bool CEvent::TryTake() noexcept
+{
+    if (m_manualReset)
+    {
+        return TryTakeLocked();
+    }
+    const std::shared_lock lock(TakingLock());
+    return TryTakeLocked();
+}
+
+bool CEvent::TryTakeLocked() noexcept
+{
+    const bool taken = m_manualReset || Drain();
+    static_cast<void>(m_settings.load(std::memory_order_acquire));
+    return taken;
+}
+
+std::shared_mutex& CEvent::TakingLock() noexcept
+{
+    static std::shared_mutex lock;
+    return lock;
+}
+
+bool CEvent::Drain() const noexcept
+{
+    std::uint64_t settings = 0;
+    ssize_t size = 0;
+    do
+    {
+        size = ::read(m_descriptor.Get(), &settings, sizeof settings);
+    } while (size < 0 && errno == EINTR);
+    return size == static_cast<ssize_t>(sizeof settings);
+}
