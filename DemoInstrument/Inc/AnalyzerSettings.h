@@ -1,0 +1,92 @@
+#pragma once
+
+#include "CFrequencyRange.h"
+
+#include <array>
+#include <cstddef>
+
+namespace ZoVelkor::Demo
+{
+
+inline constexpr long kChannelCount = 4; ///< SENSe<1..4>; trace n shows what channel n measured
+inline constexpr long kMarkerCount = 8;  ///< CALCulate:MARKer<1..8>; all markers sit on trace 1
+
+inline constexpr double kMinBandwidthHz = 10.0;
+inline constexpr double kMaxBandwidthHz = 10e6;
+
+inline constexpr long kMinSweepPoints = 101;
+inline constexpr long kMaxSweepPoints = 100001;
+inline constexpr long kResetSweepPoints = 1001;
+
+inline constexpr double kMinSweepTimeS = 1e-3;
+inline constexpr double kMaxSweepTimeS = 1000.0;
+inline constexpr double kMinAutoSweepTimeS = 50e-3; ///< the coupled sweep time is never shorter
+
+/// How the samples that fall into one sweep point become its level.
+enum class tagDetector : long
+{
+    Positive = 1, ///< largest sample
+    Negative,     ///< smallest sample
+    Sample,       ///< one of the samples
+    Rms,          ///< mean power
+    Average       ///< mean of the logarithmic levels
+};
+
+/// Settings of one measurement channel.
+struct tagChannelSettings
+{
+    CFrequencyRange frequency;
+    bool bBandwidthAuto = true;                 ///< the bandwidth follows the span
+    double manualBandwidthHz = kMaxBandwidthHz; ///< holds while bBandwidthAuto is off
+
+    /// The resolution bandwidth in force.
+    double BandwidthHz() const;
+
+    bool operator==(const tagChannelSettings&) const = default;
+};
+
+/// All settings of the analyser; a new object is the reset state (*RST).
+///
+/// A plain value: a command changes a copy and puts it in force as a whole, so a refused command changes
+/// nothing, and a sweep works on the copy that it was started with.
+struct tagAnalyzerSettings
+{
+    std::array<tagChannelSettings, kChannelCount> channels{};
+    long sweepPoints = kResetSweepPoints;
+    bool bSweepTimeAuto = true; ///< the sweep time follows the bandwidths
+    double manualSweepTimeS = kMinAutoSweepTimeS;
+    tagDetector detector = tagDetector::Positive;
+    std::array<double, kMarkerCount> markersHz = ResetMarkers();
+
+    /// A channel by its suffix, 1 to kChannelCount.
+    tagChannelSettings& Channel(long suffix) { return channels[static_cast<std::size_t>(suffix - 1)]; }
+    const tagChannelSettings& Channel(long suffix) const
+    {
+        return channels[static_cast<std::size_t>(suffix - 1)];
+    }
+
+    /// A marker's frequency by its suffix, 1 to kMarkerCount.
+    double& MarkerHz(long suffix) { return markersHz[static_cast<std::size_t>(suffix - 1)]; }
+    double MarkerHz(long suffix) const { return markersHz[static_cast<std::size_t>(suffix - 1)]; }
+
+    /// The sweep time in force: that of the slowest channel when it is coupled.
+    double SweepTimeS() const;
+
+    /// Moves the markers that a new frequency range would leave outside to its edge.
+    void KeepMarkersInside();
+
+private:
+    static constexpr std::array<double, kMarkerCount> ResetMarkers()
+    {
+        std::array<double, kMarkerCount> markers{};
+        markers.fill((kMinFrequencyHz + kMaxFrequencyHz) / 2);
+        return markers;
+    }
+};
+
+/// The next step of the bandwidths 1-3-10, or of the spans 1-2-5-10, in the direction given.
+///
+/// @param mantissas  the steps within a decade, rising, the first is 1
+double NextInSequence(double value, bool up, std::initializer_list<double> mantissas);
+
+} // namespace ZoVelkor::Demo

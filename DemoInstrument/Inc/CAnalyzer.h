@@ -1,0 +1,51 @@
+#pragma once
+
+#include "AnalyzerSettings.h"
+#include "CMassMemory.h"
+#include "CSweepEngine.h"
+#include "CTraceMemory.h"
+
+#include <bitset>
+#include <string>
+
+namespace ZoVelkor::Demo
+{
+
+inline constexpr std::size_t kSwitchCount = 8; ///< ROUTe: channels 1 to 8
+
+/// The analyser itself, without remote control: settings, sweeps and what they measure, files, switches.
+///
+/// Threads: the thread that executes the command, except for the parts that say otherwise.
+class CAnalyzer
+{
+public:
+    CAnalyzer() : m_sweeps(m_traces) {}
+
+    const tagAnalyzerSettings& Settings() const { return m_settings; }
+
+    /// Puts settings in force; they hold from the next sweep on.
+    void Apply(const tagAnalyzerSettings& settings);
+
+    /// Returns to the reset state: no sweep, no traces, switches open, no text. The files stay.
+    void Reset();
+
+    /// Measures the strongest carrier and compares it with what is known of it.
+    static bool Selftest();
+
+    CTraceMemory& Traces() { return m_traces; }
+    CSweepEngine& Sweeps() { return m_sweeps; }
+    CMassMemory& Files() { return m_files; }
+    /// Switch n is closed when bit n - 1 is set.
+    std::bitset<kSwitchCount>& ClosedSwitches() { return m_closedSwitches; }
+    std::string& DisplayText() { return m_sDisplayText; }
+
+private:
+    tagAnalyzerSettings m_settings;
+    CMassMemory m_files;
+    std::bitset<kSwitchCount> m_closedSwitches;
+    std::string m_sDisplayText;
+    CTraceMemory m_traces;
+    CSweepEngine m_sweeps; // last: its thread writes into the traces
+};
+
+} // namespace ZoVelkor::Demo

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "CAnalyzerCommands.h"
+#include "CApplicationRegistration.h"
+
+namespace ZoVelkor::Demo
+{
+
+/// The application "analyzer": the analyser, its commands and its place in remote control.
+class CAnalyzerApplication
+{
+public:
+    /// @throws CShellError when remote control is missing or refuses the application
+    CAnalyzerApplication();
+
+private:
+    CAnalyzer m_analyzer;
+    CAnalyzerCommands m_commands{m_analyzer};
+    CApplicationRegistration m_registration; // last: it goes before what the handlers use
+};
+
+} // namespace ZoVelkor::Demo

@@ -1,0 +1,294 @@
+#include "AnalyzerTable.h"
+
+#include "AnalyzerSettings.h"
+#include "CScpiToken.h"
+#include "ScpiTableMacros.h"
+
+#include <iterator>
+
+namespace ZoVelkor::Demo
+{
+namespace
+{
+
+/// A run of records of one kind: a level of the command tree, the parameters of a command, a list of words.
+struct tagGroup
+{
+    std::uint32_t first;
+    std::uint32_t count;
+};
+
+constexpr tagGroup After(tagGroup former, std::uint32_t count)
+{
+    return {former.first + former.count, count};
+}
+
+// The groups, in the order of the table below.
+constexpr tagGroup kRoot{0, 10};
+constexpr tagGroup kSense = After(kRoot, 5);
+constexpr tagGroup kFrequency = After(kSense, 4);
+constexpr tagGroup kBandwidth = After(kFrequency, 1);
+constexpr tagGroup kResolution = After(kBandwidth, 1);
+constexpr tagGroup kSweep = After(kResolution, 2);
+constexpr tagGroup kSweepTime = After(kSweep, 1);
+constexpr tagGroup kInitiate = After(kSweepTime, 2);
+constexpr tagGroup kTrace = After(kInitiate, 1);
+constexpr tagGroup kFormat = After(kTrace, 2);
+constexpr tagGroup kCalculate = After(kFormat, 1);
+constexpr tagGroup kMarker = After(kCalculate, 3);
+constexpr tagGroup kDisplay = After(kMarker, 1);
+constexpr tagGroup kDisplayText = After(kDisplay, 1);
+constexpr tagGroup kMassMemory = After(kDisplayText, 3);
+constexpr tagGroup kRoute = After(kMassMemory, 1);
+constexpr tagGroup kDiagnostic = After(kRoute, 1);
+constexpr tagGroup kService = After(kDiagnostic, 1);
+constexpr tagGroup kHertzParameter = After(kService, 1);
+constexpr tagGroup kSecondParameter = After(kHertzParameter, 1);
+constexpr tagGroup kCountParameter = After(kSecondParameter, 1);
+constexpr tagGroup kBooleanParameter = After(kCountParameter, 1);
+constexpr tagGroup kDetectorParameter = After(kBooleanParameter, 1);
+constexpr tagGroup kTraceParameter = After(kDetectorParameter, 1);
+constexpr tagGroup kFormatParameters = After(kTraceParameter, 2);
+constexpr tagGroup kBorderParameter = After(kFormatParameters, 1);
+constexpr tagGroup kTextParameter = After(kBorderParameter, 1);
+constexpr tagGroup kFileParameters = After(kTextParameter, 2);
+constexpr tagGroup kNameParameter = After(kFileParameters, 1);
+constexpr tagGroup kChannelsParameter = After(kNameParameter, 1);
+constexpr tagGroup kHertz = After(kChannelsParameter, 1);
+constexpr tagGroup kSecond = After(kHertz, 1);
+constexpr tagGroup kDetectorWords = After(kSecond, 5);
+constexpr tagGroup kFormatWords = After(kDetectorWords, 2);
+constexpr tagGroup kBorderWords = After(kFormatWords, 2);
+constexpr tagGroup kEnd = After(kBorderWords, 0);
+
+/// No child group, no parameters, no unit, no words; and every record of a group but its first has no length.
+constexpr std::uint32_t NONE = 0;
+
+// Forms of a command.
+constexpr std::uint32_t EVENT = NONE;
+constexpr std::uint32_t QUERY = QMARK;
+constexpr std::uint32_t SETTING = HDR_SET;
+constexpr std::uint32_t BOTH = QMARK | HDR_SET;
+
+// Kinds of parameters.
+constexpr std::uint32_t NUMERIC = ARG_SFLOAT | ARG_MINMAX | ARG_DEFAULT | ARG_UPDOWN;
+constexpr std::uint32_t BOOLEAN = ARG_SFLOAT | ARG_OFF | MNEM;
+
+/// Value that the handler gets for a parameter's unit; the kernel turns kHz or ms into these base units.
+constexpr std::uint32_t BASE_UNIT = 1;
+
+constexpr std::uint32_t WordOf(tagDetector detector)
+{
+    return static_cast<std::uint32_t>(detector);
+}
+
+// clang-format off: columns
+constexpr _CMD_SET_RECORD kTable[] = {
+    //  keyword         nodata           data             children            length            parameters
+    //  follow
+    HDR("[SENSe]", DEF, DEF, kSense.first, kRoot.count, NONE, NSUFF),
+    HDR("INITiate", DEF, DEF, kInitiate.first, NONE, NONE, NONE),
+    HDR("ABORt", ABORT_SWEEP, DEF, NONE, NONE, NONE, EVENT),
+    HDR("TRACe", DEF, DEF, kTrace.first, NONE, NONE, NSUFF),
+    HDR("FORMat", DEF, DEF, kFormat.first, NONE, NONE, NONE),
+    HDR("CALCulate", DEF, DEF, kCalculate.first, NONE, NONE, NONE),
+    HDR("DISPlay", DEF, DEF, kDisplay.first, NONE, NONE, NONE),
+    HDR("MMEMory", DEF, DEF, kMassMemory.first, NONE, NONE, NONE),
+    HDR("ROUTe", DEF, DEF, kRoute.first, NONE, NONE, NONE),
+    HDR("DIAGnostic", DEF, DEF, kDiagnostic.first, NONE, NONE, NONE),
+
+    // [SENSe<1..4>:]
+    HDR("FREQuency", DEF, DEF, kFrequency.first, kSense.count, NONE, NONE),
+    HDR("BANDwidth", DEF, DEF, kBandwidth.first, NONE, NONE, NONE),
+    HDR("BWIDth", DEF, DEF, kBandwidth.first, NONE, NONE, NONE),
+    HDR("SWEep", DEF, DEF, kSweep.first, NONE, NONE, NONE),
+    HDR("DETector", DETECTOR, DETECTOR, NONE, NONE, kDetectorParameter.first, BOTH),
+
+    // [SENSe<1..4>:]FREQuency:
+    HDR("CENTer", FREQ_CENTER, FREQ_CENTER, NONE, kFrequency.count, kHertzParameter.first, BOTH),
+    HDR("SPAN", FREQ_SPAN, FREQ_SPAN, NONE, NONE, kHertzParameter.first, BOTH),
+    HDR("STARt", FREQ_START, FREQ_START, NONE, NONE, kHertzParameter.first, BOTH),
+    HDR("STOP", FREQ_STOP, FREQ_STOP, NONE, NONE, kHertzParameter.first, BOTH),
+
+    // [SENSe<1..4>:]BANDwidth|BWIDth
+    HDR("[RESolution]",
+        BAND_RESOLUTION,
+        BAND_RESOLUTION,
+        kResolution.first,
+        kBandwidth.count,
+        kHertzParameter.first,
+        BOTH),
+
+    // [SENSe<1..4>:]BANDwidth|BWIDth[:RESolution]:
+    HDR("AUTO", BAND_AUTO, BAND_AUTO, NONE, kResolution.count, kBooleanParameter.first, BOTH),
+
+    // [SENSe:]SWEep:
+    HDR("POINts", SWEEP_POINTS, SWEEP_POINTS, NONE, kSweep.count, kCountParameter.first, BOTH),
+    HDR("TIME", SWEEP_TIME, SWEEP_TIME, kSweepTime.first, NONE, kSecondParameter.first, BOTH),
+
+    // [SENSe:]SWEep:TIME:
+    HDR("AUTO", SWEEP_TIME_AUTO, SWEEP_TIME_AUTO, NONE, kSweepTime.count, kBooleanParameter.first, BOTH),
+
+    // INITiate
+    HDR("[IMMediate]", INIT_IMMEDIATE, DEF, NONE, kInitiate.count, NONE, EVENT),
+    HDR("CONTinuous", INIT_CONTINUOUS, INIT_CONTINUOUS, NONE, NONE, kBooleanParameter.first, BOTH),
+
+    // TRACe<1..4>
+    HDR("[DATA]", TRACE_DATA, TRACE_DATA, NONE, kTrace.count, kTraceParameter.first, BOTH),
+
+    // FORMat
+    HDR("[DATA]", FORMAT_DATA, FORMAT_DATA, NONE, kFormat.count, kFormatParameters.first, BOTH),
+    HDR("BORDer", FORMAT_BORDER, FORMAT_BORDER, NONE, NONE, kBorderParameter.first, BOTH),
+
+    // CALCulate:
+    HDR("MARKer", DEF, DEF, kMarker.first, kCalculate.count, NONE, NSUFF),
+
+    // CALCulate:MARKer<1..8>:
+    HDR("X", MARKER_X, MARKER_X, NONE, kMarker.count, kHertzParameter.first, BOTH),
+    HDR("Y", MARKER_Y, DEF, NONE, NONE, NONE, QUERY),
+    HDR("MAXimum", MARKER_MAXIMUM, DEF, NONE, NONE, NONE, EVENT),
+
+    // DISPlay:
+    HDR("TEXT", DEF, DEF, kDisplayText.first, kDisplay.count, NONE, NONE),
+
+    // DISPlay:TEXT
+    HDR("[DATA]", DISPLAY_TEXT, DISPLAY_TEXT, NONE, kDisplayText.count, kTextParameter.first, BOTH),
+
+    // MMEMory:
+    HDR("DATA", FILE_DATA, FILE_DATA, NONE, kMassMemory.count, kFileParameters.first, BOTH),
+    HDR("CATalog", FILE_CATALOG, DEF, NONE, NONE, NONE, QUERY),
+    HDR("DELete", DEF, FILE_DELETE, NONE, NONE, kNameParameter.first, SETTING),
+
+    // ROUTe:
+    HDR("CLOSe", ROUTE_CLOSE, ROUTE_CLOSE, NONE, kRoute.count, kChannelsParameter.first, BOTH),
+
+    // DIAGnostic:
+    HDR("SERVice", DEF, DEF, kService.first, kDiagnostic.count, NONE, NONE),
+
+    // DIAGnostic:SERVice:
+    HDR("COUNt", SERVICE_COUNT, DEF, NONE, kService.count, NONE, QUERY | HDR_DIAG),
+
+    //  name         kinds                    unit           words                 first word            next
+    //  parameter               flags
+    PAR("frequency", NUMERIC, kHertz.first, NONE, NONE, NONE, NONE),
+    PAR("time", NUMERIC, kSecond.first, NONE, NONE, NONE, NONE),
+    PAR("count", NUMERIC, NONE, NONE, NONE, NONE, NONE),
+    PAR("state", BOOLEAN, NONE, NONE, NONE, NONE, NONE),
+    PAR("detector", MNEM, NONE, kDetectorWords.count, kDetectorWords.first, NONE, NONE),
+    PAR("levels", ARG_SFLOAT | ARG_BLOCK, NONE, NONE, NONE, NONE, ARG_FLAG_REP),
+    PAR("format", MNEM, NONE, kFormatWords.count, kFormatWords.first, kFormatParameters.first + 1, NONE),
+    PAR("width", ARG_SFLOAT, NONE, NONE, NONE, NONE, ARG_FLAG_OPT),
+    PAR("order", MNEM, NONE, kBorderWords.count, kBorderWords.first, NONE, NONE),
+    PAR("text", ARG_STRG, NONE, NONE, NONE, NONE, NONE),
+    PAR("name", ARG_STRG, NONE, NONE, NONE, kFileParameters.first + 1, NONE),
+    PAR("content", ARG_BLOCK, NONE, NONE, NONE, NONE, NONE),
+    PAR("name", ARG_STRG, NONE, NONE, NONE, NONE, NONE),
+    PAR("channels", ARG_EXPR, NONE, NONE, NONE, NONE, NONE),
+
+    SFX("HZ", BASE_UNIT, kHertz.count),
+    SFX("S", BASE_UNIT, kSecond.count),
+
+    CHR("POSitive", WordOf(tagDetector::Positive), kDetectorWords.count),
+    CHR("NEGative", WordOf(tagDetector::Negative), NONE),
+    CHR("SAMPle", WordOf(tagDetector::Sample), NONE),
+    CHR("RMS", WordOf(tagDetector::Rms), NONE),
+    CHR("AVERage", WordOf(tagDetector::Average), NONE),
+
+    CHR("ASCii", FORMAT_WORD_ASCII, kFormatWords.count),
+    CHR("REAL", FORMAT_WORD_REAL, NONE),
+
+    CHR("NORMal", BORDER_WORD_NORMAL, kBorderWords.count),
+    CHR("SWAPped", BORDER_WORD_SWAPPED, NONE),
+};
+// clang-format on
+
+/// Reads the length word of a record.
+template <auto TKind, auto TLength>
+constexpr bool HasLength(tagGroup group)
+{
+    for (std::uint32_t i = 0; i < group.count; ++i)
+    {
+        if (kTable[group.first + i].*TKind.*TLength != (i == 0 ? group.count : 0))
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+constexpr bool IsHeaderGroup(tagGroup group)
+{
+    return HasLength<&_CMD_SET_RECORD::hdr, &_CS_HDR::iLength>(group);
+}
+
+constexpr bool IsUnitGroup(tagGroup group)
+{
+    return HasLength<&_CMD_SET_RECORD::sfx, &_CS_SFX::iLength>(group);
+}
+
+constexpr bool IsWordGroup(tagGroup group)
+{
+    return HasLength<&_CMD_SET_RECORD::chr, &_CS_CHR::iLength>(group);
+}
+
+template <class TCheck>
+constexpr bool All(TCheck check, std::initializer_list<tagGroup> groups)
+{
+    for (const tagGroup group : groups)
+    {
+        if (!check(group))
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+// A record too many or too few in a group moves all that follow; it does not compile.
+static_assert(kEnd.first == std::size(kTable));
+static_assert(All(&IsHeaderGroup,
+                  {kRoot,
+                   kSense,
+                   kFrequency,
+                   kBandwidth,
+                   kResolution,
+                   kSweep,
+                   kSweepTime,
+                   kInitiate,
+                   kTrace,
+                   kFormat,
+                   kCalculate,
+                   kMarker,
+                   kDisplay,
+                   kDisplayText,
+                   kMassMemory,
+                   kRoute,
+                   kDiagnostic,
+                   kService}));
+static_assert(All(&IsUnitGroup, {kHertz, kSecond}));
+static_assert(All(&IsWordGroup, {kDetectorWords, kFormatWords, kBorderWords}));
+
+std::string ShortWord(tagGroup words, long value)
+{
+    return CScpiToken::ScpiToken2ShortForm(
+        kTable[words.first + static_cast<std::uint32_t>(value) - 1].chr.szKeyword);
+}
+
+} // namespace
+
+std::span<const _CMD_SET_RECORD> AnalyzerTable()
+{
+    return kTable;
+}
+
+std::string DetectorWord(long value)
+{
+    return ShortWord(kDetectorWords, value);
+}
+
+std::string BorderWord(long value)
+{
+    return ShortWord(kBorderWords, value);
+}
+
+} // namespace ZoVelkor::Demo

@@ -1,0 +1,279 @@
+#include "CAnalyzerCommands.h"
+
+#include "NumericSetting.h"
+
+namespace ZoVelkor::Demo
+{
+namespace
+{
+
+/// A numeric command on the settings, its suffix counted from 1.
+struct tagNumericSetting
+{
+    long suffixes; ///< of the first header node that takes a suffix: 1 to this
+    tagNumericState (*state)(const tagAnalyzerSettings& settings, long suffix);
+    void (*put)(tagAnalyzerSettings& settings, long suffix, double value);
+};
+
+/// The same for ON and OFF.
+struct tagBooleanSetting
+{
+    long suffixes;
+    bool (*get)(const tagAnalyzerSettings& settings, long suffix);
+    void (*put)(tagAnalyzerSettings& settings, long suffix, bool on);
+};
+
+/// [SENSe:]SWEep and its like take no suffix; a written 1 is allowed.
+constexpr long kNoSuffix = 1;
+
+/// Frequencies move by a tenth of the span, in zero span by a bandwidth.
+constexpr double kStepsPerSpan = 10.0;
+/// The span above zero span.
+constexpr double kSmallestSpanHz = 100.0;
+
+double NextIn125(double value, bool up)
+{
+    return NextInSequence(value, up, {1, 2, 5});
+}
+
+tagNumericState FrequencyState(const tagChannelSettings& channel, double valueHz, double resetHz)
+{
+    const double spanHz = channel.frequency.SpanHz();
+    const double stepHz = spanHz > 0 ? spanHz / kStepsPerSpan : channel.BandwidthHz();
+    return {.value = valueHz,
+            .minimum = kMinFrequencyHz,
+            .maximum = kMaxFrequencyHz,
+            .reset = resetHz,
+            .up = valueHz + stepHz,
+            .down = valueHz - stepHz};
+}
+
+tagNumericState SpanState(const tagChannelSettings& channel)
+{
+    const double spanHz = channel.frequency.SpanHz();
+    return {.value = spanHz,
+            .minimum = 0.0,
+            .maximum = kMaxSpanHz,
+            .reset = kMaxSpanHz,
+            .up = spanHz < kSmallestSpanHz ? kSmallestSpanHz : NextIn125(spanHz, true),
+            .down = spanHz <= kSmallestSpanHz ? 0.0 : NextIn125(spanHz, false)};
+}
+
+tagNumericState BandwidthState(const tagChannelSettings& channel)
+{
+    const double bandwidthHz = channel.BandwidthHz();
+    return {.value = bandwidthHz,
+            .minimum = kMinBandwidthHz,
+            .maximum = kMaxBandwidthHz,
+            .reset = kMaxBandwidthHz,
+            .up = NextInSequence(bandwidthHz, true, {1, 3}),
+            .down = NextInSequence(bandwidthHz, false, {1, 3})};
+}
+
+tagNumericState PointsState(const tagAnalyzerSettings& settings)
+{
+    const double steps = static_cast<double>(settings.sweepPoints - 1);
+    return {.value = steps + 1,
+            .minimum = kMinSweepPoints,
+            .maximum = kMaxSweepPoints,
+            .reset = kResetSweepPoints,
+            .up = NextIn125(steps, true) + 1,
+            .down = NextIn125(steps, false) + 1,
+            .isInteger = true};
+}
+
+tagNumericState SweepTimeState(const tagAnalyzerSettings& settings)
+{
+    const double timeS = settings.SweepTimeS();
+    return {.value = timeS,
+            .minimum = kMinSweepTimeS,
+            .maximum = kMaxSweepTimeS,
+            .reset = kMinAutoSweepTimeS,
+            .up = NextIn125(timeS, true),
+            .down = NextIn125(timeS, false)};
+}
+
+tagNumericState MarkerState(const tagAnalyzerSettings& settings, long marker)
+{
+    const CFrequencyRange& range = settings.Channel(1).frequency;
+    const double pointHz = range.SpanHz() / static_cast<double>(settings.sweepPoints - 1);
+    const double markerHz = settings.MarkerHz(marker);
+    return {.value = markerHz,
+            .minimum = range.StartHz(),
+            .maximum = range.StopHz(),
+            .reset = range.CenterHz(),
+            .up = markerHz + pointHz,
+            .down = markerHz - pointHz};
+}
+
+using Settings = tagAnalyzerSettings;
+
+constexpr tagNumericSetting kCenter{
+    kChannelCount,
+    [](const Settings& s, long n) {
+        return FrequencyState(s.Channel(n), s.Channel(n).frequency.CenterHz(), CFrequencyRange().CenterHz());
+    },
+    [](Settings& s, long n, double hz) { s.Channel(n).frequency.SetCenter(hz); }};
+
+constexpr tagNumericSetting kSpan{kChannelCount,
+                                  [](const Settings& s, long n) { return SpanState(s.Channel(n)); },
+                                  [](Settings& s, long n, double hz) { s.Channel(n).frequency.SetSpan(hz); }};
+
+constexpr tagNumericSetting kStart{
+    kChannelCount,
+    [](const Settings& s, long n) {
+        return FrequencyState(s.Channel(n), s.Channel(n).frequency.StartHz(), kMinFrequencyHz);
+    },
+    [](Settings& s, long n, double hz) { s.Channel(n).frequency.SetStart(hz); }};
+
+constexpr tagNumericSetting kStop{kChannelCount,
+                                  [](const Settings& s, long n) {
+                                      return FrequencyState(
+                                          s.Channel(n), s.Channel(n).frequency.StopHz(), kMaxFrequencyHz);
+                                  },
+                                  [](Settings& s, long n, double hz) { s.Channel(n).frequency.SetStop(hz); }};
+
+constexpr tagNumericSetting kBandwidth{kChannelCount,
+                                       [](const Settings& s, long n) { return BandwidthState(s.Channel(n)); },
+                                       [](Settings& s, long n, double hz) {
+                                           s.Channel(n).manualBandwidthHz = hz;
+                                           s.Channel(n).bBandwidthAuto = false;
+                                       }};
+
+constexpr tagBooleanSetting kBandwidthAuto{
+    kChannelCount,
+    [](const Settings& s, long n) { return s.Channel(n).bBandwidthAuto; },
+    [](Settings& s, long n, bool on) {
+        s.Channel(n).manualBandwidthHz = s.Channel(n).BandwidthHz();
+        s.Channel(n).bBandwidthAuto = on;
+    }};
+
+constexpr tagNumericSetting kPoints{
+    kNoSuffix,
+    [](const Settings& s, long) { return PointsState(s); },
+    [](Settings& s, long, double points) { s.sweepPoints = static_cast<long>(points); }};
+
+constexpr tagNumericSetting kSweepTime{kNoSuffix,
+                                       [](const Settings& s, long) { return SweepTimeState(s); },
+                                       [](Settings& s, long, double seconds) {
+                                           s.manualSweepTimeS = seconds;
+                                           s.bSweepTimeAuto = false;
+                                       }};
+
+constexpr tagBooleanSetting kSweepTimeAuto{kNoSuffix,
+                                           [](const Settings& s, long) { return s.bSweepTimeAuto; },
+                                           [](Settings& s, long, bool on) {
+                                               s.manualSweepTimeS = s.SweepTimeS();
+                                               s.bSweepTimeAuto = on;
+                                           }};
+
+constexpr tagNumericSetting kMarkerX{
+    kMarkerCount, &MarkerState, [](Settings& s, long n, double hz) { s.MarkerHz(n) = hz; }};
+
+} // namespace
+
+std::span<const tagHandlerRow<CAnalyzerCommands>> CAnalyzerCommands::Handlers()
+{
+    using Self = CAnalyzerCommands;
+    static constexpr tagHandlerRow<Self> kRows[] = {
+        {FREQ_CENTER,     &Self::NumericSetting<kCenter>       },
+        {FREQ_SPAN,       &Self::NumericSetting<kSpan>         },
+        {FREQ_START,      &Self::NumericSetting<kStart>        },
+        {FREQ_STOP,       &Self::NumericSetting<kStop>         },
+        {BAND_RESOLUTION, &Self::NumericSetting<kBandwidth>    },
+        {BAND_AUTO,       &Self::BooleanSetting<kBandwidthAuto>},
+        {SWEEP_POINTS,    &Self::NumericSetting<kPoints>       },
+        {SWEEP_TIME,      &Self::NumericSetting<kSweepTime>    },
+        {SWEEP_TIME_AUTO, &Self::BooleanSetting<kSweepTimeAuto>},
+        {DETECTOR,        &Self::Detector                      },
+        {INIT_IMMEDIATE,  &Self::Initiate                      },
+        {INIT_CONTINUOUS, &Self::InitiateContinuous            },
+        {ABORT_SWEEP,     &Self::AbortSweep                    },
+        {TRACE_DATA,      &Self::TraceData                     },
+        {FORMAT_DATA,     &Self::FormatData                    },
+        {FORMAT_BORDER,   &Self::FormatBorder                  },
+        {MARKER_X,        &Self::NumericSetting<kMarkerX>      },
+        {MARKER_Y,        &Self::MarkerY                       },
+        {MARKER_MAXIMUM,  &Self::MarkerMaximum                 },
+        {DISPLAY_TEXT,    &Self::DisplayText                   },
+        {FILE_DATA,       &Self::FileData                      },
+        {FILE_CATALOG,    &Self::FileCatalog                   },
+        {FILE_DELETE,     &Self::FileDelete                    },
+        {ROUTE_CLOSE,     &Self::RouteClose                    },
+        {SERVICE_COUNT,   &Self::ServiceCount                  },
+    };
+    static_assert(IsHandlerTable(kRows, ANALYZER_HANDLER_COUNT));
+    return kRows;
+}
+
+template <const auto& TSetting>
+HRESULT CAnalyzerCommands::NumericSetting(Pool& pool)
+{
+    long suffix = 0;
+    if (ReadSuffix(pool, 0, TSetting.suffixes, suffix) != S_OK)
+    {
+        return S_FALSE;
+    }
+    tagAnalyzerSettings settings = m_analyzer.Settings();
+    const tagNumericState state = TSetting.state(settings, suffix);
+    if (pool.IsQuery())
+    {
+        return AnswerNumber(pool, state);
+    }
+    double value = 0.0;
+    if (ReadNumber(pool, state, value) != S_OK)
+    {
+        return S_FALSE;
+    }
+    TSetting.put(settings, suffix, value);
+    m_analyzer.Apply(settings);
+    return S_OK;
+}
+
+template <const auto& TSetting>
+HRESULT CAnalyzerCommands::BooleanSetting(Record& record)
+{
+    long suffix = 0;
+    if (record.GetNumericSuffixWithRangeCheck(suffix, 0, 1, TSetting.suffixes) != S_OK)
+    {
+        return S_FALSE;
+    }
+    tagAnalyzerSettings settings = m_analyzer.Settings();
+    if (record.IsQuery())
+    {
+        return record.BooleanResponse(TSetting.get(settings, suffix));
+    }
+    bool on = false;
+    if (record.CheckArgumentCount(0, true) != S_OK || record.GetBooleanArgument(on, 0) != S_OK)
+    {
+        return S_FALSE;
+    }
+    TSetting.put(settings, suffix, on);
+    m_analyzer.Apply(settings);
+    return S_OK;
+}
+
+HRESULT CAnalyzerCommands::Detector(Record& record)
+{
+    long suffix = 0;
+    if (record.GetNumericSuffixWithRangeCheck(suffix, 0, 1, kNoSuffix) != S_OK)
+    {
+        return S_FALSE;
+    }
+    tagAnalyzerSettings settings = m_analyzer.Settings();
+    if (record.IsQuery())
+    {
+        const std::string word = DetectorWord(static_cast<long>(settings.detector));
+        return record.ArbitraryResponse(word.data(), static_cast<long>(word.size()));
+    }
+    long value = 0;
+    if (record.CheckArgumentCount(0, true) != S_OK || record.GetCharacterArgument(value, 0) != S_OK)
+    {
+        return S_FALSE;
+    }
+    settings.detector = static_cast<tagDetector>(value);
+    m_analyzer.Apply(settings);
+    return S_OK;
+}
+
+} // namespace ZoVelkor::Demo

@@ -1,0 +1,169 @@
+// The analyser's commands around the measurement: DISPlay, ROUTe, MMEMory, DIAGnostic.
+
+#include "BlockReading.h"
+#include "CAnalyzerCommands.h"
+#include "ChannelList.h"
+#include "DemoErrors.h"
+
+namespace ZoVelkor::Demo
+{
+namespace
+{
+
+/// Channels that one channel list may name; a longer list is no sensible one.
+constexpr std::size_t kMaxListedChannels = 256;
+
+/// Type of every file, as the catalogue names it.
+constexpr std::string_view kFileType = "BIN";
+
+/// Reads the channel list that is the only argument; -171 for a bad list, -222 for a switch that is not
+/// there.
+HRESULT ReadSwitches(CCommandExecutionData& record, std::vector<std::size_t>& switches)
+{
+    std::string text;
+    if (record.CheckArgumentCount(0, true) != S_OK || record.GetExprStringArgument(text, 0) != S_OK)
+    {
+        return S_FALSE;
+    }
+    const auto channels = ParseChannelList(text, kMaxListedChannels);
+    if (!channels)
+    {
+        return record.SetScpiError(kInvalidExpression);
+    }
+    for (const long channel : *channels)
+    {
+        if (channel < 1 || channel > static_cast<long>(kSwitchCount))
+        {
+            return record.SetScpiError(kScpiDataOutOfRange);
+        }
+        switches.push_back(static_cast<std::size_t>(channel - 1));
+    }
+    return S_OK;
+}
+
+} // namespace
+
+HRESULT CAnalyzerCommands::DisplayText(Record& record)
+{
+    if (record.IsQuery())
+    {
+        return record.StringResponse(m_analyzer.DisplayText());
+    }
+    std::string text;
+    if (record.CheckArgumentCount(0, true) != S_OK || record.GetStringArgument(text, 0) != S_OK)
+    {
+        return S_FALSE;
+    }
+    m_analyzer.DisplayText() = std::move(text);
+    return S_OK;
+}
+
+/// Closes just the listed switches, as a selector does: all others open.
+HRESULT CAnalyzerCommands::RouteClose(Record& record)
+{
+    std::vector<std::size_t> switches;
+    if (ReadSwitches(record, switches) != S_OK)
+    {
+        return S_FALSE;
+    }
+    if (!record.IsQuery())
+    {
+        m_analyzer.ClosedSwitches().reset();
+        for (const std::size_t number : switches)
+        {
+            m_analyzer.ClosedSwitches().set(number);
+        }
+        return S_OK;
+    }
+    for (const std::size_t number : switches)
+    {
+        if (record.BooleanResponse(m_analyzer.ClosedSwitches().test(number)) != S_OK)
+        {
+            return S_FALSE;
+        }
+    }
+    return S_OK;
+}
+
+HRESULT CAnalyzerCommands::ServiceCount(Record& record)
+{
+    return record.IntegerResponse(m_analyzer.Sweeps().SweepCount());
+}
+
+HRESULT CAnalyzerCommands::FileData(Pool& pool)
+{
+    std::string name;
+    if (pool.CheckArgumentCount(pool.IsQuery() ? 0 : 1, true) != S_OK ||
+        pool.GetStringArgument(name, 0) != S_OK)
+    {
+        return S_FALSE;
+    }
+    if (!pool.IsQuery())
+    {
+        return StoreFile(pool, name);
+    }
+    const CMassMemory::Content* const content = m_analyzer.Files().Find(name);
+    if (content == nullptr)
+    {
+        return pool.SetScpiError(kFileNameNotFound);
+    }
+    return pool.BlockResponse(reinterpret_cast<const char*>(content->data()),
+                              static_cast<long>(content->size()));
+}
+
+HRESULT CAnalyzerCommands::StoreFile(Pool& pool, const std::string& name)
+{
+    long bytes = 0;
+    CComPtr<IZOScpiBlockData> spBlock;
+    if (const HRESULT hr = pool.GetBlockArgument(&spBlock, bytes, 1); hr != S_OK)
+    {
+        return hr;
+    }
+    if (!spBlock)
+    {
+        return pool.SetScpiBlockDataError("");
+    }
+    // A file without room is refused before its content is copied.
+    const std::size_t announcedBytes = bytes > 0 ? static_cast<std::size_t>(bytes) : 0;
+    if (const short error = m_analyzer.Files().CheckRoom(name, announcedBytes); error != kScpiNoError)
+    {
+        return pool.SetScpiError(error);
+    }
+    CMassMemory::Content content;
+    const HRESULT hr =
+        ReadBlock(content, bytes, kMaxFileBytes, [&](auto count, unsigned char* data, auto* got) {
+            return spBlock->Read(count, data, got);
+        });
+    return FAILED(hr) ? hr : pool.SetScpiError(m_analyzer.Files().Store(name, std::move(content)));
+}
+
+HRESULT CAnalyzerCommands::FileCatalog(Pool& pool)
+{
+    const CMassMemory& files = m_analyzer.Files();
+    if (pool.NumericResponse(static_cast<long>(files.UsedBytes())) != S_OK ||
+        pool.NumericResponse(static_cast<long>(files.FreeBytes())) != S_OK)
+    {
+        return S_FALSE;
+    }
+    for (const auto& [name, content] : files.AllFiles())
+    {
+        const std::string entry = name + ',' + std::string(kFileType) + ',' + std::to_string(content.size());
+        if (pool.StringResponse(entry) != S_OK)
+        {
+            return S_FALSE;
+        }
+    }
+    return S_OK;
+}
+
+HRESULT CAnalyzerCommands::FileDelete(Record& record)
+{
+    std::string name;
+    if (record.CheckArgumentCount(0, true) != S_OK || record.GetStringArgument(name, 0) != S_OK)
+    {
+        return S_FALSE;
+    }
+    return record.SetScpiError(m_analyzer.Files().Delete(name));
+}
+
+} // namespace ZoVelkor::Demo

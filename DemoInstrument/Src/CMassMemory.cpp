@@ -1,0 +1,73 @@
+#include "CMassMemory.h"
+
+#include "DemoErrors.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ZoVelkor::Demo
+{
+namespace
+{
+
+bool IsNameCharacter(char c)
+{
+    constexpr std::string_view kReserved = "\"',/\\";
+    return c > ' ' && c <= '~' && kReserved.find(c) == std::string_view::npos;
+}
+
+bool IsFileName(std::string_view name)
+{
+    return !name.empty() && name.size() <= kMaxFileNameLength &&
+           std::all_of(name.begin(), name.end(), &IsNameCharacter);
+}
+
+} // namespace
+
+short CMassMemory::CheckRoom(std::string_view name, std::size_t bytes) const
+{
+    if (!IsFileName(name))
+    {
+        return kFileNameError;
+    }
+    const Content* const former = Find(name);
+    if (former == nullptr && m_files.size() >= kMaxFileCount)
+    {
+        return kDirectoryFull;
+    }
+    const std::size_t available = FreeBytes() + (former != nullptr ? former->size() : 0);
+    return bytes <= available ? short{kScpiNoError} : short{kMediaFull};
+}
+
+short CMassMemory::Store(const std::string& name, Content content)
+{
+    const short error = CheckRoom(name, content.size());
+    if (error != kScpiNoError)
+    {
+        return error;
+    }
+    Content& file = m_files[name];
+    m_iUsedBytes += content.size() - file.size();
+    file = std::move(content);
+    return kScpiNoError;
+}
+
+const CMassMemory::Content* CMassMemory::Find(std::string_view name) const
+{
+    const auto file = m_files.find(name);
+    return file != m_files.end() ? &file->second : nullptr;
+}
+
+short CMassMemory::Delete(std::string_view name)
+{
+    const auto file = m_files.find(name);
+    if (file == m_files.end())
+    {
+        return kFileNameNotFound;
+    }
+    m_iUsedBytes -= file->second.size();
+    m_files.erase(file);
+    return kScpiNoError;
+}
+
+} // namespace ZoVelkor::Demo

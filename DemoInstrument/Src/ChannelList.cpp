@@ -1,0 +1,116 @@
+#include "ChannelList.h"
+
+#include <charconv>
+#include <cstdlib>
+#include <utility>
+
+namespace ZoVelkor::Demo
+{
+namespace
+{
+
+/// Takes the elements of a text from its front.
+class CElementReader
+{
+public:
+    explicit CElementReader(std::string_view text) : m_rest(text) {}
+
+    bool TakeCharacter(char expected)
+    {
+        SkipWhiteSpace();
+        if (m_rest.empty() || m_rest.front() != expected)
+        {
+            return false;
+        }
+        m_rest.remove_prefix(1);
+        return true;
+    }
+
+    bool TakeChannel(long& channel)
+    {
+        SkipWhiteSpace();
+        const char* const end = m_rest.data() + m_rest.size();
+        const auto [next, fault] = std::from_chars(m_rest.data(), end, channel);
+        if (fault != std::errc() || channel < 0)
+        {
+            return false;
+        }
+        m_rest.remove_prefix(static_cast<std::size_t>(next - m_rest.data()));
+        return true;
+    }
+
+    bool IsAtEnd()
+    {
+        SkipWhiteSpace();
+        return m_rest.empty();
+    }
+
+private:
+    void SkipWhiteSpace()
+    {
+        while (!m_rest.empty() && (m_rest.front() == ' ' || m_rest.front() == '\t'))
+        {
+            m_rest.remove_prefix(1);
+        }
+    }
+
+    std::string_view m_rest;
+};
+
+bool AppendRange(long first, long last, std::size_t maxCount, std::vector<long>& channels)
+{
+    const long steps = std::labs(last - first);
+    if (static_cast<std::size_t>(steps) >= maxCount - channels.size())
+    {
+        return false;
+    }
+    for (long i = 0; i <= steps; ++i)
+    {
+        channels.push_back(first <= last ? first + i : first - i);
+    }
+    return true;
+}
+
+bool TakeRange(CElementReader& reader, std::size_t maxCount, std::vector<long>& channels)
+{
+    long first = 0;
+    if (!reader.TakeChannel(first))
+    {
+        return false;
+    }
+    long last = first;
+    if (reader.TakeCharacter(':') && !reader.TakeChannel(last))
+    {
+        return false;
+    }
+    return AppendRange(first, last, maxCount, channels);
+}
+
+} // namespace
+
+std::optional<std::vector<long>> ParseChannelList(std::string_view text, std::size_t maxCount)
+{
+    CElementReader reader(text);
+    if (!reader.TakeCharacter('(') || !reader.TakeCharacter('@'))
+    {
+        return std::nullopt;
+    }
+    std::vector<long> channels;
+    if (!reader.TakeCharacter(')'))
+    {
+        do
+        {
+            if (!TakeRange(reader, maxCount, channels))
+            {
+                return std::nullopt;
+            }
+        } while (reader.TakeCharacter(','));
+        if (!reader.TakeCharacter(')'))
+        {
+            return std::nullopt;
+        }
+    }
+    return reader.IsAtEnd() ? std::optional(std::move(channels)) : std::nullopt;
+}
+
+} // namespace ZoVelkor::Demo
