@@ -1,0 +1,95 @@
+#pragma once
+
+#include "ScpiCommandTable.h"
+#include "ZoExport.h"
+
+#include <list>
+#include <set>
+#include <string>
+
+namespace ZoVelkor
+{
+
+/// One SCPI command table: finds its way through the records and lists its commands.
+///
+/// The table is borrowed and must outlive the object; a copy refers to the same table. Where an operation
+/// takes a table itself, it is the first record of the array that the other arguments belong to.
+///
+/// Records carry no array size, so an index beyond the array cannot be noticed. Other damage is survived:
+/// texts without terminator end with their field, negative indexes and lengths count as none, and a child
+/// group that is its own ancestor, or lies deeper than 32 levels, is left out of the listings. Threads:
+/// operations that are const may run at the same time.
+class ZO_EXPORT CScpiParserTable
+{
+public:
+    CScpiParserTable() = default;
+    explicit CScpiParserTable(_CMD_SET_RECORD* table) : m_pTable(table) {}
+
+    void SetParserTable(_CMD_SET_RECORD* table) { m_pTable = table; }
+    /// The first record; null when no table is set.
+    _CMD_SET_RECORD* GetParserTable() const { return m_pTable; }
+
+    /// Whether the table begins with common commands.
+    bool HasCommonCommands() const;
+
+    /// Number of parameter records of the chain that begins at a record index; 0 without a table.
+    ///
+    /// Counts from the start to the highest record reached while the chain runs upward.
+    long GetParGroupSize(long start) const;
+
+    /// Lists all executable commands, children before their parent.
+    ///
+    /// @param diagnostic  list the diagnostic commands instead of the others
+    /// @param syntax      lines of syntax help, with parameters, instead of header help
+    /// @param[out] out    one line a command; emptied first
+    /// @return 0
+    long GetAllCommands(bool diagnostic, bool syntax, std::list<std::string>& out) const;
+
+    /// Appends the lines of one group and of the groups below it.
+    ///
+    /// At the root (empty prefix, group equal to table) the common commands come first.
+    /// @param prefix  path of the parent node
+    void CollectCommands(bool diagnostic,
+                         bool syntax,
+                         std::string prefix,
+                         std::list<std::string>& out,
+                         const _CMD_SET_RECORD* group,
+                         const _CMD_SET_RECORD* table) const;
+
+    /// Appends the line of one command: path and terminator.
+    void CollectHeaderHelp(std::string path,
+                           std::list<std::string>& out,
+                           const _CS_HDR& header,
+                           const _CMD_SET_RECORD* table) const;
+    /// Appends the line of one command: path, terminator and parameters.
+    void CollectSyntaxHelp(std::string path,
+                           std::list<std::string>& out,
+                           const _CS_HDR& header,
+                           const _CMD_SET_RECORD* table) const;
+
+    static bool GetSystemHelpHeaderIsDiagnostic(const _CS_HDR& header);
+    /// "/nquery/" for setting only, "?/qonly/" for query only, else empty (SCPI-99 vol. 2, 21.7.2).
+    static std::string GetSystemHelpHeaderMessageTerminator(const _CS_HDR& header);
+    /// Empty for setting only, "?" for query only, "[?]" for both.
+    static std::string GetSystemHelpSyntaxMessageTerminator(const _CS_HDR& header);
+
+    /// The parameters of a command, joined by commas; empty when it has none.
+    static std::string GetSystemHelpSyntaxParameterList(const _CS_HDR& header, const _CMD_SET_RECORD* table);
+    /// What one parameter accepts, such as `<numeric_value>|DEFault [HZ|KHZ]`; words in byte order.
+    static std::string GetSystemHelpSyntaxParameter(const _CS_PAR& parameter, const _CMD_SET_RECORD* table);
+    /// Adds the mnemonics of a parameter to a set of words.
+    static void GetSystemHelpSyntaxCharList(std::set<std::string>& words,
+                                            const _CS_PAR& parameter,
+                                            const _CMD_SET_RECORD* table);
+    /// The units of a parameter in table order, joined by "|"; empty when it has none.
+    static std::string GetSystemHelpSyntaxUnitList(const _CS_PAR& parameter, const _CMD_SET_RECORD* table);
+    /// A mnemonic in syntax form.
+    static std::string GetSystemHelpSyntaxChar(const _CS_CHR& mnemonic);
+    /// A unit in syntax form.
+    static std::string GetSystemHelpSyntaxUnit(const _CS_SFX& unit);
+
+private:
+    _CMD_SET_RECORD* m_pTable = nullptr;
+};
+
+} // namespace ZoVelkor
