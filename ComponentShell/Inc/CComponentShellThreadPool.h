@@ -37,7 +37,7 @@ public:
     ///         start it gives it back with ReturnThread; a failed Start has given it back already.
     CThread* GetThread(std::string_view name) noexcept;
 
-    /// Gives back a thread on which nothing was started; null does nothing.
+    /// Gives back a thread on which nothing was started; null or a thread of another pool does nothing.
     void ReturnThread(CThread* pThread) noexcept;
 
     /// How many threads the pool has made.

@@ -16,7 +16,6 @@ public:
     CCritSection() = default;
     CCritSection(const CCritSection&) = delete;
     CCritSection& operator=(const CCritSection&) = delete;
-    ~CCritSection() = default;
 
     /// Enters; waits while another thread is inside.
     void Lock() ZO_ACQUIRE() { m_mutex.lock(); }

@@ -24,9 +24,6 @@ public:
     virtual void PropertyWarning(const void* value, const std::string& message) = 0;
 
 protected:
-    CObjectDataReferenceBase() = default;
-    CObjectDataReferenceBase(const CObjectDataReferenceBase&) = default;
-    CObjectDataReferenceBase& operator=(const CObjectDataReferenceBase&) = default;
     ~CObjectDataReferenceBase() = default;
 };
 

@@ -13,7 +13,8 @@ namespace ZoVelkor
 class ZO_EXPORT CTraceCallStackObject
 {
 public:
-    /// @param component, function  borrowed; outlive the object (literals)
+    /// @param component  begins the lines; outlives the object (a literal)
+    /// @param function   the same for the function's name
     CTraceCallStackObject(const char* component, const char* function) noexcept
     {
         if (get_RemoteDiagnoseControl()->bCallStackTraceActive.load(std::memory_order_relaxed)) [[unlikely]]

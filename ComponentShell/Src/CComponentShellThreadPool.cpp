@@ -42,9 +42,13 @@ catch (const std::exception&) // no memory: no thread, and the caller says for w
 
 void CComponentShellThreadPool::ReturnThread(CThread* pThread) noexcept
 {
-    if (pThread != nullptr)
+    const CCritSectionLocker locker(m_section);
+    for (const auto& spThread : m_threads)
     {
-        pThread->CancelReservation();
+        if (spThread.get() == pThread)
+        {
+            pThread->CancelReservation();
+        }
     }
 }
 
