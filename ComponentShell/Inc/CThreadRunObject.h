@@ -22,7 +22,7 @@ public:
     /// Does the work, on the thread. An exception that leaves it is reported and ends the work.
     virtual void Run() = 0;
 
-    /// Asks Run to return soon; does not wait for it.
+    /// Asks Run to return soon; does not wait for it and does not throw.
     ///
     /// Called by any thread, also before Run has begun, and never after DetachFromThread or the end of Run.
     /// The thread's run lock is held meanwhile: an Abort that takes a lock of its own must not meet a Run
