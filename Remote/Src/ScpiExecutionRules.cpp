@@ -26,6 +26,15 @@ const tagMisuse kNegativeIndex{"iArgumentIndex >= 0", "Invalid argument index", 
 namespace
 {
 
+using WordReader = HRESULT (IZOScpiStatusRegister::*)(wchar_t*);
+
+/// In the order of tagScpiRegisterPart.
+constexpr WordReader kWordReaders[] = {&IZOScpiStatusRegister::GetCondition,
+                                       &IZOScpiStatusRegister::GetEvents,
+                                       &IZOScpiStatusRegister::GetEnable,
+                                       &IZOScpiStatusRegister::GetNegTrans,
+                                       &IZOScpiStatusRegister::GetPosTrans};
+
 double ConvertWithLibrary(char const* text, char** end) noexcept
 {
     static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", nullptr);
@@ -202,19 +211,13 @@ FindRegister(IZOScpiStatusManagement& management, long remotePath, std::string c
 
 HRESULT ReadRegisterWord(IZOScpiStatusRegister& statusRegister, long part, long& value)
 {
-    using WordReader = HRESULT (IZOScpiStatusRegister::*)(wchar_t*);
-    // In the order of tagScpiRegisterPart.
-    constexpr WordReader kReaders[] = {&IZOScpiStatusRegister::GetCondition,
-                                       &IZOScpiStatusRegister::GetEvents,
-                                       &IZOScpiStatusRegister::GetEnable,
-                                       &IZOScpiStatusRegister::GetNegTrans,
-                                       &IZOScpiStatusRegister::GetPosTrans};
-    if (part < 0 || part >= std::ssize(kReaders))
+    if (part < 0 || part >= std::ssize(kWordReaders))
     {
         return E_INVALIDARG;
     }
+    const WordReader reader = kWordReaders[part];
     wchar_t word = 0;
-    const HRESULT hr = (statusRegister.*kReaders[part])(&word);
+    const HRESULT hr = (statusRegister.*reader)(&word);
     value = static_cast<std::int32_t>(word);
     return hr;
 }

@@ -1,0 +1,195 @@
+#include "CBScpiDeviceHandler.h"
+#include "CBScpiEmulationCallback.h"
+#include "CBScpiExecutionSink.h"
+#include "CBScpiMultichannelEventObserver.h"
+#include "CBScpiMultichannelParser.h"
+#include "CComObject.h"
+#include "CErrorRecorder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+namespace ZoVelkor
+{
+namespace
+{
+
+TEST(SinkComponents, DefaultsSucceedAndDoNothing)
+{
+    const auto spSink = CComObject<CBScpiExecutionSink, IZOScpiExecutionSink>::Create();
+    EXPECT_EQ(spSink->Execute(nullptr, 0, 1, 0, nullptr, 0, nullptr, nullptr, nullptr), S_OK);
+
+    const auto spCallback = CComObject<CBScpiEmulationCallback, IZOScpiEmulationCallback>::Create();
+    EXPECT_EQ(spCallback->MapEsrToStb(1, 2), E_NOTIMPL);
+    EXPECT_EQ(spCallback->ProgramMessageEnd(), S_OK);
+
+    const auto spHandler = CComObject<CBScpiDeviceHandler, IZOScpiDeviceHandler>::Create();
+    for (const auto event : {&IZOScpiDeviceHandler::GotoLocal,
+                             &IZOScpiDeviceHandler::GotoRemote,
+                             &IZOScpiDeviceHandler::DeviceClear,
+                             &IZOScpiDeviceHandler::Trigger,
+                             &IZOScpiDeviceHandler::Reset,
+                             &IZOScpiDeviceHandler::SystemPreset,
+                             &IZOScpiDeviceHandler::ProgramMessageBegin})
+    {
+        IZOScpiDeviceHandler& handler = *spHandler;
+        EXPECT_EQ((handler.*event)(), S_OK);
+    }
+    EXPECT_EQ(spHandler->LocalLockout(1), S_OK);
+    EXPECT_EQ(spHandler->ProgramMessageEnd(1), S_OK);
+}
+
+TEST(SinkComponents, DeviceHandlerPassesCalibrationAndSelfTest)
+{
+    const auto spHandler = CComObject<CBScpiDeviceHandler, IZOScpiDeviceHandler>::Create();
+    long result = 99;
+    short passed = 0;
+    wchar_t text[] = L"old";
+    wchar_t* options = text;
+    wchar_t* level = text;
+    EXPECT_EQ(spHandler->Calibrate(&result), S_OK);
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(spHandler->Selftest(&passed), S_OK);
+    EXPECT_EQ(passed, -1);
+    EXPECT_EQ(spHandler->GetDeviceOptions(&options), S_OK);
+    EXPECT_EQ(options, nullptr);
+    EXPECT_EQ(spHandler->GetFirmwareLevel(&level), S_OK);
+    EXPECT_EQ(level, nullptr);
+
+    CErrorRecorder recorder;
+    EXPECT_EQ(spHandler->Calibrate(nullptr), E_POINTER);
+    EXPECT_EQ(recorder.Take().at(0).report.message, "Null pointer detected (result)");
+}
+
+/// Notes each notification; answers with a result of its own.
+class CNotingObserver : public CBScpiMultichannelEventObserver
+{
+public:
+    std::string m_seen;
+
+private:
+    HRESULT Note(std::string const& text)
+    {
+        m_seen += text + ";";
+        return E_PENDING;
+    }
+    static std::string Text(wchar_t const* name) { return std::string(name, name + 1); }
+
+    HRESULT DoConnectionAccepted(wchar_t* name, long path) override
+    {
+        return Note("accepted " + Text(name) + std::to_string(path));
+    }
+    HRESULT DoConnectionBroken(wchar_t* name, long path) override
+    {
+        return Note("broken " + Text(name) + std::to_string(path));
+    }
+    HRESULT DoGotoLocal(long path) override { return Note("local " + std::to_string(path)); }
+    HRESULT DoGotoRemote(long path) override { return Note("remote " + std::to_string(path)); }
+    HRESULT DoLocalLockout(short on, long path) override
+    {
+        return Note("lockout " + std::to_string(on) + std::to_string(path));
+    }
+    HRESULT DoDeviceClear(long path) override { return Note("clear " + std::to_string(path)); }
+    HRESULT DoTrigger(long path) override { return Note("trigger " + std::to_string(path)); }
+    HRESULT DoReset(long path) override { return Note("reset " + std::to_string(path)); }
+    HRESULT DoSystemPreset(long path) override { return Note("preset " + std::to_string(path)); }
+    HRESULT DoProgramMessageBegin(long path) override { return Note("begin " + std::to_string(path)); }
+    HRESULT DoProgramMessageEnd(short aborted, long path) override
+    {
+        return Note("end " + std::to_string(aborted) + std::to_string(path));
+    }
+    HRESULT DoOpcReset(long path, unsigned long count, GUID* ids) override
+    {
+        return Note("opc " + std::to_string(path) + std::to_string(count) + std::to_string(ids->Data1));
+    }
+};
+
+/// Sends every notification; true when all results equal the expected one.
+bool NotifyAll(IZOScpiMultichannelEventObserver& observer, HRESULT expected)
+{
+    wchar_t name[] = L"n";
+    GUID id{9, 0, 0, {}};
+    const HRESULT results[] = {observer.ConnectionAccepted(name, 1),
+                               observer.ConnectionBroken(name, 2),
+                               observer.GotoLocal(3),
+                               observer.GotoRemote(4),
+                               observer.LocalLockout(1, 5),
+                               observer.DeviceClear(6),
+                               observer.Trigger(7),
+                               observer.Reset(8),
+                               observer.SystemPreset(9),
+                               observer.ProgramMessageBegin(10),
+                               observer.ProgramMessageEnd(0, 11),
+                               observer.OpcReset(12, 1, &id)};
+    return std::all_of(std::begin(results), std::end(results), [=](HRESULT hr) { return hr == expected; });
+}
+
+TEST(SinkComponents, ObserverForwardsEachNotification)
+{
+    const auto spDefault =
+        CComObject<CBScpiMultichannelEventObserver, IZOScpiMultichannelEventObserver>::Create();
+    EXPECT_TRUE(NotifyAll(*spDefault, S_OK));
+    const auto spObserver = CComObject<CNotingObserver, IZOScpiMultichannelEventObserver>::Create();
+    EXPECT_TRUE(NotifyAll(*spObserver, E_PENDING));
+    EXPECT_EQ(spObserver->m_seen,
+              "accepted n1;broken n2;local 3;remote 4;lockout 15;clear 6;trigger 7;reset 8;preset 9;"
+              "begin 10;end 011;opc 1219;");
+}
+
+TEST(SinkComponents, ObserverCarriesItsIdentity)
+{
+    const auto spObserver =
+        CComObject<CBScpiMultichannelEventObserver, IZOScpiMultichannelEventObserver>::Create();
+    const GUID id{1, 2, 3, {4}};
+    GUID got{};
+    EXPECT_EQ(spObserver->put_EventClientId(id), S_OK);
+    EXPECT_EQ(spObserver->get_EventClientId(&got), S_OK);
+    EXPECT_TRUE(got == id);
+    CErrorRecorder recorder;
+    EXPECT_EQ(spObserver->get_EventClientId(nullptr), E_POINTER);
+}
+
+class CCloningParser : public CBScpiMultichannelParser
+{
+public:
+    IUnknown* m_pReleased = nullptr;
+
+private:
+    HRESULT DoCreateClone(IUnknown** ppParserEngine) override
+    {
+        *ppParserEngine = this;
+        AddRef();
+        return S_FALSE;
+    }
+    HRESULT DoReleaseClone(IUnknown* pParserEngine) override
+    {
+        m_pReleased = pParserEngine;
+        return S_FALSE;
+    }
+};
+
+TEST(SinkComponents, MultichannelParserChecksAndForwards)
+{
+    const auto spParser = CComObject<CCloningParser, IZOScpiMultichannelParser>::Create();
+    CComPtr<IUnknown> spEngine;
+    EXPECT_EQ(spParser->CreateClone(&spEngine), S_FALSE);
+    EXPECT_NE(spEngine.Get(), nullptr);
+    EXPECT_EQ(spParser->ReleaseClone(spEngine), S_FALSE);
+    EXPECT_EQ(spParser->m_pReleased, spEngine.Get());
+
+    CErrorRecorder recorder;
+    EXPECT_EQ(spParser->CreateClone(nullptr), E_POINTER);
+    EXPECT_EQ(spParser->ReleaseClone(nullptr), E_POINTER);
+    const auto entries = recorder.Take();
+    ASSERT_EQ(entries.size(), 2U);
+    EXPECT_EQ(entries[0].report.message, "Null pointer detected (ppParserEngine)");
+    EXPECT_STREQ(entries[0].report.condition, "ppParserEngine != NULL");
+    EXPECT_EQ(entries[1].report.message, "Null pointer detected (pParserEngine)");
+    EXPECT_STREQ(entries[1].report.condition, "pParserEngine != NULL");
+    EXPECT_NE(entries[1].report.object, nullptr);
+}
+
+} // namespace
+} // namespace ZoVelkor
