@@ -1,0 +1,74 @@
+#pragma once
+
+#include "CApplication.h"
+#include "CCommandIndex.h"
+#include "IZOScpiObjectRegistration.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+/// The four fields of *IDN? (IEEE 488.2 section 10.14). An empty field is answered as 0; commas, semicolons
+/// and what is not printable ASCII are answered as blanks.
+struct tagInstrumentIdentity
+{
+    std::string sManufacturer;
+    std::string sModel;
+    std::string sSerialNumber;
+    std::string sFirmwareLevel;
+};
+
+/// All that a program message needs to know of the registered applications; never changes.
+struct tagApplicationSet
+{
+    std::vector<std::shared_ptr<CApplication>> applications; ///< the kernel's own first
+    std::unique_ptr<const CCommandIndex> spIndex;
+    std::string sIdentity; ///< response to *IDN?
+};
+
+/// Where applications enter and leave; hands out the current set to the sessions.
+///
+/// Threads: any operation from any thread, but registration not from inside a handler.
+class CApplicationRegistry : public IZOScpiObjectRegistration
+{
+public:
+    explicit CApplicationRegistry(tagInstrumentIdentity identity);
+    virtual ~CApplicationRegistry() = default;
+
+    /// Results as the interface says; E_UNEXPECTED, reported, after Close.
+    HRESULT RegisterObject(tagZO_SCPI_PARSER_OBJECT const* object) override;
+    HRESULT UnregisterObject(GUID id) override;
+
+    /// Number of the current set; changes with every registration.
+    std::uint64_t Generation() const noexcept { return m_generation.load(std::memory_order_acquire); }
+
+    /// Fetches the current set.
+    ///
+    /// @param[out] generation  its number
+    std::shared_ptr<const tagApplicationSet> Current(std::uint64_t& generation) const;
+
+    /// Unregisters everything and accepts no more.
+    void Close();
+
+private:
+    HRESULT CheckObject(const tagZO_SCPI_PARSER_OBJECT* object) const;
+    HRESULT CheckTable(const CApplication& application) const;
+    HRESULT Add(const tagZO_SCPI_PARSER_OBJECT& object);
+    void Publish(std::vector<std::shared_ptr<CApplication>> applications);
+    std::string IdentityResponse(const std::vector<std::shared_ptr<CApplication>>& applications) const;
+
+    const tagInstrumentIdentity m_identity;
+    std::mutex m_changeMutex; // one change at a time; taken before m_mutex
+    bool m_bClosed = false;   // guarded by m_changeMutex
+    mutable std::mutex m_mutex;
+    std::shared_ptr<const tagApplicationSet> m_spCurrent; // guarded by m_mutex
+    std::atomic<std::uint64_t> m_generation{0};
+};
+
+} // namespace ZoVelkor::RemoteKernel

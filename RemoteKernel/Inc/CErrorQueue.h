@@ -1,0 +1,67 @@
+#pragma once
+
+#include "ThreadAnnotations.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+/// Longest text of an error, standard text and detail together (SCPI-99 vol. 2, 21.8.2).
+inline constexpr std::size_t kMaxErrorText = 255;
+
+/// One entry of the error queue.
+struct tagErrorEntry
+{
+    short iCode = 0;
+    std::uint16_t iLength = 0;
+    char szText[kMaxErrorText]; ///< standard text, perhaps a semicolon and a detail; printable ASCII only
+
+    std::string_view Text() const noexcept { return {szText, iLength}; }
+};
+
+/// Errors of one remote path, oldest first (SCPI-99 vol. 2, 21.8).
+///
+/// When the queue is full, its last entry becomes -350 "Queue overflow" and later errors are lost until room
+/// is made. Threads: any operation from any thread. Allocates nothing after construction.
+class CErrorQueue
+{
+public:
+    /// @param depth  entries, at least 2
+    explicit CErrorQueue(std::size_t depth);
+
+    /// Adds an error.
+    ///
+    /// A detail is cut where the whole text reaches kMaxErrorText; what is not printable ASCII becomes '?'.
+    void Push(short code, std::string_view detail) noexcept;
+
+    /// Takes the oldest error.
+    ///
+    /// @return false, and entry is 0 "No error", when there is none
+    bool Pop(tagErrorEntry& entry) noexcept;
+
+    void Clear() noexcept;
+    std::size_t Count() const noexcept;
+
+    /// Errors that were ever handed in, lost ones included; tells whether a command has raised one.
+    std::uint64_t PushCount() const noexcept { return m_pushCount.load(std::memory_order_relaxed); }
+
+private:
+    const std::size_t m_depth;
+    std::atomic<std::uint64_t> m_pushCount{0};
+    mutable std::mutex m_mutex;
+    std::unique_ptr<tagErrorEntry[]> m_entries; // guarded by m_mutex, a ring of m_depth entries
+    std::size_t m_first = 0;                    // guarded by m_mutex
+    std::size_t m_count = 0;                    // guarded by m_mutex
+};
+
+/// The entry as the queries of the error queue answer it: -113,"Undefined header;BOGus".
+void AppendErrorResponse(std::string& response, const tagErrorEntry& entry);
+
+} // namespace ZoVelkor::RemoteKernel

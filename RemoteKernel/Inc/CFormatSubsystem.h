@@ -1,0 +1,72 @@
+#pragma once
+
+#include "CComObject.h"
+#include "COutputQueue.h"
+#include "IZOScpiSubsystemFormat.h"
+
+#include <cstddef>
+#include <span>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+using CSessionOutput = CComObject<COutputQueue, IZOScpiOutputBuffer>;
+
+/// Data format and number formatting of one session.
+///
+/// Numbers in text:
+/// - Integers are answered as NR1.
+/// - Reals have the shortest digits that read back as the same value (of their own type, VT_R4 or VT_R8),
+///   in NR2 from 1E-4 up to below 1E+16 (whole numbers without a point: 10000000), else in NR3: 1.5E+20,
+///   1.0E-07. With a number of digits they are rounded to it, and NR3 is used when the number has more
+///   digits than that before the point.
+/// - #H, #Q and #B answers are bit patterns: negative numbers in two's complement of 32 bits where that is
+///   enough, else of 64; reals are rounded half to even.
+/// Binary integers that the value does not fit are answered as the nearest one that fits, not-a-number as 0.
+/// Threads: the session's.
+class CFormatSubsystem : public IZOScpiSubsystemFormat
+{
+public:
+    /// Most significant digits that can be asked for; a double has no more.
+    static constexpr long kMaxDigits = 17;
+
+    explicit CFormatSubsystem(CComPtr<CSessionOutput> spOutput) noexcept : m_spOutput(std::move(spOutput)) {}
+    virtual ~CFormatSubsystem() = default;
+
+    HRESULT InsertDataSeparator() override;
+    HRESULT NumericVariant(VARIANT const* value, tagEnumFormatDataType type, long width) override;
+    HRESULT NumericText(unsigned long length, char const* text) override;
+    HRESULT StringText(unsigned long length, char const* text) override;
+    HRESULT OutputData(VARIANT const* data,
+                       tagEnumFormatDataInterpretation interpretation,
+                       VARIANT_BOOL separator) override;
+    HRESULT OutputScatteredData(unsigned long count,
+                                VARIANT const* const* data,
+                                tagEnumFormatDataInterpretation const* interpretations,
+                                VARIANT_BOOL separator) override;
+    HRESULT OutputDoubles(double const* values, unsigned long count) override;
+    HRESULT get_DataFormat(tagEnumFormatDataType* type, long* width) override;
+    HRESULT put_DataFormat(tagEnumFormatDataType type, long width) override;
+    HRESULT get_ByteOrder(tagEnumFormatByteOrder* order) override;
+    HRESULT put_ByteOrder(tagEnumFormatByteOrder order) override;
+    HRESULT GetDataFormatText(wchar_t** text) override;
+    HRESULT Reset() override;
+
+private:
+    bool IsBinary() const noexcept { return m_eType == ZO_FORMAT_REAL || m_eType == ZO_FORMAT_INTEGER; }
+    std::size_t ElementSize() const noexcept { return static_cast<std::size_t>(m_iWidth) / 8; }
+    HRESULT WriteBlockHeader(std::size_t dataBytes);
+    HRESULT WriteDoublesAsText(std::span<const double> values);
+    HRESULT WriteDoublesAsBlock(std::span<const double> values);
+    HRESULT WriteNumber(const VARIANT& value, tagEnumFormatDataType type, long width);
+    HRESULT WriteElement(const VARIANT& value, tagEnumFormatDataInterpretation interpretation);
+    HRESULT WriteText(const VARIANT& value);
+    HRESULT WriteBinaryElement(const VARIANT& value);
+
+    CComPtr<CSessionOutput> m_spOutput;
+    tagEnumFormatDataType m_eType = ZO_FORMAT_ASCII;
+    long m_iWidth = 0;
+    tagEnumFormatByteOrder m_eByteOrder = ZO_BYTE_ORDER_NORMAL;
+};
+
+} // namespace ZoVelkor::RemoteKernel

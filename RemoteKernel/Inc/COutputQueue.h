@@ -1,0 +1,69 @@
+#pragma once
+
+#include "CByteBuffer.h"
+#include "IZOScpiOutputBuffer.h"
+
+#include <atomic>
+#include <cstddef>
+#include <string_view>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+/// Collects the response message of one session (IEEE 488.2 sections 6.3.1.5 and 8.4).
+///
+/// The answers of several queries of one message are joined by ';', a message that answered anything ends
+/// with a line feed. One buffer is reused for all messages. Threads: the session's, except Cancel.
+class COutputQueue : public IZOScpiOutputBuffer
+{
+public:
+    /// Memory that stays with an idle session.
+    static constexpr std::size_t kKeptCapacity = std::size_t{32} << 10;
+
+    /// @param limit  longest response message in bytes, line feed excluded
+    explicit COutputQueue(std::size_t limit) noexcept : m_limit(limit) {}
+    virtual ~COutputQueue() = default;
+
+    HRESULT Write(unsigned long length, char const* text, wchar_t** error) override;
+    HRESULT WriteBinary(unsigned long length, unsigned char const* data, wchar_t** error) override;
+
+    /// Lends room for response bytes, which Commit takes over.
+    ///
+    /// @param[out] place  start of the room, valid until the next operation
+    /// @return S_OK; E_ABORT, E_FAIL and E_OUTOFMEMORY as for Write
+    HRESULT Prepare(std::size_t maxBytes, char** place) noexcept;
+    void Commit(std::size_t count) noexcept { m_buffer.Commit(count); }
+
+    /// Starts the response of the next command of the message.
+    void BeginCommand() noexcept
+    {
+        m_commandStart = m_buffer.Size();
+        m_bSeparatorPending = m_commandStart != m_messageStart;
+        m_bRefused = false;
+    }
+    /// Forgets what the running command has answered.
+    void DropCommand() noexcept { m_buffer.Truncate(m_commandStart); }
+    /// Ends the response message.
+    void EndMessage();
+
+    /// Everything that was answered and not cleared.
+    std::string_view View() const noexcept { return m_buffer.View(); }
+    bool IsEmpty() const noexcept { return m_buffer.IsEmpty(); }
+    void Clear() noexcept;
+
+    /// Refuses all further writes with E_ABORT. Threads: any.
+    void Cancel() noexcept { m_bCancelled.store(true, std::memory_order_relaxed); }
+
+private:
+    HRESULT Append(std::size_t length, const void* bytes, wchar_t** error) noexcept;
+
+    const std::size_t m_limit;
+    CByteBuffer m_buffer;
+    std::size_t m_messageStart = 0;
+    std::size_t m_commandStart = 0;
+    bool m_bSeparatorPending = false;
+    bool m_bRefused = false; // the running command has passed the limit
+    std::atomic<bool> m_bCancelled{false};
+};
+
+} // namespace ZoVelkor::RemoteKernel

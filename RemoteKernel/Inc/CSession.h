@@ -1,0 +1,114 @@
+#pragma once
+
+#include "CByteBuffer.h"
+#include "CErrorQueue.h"
+#include "CFormatSubsystem.h"
+#include "CMessageFramer.h"
+#include "COutputQueue.h"
+#include "CProgramMessageParser.h"
+#include "CRemoteKernel.h"
+#include "CRemotePathServices.h"
+#include "Event.h"
+#include "ICommandExecutor.h"
+#include "SessionLimits.h"
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <string_view>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+class CBuiltInCommands;
+
+/// One remote path: takes bytes of program messages, runs their commands, gives the response bytes.
+///
+/// A program message ends with a line feed. What a client may send and gets is described in
+/// Docs/RemoteInterface.md. A query whose execution fails answers nothing; the answers of the other queries
+/// of its message stay.
+///
+/// In process, without a transport:
+/// @code
+/// CSession session(kernel);
+/// std::string_view response = session.Process(bytes);
+/// @endcode
+/// A transport reads into InputSpace() and sends after each message:
+/// @code
+/// session.CommitInput(received);
+/// while (session.ExecuteNext()) { Send(session.Response()); session.ClearResponse(); }
+/// @endcode
+/// Threads: one at a time, except Cancel and RemotePath.
+class CSession final : private ICommandExecutor
+{
+public:
+    /// Opens a session.
+    ///
+    /// @param kernel  outlives the session
+    /// @param connection  descriptor whose error or hang-up ends the waits of *OPC? and *WAI; -1: none
+    /// @throws std::system_error when the system is short of descriptors, std::bad_alloc
+    explicit CSession(CRemoteKernel& kernel, const tagSessionLimits& limits = {}, int connection = -1);
+    CSession(const CSession&) = delete;
+    CSession& operator=(const CSession&) = delete;
+    /// Ends the session. Operations that it began and that go on are forgotten.
+    ~CSession();
+
+    /// Takes bytes and runs every message that is complete.
+    ///
+    /// A message that lies completely in these bytes is parsed in place; the bytes may be changed by that.
+    /// @return the responses of these messages, each with its line feed; valid until the next call
+    std::string_view Process(std::span<char> bytes);
+
+    /// Room for bytes to be received: as much as the message at hand announces, in bounded steps.
+    std::span<char> InputSpace();
+    /// Takes bytes over that were received into InputSpace().
+    void CommitInput(std::size_t count) noexcept { m_input.Commit(count); }
+    /// Runs the next complete message of the input.
+    ///
+    /// @return false when there is none, or the session is cancelled
+    bool ExecuteNext();
+
+    /// Response bytes that were not cleared; empty when the messages answered nothing.
+    std::string_view Response() const noexcept { return m_spOutput->View(); }
+    void ClearResponse() noexcept { m_spOutput->Clear(); }
+
+    /// Ends the session's waits, drops the rest of the message at hand and refuses further ones; does not
+    /// wait. A handler that is running is not interrupted, its next write gives E_ABORT. Threads: any.
+    void Cancel() noexcept;
+    bool IsCancelled() const noexcept { return m_bCancelled.load(std::memory_order_relaxed); }
+
+    /// The number by which services know this session.
+    long RemotePath() const noexcept { return m_iRemotePath; }
+
+private:
+    /// Memory that stays with an idle session.
+    static constexpr std::size_t kKeptInput = std::size_t{16} << 10;
+    /// Smallest room for a receive.
+    static constexpr std::size_t kMinInputSpace = std::size_t{4} << 10;
+
+    bool ExecuteCommand(const tagParsedCommand& command) override;
+    void ReportError(short code, std::string_view detail) override;
+    tagFrame TakeFrame(std::span<char> bytes);
+    void ExecuteMessage(std::span<char> message);
+    bool CloseCommand(HRESULT result, std::uint64_t errorsBefore);
+    void RefreshApplications();
+
+    CRemoteKernel& m_kernel;
+    const CComPtr<CSessionOutput> m_spOutput;
+    const CComPtr<CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>> m_spFormat;
+    const std::shared_ptr<CErrorQueue> m_spErrors;
+    const CUniqueEvent m_cancelEvent;
+    const long m_iRemotePath;
+    const CComPtr<CComObject<CRemotePathServices, IZOScpiManager>> m_spServices;
+    std::shared_ptr<const tagApplicationSet> m_spApplications;
+    std::uint64_t m_generation = 0;
+    std::unique_ptr<CBuiltInCommands> m_spBuiltIns;
+    CProgramMessageParser m_parser;
+    CMessageFramer m_framer;
+    CByteBuffer m_input;
+    std::size_t m_bytesAnnounced = 0; // still missing of the message at hand, as far as known
+    std::atomic<bool> m_bCancelled{false};
+};
+
+} // namespace ZoVelkor::RemoteKernel
