@@ -4,7 +4,6 @@
 #include "Unknown.h"
 
 #include <atomic>
-#include <limits>
 #include <utility>
 
 /// Makes a concrete component out of a base that implements interfaces: reference count, QueryInterface and
@@ -13,7 +12,8 @@
 /// QueryInterface answers IUnknown and the listed interfaces; an inherited interface is answered when it is
 /// listed too. Threads: counting and QueryInterface are safe from any thread.
 ///
-/// @tparam TBase        implements every listed interface and may have any constructor
+/// @tparam TBase        implements every listed interface and may have any constructor; it must not count
+///                      references to itself in its constructor or destructor
 /// @tparam TInterfaces  interfaces with a kInterfaceId; without any, TBase itself is the only IUnknown
 template <class TBase, class... TInterfaces>
 class CComObject final : public TBase
@@ -63,16 +63,12 @@ public:
         const ULONG left = m_references.fetch_sub(1, std::memory_order_acq_rel) - 1;
         if (left == 0)
         {
-            // A destructor may hand out and take back references to this object without deleting it again.
-            m_references.store(kBeingDestroyed, std::memory_order_relaxed);
             delete this;
         }
         return left;
     }
 
 private:
-    static constexpr ULONG kBeingDestroyed = std::numeric_limits<ULONG>::max() / 2;
-
     template <class... TArguments>
     explicit CComObject(TArguments&&... arguments) : TBase(std::forward<TArguments>(arguments)...)
     {}

@@ -1,0 +1,165 @@
+#include "CComVariant.h"
+#include "CountedComponent.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace
+{
+using namespace std::string_literals;
+
+TEST(ComVariant, TakesItsTypeFromItsSource)
+{
+    const struct
+    {
+        CComVariant value;
+        VARTYPE type;
+        LONGLONG bits;
+    } rows[] = {
+        {CComVariant(),                      VT_EMPTY, 0                   },
+        {true,                               VT_BOOL,  0xFFFF              },
+        {'\xFF',                             VT_I1,    0xFF                },
+        {static_cast<unsigned char>(255),    VT_UI1,   255                 },
+        {short{-1},                          VT_I2,    0xFFFF              },
+        {static_cast<unsigned short>(65535), VT_UI2,   65535               },
+        {-1,                                 VT_I4,    0xFFFFFFFF          },
+        {CComVariant(1,                      VT_INT),  VT_INT,               1},
+        {4294967295U,                                  VT_UI4,                                0xFFFFFFFF            },
+        {-1L,                                  VT_I4,                                        0xFFFFFFFF         },
+        {2147483648L,                                  VT_I8,                                2147483648    },
+        {CComVariant(5L,                                  VT_ERROR),                             VT_ERROR,   5},
+        {4294967295UL,                                 VT_UI4,                                         0xFFFFFFFF                                               },
+        {4294967296UL,                        VT_UI8,4294967296},
+        {1LL,                        VT_I8,                                         1                                                                                                         },
+        {1ULL,                                 VT_UI8, 1},
+        {1.0F,                                 VT_R4,                                         0x3F800000                                                                                                                                                 },
+        {1.0,                        VT_R8,0x3FF0000000000000},
+        {CComVariant(1.0,                VT_DATE),                                 VT_DATE,                                                                                                                                                                               0x3FF0000000000000},
+        {CY{-1},                           VT_CY,-1},
+        {static_cast<const wchar_t*>(nullptr),   VT_BSTR,                         0                                                                                                                                                                                                                      },
+        {static_cast<IUnknown*>(nullptr),                         VT_UNKNOWN,        0},
+        {static_cast<const SAFEARRAY*>(nullptr),VT_EMPTY,0                                                                                                                                                                                                              },
+    };
+    for (const auto& row : rows)
+    {
+        EXPECT_EQ(row.value.vt, row.type);
+        EXPECT_EQ(row.value.llVal, row.bits) << row.type;
+    }
+}
+
+TEST(ComVariant, OwnsItsText)
+{
+    CComVariant value(CComBSTR(3, L"a\0b"));
+    CComVariant copy = value;
+    EXPECT_NE(copy.bstrVal, value.bstrVal);
+    EXPECT_TRUE(copy == value);
+    EXPECT_EQ(SysStringLen(copy.bstrVal), 3U);
+    const CComVariant moved = std::move(copy);
+    EXPECT_EQ(copy.vt, VT_EMPTY);
+    EXPECT_TRUE(moved == value);
+    const CComVariant& self = value;
+    value = self;
+    value = std::move(value);
+    EXPECT_TRUE(moved == value);
+    value = "\x80";
+    EXPECT_STREQ(value.bstrVal, L"\u20AC");
+    value = 5;
+    EXPECT_EQ(value.lVal, 5);
+}
+
+TEST(ComVariant, OwnsInterfacesAndArrays)
+{
+    SAFEARRAY* array = SafeArrayCreateVector(VT_I4, 0, 2);
+    {
+        const CComPtr<IFirst> object = CCounted::Create(1);
+        const CComVariant held(object.Get());
+        CComVariant copy = held;
+        EXPECT_EQ(ReferencesOf(object), 3U);
+        EXPECT_TRUE(copy == held);
+        const CComVariant vector(array);
+        EXPECT_EQ(vector.vt, VT_ARRAY | VT_I4);
+        copy = vector;
+        EXPECT_EQ(ReferencesOf(object), 2U);
+        EXPECT_TRUE(copy == vector);
+        static_cast<LONG*>(copy.parray->pvData)[1] = 7;
+        EXPECT_FALSE(copy == vector);
+    }
+    SafeArrayDestroy(array);
+    EXPECT_EQ(CCountedBase::s_living, 0);
+}
+
+TEST(ComVariant, AttachesAndDetaches)
+{
+    VARIANT raw{};
+    raw.vt = VT_BSTR;
+    raw.bstrVal = SysAllocString(L"x");
+    CComVariant value(L"former");
+    EXPECT_EQ(value.Attach(&raw), S_OK);
+    EXPECT_EQ(raw.vt, VT_EMPTY);
+    EXPECT_STREQ(value.bstrVal, L"x");
+    EXPECT_EQ(value.Detach(&raw), S_OK);
+    EXPECT_EQ(value.vt, VT_EMPTY);
+    EXPECT_STREQ(raw.bstrVal, L"x");
+    EXPECT_EQ(value.Copy(&raw), S_OK);
+    EXPECT_EQ(VariantClear(&raw), S_OK);
+    EXPECT_STREQ(value.bstrVal, L"x");
+    EXPECT_EQ(value.Clear(), S_OK);
+    EXPECT_EQ(value.vt, VT_EMPTY);
+    EXPECT_EQ(value.Attach(nullptr), E_POINTER);
+    EXPECT_EQ(value.Detach(nullptr), E_POINTER);
+}
+
+TEST(ComVariant, RemembersWhyItCouldNotCopy)
+{
+    VARIANT wrong{};
+    wrong.vt = VT_DECIMAL;
+    const CComVariant value(wrong);
+    EXPECT_EQ(value.vt, VT_ERROR);
+    EXPECT_EQ(value.scode, DISP_E_BADVARTYPE);
+}
+
+struct tagComparison
+{
+    const char* name;
+    CComVariant left;
+    CComVariant right;
+    bool equal;
+    VARCMP order;
+};
+
+const CComBSTR kZeroInside(3, L"a\0b");
+const CComVariant kError(5L, VT_ERROR);
+constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr auto kLargest = std::numeric_limits<unsigned long long>::max();
+
+const tagComparison kComparisons[] = {
+    {"Same",            1,                  1,                  true,  VARCMP_EQ  },
+    {"OtherType",       1,                  1.0,                false, VARCMP_EQ  },
+    {"LessAcrossTypes", -1,                 0.5F,               false, VARCMP_LT  },
+    {"SignMatters",     -1LL,               kLargest,           false, VARCMP_LT  },
+    {"Exact64",         9007199254740993LL, 9007199254740992LL, false, VARCMP_GT  },
+    {"Empty",           CComVariant(),      CComVariant(),      true,  VARCMP_EQ  },
+    {"Texts",           L"a",               L"b",               false, VARCMP_LT  },
+    {"ZeroInside",      kZeroInside,        L"a",               false, VARCMP_GT  },
+    {"NullText",        CComBSTR(),         L"",                true,  VARCMP_EQ  },
+    {"TextAndNumber",   L"1",               1,                  false, VARCMP_NULL},
+    {"NotANumber",      kNotANumber,        kNotANumber,        false, VARCMP_NULL},
+    {"Errors",          kError,             kError,             true,  VARCMP_EQ  },
+};
+
+TEST(ComVariant, ComparesValues)
+{
+    for (const tagComparison& row : kComparisons)
+    {
+        EXPECT_EQ(row.left == row.right, row.equal) << row.name;
+        EXPECT_EQ(VarCmp(&row.left, &row.right), row.order) << row.name;
+        EXPECT_EQ(row.left < row.right, row.order == VARCMP_LT) << row.name;
+        EXPECT_EQ(row.left > row.right, row.order == VARCMP_GT) << row.name;
+    }
+    CComVariant null;
+    null.vt = VT_NULL;
+    EXPECT_EQ(VarCmp(&null, &null), VARCMP_NULL);
+    EXPECT_EQ(VarCmp(nullptr, &null), VARCMP_NULL);
+}
+} // namespace
