@@ -36,8 +36,8 @@ public:
     CZoString(const char* text) noexcept;
     /// Widened text up to its first zero.
     CZoString(const std::string& text) noexcept;
-    /// One character; empty, not null, for '\0'.
-    CZoString(char character) noexcept;
+    /// One character; empty, not null, for '\0'. Takes no number: an index is not a text.
+    CZoString(std::same_as<char> auto character) noexcept : m_str(FromCharacter(character)) {}
     /// Copy up to the terminator; null for null.
     CZoString(const wchar_t* text) noexcept;
     CZoString(const CZoString& other) noexcept;
@@ -255,6 +255,7 @@ public:
     /// @}
 
 private:
+    static wchar_t* FromCharacter(char character) noexcept;
     /// Frees what is held and takes over a BSTR.
     CZoString& Adopt(wchar_t* text) noexcept;
     HRESULT AppendCharacters(const wchar_t* text, std::size_t count) noexcept;

@@ -29,21 +29,12 @@ wchar_t* CopyOf(const wchar_t* text) noexcept
     return text == nullptr ? nullptr : SysAllocStringLen(text, SysStringLen(text));
 }
 
-wchar_t* FromCharacter(char character) noexcept
-{
-    const char text[] = {character, '\0'};
-    return A2WBSTR(text);
-}
-
 } // namespace
 
 CZoString::CZoString(const char* text) noexcept : m_str(A2WBSTR(text))
 {}
 
 CZoString::CZoString(const std::string& text) noexcept : CZoString(text.c_str())
-{}
-
-CZoString::CZoString(char character) noexcept : m_str(FromCharacter(character))
 {}
 
 CZoString::CZoString(const wchar_t* text) noexcept : m_str(SysAllocString(text))
@@ -61,6 +52,12 @@ CZoString::CZoString(const CComBSTR& text) noexcept : m_str(CopyOf(text))
 CZoString::~CZoString()
 {
     SysFreeString(m_str);
+}
+
+wchar_t* CZoString::FromCharacter(char character) noexcept
+{
+    const char text[] = {character, '\0'};
+    return A2WBSTR(text);
 }
 
 CZoString& CZoString::Adopt(wchar_t* text) noexcept
