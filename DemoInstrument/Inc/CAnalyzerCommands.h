@@ -39,9 +39,6 @@ private:
 
     HRESULT TraceData(Pool& pool);
     HRESULT AnswerTrace(Pool& pool, long trace);
-    HRESULT ReadTrace(Pool& pool, std::vector<double>& values);
-    HRESULT ReadTraceBlock(Pool& pool, std::vector<double>& values);
-    HRESULT ReadTraceList(Pool& pool, std::vector<double>& values);
 
     HRESULT FormatData(Pool& pool);
     HRESULT FormatBorder(Pool& pool);

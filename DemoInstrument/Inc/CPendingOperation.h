@@ -15,6 +15,8 @@ class CPendingOperation
 {
 public:
     CPendingOperation() = default;
+    CPendingOperation(const CPendingOperation&) = delete;
+    CPendingOperation& operator=(const CPendingOperation&) = delete;
     CPendingOperation(CPendingOperation&& other) noexcept
         : m_spOperations(std::move(other.m_spOperations)),
           m_iOperation(std::exchange(other.m_iOperation, 0))

@@ -24,6 +24,8 @@ class CSweepEngine : private CThreadRunObject
 public:
     /// @param traces  borrowed
     explicit CSweepEngine(CTraceMemory& traces);
+    CSweepEngine(const CSweepEngine&) = delete;
+    CSweepEngine& operator=(const CSweepEngine&) = delete;
     /// Aborts the sweep at hand.
     ~CSweepEngine() override;
 
@@ -55,7 +57,7 @@ private:
     {
         tagAnalyzerSettings settings;
         Clock::time_point end;
-        std::uint64_t number;
+        std::uint64_t number = 0;
     };
     using SweepPtr = std::shared_ptr<const tagSweep>;
     using Traces = std::array<TracePtr, kTraceCount>;

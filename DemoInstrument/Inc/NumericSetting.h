@@ -8,12 +8,12 @@ namespace ZoVelkor::Demo
 /// A numeric setting as one command finds it, all in its base unit.
 struct tagNumericState
 {
-    double value;
-    double minimum;
-    double maximum;
-    double reset;           ///< DEFault
-    double up;              ///< the step above; may lie beyond the maximum
-    double down;            ///< the step below; may lie beyond the minimum
+    double value = 0.0;
+    double minimum = 0.0;
+    double maximum = 0.0;
+    double reset = 0.0;     ///< DEFault
+    double up = 0.0;        ///< the step above; may lie beyond the maximum
+    double down = 0.0;      ///< the step below; may lie beyond the minimum
     bool isInteger = false; ///< numbers are rounded, answers are NR1
 };
 

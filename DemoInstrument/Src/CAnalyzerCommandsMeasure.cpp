@@ -40,6 +40,60 @@ HRESULT ReadDataFormat(CScpiFunctionExecutionDataPool& pool, tagDataFormat& form
     return S_OK;
 }
 
+HRESULT ReadTraceBlock(CScpiFunctionExecutionDataPool& pool, std::vector<double>& values)
+{
+    tagDataFormat format;
+    long bytes = 0;
+    CComPtr<IZOScpiBlockData> spBlock;
+    if (const HRESULT hr = pool.GetBlockArgument(&spBlock, bytes, 0); hr != S_OK)
+    {
+        return hr;
+    }
+    if (pool.CheckArgumentCount(0, true) != S_OK || ReadDataFormat(pool, format) != S_OK)
+    {
+        return S_FALSE;
+    }
+    if (!spBlock || format.type != ZO_FORMAT_REAL ||
+        FAILED(spBlock->InitReaderFormat(format.type, format.width, format.order)))
+    {
+        return pool.SetScpiBlockDataError("a block needs the format REAL (%FORMDATA%)");
+    }
+    const long announced = bytes < 0 ? bytes : bytes / (format.width / kBitsPerByte);
+    const HRESULT hr =
+        ReadBlock(values, announced, kMaxTraceValues, [&](auto count, double* data, auto* got) {
+            return spBlock->GetNextArray(count, data, got);
+        });
+    if (hr == E_FAIL || (SUCCEEDED(hr) && values.empty()))
+    {
+        return pool.SetScpiBlockDataError("the length does not fit the format (%FORMDATA%)");
+    }
+    return SUCCEEDED(hr) && values.size() > kMaxTraceValues ? pool.SetScpiError(kScpiTooMuchData) : hr;
+}
+
+HRESULT ReadTraceList(CScpiFunctionExecutionDataPool& pool, std::vector<double>& values)
+{
+    values.resize(static_cast<std::size_t>(pool.GetArgumentCount()));
+    for (std::size_t i = 0; i < values.size(); ++i)
+    {
+        if (pool.GetDoubleArgument(values[i], static_cast<long>(i)) != S_OK)
+        {
+            return S_FALSE;
+        }
+    }
+    return S_OK;
+}
+
+/// Reads what a trace is loaded with, a block or a list of numbers.
+HRESULT ReadTrace(CScpiFunctionExecutionDataPool& pool, std::vector<double>& values)
+{
+    auto type = ZO_SCPI_PARAMTYPE_UNDEFINED;
+    if (pool.CheckArgumentCount(0, false) != S_OK || pool.GetArgumentType(type, 0) != S_OK)
+    {
+        return S_FALSE;
+    }
+    return type == ZO_SCPI_PARAMTYPE_BLOCK ? ReadTraceBlock(pool, values) : ReadTraceList(pool, values);
+}
+
 } // namespace
 
 HRESULT CAnalyzerCommands::Initiate(Record& record)
@@ -109,59 +163,6 @@ HRESULT CAnalyzerCommands::AnswerTrace(Pool& pool, long trace)
     const std::vector<double>& levelsDbm = spTrace->levelsDbm;
     return subsystem != nullptr ? subsystem->OutputDoubles(levelsDbm.data(), levelsDbm.size())
                                 : pool.SetScpiExecutionError("");
-}
-
-HRESULT CAnalyzerCommands::ReadTrace(Pool& pool, std::vector<double>& values)
-{
-    auto type = ZO_SCPI_PARAMTYPE_UNDEFINED;
-    if (pool.CheckArgumentCount(0, false) != S_OK || pool.GetArgumentType(type, 0) != S_OK)
-    {
-        return S_FALSE;
-    }
-    return type == ZO_SCPI_PARAMTYPE_BLOCK ? ReadTraceBlock(pool, values) : ReadTraceList(pool, values);
-}
-
-HRESULT CAnalyzerCommands::ReadTraceBlock(Pool& pool, std::vector<double>& values)
-{
-    tagDataFormat format;
-    long bytes = 0;
-    CComPtr<IZOScpiBlockData> spBlock;
-    if (const HRESULT hr = pool.GetBlockArgument(&spBlock, bytes, 0); hr != S_OK)
-    {
-        return hr;
-    }
-    if (pool.CheckArgumentCount(0, true) != S_OK || ReadDataFormat(pool, format) != S_OK)
-    {
-        return S_FALSE;
-    }
-    if (!spBlock || format.type != ZO_FORMAT_REAL ||
-        FAILED(spBlock->InitReaderFormat(format.type, format.width, format.order)))
-    {
-        return pool.SetScpiBlockDataError("a block needs the format REAL (%FORMDATA%)");
-    }
-    const long announced = bytes < 0 ? bytes : bytes / (format.width / kBitsPerByte);
-    const HRESULT hr =
-        ReadBlock(values, announced, kMaxTraceValues, [&](auto count, double* data, auto* got) {
-            return spBlock->GetNextArray(count, data, got);
-        });
-    if (hr == E_FAIL || (SUCCEEDED(hr) && values.empty()))
-    {
-        return pool.SetScpiBlockDataError("the length does not fit the format (%FORMDATA%)");
-    }
-    return SUCCEEDED(hr) && values.size() > kMaxTraceValues ? pool.SetScpiError(kScpiTooMuchData) : hr;
-}
-
-HRESULT CAnalyzerCommands::ReadTraceList(Pool& pool, std::vector<double>& values)
-{
-    values.resize(static_cast<std::size_t>(pool.GetArgumentCount()));
-    for (std::size_t i = 0; i < values.size(); ++i)
-    {
-        if (pool.GetDoubleArgument(values[i], static_cast<long>(i)) != S_OK)
-        {
-            return S_FALSE;
-        }
-    }
-    return S_OK;
 }
 
 HRESULT CAnalyzerCommands::FormatData(Pool& pool)

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace ZoVelkor::Demo
+{
+
+/// The port that raw SCPI over TCP is expected on.
+inline constexpr std::uint16_t kDefaultPort = 5025;
+
+/// Where the instrument listens.
+struct tagDemoOptions
+{
+    std::string sBindAddress = "127.0.0.1"; ///< an IP address
+    std::uint16_t iPort = kDefaultPort;     ///< 0: a free one
+};
+
+/// The whole instrument: remote control, its applications, and the server that clients connect to.
+///
+/// There is one at a time in a process. The destructor closes all connections and ends all sweeps.
+class CDemoInstrument
+{
+public:
+    /// Starts the instrument; when the constructor returns it answers.
+    ///
+    /// @throws CShellError or std::exception when the address is no good or the port is taken; the message
+    /// says which
+    explicit CDemoInstrument(const tagDemoOptions& options);
+    CDemoInstrument(const CDemoInstrument&) = delete;
+    CDemoInstrument& operator=(const CDemoInstrument&) = delete;
+    ~CDemoInstrument();
+
+    /// The port that it listens on.
+    std::uint16_t Port() const;
+
+    /// Address and port, as a client writes them.
+    std::string Address() const;
+
+private:
+    struct tagParts;
+    std::unique_ptr<tagParts> m_spParts;
+};
+
+} // namespace ZoVelkor::Demo

@@ -1,0 +1,65 @@
+#include "CDemoInstrument.h"
+#include "CShellError.h"
+#include "CSignalWaiter.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+
+namespace
+{
+
+using namespace ZoVelkor::Demo;
+
+/// Exit code for options that make no sense; EXIT_FAILURE says that the instrument could not start.
+constexpr int kExitUsage = 2;
+
+void SayReady(const CDemoInstrument& instrument)
+{
+    fmt::print("zo-demo-instrument ready on {} (raw SCPI)\n", instrument.Address());
+    std::fflush(stdout);
+}
+
+int RunInstrument(const tagDemoOptions& options)
+try
+{
+    const CSignalWaiter signals;
+    const CDemoInstrument instrument(options);
+    SayReady(instrument);
+    signals.Wait();
+    return EXIT_SUCCESS;
+}
+catch (const ZoVelkor::CShellError&)
+{
+    return EXIT_FAILURE; // whoever raised it has reported it in its line on stderr
+}
+catch (const std::exception& fault)
+{
+    fmt::print(stderr, "zo-demo-instrument: {}\n", fault.what());
+    return EXIT_FAILURE;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    tagDemoOptions options;
+    CLI::App app("A small signal analyser with a simulated input, controlled by SCPI over TCP.",
+                 "zo-demo-instrument");
+    app.add_option("--port", options.iPort, "TCP port; 0 takes a free one")->capture_default_str();
+    app.add_option("--bind", options.sBindAddress, "IP address to listen on; 0.0.0.0 for all")
+        ->capture_default_str();
+    app.set_version_flag("--version", "zo-demo-instrument " ZO_DEMO_VERSION);
+    try
+    {
+        app.parse(argc, argv);
+    }
+    catch (const CLI::ParseError& fault)
+    {
+        return app.exit(fault) == 0 ? EXIT_SUCCESS : kExitUsage;
+    }
+    return RunInstrument(options);
+}
