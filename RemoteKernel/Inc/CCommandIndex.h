@@ -91,7 +91,7 @@ struct tagCommandNode
 /// Looking a keyword up takes constant time, whatever the number of commands.
 ///
 /// Merging: nodes of equal long form are one node; the entry of a node belongs to the last source that makes
-/// it executable or gives it parameters. A node is optional, or takes a numeric suffix, when a source says
+/// it executable. A node is optional, or takes a numeric suffix, when a source says
 /// so. Nodes below an optional node can also be reached from above it; a direct child has precedence over
 /// them, and an earlier one over a later one. Threads: safe for any number of readers.
 class CCommandIndex

@@ -12,13 +12,19 @@ namespace ZoVelkor::RemoteKernel
 inline constexpr std::size_t kMaxHeaderLevels = 32;
 
 /// Nodes of one command tree, a shared group counted once for each way that leads to it.
-inline constexpr std::size_t kMaxTreeNodes = 1'000'000;
+inline constexpr std::size_t kMaxTreeNodes = 250'000;
+
+/// Parameters of one header.
+inline constexpr std::size_t kMaxChainLength = 256;
+
+/// Words of one parameter, and units.
+inline constexpr std::size_t kMaxListLength = 4096;
 
 /// Examines everything that can be reached from the roots of a command table, without ever reading beyond it.
 ///
 /// Faults are an index or a group outside the table, a text without terminating NUL, a bracket without its
-/// partner, a group inside itself, a tree with too many levels or nodes, a parameter chain that leaves the
-/// table. One group may be used by several headers.
+/// partner, a group inside itself, a tree, chain or list beyond the bounds above, a parameter chain that
+/// leaves the table. One group may be used by several headers.
 /// @param table  the records; may be null when count is 0
 /// @return an empty text for a sound table, else the first fault with the record and its field, for example
 ///         "record 12, SubStart: index 900 is outside the table (40 records)"

@@ -52,6 +52,9 @@ inline constexpr std::array<unsigned char, 256> kMnemonicCharacters = Detail::Ma
 /// As kMnemonicCharacters for a unit suffix, which may be a compound such as V/S or M.S-2.
 inline constexpr std::array<unsigned char, 256> kUnitCharacters = Detail::MakeMnemonicCharacters("/.^-");
 
+/// Characters with which a keyword, a mnemonic or a unit of a table can be reached by a client.
+inline constexpr std::array<unsigned char, 256> kTableCharacters = Detail::MakeMnemonicCharacters("_/.^-");
+
 /// A mnemonic that has been read from a text.
 struct tagMnemonic
 {
@@ -60,7 +63,7 @@ struct tagMnemonic
 };
 
 /// Reads the characters of one class from the start of a text.
-inline tagMnemonic
+constexpr tagMnemonic
 ReadMnemonic(const char* begin,
              const char* end,
              const std::array<unsigned char, 256>& characters = kMnemonicCharacters) noexcept
@@ -85,13 +88,6 @@ ReadMnemonic(const char* begin,
         ++mnemonic.iLength;
     }
     return mnemonic;
-}
-
-/// Packs a whole text; characters outside the class of units end it.
-inline tagMnemonicKey PackMnemonic(std::string_view text) noexcept
-{
-    constexpr static std::array<unsigned char, 256> kAll = Detail::MakeMnemonicCharacters("_/.^-%");
-    return ReadMnemonic(text.data(), text.data() + text.size(), kAll).key;
 }
 
 /// Keeps the first characters of a key.

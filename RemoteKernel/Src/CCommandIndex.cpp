@@ -1,0 +1,95 @@
+#include "CCommandIndex.h"
+
+#include "CCommandIndexBuilder.h"
+
+namespace ZoVelkor::RemoteKernel
+{
+
+CCommandIndex::CCommandIndex(std::span<const tagCommandSource> sources)
+{
+    CCommandIndexBuilder builder(*this);
+    for (const tagCommandSource& source : sources)
+    {
+        if (ValidateCommandTable(source.pRecords, source.iCount).empty())
+        {
+            builder.AddSource(source);
+        }
+    }
+    builder.Finish();
+}
+
+CCommandIndex::~CCommandIndex() = default;
+
+const std::int32_t* CCommandIndex::FindMnemonic(std::uint32_t list, const tagMnemonicKey& word) const noexcept
+{
+    const std::uint32_t found = Lookup(list, word);
+    return found == kNone ? nullptr : &m_mnemonics[found];
+}
+
+const tagUnit* CCommandIndex::FindUnit(std::uint32_t list, const tagMnemonicKey& unit) const noexcept
+{
+    const std::uint32_t found = Lookup(list, unit);
+    return found == kNone ? nullptr : &m_units[found];
+}
+
+std::uint32_t CCommandIndex::Match(std::uint32_t node,
+                                   const char* text,
+                                   const tagMnemonic& mnemonic,
+                                   std::size_t& keywordLength) const noexcept
+{
+    std::size_t stem = mnemonic.iLength;
+    while (stem > 0 && text[stem - 1] >= '0' && text[stem - 1] <= '9')
+    {
+        --stem;
+    }
+    // Only where a keyword ends in a digit by itself can the digits belong to it, all or some of them.
+    for (std::size_t length = m_nodes[node].bDigitKeywords ? mnemonic.iLength : stem;; --length)
+    {
+        const std::uint32_t child = Lookup(node, CutMnemonic(mnemonic.key, length));
+        if (child != kNone && (length == mnemonic.iLength || m_nodes[child].bTakesSuffix))
+        {
+            keywordLength = length;
+            return child;
+        }
+        if (length == stem)
+        {
+            return kNone;
+        }
+    }
+}
+
+const tagCommandEntry* CCommandIndex::Find(std::string_view header) const noexcept
+{
+    const bool isQuery = header.ends_with('?');
+    header.remove_suffix(isQuery ? 1 : 0);
+    std::uint32_t node = header.starts_with('*') ? kCommonNode : kRootNode;
+    header.remove_prefix(header.starts_with('*') || header.starts_with(':') ? 1 : 0);
+    while (node != kNone)
+    {
+        const tagMnemonic mnemonic = ReadMnemonic(header.data(), header.data() + header.size());
+        std::size_t keywordLength = 0;
+        node = Match(node, header.data(), mnemonic, keywordLength);
+        header.remove_prefix(mnemonic.iLength);
+        if (header.empty())
+        {
+            break;
+        }
+        if (node == kCommonNode || header.front() != ':')
+        {
+            return nullptr;
+        }
+        header.remove_prefix(1);
+    }
+    if (node == kNone)
+    {
+        return nullptr;
+    }
+    std::uint32_t entry = isQuery ? m_nodes[node].iQueryEntry : m_nodes[node].iSettingEntry;
+    if (!isQuery && entry == kNone)
+    {
+        entry = m_nodes[node].iQueryEntry;
+    }
+    return entry == kNone ? nullptr : &m_entries[entry];
+}
+
+} // namespace ZoVelkor::RemoteKernel

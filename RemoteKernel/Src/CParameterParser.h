@@ -1,0 +1,76 @@
+#pragma once
+
+#include "CCommandIndex.h"
+#include "CParameterArray.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+/// The part of a message that has not been parsed.
+struct tagCursor
+{
+    char* pPlace = nullptr;
+    char* pEnd = nullptr;
+
+    bool AtEnd() const noexcept { return pPlace == pEnd; }
+    bool AtUnitEnd() const noexcept { return AtEnd() || *pPlace == ';'; }
+    bool AtElementEnd() const noexcept { return AtUnitEnd() || *pPlace == ','; }
+    void SkipWhite() noexcept;
+};
+
+/// What is wrong with the parameters of one command.
+struct tagParameterFault
+{
+    short iError = 0; ///< 0: nothing
+    std::size_t iIndex = 0;
+    const char* pPlace = nullptr; ///< start of the offending element
+};
+
+/// Reads the parameters of one command into records and checks them against the command's table.
+class CParameterParser
+{
+public:
+    /// Reads everything up to the end of the unit.
+    ///
+    /// An execution error is kept while the rest is read; a command error comes at once.
+    /// @param optional  the query of a command with both forms: parameters only ask for limits and the like
+    tagParameterFault
+    Parse(const CCommandIndex& index, const tagCommandEntry& entry, bool optional, tagCursor& cursor);
+
+    CParameterArray& Records() noexcept { return m_records; }
+
+private:
+    const tagParameterSpec* SpecFor(std::size_t parameter) const noexcept;
+    short ReadParameter(const tagParameterSpec& spec, std::uint32_t type, bool optional);
+
+    short ReadElement(tagZO_SCPI_PARAMETER& record);
+    short ReadNumber(tagZO_SCPI_PARAMETER& record);
+    short CheckSign(bool isZero, bool isNegative) const noexcept;
+    short ReadUnit(const tagUnit*& unit) noexcept;
+    short ReadHash(tagZO_SCPI_PARAMETER& record);
+    short ReadNonDecimal(tagZO_SCPI_PARAMETER& record, unsigned int bits) noexcept;
+    short ReadBlock(tagZO_SCPI_PARAMETER& record);
+    short StoreBlock(tagZO_SCPI_PARAMETER& record, std::size_t headerLength, std::size_t length);
+    short ReadWord(tagZO_SCPI_PARAMETER& record) noexcept;
+    bool TakeOwnWord(tagZO_SCPI_PARAMETER& record, const tagMnemonic& word) const noexcept;
+    bool TakeSpecialWord(tagZO_SCPI_PARAMETER& record, const tagMnemonic& word) const noexcept;
+    short ReadString(tagZO_SCPI_PARAMETER& record) noexcept;
+    short ReadUnquoted(tagZO_SCPI_PARAMETER& record) noexcept;
+    short ReadExpression(tagZO_SCPI_PARAMETER& record) noexcept;
+
+    CParameterArray m_records;
+
+    // Of the command at work.
+    const CCommandIndex* m_index = nullptr;
+    std::span<const tagParameterSpec> m_specs;
+    tagCursor m_cursor;
+
+    // Of the parameter at work.
+    const tagParameterSpec* m_spec = nullptr;
+    std::uint32_t m_type = 0;
+};
+
+} // namespace ZoVelkor::RemoteKernel
