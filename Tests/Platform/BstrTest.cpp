@@ -34,13 +34,7 @@ TEST(Bstr, CarriesItsByteLengthInFrontAndATerminatorBehind)
     EXPECT_EQ(SysStringLen(text), 3U);
     EXPECT_EQ(text[3], L'\0');
     EXPECT_EQ(TextOf(text), L"a\0b"s);
-}
-
-TEST(Bstr, GivesZerosForANullSource)
-{
     EXPECT_EQ(TextOf(Own(SysAllocStringLen(nullptr, 3))), L"\0\0\0"s);
-    const CComBSTR bytes = Own(SysAllocStringByteLen(nullptr, 5));
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(static_cast<BSTR>(bytes)), 5), "\0\0\0\0\0"s);
 }
 
 TEST(Bstr, KeepsNullApartFromEmpty)
@@ -51,8 +45,6 @@ TEST(Bstr, KeepsNullApartFromEmpty)
     EXPECT_FALSE(Own(A2WBSTR("")).IsNull());
     EXPECT_FALSE(Own(A2WBSTR("abc", 0)).IsNull());
     EXPECT_EQ(SysStringLen(nullptr), 0U);
-    EXPECT_EQ(SysStringByteLen(nullptr), 0U);
-    SysFreeString(nullptr);
 }
 
 TEST(Bstr, HoldsByteLengthsBetweenCharacters)
@@ -65,8 +57,7 @@ TEST(Bstr, HoldsByteLengthsBetweenCharacters)
 
 TEST(Bstr, RefusesMoreBytesThanThePrefixCanTell)
 {
-    constexpr UINT kFirstTooLong = std::numeric_limits<UINT>::max() / sizeof(wchar_t) + 1;
-    EXPECT_EQ(SysAllocStringLen(nullptr, kFirstTooLong), nullptr);
+    EXPECT_EQ(SysAllocStringLen(nullptr, std::numeric_limits<UINT>::max() / sizeof(wchar_t) + 1), nullptr);
     EXPECT_EQ(A2WBSTR("x", -2), nullptr);
 }
 
@@ -109,28 +100,16 @@ TEST(ComBstr, CopiesAndMovesWithZerosInside)
     EXPECT_EQ(TextOf(text), L"a\0b"s);
     text = L"wide";
     text = text + 1;
-    EXPECT_EQ(TextOf(text), L"ide");
-    text = "narrow";
-    EXPECT_EQ(TextOf(text), L"narrow");
-    text = nullptr;
-    EXPECT_TRUE(!text);
+    EXPECT_EQ(TextOf(text), L"ide") << "the source may lie in the target";
 }
 
-TEST(ComBstr, FreesWhatItHoldsWhenItsAddressIsTaken)
+TEST(ComBstr, PassesOwnershipThroughPointers)
 {
     CComBSTR text("old");
-    EXPECT_EQ(CComBSTR("new").CopyTo(&text), S_OK);
-    EXPECT_EQ(TextOf(text), L"new");
+    EXPECT_EQ(CComBSTR("new").CopyTo(&text), S_OK) << "taking the address frees the old text";
+    EXPECT_EQ(text, L"new");
     EXPECT_EQ(text.CopyTo(nullptr), E_POINTER);
-    EXPECT_EQ(CComBSTR().CopyTo(&text), S_OK);
-    EXPECT_TRUE(text.IsNull());
-}
-
-TEST(ComBstr, AttachesAndDetaches)
-{
-    CComBSTR text("old");
-    BSTR raw = SysAllocString(L"new");
-    text.Attach(raw);
+    BSTR raw = text;
     text.Attach(raw);
     EXPECT_EQ(text.Detach(), raw);
     EXPECT_TRUE(text.IsNull());
@@ -142,34 +121,29 @@ struct tagAppendCase
 {
     const char* name;
     std::function<HRESULT(CComBSTR&)> append;
-    HRESULT result;
     std::wstring expected;
 };
 
 TEST(ComBstr, Appends)
 {
     const tagAppendCase cases[] = {
-        {"Object",         [](CComBSTR& s) { return s.Append(CComBSTR(2, L"\0x")); },            S_OK,         L"ab\0x"s   },
-        {"Itself",         [](CComBSTR& s) { return s.Append(s); },                              S_OK,         L"abab"     },
-        {"Wide",           [](CComBSTR& s) { return s.Append(L"cd"); },                          S_OK,         L"abcd"     },
-        {"WidePart",       [](CComBSTR& s) { return s.Append(L"cde", 2); },                      S_OK,         L"abcd"     },
-        {"Narrow",         [](CComBSTR& s) { return s.Append("c\x80"); },                        S_OK,         L"abc\u20AC"},
-        {"WideCharacter",  [](CComBSTR& s) { return s.Append(L'\0'); },                          S_OK,         L"ab\0"s    },
-        {"Character",      [](CComBSTR& s) { return s.Append('\x80'); },                         S_OK,         L"ab\u20AC" },
-        {"Bytes",          [](CComBSTR& s) { return s.AppendBytes("c\0\0\0", 4); },              S_OK,         L"abc"      },
-        {"NullBstr",       [](CComBSTR& s) { return s.AppendBSTR(nullptr); },                    S_OK,         L"ab"       },
-        {"NullWide",       [](CComBSTR& s) { return s.Append(static_cast<wchar_t*>(nullptr)); }, S_OK,         L"ab"       },
-        {"NullPart",       [](CComBSTR& s) { return s.Append(nullptr, 1); },                     E_INVALIDARG, L"ab"       },
-        {"NegativeLength", [](CComBSTR& s) { return s.Append(L"x", -1); },                       E_INVALIDARG, L"ab"       },
-        {"NegativeBytes",  [](CComBSTR& s) { return s.AppendBytes("x", -1); },                   E_INVALIDARG, L"ab"       },
+        {"Object",    [](CComBSTR& s) { return s.Append(CComBSTR(2, L"\0x")); }, L"ab\0x"s   },
+        {"Itself",    [](CComBSTR& s) { return s.Append(s); },                   L"abab"     },
+        {"WidePart",  [](CComBSTR& s) { return s.Append(L"cde", 2); },           L"abcd"     },
+        {"Narrow",    [](CComBSTR& s) { return s.Append("c\x80"); },             L"abc\u20AC"},
+        {"Character", [](CComBSTR& s) { return s.Append('\x80'); },              L"ab\u20AC" },
+        {"Bytes",     [](CComBSTR& s) { return s.AppendBytes("c\0\0\0", 4); },   L"abc"      },
     };
     for (const tagAppendCase& row : cases)
     {
         CComBSTR text(L"ab");
-        EXPECT_EQ(row.append(text), row.result) << row.name;
+        EXPECT_EQ(row.append(text), S_OK) << row.name;
         EXPECT_EQ(TextOf(text), row.expected) << row.name;
     }
     CComBSTR null;
+    EXPECT_EQ(null.Append(nullptr, 1), E_INVALIDARG);
+    EXPECT_EQ(null.Append(L"x", -1), E_INVALIDARG);
+    EXPECT_EQ(null.AppendBytes("x", -1), E_INVALIDARG);
     EXPECT_EQ(null.Append(static_cast<const wchar_t*>(nullptr)), S_OK);
     EXPECT_TRUE(null.IsNull());
     EXPECT_EQ(null.Append(L""), S_OK);
@@ -178,8 +152,6 @@ TEST(ComBstr, Appends)
     null += L"y";
     null += CComBSTR("z");
     EXPECT_EQ(TextOf(null), L"xyz");
-    EXPECT_EQ(null.AssignBSTR(nullptr), S_OK);
-    EXPECT_TRUE(null.IsNull());
 }
 
 TEST(ComBstr, ComparesWholeTexts)
@@ -196,17 +168,6 @@ TEST(ComBstr, ComparesWholeTexts)
     EXPECT_EQ(CComBSTR(), CComBSTR("")) << "null is the empty text";
     EXPECT_TRUE(CComBSTR() == nullptr);
     EXPECT_FALSE(CComBSTR("") == nullptr);
-}
-
-TEST(ComBstr, ChangesCase)
-{
-    CComBSTR text(L"a\u00FF");
-    text.ToUpper();
-    EXPECT_EQ(text, L"A\u0178");
-    text.ToLower();
-    EXPECT_EQ(text, L"a\u00FF");
-    CComBSTR null;
-    EXPECT_EQ(null.ToUpper(), S_OK);
 }
 
 TEST(ComBstrDeathTest, FailsTheAssertionOfUnsupportedOperations)

