@@ -49,23 +49,23 @@ public:
     ///
     /// At the root (empty prefix, group equal to table) the common commands come first.
     /// @param prefix  path of the parent node
-    void CollectCommands(bool diagnostic,
-                         bool syntax,
-                         std::string prefix,
-                         std::list<std::string>& out,
-                         const _CMD_SET_RECORD* group,
-                         const _CMD_SET_RECORD* table) const;
+    static void CollectCommands(bool diagnostic,
+                                bool syntax,
+                                const std::string& prefix,
+                                std::list<std::string>& out,
+                                const _CMD_SET_RECORD* group,
+                                const _CMD_SET_RECORD* table);
 
     /// Appends the line of one command: path and terminator.
-    void CollectHeaderHelp(std::string path,
-                           std::list<std::string>& out,
-                           const _CS_HDR& header,
-                           const _CMD_SET_RECORD* table) const;
+    static void CollectHeaderHelp(std::string path,
+                                  std::list<std::string>& out,
+                                  const _CS_HDR& header,
+                                  const _CMD_SET_RECORD* table);
     /// Appends the line of one command: path, terminator and parameters.
-    void CollectSyntaxHelp(std::string path,
-                           std::list<std::string>& out,
-                           const _CS_HDR& header,
-                           const _CMD_SET_RECORD* table) const;
+    static void CollectSyntaxHelp(std::string path,
+                                  std::list<std::string>& out,
+                                  const _CS_HDR& header,
+                                  const _CMD_SET_RECORD* table);
 
     static bool GetSystemHelpHeaderIsDiagnostic(const _CS_HDR& header);
     /// "/nquery/" for setting only, "?/qonly/" for query only, else empty (SCPI-99 vol. 2, 21.7.2).

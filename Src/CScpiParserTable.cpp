@@ -19,13 +19,8 @@ constexpr std::size_t kMaxTreeDepth = 32;
 class CCommandWalk
 {
 public:
-    CCommandWalk(const CScpiParserTable& help,
-                 bool diagnostic,
-                 bool syntax,
-                 const _CMD_SET_RECORD* table,
-                 std::list<std::string>& out)
-        : m_help(help),
-          m_diagnostic(diagnostic),
+    CCommandWalk(bool diagnostic, bool syntax, const _CMD_SET_RECORD* table, std::list<std::string>& out)
+        : m_diagnostic(diagnostic),
           m_syntax(syntax),
           m_pTable(table),
           m_out(out)
@@ -63,11 +58,11 @@ private:
         }
         if (m_syntax)
         {
-            m_help.CollectSyntaxHelp(path, m_out, header, m_pTable);
+            CScpiParserTable::CollectSyntaxHelp(path, m_out, header, m_pTable);
         }
         else
         {
-            m_help.CollectHeaderHelp(path, m_out, header, m_pTable);
+            CScpiParserTable::CollectHeaderHelp(path, m_out, header, m_pTable);
         }
     }
 
@@ -83,7 +78,6 @@ private:
         return path.append(keyword);
     }
 
-    const CScpiParserTable& m_help;
     bool m_diagnostic;
     bool m_syntax;
     const _CMD_SET_RECORD* m_pTable;
@@ -252,12 +246,12 @@ long CScpiParserTable::GetAllCommands(bool diagnostic, bool syntax, std::list<st
 
 void CScpiParserTable::CollectCommands(bool diagnostic,
                                        bool syntax,
-                                       std::string prefix,
+                                       const std::string& prefix,
                                        std::list<std::string>& out,
                                        const _CMD_SET_RECORD* group,
-                                       const _CMD_SET_RECORD* table) const
+                                       const _CMD_SET_RECORD* table)
 {
-    CCommandWalk walk(*this, diagnostic, syntax, table, out);
+    CCommandWalk walk(diagnostic, syntax, table, out);
     if (group == table && prefix.empty() && IsCommonCommand(table->hdr))
     {
         walk.WalkGroup("*", table);
@@ -269,7 +263,7 @@ void CScpiParserTable::CollectCommands(bool diagnostic,
 void CScpiParserTable::CollectHeaderHelp(std::string path,
                                          std::list<std::string>& out,
                                          const _CS_HDR& header,
-                                         const _CMD_SET_RECORD* /*table*/) const
+                                         const _CMD_SET_RECORD* /*table*/)
 {
     out.push_back(std::move(path) + GetSystemHelpHeaderMessageTerminator(header));
 }
@@ -277,7 +271,7 @@ void CScpiParserTable::CollectHeaderHelp(std::string path,
 void CScpiParserTable::CollectSyntaxHelp(std::string path,
                                          std::list<std::string>& out,
                                          const _CS_HDR& header,
-                                         const _CMD_SET_RECORD* table) const
+                                         const _CMD_SET_RECORD* table)
 {
     std::string line = std::move(path) + GetSystemHelpSyntaxMessageTerminator(header);
     const std::string parameters = GetSystemHelpSyntaxParameterList(header, table);

@@ -281,8 +281,8 @@ QString RightJustify(const QString& text, std::uint32_t width, QChar fill, bool 
 
 QString StripWhiteSpace(const QString& text)
 {
-    const auto first = std::find_if_not(text.cbegin(), text.cend(), IsWhiteSpace);
-    auto last = text.cend();
+    const QChar* first = std::find_if_not(text.cbegin(), text.cend(), IsWhiteSpace);
+    const QChar* last = text.cend();
     while (last != first && IsWhiteSpace(*(last - 1)))
     {
         --last;

@@ -17,6 +17,50 @@ QStringList SplitFields(const QString& text, const QString& separator)
     return text.isEmpty() ? QStringList(QString()) : text.split(separator);
 }
 
+bool HasFlag(int flags, tagSectionFlag flag)
+{
+    return (flags & flag) != 0;
+}
+
+/// A section that grows field by field; null until it has text.
+class CSectionText
+{
+public:
+    CSectionText(const QString& separator, int flags) : m_separator(separator), m_flags(flags) {}
+
+    void Add(const QString& field, bool isFirstOfText, bool isStart)
+    {
+        if (field.isEmpty())
+        {
+            // Separators of empty fields appear only when a field with text follows.
+            ++m_pending;
+            return;
+        }
+        m_text += m_separator.repeated(SeparatorsBefore(isFirstOfText, isStart)) + field;
+        m_text += HasFlag(m_flags, kIncludeTrailingSeparator) ? m_separator : QString();
+        m_pending = 0;
+    }
+
+    const QString& Text() const { return m_text; }
+
+private:
+    qsizetype SeparatorsBefore(bool isFirstOfText, bool isStart) const
+    {
+        const bool isLed = HasFlag(m_flags, kIncludeLeadingSeparator) && !isFirstOfText;
+        if (m_text.isEmpty())
+        {
+            const qsizetype leading = isLed && (isStart || HasFlag(m_flags, kSkipEmpty)) ? 1 : 0;
+            return leading + (HasFlag(m_flags, kSkipEmpty) ? 0 : m_pending);
+        }
+        return m_pending + (HasFlag(m_flags, kIncludeTrailingSeparator) ? 0 : 1) + (isLed && isStart ? 1 : 0);
+    }
+
+    const QString& m_separator;
+    int m_flags;
+    QString m_text;
+    qsizetype m_pending = 0;
+};
+
 /// A field of a text together with the separator in front of it.
 struct tagPiece
 {
@@ -46,53 +90,42 @@ std::vector<tagPiece> SplitPieces(const QString& text, const QRegExp& separator)
     return pieces;
 }
 
+/// The separator that the piece behind an index begins with.
+QString SeparatorAfter(const std::vector<tagPiece>& pieces, int index)
+{
+    const std::size_t next = static_cast<std::size_t>(index) + 1;
+    return next < pieces.size() ? pieces[next].text.left(pieces[next].separatorLength) : QString();
+}
+
 } // namespace
 
 QString Section(const QString& text, const QString& separator, int start, int end, int flags)
 {
-    const bool skipEmpty = (flags & kSkipEmpty) != 0;
-    const bool withLeading = (flags & kIncludeLeadingSeparator) != 0;
-    const bool withTrailing = (flags & kIncludeTrailingSeparator) != 0;
+    const bool skipEmpty = HasFlag(flags, kSkipEmpty);
     const QStringList fields = SplitFields(text, separator);
-    const auto count =
-        static_cast<int>(std::count_if(fields.cbegin(), fields.cend(), [skipEmpty](const QString& field) {
-            return !skipEmpty || !field.isEmpty();
-        }));
+    const auto isCounted = [skipEmpty](const QString& field) { return !skipEmpty || !field.isEmpty(); };
+    const auto count = static_cast<int>(std::count_if(fields.cbegin(), fields.cend(), isCounted));
     start += start < 0 ? count : 0;
     end += end < 0 ? count : 0;
 
-    QString result;
+    CSectionText section(separator, flags);
     int position = 0;
-    qsizetype pending = 0;
     for (qsizetype i = 0; i < fields.size() && position <= end; ++i)
     {
-        const QString& field = fields[i];
-        if (position >= start && field.isEmpty())
+        if (position >= start)
         {
-            ++pending;
+            section.Add(fields[i], i == 0, position == start);
         }
-        else if (position >= start)
-        {
-            qsizetype separators = withLeading && i > 0 ? 1 : 0;
-            if (!result.isEmpty() || !skipEmpty)
-            {
-                separators = pending + (!result.isEmpty() && !withTrailing ? 1 : 0) +
-                             (separators != 0 && position == start ? 1 : 0);
-            }
-            result += separator.repeated(separators) + field;
-            result += withTrailing ? separator : QString();
-            pending = 0;
-        }
-        position += skipEmpty && field.isEmpty() ? 0 : 1;
+        position += isCounted(fields[i]) ? 1 : 0;
     }
-    return result;
+    return section.Text();
 }
 
 QString Section(const QString& text, const QRegExp& separator, int start, int end, int flags)
 {
     QRegExp matcher(separator);
-    matcher.setCaseSensitivity((flags & kCaseInsensitiveSeparators) != 0 ? Qt::CaseInsensitive
-                                                                         : Qt::CaseSensitive);
+    matcher.setCaseSensitivity(HasFlag(flags, kCaseInsensitiveSeparators) ? Qt::CaseInsensitive
+                                                                          : Qt::CaseSensitive);
     const std::vector<tagPiece> pieces = SplitPieces(text, matcher);
     const auto count = static_cast<int>(pieces.size());
     start += start < 0 ? count : 0;
@@ -102,28 +135,20 @@ QString Section(const QString& text, const QRegExp& separator, int start, int en
     for (int i = 0; i < count; ++i)
     {
         const tagPiece& piece = pieces[static_cast<std::size_t>(i)];
-        if ((flags & kSkipEmpty) != 0 && piece.separatorLength == piece.text.size())
+        if (HasFlag(flags, kSkipEmpty) && piece.separatorLength == piece.text.size())
         {
             ++end;
             start += i <= start ? 1 : 0;
         }
-        if (i == start)
+        if (i >= start)
         {
-            result =
-                (flags & kIncludeLeadingSeparator) != 0 ? piece.text : piece.text.mid(piece.separatorLength);
-        }
-        else if (i > start)
-        {
-            result += piece.text;
+            const bool dropsSeparator = i == start && !HasFlag(flags, kIncludeLeadingSeparator);
+            result += piece.text.mid(dropsSeparator ? piece.separatorLength : 0);
         }
         if (i == end)
         {
-            if ((flags & kIncludeTrailingSeparator) != 0 && i + 1 < count)
-            {
-                const tagPiece& next = pieces[static_cast<std::size_t>(i) + 1];
-                result += next.text.left(next.separatorLength);
-            }
-            break;
+            return result +
+                   (HasFlag(flags, kIncludeTrailingSeparator) ? SeparatorAfter(pieces, i) : QString());
         }
     }
     return result;

@@ -68,22 +68,26 @@ CZoString& CZoString::Adopt(wchar_t* text) noexcept
 
 CZoString& CZoString::operator=(const char* text) noexcept
 {
-    return Adopt(A2WBSTR(text));
+    Adopt(A2WBSTR(text));
+    return *this;
 }
 
 CZoString& CZoString::operator=(const std::string& text) noexcept
 {
-    return *this = text.c_str();
+    Adopt(A2WBSTR(text.c_str()));
+    return *this;
 }
 
 CZoString& CZoString::operator=(char character) noexcept
 {
-    return Adopt(FromCharacter(character));
+    Adopt(FromCharacter(character));
+    return *this;
 }
 
 CZoString& CZoString::operator=(const wchar_t* text) noexcept
 {
-    return Adopt(SysAllocString(text));
+    Adopt(SysAllocString(text));
+    return *this;
 }
 
 CZoString& CZoString::operator=(const CZoString& other) noexcept
@@ -107,12 +111,16 @@ CZoString& CZoString::operator=(CZoString&& other) noexcept
 CZoString& CZoString::operator=(const CComBSTR& text) noexcept
 {
     const wchar_t* source = text;
-    return source == m_str ? *this : Adopt(CopyOf(source));
+    if (source != m_str)
+    {
+        Adopt(CopyOf(source));
+    }
+    return *this;
 }
 
 void CZoString::AttachBSTR(wchar_t* text) noexcept
 {
-    ZO_ASSERT(m_str == __null);
+    ZO_ASSERT(m_str == __null); // NOLINT(modernize-use-nullptr): the wording of the assertion is fixed
     m_str = text;
 }
 
@@ -142,6 +150,7 @@ void CZoString::Clear() noexcept
     Adopt(nullptr);
 }
 
+// NOLINTBEGIN(readability-convert-member-functions-to-static): operations of the string, supported or not
 HRESULT CZoString::WriteToStream(IStream*) const noexcept
 {
     ZO_ASSERT(false);
@@ -171,6 +180,7 @@ HRESULT CZoString::ArrayToBSTR(const SAFEARRAY*) noexcept
     ZO_ASSERT(false);
     return E_NOTIMPL;
 }
+// NOLINTEND(readability-convert-member-functions-to-static)
 
 HRESULT CZoString::AppendCharacters(const wchar_t* text, std::size_t count) noexcept
 {
