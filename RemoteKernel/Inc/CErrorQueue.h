@@ -1,7 +1,5 @@
 #pragma once
 
-#include "ThreadAnnotations.h"
-
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -9,6 +7,7 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <thread>
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -49,12 +48,19 @@ public:
     void Clear() noexcept;
     std::size_t Count() const noexcept;
 
-    /// Errors that were ever handed in, lost ones included; tells whether a command has raised one.
-    std::uint64_t PushCount() const noexcept { return m_pushCount.load(std::memory_order_relaxed); }
+    /// Starts watching what the calling thread pushes, for the two questions below.
+    void BeginCommand() noexcept;
+    /// Tells whether this thread has pushed an error since BeginCommand.
+    bool CommandRaisedError() const noexcept { return m_bCommandRaisedError; }
+    /// Tells whether such an error means that the command was not carried out: a command or execution error
+    /// other than -231 "Data questionable", which comes along with a valid answer.
+    bool CommandFailed() const noexcept { return m_bCommandFailed; }
 
 private:
     const std::size_t m_depth;
-    std::atomic<std::uint64_t> m_pushCount{0};
+    std::atomic<std::thread::id> m_commandThread{};
+    bool m_bCommandRaisedError = false; // only the thread in m_commandThread
+    bool m_bCommandFailed = false;      // only the thread in m_commandThread
     mutable std::mutex m_mutex;
     std::unique_ptr<tagErrorEntry[]> m_entries; // guarded by m_mutex, a ring of m_depth entries
     std::size_t m_first = 0;                    // guarded by m_mutex

@@ -6,6 +6,8 @@
 
 #include <cstddef>
 #include <span>
+#include <string_view>
+#include <utility>
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -53,15 +55,19 @@ public:
     HRESULT Reset() override;
 
 private:
+    struct tagItem;
+
     bool IsBinary() const noexcept { return m_eType == ZO_FORMAT_REAL || m_eType == ZO_FORMAT_INTEGER; }
     std::size_t ElementSize() const noexcept { return static_cast<std::size_t>(m_iWidth) / 8; }
-    HRESULT WriteBlockHeader(std::size_t dataBytes);
-    HRESULT WriteDoublesAsText(std::span<const double> values);
-    HRESULT WriteDoublesAsBlock(std::span<const double> values);
-    HRESULT WriteNumber(const VARIANT& value, tagEnumFormatDataType type, long width);
+    HRESULT WriteRaw(std::string_view text) noexcept;
+    HRESULT WriteBlockHeader(std::size_t dataBytes) noexcept;
+    HRESULT WriteDoublesAsText(std::span<const double> values) noexcept;
+    HRESULT WriteDoublesAsBlock(std::span<const double> values) noexcept;
+    HRESULT WriteNumber(const VARIANT& value, tagEnumFormatDataType type, long width) noexcept;
+    HRESULT WriteBinaryNumber(const VARIANT& value) noexcept;
+    HRESULT WriteString(const VARIANT& value);
     HRESULT WriteElement(const VARIANT& value, tagEnumFormatDataInterpretation interpretation);
-    HRESULT WriteText(const VARIANT& value);
-    HRESULT WriteBinaryElement(const VARIANT& value);
+    HRESULT WriteItems(std::span<const tagItem> items, std::size_t length);
 
     CComPtr<CSessionOutput> m_spOutput;
     tagEnumFormatDataType m_eType = ZO_FORMAT_ASCII;

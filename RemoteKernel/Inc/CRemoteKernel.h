@@ -5,6 +5,7 @@
 #include "CErrorManagement.h"
 #include "CPendingOperations.h"
 
+#include <cstddef>
 #include <mutex>
 #include <set>
 
@@ -52,8 +53,9 @@ private:
     using CErrorObject = CComObject<CErrorManagement, IZOScpiErrorManagement>;
     using COperationsObject = CComObject<CPendingOperations, IZOScpiPendingOperations>;
 
-    /// @return the remote path of the new session; numbers are not used again for a long time
-    long AddSession(CSession& session);
+    /// @return number for a new remote path, not used again for a long time
+    long AddPath();
+    void AddSession(CSession& session);
     void RemoveSession(CSession& session) noexcept;
     void UnregisterAtRoot() noexcept;
 

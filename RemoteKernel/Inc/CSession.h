@@ -84,15 +84,17 @@ public:
 private:
     /// Memory that stays with an idle session.
     static constexpr std::size_t kKeptInput = std::size_t{16} << 10;
-    /// Smallest room for a receive.
+    /// Smallest room for a receive when nothing is announced.
     static constexpr std::size_t kMinInputSpace = std::size_t{4} << 10;
 
     bool ExecuteCommand(const tagParsedCommand& command) override;
     void ReportError(short code, std::string_view detail) override;
-    tagFrame TakeFrame(std::span<char> bytes);
+    /// @return true when the message at the start of the input is incomplete
+    bool HandleFrame(const tagFrame& frame);
     void ExecuteMessage(std::span<char> message);
-    bool CloseCommand(HRESULT result, std::uint64_t errorsBefore);
+    bool CloseCommand(HRESULT result);
     void RefreshApplications();
+    void RemovePath() noexcept;
 
     CRemoteKernel& m_kernel;
     const CComPtr<CSessionOutput> m_spOutput;
@@ -101,6 +103,7 @@ private:
     const CUniqueEvent m_cancelEvent;
     const long m_iRemotePath;
     const CComPtr<CComObject<CRemotePathServices, IZOScpiManager>> m_spServices;
+    IUnknown* const m_pContext; // m_spServices
     std::shared_ptr<const tagApplicationSet> m_spApplications;
     std::uint64_t m_generation = 0;
     std::unique_ptr<CBuiltInCommands> m_spBuiltIns;

@@ -1,0 +1,229 @@
+#include "CBuiltInCommands.h"
+
+#include "BuiltInTable.h"
+#include "CComBSTR.h"
+#include "CScpiParserTable.h"
+#include "CodePage.h"
+#include "GuardedEntry.h"
+#include "NumberText.h"
+
+#include <list>
+#include <string>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+namespace
+{
+
+constexpr std::string_view kScpiVersion = "1999.0";
+
+std::string NarrowText(const CComBSTR& text)
+{
+    const auto length = static_cast<int>(text.Length());
+    std::string narrow(static_cast<std::size_t>(length), '\0');
+    if (length != 0)
+    {
+        WideCharToMultiByte(0, 0, text, length, narrow.data(), length, nullptr, nullptr);
+    }
+    return narrow;
+}
+
+/// CScpiParserTable only reads, though it takes the table as writable.
+CScpiParserTable Listing(const tagCommandEntry& entry)
+{
+    return CScpiParserTable(const_cast<_CMD_SET_RECORD*>(entry.pTable));
+}
+
+} // namespace
+
+HRESULT CBuiltInCommands::Execute(const tagParsedCommand& command)
+{
+    using THandler = HRESULT (CBuiltInCommands::*)(const tagParsedCommand&);
+    static constexpr THandler kHandlers[] = {
+        &CBuiltInCommands::ClearStatus,           // BUILTIN_CLS
+        &CBuiltInCommands::Identify,              // BUILTIN_IDN_QUERY
+        &CBuiltInCommands::NoteOperationComplete, // BUILTIN_OPC
+        &CBuiltInCommands::QueryOperationComplete,
+        &CBuiltInCommands::QueryOptions,
+        &CBuiltInCommands::Reset,
+        &CBuiltInCommands::Test,
+        &CBuiltInCommands::WaitToContinue,
+        &CBuiltInCommands::QueryNextError, // BUILTIN_ERROR_NEXT_QUERY
+        &CBuiltInCommands::QueryAllErrors,
+        &CBuiltInCommands::QueryErrorCount,
+        &CBuiltInCommands::QueryHeaders, // BUILTIN_HELP_HEADERS_QUERY
+        &CBuiltInCommands::QuerySyntax,
+        &CBuiltInCommands::QueryVersion,
+    };
+    static_assert(std::size(kHandlers) == BUILTIN_COUNT);
+    return GuardedEntry([&] { return (this->*kHandlers[command.iCommand])(command); });
+}
+
+HRESULT CBuiltInCommands::Answer(std::string_view text)
+{
+    return m_context.output.Write(text.size(), text.data(), nullptr);
+}
+
+HRESULT CBuiltInCommands::AnswerInteger(std::size_t value)
+{
+    char text[kMaxNumberText];
+    return Answer({text, static_cast<std::size_t>(WriteInteger(text, std::uint64_t{value}) - text)});
+}
+
+bool CBuiltInCommands::WaitUntilIdle()
+{
+    return m_context.operations.WaitUntilIdle(
+        m_context.iRemotePath, m_context.cancelEvent, m_context.connection);
+}
+
+HRESULT CBuiltInCommands::ClearStatus(const tagParsedCommand&)
+{
+    m_context.errors.Clear();
+    m_context.operations.CancelOperationComplete(m_context.iRemotePath);
+    return S_OK;
+}
+
+HRESULT CBuiltInCommands::Identify(const tagParsedCommand&)
+{
+    return Answer(m_context.applications->sIdentity);
+}
+
+HRESULT CBuiltInCommands::NoteOperationComplete(const tagParsedCommand&)
+{
+    m_context.operations.RequestOperationComplete(m_context.iRemotePath);
+    return S_OK;
+}
+
+HRESULT CBuiltInCommands::QueryOperationComplete(const tagParsedCommand&)
+{
+    return WaitUntilIdle() ? Answer("1") : E_ABORT;
+}
+
+HRESULT CBuiltInCommands::WaitToContinue(const tagParsedCommand&)
+{
+    return WaitUntilIdle() ? S_OK : E_ABORT;
+}
+
+HRESULT CBuiltInCommands::QueryOptions(const tagParsedCommand&)
+{
+    std::string options;
+    for (const auto& spApplication : m_context.applications->applications)
+    {
+        CComBSTR text;
+        const HRESULT result = spApplication->CallDeviceHandler(
+            [&text](IZOScpiDeviceHandler& handler) { return handler.GetDeviceOptions(&text); });
+        if (result == S_OK && text.Length() != 0)
+        {
+            options += options.empty() ? "" : ",";
+            options += NarrowText(text);
+        }
+    }
+    return Answer(options.empty() ? "0" : options);
+}
+
+HRESULT CBuiltInCommands::Reset(const tagParsedCommand&)
+{
+    HRESULT result = m_context.format.Reset();
+    m_context.operations.CancelOperationComplete(m_context.iRemotePath);
+    for (const auto& spApplication : m_context.applications->applications)
+    {
+        const HRESULT resetResult =
+            spApplication->CallDeviceHandler([](IZOScpiDeviceHandler& handler) { return handler.Reset(); });
+        // Every application is reset, also after one that failed.
+        result = FAILED(resetResult) ? E_FAIL : result;
+    }
+    return result;
+}
+
+HRESULT CBuiltInCommands::Test(const tagParsedCommand&)
+{
+    std::size_t failures = 0;
+    for (const auto& spApplication : m_context.applications->applications)
+    {
+        VARIANT_BOOL passed = VARIANT_TRUE;
+        const HRESULT result = spApplication->CallDeviceHandler(
+            [&passed](IZOScpiDeviceHandler& handler) { return handler.Selftest(&passed); });
+        if (FAILED(result) || passed == VARIANT_FALSE)
+        {
+            ++failures;
+        }
+    }
+    return AnswerInteger(failures);
+}
+
+HRESULT CBuiltInCommands::QueryNextError(const tagParsedCommand&)
+{
+    tagErrorEntry entry;
+    m_context.errors.Pop(entry);
+    std::string response;
+    AppendErrorResponse(response, entry);
+    return Answer(response);
+}
+
+HRESULT CBuiltInCommands::QueryAllErrors(const tagParsedCommand&)
+{
+    tagErrorEntry entry;
+    std::string response;
+    while (m_context.errors.Pop(entry))
+    {
+        AppendErrorResponse(response, entry);
+        response += ',';
+    }
+    if (response.empty())
+    {
+        AppendErrorResponse(response, entry);
+        return Answer(response);
+    }
+    response.pop_back();
+    return Answer(response);
+}
+
+HRESULT CBuiltInCommands::QueryErrorCount(const tagParsedCommand&)
+{
+    return AnswerInteger(m_context.errors.Count());
+}
+
+HRESULT CBuiltInCommands::QueryHeaders(const tagParsedCommand&)
+{
+    const CCommandIndex& index = *m_context.applications->spIndex;
+    std::list<std::string> lines;
+    for (std::size_t i = 0; i < index.EntryCount(); ++i)
+    {
+        const tagCommandEntry& entry = index.Entry(static_cast<std::uint32_t>(i));
+        const bool bExecutable = entry.HasQuery() || entry.HasSetting();
+        if (bExecutable && !CScpiParserTable::GetSystemHelpHeaderIsDiagnostic(*entry.pRecord))
+        {
+            Listing(entry).CollectHeaderHelp(entry.sSyntaxPath, lines, *entry.pRecord, entry.pTable);
+        }
+    }
+    std::string text;
+    for (const std::string& line : lines)
+    {
+        text += line;
+        text += '\n';
+    }
+    const std::string length = std::to_string(text.size());
+    const HRESULT result = Answer('#' + std::to_string(length.size()) + length);
+    return FAILED(result) ? result : Answer(text);
+}
+
+HRESULT CBuiltInCommands::QuerySyntax(const tagParsedCommand& command)
+{
+    const tagZO_SCPI_PARAMETER& header = command.pArguments[0];
+    const tagCommandEntry* entry = m_context.applications->spIndex->Find({header.szText, header.iTextLength});
+    std::list<std::string> lines;
+    if (entry != nullptr)
+    {
+        Listing(*entry).CollectSyntaxHelp(entry->sSyntaxPath, lines, *entry->pRecord, entry->pTable);
+    }
+    const std::string text = lines.empty() ? std::string() : lines.front();
+    return m_context.format.StringText(text.size(), text.data());
+}
+
+HRESULT CBuiltInCommands::QueryVersion(const tagParsedCommand&)
+{
+    return Answer(kScpiVersion);
+}
+
+} // namespace ZoVelkor::RemoteKernel

@@ -1,0 +1,111 @@
+#include "CErrorQueue.h"
+
+#include "CScpiErrorMap.h"
+#include "ScpiErrorCodes.h"
+
+#include <algorithm>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+namespace
+{
+
+constexpr short kQueueOverflow = -350;
+constexpr short kLastExecutionError = -299;
+
+void AppendText(tagErrorEntry& entry, std::string_view text) noexcept
+{
+    const std::size_t count = std::min(text.size(), kMaxErrorText - entry.iLength);
+    std::transform(text.begin(),
+                   text.begin() + static_cast<std::ptrdiff_t>(count),
+                   entry.szText + entry.iLength,
+                   [](char c) { return c >= ' ' && c <= '~' ? c : '?'; });
+    entry.iLength = static_cast<std::uint16_t>(entry.iLength + count);
+}
+
+void FillEntry(tagErrorEntry& entry, short code, std::string_view detail) noexcept
+{
+    entry.iCode = code;
+    entry.iLength = 0;
+    AppendText(entry, GetScpiErrorText(code));
+    if (!detail.empty())
+    {
+        AppendText(entry, ";");
+        AppendText(entry, detail);
+    }
+}
+
+} // namespace
+
+CErrorQueue::CErrorQueue(std::size_t depth)
+    : m_depth(std::max<std::size_t>(depth, 2)),
+      m_entries(std::make_unique_for_overwrite<tagErrorEntry[]>(m_depth))
+{}
+
+void CErrorQueue::Push(short code, std::string_view detail) noexcept
+{
+    if (m_commandThread.load(std::memory_order_relaxed) == std::this_thread::get_id())
+    {
+        m_bCommandRaisedError = true;
+        m_bCommandFailed |= code < 0 && code >= kLastExecutionError && code != kScpiDataQuestionable;
+    }
+    const std::lock_guard lock(m_mutex);
+    if (m_count == m_depth)
+    {
+        tagErrorEntry& last = m_entries[(m_first + m_count - 1) % m_depth];
+        if (last.iCode != kQueueOverflow)
+        {
+            FillEntry(last, kQueueOverflow, {});
+        }
+        return;
+    }
+    FillEntry(m_entries[(m_first + m_count) % m_depth], code, detail);
+    ++m_count;
+}
+
+bool CErrorQueue::Pop(tagErrorEntry& entry) noexcept
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_count == 0)
+    {
+        FillEntry(entry, kScpiNoError, {});
+        return false;
+    }
+    entry = m_entries[m_first];
+    m_first = (m_first + 1) % m_depth;
+    --m_count;
+    return true;
+}
+
+void CErrorQueue::Clear() noexcept
+{
+    const std::lock_guard lock(m_mutex);
+    m_count = 0;
+}
+
+std::size_t CErrorQueue::Count() const noexcept
+{
+    const std::lock_guard lock(m_mutex);
+    return m_count;
+}
+
+void CErrorQueue::BeginCommand() noexcept
+{
+    m_commandThread.store(std::this_thread::get_id(), std::memory_order_relaxed);
+    m_bCommandRaisedError = false;
+    m_bCommandFailed = false;
+}
+
+void AppendErrorResponse(std::string& response, const tagErrorEntry& entry)
+{
+    response += std::to_string(entry.iCode);
+    response += ",\"";
+    for (const char c : entry.Text())
+    {
+        response.append(c == '"' ? 2 : 1, c);
+    }
+    response += '"';
+}
+
+} // namespace ZoVelkor::RemoteKernel

@@ -1,0 +1,163 @@
+#include "CPendingOperations.h"
+
+#include <cerrno>
+#include <poll.h>
+#include <utility>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+namespace
+{
+
+/// Waits until nothing is pending (true), or for one of the reasons to give up (false).
+bool PollIdle(int idleDescriptor, int cancelDescriptor, int connection) noexcept
+{
+    // A descriptor of -1 is skipped; error and hang-up are always reported.
+    pollfd descriptors[] = {
+        {cancelDescriptor, POLLIN, 0},
+        {connection,       0,      0},
+        {idleDescriptor,   POLLIN, 0}
+    };
+    while (poll(descriptors, std::size(descriptors), -1) < 0)
+    {
+        if (errno != EINTR)
+        {
+            return false;
+        }
+    }
+    return descriptors[0].revents == 0 && descriptors[1].revents == 0;
+}
+
+} // namespace
+
+HRESULT CPendingOperations::BeginOperation(long remotePath, unsigned long* operation)
+{
+    if (operation == nullptr)
+    {
+        return E_POINTER;
+    }
+    *operation = 0;
+    const std::lock_guard lock(m_mutex);
+    const auto path = m_paths.find(remotePath);
+    if (path == m_paths.end())
+    {
+        return E_INVALIDARG;
+    }
+    do
+    {
+        ++m_lastOperation;
+    } while (m_lastOperation == 0 || m_owners.contains(m_lastOperation));
+    m_owners.emplace(m_lastOperation, remotePath);
+    if (path->second.iPending++ == 0)
+    {
+        ResetEvent(path->second.idle.Get());
+    }
+    *operation = m_lastOperation;
+    return S_OK;
+}
+
+HRESULT CPendingOperations::EndOperation(unsigned long operation)
+{
+    bool bComplete = false;
+    long remotePath = 0;
+    {
+        const std::lock_guard lock(m_mutex);
+        const auto owner = m_owners.find(operation);
+        if (owner == m_owners.end())
+        {
+            return S_FALSE;
+        }
+        remotePath = owner->second;
+        m_owners.erase(owner);
+        tagPath& path = m_paths.at(remotePath);
+        if (--path.iPending == 0)
+        {
+            SetEvent(path.idle.Get());
+            bComplete = std::exchange(path.bCompleteRequested, false);
+        }
+    }
+    if (bComplete && m_pObserver != nullptr)
+    {
+        m_pObserver->OperationComplete(remotePath);
+    }
+    return S_OK;
+}
+
+HRESULT CPendingOperations::GetPendingCount(long remotePath, unsigned long* count)
+{
+    if (count == nullptr)
+    {
+        return E_POINTER;
+    }
+    const std::lock_guard lock(m_mutex);
+    const auto path = m_paths.find(remotePath);
+    *count = path == m_paths.end() ? 0 : path->second.iPending;
+    return path == m_paths.end() ? E_INVALIDARG : S_OK;
+}
+
+bool CPendingOperations::AddPath(long remotePath)
+{
+    tagPath path;
+    path.idle.Reset(CreateEvent(TRUE, TRUE));
+    if (!path.idle)
+    {
+        return false;
+    }
+    const std::lock_guard lock(m_mutex);
+    return m_paths.emplace(remotePath, std::move(path)).second;
+}
+
+void CPendingOperations::RemovePath(long remotePath) noexcept
+{
+    const std::lock_guard lock(m_mutex);
+    m_paths.erase(remotePath);
+    std::erase_if(m_owners, [remotePath](const auto& owner) { return owner.second == remotePath; });
+}
+
+void CPendingOperations::RequestOperationComplete(long remotePath)
+{
+    bool bComplete = false;
+    {
+        const std::lock_guard lock(m_mutex);
+        tagPath& path = m_paths.at(remotePath);
+        bComplete = path.iPending == 0;
+        path.bCompleteRequested = !bComplete;
+    }
+    if (bComplete && m_pObserver != nullptr)
+    {
+        m_pObserver->OperationComplete(remotePath);
+    }
+}
+
+void CPendingOperations::CancelOperationComplete(long remotePath) noexcept
+{
+    const std::lock_guard lock(m_mutex);
+    if (const auto path = m_paths.find(remotePath); path != m_paths.end())
+    {
+        path->second.bCompleteRequested = false;
+    }
+}
+
+bool CPendingOperations::IsIdle(long remotePath, int& idleDescriptor)
+{
+    const std::lock_guard lock(m_mutex);
+    const tagPath& path = m_paths.at(remotePath);
+    idleDescriptor = GetEventDescriptor(path.idle.Get());
+    return path.iPending == 0;
+}
+
+bool CPendingOperations::WaitUntilIdle(long remotePath, HANDLE cancelEvent, int connection)
+{
+    int idleDescriptor = -1;
+    while (!IsIdle(remotePath, idleDescriptor))
+    {
+        if (!PollIdle(idleDescriptor, GetEventDescriptor(cancelEvent), connection))
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace ZoVelkor::RemoteKernel

@@ -1,0 +1,219 @@
+#include "CSession.h"
+
+#include "CBuiltInCommands.h"
+#include "ScpiErrorCodes.h"
+#include "ScpiErrorNumbers.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+namespace
+{
+
+/// Room for the first bytes of a large block; a receive is never offered less of one.
+constexpr std::size_t kFirstBlockStep = std::size_t{64} << 10;
+
+CUniqueEvent MakeCancelEvent()
+{
+    CUniqueEvent event(CreateEvent(TRUE, FALSE));
+    if (!event)
+    {
+        throw std::system_error(EMFILE, std::generic_category(), "No event for a session");
+    }
+    return event;
+}
+
+std::string_view FrameErrorDetail(short error) noexcept
+{
+    return error == kInputBufferOverrun ? "Program message too long" : "Block too long";
+}
+
+} // namespace
+
+CSession::CSession(CRemoteKernel& kernel, const tagSessionLimits& limits, int connection)
+    : m_kernel(kernel),
+      m_spOutput(CSessionOutput::Create(limits.iMaxResponse)),
+      m_spFormat(CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>::Create(m_spOutput)),
+      m_spErrors(std::make_shared<CErrorQueue>(limits.iErrorQueueDepth)),
+      m_cancelEvent(MakeCancelEvent()),
+      m_iRemotePath(kernel.AddPath()),
+      m_spServices(CComObject<CRemotePathServices, IZOScpiManager>::Create(
+          m_iRemotePath, kernel.m_spErrors, m_spFormat, kernel.m_spOperations)),
+      m_pContext(static_cast<IZOScpiManager*>(m_spServices)),
+      m_spBuiltIns(std::make_unique<CBuiltInCommands>(tagBuiltInContext{*m_spOutput,
+                                                                        *m_spFormat,
+                                                                        *m_spErrors,
+                                                                        *kernel.m_spOperations,
+                                                                        m_spApplications,
+                                                                        m_iRemotePath,
+                                                                        m_cancelEvent.Get(),
+                                                                        connection})),
+      m_framer(limits.message)
+{
+    if (!kernel.m_spOperations->AddPath(m_iRemotePath))
+    {
+        throw std::system_error(EMFILE, std::generic_category(), "No event for a session");
+    }
+    try
+    {
+        kernel.m_spErrors->AddPath(m_iRemotePath, m_spErrors);
+        kernel.AddSession(*this);
+    }
+    catch (...)
+    {
+        RemovePath();
+        throw;
+    }
+}
+
+CSession::~CSession()
+{
+    Cancel();
+    m_kernel.RemoveSession(*this);
+    RemovePath();
+}
+
+void CSession::RemovePath() noexcept
+{
+    m_kernel.m_spErrors->RemovePath(m_iRemotePath);
+    m_kernel.m_spOperations->RemovePath(m_iRemotePath);
+}
+
+void CSession::Cancel() noexcept
+{
+    m_bCancelled.store(true, std::memory_order_relaxed);
+    m_spOutput->Cancel();
+    SetEvent(m_cancelEvent.Get());
+}
+
+std::string_view CSession::Process(std::span<char> bytes)
+{
+    ClearResponse();
+    const bool bInPlace = m_input.IsEmpty();
+    while (bInPlace && !bytes.empty() && !IsCancelled())
+    {
+        const tagFrame frame = m_framer.Scan(bytes);
+        if (frame.eStatus == tagFrameStatus::Message)
+        {
+            ExecuteMessage(bytes.first(frame.iLength));
+        }
+        bytes = bytes.subspan(frame.iConsumed);
+        if (HandleFrame(frame))
+        {
+            break;
+        }
+    }
+    if (!bytes.empty() && !IsCancelled())
+    {
+        m_input.Append(bytes.data(), bytes.size());
+    }
+    while (!bInPlace && ExecuteNext())
+    {}
+    return Response();
+}
+
+std::span<char> CSession::InputSpace()
+{
+    if (m_bytesAnnounced <= kMinInputSpace)
+    {
+        m_input.Reserve(kMinInputSpace);
+    }
+    else if (m_input.Space() < std::min(m_bytesAnnounced, kFirstBlockStep))
+    {
+        // An announcement is not believed at once: room grows with what has really arrived.
+        m_input.ReserveExactly(std::min(m_bytesAnnounced, std::max(kFirstBlockStep, m_input.Size())));
+    }
+    return {m_input.Data() + m_input.Size(), m_input.Space()};
+}
+
+bool CSession::ExecuteNext()
+{
+    while (!m_input.IsEmpty() && !IsCancelled())
+    {
+        const std::span<char> bytes(m_input.Data(), m_input.Size());
+        const tagFrame frame = m_framer.Scan(bytes);
+        const bool bMessage = frame.eStatus == tagFrameStatus::Message;
+        if (bMessage)
+        {
+            ExecuteMessage(bytes.first(frame.iLength));
+        }
+        m_input.Consume(frame.iConsumed);
+        if (m_input.IsEmpty())
+        {
+            m_input.Clear(kKeptInput);
+        }
+        const bool bIncomplete = HandleFrame(frame);
+        if (bMessage || bIncomplete)
+        {
+            return bMessage;
+        }
+    }
+    return false;
+}
+
+bool CSession::HandleFrame(const tagFrame& frame)
+{
+    if (frame.eStatus == tagFrameStatus::Error)
+    {
+        ReportError(frame.iError, FrameErrorDetail(frame.iError));
+    }
+    const bool bIncomplete = frame.eStatus == tagFrameStatus::Incomplete;
+    m_bytesAnnounced = bIncomplete ? frame.iBytesNeeded : 0;
+    return bIncomplete;
+}
+
+void CSession::RefreshApplications()
+{
+    if (m_kernel.m_spRegistry->Generation() != m_generation)
+    {
+        m_spApplications = m_kernel.m_spRegistry->Current(m_generation);
+    }
+}
+
+void CSession::ExecuteMessage(std::span<char> message)
+{
+    RefreshApplications();
+    m_parser.Parse(*m_spApplications->spIndex, message, *this);
+    m_spOutput->EndMessage();
+}
+
+bool CSession::ExecuteCommand(const tagParsedCommand& command)
+{
+    m_spOutput->BeginCommand();
+    m_spErrors->BeginCommand();
+    HRESULT result = S_OK;
+    if (command.pApplication->IsBuiltIn())
+    {
+        result = m_spBuiltIns->Execute(command);
+    }
+    else if (!command.pApplication->Execute(command, m_pContext, m_iRemotePath, m_spOutput, result))
+    {
+        ReportError(kUndefinedHeader, "Application has left");
+        return false;
+    }
+    return result == S_OK && !m_spErrors->CommandRaisedError() ? !IsCancelled() : CloseCommand(result);
+}
+
+bool CSession::CloseCommand(HRESULT result)
+{
+    if (FAILED(result) && result != E_ABORT && !m_spErrors->CommandRaisedError())
+    {
+        m_spErrors->Push(kScpiExecutionError, {});
+    }
+    if (result != S_OK || m_spErrors->CommandFailed())
+    {
+        m_spOutput->DropCommand();
+    }
+    return result != E_ABORT && !IsCancelled();
+}
+
+void CSession::ReportError(short code, std::string_view detail)
+{
+    m_spErrors->Push(code, detail);
+}
+
+} // namespace ZoVelkor::RemoteKernel

@@ -1,0 +1,260 @@
+#include "CTcpServer.h"
+
+#include "CTcpConnection.h"
+#include "GuardedEntry.h"
+#include "ThreadBasics.h"
+
+#include <asio/io_context.hpp>
+#include <asio/ip/tcp.hpp>
+#include <asio/post.hpp>
+#include <asio/steady_timer.hpp>
+
+#include <algorithm>
+#include <chrono>
+#include <list>
+#include <mutex>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+namespace
+{
+
+using asio::ip::tcp;
+
+/// Rest after a failed accept, which mostly means that the system is short of descriptors.
+constexpr std::chrono::milliseconds kAcceptRetry{100};
+
+tcp::endpoint MakeEndpoint(const tagTcpServerSettings& settings)
+{
+    std::string text = settings.sAddress;
+    if (text.size() > 2 && text.front() == '[' && text.back() == ']')
+    {
+        text = text.substr(1, text.size() - 2);
+    }
+    asio::error_code error;
+    const asio::ip::address address = asio::ip::make_address(text, error);
+    if (error)
+    {
+        throw std::system_error(error, "\"" + settings.sAddress + "\" is no IP address");
+    }
+    return {address, settings.iPort};
+}
+
+tcp::acceptor Listen(asio::io_context& context, const tagTcpServerSettings& settings)
+{
+    const tcp::endpoint endpoint = MakeEndpoint(settings);
+    try
+    {
+        return {context, endpoint};
+    }
+    catch (const std::system_error& error)
+    {
+        throw std::system_error(error.code(),
+                                "Cannot listen on " + settings.sAddress + " port " +
+                                    std::to_string(settings.iPort));
+    }
+}
+
+} // namespace
+
+class CTcpServer::CImplementation
+{
+public:
+    CImplementation(CRemoteKernel& kernel, tagTcpServerSettings settings)
+        : m_kernel(kernel),
+          m_settings(std::move(settings))
+    {}
+
+    void Start();
+    void Stop();
+    tcp::endpoint LocalEndpoint() const;
+    std::size_t SessionCount() const;
+
+private:
+    void AcceptNext();
+    void OnAccept(const asio::error_code& error, tcp::socket socket);
+    void Serve(tcp::socket socket);
+    void Refuse(tcp::socket socket) const;
+    void RemoveEnded();
+
+    CRemoteKernel& m_kernel;
+    const tagTcpServerSettings m_settings;
+
+    mutable std::mutex m_runMutex;                 // start and stop one at a time; taken before m_mutex
+    std::unique_ptr<asio::io_context> m_spContext; // guarded by m_runMutex; set while running
+    tcp::endpoint m_endpoint;                      // guarded by m_runMutex
+    std::thread m_acceptThread;                    // guarded by m_runMutex
+
+    std::optional<tcp::acceptor> m_acceptor;   // the accepting thread's, while it runs
+    std::optional<asio::steady_timer> m_retry; // the same
+
+    mutable std::mutex m_mutex;
+    std::list<CTcpConnection> m_connections; // guarded by m_mutex
+};
+
+void CTcpServer::CImplementation::Start()
+{
+    const std::lock_guard lock(m_runMutex);
+    if (m_spContext != nullptr)
+    {
+        return;
+    }
+    auto spContext = std::make_unique<asio::io_context>(1);
+    m_acceptor.emplace(Listen(*spContext, m_settings));
+    m_retry.emplace(*spContext);
+    m_endpoint = m_acceptor->local_endpoint();
+    AcceptNext();
+    m_spContext = std::move(spContext);
+    m_acceptThread = std::thread([this, &context = *m_spContext] {
+        SetThreadName("scpi-tcp-accept");
+        context.run();
+    });
+}
+
+void CTcpServer::CImplementation::Stop()
+{
+    const std::lock_guard lock(m_runMutex);
+    if (m_spContext == nullptr)
+    {
+        return;
+    }
+    m_spContext->stop();
+    m_acceptThread.join();
+    m_acceptor.reset();
+    m_retry.reset();
+
+    std::list<CTcpConnection> connections;
+    {
+        const std::lock_guard connectionsLock(m_mutex);
+        connections.swap(m_connections);
+    }
+    // All are woken first, so that they end side by side.
+    std::for_each(connections.begin(), connections.end(), [](auto& connection) { connection.Abort(); });
+    connections.clear();
+    m_spContext.reset();
+}
+
+void CTcpServer::CImplementation::AcceptNext()
+{
+    m_acceptor->async_accept(
+        [this](const asio::error_code& error, tcp::socket socket) { OnAccept(error, std::move(socket)); });
+}
+
+void CTcpServer::CImplementation::OnAccept(const asio::error_code& error, tcp::socket socket)
+{
+    if (error == asio::error::operation_aborted)
+    {
+        return;
+    }
+    if (error)
+    {
+        m_retry->expires_after(kAcceptRetry);
+        m_retry->async_wait([this](const asio::error_code& retryError) {
+            if (!retryError)
+            {
+                AcceptNext();
+            }
+        });
+        return;
+    }
+    try
+    {
+        SessionCount() < m_settings.iMaxSessions ? Serve(std::move(socket)) : Refuse(std::move(socket));
+    }
+    catch (...)
+    {
+        // No resources for this client; it is disconnected.
+        static_cast<void>(ResultOfCurrentException());
+    }
+    AcceptNext();
+}
+
+void CTcpServer::CImplementation::Serve(tcp::socket socket)
+{
+    std::list<CTcpConnection> added;
+    CTcpConnection& connection = added.emplace_back(std::move(socket), m_kernel, m_settings.limits);
+    connection.Start([this, &context = *m_spContext] { asio::post(context, [this] { RemoveEnded(); }); });
+    const std::lock_guard lock(m_mutex);
+    m_connections.splice(m_connections.end(), added);
+}
+
+void CTcpServer::CImplementation::Refuse(tcp::socket socket) const
+{
+    const std::string line = "-300,\"Device specific error;Too many connections, limit " +
+                             std::to_string(m_settings.iMaxSessions) + "\"\n";
+    asio::error_code ignored;
+    socket.write_some(asio::buffer(line), ignored);
+    socket.shutdown(tcp::socket::shutdown_send, ignored);
+}
+
+void CTcpServer::CImplementation::RemoveEnded()
+{
+    std::list<CTcpConnection> ended;
+    const std::lock_guard lock(m_mutex);
+    for (auto connection = m_connections.begin(); connection != m_connections.end();)
+    {
+        const auto current = connection++;
+        if (!current->IsOpen())
+        {
+            ended.splice(ended.end(), m_connections, current);
+        }
+    }
+}
+
+tcp::endpoint CTcpServer::CImplementation::LocalEndpoint() const
+{
+    const std::lock_guard lock(m_runMutex);
+    return m_endpoint;
+}
+
+std::size_t CTcpServer::CImplementation::SessionCount() const
+{
+    const std::lock_guard lock(m_mutex);
+    return static_cast<std::size_t>(
+        std::count_if(m_connections.begin(), m_connections.end(), [](const auto& connection) {
+            return connection.IsOpen();
+        }));
+}
+
+CTcpServer::CTcpServer(CRemoteKernel& kernel, tagTcpServerSettings settings)
+    : m_spImplementation(std::make_unique<CImplementation>(kernel, std::move(settings)))
+{}
+
+CTcpServer::~CTcpServer()
+{
+    Stop();
+}
+
+void CTcpServer::Start()
+{
+    m_spImplementation->Start();
+}
+
+void CTcpServer::Stop()
+{
+    m_spImplementation->Stop();
+}
+
+std::uint16_t CTcpServer::Port() const noexcept
+{
+    return m_spImplementation->LocalEndpoint().port();
+}
+
+std::string CTcpServer::Endpoint() const
+{
+    const tcp::endpoint endpoint = m_spImplementation->LocalEndpoint();
+    const std::string address = endpoint.address().to_string();
+    return (endpoint.address().is_v6() ? '[' + address + ']' : address) + ':' +
+           std::to_string(endpoint.port());
+}
+
+std::size_t CTcpServer::SessionCount() const
+{
+    return m_spImplementation->SessionCount();
+}
+
+} // namespace ZoVelkor::RemoteKernel
