@@ -5,6 +5,7 @@
 #include "ExecutionFakes.h"
 
 #include <stdexcept>
+#include <tuple>
 
 namespace ZoVelkor
 {
@@ -22,72 +23,55 @@ TYPED_TEST_SUITE(ScpiExecution, BothStyles);
 
 TYPED_TEST(ScpiExecution, ResultIsMappedAndTheErrorDelivered)
 {
-    struct tagRow
-    {
-        char const* name;
-        long result;
-        short error;
-        HRESULT returned;
-        char const* delivered; ///< null: nothing
+    const std::tuple<long, short, HRESULT, char const*> kRows[] = {
+        {0,           0,    S_OK,    ""       },
+        {0,           -222, S_OK,    "2:-222;"},
+        {1,           -222, S_OK,    "2:-222;"},
+        {1,           0,    S_OK,    ""       },
+        {E_ABORT,     0,    E_ABORT, ""       },
+        {0x80000007L, 0,    E_ABORT, ""       },
+        {E_ABORT,     -108, E_ABORT, "2:-108;"},
+        {E_FAIL,      0,    S_OK,    "2:-200;"},
+        {E_FAIL,      -109, S_OK,    "2:-109;"},
+        {2,           0,    S_OK,    "2:-200;"}
     };
-    const tagRow kRows[] = {
-        {"Done",            0,           0,    S_OK,    nullptr   },
-        {"DoneWithError",   0,           -222, S_OK,    "2: -222 "},
-        {"Error",           1,           -222, S_OK,    "2: -222 "},
-        {"ErrorWithout",    1,           0,    S_OK,    nullptr   },
-        {"Aborted",         E_ABORT,     0,    E_ABORT, nullptr   },
-        {"AbortedUnsigned", 0x80000007L, 0,    E_ABORT, nullptr   },
-        {"AbortedError",    E_ABORT,     -108, E_ABORT, "2: -108 "},
-        {"Failed",          E_FAIL,      0,    S_OK,    "2: -200 "},
-        {"FailedError",     E_FAIL,      -109, S_OK,    "2: -109 "},
-        {"OtherSuccess",    2,           0,    S_OK,    "2: -200 "}
-    };
-    for (tagRow const& row : kRows)
+    for (auto const& [result, error, returned, delivered] : kRows)
     {
-        SCOPED_TRACE(row.name);
+        SCOPED_TRACE(testing::Message() << "result " << result << ", error " << error);
         tagCommand command;
         TypeParam data(command.data);
-        data.SetScpiError(row.error);
-        EXPECT_EQ(CScpiSinkFramework::FinishCommandExecution(row.result, data), row.returned);
-        const std::vector<std::string> expected(row.delivered != nullptr ? 1 : 0,
-                                                row.delivered != nullptr ? row.delivered : "");
-        EXPECT_EQ(command.errors.m_queue, expected);
+        data.SetScpiError(error);
+        EXPECT_EQ(CScpiSinkFramework::FinishCommandExecution(result, data), returned);
+        EXPECT_EQ(command.errors.queue, delivered);
         EXPECT_EQ(data.FinishCommandExecution(), 0);
-        EXPECT_EQ(command.errors.m_queue, expected) << "delivered twice";
+        EXPECT_EQ(command.errors.queue, delivered) << "delivered twice";
     }
 }
 
 TYPED_TEST(ScpiExecution, UndeliverableErrorIsReportedAndDoesNotShowInTheResult)
 {
-    struct tagRow
+    static constexpr char kInterface[] = "Fatal missing interface";
+    for (int fault = 0; fault < 4; ++fault)
     {
-        char const* condition; ///< of the first report; the closing one follows
-        char const* message;
-        void (*spoil)(tagCommand&);
-    };
-    const tagRow kRows[] = {
-        {"m_pScpiManager != NULL",
-         "Fatal missing interface", [](tagCommand& command) { command.data.m_pContext = nullptr; }        },
-        {"m_pScpiManager != NULL",
-         "Fatal missing interface", [](tagCommand& command) { command.data.m_pContext = &command.output; }},
-        {"m_iRemotePath >= 0",
-         "Invalid remote path",     [](tagCommand& command) { command.data.m_iRemotePath = -1; }          },
-        {"pScpiErrorManagement != NULL",
-         "Fatal missing interface", [](tagCommand& command) { command.manager.m_bErrors = false; }        },
-    };
-    for (tagRow const& row : kRows)
-    {
-        SCOPED_TRACE(row.condition);
+        constexpr std::pair<char const*, char const*> kExpected[] = {
+            {"m_pScpiManager != NULL",       kInterface           },
+            {"m_pScpiManager != NULL",       kInterface           },
+            {"m_iRemotePath >= 0",           "Invalid remote path"},
+            {"pScpiErrorManagement != NULL", kInterface           }
+        };
         tagCommand command;
-        row.spoil(command);
+        IUnknown* const contexts[] = {nullptr, &command.output, &command, &command};
+        command.data.m_pContext = contexts[fault];
+        command.data.m_iRemotePath = fault == 2 ? -1 : 0;
+        command.errors.m_bPresent = fault != 3;
         CErrorRecorder recorder;
         TypeParam data(command.data);
         data.SetScpiError(-222);
         EXPECT_EQ(CScpiSinkFramework::FinishCommandExecution(1, data), S_OK);
         const auto entries = recorder.Take();
         ASSERT_EQ(entries.size(), 2U);
-        EXPECT_STREQ(entries[0].report.condition, row.condition);
-        EXPECT_EQ(entries[0].report.message, row.message);
+        EXPECT_STREQ(entries[0].report.condition, kExpected[fault].first);
+        EXPECT_EQ(entries[0].report.message, kExpected[fault].second);
         EXPECT_TRUE(entries[0].thrown);
         EXPECT_STREQ(entries[1].report.condition, "hr == S_OK");
         EXPECT_EQ(entries[1].report.message, "Fatal scpi execution error");
@@ -99,7 +83,7 @@ TYPED_TEST(ScpiExecution, UndeliverableErrorIsReportedAndDoesNotShowInTheResult)
 TYPED_TEST(ScpiExecution, RefusedHandOverSetsTheExecutionError)
 {
     tagCommand command;
-    command.errors.m_result = E_FAIL;
+    command.errors.result = E_FAIL;
     CErrorRecorder recorder;
     TypeParam data(command.data);
     data.SetScpiError(-222);
@@ -124,7 +108,7 @@ TYPED_TEST(ScpiExecution, ExceptionOfAHandlerBecomesAnExecutionError)
         };
         EXPECT_EQ(CScpiSinkFramework::RunCommand(data, handler), S_OK);
     }
-    EXPECT_EQ(command.errors.m_queue, (std::vector<std::string>{"2: -200 ", "2: -200 "}));
+    EXPECT_EQ(command.errors.queue, "2:-200;2:-200;");
 }
 
 TYPED_TEST(ScpiExecution, QueryOnlyAndNoQueryDependOnTheForm)
@@ -148,15 +132,11 @@ TYPED_TEST(ScpiExecution, ErrorOperationsSetTheirCodes)
 {
     tagCommand command;
     TypeParam data(command.data);
-    EXPECT_EQ(data.SetScpiError_ParameterNotAllowed(), 1);
-    EXPECT_EQ(data.GetScpiError(), -108);
-    EXPECT_EQ(data.ScpiErrorMissingParameter(), 1);
-    EXPECT_EQ(data.GetScpiError(), -109);
-    EXPECT_EQ(data.ScpiErrorUnexpectedParameter(), 1);
-    EXPECT_EQ(data.GetScpiError(), -115);
-    EXPECT_EQ(data.SetScpiExecutionError("disk \xE9"), 1);
-    EXPECT_EQ(data.SetScpiError(0), 0);
-    EXPECT_EQ(data.GetScpiErrorText(), "");
+    EXPECT_TRUE(data.SetScpiError_ParameterNotAllowed() == 1 && data.GetScpiError() == -108);
+    EXPECT_TRUE(data.ScpiErrorMissingParameter() == 1 && data.GetScpiError() == -109);
+    EXPECT_TRUE(data.ScpiErrorUnexpectedParameter() == 1 && data.GetScpiError() == -115);
+    EXPECT_TRUE(data.SetScpiExecutionError("disk") == 1 && data.GetScpiError() == -200);
+    EXPECT_TRUE(data.SetScpiError(0) == 0 && data.GetScpiErrorText().empty());
 }
 
 TEST(ScpiExecutionPool, EarlierErrorStaysUnlessReplaced)
@@ -176,7 +156,7 @@ TEST(ScpiExecutionRecord, DetailTextIsDelivered)
     CRecord record(command.data);
     EXPECT_EQ(record.SetScpiErrorEx(-222, "limit is 5"), 1);
     CScpiSinkFramework::FinishCommandExecution(1, record);
-    EXPECT_EQ(command.errors.m_queue, std::vector<std::string>{"2: -222 limit is 5"});
+    EXPECT_EQ(command.errors.queue, "2:-222limit is 5;");
 }
 
 TEST(ScpiSinkFramework, StringFormDoublesQuotes)
@@ -188,75 +168,56 @@ TEST(ScpiSinkFramework, StringFormDoublesQuotes)
 
 TYPED_TEST(ScpiExecution, NumericSettingTakesNumbersAndSpecialWords)
 {
-    struct tagRow
-    {
-        char const* name;
-        std::vector<tagZO_SCPI_PARAMETER> arguments;
-        short error;
-        double value;
+    const std::tuple<tagZO_SCPI_PARAMETER, short, double> kRows[] = {
+        {Number("7.5"),    0,    7.5},
+        {Special(1),       0,    0  },
+        {Special(2),       0,    11 },
+        {Special(3),       0,    5  },
+        {Special(4),       0,    9  },
+        {Special(5),       0,    1  },
+        {Number("11.001"), -222, 5  },
+        {Number("-1E-9"),  -222, 5  },
+        {Number("nan"),    -222, 5  },
+        {Special(6),       -224, 5  }
     };
-    const tagRow kRows[] = {
-        {"Number",     {Number("7.5")},            0,    7.5},
-        {"Minimum",    {Special(1)},               0,    0  },
-        {"Maximum",    {Special(2)},               0,    10 },
-        {"Default",    {Special(3)},               0,    5  },
-        {"Up",         {Special(4)},               0,    10 },
-        {"Down",       {Special(5)},               0,    0  },
-        {"AboveLimit", {Number("10.001")},         -222, 5  },
-        {"BelowLimit", {Number("-1E-9")},          -222, 5  },
-        {"NotANumber", {Number("nan")},            -222, 5  },
-        {"Word",       {Special(6)},               -224, 5  },
-        {"Text",       {Parameter(4, "7")},        -158, 5  },
-        {"None",       {},                         -109, 5  },
-        {"Two",        {Number("1"), Number("2")}, -115, 5  }
-    };
-    for (tagRow const& row : kRows)
+    CNumericSetting setting({0, 11, 5, 4});
+    for (auto const& [argument, error, value] : kRows)
     {
-        SCOPED_TRACE(row.name);
-        tagCommand command(row.arguments);
+        SCOPED_TRACE(testing::Message() << argument.szText << argument.iSpecialCode);
+        tagCommand command({argument});
         TypeParam data(command.data);
-        CNumericSetting setting({0, 10, 5, 5});
-        EXPECT_EQ(setting.Handle(data), row.error != 0);
-        EXPECT_EQ(data.GetScpiError(), row.error);
-        EXPECT_EQ(setting.Value(), row.value);
+        setting.Reset();
+        EXPECT_EQ(setting.Handle(data), error != 0);
+        EXPECT_EQ(data.GetScpiError(), error);
+        EXPECT_EQ(setting.Value(), value);
     }
     tagCommand command({Special(4)});
-    TypeParam data(command.data);
-    CNumericSetting setting({0, 6, 5, 5});
-    setting.Apply(data);
-    EXPECT_EQ(data.GetScpiError(), -222) << "a step beyond the limit";
-    CNumericSetting withoutStep({0, 6, 5});
-    withoutStep.Apply(data);
-    EXPECT_EQ(data.GetScpiError(), -224) << "no step";
+    for (auto const& [limits, error] :
+         {std::pair(tagNumericLimits{0, 6, 5, 5}, -222), std::pair(tagNumericLimits{0, 6, 5}, -224)})
+    {
+        TypeParam data(command.data);
+        EXPECT_EQ(CNumericSetting(limits).Apply(data), 1);
+        EXPECT_EQ(data.GetScpiError(), error) << "a step beyond the limit, and no step";
+    }
 }
 
 TYPED_TEST(ScpiExecution, NumericSettingAnswersItsValueOrALimit)
 {
-    const std::pair<std::vector<tagZO_SCPI_PARAMETER>, double> kAnswers[] = {
-        {{},           5 },
-        {{Special(1)}, 1 },
-        {{Special(2)}, 10},
-        {{Special(3)}, 5 }
+    const std::pair<std::vector<tagZO_SCPI_PARAMETER>, char const*> kAnswers[] = {
+        {{},            "5"   },
+        {{Special(1)},  "1"   },
+        {{Special(2)},  "10"  },
+        {{Special(4)},  "-224"},
+        {{Number("1")}, "-128"}
     };
     for (auto const& [arguments, expected] : kAnswers)
     {
         tagCommand command(arguments);
         command.data.m_bQuery = true;
         TypeParam data(command.data);
-        EXPECT_EQ(CNumericSetting({1, 10, 5}).Handle(data), 0);
-        EXPECT_NE(command.output.m_text.find(std::to_string(expected)), std::string::npos);
-    }
-    const std::pair<tagZO_SCPI_PARAMETER, short> kRefused[] = {
-        {Special(4),  -224},
-        {Number("1"), -128}
-    };
-    for (auto const& [argument, error] : kRefused)
-    {
-        tagCommand command({argument});
-        TypeParam data(command.data);
-        EXPECT_EQ(CNumericSetting({1, 10, 5}).Answer(data), 1);
-        EXPECT_EQ(data.GetScpiError(), error);
-        EXPECT_EQ(command.output.m_text, "");
+        CNumericSetting({1, 10, 5}).Handle(data);
+        const std::string answer = command.transcript.text + std::to_string(data.GetScpiError());
+        EXPECT_NE(answer.find(expected), std::string::npos) << answer;
     }
 }
 
