@@ -224,6 +224,7 @@ TEST(HandlerArgument, NumbersConvertAsTheCLibraryDoes)
         CPool pool(command.data);
         double value = 99;
         long unit = 77;
+        errno = ERANGE; // left over from elsewhere
         EXPECT_EQ(pool.GetDoubleArgumentWithUnit(value, unit, 0), isInRange ? 0 : 1);
         EXPECT_EQ(std::memcmp(&value, &expected, sizeof(value)), 0) << value << " for " << expected;
         EXPECT_EQ(unit, isInRange ? 3 : 77);

@@ -240,6 +240,7 @@ TEST(HandlerResponse, ServicesAreAskedOnceAndNotBeforeTheyAreNeeded)
     EXPECT_EQ(command.m_queries, 0);
     pool.NumericResponse(1);
     pool.NumericResponse(2);
+    EXPECT_NE(pool.GetErrorManagement().Get(), nullptr);
     EXPECT_EQ(command.m_queries, 1);
 }
 
