@@ -1,0 +1,92 @@
+#include "CBenchmarkApplication.h"
+
+#include "CRemoteKernel.h"
+#include "CScpiFunctionExecutionDataPoolParser.h"
+#include "CScpiSinkFramework.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <stdexcept>
+
+namespace ZoVelkor::Benchmarks
+{
+namespace
+{
+
+constexpr std::size_t kListLength = 1000;
+
+} // namespace
+
+CBenchmarkApplication::CBenchmarkApplication() : m_block(kLargeBlockSize, 'x'), m_values(kListLength)
+{
+    for (std::size_t i = 0; i < kListLength; ++i)
+    {
+        m_values[i] = -80.0 + 30.0 * std::sin(static_cast<double>(i) * 0.37);
+    }
+}
+
+HRESULT CBenchmarkApplication::Execute(IUnknown* context,
+                                       long remotePath,
+                                       unsigned long command,
+                                       short isQuery,
+                                       long* numericSuffixes,
+                                       unsigned long argumentCount,
+                                       tagZO_SCPI_PARAMETER* arguments,
+                                       wchar_t* header,
+                                       IZOScpiOutputBuffer* output)
+{
+    CScpiFunctionExecutionDataPoolParser pool(
+        MakeScpiParserData(
+            context, remotePath, command, isQuery, numericSuffixes, argumentCount, arguments, header, output),
+        this);
+    return CScpiSinkFramework::RunCommand(pool, [&](CScpiFunctionExecutionDataPool& data) -> HRESULT {
+        switch (static_cast<tagTarget>(command))
+        {
+        case tagTarget::Setting:
+            return data.GetDoubleArgument(m_frequency, 0);
+        case tagTarget::Query:
+            return data.NumericResponse(m_frequency);
+        case tagTarget::Identity:
+            return data.ArbitraryResponse("Zo,Benchmark,1,1.0");
+        case tagTarget::Block: {
+            unsigned char* bytes = nullptr;
+            const HRESULT hr = data.GetBlockDataArgument(&bytes, m_blockLength, 0);
+            benchmark::DoNotOptimize(bytes);
+            return hr;
+        }
+        case tagTarget::List:
+            return data.GetFormatSubsystem()->OutputDoubles(m_values.data(), m_values.size());
+        case tagTarget::Filler:
+            break;
+        }
+        return E_UNEXPECTED;
+    });
+}
+
+HRESULT CBenchmarkApplication::AnswerList(CScpiFunctionExecutionDataPool& data)
+{
+    if (data.GetRawNumericSuffixValue(0) == 2)
+    {
+        return data.BlockResponse(m_block.data(), static_cast<long>(m_block.size()));
+    }
+    return data.GetFormatSubsystem()->OutputDoubles(m_values.data(), m_values.size());
+}
+
+void RegisterBenchmarkApplication(RemoteKernel::CRemoteKernel& kernel,
+                                  const CCommandTree& tree,
+                                  IZOScpiExecutionSink* pSink)
+{
+    tagZO_SCPI_PARSER_OBJECT object{};
+    object.bsName = L"benchmark";
+    object.tree = {static_cast<std::uint32_t>(tree.Records().size() * sizeof(_CMD_SET_RECORD)),
+                   tree.Records().data()};
+    object.pExecutionSink = pSink;
+    object.guidObjectId = GUID{1, 0, 0, {}};
+    if (kernel.ObjectRegistration().RegisterObject(&object) != S_OK)
+    {
+        throw std::runtime_error("the generated table was refused");
+    }
+}
+
+} // namespace ZoVelkor::Benchmarks

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "ScpiCommandTable.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ZoVelkor::Benchmarks
+{
+
+/// What the handler of a generated command does.
+enum class tagTarget : std::int32_t
+{
+    Setting = 0, ///< takes one number in HZ
+    Query,       ///< answers one number
+    Block,       ///< takes one block
+    List,        ///< answers 1000 numbers
+    Identity,    ///< *IDN?
+    Filler       ///< is never called
+};
+
+/// Command table made from a listing of patterns as gen_tree.py prints them: `KIND<TAB>PATTERN`.
+///
+/// The set form and the query form of one header become one record, as in a table written by hand.
+class CCommandTree
+{
+public:
+    /// @throws std::runtime_error when the file cannot be read or a line is malformed
+    explicit CCommandTree(const std::string& path);
+
+    const std::vector<_CMD_SET_RECORD>& Records() const { return m_records; }
+
+private:
+    struct tagNode
+    {
+        std::string keyword; ///< with brackets when optional
+        bool bSuffix = false;
+        bool bQuery = false;
+        bool bSetting = false;
+        tagTarget query = tagTarget::Filler;
+        tagTarget setting = tagTarget::Filler;
+        std::vector<tagNode> children;
+    };
+
+    void AddLine(std::string_view line);
+    void AddPattern(tagTarget target, std::string_view pattern);
+    static tagNode& Descend(tagNode& parent, std::string_view token, bool optional);
+    std::uint32_t AppendGroup(const std::vector<tagNode>& nodes, std::uint32_t flags);
+    void AppendParameters();
+    std::uint32_t ParameterOf(const tagNode& node) const;
+
+    std::vector<_CMD_SET_RECORD> m_records;
+    tagNode m_root;
+    tagNode m_common;
+};
+
+} // namespace ZoVelkor::Benchmarks
