@@ -17,7 +17,8 @@ enum class tagFrameStatus
 {
     Incomplete, ///< more bytes are needed
     Message,    ///< a program message is complete
-    Error       ///< a limit was passed; the rest of the message will be dropped as it arrives
+    Error,      ///< a limit was passed; the rest of the message will be dropped as it arrives
+    Dropped     ///< the last byte of a refused message is among the consumed ones: scan again
 };
 
 /// What the framer says about the bytes at the start of an input buffer.

@@ -184,6 +184,7 @@ void CMessageFramer::Drop(std::span<const char> buffer, tagFrame& frame) noexcep
         return;
     }
     frame.iConsumed += static_cast<std::size_t>(lineFeed - rest.data()) + 1;
+    frame.eStatus = tagFrameStatus::Dropped;
     Reset();
 }
 

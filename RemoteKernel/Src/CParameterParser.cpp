@@ -2,7 +2,7 @@
 
 #include "CProgramMessageParser.h"
 #include "CharacterClasses.h"
-#include "NumericText.h"
+#include "ProgramNumber.h"
 #include "ScpiErrorNumbers.h"
 #include "SpecialWords.h"
 

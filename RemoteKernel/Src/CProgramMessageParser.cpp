@@ -37,9 +37,13 @@ short HeaderCharacterError(char c, bool behindMnemonic) noexcept
     return kInvalidCharacter;
 }
 
-/// Copies text for people to read; what cannot be printed becomes '?'.
+/// Copies text for people to read; white space at its end is left out, what cannot be printed becomes '?'.
 std::string_view Quote(const char* begin, const char* end, char (&buffer)[kQuotedLength]) noexcept
 {
+    while (end != begin && IsWhiteSpace(end[-1]))
+    {
+        --end;
+    }
     const auto length = std::min(kQuotedLength, static_cast<std::size_t>(end - begin));
     std::transform(begin, begin + length, buffer, [](char c) { return c >= ' ' && c < '\x7F' ? c : '?'; });
     return {buffer, length};

@@ -1,4 +1,4 @@
-#include "NumericText.h"
+#include "ProgramNumber.h"
 
 #include "CharacterClasses.h"
 #include "ScpiErrorNumbers.h"

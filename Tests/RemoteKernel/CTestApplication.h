@@ -1,0 +1,108 @@
+#pragma once
+
+#include "CBScpiDeviceHandler.h"
+#include "CBScpiExecutionSink.h"
+#include "CComObject.h"
+#include "CRemoteKernel.h"
+#include "CTableBuilder.h"
+#include "Event.h"
+#include "IZOScpiManager.h"
+
+#include <atomic>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace ZoVelkor::RemoteKernel::Testing
+{
+
+/// A small application for conversations: stores what it gets, and fails on request.
+class CTestSink : public CBScpiExecutionSink
+{
+public:
+    /// What `FAIL n` and `FAIL? n` do.
+    enum tagFailure : int
+    {
+        ErrorAndResultOne,
+        ErrorAndResultZero,
+        FailureWithoutError,
+        FailureWithError,
+        ShellException,
+        OtherException,
+        Cancelled,
+        QuestionableData
+    };
+
+    HRESULT Execute(IUnknown* context,
+                    long remotePath,
+                    unsigned long command,
+                    short isQuery,
+                    long* numericSuffixes,
+                    unsigned long argumentCount,
+                    tagZO_SCPI_PARAMETER* arguments,
+                    wchar_t* header,
+                    IZOScpiOutputBuffer* output) override;
+
+    /// The command table; pattern and parameters say what each command takes.
+    static std::vector<_CMD_SET_RECORD> Table();
+
+    /// Ends all operations that OVERlap has begun.
+    void EndOperations();
+
+    CUniqueEvent m_holdEntered{CreateEvent(FALSE, FALSE)}; ///< set when HOLD runs
+    CUniqueEvent m_holdRelease{CreateEvent(TRUE, FALSE)};  ///< lets HOLD return
+    std::atomic<int> m_running{0};                         ///< handlers at work, never above 1
+    std::atomic<bool> m_bOverlapped{false};                ///< two ran at once
+
+private:
+    struct tagCall;
+
+    HRESULT Run(const tagCall& call, unsigned long command);
+    HRESULT Store(const tagCall& call);
+    HRESULT StoreBlock(const tagCall& call);
+    HRESULT AnswerBlock(const tagCall& call) const;
+    HRESULT AnswerList(const tagCall& call) const;
+    HRESULT SetFormat(const tagCall& call) const;
+    HRESULT Fail(const tagCall& call) const;
+    HRESULT BeginOperation(const tagCall& call);
+
+    std::string m_last;
+    std::vector<unsigned char> m_block;
+    std::mutex m_mutex;
+    std::vector<unsigned long> m_operations; // guarded by m_mutex
+    CComPtr<IZOScpiPendingOperations> m_spOperations;
+};
+
+class CTestDevice : public CBScpiDeviceHandler
+{
+public:
+    HRESULT Reset() override;
+    HRESULT Selftest(short* passed) override;
+    HRESULT GetDeviceOptions(wchar_t** text) override;
+
+    std::atomic<int> m_resets{0};
+    std::atomic<bool> m_bHealthy{true};
+    std::wstring m_options;
+};
+
+using CSinkObject = CComObject<CTestSink, IZOScpiExecutionSink>;
+using CDeviceObject = CComObject<CTestDevice, IZOScpiDeviceHandler>;
+
+/// A kernel with the test application in it.
+struct tagTestInstrument
+{
+    tagTestInstrument();
+
+    /// Registers one more application under a fresh identity.
+    HRESULT Register(const std::vector<_CMD_SET_RECORD>& table, GUID& id);
+
+    CComPtr<CSinkObject> spSink = CSinkObject::Create();
+    CComPtr<CDeviceObject> spDevice = CDeviceObject::Create();
+    std::vector<_CMD_SET_RECORD> table = CTestSink::Table();
+    CRemoteKernel kernel{
+        {"Maker", "Model", "123", "1.0"}
+    };
+    GUID id{};
+};
+
+} // namespace ZoVelkor::RemoteKernel::Testing

@@ -1,0 +1,246 @@
+#include "CScpiClient.h"
+#include "CTcpServer.h"
+#include "CTestApplication.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <system_error>
+#include <thread>
+
+namespace ZoVelkor::RemoteKernel::Testing
+{
+
+namespace
+{
+using ZoVelkor::Testing::Converse;
+using ZoVelkor::Testing::CScpiClient;
+
+constexpr std::size_t kLargeBlock = 100'000'000;
+
+std::string AllByteValues(std::size_t size)
+{
+    std::string bytes(size, '\0');
+    for (std::size_t i = 0; i < size; ++i)
+    {
+        bytes[i] = static_cast<char>((i * 131) >> 3);
+    }
+    return bytes;
+}
+
+std::string Block(const std::string& contents)
+{
+    const std::string length = std::to_string(contents.size());
+    return '#' + std::to_string(length.size()) + length + contents;
+}
+
+class TcpServer : public testing::Test
+{
+protected:
+    TcpServer() { m_server.Start(); }
+
+    CScpiClient Connect() { return CScpiClient(m_server.Port()); }
+    CTestSink& Sink() { return *m_instrument.spSink; }
+
+    /// Waits until only so many sessions are left; the server notices a client's end by itself.
+    void ExpectSessions(std::size_t count)
+    {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        while (m_instrument.kernel.SessionCount() != count && std::chrono::steady_clock::now() < deadline)
+        {
+            std::this_thread::yield();
+        }
+        EXPECT_EQ(m_instrument.kernel.SessionCount(), count);
+    }
+
+    tagTestInstrument m_instrument;
+    CTcpServer m_server{
+        m_instrument.kernel, {.iPort = 0, .iMaxSessions = 40}
+    };
+};
+
+TEST_F(TcpServer, ServesManyClientsAtOnceAndOneCommandAtATime)
+{
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 32; ++i)
+    {
+        threads.emplace_back([this, i] {
+            CScpiClient client = Connect();
+            for (int round = 0; round < 50; ++round)
+            {
+                ASSERT_EQ(client.Query("*IDN?;:LIST? 3"), "Maker,Model,123,1.0;0,0.5,1");
+                client.Write("BOGUS" + std::to_string(i));
+                ASSERT_EQ(client.Query("SYST:ERR:ALL?"),
+                          "-113,\"Undefined header;BOGUS" + std::to_string(i) + "\"");
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+    {
+        thread.join();
+    }
+    EXPECT_FALSE(Sink().m_bOverlapped);
+    ExpectSessions(0);
+}
+
+TEST_F(TcpServer, CarriesLargeBlocksBothWays)
+{
+    const std::string contents = AllByteValues(kLargeBlock);
+    CScpiClient client = Connect();
+    client.Send("BLOCk ");
+    client.Send(Block(contents));
+    client.Write(";BLOCk?");
+    EXPECT_TRUE(client.ReadBlock() == contents);
+    EXPECT_EQ(client.Query("SYST:ERR?"), "0,\"No error\"");
+}
+
+TEST_F(TcpServer, AnswersAClientThatHasFinishedSending)
+{
+    CScpiClient client = Connect();
+    client.Send("OVER;*OPC?\n*IDN?\n*RST");
+    client.FinishSending();
+    while (Sink().m_running != 0 || m_instrument.kernel.SessionCount() == 0)
+    {
+        std::this_thread::yield();
+    }
+    CScpiClient other = Connect();
+    EXPECT_EQ(other.Query("*OPC?"), "1");
+    Sink().EndOperations();
+    while (m_instrument.kernel.SessionCount() == 2)
+    {
+        Sink().EndOperations();
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(client.ReadLine(), "1");
+    EXPECT_EQ(client.ReadLine(), "Maker,Model,123,1.0");
+    EXPECT_TRUE(client.IsClosedByServer());
+    EXPECT_EQ(m_instrument.spDevice->m_resets, 0) << "a message without line feed was run";
+}
+
+struct tagDisconnect
+{
+    const char* name;
+    const char* sent;
+};
+
+class Disconnect : public TcpServer, public testing::WithParamInterface<tagDisconnect>
+{};
+
+TEST_P(Disconnect, EndsThatSessionOnly)
+{
+    CScpiClient other = Connect();
+    {
+        CScpiClient client = Connect();
+        ASSERT_EQ(client.Query("*OPC?"), "1");
+        client.Write("BLOCk " + Block(AllByteValues(20'000'000)));
+        client.Send(GetParam().sent);
+        client.Reset();
+    }
+    ExpectSessions(1);
+    Sink().EndOperations();
+    Converse(other, "-> *OPC?;*IDN?\n<- 1;Maker,Model,123,1.0\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(InTheMiddleOf,
+                         Disconnect,
+                         testing::Values(tagDisconnect{"Message", "*ID"},
+                                         tagDisconnect{"Block", "BLOCk #9100000000abc"},
+                                         tagDisconnect{"Response", "BLOCk?\n"},
+                                         tagDisconnect{"Operation", "OVER;*OPC?\n"},
+                                         tagDisconnect{"Wait", "OVER;OVER;*WAI;*IDN?\n"}),
+                         [](const auto& row) { return row.param.name; });
+
+class StopServer : public Disconnect
+{};
+
+TEST_P(StopServer, EndsASessionWhateverItDoes)
+{
+    CScpiClient client = Connect();
+    client.Write("BLOCk " + Block(AllByteValues(20'000'000)));
+    ASSERT_EQ(client.Query("*OPC?"), "1");
+    client.Send(GetParam().sent);
+    m_server.Stop();
+    EXPECT_EQ(m_instrument.kernel.SessionCount(), 0U);
+    EXPECT_EQ(m_server.SessionCount(), 0U);
+    m_server.Start();
+    EXPECT_EQ(Connect().Query("*OPC?"), "1");
+}
+
+INSTANTIATE_TEST_SUITE_P(InTheMiddleOf,
+                         StopServer,
+                         testing::Values(tagDisconnect{"Reading", ""},
+                                         tagDisconnect{"Block", "BLOCk #9100000000abc"},
+                                         tagDisconnect{"Writing", "BLOCk?;BLOCk?;BLOCk?\n"},
+                                         tagDisconnect{"Operation", "OVER;*OPC?\n"}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_F(TcpServer, TellsAClientBeyondTheLimit)
+{
+    std::vector<CScpiClient> clients;
+    for (int i = 0; i < 40; ++i)
+    {
+        clients.push_back(Connect());
+        ASSERT_EQ(clients.back().Query("*OPC?"), "1");
+    }
+    CScpiClient refused = Connect();
+    EXPECT_EQ(refused.ReadLine(), "-300,\"Device specific error;Too many connections, limit 40\"");
+    EXPECT_TRUE(refused.IsClosedByServer());
+    clients.pop_back();
+    ExpectSessions(39);
+    EXPECT_EQ(Connect().Query("*OPC?"), "1");
+}
+
+TEST_F(TcpServer, ChangeOfApplicationsIsSeenWholeBySessionsThatTalk)
+{
+    std::atomic<bool> bDone{false};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+    {
+        threads.emplace_back([this, &bDone] {
+            CScpiClient client = Connect();
+            while (!bDone)
+            {
+                // Either both extra commands are known to the message, or the first one is refused.
+                const std::string answers = client.Query("*OPC?;:EXTR:LIST? 1;:EXTR:LIST? 2");
+                ASSERT_TRUE(answers == "1" || answers == "1;0;0,0.5") << answers;
+                const std::string error = client.Query("SYST:ERR:ALL?");
+                ASSERT_EQ(error, answers == "1" ? "-113,\"Undefined header;EXTR\"" : "0,\"No error\"");
+            }
+        });
+    }
+    const auto extra = CTableBuilder().Add("EXTRa:LIST", 4, DEF, QMARK, {{ARG_SINT}}).Build();
+    for (int i = 0; i < 200; ++i)
+    {
+        GUID id{};
+        ASSERT_EQ(m_instrument.Register(extra, id), S_OK);
+        ASSERT_EQ(m_instrument.kernel.ObjectRegistration().UnregisterObject(id), S_OK);
+    }
+    bDone = true;
+    for (std::thread& thread : threads)
+    {
+        thread.join();
+    }
+}
+
+TEST(TcpServerStart, RefusesWhatItCannotListenOn)
+{
+    tagTestInstrument instrument;
+    CTcpServer first(instrument.kernel, {.iPort = 0});
+    first.Start();
+    CTcpServer sameport(instrument.kernel, {.iPort = first.Port()});
+    EXPECT_THROW(sameport.Start(), std::system_error);
+    CTcpServer name(instrument.kernel, {.sAddress = "not-an-address", .iPort = 0});
+    EXPECT_THROW(name.Start(), std::system_error);
+}
+
+TEST(TcpServerStart, ListensOnIpv6)
+{
+    tagTestInstrument instrument;
+    CTcpServer server(instrument.kernel, {.sAddress = "[::1]", .iPort = 0});
+    server.Start();
+    EXPECT_EQ(server.Endpoint(), "[::1]:" + std::to_string(server.Port()));
+    EXPECT_EQ(CScpiClient(server.Port(), "::1").Query("*OPC?"), "1");
+}
+} // namespace
+
+} // namespace ZoVelkor::RemoteKernel::Testing
