@@ -19,7 +19,8 @@ struct tagNumericLimits
 /// number, MINimum, MAXimum, DEFault, UP or DOWN; its query takes MINimum, MAXimum or DEFault.
 ///
 /// A convenience for handlers of both styles: TData is CCommandExecutionData or
-/// CScpiFunctionExecutionDataPool. Threads: as the handlers; no lock.
+/// CScpiFunctionExecutionDataPool. The record answers with six decimals (DoubleResponse), the pool with as
+/// many digits as the value needs. Threads: as the handlers; no lock.
 class CNumericSetting
 {
 public:
