@@ -49,7 +49,9 @@ int main(int argc, char** argv)
     tagDemoOptions options;
     CLI::App app("A small signal analyser with a simulated input, controlled by SCPI over TCP.",
                  "zo-demo-instrument");
-    app.add_option("--port", options.iPort, "TCP port; 0 takes a free one")->capture_default_str();
+    app.add_option("--port", options.iPort, "TCP port; 0 takes a free one")
+        ->check(CLI::Range(0, 65535))
+        ->capture_default_str();
     app.add_option("--bind", options.sBindAddress, "IP address to listen on; 0.0.0.0 for all")
         ->capture_default_str();
     app.set_version_flag("--version", "zo-demo-instrument " ZO_DEMO_VERSION);

@@ -1,0 +1,78 @@
+#include "DemoFixture.h"
+
+#include <charconv>
+
+namespace ZoVelkor::Demo
+{
+namespace
+{
+
+std::vector<std::string> Items(const std::string& answer)
+{
+    std::vector<std::string> items(1);
+    for (const char c : answer)
+    {
+        if (c == ';' || c == ',')
+        {
+            items.emplace_back();
+        }
+        else
+        {
+            items.back().push_back(c);
+        }
+    }
+    return items;
+}
+
+std::optional<double> NumberOf(const std::string& item)
+{
+    double number = 0.0;
+    const char* const end = item.data() + item.size();
+    const auto [next, fault] = std::from_chars(item.data(), end, number);
+    return fault == std::errc() && next == end ? std::optional(number) : std::nullopt;
+}
+
+} // namespace
+
+std::vector<double> Numbers(const std::string& answer)
+{
+    std::vector<double> numbers;
+    for (const std::string& item : Items(answer))
+    {
+        numbers.push_back(NumberOf(item).value());
+    }
+    return numbers;
+}
+
+void ExpectSameAnswer(const std::string& answer, const std::string& expected)
+{
+    const auto given = Items(answer);
+    const auto wanted = Items(expected);
+    ASSERT_EQ(given.size(), wanted.size()) << answer;
+    for (std::size_t i = 0; i < wanted.size(); ++i)
+    {
+        const auto number = NumberOf(given[i]);
+        const auto wantedNumber = NumberOf(wanted[i]);
+        if (number && wantedNumber)
+        {
+            EXPECT_DOUBLE_EQ(*number, *wantedNumber) << answer;
+        }
+        else
+        {
+            EXPECT_EQ(given[i], wanted[i]) << answer;
+        }
+    }
+}
+
+int DemoFixture::NextError()
+{
+    return std::stoi(Client().Query("SYST:ERR?"));
+}
+
+void DemoFixture::Start()
+{
+    m_instrument = std::make_unique<CDemoInstrument>(tagDemoOptions{"127.0.0.1", 0});
+    m_client.emplace(m_instrument->Port());
+}
+
+} // namespace ZoVelkor::Demo
