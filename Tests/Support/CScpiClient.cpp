@@ -5,6 +5,7 @@
 #include <arpa/inet.h>
 #include <cerrno>
 #include <netdb.h>
+#include <netinet/tcp.h>
 #include <stdexcept>
 #include <sys/socket.h>
 #include <system_error>
@@ -40,6 +41,9 @@ CScpiClient::CScpiClient(std::uint16_t port, const std::string& address)
         Close();
         Fail("connect");
     }
+    // Two messages in a row leave at once, without waiting for the acknowledgement of the first.
+    const int on = 1;
+    setsockopt(m_socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     const timeval timeout{30, 0};
     setsockopt(m_socket, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
 }
