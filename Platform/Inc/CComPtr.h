@@ -39,9 +39,11 @@ public:
     noexcept : m_pointer(other.Detach()) {}
     ~CComPtr() { Release(); }
 
-    CComPtr& operator=(CComPtr other) noexcept
+    CComPtr& operator=(const CComPtr& other) noexcept { return *this = CComPtr(other); }
+    CComPtr& operator=(CComPtr&& other) noexcept
     {
-        std::swap(m_pointer, other.m_pointer);
+        CComPtr taken(std::move(other));
+        std::swap(m_pointer, taken.m_pointer);
         return *this;
     }
 

@@ -12,6 +12,8 @@ class CUniqueHandle
 public:
     constexpr CUniqueHandle() noexcept = default;
     explicit constexpr CUniqueHandle(THandle handle) noexcept : m_handle(handle) {}
+    CUniqueHandle(const CUniqueHandle&) = delete;
+    CUniqueHandle& operator=(const CUniqueHandle&) = delete;
     CUniqueHandle(CUniqueHandle&& other) noexcept : m_handle(other.Detach()) {}
     CUniqueHandle& operator=(CUniqueHandle&& other) noexcept
     {

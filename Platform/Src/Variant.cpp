@@ -33,9 +33,10 @@ HRESULT CopyValue(const VARIANT& source, VARIANT& target) noexcept
     HRESULT result = S_OK;
     if ((source.vt & VT_BYREF) != 0)
     {
-        result = S_OK;
+        target = source;
+        return S_OK;
     }
-    else if ((source.vt & VT_ARRAY) != 0)
+    if ((source.vt & VT_ARRAY) != 0)
     {
         result = SafeArrayCopy(source.parray, &copy.parray);
     }
@@ -69,7 +70,7 @@ VARCMP FromOrdering(std::partial_ordering ordering) noexcept
     {
         return VARCMP_NULL;
     }
-    return ordering < 0 ? VARCMP_LT : ordering > 0 ? VARCMP_GT : VARCMP_EQ;
+    return std::is_lt(ordering) ? VARCMP_LT : std::is_gt(ordering) ? VARCMP_GT : VARCMP_EQ;
 }
 
 std::wstring_view TextOf(const VARIANT& value) noexcept
@@ -119,7 +120,7 @@ HRESULT Dereference(const VARIANT& source, VARIANT& value) noexcept
     }
     value = VARIANT{};
     value.vt = type;
-    const std::size_t size = (type & VT_ARRAY) != 0 ? sizeof value.parray : VariantType(type).size;
+    const std::size_t size = (type & VT_ARRAY) != 0 ? sizeof(SAFEARRAY*) : VariantType(type).size;
     std::memcpy(&value.llVal, source.byref, size);
     return S_OK;
 }

@@ -69,7 +69,7 @@ public:
     {
         for (std::size_t i = 0; i < m_count; ++i)
         {
-            if (std::find(&m_events[0], &m_events[i], m_events[i]) != &m_events[i])
+            if (std::find(m_events.data(), &m_events[i], m_events[i]) != &m_events[i])
             {
                 return true;
             }

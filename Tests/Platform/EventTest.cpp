@@ -3,6 +3,7 @@
 #include "LastError.h"
 #include "ManyThreads.h"
 
+#include <climits>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -201,7 +202,7 @@ void CountSignal(int /*number*/)
 }
 
 /// Interrupts the waiter until it has finished: a wait that began again after each signal would never end.
-DWORD WaitUnderSignals(HANDLE handle, DWORD timeoutMs, int setAfterSignals)
+DWORD WaitUnderSignals(HANDLE handle, DWORD timeoutMs, int setAfterSignals = INT_MAX)
 {
     std::signal(SIGUSR1, CountSignal);
     signalsHandled = 0;
@@ -211,14 +212,11 @@ DWORD WaitUnderSignals(HANDLE handle, DWORD timeoutMs, int setAfterSignals)
         result = WaitForSingleObject(handle, timeoutMs);
         finished = true;
     });
-    for (int sent = 1; !finished; ++sent)
+    while (!finished)
     {
         pthread_kill(waiter.native_handle(), SIGUSR1);
-        while (signalsHandled < sent && !finished)
-        {
-            std::this_thread::yield();
-        }
-        if (sent == setAfterSignals)
+        std::this_thread::yield();
+        if (signalsHandled >= setAfterSignals)
         {
             SetEvent(handle);
         }
@@ -232,7 +230,8 @@ TEST(Wait, GoesOnAfterSignals)
 {
     const CUniqueEvent event = MakeEvent(false);
     EXPECT_EQ(WaitUnderSignals(event.Get(), INFINITE, 100), WAIT_OBJECT_0);
-    EXPECT_EQ(WaitUnderSignals(event.Get(), 50, -1), WAIT_TIMEOUT);
+    ResetEvent(event.Get());
+    EXPECT_EQ(WaitUnderSignals(event.Get(), 50), WAIT_TIMEOUT);
 }
 
 TEST(Wait, OutlivesTheClosingOfItsEvent)
