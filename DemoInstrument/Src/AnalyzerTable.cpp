@@ -71,7 +71,9 @@ constexpr std::uint32_t SETTING = HDR_SET;
 constexpr std::uint32_t BOTH = QMARK | HDR_SET;
 
 // Kinds of parameters.
-constexpr std::uint32_t NUMERIC = ARG_SFLOAT | ARG_MINMAX | ARG_DEFAULT | ARG_UPDOWN;
+constexpr std::uint32_t WORDS = ARG_MINMAX | ARG_DEFAULT | ARG_UPDOWN;
+constexpr std::uint32_t NUMERIC = ARG_SFLOAT | WORDS;
+constexpr std::uint32_t INTEGER = ARG_SINT | WORDS; // the kernel rounds
 constexpr std::uint32_t BOOLEAN = ARG_SFLOAT | ARG_OFF | MNEM;
 
 /// Value that the handler gets for a parameter's unit; the kernel turns kHz or ms into these base units.
@@ -82,123 +84,116 @@ constexpr std::uint32_t WordOf(tagDetector detector)
     return static_cast<std::uint32_t>(detector);
 }
 
-// clang-format off: columns
+// Laid out in columns by hand.
+// clang-format off
 constexpr _CMD_SET_RECORD kTable[] = {
-    //  keyword         nodata           data             children            length            parameters
-    //  follow
-    HDR("[SENSe]", DEF, DEF, kSense.first, kRoot.count, NONE, NSUFF),
-    HDR("INITiate", DEF, DEF, kInitiate.first, NONE, NONE, NONE),
-    HDR("ABORt", ABORT_SWEEP, DEF, NONE, NONE, NONE, EVENT),
-    HDR("TRACe", DEF, DEF, kTrace.first, NONE, NONE, NSUFF),
-    HDR("FORMat", DEF, DEF, kFormat.first, NONE, NONE, NONE),
-    HDR("CALCulate", DEF, DEF, kCalculate.first, NONE, NONE, NONE),
-    HDR("DISPlay", DEF, DEF, kDisplay.first, NONE, NONE, NONE),
-    HDR("MMEMory", DEF, DEF, kMassMemory.first, NONE, NONE, NONE),
-    HDR("ROUTe", DEF, DEF, kRoute.first, NONE, NONE, NONE),
-    HDR("DIAGnostic", DEF, DEF, kDiagnostic.first, NONE, NONE, NONE),
+    //  keyword         nodata           data             children            length              parameters                form
+    HDR("[SENSe]",      DEF,             DEF,             kSense.first,       kRoot.count,        NONE,                     NSUFF),
+    HDR("INITiate",     DEF,             DEF,             kInitiate.first,    NONE,               NONE,                     NONE),
+    HDR("ABORt",        ABORT_SWEEP,     DEF,             NONE,               NONE,               NONE,                     EVENT),
+    HDR("TRACe",        DEF,             DEF,             kTrace.first,       NONE,               NONE,                     NSUFF),
+    HDR("FORMat",       DEF,             DEF,             kFormat.first,      NONE,               NONE,                     NONE),
+    HDR("CALCulate",    DEF,             DEF,             kCalculate.first,   NONE,               NONE,                     NONE),
+    HDR("DISPlay",      DEF,             DEF,             kDisplay.first,     NONE,               NONE,                     NONE),
+    HDR("MMEMory",      DEF,             DEF,             kMassMemory.first,  NONE,               NONE,                     NONE),
+    HDR("ROUTe",        DEF,             DEF,             kRoute.first,       NONE,               NONE,                     NONE),
+    HDR("DIAGnostic",   DEF,             DEF,             kDiagnostic.first,  NONE,               NONE,                     NONE),
 
     // [SENSe<1..4>:]
-    HDR("FREQuency", DEF, DEF, kFrequency.first, kSense.count, NONE, NONE),
-    HDR("BANDwidth", DEF, DEF, kBandwidth.first, NONE, NONE, NONE),
-    HDR("BWIDth", DEF, DEF, kBandwidth.first, NONE, NONE, NONE),
-    HDR("SWEep", DEF, DEF, kSweep.first, NONE, NONE, NONE),
-    HDR("DETector", DETECTOR, DETECTOR, NONE, NONE, kDetectorParameter.first, BOTH),
+    HDR("FREQuency",    DEF,             DEF,             kFrequency.first,   kSense.count,       NONE,                     NONE),
+    HDR("BANDwidth",    DEF,             DEF,             kBandwidth.first,   NONE,               NONE,                     NONE),
+    HDR("BWIDth",       DEF,             DEF,             kBandwidth.first,   NONE,               NONE,                     NONE),
+    HDR("SWEep",        DEF,             DEF,             kSweep.first,       NONE,               NONE,                     NONE),
+    HDR("DETector",     DETECTOR,        DETECTOR,        NONE,               NONE,               kDetectorParameter.first, BOTH),
 
     // [SENSe<1..4>:]FREQuency:
-    HDR("CENTer", FREQ_CENTER, FREQ_CENTER, NONE, kFrequency.count, kHertzParameter.first, BOTH),
-    HDR("SPAN", FREQ_SPAN, FREQ_SPAN, NONE, NONE, kHertzParameter.first, BOTH),
-    HDR("STARt", FREQ_START, FREQ_START, NONE, NONE, kHertzParameter.first, BOTH),
-    HDR("STOP", FREQ_STOP, FREQ_STOP, NONE, NONE, kHertzParameter.first, BOTH),
+    HDR("CENTer",       FREQ_CENTER,     FREQ_CENTER,     NONE,               kFrequency.count,   kHertzParameter.first,    BOTH),
+    HDR("SPAN",         FREQ_SPAN,       FREQ_SPAN,       NONE,               NONE,               kHertzParameter.first,    BOTH),
+    HDR("STARt",        FREQ_START,      FREQ_START,      NONE,               NONE,               kHertzParameter.first,    BOTH),
+    HDR("STOP",         FREQ_STOP,       FREQ_STOP,       NONE,               NONE,               kHertzParameter.first,    BOTH),
 
     // [SENSe<1..4>:]BANDwidth|BWIDth
-    HDR("[RESolution]",
-        BAND_RESOLUTION,
-        BAND_RESOLUTION,
-        kResolution.first,
-        kBandwidth.count,
-        kHertzParameter.first,
-        BOTH),
+    HDR("[RESolution]", BAND_RESOLUTION, BAND_RESOLUTION, kResolution.first,  kBandwidth.count,   kHertzParameter.first,    BOTH),
 
     // [SENSe<1..4>:]BANDwidth|BWIDth[:RESolution]:
-    HDR("AUTO", BAND_AUTO, BAND_AUTO, NONE, kResolution.count, kBooleanParameter.first, BOTH),
+    HDR("AUTO",         BAND_AUTO,       BAND_AUTO,       NONE,               kResolution.count,  kBooleanParameter.first,  BOTH),
 
     // [SENSe:]SWEep:
-    HDR("POINts", SWEEP_POINTS, SWEEP_POINTS, NONE, kSweep.count, kCountParameter.first, BOTH),
-    HDR("TIME", SWEEP_TIME, SWEEP_TIME, kSweepTime.first, NONE, kSecondParameter.first, BOTH),
+    HDR("POINts",       SWEEP_POINTS,    SWEEP_POINTS,    NONE,               kSweep.count,       kCountParameter.first,    BOTH),
+    HDR("TIME",         SWEEP_TIME,      SWEEP_TIME,      kSweepTime.first,   NONE,               kSecondParameter.first,   BOTH),
 
     // [SENSe:]SWEep:TIME:
-    HDR("AUTO", SWEEP_TIME_AUTO, SWEEP_TIME_AUTO, NONE, kSweepTime.count, kBooleanParameter.first, BOTH),
+    HDR("AUTO",         SWEEP_TIME_AUTO, SWEEP_TIME_AUTO, NONE,               kSweepTime.count,   kBooleanParameter.first,  BOTH),
 
     // INITiate
-    HDR("[IMMediate]", INIT_IMMEDIATE, DEF, NONE, kInitiate.count, NONE, EVENT),
-    HDR("CONTinuous", INIT_CONTINUOUS, INIT_CONTINUOUS, NONE, NONE, kBooleanParameter.first, BOTH),
+    HDR("[IMMediate]",  INIT_IMMEDIATE,  DEF,             NONE,               kInitiate.count,    NONE,                     EVENT),
+    HDR("CONTinuous",   INIT_CONTINUOUS, INIT_CONTINUOUS, NONE,               NONE,               kBooleanParameter.first,  BOTH),
 
     // TRACe<1..4>
-    HDR("[DATA]", TRACE_DATA, TRACE_DATA, NONE, kTrace.count, kTraceParameter.first, BOTH),
+    HDR("[DATA]",       TRACE_DATA,      TRACE_DATA,      NONE,               kTrace.count,       kTraceParameter.first,    BOTH),
 
     // FORMat
-    HDR("[DATA]", FORMAT_DATA, FORMAT_DATA, NONE, kFormat.count, kFormatParameters.first, BOTH),
-    HDR("BORDer", FORMAT_BORDER, FORMAT_BORDER, NONE, NONE, kBorderParameter.first, BOTH),
+    HDR("[DATA]",       FORMAT_DATA,     FORMAT_DATA,     NONE,               kFormat.count,      kFormatParameters.first,  BOTH),
+    HDR("BORDer",       FORMAT_BORDER,   FORMAT_BORDER,   NONE,               NONE,               kBorderParameter.first,   BOTH),
 
     // CALCulate:
-    HDR("MARKer", DEF, DEF, kMarker.first, kCalculate.count, NONE, NSUFF),
+    HDR("MARKer",       DEF,             DEF,             kMarker.first,      kCalculate.count,   NONE,                     NSUFF),
 
     // CALCulate:MARKer<1..8>:
-    HDR("X", MARKER_X, MARKER_X, NONE, kMarker.count, kHertzParameter.first, BOTH),
-    HDR("Y", MARKER_Y, DEF, NONE, NONE, NONE, QUERY),
-    HDR("MAXimum", MARKER_MAXIMUM, DEF, NONE, NONE, NONE, EVENT),
+    HDR("X",            MARKER_X,        MARKER_X,        NONE,               kMarker.count,      kHertzParameter.first,    BOTH),
+    HDR("Y",            MARKER_Y,        DEF,             NONE,               NONE,               NONE,                     QUERY),
+    HDR("MAXimum",      MARKER_MAXIMUM,  DEF,             NONE,               NONE,               NONE,                     EVENT),
 
     // DISPlay:
-    HDR("TEXT", DEF, DEF, kDisplayText.first, kDisplay.count, NONE, NONE),
+    HDR("TEXT",         DEF,             DEF,             kDisplayText.first, kDisplay.count,     NONE,                     NONE),
 
     // DISPlay:TEXT
-    HDR("[DATA]", DISPLAY_TEXT, DISPLAY_TEXT, NONE, kDisplayText.count, kTextParameter.first, BOTH),
+    HDR("[DATA]",       DISPLAY_TEXT,    DISPLAY_TEXT,    NONE,               kDisplayText.count, kTextParameter.first,     BOTH),
 
     // MMEMory:
-    HDR("DATA", FILE_DATA, FILE_DATA, NONE, kMassMemory.count, kFileParameters.first, BOTH),
-    HDR("CATalog", FILE_CATALOG, DEF, NONE, NONE, NONE, QUERY),
-    HDR("DELete", DEF, FILE_DELETE, NONE, NONE, kNameParameter.first, SETTING),
+    HDR("DATA",         FILE_DATA,       FILE_DATA,       NONE,               kMassMemory.count,  kFileParameters.first,    BOTH),
+    HDR("CATalog",      FILE_CATALOG,    DEF,             NONE,               NONE,               NONE,                     QUERY),
+    HDR("DELete",       DEF,             FILE_DELETE,     NONE,               NONE,               kNameParameter.first,     SETTING),
 
     // ROUTe:
-    HDR("CLOSe", ROUTE_CLOSE, ROUTE_CLOSE, NONE, kRoute.count, kChannelsParameter.first, BOTH),
+    HDR("CLOSe",        ROUTE_CLOSE,     ROUTE_CLOSE,     NONE,               kRoute.count,       kChannelsParameter.first, BOTH),
 
     // DIAGnostic:
-    HDR("SERVice", DEF, DEF, kService.first, kDiagnostic.count, NONE, NONE),
+    HDR("SERVice",      DEF,             DEF,             kService.first,     kDiagnostic.count,  NONE,                     NONE),
 
     // DIAGnostic:SERVice:
-    HDR("COUNt", SERVICE_COUNT, DEF, NONE, kService.count, NONE, QUERY | HDR_DIAG),
+    HDR("COUNt",        SERVICE_COUNT,   DEF,             NONE,               kService.count,     NONE,                     QUERY | HDR_DIAG),
 
-    //  name         kinds                    unit           words                 first word            next
-    //  parameter               flags
-    PAR("frequency", NUMERIC, kHertz.first, NONE, NONE, NONE, NONE),
-    PAR("time", NUMERIC, kSecond.first, NONE, NONE, NONE, NONE),
-    PAR("count", NUMERIC, NONE, NONE, NONE, NONE, NONE),
-    PAR("state", BOOLEAN, NONE, NONE, NONE, NONE, NONE),
-    PAR("detector", MNEM, NONE, kDetectorWords.count, kDetectorWords.first, NONE, NONE),
-    PAR("levels", ARG_SFLOAT | ARG_BLOCK, NONE, NONE, NONE, NONE, ARG_FLAG_REP),
-    PAR("format", MNEM, NONE, kFormatWords.count, kFormatWords.first, kFormatParameters.first + 1, NONE),
-    PAR("width", ARG_SFLOAT, NONE, NONE, NONE, NONE, ARG_FLAG_OPT),
-    PAR("order", MNEM, NONE, kBorderWords.count, kBorderWords.first, NONE, NONE),
-    PAR("text", ARG_STRG, NONE, NONE, NONE, NONE, NONE),
-    PAR("name", ARG_STRG, NONE, NONE, NONE, kFileParameters.first + 1, NONE),
-    PAR("content", ARG_BLOCK, NONE, NONE, NONE, NONE, NONE),
-    PAR("name", ARG_STRG, NONE, NONE, NONE, NONE, NONE),
-    PAR("channels", ARG_EXPR, NONE, NONE, NONE, NONE, NONE),
+    //  name         kinds                   unit           words                 first word            next parameter               flags
+    PAR("frequency", NUMERIC,                kHertz.first,  NONE,                 NONE,                 NONE,                        NONE),
+    PAR("time",      NUMERIC,                kSecond.first, NONE,                 NONE,                 NONE,                        NONE),
+    PAR("count",     INTEGER,                NONE,          NONE,                 NONE,                 NONE,                        NONE),
+    PAR("state",     BOOLEAN,                NONE,          NONE,                 NONE,                 NONE,                        NONE),
+    PAR("detector",  MNEM,                   NONE,          kDetectorWords.count, kDetectorWords.first, NONE,                        NONE),
+    PAR("levels",    ARG_SFLOAT | ARG_BLOCK, NONE,          NONE,                 NONE,                 NONE,                        ARG_FLAG_REP),
+    PAR("format",    MNEM,                   NONE,          kFormatWords.count,   kFormatWords.first,   kFormatParameters.first + 1, NONE),
+    PAR("width",     ARG_SINT,               NONE,          NONE,                 NONE,                 NONE,                        ARG_FLAG_OPT),
+    PAR("order",     MNEM,                   NONE,          kBorderWords.count,   kBorderWords.first,   NONE,                        NONE),
+    PAR("text",      ARG_STRG,               NONE,          NONE,                 NONE,                 NONE,                        NONE),
+    PAR("name",      ARG_STRG,               NONE,          NONE,                 NONE,                 kFileParameters.first + 1,   NONE),
+    PAR("content",   ARG_BLOCK,              NONE,          NONE,                 NONE,                 NONE,                        NONE),
+    PAR("name",      ARG_STRG,               NONE,          NONE,                 NONE,                 NONE,                        NONE),
+    PAR("channels",  ARG_EXPR,               NONE,          NONE,                 NONE,                 NONE,                        NONE),
 
     SFX("HZ", BASE_UNIT, kHertz.count),
-    SFX("S", BASE_UNIT, kSecond.count),
+    SFX("S",  BASE_UNIT, kSecond.count),
 
     CHR("POSitive", WordOf(tagDetector::Positive), kDetectorWords.count),
     CHR("NEGative", WordOf(tagDetector::Negative), NONE),
-    CHR("SAMPle", WordOf(tagDetector::Sample), NONE),
-    CHR("RMS", WordOf(tagDetector::Rms), NONE),
-    CHR("AVERage", WordOf(tagDetector::Average), NONE),
+    CHR("SAMPle",   WordOf(tagDetector::Sample),   NONE),
+    CHR("RMS",      WordOf(tagDetector::Rms),      NONE),
+    CHR("AVERage",  WordOf(tagDetector::Average),  NONE),
 
-    CHR("ASCii", FORMAT_WORD_ASCII, kFormatWords.count),
-    CHR("REAL", FORMAT_WORD_REAL, NONE),
+    CHR("ASCii",    FORMAT_WORD_ASCII,             kFormatWords.count),
+    CHR("REAL",     FORMAT_WORD_REAL,              NONE),
 
-    CHR("NORMal", BORDER_WORD_NORMAL, kBorderWords.count),
-    CHR("SWAPped", BORDER_WORD_SWAPPED, NONE),
+    CHR("NORMal",   BORDER_WORD_NORMAL,            kBorderWords.count),
+    CHR("SWAPped",  BORDER_WORD_SWAPPED,           NONE),
 };
 // clang-format on
 

@@ -1,6 +1,10 @@
 #include "CAnalyzerCommands.h"
 
-#include "NumericSetting.h"
+#include "CNumericSetting.h"
+#include "HeaderSuffix.h"
+
+#include <algorithm>
+#include <cmath>
 
 namespace ZoVelkor::Demo
 {
@@ -11,7 +15,7 @@ namespace
 struct tagNumericSetting
 {
     long suffixes; ///< of the first header node that takes a suffix: 1 to this
-    tagNumericState (*state)(const tagAnalyzerSettings& settings, long suffix);
+    CNumericSetting (*find)(const tagAnalyzerSettings& settings, long suffix);
     void (*put)(tagAnalyzerSettings& settings, long suffix, double value);
 };
 
@@ -36,74 +40,76 @@ double NextIn125(double value, bool up)
     return NextInSequence(value, up, {1, 2, 5});
 }
 
-tagNumericState FrequencyState(const tagChannelSettings& channel, double valueHz, double resetHz)
+/// The step to the next value; it stops at the limit, and from the limit it leads beyond, to be refused.
+double StepTo(double next, double value, double limit)
+{
+    const double step = std::abs(next - value);
+    return value == limit ? step : std::min(step, std::abs(limit - value));
+}
+
+CNumericSetting
+MakeSetting(double minimum, double maximum, double reset, double value, double down, double up)
+{
+    return CNumericSetting(
+        {minimum, maximum, reset, StepTo(up, value, maximum), StepTo(down, value, minimum)}, value);
+}
+
+CNumericSetting Frequency(const tagChannelSettings& channel, double valueHz, double resetHz)
 {
     const double spanHz = channel.frequency.SpanHz();
     const double stepHz = spanHz > 0 ? spanHz / kStepsPerSpan : channel.BandwidthHz();
-    return {.value = valueHz,
-            .minimum = kMinFrequencyHz,
-            .maximum = kMaxFrequencyHz,
-            .reset = resetHz,
-            .up = valueHz + stepHz,
-            .down = valueHz - stepHz};
+    return MakeSetting(
+        kMinFrequencyHz, kMaxFrequencyHz, resetHz, valueHz, valueHz - stepHz, valueHz + stepHz);
 }
 
-tagNumericState SpanState(const tagChannelSettings& channel)
+CNumericSetting Span(const tagChannelSettings& channel)
 {
     const double spanHz = channel.frequency.SpanHz();
-    return {.value = spanHz,
-            .minimum = 0.0,
-            .maximum = kMaxSpanHz,
-            .reset = kMaxSpanHz,
-            .up = spanHz < kSmallestSpanHz ? kSmallestSpanHz : NextIn125(spanHz, true),
-            .down = spanHz <= kSmallestSpanHz ? 0.0 : NextIn125(spanHz, false)};
+    const double downHz = spanHz <= kSmallestSpanHz ? 0.0 : NextIn125(spanHz, false);
+    const double upHz = spanHz < kSmallestSpanHz ? kSmallestSpanHz : NextIn125(spanHz, true);
+    return MakeSetting(0.0, kMaxSpanHz, kMaxSpanHz, spanHz, downHz, upHz);
 }
 
-tagNumericState BandwidthState(const tagChannelSettings& channel)
+CNumericSetting Bandwidth(const tagChannelSettings& channel)
 {
-    const double bandwidthHz = channel.BandwidthHz();
-    return {.value = bandwidthHz,
-            .minimum = kMinBandwidthHz,
-            .maximum = kMaxBandwidthHz,
-            .reset = kMaxBandwidthHz,
-            .up = NextInSequence(bandwidthHz, true, {1, 3}),
-            .down = NextInSequence(bandwidthHz, false, {1, 3})};
+    const double valueHz = channel.BandwidthHz();
+    return MakeSetting(kMinBandwidthHz,
+                       kMaxBandwidthHz,
+                       kMaxBandwidthHz,
+                       valueHz,
+                       NextInSequence(valueHz, false, {1, 3}),
+                       NextInSequence(valueHz, true, {1, 3}));
 }
 
-tagNumericState PointsState(const tagAnalyzerSettings& settings)
+CNumericSetting SweepPoints(const tagAnalyzerSettings& settings)
 {
     const double steps = static_cast<double>(settings.sweepPoints - 1);
-    return {.value = steps + 1,
-            .minimum = kMinSweepPoints,
-            .maximum = kMaxSweepPoints,
-            .reset = kResetSweepPoints,
-            .up = NextIn125(steps, true) + 1,
-            .down = NextIn125(steps, false) + 1,
-            .isInteger = true};
+    return MakeSetting(kMinSweepPoints,
+                       kMaxSweepPoints,
+                       kResetSweepPoints,
+                       steps + 1,
+                       NextIn125(steps, false) + 1,
+                       NextIn125(steps, true) + 1);
 }
 
-tagNumericState SweepTimeState(const tagAnalyzerSettings& settings)
+CNumericSetting SweepTime(const tagAnalyzerSettings& settings)
 {
     const double timeS = settings.SweepTimeS();
-    return {.value = timeS,
-            .minimum = kMinSweepTimeS,
-            .maximum = kMaxSweepTimeS,
-            .reset = kMinAutoSweepTimeS,
-            .up = NextIn125(timeS, true),
-            .down = NextIn125(timeS, false)};
+    return MakeSetting(kMinSweepTimeS,
+                       kMaxSweepTimeS,
+                       kMinAutoSweepTimeS,
+                       timeS,
+                       NextIn125(timeS, false),
+                       NextIn125(timeS, true));
 }
 
-tagNumericState MarkerState(const tagAnalyzerSettings& settings, long marker)
+CNumericSetting Marker(const tagAnalyzerSettings& settings, long marker)
 {
     const CFrequencyRange& range = settings.Channel(1).frequency;
     const double pointHz = range.SpanHz() / static_cast<double>(settings.sweepPoints - 1);
     const double markerHz = settings.MarkerHz(marker);
-    return {.value = markerHz,
-            .minimum = range.StartHz(),
-            .maximum = range.StopHz(),
-            .reset = range.CenterHz(),
-            .up = markerHz + pointHz,
-            .down = markerHz - pointHz};
+    return MakeSetting(
+        range.StartHz(), range.StopHz(), range.CenterHz(), markerHz, markerHz - pointHz, markerHz + pointHz);
 }
 
 using Settings = tagAnalyzerSettings;
@@ -111,30 +117,30 @@ using Settings = tagAnalyzerSettings;
 constexpr tagNumericSetting kCenter{
     kChannelCount,
     [](const Settings& s, long n) {
-        return FrequencyState(s.Channel(n), s.Channel(n).frequency.CenterHz(), CFrequencyRange().CenterHz());
+        return Frequency(s.Channel(n), s.Channel(n).frequency.CenterHz(), CFrequencyRange().CenterHz());
     },
     [](Settings& s, long n, double hz) { s.Channel(n).frequency.SetCenter(hz); }};
 
 constexpr tagNumericSetting kSpan{kChannelCount,
-                                  [](const Settings& s, long n) { return SpanState(s.Channel(n)); },
+                                  [](const Settings& s, long n) { return Span(s.Channel(n)); },
                                   [](Settings& s, long n, double hz) { s.Channel(n).frequency.SetSpan(hz); }};
 
 constexpr tagNumericSetting kStart{
     kChannelCount,
     [](const Settings& s, long n) {
-        return FrequencyState(s.Channel(n), s.Channel(n).frequency.StartHz(), kMinFrequencyHz);
+        return Frequency(s.Channel(n), s.Channel(n).frequency.StartHz(), kMinFrequencyHz);
     },
     [](Settings& s, long n, double hz) { s.Channel(n).frequency.SetStart(hz); }};
 
 constexpr tagNumericSetting kStop{kChannelCount,
                                   [](const Settings& s, long n) {
-                                      return FrequencyState(
+                                      return Frequency(
                                           s.Channel(n), s.Channel(n).frequency.StopHz(), kMaxFrequencyHz);
                                   },
                                   [](Settings& s, long n, double hz) { s.Channel(n).frequency.SetStop(hz); }};
 
 constexpr tagNumericSetting kBandwidth{kChannelCount,
-                                       [](const Settings& s, long n) { return BandwidthState(s.Channel(n)); },
+                                       [](const Settings& s, long n) { return Bandwidth(s.Channel(n)); },
                                        [](Settings& s, long n, double hz) {
                                            s.Channel(n).manualBandwidthHz = hz;
                                            s.Channel(n).bBandwidthAuto = false;
@@ -150,11 +156,11 @@ constexpr tagBooleanSetting kBandwidthAuto{
 
 constexpr tagNumericSetting kPoints{
     kNoSuffix,
-    [](const Settings& s, long) { return PointsState(s); },
+    [](const Settings& s, long) { return SweepPoints(s); },
     [](Settings& s, long, double points) { s.sweepPoints = static_cast<long>(points); }};
 
 constexpr tagNumericSetting kSweepTime{kNoSuffix,
-                                       [](const Settings& s, long) { return SweepTimeState(s); },
+                                       [](const Settings& s, long) { return SweepTime(s); },
                                        [](Settings& s, long, double seconds) {
                                            s.manualSweepTimeS = seconds;
                                            s.bSweepTimeAuto = false;
@@ -168,7 +174,7 @@ constexpr tagBooleanSetting kSweepTimeAuto{kNoSuffix,
                                            }};
 
 constexpr tagNumericSetting kMarkerX{
-    kMarkerCount, &MarkerState, [](Settings& s, long n, double hz) { s.MarkerHz(n) = hz; }};
+    kMarkerCount, &Marker, [](Settings& s, long n, double hz) { s.MarkerHz(n) = hz; }};
 
 } // namespace
 
@@ -215,17 +221,12 @@ HRESULT CAnalyzerCommands::NumericSetting(Pool& pool)
         return S_FALSE;
     }
     tagAnalyzerSettings settings = m_analyzer.Settings();
-    const tagNumericState state = TSetting.state(settings, suffix);
-    if (pool.IsQuery())
+    CNumericSetting number = TSetting.find(settings, suffix);
+    if (const HRESULT hr = number.Handle(pool); hr != S_OK || pool.IsQuery())
     {
-        return AnswerNumber(pool, state);
+        return hr;
     }
-    double value = 0.0;
-    if (ReadNumber(pool, state, value) != S_OK)
-    {
-        return S_FALSE;
-    }
-    TSetting.put(settings, suffix, value);
+    TSetting.put(settings, suffix, number.Value());
     m_analyzer.Apply(settings);
     return S_OK;
 }

@@ -5,7 +5,7 @@
 #include "CAnalyzerCommands.h"
 #include "CComBSTR.h"
 #include "DemoErrors.h"
-#include "NumericSetting.h"
+#include "HeaderSuffix.h"
 #include "ZoString.h"
 
 namespace ZoVelkor::Demo

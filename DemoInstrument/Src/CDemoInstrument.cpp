@@ -44,8 +44,7 @@ struct tagStartedKernel
 /// In the order of the start; they go in the reverse one: clients, applications, remote control.
 struct CDemoInstrument::tagParts
 {
-    explicit tagParts(const tagDemoOptions& options)
-        : server(remoteControl.kernel, ServerSettings(options))
+    explicit tagParts(const tagDemoOptions& options) : server(remoteControl.kernel, ServerSettings(options))
     {
         server.Start();
     }

@@ -13,6 +13,7 @@ struct tagNumericLimits
     double maximum;
     double defaultValue; ///< also the first value
     double step = 0;     ///< for UP and DOWN; 0: these are refused
+    double stepDown = 0; ///< for DOWN where it differs; 0: as step
 };
 
 /// One numeric setting of an instrument with the arguments that SCPI gives it (SCPI-99 vol. 1, 7.2.1): a
@@ -27,6 +28,12 @@ public:
     explicit constexpr CNumericSetting(tagNumericLimits const& limits) noexcept
         : m_Limits(limits),
           m_Value(limits.defaultValue)
+    {}
+
+    /// A setting whose value is kept elsewhere, as it is at the moment of a command.
+    constexpr CNumericSetting(tagNumericLimits const& limits, double value) noexcept
+        : m_Limits(limits),
+          m_Value(value)
     {}
 
     constexpr double Value() const noexcept { return m_Value; }
@@ -125,7 +132,8 @@ private:
     constexpr bool Step(tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE word, double& value) const noexcept
     {
         const bool isStep = word == ZO_SCPI_SPECIAL_UP || word == ZO_SCPI_SPECIAL_DOWN;
-        value = word == ZO_SCPI_SPECIAL_UP ? m_Value + m_Limits.step : m_Value - m_Limits.step;
+        const double stepDown = m_Limits.stepDown != 0 ? m_Limits.stepDown : m_Limits.step;
+        value = word == ZO_SCPI_SPECIAL_UP ? m_Value + m_Limits.step : m_Value - stepDown;
         return isStep && m_Limits.step != 0;
     }
 

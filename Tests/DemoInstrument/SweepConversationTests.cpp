@@ -89,7 +89,8 @@ TEST_F(SweepConversation, AbortedSweepEndsWithoutTrace)
 TEST_F(SweepConversation, OnlyTheSessionThatStartedItWaits)
 {
     auto other = Connect();
-    Client().Write("SWE:TIME 1000;:INIT;*OPC?");
+    EXPECT_EQ(Client().Query("SWE:TIME 1000;:INIT;:DIAG:SERV:COUN?"), "0");
+    Client().Write("*OPC?");
     EXPECT_EQ(other.Query("*OPC?"), "1");
     other.Write("ABOR");
     EXPECT_EQ(Client().ReadLine(), "1");
