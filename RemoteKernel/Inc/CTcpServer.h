@@ -22,7 +22,7 @@ struct tagTcpServerSettings
     std::string sAddress = "127.0.0.1"; ///< IPv4 or IPv6 address, the latter also in brackets; no host name
     std::uint16_t iPort = kScpiRawPort; ///< 0: a free one, see CTcpServer::Port
     std::size_t iMaxSessions = kMaxTcpSessions;
-    tagSessionLimits limits;
+    tagSessionLimits limits{};
 };
 
 /// Raw SCPI over TCP: one session a connection, each on its own thread.

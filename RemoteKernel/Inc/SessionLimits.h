@@ -10,7 +10,7 @@ namespace ZoVelkor::RemoteKernel
 /// Bounds of one session. The defaults are the instrument's.
 struct tagSessionLimits
 {
-    tagMessageLimits message;
+    tagMessageLimits message{};
     std::size_t iMaxResponse = std::size_t{1} << 29; ///< bytes of one response message; beyond: a query that
                                                      ///< fails with -200 and answers nothing
     std::size_t iErrorQueueDepth = 64;               ///< entries, at least 2; beyond: -350

@@ -315,15 +315,17 @@ HRESULT CFormatSubsystem::StringText(unsigned long length, char const* text)
     {
         return E_POINTER;
     }
+    const std::string_view contents(text, length);
+    const auto quotes = static_cast<std::size_t>(std::count(contents.begin(), contents.end(), '"'));
     char* place = nullptr;
-    const HRESULT result = m_spOutput->Prepare(2 * length + 2, &place);
+    const HRESULT result = m_spOutput->Prepare(length + quotes + 2, &place);
     if (FAILED(result))
     {
         return result;
     }
     char* end = place;
     *end++ = '"';
-    for (const char c : std::string_view(text, length))
+    for (const char c : contents)
     {
         if (c == '"')
         {

@@ -18,10 +18,11 @@ namespace
 enum tagCommand : std::int32_t
 {
     CmdStore,
+    CmdStoreWithSuffix,
     CmdLast,
     CmdStoreBlock,
     CmdAnswerBlock,
-    CmdAnswerList,
+    CmdAnswerList = CTestSink::kAnswerList,
     CmdFormat,
     CmdFail,
     CmdOverlap,
@@ -68,7 +69,7 @@ std::vector<_CMD_SET_RECORD> CTestSink::Table()
     return CTableBuilder()
         .Add("CHANnel#:FREQuency",
              DEF,
-             CmdStore,
+             CmdStoreWithSuffix,
              HDR_SET,
              {
                  {kNumber, 0, units, {}}
@@ -126,7 +127,9 @@ HRESULT CTestSink::Run(const tagCall& call, unsigned long command)
     switch (command)
     {
     case CmdStore:
-        return Store(call);
+        return Store(call, {});
+    case CmdStoreWithSuffix:
+        return Store(call, std::to_string(call.suffixes[0]) + ' ');
     case CmdLast:
         return call.Format()->StringText(m_last.size(), m_last.data());
     case CmdStoreBlock:
@@ -148,9 +151,9 @@ HRESULT CTestSink::Run(const tagCall& call, unsigned long command)
     }
 }
 
-HRESULT CTestSink::Store(const tagCall& call)
+HRESULT CTestSink::Store(const tagCall& call, std::string prefix)
 {
-    m_last = call.suffixes == nullptr ? "" : std::to_string(call.suffixes[0]) + ' ';
+    m_last = std::move(prefix);
     for (const tagZO_SCPI_PARAMETER& argument : call.arguments)
     {
         m_last += std::to_string(argument.iType) + ':' + std::to_string(argument.iSpecialCode) + ':' +
@@ -224,7 +227,9 @@ HRESULT CTestSink::BeginOperation(const tagCall& call)
 {
     const std::lock_guard lock(m_mutex);
     call.manager.GetPendingOperations(&m_spOperations);
-    return m_spOperations->BeginOperation(call.remotePath, &m_operations.emplace_back());
+    const HRESULT result = m_spOperations->BeginOperation(call.remotePath, &m_operations.emplace_back());
+    SetEvent(m_operationBegun.Get());
+    return result;
 }
 
 void CTestSink::EndOperations()

@@ -33,6 +33,9 @@ public:
         QuestionableData
     };
 
+    /// Handler index of a query with the number of values as its parameter.
+    static constexpr std::int32_t kAnswerList = 5;
+
     HRESULT Execute(IUnknown* context,
                     long remotePath,
                     unsigned long command,
@@ -49,16 +52,17 @@ public:
     /// Ends all operations that OVERlap has begun.
     void EndOperations();
 
-    CUniqueEvent m_holdEntered{CreateEvent(FALSE, FALSE)}; ///< set when HOLD runs
-    CUniqueEvent m_holdRelease{CreateEvent(TRUE, FALSE)};  ///< lets HOLD return
-    std::atomic<int> m_running{0};                         ///< handlers at work, never above 1
-    std::atomic<bool> m_bOverlapped{false};                ///< two ran at once
+    CUniqueEvent m_holdEntered{CreateEvent(FALSE, FALSE)};    ///< set when HOLD runs
+    CUniqueEvent m_holdRelease{CreateEvent(TRUE, FALSE)};     ///< lets HOLD return
+    CUniqueEvent m_operationBegun{CreateEvent(FALSE, FALSE)}; ///< set when OVERlap has begun an operation
+    std::atomic<int> m_running{0};                            ///< handlers at work, never above 1
+    std::atomic<bool> m_bOverlapped{false};                   ///< two ran at once
 
 private:
     struct tagCall;
 
     HRESULT Run(const tagCall& call, unsigned long command);
-    HRESULT Store(const tagCall& call);
+    HRESULT Store(const tagCall& call, std::string prefix);
     HRESULT StoreBlock(const tagCall& call);
     HRESULT AnswerBlock(const tagCall& call) const;
     HRESULT AnswerList(const tagCall& call) const;
