@@ -70,23 +70,29 @@ ReadMnemonic(const char* begin,
 {
     tagMnemonic mnemonic;
     const auto available = static_cast<std::size_t>(end - begin);
-    while (mnemonic.iLength < available)
+    std::size_t length = 0;
+    const auto next = [&]() -> std::uint64_t {
+        return length < available ? characters[static_cast<unsigned char>(begin[length])] : 0U;
+    };
+    for (unsigned int shift = 0; shift < 64; shift += 8, ++length)
     {
-        const std::uint64_t c = characters[static_cast<unsigned char>(begin[mnemonic.iLength])];
+        const std::uint64_t c = next();
         if (c == 0)
         {
-            break;
+            mnemonic.iLength = length;
+            return mnemonic;
         }
-        if (mnemonic.iLength < 8)
-        {
-            mnemonic.key.iLow |= c << (8 * mnemonic.iLength);
-        }
-        else if (mnemonic.iLength < tagMnemonicKey::kCapacity)
-        {
-            mnemonic.key.iHigh |= c << (8 * (mnemonic.iLength - 8));
-        }
-        ++mnemonic.iLength;
+        mnemonic.key.iLow |= c << shift;
     }
+    for (unsigned int shift = 0; shift < 64 && next() != 0; shift += 8, ++length)
+    {
+        mnemonic.key.iHigh |= next() << shift;
+    }
+    while (next() != 0)
+    {
+        ++length;
+    }
+    mnemonic.iLength = length;
     return mnemonic;
 }
 

@@ -14,7 +14,6 @@ namespace ZoVelkor::RemoteKernel
 
 namespace
 {
-constexpr std::uint32_t kFloatBits = ARG_PFLOAT_S | ARG_NFLOAT_S;
 constexpr std::uint32_t kNumericBits = ARG_SFLOAT;
 constexpr std::uint32_t kAcceptingBits = kNumericBits | ARG_BLOCK | ARG_STRG | ARG_STRGUD | ARG_EXPR | MNEM |
                                          ARG_MINMAX | ARG_DEFAULT | ARG_UPDOWN | ARG_OFF | ARG_KEEP;
