@@ -132,6 +132,7 @@ wchar_t* CZoString::DetachBSTR() noexcept
 HRESULT CZoString::AssignBSTR(const wchar_t* text) noexcept
 {
     Adopt(CopyOf(text));
+    // Deliberate: no failure when memory is short; callers ask IsNull.
     return S_OK;
 }
 
@@ -396,7 +397,7 @@ void ZOStringListConv(wchar_t** pbsDest, const CArrayAccessor<CZoString>& zoSour
                             "zoSourceList.GetSize() >= static_cast<unsigned long>( iElementCount )",
                             "String list has " + std::to_string(zoSourceList.GetSize()) + " elements, " +
                                 std::to_string(iElementCount) + " are wanted",
-                            E_INVALIDARG));
+                            ZO_E_SHELL));
     }
     for (long i = 0; i < iElementCount; ++i)
     {
@@ -415,7 +416,7 @@ void ZOStringListConv(CArrayAccessor<CZoString>& zoDestList, wchar_t** pbsSource
         ThrowError(ZO_ERROR(nullptr,
                             "iElementCount >= 0",
                             "String list of " + std::to_string(iElementCount) + " elements",
-                            E_INVALIDARG));
+                            ZO_E_SHELL));
     }
     CArrayAccessor<CZoString> list;
     list.SetSize(static_cast<unsigned long>(iElementCount));

@@ -11,6 +11,8 @@ QString ToQString(const CZoString& text)
     {
         return {};
     }
+    // Deliberate: narrowed although QString could hold it all; a text has the same characters in dialogs and
+    // in 8-bit files.
     return WithNarrowText(text, [](const char* narrow) { return QString::fromLatin1(narrow); });
 }
 

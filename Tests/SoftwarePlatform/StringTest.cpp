@@ -417,6 +417,7 @@ RaisedCondition(CErrorRecorder& recorder, wchar_t** array, const CArrayAccessor<
     const auto entries = recorder.Take();
     EXPECT_EQ(entries.size(), 1U);
     EXPECT_STREQ(entries.at(0).report.sourceUnit, "Src/ZoString");
+    EXPECT_EQ(entries.at(0).report.result, array == nullptr ? E_POINTER : ZO_E_SHELL);
     return entries.at(0).report.condition;
 }
 
