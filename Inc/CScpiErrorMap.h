@@ -22,7 +22,7 @@ ZO_EXPORT std::string_view GetScpiErrorText(short code) noexcept;
 ///
 /// Holds exactly the standard's numbers; instruments cannot add any. A copy owns its own texts.
 /// Errors: none but std::bad_alloc. Threads: one instance may be read by several threads.
-/// Standard: SCPI-99 vol. 2, 21.8.9 to 21.8.15.
+/// Standard: SCPI-99 vol. 2, 21.8.9 to 21.8.16.
 class ZO_EXPORT CScpiErrorMap
 {
 public:

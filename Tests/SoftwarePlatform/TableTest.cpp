@@ -50,7 +50,6 @@ TEST(Token, FormsOfAKeyword)
         EXPECT_EQ(token.ToLongForm(), row.longForm);
         EXPECT_EQ(token.ToShortForm(), row.shortForm);
         EXPECT_EQ(token.ToNumericShortForm(), row.numericShortForm);
-        token.Normalise();
         EXPECT_EQ(token.ToSyntaxForm(), row.syntaxForm);
         EXPECT_EQ(CScpiToken::ScpiToken2SyntaxForm(row.text), row.syntaxForm);
     }
@@ -65,6 +64,15 @@ TEST(Token, CheckNamesTheFirstFault)
     EXPECT_EQ(CScpiToken("1ABC").Check(), "The first character is invalid in the scpi token 1ABC");
     EXPECT_EQ(CScpiToken("\xC4").Check(), "The first character is invalid in the scpi token \xC4");
     EXPECT_EQ(CScpiToken("A_1").Check(), "");
+}
+
+TEST(Token, NormaliseReplacesTheStoredText)
+{
+    CScpiToken token("1trace");
+    const CScpiToken copy(token);
+    token.Normalise();
+    EXPECT_EQ(token.Check(), "The first character is invalid in the scpi token 1TRace");
+    EXPECT_EQ(copy.Check(), "The first character is invalid in the scpi token 1trace");
 }
 
 struct tagErrorTextCase
