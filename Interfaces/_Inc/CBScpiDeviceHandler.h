@@ -8,7 +8,7 @@ namespace ZoVelkor
 
 /// Base of device handlers: every event succeeds and does nothing, calibration and self-test pass.
 ///
-/// A null out-pointer is reported and gives E_POINTER.
+/// Out-pointers must not be null; the kernel never passes one.
 class ZO_EXPORT CBScpiDeviceHandler : public IZOScpiDeviceHandler
 {
 public:

@@ -16,12 +16,13 @@ public:
     HRESULT ReleaseClone(IUnknown* pParserEngine) override;
 
 protected:
-    ~CBScpiMultichannelParser() override = default;
-
+    // These two stand before the destructor, so that they take the slots that follow the interface.
     /// @param[out] ppParserEngine  a new reference; never a null address
     virtual HRESULT DoCreateClone(IUnknown** ppParserEngine) = 0;
     /// @param pParserEngine  an engine of DoCreateClone, lent for the call; not null
     virtual HRESULT DoReleaseClone(IUnknown* pParserEngine) = 0;
+
+    ~CBScpiMultichannelParser() override = default;
 };
 
 } // namespace ZoVelkor

@@ -1,29 +1,9 @@
 #include "CBScpiDeviceHandler.h"
 
-#include "ErrorRaising.h"
 #include "Variant.h"
 
 namespace ZoVelkor
 {
-
-ZO_SOURCE_UNIT("Interfaces/_Src/CBScpiDeviceHandler")
-
-namespace
-{
-
-/// Checks an out-pointer and answers through it.
-template <class TValue>
-HRESULT Answer(TValue* pTarget, TValue value, char const* name, char const* condition)
-{
-    if (pTarget == nullptr)
-    {
-        return RepairError(NullPointerError(kSourceUnit, nullptr, name, condition));
-    }
-    *pTarget = value;
-    return S_OK;
-}
-
-} // namespace
 
 HRESULT CBScpiDeviceHandler::GotoLocal()
 {
@@ -72,22 +52,26 @@ HRESULT CBScpiDeviceHandler::ProgramMessageEnd(short /*aborted*/)
 
 HRESULT CBScpiDeviceHandler::Calibrate(long* result)
 {
-    return Answer(result, 0L, "result", "result != NULL");
+    *result = 0;
+    return S_OK;
 }
 
 HRESULT CBScpiDeviceHandler::Selftest(short* passed)
 {
-    return Answer(passed, VARIANT_TRUE, "passed", "passed != NULL");
+    *passed = VARIANT_TRUE;
+    return S_OK;
 }
 
 HRESULT CBScpiDeviceHandler::GetDeviceOptions(wchar_t** text)
 {
-    return Answer(text, static_cast<wchar_t*>(nullptr), "text", "text != NULL");
+    *text = nullptr;
+    return S_OK;
 }
 
 HRESULT CBScpiDeviceHandler::GetFirmwareLevel(wchar_t** text)
 {
-    return Answer(text, static_cast<wchar_t*>(nullptr), "text", "text != NULL");
+    *text = nullptr;
+    return S_OK;
 }
 
 } // namespace ZoVelkor

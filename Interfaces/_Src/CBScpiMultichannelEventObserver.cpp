@@ -1,11 +1,7 @@
 #include "CBScpiMultichannelEventObserver.h"
 
-#include "ErrorRaising.h"
-
 namespace ZoVelkor
 {
-
-ZO_SOURCE_UNIT("Interfaces/_Src/CBScpiMultichannelEventObserver")
 
 HRESULT CBScpiMultichannelEventObserver::ConnectionAccepted(wchar_t* name, long remotePath)
 {
@@ -75,10 +71,6 @@ HRESULT CBScpiMultichannelEventObserver::put_EventClientId(GUID id)
 
 HRESULT CBScpiMultichannelEventObserver::get_EventClientId(GUID* id)
 {
-    if (id == nullptr)
-    {
-        return RepairError(ZO_NULL_POINTER(nullptr, "id"));
-    }
     *id = m_EventClientId;
     return S_OK;
 }

@@ -2,6 +2,7 @@
 
 #include "CComVariant.h"
 #include "CCommandExecutionData.h"
+#include "CErrorRecorder.h"
 #include "CScpiFunctionExecutionDataPoolParser.h"
 
 #include <gtest/gtest.h>
@@ -52,12 +53,7 @@ struct tagTranscript
 
     void FailAfter(int count) { failingCall = calls + count; }
     bool HasFailed() const { return calls > failingCall; }
-    HRESULT Add(std::string const& more)
-    {
-        const bool isFailing = calls++ == failingCall;
-        text += isFailing ? "" : more;
-        return isFailing ? E_FAIL : S_OK;
-    }
+    HRESULT Add(std::string const& more) { return calls++ == failingCall ? E_FAIL : (text += more, S_OK); }
 };
 
 struct tagFakeOutputBuffer : CFake<IZOScpiOutputBuffer>
@@ -92,14 +88,8 @@ public:
         number.ChangeType(VT_R8);
         return Put(value->vt, static_cast<double>(number.dblVal), type, width);
     }
-    HRESULT NumericText(unsigned long n, char const* text) override
-    {
-        return Put("num", std::string(text, n));
-    }
-    HRESULT StringText(unsigned long n, char const* text) override
-    {
-        return Put("str", std::string(text, n));
-    }
+    HRESULT NumericText(unsigned long n, char const* p) override { return Put("num", std::string(p, n)); }
+    HRESULT StringText(unsigned long n, char const* p) override { return Put("str", std::string(p, n)); }
     HRESULT OutputData(VARIANT const*, tagEnumFormatDataInterpretation kind, VARIANT_BOOL separator) override
     {
         return Put("data", kind, separator);
@@ -165,10 +155,7 @@ struct tagFakeStatusManagement : CFake<IZOScpiStatusManagement>
 struct tagCommand : CFake<IZOScpiManager>
 {
     explicit tagCommand(std::vector<tagZO_SCPI_PARAMETER> parameters = {}) : arguments(std::move(parameters))
-    {
-        data = MakeScpiParserData(
-            this, 2, 17, 0, suffixes, arguments.size(), arguments.data(), nullptr, &output);
-    }
+    {}
     HRESULT GetRemotePath(long*) override { return E_NOTIMPL; }
     HRESULT GetErrorManagement(IZOScpiErrorManagement** p) override { return errors.Give(p); }
     HRESULT GetStatusManagement(IZOScpiStatusManagement** p) override { return status.Give(p); }
@@ -182,7 +169,8 @@ struct tagCommand : CFake<IZOScpiManager>
     CFakeFormat format{transcript};
     tagFakeErrorManagement errors;
     tagFakeStatusManagement status;
-    tagZO_SCPI_PARSER_DATA data;
+    tagZO_SCPI_PARSER_DATA data =
+        MakeScpiParserData(this, 2, 17, 0, suffixes, arguments.size(), arguments.data(), nullptr, &output);
 };
 
 inline tagZO_SCPI_PARAMETER Parameter(std::uint32_t type, char const* text, std::uint32_t code = 0)
@@ -205,5 +193,26 @@ inline tagZO_SCPI_PARAMETER Special(std::uint32_t word)
 
 using CPool = CScpiFunctionExecutionDataPoolParser;
 using CRecord = CCommandExecutionData;
+
+/// Gives the command to both handler styles, each with a fresh pool or record.
+template <class TTest>
+void OnBothStyles(tagCommand const& command, TTest const& test)
+{
+    CPool pool(command.data);
+    test(pool);
+    CRecord record(command.data);
+    test(record);
+}
+
+/// One line for each report: condition, message, and whether it was thrown.
+inline std::string Lines(std::vector<CErrorRecorder::tagEntry> const& entries)
+{
+    std::string lines;
+    for (auto const& [report, thrown] : entries)
+    {
+        lines += std::string(report.condition) + "|" + report.message + (thrown ? "|thrown\n" : "\n");
+    }
+    return lines;
+}
 
 } // namespace ZoVelkor
