@@ -51,7 +51,7 @@ bool ConvertNumber(char const* text, double& value) noexcept
     const double magnitude = std::fabs(fast);
     // Plus signs, blanks, hexadecimal numbers (they begin with a zero) and everything near a limit are left
     // to the library; the comparison is false for not-a-number too.
-    if (parsed.ec == std::errc() && magnitude >= std::numeric_limits<double>::min() &&
+    if (parsed.ec == std::errc() && magnitude > std::numeric_limits<double>::min() &&
         magnitude <= std::numeric_limits<double>::max())
     {
         value = fast;
