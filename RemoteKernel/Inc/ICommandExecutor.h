@@ -18,7 +18,8 @@ public:
     /// @return false: the rest of the program message is dropped (device clear, broken connection)
     virtual bool ExecuteCommand(const tagParsedCommand& command) = 0;
 
-    /// Takes an error. After a command error the parser drops the rest of the message; after an execution error
+    /// Takes an error. After a command error the parser drops the rest of the message; after an execution
+    /// error
     /// (-222, -223: a parameter out of range or too long) only its command is not run.
     ///
     /// @param code  SCPI error number

@@ -32,7 +32,7 @@ constexpr std::array<unsigned char, 256> MakeMnemonicCharacters(std::string_view
     for (unsigned char c = 'A'; c <= 'Z'; ++c)
     {
         characters[c] = c;
-        characters[static_cast<std::size_t>(c - 'A' + 'a')] = c;
+        characters[c | 0x20U] = c;
     }
     for (unsigned char c = '0'; c <= '9'; ++c)
     {

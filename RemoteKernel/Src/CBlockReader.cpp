@@ -259,8 +259,7 @@ HRESULT CBlockReader::GetNextElement(VARIANT* value)
     {
         return RepairError(ZO_NULL_POINTER(nullptr, "value"));
     }
-    VARIANT element;
-    VariantInit(&element);
+    VARIANT element{};
     const HRESULT result = NextElement(element);
     return result == S_OK ? VariantCopy(value, &element) : result;
 }
@@ -271,7 +270,7 @@ HRESULT CBlockReader::GetNextDouble(double* value)
     {
         return RepairError(ZO_NULL_POINTER(nullptr, "value"));
     }
-    VARIANT element;
+    VARIANT element{};
     const HRESULT result = NextElement(element);
     if (result == S_OK)
     {
@@ -286,7 +285,7 @@ HRESULT CBlockReader::GetNextInteger(long* value)
     {
         return RepairError(ZO_NULL_POINTER(nullptr, "value"));
     }
-    VARIANT element;
+    VARIANT element{};
     const HRESULT result = NextElement(element);
     return result == S_OK ? ToInteger(element, *value) : result;
 }

@@ -349,7 +349,7 @@ bool CParameterParser::TakeOwnWord(tagZO_SCPI_PARAMETER& record, const tagMnemon
 
 bool CParameterParser::TakeSpecialWord(tagZO_SCPI_PARAMETER& record, const tagMnemonic& word) const noexcept
 {
-    const auto found = std::find_if(
+    const auto* const found = std::find_if(
         std::begin(kSpecialWords), std::end(kSpecialWords), [&word](const tagSpecialWord& special) {
             return special.shortForm == word.key || special.longForm == word.key;
         });

@@ -4,6 +4,7 @@
 #include "ScpiErrorNumbers.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstring>
 
@@ -93,7 +94,7 @@ unsigned int DigitValue(char c) noexcept
 /// Significant digits of a mantissa, without sign, point and leading zeros.
 struct tagDigits
 {
-    char aDigits[kMaxDigits + 1];
+    std::array<char, kMaxDigits + 1> aDigits{};
     std::size_t iCount = 0;
     int iScale = 0; ///< power of ten of the last digit
 };
@@ -142,7 +143,8 @@ void RoundDigits(tagDigits& digits) noexcept
         ++digits.aDigits[place - 1];
         return;
     }
-    std::memmove(digits.aDigits + 1, digits.aDigits, kept);
+    std::copy_backward(
+        digits.aDigits.begin(), digits.aDigits.begin() + kept, digits.aDigits.begin() + kept + 1);
     digits.aDigits[0] = '1';
     ++digits.iCount;
 }
@@ -246,7 +248,7 @@ short WriteRounded(const tagDecimal& number, int exponent, tagTextBuffer& text) 
     {
         text.Append("-", 1);
     }
-    text.Append(digits.aDigits, digits.iCount);
+    text.Append(digits.aDigits.data(), digits.iCount);
     std::memset(text.pText + text.iLength, '0', zeros);
     text.iLength += zeros;
     return 0;

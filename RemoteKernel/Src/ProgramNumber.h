@@ -39,8 +39,8 @@ short ScanNonDecimal(const char*& place, const char* end, unsigned int bits, std
 /// Room for the text of a number.
 struct tagTextBuffer
 {
-    char* pText;
-    std::size_t iCapacity;
+    char* pText = nullptr;
+    std::size_t iCapacity = 0;
     std::size_t iLength = 0;
 
     /// @return false when the text does not fit; nothing is stored then

@@ -120,16 +120,6 @@ TEST(MessageFramer, ResetForgetsTheMessage)
     framer.Reset();
     EXPECT_EQ(framer.Scan(std::string_view("E\n")).iLength, 1U);
 }
-
-TEST(MessageFramer, DropsARefusedBlockThatIsStillToCome)
-{
-    CMessageFramer framer(kSmall);
-    const std::string begin = "D #230ab";
-    EXPECT_EQ(framer.Scan(begin).iError, -223);
-    const tagFrame frame = framer.Scan(std::string_view("cd"));
-    EXPECT_EQ(frame.iConsumed, 2U);
-    EXPECT_EQ(frame.iBytesNeeded, 26U);
-}
 } // namespace
 
 } // namespace ZoVelkor::RemoteKernel::Testing
