@@ -76,6 +76,7 @@ void CloseNumber(int number)
 
 TEST(UniqueHandle, ClosesWhatItHoldsOnce)
 {
+    closedSum = 0;
     using CNumber = CUniqueHandle<&CloseNumber, int, -1>;
     {
         CNumber first(1);
