@@ -8,7 +8,7 @@ namespace ZoVelkor
 
 /// Base of device handlers: every event succeeds and does nothing, calibration and self-test pass.
 ///
-/// Out-pointers must not be null; the kernel never passes one.
+/// A null out-pointer is skipped.
 class ZO_EXPORT CBScpiDeviceHandler : public IZOScpiDeviceHandler
 {
 public:

@@ -26,7 +26,7 @@ public:
     HRESULT ProgramMessageEnd(short aborted, long remotePath) override;
     HRESULT OpcReset(long remotePath, unsigned long count, GUID* ids) override;
     HRESULT put_EventClientId(GUID id) override;
-    /// @param[out] id  all zero before put_EventClientId; must not be null
+    /// @param[out] id  all zero before put_EventClientId; null is skipped
     HRESULT get_EventClientId(GUID* id) override;
 
 protected:

@@ -4,6 +4,21 @@
 
 namespace ZoVelkor
 {
+namespace
+{
+
+/// All defaults succeed: an answer that nobody wants is no mistake.
+template <class T>
+HRESULT Store(T* target, T value) noexcept
+{
+    if (target != nullptr)
+    {
+        *target = value;
+    }
+    return S_OK;
+}
+
+} // namespace
 
 HRESULT CBScpiDeviceHandler::GotoLocal()
 {
@@ -52,26 +67,22 @@ HRESULT CBScpiDeviceHandler::ProgramMessageEnd(short /*aborted*/)
 
 HRESULT CBScpiDeviceHandler::Calibrate(long* result)
 {
-    *result = 0;
-    return S_OK;
+    return Store(result, 0L);
 }
 
 HRESULT CBScpiDeviceHandler::Selftest(short* passed)
 {
-    *passed = VARIANT_TRUE;
-    return S_OK;
+    return Store(passed, VARIANT_TRUE);
 }
 
 HRESULT CBScpiDeviceHandler::GetDeviceOptions(wchar_t** text)
 {
-    *text = nullptr;
-    return S_OK;
+    return Store<wchar_t*>(text, nullptr);
 }
 
 HRESULT CBScpiDeviceHandler::GetFirmwareLevel(wchar_t** text)
 {
-    *text = nullptr;
-    return S_OK;
+    return Store<wchar_t*>(text, nullptr);
 }
 
 } // namespace ZoVelkor

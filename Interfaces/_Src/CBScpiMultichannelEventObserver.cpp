@@ -71,7 +71,10 @@ HRESULT CBScpiMultichannelEventObserver::put_EventClientId(GUID id)
 
 HRESULT CBScpiMultichannelEventObserver::get_EventClientId(GUID* id)
 {
-    *id = m_EventClientId;
+    if (id != nullptr)
+    {
+        *id = m_EventClientId;
+    }
     return S_OK;
 }
 

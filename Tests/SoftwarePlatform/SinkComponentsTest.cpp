@@ -39,6 +39,8 @@ TEST(SinkComponents, DefaultsSucceedAndPassCalibrationAndSelfTest)
     EXPECT_EQ(options, nullptr);
     EXPECT_EQ(spHandler->GetFirmwareLevel(&level), S_OK);
     EXPECT_EQ(level, nullptr);
+    EXPECT_EQ(spHandler->Calibrate(nullptr), S_OK);
+    EXPECT_EQ(spHandler->GetFirmwareLevel(nullptr), S_OK);
 }
 
 /// Notes each notification; answers with a result of its own.
