@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <thread>
 #include <utility>
 
@@ -28,18 +27,6 @@ TEST(LastError, BelongsToItsThread)
         SetLastError(ERROR_BUSY);
     }).join();
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
-}
-
-TEST(Interlocked, GivesNewOrFormerValue)
-{
-    LONG value = std::numeric_limits<LONG>::max();
-    EXPECT_EQ(InterlockedIncrement(&value), std::numeric_limits<LONG>::min());
-    EXPECT_EQ(InterlockedDecrement(&value), std::numeric_limits<LONG>::max());
-    EXPECT_EQ(InterlockedExchange(&value, 5), std::numeric_limits<LONG>::max());
-    EXPECT_EQ(InterlockedExchangeAdd(&value, 3), 5);
-    EXPECT_EQ(InterlockedCompareExchange(&value, 1, 7), 8);
-    EXPECT_EQ(InterlockedCompareExchange(&value, 1, 8), 8);
-    EXPECT_EQ(value, 1);
 }
 
 TEST(Interlocked, LosesNoCountBetweenThreads)

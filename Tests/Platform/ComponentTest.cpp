@@ -89,12 +89,6 @@ TEST(ComPtr, FetchesInterfaces)
     EXPECT_EQ((CComQIPtr<ISecond, &GUID_NULL>(first)), nullptr);
 }
 
-TEST(ComPtrDeathTest, RefusesToFollowNull)
-{
-    const CComPtr<IFirst> null;
-    EXPECT_DEATH(static_cast<void>(null->First()), "Assertion `m_pointer != nullptr' failed");
-}
-
 TEST(Adapt, LetsOwnersLiveInContainers)
 {
     std::map<CAdapt<CComBSTR>, CAdapt<CComPtr<IFirst>>> map;

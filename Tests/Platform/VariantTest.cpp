@@ -60,6 +60,7 @@ TEST(Variant, OwnsNothingByReference)
     outer.pvarVal = &reference;
     EXPECT_EQ(VariantCopyInd(&copy, &outer), S_OK);
     EXPECT_STREQ(copy.bstrVal, L"x");
+    EXPECT_EQ(VariantChangeType(&copy, &outer, 0, VT_R8), DISP_E_TYPEMISMATCH);
     EXPECT_EQ(VariantClear(&copy), S_OK);
     EXPECT_EQ(VariantClear(&reference), S_OK);
     SysFreeString(text);
