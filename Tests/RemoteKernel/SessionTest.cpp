@@ -167,7 +167,7 @@ TEST_F(Session, UnregisterWaitsForTheRunningHandler)
     std::thread releasing([&] {
         // The new set is visible before the wait, so a new message no longer finds the application.
         CSession other(m_instrument.kernel);
-        while (Run(other, "INT 1;*OPC?\n") != "")
+        while (Run(other, "SYST:HELP:SYNT? 'INT'\n") != "\"\"\n")
         {}
         bReleased = true;
         SetEvent(m_instrument.spSink->m_holdRelease.Get());
