@@ -3,10 +3,12 @@
 #include "GuardedEntry.h"
 #include "ThreadBasics.h"
 
-#include <asio/write.hpp>
+#include <asio/buffer.hpp>
+#include <asio/error.hpp>
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <poll.h>
 #include <string>
 #include <sys/socket.h>
 #include <utility>
@@ -21,6 +23,9 @@ namespace
 constexpr int kProbeAfterSeconds = 30;
 constexpr int kProbeIntervalSeconds = 10;
 constexpr int kProbeCount = 3;
+
+/// A client that has sent nothing for so long has its session give the memory of large messages back.
+constexpr int kQuietMs = 1000;
 
 void SetTcpOption(int socket, int option, int value) noexcept
 {
@@ -37,6 +42,12 @@ asio::ip::tcp::socket Prepare(asio::ip::tcp::socket socket)
     SetTcpOption(socket.native_handle(), TCP_KEEPINTVL, kProbeIntervalSeconds);
     SetTcpOption(socket.native_handle(), TCP_KEEPCNT, kProbeCount);
     return socket;
+}
+
+/// A signal handler of the program ran in the connection's thread: the operation is to be repeated.
+bool IsInterrupted(const asio::error_code& error) noexcept
+{
+    return error == asio::error::interrupted;
 }
 
 } // namespace
@@ -60,9 +71,12 @@ CTcpConnection::~CTcpConnection()
 void CTcpConnection::Start(std::function<void()> onEnd)
 {
     m_thread = std::thread([this, onEnd = std::move(onEnd)] {
-        SetThreadName(("scpi-tcp-" + std::to_string(m_session.RemotePath())).c_str());
         Run();
-        onEnd();
+        // Should this fail for lack of memory, the connection is removed with the next one that ends.
+        static_cast<void>(GuardedEntry([&onEnd]() -> HRESULT {
+            onEnd();
+            return S_OK;
+        }));
     });
 }
 
@@ -75,15 +89,12 @@ void CTcpConnection::Abort() noexcept
 
 void CTcpConnection::Run()
 {
-    try
-    {
+    // After a failure this client loses its connection, the others go on.
+    static_cast<void>(GuardedEntry([this]() -> HRESULT {
+        SetThreadName(("scpi-tcp-" + std::to_string(m_session.RemotePath())).c_str());
         Serve();
-    }
-    catch (...)
-    {
-        // This client loses its connection, the others go on.
-        static_cast<void>(ResultOfCurrentException());
-    }
+        return S_OK;
+    }));
     static_cast<void>(shutdown(m_socket.native_handle(), SHUT_RDWR));
     m_bOpen.store(false, std::memory_order_release);
 }
@@ -92,10 +103,14 @@ void CTcpConnection::Serve()
 {
     while (!m_session.IsCancelled())
     {
+        if (m_session.HoldsMemory() && !WaitForInput())
+        {
+            m_session.ReleaseMemory();
+        }
         const std::span<char> space = m_session.InputSpace();
         asio::error_code error;
         const std::size_t received = m_socket.read_some(asio::buffer(space.data(), space.size()), error);
-        if (error)
+        if (error && !IsInterrupted(error))
         {
             return;
         }
@@ -111,11 +126,24 @@ void CTcpConnection::Serve()
     }
 }
 
+bool CTcpConnection::WaitForInput() noexcept
+{
+    pollfd descriptor{m_socket.native_handle(), POLLIN, 0};
+    return poll(&descriptor, 1, kQuietMs) != 0;
+}
+
 bool CTcpConnection::Send(std::string_view response)
 {
-    asio::error_code error;
-    asio::write(m_socket, asio::buffer(response.data(), response.size()), error);
-    return !error;
+    while (!response.empty())
+    {
+        asio::error_code error;
+        response.remove_prefix(m_socket.write_some(asio::buffer(response.data(), response.size()), error));
+        if (error && !IsInterrupted(error))
+        {
+            return false;
+        }
+    }
+    return true;
 }
 
 } // namespace ZoVelkor::RemoteKernel

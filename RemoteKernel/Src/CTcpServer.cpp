@@ -75,6 +75,7 @@ public:
     std::size_t SessionCount() const;
 
 private:
+    void StopAcceptingLocked();
     void AcceptNext();
     void OnAccept(const asio::error_code& error, tcp::socket socket);
     void Serve(tcp::socket socket);
@@ -103,16 +104,35 @@ void CTcpServer::CImplementation::Start()
     {
         return;
     }
-    auto spContext = std::make_unique<asio::io_context>(1);
-    m_acceptor.emplace(Listen(*spContext, m_settings));
-    m_retry.emplace(*spContext);
-    m_endpoint = m_acceptor->local_endpoint();
-    AcceptNext();
-    m_spContext = std::move(spContext);
-    m_acceptThread = std::thread([this, &context = *m_spContext] {
-        SetThreadName("scpi-tcp-accept");
-        context.run();
-    });
+    m_spContext = std::make_unique<asio::io_context>(1);
+    try
+    {
+        m_acceptor.emplace(Listen(*m_spContext, m_settings));
+        m_retry.emplace(*m_spContext);
+        m_endpoint = m_acceptor->local_endpoint();
+        AcceptNext();
+        m_acceptThread = std::thread([&context = *m_spContext] {
+            SetThreadName("scpi-tcp-accept");
+            context.run();
+        });
+    }
+    catch (...)
+    {
+        StopAcceptingLocked();
+        m_spContext.reset();
+        throw;
+    }
+}
+
+void CTcpServer::CImplementation::StopAcceptingLocked()
+{
+    m_spContext->stop();
+    if (m_acceptThread.joinable())
+    {
+        m_acceptThread.join();
+    }
+    m_acceptor.reset();
+    m_retry.reset();
 }
 
 void CTcpServer::CImplementation::Stop()
@@ -122,10 +142,7 @@ void CTcpServer::CImplementation::Stop()
     {
         return;
     }
-    m_spContext->stop();
-    m_acceptThread.join();
-    m_acceptor.reset();
-    m_retry.reset();
+    StopAcceptingLocked();
 
     std::list<CTcpConnection> connections;
     {

@@ -5,8 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
 #include <system_error>
 #include <thread>
+#include <unistd.h>
 
 namespace ZoVelkor::RemoteKernel::Testing
 {
@@ -163,6 +167,38 @@ INSTANTIATE_TEST_SUITE_P(InTheMiddleOf,
                                          tagDisconnect{"Writing", "BLOCk?;BLOCk?;BLOCk?\n"},
                                          tagDisconnect{"Operation", "OVER;*OPC?\n"}),
                          [](const auto& row) { return row.param.name; });
+
+/// Interrupts all threads of servers by a signal that restarts no system call.
+void SignalServerThreads()
+{
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task"))
+    {
+        std::string name;
+        std::getline(std::ifstream(task.path() / "comm"), name);
+        if (name.starts_with("scpi-tcp-"))
+        {
+            tgkill(getpid(), std::stoi(task.path().filename()), SIGUSR1);
+        }
+    }
+}
+
+TEST_F(TcpServer, SignalHandlersOfTheProgramBreakNoConnection)
+{
+    struct sigaction action = {};
+    action.sa_handler = [](int) {};
+    sigaction(SIGUSR1, &action, nullptr); // stays: a late signal must not end the program
+    CScpiClient client = Connect();
+    client.Write("BLOCk " + Block(AllByteValues(8'000'000)));
+    for (int round = 0; round < 50; ++round)
+    {
+        ASSERT_EQ(client.Query("*OPC?"), "1");
+        SignalServerThreads(); // waits for a message
+        client.Write("BLOCk?");
+        client.Read(1);
+        SignalServerThreads(); // the response fills the socket
+        client.Read(8'000'000 + 9);
+    }
+}
 
 TEST_F(TcpServer, TellsAClientBeyondTheLimit)
 {
