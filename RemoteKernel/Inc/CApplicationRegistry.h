@@ -60,6 +60,8 @@ private:
     HRESULT CheckObject(const tagZO_SCPI_PARSER_OBJECT* object) const;
     HRESULT CheckTable(const CApplication& application) const;
     HRESULT Add(const tagZO_SCPI_PARSER_OBJECT& object);
+    /// @return the application that has left the set and is still open; null when there is none
+    std::shared_ptr<CApplication> Remove(const GUID& id);
     void Publish(std::vector<std::shared_ptr<CApplication>> applications);
     std::string IdentityResponse(const std::vector<std::shared_ptr<CApplication>>& applications) const;
 

@@ -35,7 +35,8 @@ public:
     HRESULT Start();
 
     /// Takes the registrations at the root back, cancels all sessions and unregisters all applications. When
-    /// it returns no handler is running or will run. Calling it again does nothing.
+    /// it returns no handler is running or will run; an application that unregisters itself at the same time
+    /// waits for its own. Calling it again does nothing.
     void Stop();
 
     /// Services by interface; borrowed, as long as the kernel lives.

@@ -146,30 +146,44 @@ HRESULT CApplicationRegistry::Add(const tagZO_SCPI_PARSER_OBJECT& object)
 HRESULT CApplicationRegistry::UnregisterObject(GUID id)
 {
     return GuardedEntry([&]() -> HRESULT {
-        const std::lock_guard changeLock(m_changeMutex);
-        auto applications = m_spCurrent->applications;
-        const auto found = std::find_if(applications.begin(), applications.end(), [&](const auto& other) {
-            return !other->IsBuiltIn() && other->ObjectId() == id;
-        });
-        if (found == applications.end())
+        const std::shared_ptr<CApplication> spApplication = Remove(id);
+        if (spApplication == nullptr)
         {
             return S_FALSE;
         }
-        const std::shared_ptr<CApplication> spApplication = *found;
-        applications.erase(found);
-        Publish(std::move(applications));
+        // Without lock: the application's objects go now, and may take others with them.
         // A session that still works with the former set finds the application closed.
         spApplication->Close();
         return S_OK;
     });
 }
 
-void CApplicationRegistry::Close()
+std::shared_ptr<CApplication> CApplicationRegistry::Remove(const GUID& id)
 {
     const std::lock_guard changeLock(m_changeMutex);
-    m_bClosed = true;
-    const auto applications = m_spCurrent->applications;
-    Publish({applications.front()});
+    auto applications = m_spCurrent->applications;
+    const auto found = std::find_if(applications.begin(), applications.end(), [&](const auto& other) {
+        return !other->IsBuiltIn() && other->ObjectId() == id;
+    });
+    if (found == applications.end())
+    {
+        return nullptr;
+    }
+    std::shared_ptr<CApplication> spApplication = *found;
+    applications.erase(found);
+    Publish(std::move(applications));
+    return spApplication;
+}
+
+void CApplicationRegistry::Close()
+{
+    std::vector<std::shared_ptr<CApplication>> applications;
+    {
+        const std::lock_guard changeLock(m_changeMutex);
+        m_bClosed = true;
+        applications = m_spCurrent->applications;
+        Publish({applications.front()});
+    }
     for (const auto& spApplication : applications)
     {
         spApplication->Close();

@@ -181,6 +181,42 @@ TEST_F(Session, UnregisterWaitsForTheRunningHandler)
     EXPECT_EQ(Run(m_session, "*OPC?;LAST?\n"), "1\n");
 }
 
+/// A sink that takes another application with it when it goes.
+class CLeadingSink : public CTestSink
+{
+public:
+    CLeadingSink(IZOScpiObjectRegistration& registration, const GUID& follower)
+        : m_registration(registration),
+          m_follower(follower)
+    {}
+
+protected:
+    ~CLeadingSink() { EXPECT_EQ(m_registration.UnregisterObject(m_follower), S_OK); }
+
+private:
+    IZOScpiObjectRegistration& m_registration;
+    const GUID m_follower;
+};
+
+TEST(Registration, ApplicationThatGoesMayUnregisterAnother)
+{
+    tagTestInstrument instrument;
+    IZOScpiObjectRegistration& registration = instrument.kernel.ObjectRegistration();
+    auto spSink = CComObject<CLeadingSink, IZOScpiExecutionSink>::Create(registration, instrument.id);
+    const auto table = CTableBuilder().Add("LEADer", CTestSink::kAnswerList, DEF, QMARK, {}).Build();
+    const tagZO_SCPI_PARSER_OBJECT leader{
+        L"leader",
+        {static_cast<std::uint32_t>(table.size() * sizeof(_CMD_SET_RECORD)), table.data()},
+        spSink,
+        nullptr,
+        { 1, 2,                                                                           3, {}}
+    };
+    ASSERT_EQ(registration.RegisterObject(&leader), S_OK);
+    spSink.Release();
+    EXPECT_EQ(registration.UnregisterObject(leader.guidObjectId), S_OK);
+    EXPECT_EQ(registration.UnregisterObject(instrument.id), S_FALSE);
+}
+
 TEST(Registration, RefusesDamagedTablesAndSaysWhy)
 {
     tagTestInstrument instrument;
