@@ -5,9 +5,11 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <malloc.h>
 
 namespace
 {
@@ -21,6 +23,16 @@ void SayReady(const CDemoInstrument& instrument)
 {
     fmt::print("zo-demo-instrument ready on {} (raw SCPI)\n", instrument.Address());
     std::fflush(stdout);
+}
+
+void PrepareProcess() noexcept
+{
+    // Whoever reads the log may go; the instrument stays.
+    std::signal(SIGPIPE, SIG_IGN);
+    // Fixed, so that memory of a large message goes back to the system with the message. Left alone, the C
+    // library raises the bound to the size of the message and keeps as much for every arena of its own.
+    constexpr int kOwnPagesFromBytes = 128 << 10;
+    mallopt(M_MMAP_THRESHOLD, kOwnPagesFromBytes);
 }
 
 int RunInstrument(const tagDemoOptions& options)
@@ -63,5 +75,6 @@ int main(int argc, char** argv)
     {
         return app.exit(fault) == 0 ? EXIT_SUCCESS : kExitUsage;
     }
+    PrepareProcess();
     return RunInstrument(options);
 }
