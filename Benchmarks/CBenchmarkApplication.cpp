@@ -56,7 +56,7 @@ HRESULT CBenchmarkApplication::Execute(IUnknown* context,
             return hr;
         }
         case tagTarget::List:
-            return data.GetFormatSubsystem()->OutputDoubles(m_values.data(), m_values.size());
+            return AnswerList(data);
         case tagTarget::Filler:
             break;
         }
