@@ -84,7 +84,7 @@ template <class TSink>
 union CImmortalSinkSlot
 {
     CImmortalSinkSlot() : slot() {}
-    ~CImmortalSinkSlot() {}
+    ~CImmortalSinkSlot() {} // NOLINT(modernize-use-equals-default): a defaulted one would be deleted
     CImmortalSinkSlot(const CImmortalSinkSlot&) = delete;
     CImmortalSinkSlot& operator=(const CImmortalSinkSlot&) = delete;
 

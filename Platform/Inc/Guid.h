@@ -14,7 +14,8 @@ struct GUID
     std::uint8_t Data4[8];
 
     friend constexpr bool operator==(const GUID&, const GUID&) noexcept = default;
-    friend constexpr auto operator<=>(const GUID&, const GUID&) noexcept = default;
+    friend constexpr auto
+    operator<=>(const GUID&, const GUID&) noexcept = default; // NOLINT(modernize-use-nullptr): not a pointer
 };
 static_assert(sizeof(GUID) == 16);
 

@@ -120,7 +120,7 @@ HRESULT Dereference(const VARIANT& source, VARIANT& value) noexcept
     }
     value = VARIANT{};
     value.vt = type;
-    const std::size_t size = (type & VT_ARRAY) != 0 ? sizeof(SAFEARRAY*) : VariantType(type).size;
+    const std::size_t size = (type & VT_ARRAY) != 0 ? sizeof(source.parray) : VariantType(type).size;
     std::memcpy(&value.llVal, source.byref, size);
     return S_OK;
 }

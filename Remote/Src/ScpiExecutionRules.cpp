@@ -161,14 +161,14 @@ short RefuseType(tagZO_SCPI_PARAMETER const& parameter)
 
 std::string_view FormatInteger(NumberBuffer& buffer, long value) noexcept
 {
-    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value).ptr;
+    char* const end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value).ptr;
     return {buffer.data(), static_cast<std::size_t>(end - buffer.data())};
 }
 
 std::string_view FormatFixed(NumberBuffer& buffer, double value) noexcept
 {
     constexpr int kDecimals = 6;
-    const auto end =
+    char* const end =
         std::to_chars(
             buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, kDecimals)
             .ptr;
@@ -177,7 +177,7 @@ std::string_view FormatFixed(NumberBuffer& buffer, double value) noexcept
 
 std::string_view FormatBlockHeader(NumberBuffer& buffer, unsigned long length) noexcept
 {
-    std::array<char, std::numeric_limits<unsigned long>::digits10 + 1> digits;
+    std::array<char, std::numeric_limits<unsigned long>::digits10 + 1> digits{};
     char const* digitsEnd = std::to_chars(digits.data(), digits.data() + digits.size(), length).ptr;
     char* out = buffer.data();
     *out++ = '#';
