@@ -34,7 +34,9 @@ short HeaderCharacterError(char c, bool behindMnemonic) noexcept
     {
         return behindMnemonic ? kHeaderSeparatorError : kSyntaxError;
     }
-    return kInvalidCharacter;
+    // Behind a mnemonic, these come only after the question mark: data without white space before it.
+    const bool isData = behindMnemonic && (IsLetter(c) || IsDigit(c));
+    return isData ? kHeaderSeparatorError : kInvalidCharacter;
 }
 
 /// Copies text for people to read; white space at its end is left out, what cannot be printed becomes '?'.

@@ -92,6 +92,7 @@ const tagRow kHeaders[] = {
     {"LineFeedInside", "*CLS\n*CLS", "!-101"},
     {"NoSeparator", "*ESE\"1\"", "!-111"},
     {"CommaBehindHeader", "*ESE,1", "!-111"},
+    {"DataBehindQuestionMark", "FREQ:CENT?MAX", "!-111"},
     {"TwoColons", "SENS::FREQ:CENT?", "!-102"},
     {"ColonAtEnd", "FREQ:", "!-102"},
     {"StarAlone", "*", "!-102"},
