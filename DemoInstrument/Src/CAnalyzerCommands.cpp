@@ -2,6 +2,7 @@
 
 #include "CNumericSetting.h"
 #include "HeaderSuffix.h"
+#include "NoArguments.h"
 
 #include <algorithm>
 #include <cmath>
@@ -264,6 +265,10 @@ HRESULT CAnalyzerCommands::Detector(Record& record)
     tagAnalyzerSettings settings = m_analyzer.Settings();
     if (record.IsQuery())
     {
+        if (CheckNoArguments(record) != S_OK)
+        {
+            return S_FALSE;
+        }
         const std::string word = DetectorWord(static_cast<long>(settings.detector));
         return record.ArbitraryResponse(word.data(), static_cast<long>(word.size()));
     }

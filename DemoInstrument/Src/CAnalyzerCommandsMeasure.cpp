@@ -6,6 +6,7 @@
 #include "CComBSTR.h"
 #include "DemoErrors.h"
 #include "HeaderSuffix.h"
+#include "NoArguments.h"
 #include "ZoString.h"
 
 namespace ZoVelkor::Demo
@@ -174,6 +175,10 @@ HRESULT CAnalyzerCommands::FormatData(Pool& pool)
     }
     if (pool.IsQuery())
     {
+        if (CheckNoArguments(pool) != S_OK)
+        {
+            return S_FALSE;
+        }
         CComBSTR text;
         return FAILED(subsystem->GetDataFormatText(&text)) ? pool.SetScpiExecutionError("")
                                                            : pool.ArbitraryResponse(CZoString(text));
@@ -203,6 +208,10 @@ HRESULT CAnalyzerCommands::FormatBorder(Pool& pool)
     }
     if (pool.IsQuery())
     {
+        if (CheckNoArguments(pool) != S_OK)
+        {
+            return S_FALSE;
+        }
         const bool isSwapped = format.order == ZO_BYTE_ORDER_SWAPPED;
         return pool.ArbitraryResponse(BorderWord(isSwapped ? BORDER_WORD_SWAPPED : BORDER_WORD_NORMAL));
     }

@@ -4,6 +4,7 @@
 #include "CAnalyzerCommands.h"
 #include "ChannelList.h"
 #include "DemoErrors.h"
+#include "NoArguments.h"
 
 namespace ZoVelkor::Demo
 {
@@ -47,7 +48,7 @@ HRESULT CAnalyzerCommands::DisplayText(Record& record)
 {
     if (record.IsQuery())
     {
-        return record.StringResponse(m_analyzer.DisplayText());
+        return CheckNoArguments(record) == S_OK ? record.StringResponse(m_analyzer.DisplayText()) : S_FALSE;
     }
     std::string text;
     if (record.CheckArgumentCount(0, true) != S_OK || record.GetStringArgument(text, 0) != S_OK)

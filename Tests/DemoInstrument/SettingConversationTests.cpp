@@ -97,6 +97,10 @@ constexpr tagConversation kRefused[] = {
 constexpr tagConversation kUnanswered[] = {
     {"EmptyTrace",              "", "TRAC3?",            "", -230},
     {"MarkerLevelWithoutTrace", "", "CALC:MARK:Y?",      "", -230},
+    {"DetectorQueryWithWord",   "", "DET? POS",          "", -108},
+    {"FormatQueryWithWord",     "", "FORM? ASC",         "", -108},
+    {"OrderQueryWithWord",      "", "FORM:BORD? NORM",   "", -108},
+    {"TextQueryWithText",       "", "DISP:TEXT? 'a'",    "", -108},
     {"SwitchesWithoutList",     "", "ROUT:CLOS?",        "", -109},
     {"NoSuchFile",              "", "MMEM:DATA? 'none'", "", -256},
     {"StepInQuery",             "", "FREQ:CENT? UP",     "", -141},
