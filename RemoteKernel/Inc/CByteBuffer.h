@@ -72,11 +72,12 @@ public:
     /// Drops bytes at the end.
     void Truncate(std::size_t size) noexcept { m_end = m_begin + size; }
 
-    /// Drops everything; memory beyond `keep` bytes is given back.
-    void Clear(std::size_t keep) noexcept
+    void Clear() noexcept { m_begin = m_end = 0; }
+
+    /// Gives memory beyond `keep` bytes back, unless there is something in it.
+    void ReleaseMemory(std::size_t keep) noexcept
     {
-        m_begin = m_end = 0;
-        if (m_capacity > keep)
+        if (IsEmpty() && m_capacity > keep)
         {
             m_memory.reset();
             m_capacity = 0;

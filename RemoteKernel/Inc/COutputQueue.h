@@ -13,7 +13,8 @@ namespace ZoVelkor::RemoteKernel
 /// Collects the response message of one session (IEEE 488.2 sections 6.3.1.5 and 8.4).
 ///
 /// The answers of several queries of one message are joined by ';', a message that answered anything ends
-/// with a line feed. One buffer is reused for all messages. Threads: the session's, except Cancel.
+/// with a line feed. One buffer is reused for all messages; it stays as large as the largest of them until
+/// ReleaseMemory. Threads: the session's, except Cancel.
 class COutputQueue : public IZOScpiOutputBuffer
 {
 public:
@@ -50,6 +51,10 @@ public:
     std::string_view View() const noexcept { return m_buffer.View(); }
     bool IsEmpty() const noexcept { return m_buffer.IsEmpty(); }
     void Clear() noexcept;
+    /// Memory in use, for what was answered and for what will be.
+    std::size_t Capacity() const noexcept { return m_buffer.Capacity(); }
+    /// Gives large memory back; does nothing unless everything was cleared.
+    void ReleaseMemory() noexcept { m_buffer.ReleaseMemory(kKeptCapacity); }
 
     /// Refuses all further writes with E_ABORT. Threads: any.
     void Cancel() noexcept { m_bCancelled.store(true, std::memory_order_relaxed); }

@@ -73,6 +73,15 @@ public:
     std::string_view Response() const noexcept { return m_spOutput->View(); }
     void ClearResponse() noexcept { m_spOutput->Clear(); }
 
+    /// Tells whether the session, with no message at hand, keeps memory of a large one for the next one.
+    bool HoldsMemory() const noexcept
+    {
+        return m_input.IsEmpty() &&
+               (m_input.Capacity() > kKeptInput || m_spOutput->Capacity() > COutputQueue::kKeptCapacity);
+    }
+    /// Gives such memory back; for a transport whose client has become quiet.
+    void ReleaseMemory() noexcept;
+
     /// Ends the session's waits, drops the rest of the message at hand and refuses further ones; does not
     /// wait. A handler that is running is not interrupted, its next write gives E_ABORT. Threads: any.
     void Cancel() noexcept;

@@ -24,8 +24,8 @@ namespace
 
 /// Values that are formatted between two requests for room.
 constexpr std::size_t kTextChunk = 256;
-/// Room for one real number and its separator.
-constexpr std::size_t kMaxRealText = 32;
+/// Room that WriteReal and a separator need.
+constexpr std::size_t kMaxRealText = 48;
 
 struct tagFormatRow
 {

@@ -96,7 +96,7 @@ void COutputQueue::EndMessage()
 
 void COutputQueue::Clear() noexcept
 {
-    m_buffer.Clear(kKeptCapacity);
+    m_buffer.Clear();
     m_messageStart = m_commandStart = 0;
 }
 

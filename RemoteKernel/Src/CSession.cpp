@@ -130,6 +130,12 @@ std::span<char> CSession::InputSpace()
     return {m_input.Data() + m_input.Size(), m_input.Space()};
 }
 
+void CSession::ReleaseMemory() noexcept
+{
+    m_input.ReleaseMemory(kKeptInput);
+    m_spOutput->ReleaseMemory();
+}
+
 bool CSession::ExecuteNext()
 {
     while (!m_input.IsEmpty() && !IsCancelled())
@@ -142,10 +148,6 @@ bool CSession::ExecuteNext()
             ExecuteMessage(bytes.first(frame.iLength));
         }
         m_input.Consume(frame.iConsumed);
-        if (m_input.IsEmpty())
-        {
-            m_input.Clear(kKeptInput);
-        }
         const bool bIncomplete = HandleFrame(frame);
         if (bMessage || bIncomplete)
         {

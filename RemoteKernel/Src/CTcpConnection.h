@@ -36,6 +36,8 @@ public:
 private:
     void Run();
     void Serve();
+    /// @return false when the client is quiet
+    bool WaitForInput() noexcept;
     bool Send(std::string_view response);
 
     asio::ip::tcp::socket m_socket; // open until destruction, so that Abort may use its descriptor
