@@ -58,6 +58,20 @@ TEST_F(Session, GivesTheSameAnswerHoweverTheBytesAreCut)
     }
 }
 
+TEST_F(Session, GivesTheMemoryOfLargeMessagesBackOnRequest)
+{
+    CSession session(m_instrument.kernel);
+    const std::string block = "BLOC #6500000" + std::string(500'000, 'x');
+    EXPECT_EQ(Run(session, block.substr(0, 300'000)), "");
+    EXPECT_FALSE(session.HoldsMemory()) << "it is in use";
+    session.ReleaseMemory();
+    EXPECT_EQ(Run(session, block.substr(300'000) + ";BLOC?\n").size(), block.size() - 5 + 1);
+    EXPECT_TRUE(session.HoldsMemory());
+    session.ClearResponse();
+    session.ReleaseMemory();
+    EXPECT_FALSE(session.HoldsMemory());
+}
+
 struct tagLimitCase
 {
     const char* name;
