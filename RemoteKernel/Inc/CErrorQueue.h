@@ -16,7 +16,7 @@ namespace ZoVelkor::RemoteKernel
 inline constexpr std::size_t kMaxErrorText = 255;
 
 /// One entry of the error queue.
-struct tagErrorEntry
+struct tagErrorEntry // NOLINT(cppcoreguidelines-pro-type-member-init): only iLength characters are ever read
 {
     short iCode = 0;
     std::uint16_t iLength = 0;

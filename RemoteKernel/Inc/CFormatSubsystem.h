@@ -54,13 +54,15 @@ public:
     HRESULT GetDataFormatText(wchar_t** text) override;
     HRESULT Reset() override;
 
+    /// Writes the header of a definite-length block (IEEE 488.2 section 8.7.9).
+    HRESULT WriteBlockHeader(std::size_t dataBytes) noexcept;
+
 private:
     struct tagItem;
 
     bool IsBinary() const noexcept { return m_eType == ZO_FORMAT_REAL || m_eType == ZO_FORMAT_INTEGER; }
     std::size_t ElementSize() const noexcept { return static_cast<std::size_t>(m_iWidth) / 8; }
     HRESULT WriteRaw(std::string_view text) noexcept;
-    HRESULT WriteBlockHeader(std::size_t dataBytes) noexcept;
     HRESULT WriteDoublesAsText(std::span<const double> values) noexcept;
     HRESULT WriteDoublesAsBlock(std::span<const double> values) noexcept;
     HRESULT WriteNumber(const VARIANT& value, tagEnumFormatDataType type, long width) noexcept;

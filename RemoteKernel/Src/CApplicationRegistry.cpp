@@ -193,6 +193,7 @@ void CApplicationRegistry::Close()
 void CApplicationRegistry::Publish(std::vector<std::shared_ptr<CApplication>> applications)
 {
     std::vector<tagCommandSource> sources;
+    sources.reserve(applications.size());
     for (const auto& spApplication : applications)
     {
         sources.push_back({spApplication->Table().data(), spApplication->Table().size(), spApplication});

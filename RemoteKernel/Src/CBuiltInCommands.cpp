@@ -3,9 +3,9 @@
 #include "BuiltInTable.h"
 #include "CComBSTR.h"
 #include "CScpiParserTable.h"
-#include "CodePage.h"
 #include "GuardedEntry.h"
 #include "NumberText.h"
+#include "ResponseText.h"
 
 #include <list>
 #include <string>
@@ -17,23 +17,6 @@ namespace
 {
 
 constexpr std::string_view kScpiVersion = "1999.0";
-
-std::string NarrowText(const CComBSTR& text)
-{
-    const auto length = static_cast<int>(text.Length());
-    std::string narrow(static_cast<std::size_t>(length), '\0');
-    if (length != 0)
-    {
-        WideCharToMultiByte(0, 0, text, length, narrow.data(), length, nullptr, nullptr);
-    }
-    return narrow;
-}
-
-/// CScpiParserTable only reads, though it takes the table as writable.
-CScpiParserTable Listing(const tagCommandEntry& entry)
-{
-    return CScpiParserTable(const_cast<_CMD_SET_RECORD*>(entry.pTable));
-}
 
 } // namespace
 
@@ -116,7 +99,7 @@ HRESULT CBuiltInCommands::QueryOptions(const tagParsedCommand&)
         if (result == S_OK && text.Length() != 0)
         {
             options += options.empty() ? "" : ",";
-            options += NarrowText(text);
+            options += NarrowResponseText(text);
         }
     }
     return Answer(options.empty() ? "0" : options);
@@ -194,7 +177,7 @@ HRESULT CBuiltInCommands::QueryHeaders(const tagParsedCommand&)
         const bool bExecutable = entry.HasQuery() || entry.HasSetting();
         if (bExecutable && !CScpiParserTable::GetSystemHelpHeaderIsDiagnostic(*entry.pRecord))
         {
-            Listing(entry).CollectHeaderHelp(entry.sSyntaxPath, lines, *entry.pRecord, entry.pTable);
+            CScpiParserTable::CollectHeaderHelp(entry.sSyntaxPath, lines, *entry.pRecord, entry.pTable);
         }
     }
     std::string text;
@@ -203,8 +186,7 @@ HRESULT CBuiltInCommands::QueryHeaders(const tagParsedCommand&)
         text += line;
         text += '\n';
     }
-    const std::string length = std::to_string(text.size());
-    const HRESULT result = Answer('#' + std::to_string(length.size()) + length);
+    const HRESULT result = m_context.format.WriteBlockHeader(text.size());
     return FAILED(result) ? result : Answer(text);
 }
 
@@ -215,7 +197,7 @@ HRESULT CBuiltInCommands::QuerySyntax(const tagParsedCommand& command)
     std::list<std::string> lines;
     if (entry != nullptr)
     {
-        Listing(*entry).CollectSyntaxHelp(entry->sSyntaxPath, lines, *entry->pRecord, entry->pTable);
+        CScpiParserTable::CollectSyntaxHelp(entry->sSyntaxPath, lines, *entry->pRecord, entry->pTable);
     }
     const std::string text = lines.empty() ? std::string() : lines.front();
     return m_context.format.StringText(text.size(), text.data());

@@ -43,7 +43,7 @@ HRESULT CErrorManagement::SetError(long remotePath, short code, wchar_t const* d
     {
         return S_FALSE;
     }
-    std::array<char, kMaxErrorText> narrow;
+    std::array<char, kMaxErrorText> narrow{};
     const std::size_t length = Narrow(detail, narrow);
     spQueue->Push(code, {narrow.data(), length});
     return S_OK;

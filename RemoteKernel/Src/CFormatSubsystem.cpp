@@ -1,10 +1,10 @@
 #include "CFormatSubsystem.h"
 
 #include "CComVariant.h"
-#include "CodePage.h"
 #include "GuardedEntry.h"
 #include "NumberText.h"
 #include "ResponseNumber.h"
+#include "ResponseText.h"
 
 #include <algorithm>
 #include <array>
@@ -29,17 +29,17 @@ constexpr std::size_t kMaxRealText = 48;
 
 struct tagFormatRow
 {
-    tagEnumFormatDataType eType;
     const char* szName;
-    long iMaxDigits; // text formats
-    unsigned iBitsPerDigit;
+    long iMaxDigits;
+    tagEnumFormatDataType eType;
+    unsigned iBitsPerDigit; // 0: decimal
 };
 
 constexpr tagFormatRow kTextFormats[] = {
-    {ZO_FORMAT_ASCII,  "ASC", CFormatSubsystem::kMaxDigits, 0},
-    {ZO_FORMAT_HEX,    "HEX", 16,                           4},
-    {ZO_FORMAT_OCTAL,  "OCT", 22,                           3},
-    {ZO_FORMAT_BINARY, "BIN", 64,                           1},
+    {"ASC", CFormatSubsystem::kMaxDigits, ZO_FORMAT_ASCII,  0},
+    {"HEX", 16,                           ZO_FORMAT_HEX,    4},
+    {"OCT", 22,                           ZO_FORMAT_OCTAL,  3},
+    {"BIN", 64,                           ZO_FORMAT_BINARY, 1},
 };
 
 const tagFormatRow* FindTextFormat(tagEnumFormatDataType type) noexcept
@@ -444,13 +444,7 @@ HRESULT CFormatSubsystem::WriteString(const VARIANT& value)
     {
         return result;
     }
-    // Code page 0 has one byte for each character.
-    const auto length = static_cast<int>(SysStringLen(text.bstrVal));
-    std::string narrow(static_cast<std::size_t>(length), '\0');
-    if (length != 0)
-    {
-        WideCharToMultiByte(0, 0, text.bstrVal, length, narrow.data(), length, nullptr, nullptr);
-    }
+    const std::string narrow = NarrowResponseText(text.bstrVal);
     return StringText(narrow.size(), narrow.data());
 }
 

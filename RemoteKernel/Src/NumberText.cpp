@@ -76,7 +76,7 @@ class CDigits
 public:
     static constexpr std::size_t kMaxCount = 20;
 
-    explicit CDigits(std::uint64_t value) noexcept
+    explicit CDigits(std::uint64_t value) noexcept // NOLINT(*-member-init): the rest is never looked at
     {
         for (; value >= 100'000'000; value /= 100'000'000)
         {
