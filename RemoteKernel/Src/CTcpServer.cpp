@@ -113,7 +113,12 @@ void CTcpServer::CImplementation::Start()
         AcceptNext();
         m_acceptThread = std::thread([&context = *m_spContext] {
             SetThreadName("scpi-tcp-accept");
-            context.run();
+            // An exception is reported and does not end the thread; run returns normally once stopped.
+            while (!context.stopped())
+            {
+                static_cast<void>(
+                    GuardedEntry([&]() -> HRESULT { return context.run() != 0 ? S_OK : S_FALSE; }));
+            }
         });
     }
     catch (...)
