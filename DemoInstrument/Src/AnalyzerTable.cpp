@@ -4,6 +4,8 @@
 #include "CScpiToken.h"
 #include "ScpiTableMacros.h"
 
+#include <algorithm>
+#include <initializer_list>
 #include <iterator>
 
 namespace ZoVelkor::Demo
@@ -229,14 +231,7 @@ constexpr bool IsWordGroup(tagGroup group)
 template <class TCheck>
 constexpr bool All(TCheck check, std::initializer_list<tagGroup> groups)
 {
-    for (const tagGroup group : groups)
-    {
-        if (!check(group))
-        {
-            return false;
-        }
-    }
-    return true;
+    return std::ranges::all_of(groups, check);
 }
 
 // A record too many or too few in a group moves all that follow; it does not compile.
