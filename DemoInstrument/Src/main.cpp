@@ -56,6 +56,7 @@ catch (const std::exception& fault)
 
 } // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): out of memory before there is an instrument, nothing is lost
 int main(int argc, char** argv)
 {
     tagDemoOptions options;

@@ -72,7 +72,7 @@ private:
     template <class... TArguments>
     explicit CComObject(TArguments&&... arguments) : TBase(std::forward<TArguments>(arguments)...)
     {}
-    ~CComObject() = default;
+    ~CComObject() = default; // NOLINT(modernize-use-override): only some bases have a virtual destructor
 
     template <class TFirst = TBase, class...>
     IUnknown* Identity() noexcept

@@ -9,7 +9,7 @@ namespace ZoVelkor::RemoteKernel
 /// Bounds of one program message. The defaults are the instrument's.
 struct tagMessageLimits
 {
-    std::size_t iMaxText = std::size_t{1} << 20;  ///< bytes outside blocks; beyond: -363
+    std::size_t iMaxText = std::size_t{1} << 22;  ///< bytes outside blocks; beyond: -363
     std::size_t iMaxBlock = std::size_t{1} << 29; ///< block bytes of one message; beyond: -223
 };
 

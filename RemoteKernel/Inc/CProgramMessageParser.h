@@ -12,7 +12,7 @@ namespace ZoVelkor::RemoteKernel
 {
 
 /// Parameters of one command; further ones raise -223.
-inline constexpr std::size_t kMaxParameters = 16384;
+inline constexpr std::size_t kMaxParameters = std::size_t{1} << 17;
 
 /// Understands program messages and runs their commands one after another.
 ///

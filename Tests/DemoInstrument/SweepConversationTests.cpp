@@ -1,6 +1,7 @@
 #include "DemoFixture.h"
 #include "SignalSimulation.h"
 
+#include <algorithm>
 #include <chrono>
 #include <optional>
 
@@ -160,6 +161,17 @@ TEST_F(SweepConversation, TracesTravelInEveryFormat)
         Client().Write("TRAC2 " + block);
         ExpectSameAnswer(Client().Query("FORM ASC;:TRAC2?"), "-1.5,2");
     }
+    EXPECT_EQ(NextError(), 0);
+}
+
+TEST_F(SweepConversation, LongestSweepTravelsAsList)
+{
+    // The text of a whole sweep goes back as it came.
+    Client().Write("SWE:POIN MAX;TIME MIN;:INIT;*WAI");
+    const std::string list = Client().Query("TRAC?");
+    EXPECT_EQ(std::ranges::count(list, ','), 100000);
+    Client().Write("TRAC2 " + list);
+    EXPECT_TRUE(Client().Query("TRAC2?") == list);
     EXPECT_EQ(NextError(), 0);
 }
 
