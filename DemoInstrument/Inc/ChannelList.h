@@ -12,7 +12,8 @@ namespace ZoVelkor::Demo
 ///
 /// The list (@) has no channel.
 /// @param text  with its parentheses; white space is allowed between the elements
-/// @param maxCount  a list of more channels is refused, so that a range never fills the memory
+/// @param maxCount  of a longer list one channel more than this is given, so that a range never fills the
+/// memory
 /// @return the channels in the order of the list, not checked against an instrument; nothing for another text
 std::optional<std::vector<long>> ParseChannelList(std::string_view text, std::size_t maxCount);
 

@@ -17,8 +17,8 @@ constexpr std::size_t kMaxListedChannels = 256;
 /// Type of every file, as the catalogue names it.
 constexpr std::string_view kFileType = "BIN";
 
-/// Reads the channel list that is the only argument; -171 for a bad list, -222 for a switch that is not
-/// there.
+/// Reads the channel list that is the only argument; -171 for a bad list, -223 for too many
+/// channels, -222 for a switch that is not there.
 HRESULT ReadSwitches(CCommandExecutionData& record, std::vector<std::size_t>& switches)
 {
     std::string text;
@@ -39,7 +39,7 @@ HRESULT ReadSwitches(CCommandExecutionData& record, std::vector<std::size_t>& sw
         }
         switches.push_back(static_cast<std::size_t>(channel - 1));
     }
-    return S_OK;
+    return channels->size() > kMaxListedChannels ? record.SetScpiError(kScpiTooMuchData) : S_OK;
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cstdlib>
+#include <limits>
 #include <utility>
 
 namespace ZoVelkor::Demo
@@ -31,9 +32,13 @@ public:
         SkipWhiteSpace();
         const char* const end = m_rest.data() + m_rest.size();
         const auto [next, fault] = std::from_chars(m_rest.data(), end, channel);
-        if (fault != std::errc() || channel < 0)
+        if (fault == std::errc::invalid_argument || channel < 0 || *m_rest.data() == '-')
         {
             return false;
+        }
+        if (fault == std::errc::result_out_of_range)
+        {
+            channel = std::numeric_limits<long>::max(); // a channel that no instrument has
         }
         m_rest.remove_prefix(static_cast<std::size_t>(next - m_rest.data()));
         return true;
@@ -57,18 +62,13 @@ private:
     std::string_view m_rest;
 };
 
-bool AppendRange(long first, long last, std::size_t maxCount, std::vector<long>& channels)
+void AppendRange(long first, long last, std::size_t maxCount, std::vector<long>& channels)
 {
     const long steps = std::labs(last - first);
-    if (static_cast<std::size_t>(steps) >= maxCount - channels.size())
-    {
-        return false;
-    }
-    for (long i = 0; i <= steps; ++i)
+    for (long i = 0; i <= steps && channels.size() <= maxCount; ++i)
     {
         channels.push_back(first <= last ? first + i : first - i);
     }
-    return true;
 }
 
 bool TakeRange(CElementReader& reader, std::size_t maxCount, std::vector<long>& channels)
@@ -83,7 +83,8 @@ bool TakeRange(CElementReader& reader, std::size_t maxCount, std::vector<long>& 
     {
         return false;
     }
-    return AppendRange(first, last, maxCount, channels);
+    AppendRange(first, last, maxCount, channels);
+    return true;
 }
 
 } // namespace

@@ -81,6 +81,8 @@ constexpr tagConversation kRefused[] = {
     {"MissingParameter",      "FREQ:CENT",                                    "FREQ:CENT?",        "3E9",   -109},
     {"BadFormatWidth",        "FORM REAL,16",                                 "FORM?",             "ASC,0", -224},
     {"SwitchTooHigh",         "ROUT:CLOS (@1);CLOS (@2,9)",                   "ROUT:CLOS? (@1,2)", "1,0",   -222},
+    {"SwitchFarTooHigh",      "ROUT:CLOS (@1);CLOS (@99999999999999999999)",  "ROUT:CLOS? (@1)",   "1",     -222},
+    {"RangeFarTooLong",       "ROUT:CLOS (@1);CLOS (@1:99999999)",            "ROUT:CLOS? (@1)",   "1",     -222},
     {"BadChannelList",        "ROUT:CLOS (@1);CLOS (1)",                      "ROUT:CLOS? (@1)",   "1",     -171},
     {"MarkerOutside",         "FREQ:STOP 1 GHZ;:CALC:MARK:X 2 GHZ",           "CALC:MARK:X?",      "1E9",   -222},
     {"MarkerSuffix",          "CALC:MARK9:X 1 GHZ",                           "CALC:MARK:X?",      "3E9",   -114},
