@@ -68,7 +68,7 @@ public:
                                   const _CMD_SET_RECORD* table);
 
     static bool GetSystemHelpHeaderIsDiagnostic(const _CS_HDR& header);
-    /// "/nquery/" for setting only, "?/qonly/" for query only, else empty (SCPI-99 vol. 2, 21.7.2).
+    /// "/nquery/" for setting only, "?/qonly/" for query only, else empty.
     static std::string GetSystemHelpHeaderMessageTerminator(const _CS_HDR& header);
     /// Empty for setting only, "?" for query only, "[?]" for both.
     static std::string GetSystemHelpSyntaxMessageTerminator(const _CS_HDR& header);
