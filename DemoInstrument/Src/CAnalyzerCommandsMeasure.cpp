@@ -4,9 +4,9 @@
 #include "BlockReading.h"
 #include "CAnalyzerCommands.h"
 #include "CComBSTR.h"
-#include "DemoErrors.h"
 #include "HeaderSuffix.h"
 #include "NoArguments.h"
+#include "ScpiErrorCodes.h"
 #include "ZoString.h"
 
 namespace ZoVelkor::Demo
@@ -101,7 +101,7 @@ HRESULT CAnalyzerCommands::Initiate(Record& record)
 {
     if (m_analyzer.Sweeps().IsSweeping())
     {
-        return record.SetScpiError(kInitIgnored);
+        return record.SetScpiError(kScpiInitIgnored);
     }
     CPendingOperation operation;
     if (FAILED(operation.Begin(record.GetServices().PendingOperations(), record.GetRemotePath())))
@@ -158,7 +158,7 @@ HRESULT CAnalyzerCommands::AnswerTrace(Pool& pool, long trace)
     const TracePtr spTrace = m_analyzer.Traces().Get(trace);
     if (!spTrace)
     {
-        return pool.SetScpiError(kDataCorruptOrStale);
+        return pool.SetScpiError(kScpiDataCorruptOrStale);
     }
     IZOScpiSubsystemFormat* const subsystem = pool.GetFormatSubsystem();
     const std::vector<double>& levelsDbm = spTrace->levelsDbm;
@@ -233,7 +233,7 @@ HRESULT CAnalyzerCommands::ReadMarker(Pool& pool, long& marker, TracePtr& spTrac
     spTrace = m_analyzer.Traces().Get(kMarkerTrace);
     // A trace of another frequency range has nothing at the markers' places.
     const bool isStale = !spTrace || spTrace->range != m_analyzer.Settings().Channel(kMarkerTrace).frequency;
-    return isStale ? pool.SetScpiError(kDataCorruptOrStale) : S_OK;
+    return isStale ? pool.SetScpiError(kScpiDataCorruptOrStale) : S_OK;
 }
 
 HRESULT CAnalyzerCommands::MarkerY(Pool& pool)

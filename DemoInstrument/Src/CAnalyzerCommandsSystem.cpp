@@ -3,8 +3,8 @@
 #include "BlockReading.h"
 #include "CAnalyzerCommands.h"
 #include "ChannelList.h"
-#include "DemoErrors.h"
 #include "NoArguments.h"
+#include "ScpiErrorCodes.h"
 
 namespace ZoVelkor::Demo
 {
@@ -29,7 +29,7 @@ HRESULT ReadSwitches(CCommandExecutionData& record, std::vector<std::size_t>& sw
     const auto channels = ParseChannelList(text, kMaxListedChannels);
     if (!channels)
     {
-        return record.SetScpiError(kInvalidExpression);
+        return record.SetScpiError(kScpiInvalidExpression);
     }
     for (const long channel : *channels)
     {
@@ -106,7 +106,7 @@ HRESULT CAnalyzerCommands::FileData(Pool& pool)
     const CMassMemory::Content* const content = m_analyzer.Files().Find(name);
     if (content == nullptr)
     {
-        return pool.SetScpiError(kFileNameNotFound);
+        return pool.SetScpiError(kScpiFileNameNotFound);
     }
     return pool.BlockResponse(reinterpret_cast<const char*>(content->data()),
                               static_cast<long>(content->size()));

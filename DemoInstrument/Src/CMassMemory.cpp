@@ -1,6 +1,6 @@
 #include "CMassMemory.h"
 
-#include "DemoErrors.h"
+#include "ScpiErrorCodes.h"
 
 #include <algorithm>
 #include <utility>
@@ -28,15 +28,15 @@ short CMassMemory::CheckRoom(std::string_view name, std::size_t bytes) const
 {
     if (!IsFileName(name))
     {
-        return kFileNameError;
+        return kScpiFileNameError;
     }
     const Content* const former = Find(name);
     if (former == nullptr && m_files.size() >= kMaxFileCount)
     {
-        return kDirectoryFull;
+        return kScpiDirectoryFull;
     }
     const std::size_t available = FreeBytes() + (former != nullptr ? former->size() : 0);
-    return bytes <= available ? short{kScpiNoError} : short{kMediaFull};
+    return bytes <= available ? short{kScpiNoError} : short{kScpiMediaFull};
 }
 
 short CMassMemory::Store(const std::string& name, Content content)
@@ -63,7 +63,7 @@ short CMassMemory::Delete(std::string_view name)
     const auto file = m_files.find(name);
     if (file == m_files.end())
     {
-        return kFileNameNotFound;
+        return kScpiFileNameNotFound;
     }
     m_iUsedBytes -= file->second.size();
     m_files.erase(file);

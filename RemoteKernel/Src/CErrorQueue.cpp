@@ -11,7 +11,6 @@ namespace ZoVelkor::RemoteKernel
 namespace
 {
 
-constexpr short kQueueOverflow = -350;
 constexpr short kLastExecutionError = -299;
 
 void AppendText(tagErrorEntry& entry, std::string_view text) noexcept
@@ -54,9 +53,9 @@ void CErrorQueue::Push(short code, std::string_view detail) noexcept
     if (m_count == m_depth)
     {
         tagErrorEntry& last = m_entries[(m_first + m_count - 1) % m_depth];
-        if (last.iCode != kQueueOverflow)
+        if (last.iCode != kScpiQueueOverflow)
         {
-            FillEntry(last, kQueueOverflow, {});
+            FillEntry(last, kScpiQueueOverflow, {});
         }
         return;
     }

@@ -1,7 +1,7 @@
 #include "CMessageFramer.h"
 
 #include "CharacterClasses.h"
-#include "ScpiErrorNumbers.h"
+#include "ScpiErrorCodes.h"
 
 #include <algorithm>
 #include <cstring>
@@ -66,7 +66,7 @@ CMessageFramer::tagStep CMessageFramer::ScanText(std::span<const char> buffer, t
     if (m_scanned - m_blockBytes > m_limits.iMaxText)
     {
         const bool isComplete = lineFeed != nullptr && hash == nullptr;
-        Fail(kInputBufferOverrun,
+        Fail(kScpiInputBufferOverrun,
              isComplete ? tagState::Text : tagState::DropLine,
              m_scanned + (isComplete ? 1 : 0),
              frame);
@@ -135,7 +135,7 @@ CMessageFramer::tagStep CMessageFramer::EnterBlock(std::size_t dataBegin,
     if (length > m_limits.iMaxBlock - std::min(m_limits.iMaxBlock, m_blockBytes))
     {
         m_toDrop = end - std::min(end, size);
-        Fail(kTooMuchData, tagState::DropBlock, std::min(end, size), frame);
+        Fail(kScpiTooMuchData, tagState::DropBlock, std::min(end, size), frame);
         return tagStep::Done;
     }
     m_blockBytes += length;
@@ -154,7 +154,7 @@ CMessageFramer::tagStep CMessageFramer::ScanIndefinite(std::span<const char> buf
     m_scanned += length;
     if (m_blockBytes > m_limits.iMaxBlock)
     {
-        Fail(kTooMuchData,
+        Fail(kScpiTooMuchData,
              lineFeed != nullptr ? tagState::Text : tagState::DropLine,
              m_scanned + (lineFeed != nullptr ? 1 : 0),
              frame);

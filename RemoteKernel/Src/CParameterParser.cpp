@@ -3,7 +3,7 @@
 #include "CProgramMessageParser.h"
 #include "CharacterClasses.h"
 #include "ProgramNumber.h"
-#include "ScpiErrorNumbers.h"
+#include "ScpiErrorCodes.h"
 #include "SpecialWords.h"
 
 #include <algorithm>
@@ -37,20 +37,20 @@ short StoreText(tagZO_SCPI_PARAMETER& record, const char* text, std::size_t leng
     tagTextBuffer buffer = TextOf(record);
     const bool fits = buffer.Append(text, length);
     SetLength(record, buffer.iLength);
-    return fits ? short{0} : kTooMuchData;
+    return fits ? short{0} : kScpiTooMuchData;
 }
 
 /// Error for a character where only a separator or the end may stand.
 short SeparatorError(char c) noexcept
 {
-    return c > ' ' && c < '\x7F' ? kInvalidSeparator : kInvalidCharacter;
+    return c > ' ' && c < '\x7F' ? kScpiInvalidSeparator : kScpiInvalidCharacter;
 }
 
 /// Error for a character with which no data element can begin.
 short StartError(char c) noexcept
 {
     constexpr std::string_view kMisplaced = ":*)?";
-    return kMisplaced.find(c) != std::string_view::npos ? kSyntaxError : kInvalidCharacter;
+    return kMisplaced.find(c) != std::string_view::npos ? kScpiSyntaxError : kScpiInvalidCharacter;
 }
 
 bool IsOnlyLetters(const char* begin, const char* end) noexcept
@@ -83,9 +83,9 @@ tagParameterFault CParameterParser::Parse(const CCommandIndex& index,
         const char* const place = m_cursor.pPlace;
         const tagParameterSpec* const spec = SpecFor(count);
         const std::uint32_t type = spec == nullptr ? 0 : (optional ? spec->iQueryType : spec->iType);
-        short error = type == 0 ? kParameterNotAllowed : ReadParameter(*spec, type, optional);
+        short error = type == 0 ? kScpiParameterNotAllowed : ReadParameter(*spec, type, optional);
         m_cursor.SkipWhite();
-        if ((error == 0 || IsExecutionError(error)) && !m_cursor.AtElementEnd())
+        if ((error == 0 || IsScpiExecutionError(error)) && !m_cursor.AtElementEnd())
         {
             return {SeparatorError(*m_cursor.pPlace), count, m_cursor.pPlace};
         }
@@ -93,7 +93,7 @@ tagParameterFault CParameterParser::Parse(const CCommandIndex& index,
         {
             fault = {error, count, place};
         }
-        if (error != 0 && !IsExecutionError(error))
+        if (error != 0 && !IsScpiExecutionError(error))
         {
             return {error, count, place};
         }
@@ -102,7 +102,7 @@ tagParameterFault CParameterParser::Parse(const CCommandIndex& index,
     }
     if (!optional && count < entry.iRequiredCount)
     {
-        return {kMissingParameter, count, m_cursor.pPlace};
+        return {kScpiMissingParameter, count, m_cursor.pPlace};
     }
     cursor = m_cursor;
     return fault;
@@ -130,10 +130,10 @@ short CParameterParser::ReadParameter(const tagParameterSpec& spec, std::uint32_
     if (!m_cursor.AtElementEnd())
     {
         const short error = ReadElement(record);
-        return error == 0 && tooMany ? kTooMuchData : error;
+        return error == 0 && tooMany ? kScpiTooMuchData : error;
     }
     record.iType = ZO_SCPI_PARAMTYPE_NOVALUE;
-    return optional || (spec.iFlags & ARG_FLAG_OPT) != 0 ? short{0} : kMissingParameter;
+    return optional || (spec.iFlags & ARG_FLAG_OPT) != 0 ? short{0} : kScpiMissingParameter;
 }
 
 short CParameterParser::ReadElement(tagZO_SCPI_PARAMETER& record)
@@ -166,7 +166,7 @@ short CParameterParser::ReadNumber(tagZO_SCPI_PARAMETER& record)
 {
     if ((m_type & (kPositive | kNegative)) == 0)
     {
-        return kNumericDataNotAllowed;
+        return kScpiNumericDataNotAllowed;
     }
     const char* place = m_cursor.pPlace;
     tagDecimal number;
@@ -191,7 +191,7 @@ short CParameterParser::ReadNumber(tagZO_SCPI_PARAMETER& record)
     if (unit != nullptr && error == 0)
     {
         const bool fits = text.Append(" ", 1) && text.Append(unit->szText, unit->iTextLength);
-        error = fits ? short{0} : kTooMuchData;
+        error = fits ? short{0} : kScpiTooMuchData;
         record.iUnit = unit->iEnum;
         record.iUnitSuffix = unit->iEnum;
         record.iNoSuffix = 0;
@@ -203,7 +203,7 @@ short CParameterParser::ReadNumber(tagZO_SCPI_PARAMETER& record)
 short CParameterParser::CheckSign(bool isZero, bool isNegative) const noexcept
 {
     const bool accepted = isZero || (m_type & (isNegative ? kNegative : kPositive)) != 0;
-    return accepted ? short{0} : kDataOutOfRange;
+    return accepted ? short{0} : kScpiDataOutOfRange;
 }
 
 short CParameterParser::ReadUnit(const tagUnit*& unit) noexcept
@@ -218,20 +218,20 @@ short CParameterParser::ReadUnit(const tagUnit*& unit) noexcept
     if (!IsLetter(*begin) && *begin != '/')
     {
         const bool runsOn = begin == numberEnd && std::strchr("+-.#", *begin) != nullptr;
-        return runsOn ? kInvalidCharacterInNumber : SeparatorError(*begin);
+        return runsOn ? kScpiInvalidCharacterInNumber : SeparatorError(*begin);
     }
     const tagMnemonic text = ReadMnemonic(begin, m_cursor.pEnd, kUnitCharacters);
     m_cursor.pPlace += text.iLength;
     if (m_spec->iUnitList == 0)
     {
-        return IsOnlyLetters(begin, m_cursor.pPlace) ? kSuffixNotAllowed : kInvalidCharacterInNumber;
+        return IsOnlyLetters(begin, m_cursor.pPlace) ? kScpiSuffixNotAllowed : kScpiInvalidCharacterInNumber;
     }
     if (text.iLength > kMaxMnemonicLength)
     {
-        return kSuffixTooLong;
+        return kScpiSuffixTooLong;
     }
     unit = m_index->FindUnit(m_spec->iUnitList, text.key);
-    return unit == nullptr ? kInvalidSuffix : short{0};
+    return unit == nullptr ? kScpiInvalidSuffix : short{0};
 }
 
 short CParameterParser::ReadHash(tagZO_SCPI_PARAMETER& record)
@@ -252,10 +252,11 @@ short CParameterParser::ReadHash(tagZO_SCPI_PARAMETER& record)
     {
         if (second == base.cLetter)
         {
-            return (m_type & base.iType) != 0 ? ReadNonDecimal(record, base.iBits) : kNumericDataNotAllowed;
+            return (m_type & base.iType) != 0 ? ReadNonDecimal(record, base.iBits)
+                                              : kScpiNumericDataNotAllowed;
         }
     }
-    return IsDigit(second) ? ReadBlock(record) : kInvalidBlockData;
+    return IsDigit(second) ? ReadBlock(record) : kScpiInvalidBlockData;
 }
 
 short CParameterParser::ReadNonDecimal(tagZO_SCPI_PARAMETER& record, unsigned int bits) noexcept
@@ -271,7 +272,7 @@ short CParameterParser::ReadNonDecimal(tagZO_SCPI_PARAMETER& record, unsigned in
     m_cursor.SkipWhite();
     if (!m_cursor.AtEnd() && IsLetter(*m_cursor.pPlace))
     {
-        return kSuffixNotAllowed;
+        return kScpiSuffixNotAllowed;
     }
     record.iType = ZO_SCPI_PARAMTYPE_NUMERIC;
     const char* const last = std::to_chars(record.szText, record.szText + kParameterTextSize - 1, value).ptr;
@@ -285,7 +286,7 @@ short CParameterParser::ReadBlock(tagZO_SCPI_PARAMETER& record)
     const std::uint32_t wanted = digits == 0 ? ARG_IBLOCK : ARG_DBLOCK;
     if ((m_type & wanted) == 0)
     {
-        return kBlockDataNotAllowed;
+        return kScpiBlockDataNotAllowed;
     }
     const auto available = static_cast<std::size_t>(m_cursor.pEnd - m_cursor.pPlace);
     if (digits == 0)
@@ -298,7 +299,7 @@ short CParameterParser::ReadBlock(tagZO_SCPI_PARAMETER& record)
     const auto [place, result] = std::from_chars(begin, end, length);
     if (result != std::errc() || place != begin + digits || length > available - 2 - digits)
     {
-        return kInvalidBlockData;
+        return kScpiInvalidBlockData;
     }
     return StoreBlock(record, 2 + digits, length);
 }
@@ -326,9 +327,9 @@ short CParameterParser::ReadWord(tagZO_SCPI_PARAMETER& record) noexcept
     }
     if ((m_type & kWordTypes) == 0 && m_spec->iMnemonicList == 0)
     {
-        return kCharacterDataNotAllowed;
+        return kScpiCharacterDataNotAllowed;
     }
-    return word.iLength > kMaxMnemonicLength ? kCharacterDataTooLong : kInvalidCharacterData;
+    return word.iLength > kMaxMnemonicLength ? kScpiCharacterDataTooLong : kScpiInvalidCharacterData;
 }
 
 bool CParameterParser::TakeOwnWord(tagZO_SCPI_PARAMETER& record, const tagMnemonic& word) const noexcept
@@ -372,7 +373,7 @@ short CParameterParser::ReadString(tagZO_SCPI_PARAMETER& record) noexcept
 {
     if ((m_type & (ARG_STRG | ARG_STRGUD)) == 0)
     {
-        return kStringDataNotAllowed;
+        return kScpiStringDataNotAllowed;
     }
     const char quote = *m_cursor.pPlace++;
     tagTextBuffer text = TextOf(record);
@@ -384,7 +385,7 @@ short CParameterParser::ReadString(tagZO_SCPI_PARAMETER& record) noexcept
             rest == 0 ? nullptr : static_cast<char*>(std::memchr(m_cursor.pPlace, quote, rest));
         if (close == nullptr)
         {
-            return kInvalidStringData;
+            return kScpiInvalidStringData;
         }
         // A doubled quote stands for itself: its first half is copied along, its second half skipped.
         const bool doubled = close + 1 != m_cursor.pEnd && close[1] == quote;
@@ -398,7 +399,7 @@ short CParameterParser::ReadString(tagZO_SCPI_PARAMETER& record) noexcept
     }
     record.iType = ZO_SCPI_PARAMTYPE_STRING;
     SetLength(record, text.iLength);
-    return fits ? short{0} : kTooMuchData;
+    return fits ? short{0} : kScpiTooMuchData;
 }
 
 short CParameterParser::ReadUnquoted(tagZO_SCPI_PARAMETER& record) noexcept
@@ -423,7 +424,7 @@ short CParameterParser::ReadExpression(tagZO_SCPI_PARAMETER& record) noexcept
 {
     if ((m_type & ARG_EXPR) == 0)
     {
-        return kExpressionDataNotAllowed;
+        return kScpiExpressionDataNotAllowed;
     }
     const char* const begin = m_cursor.pPlace;
     std::size_t depth = 0;
@@ -432,7 +433,7 @@ short CParameterParser::ReadExpression(tagZO_SCPI_PARAMETER& record) noexcept
     {
         if (m_cursor.AtEnd() || (quote == 0 && *m_cursor.pPlace == ';'))
         {
-            return kInvalidExpression;
+            return kScpiInvalidExpression;
         }
         const char c = *m_cursor.pPlace++;
         if (quote != 0 || c == '"' || c == '\'')

@@ -2,7 +2,7 @@
 
 #include "CParameterParser.h"
 #include "CharacterClasses.h"
-#include "ScpiErrorNumbers.h"
+#include "ScpiErrorCodes.h"
 
 #include <fmt/format.h>
 
@@ -28,15 +28,15 @@ short HeaderCharacterError(char c, bool behindMnemonic) noexcept
     constexpr std::string_view kDataCharacters = "\"'#(),+-.";
     if (kStructure.find(c) != std::string_view::npos || IsWhiteSpace(c))
     {
-        return kSyntaxError;
+        return kScpiSyntaxError;
     }
     if (kDataCharacters.find(c) != std::string_view::npos)
     {
-        return behindMnemonic ? kHeaderSeparatorError : kSyntaxError;
+        return behindMnemonic ? kScpiHeaderSeparatorError : kScpiSyntaxError;
     }
     // Behind a mnemonic, these come only after the question mark: data without white space before it.
     const bool isData = behindMnemonic && (IsLetter(c) || IsDigit(c));
-    return isData ? kHeaderSeparatorError : kInvalidCharacter;
+    return isData ? kScpiHeaderSeparatorError : kScpiInvalidCharacter;
 }
 
 /// Copies text for people to read; white space at its end is left out, what cannot be printed becomes '?'.
@@ -185,7 +185,7 @@ private:
         const tagMnemonic mnemonic = ReadMnemonic(text, m_cursor.pEnd);
         if (mnemonic.iLength == 0 || !IsLetter(*text))
         {
-            return mnemonic.iLength != 0 ? kInvalidCharacter : MissingKeyword();
+            return mnemonic.iLength != 0 ? kScpiInvalidCharacter : MissingKeyword();
         }
         std::size_t keywordLength = 0;
         const std::uint32_t child = m_index->Match(m_node, text, mnemonic, keywordLength);
@@ -204,7 +204,7 @@ private:
 
     short MissingKeyword() const noexcept
     {
-        return m_cursor.AtEnd() ? kSyntaxError : HeaderCharacterError(*m_cursor.pPlace, false);
+        return m_cursor.AtEnd() ? kScpiSyntaxError : HeaderCharacterError(*m_cursor.pPlace, false);
     }
 
     /// A fault in the form of the header counts before a keyword that nobody knows.
@@ -217,11 +217,11 @@ private:
             place += mnemonic.iLength;
             if (mnemonic.iLength > kMaxMnemonicLength)
             {
-                return kMnemonicTooLong;
+                return kScpiMnemonicTooLong;
             }
             if (place == m_cursor.pEnd || *place == ';' || *place == '?' || IsWhiteSpace(*place))
             {
-                return mnemonic.iLength == 0 ? kSyntaxError : kUndefinedHeader;
+                return mnemonic.iLength == 0 ? kScpiSyntaxError : kScpiUndefinedHeader;
             }
             if (*place != ':' || mnemonic.iLength == 0)
             {
@@ -239,7 +239,7 @@ private:
             value = value * 10 + (*place - '0');
             if (value > kMaxNumericSuffix)
             {
-                return kHeaderSuffixOutOfRange;
+                return kScpiHeaderSuffixOutOfRange;
             }
         }
         suffix = value;
@@ -263,7 +263,7 @@ private:
         const std::uint32_t number = m_query ? node.iQueryEntry : node.iSettingEntry;
         if (number == CCommandIndex::kNone)
         {
-            return kUndefinedHeader;
+            return kScpiUndefinedHeader;
         }
         const tagCommandEntry& entry = m_index->Entry(number);
         form.pEntry = &entry;
@@ -272,7 +272,7 @@ private:
         {
             form.bOptional = entry.HasBothForms();
             const bool complete = hasData || form.bOptional || entry.iRequiredCount == 0;
-            return complete ? short{0} : kMissingParameter;
+            return complete ? short{0} : kScpiMissingParameter;
         }
         if (entry.iDataMode != DEF && (hasData || entry.iRequiredCount == 0))
         {
@@ -281,9 +281,9 @@ private:
         }
         if ((entry.iFlags & QMARK) != 0 || entry.iNodataMode == DEF)
         {
-            return kMissingParameter;
+            return kScpiMissingParameter;
         }
-        return hasData ? kParameterNotAllowed : short{0};
+        return hasData ? kScpiParameterNotAllowed : short{0};
     }
 
     /// Leaves the suffixes that the application's own table knows; another one must be 1.
@@ -300,7 +300,7 @@ private:
             }
             else if (suffix != 1)
             {
-                return kHeaderSuffixOutOfRange;
+                return kScpiHeaderSuffixOutOfRange;
             }
         }
         return 0;
@@ -327,7 +327,7 @@ private:
         const auto result = fmt::format_to_n(
             buffer, sizeof buffer, "parameter {}{}{}", fault.iIndex + 1, text.empty() ? "" : ": ", text);
         m_executor->ReportError(fault.iError, {buffer, std::min(sizeof buffer, result.size)});
-        return IsExecutionError(fault.iError);
+        return IsScpiExecutionError(fault.iError);
     }
 
     const CCommandIndex* m_index = nullptr;

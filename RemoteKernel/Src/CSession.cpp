@@ -2,7 +2,6 @@
 
 #include "CBuiltInCommands.h"
 #include "ScpiErrorCodes.h"
-#include "ScpiErrorNumbers.h"
 
 #include <algorithm>
 #include <system_error>
@@ -29,7 +28,7 @@ CUniqueEvent MakeCancelEvent()
 
 std::string_view FrameErrorDetail(short error) noexcept
 {
-    return error == kInputBufferOverrun ? "Program message too long" : "Block too long";
+    return error == kScpiInputBufferOverrun ? "Program message too long" : "Block too long";
 }
 
 } // namespace
@@ -194,7 +193,7 @@ bool CSession::ExecuteCommand(const tagParsedCommand& command)
     }
     else if (!command.pApplication->Execute(command, m_pContext, m_iRemotePath, m_spOutput, result))
     {
-        ReportError(kUndefinedHeader, "Application has left");
+        ReportError(kScpiUndefinedHeader, "Application has left");
         return false;
     }
     return result == S_OK && !m_spErrors->CommandRaisedError() ? !IsCancelled() : CloseCommand(result);

@@ -1,7 +1,7 @@
 #include "ProgramNumber.h"
 
 #include "CharacterClasses.h"
-#include "ScpiErrorNumbers.h"
+#include "ScpiErrorCodes.h"
 
 #include <algorithm>
 #include <array>
@@ -47,7 +47,7 @@ bool IsElementEnd(const char* place, const char* end) noexcept
 
 short MissingDigits(const char* place, const char* end) noexcept
 {
-    return IsElementEnd(place, end) ? kNumericDataError : kInvalidCharacterInNumber;
+    return IsElementEnd(place, end) ? kScpiNumericDataError : kScpiInvalidCharacterInNumber;
 }
 
 short ScanExponent(const char*& place, const char* end, tagDecimal& number) noexcept
@@ -78,7 +78,7 @@ short ScanExponent(const char*& place, const char* end, tagDecimal& number) noex
     }
     number.bHasExponent = true;
     number.iExponent = negative ? -exponent : exponent;
-    return exponent > kMaxExponent ? kExponentTooLarge : short{0};
+    return exponent > kMaxExponent ? kScpiExponentTooLarge : short{0};
 }
 
 unsigned int DigitValue(char c) noexcept
@@ -185,7 +185,7 @@ short ScanDecimal(const char*& place, const char* end, tagDecimal& number) noexc
     const short error = ScanExponent(place, end, number);
     if (error == 0 && counter.iSignificant > kMaxDigits)
     {
-        return kTooManyDigits;
+        return kScpiTooManyDigits;
     }
     return error;
 }
@@ -206,16 +206,16 @@ short ScanNonDecimal(const char*& place, const char* end, unsigned int bits, std
     }
     if (place != end && DigitValue(*place) != 255U)
     {
-        return kInvalidCharacterInNumber;
+        return kScpiInvalidCharacterInNumber;
     }
-    return overflow ? kDataOutOfRange : short{0};
+    return overflow ? kScpiDataOutOfRange : short{0};
 }
 
 short WriteDecimal(const tagDecimal& number, int exponent, tagTextBuffer& text) noexcept
 {
     if (!text.Append(number.pMantissa, number.iMantissaLength))
     {
-        return kTooMuchData;
+        return kScpiTooMuchData;
     }
     const int sum = number.iExponent + exponent;
     if (sum == 0)
@@ -224,7 +224,7 @@ short WriteDecimal(const tagDecimal& number, int exponent, tagTextBuffer& text) 
     }
     char buffer[16] = {'E'};
     const char* const last = std::to_chars(buffer + 1, buffer + sizeof buffer, sum).ptr;
-    return text.Append(buffer, static_cast<std::size_t>(last - buffer)) ? short{0} : kTooMuchData;
+    return text.Append(buffer, static_cast<std::size_t>(last - buffer)) ? short{0} : kScpiTooMuchData;
 }
 
 short WriteRounded(const tagDecimal& number, int exponent, tagTextBuffer& text) noexcept
@@ -236,13 +236,13 @@ short WriteRounded(const tagDecimal& number, int exponent, tagTextBuffer& text) 
     }
     if (digits.iCount == 0)
     {
-        return text.Append("0", 1) ? short{0} : kDataOutOfRange;
+        return text.Append("0", 1) ? short{0} : kScpiDataOutOfRange;
     }
     const std::size_t zeros = static_cast<std::size_t>(digits.iScale);
     const std::size_t length = digits.iCount + zeros + (number.bNegative ? 1 : 0);
     if (length > text.iCapacity - text.iLength)
     {
-        return kDataOutOfRange;
+        return kScpiDataOutOfRange;
     }
     if (number.bNegative)
     {
