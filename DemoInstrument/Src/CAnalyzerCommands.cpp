@@ -2,7 +2,6 @@
 
 #include "CNumericSetting.h"
 #include "HeaderSuffix.h"
-#include "NoArguments.h"
 
 #include <algorithm>
 #include <cmath>
@@ -265,7 +264,7 @@ HRESULT CAnalyzerCommands::Detector(Record& record)
     tagAnalyzerSettings settings = m_analyzer.Settings();
     if (record.IsQuery())
     {
-        if (CheckNoArguments(record) != S_OK)
+        if (record.CheckArgumentNotAllowed() != S_OK)
         {
             return S_FALSE;
         }

@@ -5,7 +5,6 @@
 #include "CAnalyzerCommands.h"
 #include "CComBSTR.h"
 #include "HeaderSuffix.h"
-#include "NoArguments.h"
 #include "ScpiErrorCodes.h"
 #include "ZoString.h"
 
@@ -175,7 +174,7 @@ HRESULT CAnalyzerCommands::FormatData(Pool& pool)
     }
     if (pool.IsQuery())
     {
-        if (CheckNoArguments(pool) != S_OK)
+        if (pool.CheckArgumentNotAllowed() != S_OK)
         {
             return S_FALSE;
         }
@@ -208,7 +207,7 @@ HRESULT CAnalyzerCommands::FormatBorder(Pool& pool)
     }
     if (pool.IsQuery())
     {
-        if (CheckNoArguments(pool) != S_OK)
+        if (pool.CheckArgumentNotAllowed() != S_OK)
         {
             return S_FALSE;
         }

@@ -3,7 +3,6 @@
 #include "BlockReading.h"
 #include "CAnalyzerCommands.h"
 #include "ChannelList.h"
-#include "NoArguments.h"
 #include "ScpiErrorCodes.h"
 
 namespace ZoVelkor::Demo
@@ -48,7 +47,8 @@ HRESULT CAnalyzerCommands::DisplayText(Record& record)
 {
     if (record.IsQuery())
     {
-        return CheckNoArguments(record) == S_OK ? record.StringResponse(m_analyzer.DisplayText()) : S_FALSE;
+        return record.CheckArgumentNotAllowed() == S_OK ? record.StringResponse(m_analyzer.DisplayText())
+                                                        : S_FALSE;
     }
     std::string text;
     if (record.CheckArgumentCount(0, true) != S_OK || record.GetStringArgument(text, 0) != S_OK)

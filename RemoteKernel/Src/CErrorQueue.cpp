@@ -1,6 +1,7 @@
 #include "CErrorQueue.h"
 
 #include "CScpiErrorMap.h"
+#include "CScpiSinkFramework.h"
 #include "ScpiErrorCodes.h"
 
 #include <algorithm>
@@ -99,12 +100,8 @@ void CErrorQueue::BeginCommand() noexcept
 void AppendErrorResponse(std::string& response, const tagErrorEntry& entry)
 {
     response += std::to_string(entry.iCode);
-    response += ",\"";
-    for (const char c : entry.Text())
-    {
-        response.append(c == '"' ? 2 : 1, c);
-    }
-    response += '"';
+    response += ',';
+    response += CScpiSinkFramework::GetScpiStringFormat(entry.Text());
 }
 
 } // namespace ZoVelkor::RemoteKernel
