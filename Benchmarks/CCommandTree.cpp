@@ -1,18 +1,16 @@
 #include "CCommandTree.h"
 
+#include "CTableBuilder.h"
+
 #include <algorithm>
-#include <cstring>
 #include <fstream>
 #include <stdexcept>
+#include <string_view>
 
 namespace ZoVelkor::Benchmarks
 {
 namespace
 {
-
-/// Places in the table while headers are written; the real indexes are known only when all headers stand.
-constexpr std::uint32_t kNumberParameter = 1;
-constexpr std::uint32_t kBlockParameter = 2;
 
 struct tagKind
 {
@@ -34,14 +32,46 @@ constexpr tagKind kKinds[] = {
     {"list",         tagTarget::List    },
 };
 
-template <std::size_t N>
-void SetText(char (&target)[N], std::string_view text)
+/// A header with its forms; DEF: it does not have that form.
+struct tagHeader
 {
-    if (text.size() >= N)
+    std::string pattern;
+    std::int32_t iQuery = DEF;
+    std::int32_t iSetting = DEF;
+};
+
+void AddLine(std::vector<tagHeader>& headers, std::string_view line)
+{
+    const std::size_t tab = line.find('\t');
+    const auto kind = std::ranges::find(kKinds, line.substr(0, tab), &tagKind::name);
+    if (tab == std::string_view::npos || kind == std::end(kKinds))
     {
-        throw std::runtime_error("keyword too long: " + std::string(text));
+        throw std::runtime_error("malformed line: " + std::string(line));
     }
-    std::ranges::copy(text, target);
+    std::string_view pattern = line.substr(tab + 1);
+    const bool query = pattern.ends_with('?');
+    pattern.remove_suffix(query ? 1 : 0);
+    auto header = std::ranges::find(headers, pattern, &tagHeader::pattern);
+    if (header == headers.end())
+    {
+        header = headers.insert(headers.end(), {std::string(pattern)});
+    }
+    (query ? header->iQuery : header->iSetting) = static_cast<std::int32_t>(kind->target);
+}
+
+std::vector<RemoteKernel::Testing::tagTestParameter> ParametersOf(const tagHeader& header)
+{
+    if (header.iSetting == DEF)
+    {
+        return {};
+    }
+    if (header.iSetting == static_cast<std::int32_t>(tagTarget::Block))
+    {
+        return {{.iType = ARG_BLOCK}};
+    }
+    return {
+        {.iType = ARG_SFLOAT | ARG_MINMAX | ARG_DEFAULT, .units = {{"HZ", 1}}}
+    };
 }
 
 } // namespace
@@ -53,127 +83,19 @@ CCommandTree::CCommandTree(const std::string& path)
     {
         throw std::runtime_error("cannot read " + path);
     }
+    std::vector<tagHeader> headers;
     for (std::string line; std::getline(file, line);)
     {
-        AddLine(line);
+        AddLine(headers, line);
     }
-    AppendGroup(m_common.children, CCMD);
-    AppendGroup(m_root.children, 0);
-    AppendParameters();
-}
-
-void CCommandTree::AddLine(std::string_view line)
-{
-    const std::size_t tab = line.find('\t');
-    const auto kind = std::ranges::find(kKinds, line.substr(0, tab), &tagKind::name);
-    if (tab == std::string_view::npos || kind == std::end(kKinds))
+    RemoteKernel::Testing::CTableBuilder builder;
+    for (const tagHeader& header : headers)
     {
-        throw std::runtime_error("malformed line: " + std::string(line));
+        const std::uint32_t forms =
+            (header.iQuery != DEF ? QMARK : 0U) | (header.iSetting != DEF ? HDR_SET : 0U);
+        builder.Add(header.pattern, header.iQuery, header.iSetting, forms, ParametersOf(header));
     }
-    AddPattern(kind->target, line.substr(tab + 1));
-}
-
-void CCommandTree::AddPattern(tagTarget target, std::string_view pattern)
-{
-    const bool query = pattern.ends_with('?');
-    if (query)
-    {
-        pattern.remove_suffix(1);
-    }
-    tagNode* node = &m_root;
-    if (pattern.starts_with('*'))
-    {
-        node = &m_common;
-        pattern.remove_prefix(1);
-    }
-    while (!pattern.empty())
-    {
-        const bool optional = pattern.front() == '[';
-        pattern.remove_prefix(optional ? 1 : 0);
-        pattern.remove_prefix(pattern.front() == ':' ? 1 : 0);
-        const std::size_t end = std::min(pattern.find_first_of("[]:"), pattern.size());
-        node = &Descend(*node, pattern.substr(0, end), optional);
-        pattern.remove_prefix(end + (optional ? 1 : 0));
-    }
-    (query ? node->bQuery : node->bSetting) = true;
-    (query ? node->query : node->setting) = target;
-}
-
-CCommandTree::tagNode& CCommandTree::Descend(tagNode& parent, std::string_view token, bool optional)
-{
-    const bool suffix = token.ends_with('#');
-    std::string keyword(token.substr(0, token.size() - (suffix ? 1 : 0)));
-    if (optional)
-    {
-        keyword = '[' + keyword + ']';
-    }
-    const auto found = std::ranges::find(parent.children, keyword, &tagNode::keyword);
-    if (found != parent.children.end())
-    {
-        return *found;
-    }
-    tagNode& child = parent.children.emplace_back();
-    child.keyword = keyword;
-    child.bSuffix = suffix;
-    return child;
-}
-
-std::uint32_t CCommandTree::AppendGroup(const std::vector<tagNode>& nodes, std::uint32_t flags)
-{
-    const std::size_t start = m_records.size();
-    for (const tagNode& node : nodes)
-    {
-        _CMD_SET_RECORD record{};
-        SetText(record.hdr.szKeyword, node.keyword);
-        record.hdr.iNodataMode = node.bQuery ? static_cast<std::int32_t>(node.query) : DEF;
-        record.hdr.iDataMode = node.bSetting ? static_cast<std::int32_t>(node.setting) : DEF;
-        record.hdr.iDatatype = ParameterOf(node);
-        record.hdr.iFollow =
-            flags | (node.bSuffix ? NSUFF : 0U) | (node.bQuery ? QMARK : 0U) | (node.bSetting ? HDR_SET : 0U);
-        m_records.push_back(record);
-    }
-    if (!nodes.empty())
-    {
-        m_records[start].hdr.iLength = static_cast<std::uint32_t>(nodes.size());
-    }
-    for (std::size_t i = 0; i < nodes.size(); ++i)
-    {
-        if (!nodes[i].children.empty())
-        {
-            m_records[start + i].hdr.iSubStart = AppendGroup(nodes[i].children, 0);
-        }
-    }
-    return static_cast<std::uint32_t>(start);
-}
-
-std::uint32_t CCommandTree::ParameterOf(const tagNode& node) const
-{
-    if (!node.bSetting)
-    {
-        return 0;
-    }
-    return node.setting == tagTarget::Block ? kBlockParameter : kNumberParameter;
-}
-
-void CCommandTree::AppendParameters()
-{
-    const auto headers = static_cast<std::uint32_t>(m_records.size());
-    for (_CMD_SET_RECORD& record : m_records)
-    {
-        record.hdr.iDatatype += record.hdr.iDatatype == 0 ? 0 : headers - 1;
-    }
-    _CMD_SET_RECORD number{};
-    SetText(number.par.szName, "number");
-    number.par.iType = ARG_SFLOAT | ARG_MINMAX | ARG_DEFAULT;
-    number.par.iSuffixList = headers + 2;
-    _CMD_SET_RECORD block{};
-    SetText(block.par.szName, "data");
-    block.par.iType = ARG_BLOCK;
-    _CMD_SET_RECORD unit{};
-    SetText(unit.sfx.szSuffix, "HZ");
-    unit.sfx.iEnum = 1;
-    unit.sfx.iLength = 1;
-    m_records.insert(m_records.end(), {number, block, unit});
+    m_records = builder.Build();
 }
 
 } // namespace ZoVelkor::Benchmarks

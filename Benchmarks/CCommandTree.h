@@ -3,7 +3,6 @@
 #include "ScpiCommandTable.h"
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace ZoVelkor::Benchmarks
@@ -32,27 +31,7 @@ public:
     const std::vector<_CMD_SET_RECORD>& Records() const { return m_records; }
 
 private:
-    struct tagNode
-    {
-        std::string keyword; ///< with brackets when optional
-        bool bSuffix = false;
-        bool bQuery = false;
-        bool bSetting = false;
-        tagTarget query = tagTarget::Filler;
-        tagTarget setting = tagTarget::Filler;
-        std::vector<tagNode> children;
-    };
-
-    void AddLine(std::string_view line);
-    void AddPattern(tagTarget target, std::string_view pattern);
-    static tagNode& Descend(tagNode& parent, std::string_view token, bool optional);
-    std::uint32_t AppendGroup(const std::vector<tagNode>& nodes, std::uint32_t flags);
-    void AppendParameters();
-    std::uint32_t ParameterOf(const tagNode& node) const;
-
     std::vector<_CMD_SET_RECORD> m_records;
-    tagNode m_root;
-    tagNode m_common;
 };
 
 } // namespace ZoVelkor::Benchmarks
