@@ -19,6 +19,7 @@
 #include "CScpiFunctionExecutionDataPool.h"
 #include "CScpiFunctionExecutionDataPoolParser.h"
 #include "CScpiParserTable.h"
+#include "CScpiPropErrorStrategy.h"
 #include "CScpiSinkFramework.h"
 #include "CScpiToken.h"
 #include "CThread.h"

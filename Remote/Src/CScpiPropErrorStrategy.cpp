@@ -1,0 +1,169 @@
+#include "CScpiPropErrorStrategy.h"
+
+#include "CObjectDataReference.h"
+#include "ErrorRaising.h"
+#include "RemoteDiagnoseControl.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <utility>
+
+namespace ZoVelkor
+{
+namespace
+{
+
+ZO_SOURCE_UNIT("Remote/Src/CScpiPropErrorStrategy");
+
+bool IsScpiChecksDisabled() noexcept
+{
+    return get_RemoteDiagnoseControl()->bScpiChecksDisabled.load(std::memory_order_relaxed);
+}
+
+void ReportToShell(const CObjectDataReferenceBase* pObject,
+                   tagErrorSeverity severity,
+                   const std::string& message) noexcept
+{
+    const auto* pReference = dynamic_cast<const CObjectDataReference*>(pObject);
+    RepairError(ZO_REPORT(severity, pReference, "false", message, ZO_E_SHELL));
+}
+
+} // namespace
+
+void CScpiPropErrorStrategy::SetMember(CObjectDataReferenceBase* pObject,
+                                       tagEnumScpiNodeRepairUpdateMode mode,
+                                       bool reportAsWarnings,
+                                       bool reportEmptyWarnings,
+                                       bool strict) noexcept
+{
+    m_pObject = pObject;
+    m_eMode = mode;
+    m_bReportAsWarnings = reportAsWarnings;
+    m_bReportEmptyWarnings = reportEmptyWarnings;
+    m_bStrict = strict;
+}
+
+void CScpiPropErrorStrategy::Count() noexcept
+{
+    if (m_iErrorCounter < std::numeric_limits<std::int32_t>::max())
+    {
+        ++m_iErrorCounter;
+    }
+}
+
+void CScpiPropErrorStrategy::Warn(const void* value, const CAtlStringA& message)
+{
+    // Deliberate: a warning is for the object alone; in the other modes it neither counts nor shows.
+    if (m_eMode != ZO_SCPI_NODE_REPORT_TO_OBJECT)
+    {
+        return;
+    }
+    if (m_pObject != nullptr)
+    {
+        m_pObject->PropertyWarning(value, message);
+    }
+    else
+    {
+        ReportToShell(nullptr, tagErrorSeverity::Warning, message);
+    }
+}
+
+void CScpiPropErrorStrategy::PropError(const void* value, CAtlStringA message)
+{
+    if (IsScpiChecksDisabled())
+    {
+        return;
+    }
+    if (m_bReportAsWarnings)
+    {
+        Warn(value, message);
+        return;
+    }
+    switch (m_eMode)
+    {
+    case ZO_SCPI_NODE_CAPTURE:
+        Count();
+        m_capturedErrors.push_back(std::move(message));
+        break;
+    case ZO_SCPI_NODE_REPORT_TO_OBJECT:
+        Count();
+        if (m_pObject != nullptr)
+        {
+            m_pObject->PropertyError(value, message);
+            break;
+        }
+        ReportToShell(nullptr, tagErrorSeverity::Error, message);
+        break;
+    case ZO_SCPI_NODE_REPORT_TO_SHELL:
+        Count();
+        ReportToShell(m_pObject, tagErrorSeverity::Error, message);
+        break;
+    case ZO_SCPI_NODE_IGNORE:
+    case ZO_SCPI_NODE_REPAIR:
+    default:
+        break;
+    }
+}
+
+void CScpiPropErrorStrategy::PropErrorEmpty(const void* value, CAtlStringA message)
+{
+    if (m_bReportEmptyWarnings)
+    {
+        PropError(value, std::move(message));
+    }
+}
+
+void CScpiPropErrorStrategy::PropErrorRelaxed(const void* value, CAtlStringA message)
+{
+    if (IsRelaxed())
+    {
+        PropError(value, std::move(message));
+    }
+}
+
+void CScpiPropErrorStrategy::CheckUndefinedLong(const long& value, long undefined)
+{
+    if (value == undefined)
+    {
+        PropErrorEmpty(&value, "This value is undefined");
+    }
+}
+
+void CScpiPropErrorStrategy::CheckNullGuid(const GUID& value)
+{
+    if (value == GUID_NULL)
+    {
+        PropErrorEmpty(&value, "Undefined GUID config error");
+    }
+}
+
+void CScpiPropErrorStrategy::PropErrorBstrRepair(CComBSTR& value,
+                                                 CAtlStringA message,
+                                                 const std::string& repair)
+{
+    if (m_eMode == ZO_SCPI_NODE_REPAIR)
+    {
+        value = CComBSTR(static_cast<int>(repair.size()), repair.data());
+        return;
+    }
+    PropError(std::addressof(value), std::move(message)); // the operator & of the string would empty it
+}
+
+void CScpiPropErrorStrategy::ResetErrorCounter() noexcept
+{
+    m_capturedErrors.clear();
+    m_iErrorCounter = 0;
+}
+
+std::string CScpiPropErrorStrategy::ReportCapturedErrors(long limit) const
+{
+    const std::size_t count = m_capturedErrors.size();
+    const std::size_t taken = limit > 0 ? std::min(count, static_cast<std::size_t>(limit)) : count;
+    const auto first = m_capturedErrors.begin();
+    return fmt::format("{}", fmt::join(first, first + static_cast<std::ptrdiff_t>(taken), "\n"));
+}
+
+} // namespace ZoVelkor
