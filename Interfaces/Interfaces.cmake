@@ -4,6 +4,7 @@ zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces
     CBScpiExecutionSink.h
     CBScpiMultichannelEventObserver.h
     CBScpiMultichannelParser.h
+    IZODatabaseTransaction.h
     IZOScpiBlockData.h
     IZOScpiDeviceHandler.h
     IZOScpiEmulationCallback.h

@@ -6,6 +6,7 @@ zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Remote/Inc
     CScpiFunctionExecutionDataPoolParser.h
     CScpiPropErrorStrategy.h
     CScpiSinkFramework.h
+    CScpiTransaction.h
     ScpiErrorCodes.h
     ScpiRegisterPart.h)
 target_sources(zosoftwareplatformembedded PRIVATE
@@ -13,5 +14,6 @@ target_sources(zosoftwareplatformembedded PRIVATE
     ${CMAKE_SOURCE_DIR}/Remote/Src/CScpiFunctionExecutionDataPool.cpp
     ${CMAKE_SOURCE_DIR}/Remote/Src/CScpiPropErrorStrategy.cpp
     ${CMAKE_SOURCE_DIR}/Remote/Src/CScpiSinkFramework.cpp
+    ${CMAKE_SOURCE_DIR}/Remote/Src/CScpiTransaction.cpp
     ${CMAKE_SOURCE_DIR}/Remote/Src/ScpiExecutionRules.cpp
     )

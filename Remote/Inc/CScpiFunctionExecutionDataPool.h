@@ -2,6 +2,7 @@
 
 #include "CComPtr.h"
 #include "CComVariant.h"
+#include "IZODatabaseTransaction.h"
 #include "IZOScpiBlockData.h"
 #include "IZOScpiErrorManagement.h"
 #include "IZOScpiManager.h"
@@ -256,6 +257,30 @@ public:
     virtual IZOScpiBlockData* GetBlockDataReader() const = 0;
     virtual void SetBlockDataWriter(IZOScpiSubsystemFormat* pWriter) = 0;
     virtual IZOScpiSubsystemFormat* GetBlockDataWriter() const = 0;
+    /// @}
+
+    /// @name Data-base transactions
+    /// A null transaction is no error; there is nothing to do for it.
+    /// @{
+    /// Finishes a transaction; when it does not end with S_OK, its verdict becomes the SCPI error, see
+    /// CScpiTransaction.
+    ///
+    /// @return 0; 1 with the SCPI error set; the transaction's failure when its verdict names no error
+    virtual HRESULT FinishTransaction(CComPtr<IZODatabaseTransaction>& transaction,
+                                      TransactionAcceptMode const& acceptMode) = 0;
+    /// Takes back what was written in a transaction; -200 when that fails.
+    virtual HRESULT UndoTransaction(CComPtr<IZODatabaseTransaction>& transaction) = 0;
+    /// Aborts the pool's read transaction and lets go of it; -200 and an error report when that fails.
+    virtual HRESULT StopTransaction() = 0;
+    /// The pool's transaction for reading.
+    ///
+    /// @param[out] transaction  a new reference
+    /// @return 0; 1, with null and without a SCPI error, when the pool has none
+    virtual HRESULT GetReadTransaction(CComPtr<IZODatabaseTransaction>& transaction) = 0;
+    /// The pool's transaction for writing; otherwise as GetReadTransaction.
+    virtual HRESULT GetWriteTransaction(CComPtr<IZODatabaseTransaction>& transaction) = 0;
+    /// The transaction that is open; otherwise as GetReadTransaction.
+    virtual HRESULT GetCurrentTransaction(CComPtr<IZODatabaseTransaction>& transaction) = 0;
     /// @}
 
 protected:

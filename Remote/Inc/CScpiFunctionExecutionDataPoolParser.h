@@ -128,7 +128,19 @@ public:
     void SetBlockDataWriter(IZOScpiSubsystemFormat* pWriter) override { m_spBlockDataWriter = pWriter; }
     IZOScpiSubsystemFormat* GetBlockDataWriter() const override { return m_spBlockDataWriter; }
 
+    HRESULT FinishTransaction(CComPtr<IZODatabaseTransaction>& transaction,
+                              TransactionAcceptMode const& acceptMode) override;
+    HRESULT UndoTransaction(CComPtr<IZODatabaseTransaction>& transaction) override;
+    HRESULT StopTransaction() override;
+    /// Always 1: commands of the remote kernel carry no transaction. So do the next two.
+    HRESULT GetReadTransaction(CComPtr<IZODatabaseTransaction>& transaction) override;
+    HRESULT GetWriteTransaction(CComPtr<IZODatabaseTransaction>& transaction) override;
+    HRESULT GetCurrentTransaction(CComPtr<IZODatabaseTransaction>& transaction) override;
+
 protected:
+    /// Gives the pool the read transaction that StopTransaction aborts; the pool holds a reference.
+    void SetReadTransaction(IZODatabaseTransaction* pTransaction) { m_pIReadTransaction = pTransaction; }
+
     /// The three filter operations; one of them is installed at any time.
     bool IgnoreFilter(std::string const& line) const;
     bool StringFilter(std::string const& line) const;
@@ -169,6 +181,7 @@ private:
     std::string m_sOutputFilter;
     CComPtr<IZOScpiBlockData> m_spBlockDataReader;
     CComPtr<IZOScpiSubsystemFormat> m_spBlockDataWriter;
+    CComPtr<IZODatabaseTransaction> m_pIReadTransaction;
 };
 
 } // namespace ZoVelkor

@@ -2,6 +2,7 @@
 
 #include "CComBSTR.h"
 #include "CScpiFunctionExecutionDataPoolParser.h"
+#include "CScpiTransaction.h"
 #include "ErrorRaising.h"
 #include "IZOScpiStatusRegister.h"
 #include "ScpiExecutionRules.h"
@@ -660,6 +661,66 @@ bool CScpiFunctionExecutionDataPoolParser::IsOutputFilterDefined() const
 {
     // Deliberate: listing handlers ask whether they may skip the filter, whatever the name says.
     return m_pOutputFilter == &CScpiFunctionExecutionDataPoolParser::IgnoreFilter;
+}
+
+// Data-base transactions
+
+HRESULT CScpiFunctionExecutionDataPoolParser::FinishTransaction(CComPtr<IZODatabaseTransaction>& transaction,
+                                                                TransactionAcceptMode const& acceptMode)
+{
+    Acceptance acceptance{};
+    const HRESULT hr =
+        transaction != nullptr ? transaction->FinishTransaction(acceptMode, &acceptance) : S_OK;
+    if (hr == S_OK)
+    {
+        return S_OK;
+    }
+    long code = kScpiNoError;
+    CComBSTR text;
+    CScpiTransaction::GetScpiErrorFromAcceptance(&acceptance, code, text);
+    if (code == kScpiNoError)
+    {
+        return FAILED(hr) ? hr : S_OK;
+    }
+    return SetScpiError(static_cast<short>(code), CZoString(text).ToStdString(), true);
+}
+
+HRESULT CScpiFunctionExecutionDataPoolParser::UndoTransaction(CComPtr<IZODatabaseTransaction>& transaction)
+{
+    return SucceedOrRaise(transaction != nullptr ? transaction->UndoTransaction() : S_OK);
+}
+
+HRESULT CScpiFunctionExecutionDataPoolParser::StopTransaction()
+{
+    const HRESULT hr = m_pIReadTransaction != nullptr ? m_pIReadTransaction->AbortTransaction() : S_OK;
+    if (hr != S_OK)
+    {
+        constexpr char const* kCondition = "m_pIReadTransaction->AbortTransaction() == S_OK";
+        RepairError(ZO_ERROR(m_pObject, kCondition, "Transaction cannot be aborted", hr));
+        return SetScpiExecutionError("");
+    }
+    m_pIReadTransaction = nullptr;
+    return S_OK;
+}
+
+HRESULT CScpiFunctionExecutionDataPoolParser::GetReadTransaction(CComPtr<IZODatabaseTransaction>& transaction)
+{
+    transaction = nullptr;
+    return S_FALSE;
+}
+
+HRESULT
+CScpiFunctionExecutionDataPoolParser::GetWriteTransaction(CComPtr<IZODatabaseTransaction>& transaction)
+{
+    transaction = nullptr;
+    return S_FALSE;
+}
+
+HRESULT
+CScpiFunctionExecutionDataPoolParser::GetCurrentTransaction(CComPtr<IZODatabaseTransaction>& transaction)
+{
+    transaction = nullptr;
+    return S_FALSE;
 }
 
 } // namespace ZoVelkor
