@@ -4,6 +4,7 @@ zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces
     CBScpiExecutionSink.h
     CBScpiMultichannelEventObserver.h
     CBScpiMultichannelParser.h
+    CBScpiStatusRegister.h
     IZODatabaseTransaction.h
     IZOScpiBlockData.h
     IZOScpiDeviceHandler.h
@@ -20,11 +21,13 @@ zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces
     IZOScpiStatusRegister.h
     IZOScpiSubsystemFormat.h
     ScpiParameter.h
-    ScpiParserData.h)
+    ScpiParserData.h
+    ScpiStatusData.h)
 target_sources(zosoftwareplatformembedded PRIVATE
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiDeviceHandler.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiEmulationCallback.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiExecutionSink.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiMultichannelEventObserver.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiMultichannelParser.cpp
+    ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiStatusRegister.cpp
     )

@@ -2,10 +2,15 @@
 
 #include "CComPtr.h"
 #include "CCritSection.h"
+#include "CCritSectionLocker.h"
 #include "CObjectDataReference.h"
 #include "Event.h"
 #include "IZOScpiStatusRegister.h"
+#include "ThreadAnnotations.h"
 #include "ZoExport.h"
+
+#include <atomic>
+#include <cstdint>
 
 namespace ZoVelkor
 {
@@ -16,10 +21,12 @@ namespace ZoVelkor
 /// The summary is true while an enabled event is latched. When it changes, the bits of the parent mask in the
 /// parent's condition follow it; the parent's failing result is returned and the change here is kept.
 ///
-/// A register serves one waiter: a second wait releases the first, which returns S_OK. A waiter that its bits
-/// have woken gets S_OK and 0 and reads the register again. Waiting needs a device-clear handle.
+/// A register serves one waiter: a second wait releases the first, which returns S_OK, and takes its place.
+/// A waiter that its bits have woken gets S_OK and 0 and reads the register again. Waiting needs a
+/// device-clear handle.
 ///
-/// Null out-pointers give E_POINTER, except where an operation says otherwise.
+/// Null out-pointers give E_POINTER and an error report, except where an operation says otherwise. Whatever a
+/// parent or a derived class throws becomes the result; PulseCondition alone raises an error.
 /// Threads: any operation from any thread, but SetDeviceClearHandle before the first wait. The lock of a
 /// register is held while the parent is called: locks go from child to parent, so the registers must not form
 /// a circle. A register must not be destroyed while someone waits for it.
@@ -39,7 +46,7 @@ public:
     HRESULT SetEnableDeep(wchar_t value) override;
     HRESULT GetEvents(wchar_t* events) override;
     HRESULT GetEventBits(wchar_t mask, wchar_t* events) override;
-    /// @param timeoutMs  0 or more; -1 waits without limit
+    /// @param timeoutMs  -1 and 0xFFFFFFFF or more: without limit; 0 and what is below -1: only looks
     /// @return S_OK; S_FALSE on time-out; E_ABORT on device clear or without handles; E_FAIL; the parent's
     /// result when reading the events has changed the summary
     HRESULT WaitEventBits(long timeoutMs, wchar_t mask, wchar_t* events) override;
@@ -64,7 +71,8 @@ public:
     /// @param parent  counted; null: none
     /// @param mask  condition bits of the parent that carry the summary; they are not set by this call
     HRESULT SetupParentRegister(IZOScpiStatusRegister* parent, wchar_t mask) override;
-    /// @param[out] parent  a new reference, null when there is none; must not be null
+    /// @param[out] parent  a new reference, null when there is none; a null pointer ends the process
+    /// (ZO_ASSERT)
     /// @param[out] mask  may be null
     HRESULT GetParentRegister(IZOScpiStatusRegister** parent, wchar_t* mask) override;
     HRESULT GetData(tagScpiStatusData* data) override;
@@ -84,6 +92,51 @@ public:
     CBScpiStatusRegister(const CBScpiStatusRegister&) = delete;
     CBScpiStatusRegister& operator=(const CBScpiStatusRegister&) = delete;
     virtual ~CBScpiStatusRegister();
+
+private:
+    using RegisterWord = std::uint32_t;
+    using WordGetter = HRESULT (IZOScpiStatusRegister::*)(wchar_t*);
+    using WordSetter = HRESULT (IZOScpiStatusRegister::*)(wchar_t);
+
+    HRESULT RefuseNull(const char* condition, int line = __builtin_LINE());
+    HRESULT ReadWord(RegisterWord CBScpiStatusRegister::*word, wchar_t* out);
+    HRESULT ChangeCondition(RegisterWord mask, RegisterWord value);
+    HRESULT SetFilterDeep(RegisterWord CBScpiStatusRegister::*filter,
+                          wchar_t value,
+                          WordGetter getParent,
+                          WordSetter setParent);
+    bool SummaryLocked() const ZO_REQUIRES(m_lock) { return (m_events & m_enable) != 0; }
+    bool UpdatesParentLocked() const ZO_REQUIRES(m_lock);
+    HRESULT UpdateSummaryLocked(bool former) ZO_REQUIRES(m_lock);
+    void WidenParentLocked(WordGetter get, WordSetter set) ZO_REQUIRES(m_lock);
+    RegisterWord TakeEventsLocked(RegisterWord mask) ZO_REQUIRES(m_lock);
+    void WakeLocked(RegisterWord& waitMask) ZO_REQUIRES(m_lock);
+    bool ReleaseWaiter(CCritSectionLocker& locker);
+    void ArmLocked(RegisterWord conditionMask, RegisterWord eventMask) ZO_REQUIRES(m_lock);
+    bool CanWaitLocked() const ZO_REQUIRES(m_lock);
+    DWORD Wait(CCritSectionLocker& locker, long timeoutMs);
+
+    mutable CCritSection m_lock;
+    RegisterWord m_waitConditionMask ZO_GUARDED_BY(m_lock) = 0;
+    RegisterWord m_waitEventMask ZO_GUARDED_BY(m_lock) = 0;
+    RegisterWord m_captured ZO_GUARDED_BY(m_lock) = 0;
+    /// Whether a wait has left the lock, and how many have come back: a second one lets the first leave.
+    bool m_isWaiting ZO_GUARDED_BY(m_lock) = false;
+    std::atomic<std::uint32_t> m_waitsEnded = 0;
+    CUniqueEvent m_wakeEvent;
+    std::atomic<HANDLE> m_deviceClear = INVALID_HANDLE_VALUE;
+    RegisterWord m_registerMask ZO_GUARDED_BY(m_lock) = 0xFFFF;
+    RegisterWord m_presetEnable ZO_GUARDED_BY(m_lock) = 0;
+    RegisterWord m_presetNegTrans ZO_GUARDED_BY(m_lock) = 0;
+    RegisterWord m_presetPosTrans ZO_GUARDED_BY(m_lock) = 0xFFFF;
+    CComPtr<IZOScpiStatusRegister> m_spParent ZO_GUARDED_BY(m_lock);
+    RegisterWord m_parentMask ZO_GUARDED_BY(m_lock) = 0;
+    short m_parentUpdate ZO_GUARDED_BY(m_lock) = VARIANT_TRUE;
+    RegisterWord m_condition ZO_GUARDED_BY(m_lock) = 0;
+    RegisterWord m_events ZO_GUARDED_BY(m_lock) = 0;
+    RegisterWord m_negTrans ZO_GUARDED_BY(m_lock) = 0;
+    RegisterWord m_posTrans ZO_GUARDED_BY(m_lock) = 0xFFFF;
+    RegisterWord m_enable ZO_GUARDED_BY(m_lock) = 0;
 };
 
 } // namespace ZoVelkor
