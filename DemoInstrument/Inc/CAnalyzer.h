@@ -3,15 +3,13 @@
 #include "AnalyzerSettings.h"
 #include "CMassMemory.h"
 #include "CSweepEngine.h"
+#include "CSwitchBoard.h"
 #include "CTraceMemory.h"
 
-#include <bitset>
 #include <string>
 
 namespace ZoVelkor::Demo
 {
-
-inline constexpr std::size_t kSwitchCount = 8; ///< ROUTe: channels 1 to 8
 
 /// The analyser itself, without remote control: settings, sweeps and what they measure, files, switches.
 ///
@@ -35,14 +33,13 @@ public:
     CTraceMemory& Traces() { return m_traces; }
     CSweepEngine& Sweeps() { return m_sweeps; }
     CMassMemory& Files() { return m_files; }
-    /// Switch n is closed when bit n - 1 is set.
-    std::bitset<kSwitchCount>& ClosedSwitches() { return m_closedSwitches; }
+    CSwitchBoard& Switches() { return m_switches; }
     std::string& DisplayText() { return m_sDisplayText; }
 
 private:
     tagAnalyzerSettings m_settings;
     CMassMemory m_files;
-    std::bitset<kSwitchCount> m_closedSwitches;
+    CSwitchBoard m_switches;
     std::string m_sDisplayText;
     CTraceMemory m_traces;
     CSweepEngine m_sweeps; // last: its thread writes into the traces

@@ -1,29 +1,15 @@
 #include "AnalyzerTable.h"
 
 #include "AnalyzerSettings.h"
-#include "CScpiToken.h"
+#include "CommandTableGroups.h"
 #include "ScpiTableMacros.h"
 
-#include <algorithm>
-#include <initializer_list>
 #include <iterator>
 
 namespace ZoVelkor::Demo
 {
 namespace
 {
-
-/// A run of records of one kind: a level of the command tree, the parameters of a command, a list of words.
-struct tagGroup
-{
-    std::uint32_t first;
-    std::uint32_t count;
-};
-
-constexpr tagGroup After(tagGroup former, std::uint32_t count)
-{
-    return {former.first + former.count, count};
-}
 
 // The groups, in the order of the table below.
 constexpr tagGroup kRoot{0, 10};
@@ -62,24 +48,6 @@ constexpr tagGroup kDetectorWords = After(kSecond, 5);
 constexpr tagGroup kFormatWords = After(kDetectorWords, 2);
 constexpr tagGroup kBorderWords = After(kFormatWords, 2);
 constexpr tagGroup kEnd = After(kBorderWords, 0);
-
-/// No child group, no parameters, no unit, no words; and every record of a group but its first has no length.
-constexpr std::uint32_t NONE = 0;
-
-// Forms of a command.
-constexpr std::uint32_t EVENT = NONE;
-constexpr std::uint32_t QUERY = QMARK;
-constexpr std::uint32_t SETTING = HDR_SET;
-constexpr std::uint32_t BOTH = QMARK | HDR_SET;
-
-// Kinds of parameters.
-constexpr std::uint32_t WORDS = ARG_MINMAX | ARG_DEFAULT | ARG_UPDOWN;
-constexpr std::uint32_t NUMERIC = ARG_SFLOAT | WORDS;
-constexpr std::uint32_t INTEGER = ARG_SINT | WORDS; // the kernel rounds
-constexpr std::uint32_t BOOLEAN = ARG_SFLOAT | ARG_OFF | MNEM;
-
-/// Value that the handler gets for a parameter's unit; the kernel turns kHz or ms into these base units.
-constexpr std::uint32_t BASE_UNIT = 1;
 
 constexpr std::uint32_t WordOf(tagDetector detector)
 {
@@ -199,70 +167,29 @@ constexpr _CMD_SET_RECORD kTable[] = {
 };
 // clang-format on
 
-/// Reads the length word of a record.
-template <auto TKind, auto TLength>
-constexpr bool HasLength(tagGroup group)
-{
-    for (std::uint32_t i = 0; i < group.count; ++i)
-    {
-        if (kTable[group.first + i].*TKind.*TLength != (i == 0 ? group.count : 0))
-        {
-            return false;
-        }
-    }
-    return true;
-}
-
-constexpr bool IsHeaderGroup(tagGroup group)
-{
-    return HasLength<&_CMD_SET_RECORD::hdr, &_CS_HDR::iLength>(group);
-}
-
-constexpr bool IsUnitGroup(tagGroup group)
-{
-    return HasLength<&_CMD_SET_RECORD::sfx, &_CS_SFX::iLength>(group);
-}
-
-constexpr bool IsWordGroup(tagGroup group)
-{
-    return HasLength<&_CMD_SET_RECORD::chr, &_CS_CHR::iLength>(group);
-}
-
-template <class TCheck>
-constexpr bool All(TCheck check, std::initializer_list<tagGroup> groups)
-{
-    return std::ranges::all_of(groups, check);
-}
-
 // A record too many or too few in a group moves all that follow; it does not compile.
 static_assert(kEnd.first == std::size(kTable));
-static_assert(All(&IsHeaderGroup,
-                  {kRoot,
-                   kSense,
-                   kFrequency,
-                   kBandwidth,
-                   kResolution,
-                   kSweep,
-                   kSweepTime,
-                   kInitiate,
-                   kTrace,
-                   kFormat,
-                   kCalculate,
-                   kMarker,
-                   kDisplay,
-                   kDisplayText,
-                   kMassMemory,
-                   kRoute,
-                   kDiagnostic,
-                   kService}));
-static_assert(All(&IsUnitGroup, {kHertz, kSecond}));
-static_assert(All(&IsWordGroup, {kDetectorWords, kFormatWords, kBorderWords}));
-
-std::string ShortWord(tagGroup words, long value)
-{
-    return CScpiToken::ScpiToken2ShortForm(
-        kTable[words.first + static_cast<std::uint32_t>(value) - 1].chr.szKeyword);
-}
+static_assert(AreHeaderGroups(kTable,
+                              {kRoot,
+                               kSense,
+                               kFrequency,
+                               kBandwidth,
+                               kResolution,
+                               kSweep,
+                               kSweepTime,
+                               kInitiate,
+                               kTrace,
+                               kFormat,
+                               kCalculate,
+                               kMarker,
+                               kDisplay,
+                               kDisplayText,
+                               kMassMemory,
+                               kRoute,
+                               kDiagnostic,
+                               kService}));
+static_assert(AreUnitGroups(kTable, {kHertz, kSecond}));
+static_assert(AreWordGroups(kTable, {kDetectorWords, kFormatWords, kBorderWords}));
 
 } // namespace
 
@@ -273,12 +200,12 @@ std::span<const _CMD_SET_RECORD> AnalyzerTable()
 
 std::string DetectorWord(long value)
 {
-    return ShortWord(kDetectorWords, value);
+    return ShortWord(kTable, kDetectorWords, value);
 }
 
 std::string BorderWord(long value)
 {
-    return ShortWord(kBorderWords, value);
+    return ShortWord(kTable, kBorderWords, value);
 }
 
 } // namespace ZoVelkor::Demo

@@ -21,7 +21,7 @@ void CAnalyzer::Reset()
     m_sweeps.SetContinuous(false);
     m_sweeps.AbortSweep();
     m_traces.Clear();
-    m_closedSwitches.reset();
+    m_switches.Reset();
     m_sDisplayText.clear();
     Apply({});
 }

@@ -1,24 +1,18 @@
 #include "CAnalyzerApplication.h"
 
-#include "CBScpiDeviceHandler.h"
 #include "CComObject.h"
+#include "CResetHandler.h"
 
 namespace ZoVelkor::Demo
 {
 namespace
 {
 
-/// Passes the device events of IEEE 488.2 to the analyser.
-class CAnalyzerDeviceHandler : public CBScpiDeviceHandler
+/// Passes the device events of IEEE 488.2 on to the analyser.
+class CAnalyzerDeviceHandler : public CResetHandler<CAnalyzer>
 {
 public:
-    explicit CAnalyzerDeviceHandler(CAnalyzer& analyzer) : m_analyzer(analyzer) {}
-
-    HRESULT Reset() override
-    {
-        m_analyzer.Reset();
-        return S_OK;
-    }
+    using CResetHandler::CResetHandler;
 
     HRESULT Selftest(short* passed) override
     {
@@ -32,9 +26,6 @@ public:
 
 protected:
     ~CAnalyzerDeviceHandler() override = default;
-
-private:
-    CAnalyzer& m_analyzer;
 };
 
 } // namespace

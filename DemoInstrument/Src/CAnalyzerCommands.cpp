@@ -1,10 +1,8 @@
 #include "CAnalyzerCommands.h"
 
-#include "CNumericSetting.h"
 #include "HeaderSuffix.h"
-
-#include <algorithm>
-#include <cmath>
+#include "SettingHandlers.h"
+#include "SteppedSetting.h"
 
 namespace ZoVelkor::Demo
 {
@@ -38,20 +36,6 @@ constexpr double kSmallestSpanHz = 100.0;
 double NextIn125(double value, bool up)
 {
     return NextInSequence(value, up, {1, 2, 5});
-}
-
-/// The step to the next value; it stops at the limit, and from the limit it leads beyond, to be refused.
-double StepTo(double next, double value, double limit)
-{
-    const double step = std::abs(next - value);
-    return value == limit ? step : std::min(step, std::abs(limit - value));
-}
-
-CNumericSetting
-MakeSetting(double minimum, double maximum, double reset, double value, double down, double up)
-{
-    return CNumericSetting(
-        {minimum, maximum, reset, StepTo(up, value, maximum), StepTo(down, value, minimum)}, value);
 }
 
 CNumericSetting Frequency(const tagChannelSettings& channel, double valueHz, double resetHz)
@@ -240,14 +224,10 @@ HRESULT CAnalyzerCommands::BooleanSetting(Record& record)
         return S_FALSE;
     }
     tagAnalyzerSettings settings = m_analyzer.Settings();
-    if (record.IsQuery())
+    bool on = TSetting.get(settings, suffix);
+    if (const HRESULT hr = HandleBoolean(record, on); hr != S_OK || record.IsQuery())
     {
-        return record.BooleanResponse(TSetting.get(settings, suffix));
-    }
-    bool on = false;
-    if (record.CheckArgumentCount(0, true) != S_OK || record.GetBooleanArgument(on, 0) != S_OK)
-    {
-        return S_FALSE;
+        return hr;
     }
     TSetting.put(settings, suffix, on);
     m_analyzer.Apply(settings);
@@ -262,19 +242,10 @@ HRESULT CAnalyzerCommands::Detector(Record& record)
         return S_FALSE;
     }
     tagAnalyzerSettings settings = m_analyzer.Settings();
-    if (record.IsQuery())
+    long value = static_cast<long>(settings.detector);
+    if (const HRESULT hr = HandleWord(record, value, &DetectorWord); hr != S_OK || record.IsQuery())
     {
-        if (record.CheckArgumentNotAllowed() != S_OK)
-        {
-            return S_FALSE;
-        }
-        const std::string word = DetectorWord(static_cast<long>(settings.detector));
-        return record.ArbitraryResponse(word.data(), static_cast<long>(word.size()));
-    }
-    long value = 0;
-    if (record.CheckArgumentCount(0, true) != S_OK || record.GetCharacterArgument(value, 0) != S_OK)
-    {
-        return S_FALSE;
+        return hr;
     }
     settings.detector = static_cast<tagDetector>(value);
     m_analyzer.Apply(settings);

@@ -6,6 +6,7 @@
 #include "CComBSTR.h"
 #include "HeaderSuffix.h"
 #include "ScpiErrorCodes.h"
+#include "SettingHandlers.h"
 #include "ZoString.h"
 
 namespace ZoVelkor::Demo
@@ -70,19 +71,6 @@ HRESULT ReadTraceBlock(CScpiFunctionExecutionDataPool& pool, std::vector<double>
     return SUCCEEDED(hr) && values.size() > kMaxTraceValues ? pool.SetScpiError(kScpiTooMuchData) : hr;
 }
 
-HRESULT ReadTraceList(CScpiFunctionExecutionDataPool& pool, std::vector<double>& values)
-{
-    values.resize(static_cast<std::size_t>(pool.GetArgumentCount()));
-    for (std::size_t i = 0; i < values.size(); ++i)
-    {
-        if (pool.GetDoubleArgument(values[i], static_cast<long>(i)) != S_OK)
-        {
-            return S_FALSE;
-        }
-    }
-    return S_OK;
-}
-
 /// Reads what a trace is loaded with, a block or a list of numbers.
 HRESULT ReadTrace(CScpiFunctionExecutionDataPool& pool, std::vector<double>& values)
 {
@@ -91,7 +79,7 @@ HRESULT ReadTrace(CScpiFunctionExecutionDataPool& pool, std::vector<double>& val
     {
         return S_FALSE;
     }
-    return type == ZO_SCPI_PARAMTYPE_BLOCK ? ReadTraceBlock(pool, values) : ReadTraceList(pool, values);
+    return type == ZO_SCPI_PARAMTYPE_BLOCK ? ReadTraceBlock(pool, values) : ReadNumbers(pool, values);
 }
 
 } // namespace
@@ -113,14 +101,10 @@ HRESULT CAnalyzerCommands::Initiate(Record& record)
 
 HRESULT CAnalyzerCommands::InitiateContinuous(Record& record)
 {
-    if (record.IsQuery())
+    bool on = m_analyzer.Sweeps().IsContinuous();
+    if (const HRESULT hr = HandleBoolean(record, on); hr != S_OK || record.IsQuery())
     {
-        return record.BooleanResponse(m_analyzer.Sweeps().IsContinuous());
-    }
-    bool on = false;
-    if (record.CheckArgumentCount(0, true) != S_OK || record.GetBooleanArgument(on, 0) != S_OK)
-    {
-        return S_FALSE;
+        return hr;
     }
     m_analyzer.Sweeps().SetContinuous(on);
     return S_OK;
@@ -159,10 +143,7 @@ HRESULT CAnalyzerCommands::AnswerTrace(Pool& pool, long trace)
     {
         return pool.SetScpiError(kScpiDataCorruptOrStale);
     }
-    IZOScpiSubsystemFormat* const subsystem = pool.GetFormatSubsystem();
-    const std::vector<double>& levelsDbm = spTrace->levelsDbm;
-    return subsystem != nullptr ? subsystem->OutputDoubles(levelsDbm.data(), levelsDbm.size())
-                                : pool.SetScpiExecutionError("");
+    return AnswerNumbers(pool, spTrace->levelsDbm);
 }
 
 HRESULT CAnalyzerCommands::FormatData(Pool& pool)

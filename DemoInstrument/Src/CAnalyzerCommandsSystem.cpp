@@ -2,88 +2,27 @@
 
 #include "BlockReading.h"
 #include "CAnalyzerCommands.h"
-#include "ChannelList.h"
 #include "ScpiErrorCodes.h"
+#include "SettingHandlers.h"
 
 namespace ZoVelkor::Demo
 {
 namespace
 {
 
-/// Channels that one channel list may name; a longer list is no sensible one.
-constexpr std::size_t kMaxListedChannels = 256;
-
 /// Type of every file, as the catalogue names it.
 constexpr std::string_view kFileType = "BIN";
-
-/// Reads the channel list that is the only argument; -171 for a bad list, -223 for too many
-/// channels, -222 for a switch that is not there.
-HRESULT ReadSwitches(CCommandExecutionData& record, std::vector<std::size_t>& switches)
-{
-    std::string text;
-    if (record.CheckArgumentCount(0, true) != S_OK || record.GetExprStringArgument(text, 0) != S_OK)
-    {
-        return S_FALSE;
-    }
-    const auto channels = ParseChannelList(text, kMaxListedChannels);
-    if (!channels)
-    {
-        return record.SetScpiError(kScpiInvalidExpression);
-    }
-    for (const long channel : *channels)
-    {
-        if (channel < 1 || channel > static_cast<long>(kSwitchCount))
-        {
-            return record.SetScpiError(kScpiDataOutOfRange);
-        }
-        switches.push_back(static_cast<std::size_t>(channel - 1));
-    }
-    return channels->size() > kMaxListedChannels ? record.SetScpiError(kScpiTooMuchData) : S_OK;
-}
 
 } // namespace
 
 HRESULT CAnalyzerCommands::DisplayText(Record& record)
 {
-    if (record.IsQuery())
-    {
-        return record.CheckArgumentNotAllowed() == S_OK ? record.StringResponse(m_analyzer.DisplayText())
-                                                        : S_FALSE;
-    }
-    std::string text;
-    if (record.CheckArgumentCount(0, true) != S_OK || record.GetStringArgument(text, 0) != S_OK)
-    {
-        return S_FALSE;
-    }
-    m_analyzer.DisplayText() = std::move(text);
-    return S_OK;
+    return HandleString(record, m_analyzer.DisplayText(), kParameterTextSize);
 }
 
-/// Closes just the listed switches, as a selector does: all others open.
 HRESULT CAnalyzerCommands::RouteClose(Record& record)
 {
-    std::vector<std::size_t> switches;
-    if (ReadSwitches(record, switches) != S_OK)
-    {
-        return S_FALSE;
-    }
-    if (!record.IsQuery())
-    {
-        m_analyzer.ClosedSwitches().reset();
-        for (const std::size_t number : switches)
-        {
-            m_analyzer.ClosedSwitches().set(number);
-        }
-        return S_OK;
-    }
-    for (const std::size_t number : switches)
-    {
-        if (record.BooleanResponse(m_analyzer.ClosedSwitches().test(number)) != S_OK)
-        {
-            return S_FALSE;
-        }
-    }
-    return S_OK;
+    return m_analyzer.Switches().HandleClose(record);
 }
 
 HRESULT CAnalyzerCommands::ServiceCount(Record& record)

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "CCommandExecutionData.h"
+
+#include <bitset>
+#include <cstddef>
+#include <vector>
+
+namespace ZoVelkor::Demo
+{
+
+inline constexpr std::size_t kSwitchCount = 8; ///< ROUTe: channels 1 to 8
+
+/// The signal switches behind ROUTe:CLOSe; a new object has all of them open.
+class CSwitchBoard
+{
+public:
+    /// Closes just the listed switches, as a selector does: all others open. The query takes a list too and
+    /// answers 1 for each closed switch, 0 for an open one.
+    ///
+    /// @return as handlers do; -171 for a bad list, -223 for too many channels, -222 for a switch that is not
+    /// there
+    HRESULT HandleClose(CCommandExecutionData& record);
+
+    /// Opens all.
+    void Reset() { m_closed.reset(); }
+
+private:
+    static HRESULT ReadSwitches(CCommandExecutionData& record, std::vector<std::size_t>& switches);
+
+    std::bitset<kSwitchCount> m_closed; ///< switch n is closed when bit n - 1 is set
+};
+
+} // namespace ZoVelkor::Demo
