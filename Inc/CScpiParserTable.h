@@ -1,33 +1,63 @@
 #pragma once
 
+#include "CAdapt.h"
+#include "CComPtr.h"
+#include "IZOScpiExecutionSink.h"
 #include "ScpiCommandTable.h"
 #include "ZoExport.h"
 
+#include <limits>
 #include <list>
 #include <set>
 #include <string>
+#include <valarray>
 
 namespace ZoVelkor
 {
+
+class CScpiParserTableGroups;
+class CScpiPropErrorStrategy;
 
 /// One SCPI command table: finds its way through the records and lists its commands.
 ///
 /// The table is borrowed and must outlive the object; a copy refers to the same table. Where an operation
 /// takes a table itself, it is the first record of the array that the other arguments belong to.
 ///
-/// Records carry no array size, so an index beyond the array cannot be noticed. Other damage is survived:
-/// texts without terminator end with their field, negative indexes and lengths count as none, and a child
-/// group that is its own ancestor, or lies deeper than 32 levels, is left out of the listings. Threads:
-/// operations that are const may run at the same time.
+/// Records carry no array size, so an index beyond the array is noticed only when the number of records was
+/// given with the table. Other damage is survived: texts without terminator end with their field, negative
+/// indexes and lengths count as none, and a child group that is its own ancestor, or lies deeper than 32
+/// levels, is left out of the listings. Threads: operations that are const may run at the same time.
 class ZO_EXPORT CScpiParserTable
 {
 public:
     CScpiParserTable() = default;
     explicit CScpiParserTable(_CMD_SET_RECORD* table) : m_pTable(table) {}
 
-    void SetParserTable(_CMD_SET_RECORD* table) { m_pTable = table; }
+    /// Record count of a table whose size nobody told.
+    static constexpr long kUnknownCount = std::numeric_limits<long>::max();
+
+    /// One application's part of an instrument's command set.
+    struct PlugInData
+    {
+        _CMD_SET_RECORD* pTable = nullptr;    ///< the records, borrowed
+        std::uint32_t iSize = 0;              ///< size in bytes, a multiple of a record's 40
+        CComPtr<IZOScpiExecutionSink> spSink; ///< runs the commands of this table
+        std::string sName;                    ///< for error texts
+    };
+
+    /// Sets a table of unknown size.
+    void SetParserTable(_CMD_SET_RECORD* table) { SetParserTable(table, kUnknownCount); }
+    /// Sets a table of a known number of records, which the operations of this object then never leave.
+    void SetParserTable(_CMD_SET_RECORD* table, long count)
+    {
+        m_pTable = table;
+        m_iCount = count;
+    }
     /// The first record; null when no table is set.
     _CMD_SET_RECORD* GetParserTable() const { return m_pTable; }
+
+    /// Number of records; kUnknownCount unless it was given with the table.
+    long GetRecordCount() const { return m_iCount; }
 
     /// Whether the table begins with common commands.
     bool HasCommonCommands() const;
@@ -36,6 +66,12 @@ public:
     ///
     /// Counts from the start to the highest record reached while the chain runs upward.
     long GetParGroupSize(long start) const;
+
+    /// Finds the groups of records that the roots lead to; does nothing without a table.
+    ///
+    /// A group is visited once, however many headers share it. With a known record count, groups that do not
+    /// lie inside the table are left out, and the numeric-suffix expressions at its end form a group as well.
+    void AnalyseGroups(CScpiParserTableGroups& groups) const;
 
     /// Lists all executable commands, children before their parent.
     ///
@@ -90,6 +126,7 @@ public:
 
 private:
     _CMD_SET_RECORD* m_pTable = nullptr;
+    long m_iCount = kUnknownCount;
 };
 
 } // namespace ZoVelkor

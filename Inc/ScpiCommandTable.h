@@ -114,11 +114,21 @@ struct _CS_CHR
     std::uint32_t iUnused[4];
 };
 
-/// Numeric-suffix expression record.
+/// Marks the value word of a numeric-suffix expression; the other bits are the index of its header record.
+///
+/// No other kind of record sets this bit in its last word.
+inline constexpr std::uint32_t NSE_HEADER = 0x80000000;
+
+/// Numeric-suffix expression record: which suffixes one header accepts.
+///
+/// The expressions are the last records of a table, behind all other groups: the group is the run of records
+/// at the table's end whose value word carries NSE_HEADER, so that a table's size is enough to find it. A
+/// header takes at most one expression, the first that names it; headers without one accept any suffix.
+/// FindSuffixExpressions (ScpiTableCheck.h) lists them.
 struct _CS_NSE
 {
-    char szExpression[kTableExpressionSize];
-    std::uint32_t iValue;
+    char szExpression[kTableExpressionSize]; ///< grammar of CNumericSuffixExpression
+    std::uint32_t iValue;                    ///< NSE_HEADER | index of the header record
 };
 
 /// One record of a command table; its kind follows from the group that it belongs to.

@@ -49,7 +49,7 @@
 #include "ScpiParameter.h"
 #include "ScpiParserData.h"
 #include "ScpiRegisterPart.h"
-#include "ScpiTableCheck.h"
 #include "ScpiStatusData.h"
+#include "ScpiTableCheck.h"
 #include "Trace.h"
 #include "ZoString.h"

@@ -215,12 +215,12 @@ void Collapse(std::string& text, const tagCollapse& rule)
 
 bool CScpiParserTable::HasCommonCommands() const
 {
-    return m_pTable != nullptr && IsCommonCommand(m_pTable->hdr);
+    return m_pTable != nullptr && m_iCount > 0 && IsCommonCommand(m_pTable->hdr);
 }
 
 long CScpiParserTable::GetParGroupSize(long start) const
 {
-    if (m_pTable == nullptr || start < 0)
+    if (m_pTable == nullptr || start < 0 || start >= m_iCount)
     {
         return 0;
     }
@@ -230,7 +230,7 @@ long CScpiParserTable::GetParGroupSize(long start) const
     {
         size = std::max(size, index - start + 1);
         index = TableIndex(m_pTable[index].par.iNextPar);
-    } while (index >= start + size);
+    } while (index >= start + size && index < m_iCount);
     return size;
 }
 

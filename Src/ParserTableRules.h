@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string_view>
 
 namespace ZoVelkor
@@ -29,7 +30,9 @@ constexpr bool IsCommonCommand(const _CS_HDR& header)
 }
 
 /// Index of the group of ordinary root commands, behind the common commands if there are any.
-inline long RootGroupIndex(const _CMD_SET_RECORD* table)
+///
+/// @param count  records of the table, at least one; the index may lie at or beyond it
+inline long RootGroupIndex(const _CMD_SET_RECORD* table, long count = std::numeric_limits<long>::max())
 {
     if (!IsCommonCommand(table->hdr))
     {
@@ -39,6 +42,10 @@ inline long RootGroupIndex(const _CMD_SET_RECORD* table)
     if (length < 1)
     {
         return 0;
+    }
+    if (length >= count)
+    {
+        return length;
     }
     // Deliberate: tables of instruments without own commands keep the place by a group of the same length.
     return TableText(table[length].hdr.szKeyword) == "undef" ? 2 * length : length;

@@ -1,0 +1,135 @@
+#include "CScpiParserTable.h"
+#include "CScpiParserTableGroups.h"
+#include "ParserTableRules.h"
+#include "ScpiTableCheck.h"
+
+#include <array>
+#include <unordered_set>
+#include <vector>
+
+namespace ZoVelkor
+{
+
+namespace
+{
+
+/// Visits every group once; pending header groups wait in a list, so that a deep tree needs no deep stack.
+class CGroupAnalyser
+{
+public:
+    CGroupAnalyser(const CScpiParserTable& table, CScpiParserTableGroups& groups)
+        : m_table(table),
+          m_pRecords(table.GetParserTable()),
+          m_iCount(table.GetRecordCount()),
+          m_groups(groups)
+    {}
+
+    void AnalyseHeaders(long root)
+    {
+        m_pending.push_back(root);
+        while (!m_pending.empty())
+        {
+            const long start = m_pending.back();
+            m_pending.pop_back();
+            AnalyseHeaderGroup(start);
+        }
+    }
+
+private:
+    bool IsNew(tagScpiTableKind kind, long start)
+    {
+        return start < m_iCount && m_seen[static_cast<std::size_t>(kind)].insert(start).second;
+    }
+
+    bool IsInside(long start, long size) const { return size <= m_iCount - start; }
+
+    void AnalyseHeaderGroup(long start)
+    {
+        const long length =
+            IsNew(tagScpiTableKind::Header, start) ? TableIndex(m_pRecords[start].hdr.iLength) : -1;
+        if (length < 0 || !IsInside(start, length))
+        {
+            return;
+        }
+        m_groups.AddGroup(tagScpiTableKind::Header, start, length);
+        for (long i = start; i < start + length; ++i)
+        {
+            const _CS_HDR& header = m_pRecords[i].hdr;
+            if (TableIndex(header.iSubStart) > 0)
+            {
+                m_pending.push_back(TableIndex(header.iSubStart));
+            }
+            if (TableIndex(header.iDatatype) > 0)
+            {
+                AnalyseParameterGroup(TableIndex(header.iDatatype));
+            }
+        }
+    }
+
+    void AnalyseParameterGroup(long start)
+    {
+        if (!IsNew(tagScpiTableKind::Parameter, start))
+        {
+            return;
+        }
+        const long size = m_table.GetParGroupSize(start);
+        m_groups.AddGroup(tagScpiTableKind::Parameter, start, size);
+        for (long i = start; i < start + size; ++i)
+        {
+            const _CS_PAR& parameter = m_pRecords[i].par;
+            AnalyseList(tagScpiTableKind::CharacterData, TableIndex(parameter.iKeywords));
+            AnalyseList(tagScpiTableKind::UnitSuffix, TableIndex(parameter.iSuffixList));
+        }
+    }
+
+    /// Units and mnemonics keep their group's length in the same place.
+    void AnalyseList(tagScpiTableKind kind, long start)
+    {
+        if (start <= 0 || !IsNew(kind, start))
+        {
+            return;
+        }
+        const long length = TableIndex(m_pRecords[start].sfx.iLength);
+        if (length >= 0 && IsInside(start, length))
+        {
+            m_groups.AddGroup(kind, start, length);
+        }
+    }
+
+    const CScpiParserTable& m_table;
+    const _CMD_SET_RECORD* m_pRecords;
+    long m_iCount;
+    CScpiParserTableGroups& m_groups;
+    std::vector<long> m_pending;
+    std::array<std::unordered_set<long>, kScpiTableKinds> m_seen;
+};
+
+} // namespace
+
+void CScpiParserTable::AnalyseGroups(CScpiParserTableGroups& groups) const
+{
+    if (m_pTable == nullptr)
+    {
+        return;
+    }
+    groups.Reset();
+    if (m_iCount > 0)
+    {
+        CGroupAnalyser analyser(*this, groups);
+        analyser.AnalyseHeaders(0);
+        analyser.AnalyseHeaders(RootGroupIndex(m_pTable, m_iCount));
+    }
+    if (m_iCount != kUnknownCount && m_iCount > 0)
+    {
+        const auto count = static_cast<std::size_t>(m_iCount);
+        const auto start = static_cast<long>(FindSuffixExpressionStart(m_pTable, count));
+        // Expressions stand behind every other group; damaged records inside a group are none.
+        if (start < m_iCount && start >= groups.TableEnd())
+        {
+            groups.AddGroup(tagScpiTableKind::NumericSuffix, start, m_iCount - start);
+        }
+    }
+    groups.Finish();
+}
+
+} // namespace ZoVelkor
