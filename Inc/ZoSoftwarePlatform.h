@@ -3,6 +3,7 @@
 // Everything that applications of the instrument need. Left out on purpose: ScpiTableMacros.h, whose short
 // names belong into the file that holds a command table, and ZoStringQt.h, which needs Qt.
 
+#include "CBScpiCommands.h"
 #include "CBScpiDeviceHandler.h"
 #include "CBScpiEmulationCallback.h"
 #include "CBScpiExecutionSink.h"
@@ -14,8 +15,10 @@
 #include "CCommandExecutionData.h"
 #include "CComponentShellThreadPool.h"
 #include "CCritSectionLocker.h"
+#include "CDeviceExecutionTime.h"
 #include "CLazyScpiManager.h"
 #include "CNumericSetting.h"
+#include "CPerformanceDiagnose.h"
 #include "CScpiErrorMap.h"
 #include "CScpiFunctionExecutionDataPool.h"
 #include "CScpiFunctionExecutionDataPoolParser.h"
@@ -30,6 +33,7 @@
 #include "Event.h"
 #include "IZODatabaseTransaction.h"
 #include "IZOScpiBlockData.h"
+#include "IZOScpiCommands.h"
 #include "IZOScpiDeviceHandler.h"
 #include "IZOScpiEmulationCallback.h"
 #include "IZOScpiErrorManagement.h"
@@ -48,6 +52,7 @@
 #include "ScpiErrorCodes.h"
 #include "ScpiParameter.h"
 #include "ScpiParserData.h"
+#include "ScpiParserTree.h"
 #include "ScpiRegisterPart.h"
 #include "ScpiStatusData.h"
 #include "ScpiTableCheck.h"

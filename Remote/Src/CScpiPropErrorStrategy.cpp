@@ -1,8 +1,8 @@
 #include "CScpiPropErrorStrategy.h"
 
 #include "CObjectDataReference.h"
+#include "CPerformanceDiagnose.h"
 #include "ErrorRaising.h"
-#include "RemoteDiagnoseControl.h"
 
 #include <fmt/format.h>
 
@@ -17,11 +17,6 @@ namespace
 {
 
 ZO_SOURCE_UNIT("Remote/Src/CScpiPropErrorStrategy");
-
-bool IsScpiChecksDisabled() noexcept
-{
-    return get_RemoteDiagnoseControl()->bScpiChecksDisabled.load(std::memory_order_relaxed);
-}
 
 void ReportToShell(const CObjectDataReferenceBase* pObject,
                    tagErrorSeverity severity,
@@ -73,7 +68,7 @@ void CScpiPropErrorStrategy::Warn(const void* value, const CAtlStringA& message)
 
 void CScpiPropErrorStrategy::PropError(const void* value, CAtlStringA message)
 {
-    if (IsScpiChecksDisabled())
+    if (CPerformanceDiagnose::IsScpiChecksDisabled())
     {
         return;
     }

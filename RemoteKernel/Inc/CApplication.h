@@ -68,6 +68,15 @@ public:
     void Close();
 
 private:
+    HRESULT RunLocked(const tagParsedCommand& command,
+                      IUnknown* context,
+                      long remotePath,
+                      IZOScpiOutputBuffer* output) noexcept;
+    HRESULT RunTracedLocked(const tagParsedCommand& command,
+                            IUnknown* context,
+                            long remotePath,
+                            IZOScpiOutputBuffer* output) noexcept;
+
     const std::string m_sName;
     const GUID m_id;
     const std::vector<_CMD_SET_RECORD> m_table;

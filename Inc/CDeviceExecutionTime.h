@@ -1,0 +1,25 @@
+#pragma once
+
+#include "ZoExport.h"
+
+namespace ZoVelkor
+{
+
+/// Stop watch for one operation of the device. Threads: one instance belongs to one thread at a time.
+class ZO_EXPORT CDeviceExecutionTime
+{
+public:
+    /// Starts or restarts the watch.
+    void StartPerformanceCounter() noexcept;
+
+    /// Milliseconds since the start; 0.0 when the counter cannot be read.
+    double GetExecutionTime() noexcept;
+
+private:
+    static const long long s_PerformanceFrequency;
+
+    long long m_iStartCounter = 0;
+    long long m_iLastCounter = 0;
+};
+
+} // namespace ZoVelkor

@@ -1,0 +1,147 @@
+#pragma once
+
+#include "RemoteDiagnoseControl.h"
+#include "ZoExport.h"
+
+#include <cstdint>
+#include <string>
+
+namespace ZoVelkor
+{
+
+/// Diagnosis of the remote-control path: switches, timed trace lines and simple statistics.
+///
+/// Switches, counter frequency and timing base are those of the process's control block, see
+/// get_RemoteDiagnoseControl. A frequency of 0 or less counts as 1. Counter values may be any 64-bit number;
+/// differences wrap. Threads: the static operations may be called from any thread; lines of several threads
+/// mix freely.
+class ZO_EXPORT CPerformanceDiagnose
+{
+public:
+    /// Statistic over time spans in seconds. Threads: one instance belongs to one thread at a time.
+    class ZO_EXPORT CStatistik
+    {
+    public:
+        CStatistik() = default;
+        CStatistik(const CStatistik&) = default;
+        CStatistik& operator=(const CStatistik&) = default;
+        virtual ~CStatistik();
+
+        /// Adds a sample of this many counter ticks; after 2147483647 samples further ones are dropped.
+        void Push(long long ticks) noexcept;
+        /// All five figures become 0.
+        void Reset() noexcept;
+
+        long get_Count() const noexcept { return m_iCount; }
+        double get_Sum() const noexcept { return m_dSum; }
+        double get_SumOfSquares() const noexcept { return m_dSumOfSquares; }
+        /// The smallest sample or 0, whichever is less.
+        double get_Minimum() const noexcept { return m_dMinimum; }
+        /// The largest sample or 0, whichever is more.
+        double get_Maximum() const noexcept { return m_dMaximum; }
+        /// 0 without samples.
+        double get_Mean() const noexcept;
+        /// Standard deviation of the samples as a whole population; 0 without samples.
+        double get_Sdev() const noexcept;
+
+    private:
+        // Deliberate: the extremes start at 0, so the minimum of positive samples stays there.
+        std::int32_t m_iCount = 0;
+        double m_dSum = 0.0;
+        double m_dSumOfSquares = 0.0;
+        double m_dMinimum = 0.0;
+        double m_dMaximum = 0.0;
+    };
+
+    /// Three readings of the counter that accompany a run: its start, and start and end of its last section.
+    /// All three are the counter at construction.
+    class ZO_EXPORT CRunControl
+    {
+    public:
+        CRunControl() noexcept;
+        CRunControl(const CRunControl&) = default;
+        CRunControl& operator=(const CRunControl&) = default;
+        virtual ~CRunControl();
+
+        /// Ends a section now and begins the next one.
+        void NextSection() noexcept;
+
+        long long get_RunStart() const noexcept { return m_iRunStart; }
+        long long get_SectionStart() const noexcept { return m_iSectionStart; }
+        long long get_SectionEnd() const noexcept { return m_iSectionEnd; }
+
+    private:
+        long long m_iRunStart;
+        long long m_iSectionStart;
+        long long m_iSectionEnd;
+    };
+
+    /// A measurement that is under way; its end puts the time since its start into the statistic.
+    class ZO_EXPORT CMeasurement
+    {
+    public:
+        CMeasurement(const CMeasurement&) = delete;
+        CMeasurement& operator=(const CMeasurement&) = delete;
+        ~CMeasurement();
+
+    private:
+        friend class CPerformanceDiagnose;
+        explicit CMeasurement(CStatistik& statistic) noexcept;
+
+        CStatistik& m_statistic;
+        const long long m_iStart;
+    };
+
+    /// The performance counter now; 0 when the platform has none.
+    static long long GetPerfCounter() noexcept;
+    /// Its ticks per second, 1 or more; 1 when the platform has none.
+    static long long GetFrequency() noexcept;
+
+    /// The next timed line measures its dt from now.
+    static void BeginDebugTiming() noexcept;
+
+    /// Property problems are not reported.
+    static bool IsScpiChecksDisabled() noexcept
+    {
+        return Flag(&tagRemoteDiagnoseControl::bScpiChecksDisabled);
+    }
+    static bool IsDebugTimingActive() noexcept { return Flag(&tagRemoteDiagnoseControl::bTimingActive); }
+    static bool IsDebugRpcModeActive() noexcept { return Flag(&tagRemoteDiagnoseControl::bRpcModeActive); }
+    static bool IsDebugTraceModeActive() noexcept
+    {
+        return Flag(&tagRemoteDiagnoseControl::bTraceModeActive);
+    }
+    static bool IsDebugStatisticModeActive() noexcept
+    {
+        return Flag(&tagRemoteDiagnoseControl::bStatisticModeActive);
+    }
+
+    /// While timing is active, prints "[RemoteTrace] t = <since the base> : dt = <since the line before> :
+    /// <message>".
+    ///
+    /// @param message  null counts as empty
+    static void DebugMessageTiming(const char* message) noexcept;
+    /// While trace mode is active, prints "[RemoteTrace] <message>", or the timed line while timing is, too.
+    static void DebugMessageTrace(const char* message) noexcept;
+
+    /// Counter ticks as "hh:mm:ss,mmm.uuu": hours of the day, minutes, seconds, milli- and microseconds.
+    ///
+    /// @param ticks  a negative number gives "-" and the text of its magnitude
+    static std::string GetTimestampFromPerformanceCounter(long long ticks);
+
+    /// Starts a measurement; it ends with the scope that keeps it.
+    ///
+    /// @param statistic  borrowed until then
+    [[nodiscard]] static CMeasurement DifferenceMeasurement(CStatistik& statistic) noexcept
+    {
+        return CMeasurement(statistic);
+    }
+
+private:
+    static bool Flag(std::atomic<bool> tagRemoteDiagnoseControl::*flag) noexcept
+    {
+        return (get_RemoteDiagnoseControl()->*flag).load(std::memory_order_relaxed);
+    }
+};
+
+} // namespace ZoVelkor
