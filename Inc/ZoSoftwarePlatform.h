@@ -18,6 +18,7 @@
 #include "CDeviceExecutionTime.h"
 #include "CLazyScpiManager.h"
 #include "CNumericSetting.h"
+#include "CNumericSuffixExpression.h"
 #include "CPerformanceDiagnose.h"
 #include "CScpiErrorMap.h"
 #include "CScpiFunctionExecutionDataPool.h"

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <utility>
+
+namespace ZoVelkor
+{
+/// Counted owner of an object that is no component; the last holder frees it.
+///
+/// Threads: holders of the same object may be copied and released in different threads at once; one holder
+/// belongs to one thread at a time. The object itself is not protected.
+template <class T>
+class CSharedPointer
+{
+public:
+    CSharedPointer() noexcept = default;
+
+    /// Makes a new object out of the arguments and its first holder.
+    template <class... TArguments>
+    static CSharedPointer Create(TArguments&&... arguments)
+    {
+        CSharedPointer pointer;
+        pointer.m_spObject = std::make_shared<T>(std::forward<TArguments>(arguments)...);
+        return pointer;
+    }
+
+    /// The object, borrowed; null when nothing is held.
+    T* Get() const noexcept { return m_spObject.get(); }
+    T& operator*() const noexcept { return *m_spObject; }
+    T* operator->() const noexcept { return m_spObject.get(); }
+    friend bool operator==(const CSharedPointer& left, std::nullptr_t) noexcept
+    {
+        return left.m_spObject == nullptr;
+    }
+
+    /// Lets go of the object and becomes null.
+    void Release() noexcept { m_spObject.reset(); }
+
+private:
+    std::shared_ptr<T> m_spObject;
+};
+} // namespace ZoVelkor
