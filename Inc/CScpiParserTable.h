@@ -6,6 +6,7 @@
 #include "ScpiCommandTable.h"
 #include "ZoExport.h"
 
+#include <iosfwd>
 #include <limits>
 #include <list>
 #include <set>
@@ -17,6 +18,7 @@ namespace ZoVelkor
 
 class CScpiParserTableGroups;
 class CScpiPropErrorStrategy;
+enum class tagScpiTableKind;
 
 /// One SCPI command table: finds its way through the records and lists its commands.
 ///
@@ -124,7 +126,31 @@ public:
     /// A unit in syntax form.
     static std::string GetSystemHelpSyntaxUnit(const _CS_SFX& unit);
 
+    /// Writes the table as C++ text: the contents of the files PrsTab.cpp and PrsTab.hpp.
+    ///
+    /// Compiled with the headers of the target Zo::GeneratedTable the text gives the same table again, with
+    /// three limits: a record outside every group is left out, so later indexes no longer fit; a text without
+    /// terminator loses its last character; a table without records does not compile. The numeric-suffix
+    /// expressions are written when the number of records was given with the table.
+    void DumpSourceHeader(std::ostream& source, std::ostream& header) const;
+    /// Writes the header up to the declarations of the table and its size.
+    static void DumpHeader_Intro(std::ostream& header);
+    /// Writes what follows DumpHeader_Intro.
+    static void DumpHeader_Final(std::ostream& header);
+    /// Writes the source up to its includes.
+    static void DumpSource_Intro(std::ostream& source);
+    /// Writes the definitions of the table and its size.
+    ///
+    /// @param groups  of this table, fresh from AnalyseGroups; collects labels and names of handlers
+    void DumpSource_Table(std::ostream& source, CScpiParserTableGroups& groups) const;
+    /// Writes one record, behind the block of the group that begins with it; in order of the records.
+    void DumpSource_Element(std::ostream& source, CScpiParserTableGroups& groups, long index) const;
+    /// Writes the block of the group that begins at a record, if one does, and notes the record's kind.
+    void DumpSource_Group(std::ostream& source, CScpiParserTableGroups& groups, long index) const;
+
 private:
+    long GetGroupSize(tagScpiTableKind kind, long start) const;
+
     _CMD_SET_RECORD* m_pTable = nullptr;
     long m_iCount = kUnknownCount;
 };
