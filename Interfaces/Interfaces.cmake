@@ -1,4 +1,5 @@
 zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces/_Inc HEADERS
+    CBScpiCommands.h
     CBScpiDeviceHandler.h
     CBScpiEmulationCallback.h
     CBScpiExecutionSink.h
@@ -7,6 +8,7 @@ zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces
     CBScpiStatusRegister.h
     IZODatabaseTransaction.h
     IZOScpiBlockData.h
+    IZOScpiCommands.h
     IZOScpiDeviceHandler.h
     IZOScpiEmulationCallback.h
     IZOScpiErrorManagement.h
@@ -22,8 +24,10 @@ zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces
     IZOScpiSubsystemFormat.h
     ScpiParameter.h
     ScpiParserData.h
+    ScpiParserTree.h
     ScpiStatusData.h)
 target_sources(zosoftwareplatformembedded PRIVATE
+    ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiCommands.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiDeviceHandler.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiEmulationCallback.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiExecutionSink.cpp
