@@ -53,6 +53,16 @@ short StartError(char c) noexcept
     return kMisplaced.find(c) != std::string_view::npos ? kScpiSyntaxError : kScpiInvalidCharacter;
 }
 
+/// @return null for a word without special meaning
+const tagSpecialWord* FindSpecialWord(const tagMnemonic& word) noexcept
+{
+    const auto* const found = std::find_if(
+        std::begin(kSpecialWords), std::end(kSpecialWords), [&word](const tagSpecialWord& special) {
+            return special.shortForm == word.key || special.longForm == word.key;
+        });
+    return found == std::end(kSpecialWords) || word.iLength > tagMnemonicKey::kCapacity ? nullptr : found;
+}
+
 bool IsOnlyLetters(const char* begin, const char* end) noexcept
 {
     return std::all_of(begin, end, [](char c) { return IsLetter(c) || c == '/' || c == '.'; });
@@ -75,6 +85,7 @@ tagParameterFault CParameterParser::Parse(const CCommandIndex& index,
     m_index = &index;
     m_specs = index.Parameters(entry);
     m_cursor = cursor;
+    m_bOptional = optional;
     tagParameterFault fault;
     std::size_t count = 0;
     for (bool more = !m_cursor.AtUnitEnd(); more; ++count)
@@ -83,7 +94,7 @@ tagParameterFault CParameterParser::Parse(const CCommandIndex& index,
         const char* const place = m_cursor.pPlace;
         const tagParameterSpec* const spec = SpecFor(count);
         const std::uint32_t type = spec == nullptr ? 0 : (optional ? spec->iQueryType : spec->iType);
-        short error = type == 0 ? kScpiParameterNotAllowed : ReadParameter(*spec, type, optional);
+        short error = type == 0 ? kScpiParameterNotAllowed : ReadParameter(*spec, type);
         m_cursor.SkipWhite();
         if ((error == 0 || IsScpiExecutionError(error)) && !m_cursor.AtElementEnd())
         {
@@ -117,7 +128,7 @@ const tagParameterSpec* CParameterParser::SpecFor(std::size_t parameter) const n
     return !m_specs.empty() && (m_specs.back().iFlags & ARG_FLAG_REP) != 0 ? &m_specs.back() : nullptr;
 }
 
-short CParameterParser::ReadParameter(const tagParameterSpec& spec, std::uint32_t type, bool optional)
+short CParameterParser::ReadParameter(const tagParameterSpec& spec, std::uint32_t type)
 {
     m_spec = &spec;
     m_type = type;
@@ -133,7 +144,7 @@ short CParameterParser::ReadParameter(const tagParameterSpec& spec, std::uint32_
         return error == 0 && tooMany ? kScpiTooMuchData : error;
     }
     record.iType = ZO_SCPI_PARAMTYPE_NOVALUE;
-    return optional || (spec.iFlags & ARG_FLAG_OPT) != 0 ? short{0} : kScpiMissingParameter;
+    return m_bOptional || (spec.iFlags & ARG_FLAG_OPT) != 0 ? short{0} : kScpiMissingParameter;
 }
 
 short CParameterParser::ReadElement(tagZO_SCPI_PARAMETER& record)
@@ -325,7 +336,19 @@ short CParameterParser::ReadWord(tagZO_SCPI_PARAMETER& record) noexcept
     {
         return record.iTextLength != 0 ? short{0} : StoreText(record, begin, word.iLength);
     }
-    if ((m_type & kWordTypes) == 0 && m_spec->iMnemonicList == 0)
+    return UnknownWordError(word);
+}
+
+short CParameterParser::UnknownWordError(const tagMnemonic& word) const noexcept
+{
+    const bool hasSpecialWords = (m_type & kWordTypes) != 0;
+    const bool hasOwnWords = m_spec->iMnemonicList != 0;
+    // A word in a query asks for a limit. Where there are none, the query takes no such parameter at all.
+    if (m_bOptional && !hasSpecialWords && (hasOwnWords || FindSpecialWord(word) != nullptr))
+    {
+        return kScpiParameterNotAllowed;
+    }
+    if (!hasSpecialWords && !hasOwnWords)
     {
         return kScpiCharacterDataNotAllowed;
     }
@@ -350,12 +373,8 @@ bool CParameterParser::TakeOwnWord(tagZO_SCPI_PARAMETER& record, const tagMnemon
 
 bool CParameterParser::TakeSpecialWord(tagZO_SCPI_PARAMETER& record, const tagMnemonic& word) const noexcept
 {
-    const auto* const found = std::find_if(
-        std::begin(kSpecialWords), std::end(kSpecialWords), [&word](const tagSpecialWord& special) {
-            return special.shortForm == word.key || special.longForm == word.key;
-        });
-    if (found == std::end(kSpecialWords) || (m_type & found->iTypes) == 0 ||
-        word.iLength > tagMnemonicKey::kCapacity)
+    const tagSpecialWord* const found = FindSpecialWord(word);
+    if (found == nullptr || (m_type & found->iTypes) == 0)
     {
         return false;
     }

@@ -44,7 +44,7 @@ public:
 
 private:
     const tagParameterSpec* SpecFor(std::size_t parameter) const noexcept;
-    short ReadParameter(const tagParameterSpec& spec, std::uint32_t type, bool optional);
+    short ReadParameter(const tagParameterSpec& spec, std::uint32_t type);
 
     short ReadElement(tagZO_SCPI_PARAMETER& record);
     short ReadNumber(tagZO_SCPI_PARAMETER& record);
@@ -55,6 +55,7 @@ private:
     short ReadBlock(tagZO_SCPI_PARAMETER& record);
     short StoreBlock(tagZO_SCPI_PARAMETER& record, std::size_t headerLength, std::size_t length);
     short ReadWord(tagZO_SCPI_PARAMETER& record) noexcept;
+    short UnknownWordError(const tagMnemonic& word) const noexcept;
     bool TakeOwnWord(tagZO_SCPI_PARAMETER& record, const tagMnemonic& word) const noexcept;
     bool TakeSpecialWord(tagZO_SCPI_PARAMETER& record, const tagMnemonic& word) const noexcept;
     short ReadString(tagZO_SCPI_PARAMETER& record) noexcept;
@@ -67,6 +68,7 @@ private:
     const CCommandIndex* m_index = nullptr;
     std::span<const tagParameterSpec> m_specs;
     tagCursor m_cursor;
+    bool m_bOptional = false;
 
     // Of the parameter at work.
     const tagParameterSpec* m_spec = nullptr;
