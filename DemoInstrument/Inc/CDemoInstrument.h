@@ -10,16 +10,25 @@ namespace ZoVelkor::Demo
 /// The port that raw SCPI over TCP is expected on.
 inline constexpr std::uint16_t kDefaultPort = 5025;
 
-/// Where the instrument listens.
+/// What the instrument is.
+enum class tagDemoProfile
+{
+    Analyzer,   ///< a signal analyser and a signal generator beside it
+    Conformance ///< one command of every kind, to test controllers and the remote interface with
+};
+
+/// What the instrument is and where it listens.
 struct tagDemoOptions
 {
     std::string sBindAddress = "127.0.0.1"; ///< an IP address
     std::uint16_t iPort = kDefaultPort;     ///< 0: a free one
+    tagDemoProfile eProfile = tagDemoProfile::Analyzer;
 };
 
 /// The whole instrument: remote control, its applications, and the server that clients connect to.
 ///
-/// There is one at a time in a process. The destructor closes all connections and ends all sweeps.
+/// There is one at a time in a process. The destructor closes all connections and ends what is
+/// pending.
 class CDemoInstrument
 {
 public:

@@ -3,6 +3,7 @@
 #include "CCommandExecutionData.h"
 #include "CScpiFunctionExecutionDataPool.h"
 
+#include <array>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -21,6 +22,18 @@ inline HRESULT HandleBoolean(CCommandExecutionData& record, bool& value)
         return record.CheckArgumentNotAllowed() == S_OK ? record.BooleanResponse(value) : S_FALSE;
     }
     return record.CheckArgumentCount(0, true) == S_OK ? record.GetBooleanArgument(value, 0) : S_FALSE;
+}
+
+/// The same for a command whose first numeric suffix says which channel is meant, counted from 1; -114 for a
+/// channel that is not there.
+template <class TChannel, std::size_t TCount>
+HRESULT
+HandleBoolean(CCommandExecutionData& record, std::array<TChannel, TCount>& channels, bool TChannel::*value)
+{
+    long number = 0;
+    return record.GetNumericSuffixWithRangeCheck(number, 0, 1, TCount) == S_OK
+               ? HandleBoolean(record, channels[static_cast<std::size_t>(number - 1)].*value)
+               : S_FALSE;
 }
 
 /// A string; -223 for one that is longer than maxLength.

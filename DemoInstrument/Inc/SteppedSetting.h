@@ -1,9 +1,12 @@
 #pragma once
 
 #include "CNumericSetting.h"
+#include "HeaderSuffix.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 
 namespace ZoVelkor::Demo
 {
@@ -21,6 +24,33 @@ MakeSetting(double minimum, double maximum, double reset, double value, double d
 {
     return CNumericSetting(
         {minimum, maximum, reset, StepTo(up, value, maximum), StepTo(down, value, minimum)}, value);
+}
+
+/// Handles both forms of a numeric command on a value with fixed steps; see MakeSetting.
+///
+/// @return as CNumericSetting::Handle; a refused setting leaves the value alone
+inline HRESULT
+HandleNumber(CScpiFunctionExecutionDataPool& pool, const tagNumericLimits& limits, double& value)
+{
+    CNumericSetting setting = MakeSetting(
+        limits.minimum, limits.maximum, limits.defaultValue, value, value - limits.step, value + limits.step);
+    const HRESULT hr = setting.Handle(pool);
+    value = setting.Value();
+    return hr;
+}
+
+/// The same for a command whose first numeric suffix says which channel is meant, counted from 1; -114 for a
+/// channel that is not there.
+template <class TChannel, std::size_t TCount>
+HRESULT HandleNumber(CScpiFunctionExecutionDataPool& pool,
+                     const tagNumericLimits& limits,
+                     std::array<TChannel, TCount>& channels,
+                     double TChannel::*value)
+{
+    long number = 0;
+    return ReadSuffix(pool, 0, TCount, number) == S_OK
+               ? HandleNumber(pool, limits, channels[static_cast<std::size_t>(number - 1)].*value)
+               : S_FALSE;
 }
 
 } // namespace ZoVelkor::Demo

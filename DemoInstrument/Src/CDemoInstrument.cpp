@@ -1,9 +1,13 @@
 #include "CDemoInstrument.h"
 
 #include "CAnalyzerApplication.h"
+#include "CConformanceCommands.h"
+#include "CGeneratorCommands.h"
 #include "CRemoteKernel.h"
 #include "CTcpServer.h"
 #include "ErrorRaising.h"
+
+#include <optional>
 
 namespace ZoVelkor::Demo
 {
@@ -12,9 +16,10 @@ namespace
 
 ZO_SOURCE_UNIT("DemoInstrument/Src/CDemoInstrument")
 
-RemoteKernel::tagInstrumentIdentity Identity()
+RemoteKernel::tagInstrumentIdentity Identity(tagDemoProfile profile)
 {
-    return {"Zo", "Demo Analyser", "0", ZO_DEMO_VERSION};
+    const char* const model = profile == tagDemoProfile::Analyzer ? "Demo Analyser" : "Demo Conformance";
+    return {"Zo", model, "0", ZO_DEMO_VERSION};
 }
 
 RemoteKernel::tagTcpServerSettings ServerSettings(const tagDemoOptions& options)
@@ -28,7 +33,7 @@ RemoteKernel::tagTcpServerSettings ServerSettings(const tagDemoOptions& options)
 /// Remote control that applications can find from the moment it is made.
 struct tagStartedKernel
 {
-    tagStartedKernel()
+    explicit tagStartedKernel(tagDemoProfile profile) : kernel(Identity(profile))
     {
         if (const HRESULT hr = kernel.Start(); FAILED(hr))
         {
@@ -36,7 +41,7 @@ struct tagStartedKernel
         }
     }
 
-    RemoteKernel::CRemoteKernel kernel{Identity()};
+    RemoteKernel::CRemoteKernel kernel;
 };
 
 } // namespace
@@ -44,13 +49,26 @@ struct tagStartedKernel
 /// In the order of the start; they go in the reverse one: clients, applications, remote control.
 struct CDemoInstrument::tagParts
 {
-    explicit tagParts(const tagDemoOptions& options) : server(remoteControl.kernel, ServerSettings(options))
+    explicit tagParts(const tagDemoOptions& options)
+        : remoteControl(options.eProfile),
+          server(remoteControl.kernel, ServerSettings(options))
     {
+        if (options.eProfile == tagDemoProfile::Analyzer)
+        {
+            analyzer.emplace();
+            generator.emplace();
+        }
+        else
+        {
+            conformance.emplace();
+        }
         server.Start();
     }
 
     tagStartedKernel remoteControl;
-    CAnalyzerApplication analyzer;
+    std::optional<CAnalyzerApplication> analyzer;
+    std::optional<CGeneratorApplication> generator;
+    std::optional<Conformance::CConformanceApplication> conformance;
     RemoteKernel::CTcpServer server;
 };
 

@@ -10,6 +10,8 @@
 #include <cstdlib>
 #include <exception>
 #include <malloc.h>
+#include <map>
+#include <string>
 
 namespace
 {
@@ -60,13 +62,22 @@ catch (const std::exception& fault)
 int main(int argc, char** argv)
 {
     tagDemoOptions options;
-    CLI::App app("A small signal analyser with a simulated input, controlled by SCPI over TCP.",
-                 "zo-demo-instrument");
+    CLI::App app("A small simulated instrument, controlled by SCPI over TCP.", "zo-demo-instrument");
+    const std::map<std::string, tagDemoProfile> profiles{
+        {"analyzer",    tagDemoProfile::Analyzer   },
+        {"conformance", tagDemoProfile::Conformance}
+    };
     app.add_option("--port", options.iPort, "TCP port; 0 takes a free one")
         ->check(CLI::Range(0, 65535))
         ->capture_default_str();
     app.add_option("--bind", options.sBindAddress, "IP address to listen on; 0.0.0.0 for all")
         ->capture_default_str();
+    app.add_option("--profile",
+                   options.eProfile,
+                   "What the instrument is: analyzer, a signal analyser and a signal generator; or "
+                   "conformance, one command of every kind to test controllers with")
+        ->transform(CLI::CheckedTransformer(profiles, CLI::ignore_case).description(""))
+        ->option_text("PROFILE [analyzer]");
     app.set_version_flag("--version", "zo-demo-instrument " ZO_DEMO_VERSION);
     try
     {

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "CApplicationRegistration.h"
+#include "CComObject.h"
+#include "CResetHandler.h"
+#include "HandlerTable.h"
+
+namespace ZoVelkor::Demo
+{
+
+/// An instrument, its commands and its place in remote control; of the device events it hears *RST.
+///
+/// TInstrument has Reset. TCommands is made with a TInstrument and has kApplicationName, Table and Handlers.
+template <class TInstrument, class TCommands>
+class CSimpleApplication
+{
+public:
+    /// @throws CShellError when remote control is missing or refuses the application
+    CSimpleApplication()
+        : m_registration(TCommands::kApplicationName,
+                         TCommands::Table(),
+                         CComObject<CHandlerSink<TCommands>, IZOScpiExecutionSink>::Create(m_commands),
+                         CComObject<CResetHandler<TInstrument>, IZOScpiDeviceHandler>::Create(m_instrument))
+    {}
+
+private:
+    TInstrument m_instrument;
+    TCommands m_commands{m_instrument};
+    CApplicationRegistration m_registration; // last: it goes before what the handlers use
+};
+
+} // namespace ZoVelkor::Demo
