@@ -69,9 +69,32 @@ int DemoFixture::NextError()
     return std::stoi(Client().Query("SYST:ERR?"));
 }
 
+void DemoFixture::ExpectConversations(std::span<const tagConversation> rows)
+{
+    for (const tagConversation& row : rows)
+    {
+        SCOPED_TRACE(row.name);
+        Client().Write("*RST;*CLS");
+        if (*row.send != '\0')
+        {
+            Client().Write(row.send);
+        }
+        if (row.answer != nullptr)
+        {
+            ExpectSameAnswer(Client().Query(row.ask), row.answer);
+        }
+        else
+        {
+            Client().Write(row.ask);
+        }
+        EXPECT_EQ(NextError(), row.error);
+        EXPECT_EQ(row.error == 0 ? 0 : NextError(), 0);
+    }
+}
+
 void DemoFixture::Start()
 {
-    m_instrument = std::make_unique<CDemoInstrument>(tagDemoOptions{"127.0.0.1", 0});
+    m_instrument = std::make_unique<CDemoInstrument>(tagDemoOptions{"127.0.0.1", 0, m_profile});
     m_client.emplace(m_instrument->Port());
 }
 

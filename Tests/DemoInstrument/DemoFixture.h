@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,13 +21,23 @@ std::vector<double> Numbers(const std::string& answer);
 /// Compares the items of two answers, as numbers where both are.
 void ExpectSameAnswer(const std::string& answer, const std::string& expected);
 
+/// One conversation with an instrument in its reset state.
+struct tagConversation
+{
+    const char* name;
+    const char* send;   ///< sent first; empty: nothing
+    const char* ask;    ///< asked then
+    const char* answer; ///< compared number by number, text by text; null: none comes
+    int error = 0;      ///< the only error queued by send and ask; 0: none
+};
+
 /// A whole instrument on a free port of the loopback address, and a client of it.
 class DemoFixture : public testing::Test
 {
 protected:
     using CScpiClient = Testing::CScpiClient;
 
-    DemoFixture() { Start(); }
+    explicit DemoFixture(tagDemoProfile profile = tagDemoProfile::Analyzer) : m_profile(profile) { Start(); }
 
     CScpiClient& Client() { return *m_client; }
     CScpiClient Connect() const { return CScpiClient(m_instrument->Port()); }
@@ -42,9 +53,13 @@ protected:
     /// Takes the oldest error of the client's session; 0 when there is none.
     int NextError();
 
+    /// Holds each conversation after a reset.
+    void ExpectConversations(std::span<const tagConversation> rows);
+
 private:
     void Start();
 
+    const tagDemoProfile m_profile;
     std::unique_ptr<CDemoInstrument> m_instrument;
     std::optional<CScpiClient> m_client;
 };

@@ -5,16 +5,6 @@ namespace ZoVelkor::Demo
 namespace
 {
 
-/// One conversation with an instrument in its reset state.
-struct tagConversation
-{
-    const char* name;
-    const char* send;   ///< sent first; empty: nothing
-    const char* ask;    ///< asked then
-    const char* answer; ///< compared number by number, text by text
-    int error = 0;      ///< the only error queued by send and ask; 0: none
-};
-
 constexpr tagConversation kAccepted[] = {
     {"CenterAndSpan",              "FREQ:CENT 1 GHz;SPAN 100 MHz",                    "FREQ:STAR?;STOP?",                                 "950E6;1050E6"       },
     {"StartAndStop",               "sense:frequency:start 100 kHz;stop 300KHZ",       "FREQ:CENT?;SPAN?",                                 "2E5;2E5"            },
@@ -97,66 +87,32 @@ constexpr tagConversation kRefused[] = {
 
 // Queries that answer nothing but an error.
 constexpr tagConversation kUnanswered[] = {
-    {"EmptyTrace",              "", "TRAC3?",            "", -230},
-    {"MarkerLevelWithoutTrace", "", "CALC:MARK:Y?",      "", -230},
-    {"DetectorQueryWithWord",   "", "DET? POS",          "", -108},
-    {"FormatQueryWithWord",     "", "FORM? ASC",         "", -108},
-    {"OrderQueryWithWord",      "", "FORM:BORD? NORM",   "", -108},
-    {"TextQueryWithText",       "", "DISP:TEXT? 'a'",    "", -108},
-    {"SwitchesWithoutList",     "", "ROUT:CLOS?",        "", -109},
-    {"NoSuchFile",              "", "MMEM:DATA? 'none'", "", -256},
-    {"StepInQuery",             "", "FREQ:CENT? UP",     "", -141},
+    {"EmptyTrace",              "", "TRAC3?",            nullptr, -230},
+    {"MarkerLevelWithoutTrace", "", "CALC:MARK:Y?",      nullptr, -230},
+    {"DetectorQueryWithWord",   "", "DET? POS",          nullptr, -108},
+    {"FormatQueryWithWord",     "", "FORM? ASC",         nullptr, -108},
+    {"OrderQueryWithWord",      "", "FORM:BORD? NORM",   nullptr, -108},
+    {"TextQueryWithText",       "", "DISP:TEXT? 'a'",    nullptr, -108},
+    {"SwitchesWithoutList",     "", "ROUT:CLOS?",        nullptr, -109},
+    {"NoSuchFile",              "", "MMEM:DATA? 'none'", nullptr, -256},
+    {"StepInQuery",             "", "FREQ:CENT? UP",     nullptr, -141},
 };
 
-class SettingConversation : public DemoFixture
-{
-protected:
-    void Prepare(const tagConversation& row)
-    {
-        Client().Write("*RST;*CLS");
-        if (*row.send != '\0')
-        {
-            Client().Write(row.send);
-        }
-    }
-    void ExpectOnlyError(int error)
-    {
-        EXPECT_EQ(NextError(), error);
-        EXPECT_EQ(NextError(), 0);
-    }
-};
+using SettingConversation = DemoFixture;
 
 TEST_F(SettingConversation, AcceptedCommandsTakeEffect)
 {
-    for (const tagConversation& row : kAccepted)
-    {
-        SCOPED_TRACE(row.name);
-        Prepare(row);
-        ExpectSameAnswer(Client().Query(row.ask), row.answer);
-        ExpectOnlyError(0);
-    }
+    ExpectConversations(kAccepted);
 }
 
 TEST_F(SettingConversation, RefusedCommandsChangeNothing)
 {
-    for (const tagConversation& row : kRefused)
-    {
-        SCOPED_TRACE(row.name);
-        Prepare(row);
-        ExpectSameAnswer(Client().Query(row.ask), row.answer);
-        ExpectOnlyError(row.error);
-    }
+    ExpectConversations(kRefused);
 }
 
 TEST_F(SettingConversation, FailedQueriesOnlyQueueTheirError)
 {
-    for (const tagConversation& row : kUnanswered)
-    {
-        SCOPED_TRACE(row.name);
-        Prepare(row);
-        Client().Write(row.ask);
-        ExpectOnlyError(row.error);
-    }
+    ExpectConversations(kUnanswered);
 }
 
 TEST_F(SettingConversation, FilesAreKeptListedAndDeleted)
