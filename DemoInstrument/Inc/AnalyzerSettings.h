@@ -22,6 +22,10 @@ inline constexpr double kMinSweepTimeS = 1e-3;
 inline constexpr double kMaxSweepTimeS = 1000.0;
 inline constexpr double kMinAutoSweepTimeS = 50e-3; ///< the coupled sweep time is never shorter
 
+inline constexpr double kMinReferenceLevelDbm = -130.0;
+inline constexpr double kMaxReferenceLevelDbm = 30.0;
+inline constexpr double kResetReferenceLevelDbm = 0.0;
+
 /// How the samples that fall into one sweep point become its level.
 enum class tagDetector : long
 {
@@ -32,15 +36,26 @@ enum class tagDetector : long
     Average       ///< mean of the logarithmic levels
 };
 
+/// What a sweep waits for once it is initiated.
+enum class tagTriggerSource : long
+{
+    Immediate = 1, ///< nothing
+    Bus            ///< *TRG or TRIGger[:IMMediate]
+};
+
 /// Settings of one measurement channel.
 struct tagChannelSettings
 {
     CFrequencyRange frequency;
-    bool bBandwidthAuto = true;                 ///< the bandwidth follows the span
-    double manualBandwidthHz = kMaxBandwidthHz; ///< holds while bBandwidthAuto is off
+    bool bBandwidthAuto = true;                         ///< the bandwidth follows the span
+    double manualBandwidthHz = kMaxBandwidthHz;         ///< holds while bBandwidthAuto is off
+    double referenceLevelDbm = kResetReferenceLevelDbm; ///< the input is overloaded above it
 
     /// The resolution bandwidth in force.
     double BandwidthHz() const;
+
+    /// The time that its filter needs to settle in a sweep; a shorter sweep shows wrong levels.
+    double ShortestSweepTimeS() const;
 
     bool operator==(const tagChannelSettings&) const = default;
 };
@@ -56,6 +71,7 @@ struct tagAnalyzerSettings
     bool bSweepTimeAuto = true; ///< the sweep time follows the bandwidths
     double manualSweepTimeS = kMinAutoSweepTimeS;
     tagDetector detector = tagDetector::Positive;
+    tagTriggerSource triggerSource = tagTriggerSource::Immediate;
     std::array<double, kMarkerCount> markersHz = ResetMarkers();
 
     /// A channel by its suffix, 1 to kChannelCount.
@@ -71,6 +87,12 @@ struct tagAnalyzerSettings
 
     /// The sweep time in force: that of the slowest channel when it is coupled.
     double SweepTimeS() const;
+
+    /// True when a sweep is too short for the bandwidth of a channel; never while its time is coupled.
+    bool IsUncalibrated(long suffix) const { return SweepTimeS() < Channel(suffix).ShortestSweepTimeS(); }
+
+    /// The frequency ranges of all channels.
+    std::array<CFrequencyRange, kChannelCount> Ranges() const;
 
     /// Moves the markers that a new frequency range would leave outside to its edge.
     void KeepMarkersInside();

@@ -19,6 +19,7 @@ enum tagAnalyzerHandler : std::int32_t
     FREQ_STOP,
     BAND_RESOLUTION,
     BAND_AUTO,
+    REFERENCE_LEVEL,
     SWEEP_POINTS,
     SWEEP_TIME,
     SWEEP_TIME_AUTO,
@@ -26,6 +27,8 @@ enum tagAnalyzerHandler : std::int32_t
     INIT_IMMEDIATE,
     INIT_CONTINUOUS,
     ABORT_SWEEP,
+    TRIGGER_IMMEDIATE,
+    TRIGGER_SOURCE,
     TRACE_DATA,
     FORMAT_DATA,
     FORMAT_BORDER,
@@ -63,5 +66,6 @@ std::span<const _CMD_SET_RECORD> AnalyzerTable();
 /// @param value  of the mnemonic, one of the enumeration
 std::string DetectorWord(long value);
 std::string BorderWord(long value);
+std::string TriggerSourceWord(long value);
 
 } // namespace ZoVelkor::Demo

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AnalyzerSettings.h"
+#include "CInstrumentStatus.h"
 #include "CMassMemory.h"
 #include "CSweepEngine.h"
 #include "CSwitchBoard.h"
@@ -17,7 +18,8 @@ namespace ZoVelkor::Demo
 class CAnalyzer
 {
 public:
-    CAnalyzer() : m_sweeps(m_traces) {}
+    /// @throws CShellError when remote control lacks a status register of the analyser
+    CAnalyzer() : m_sweeps(m_traces, m_status) {}
 
     const tagAnalyzerSettings& Settings() const { return m_settings; }
 
@@ -42,7 +44,8 @@ private:
     CSwitchBoard m_switches;
     std::string m_sDisplayText;
     CTraceMemory m_traces;
-    CSweepEngine m_sweeps; // last: its thread writes into the traces
+    CInstrumentStatus m_status;
+    CSweepEngine m_sweeps; // last: its thread writes into the traces and the status
 };
 
 } // namespace ZoVelkor::Demo

@@ -30,12 +30,13 @@ private:
     HRESULT NumericSetting(Pool& pool);
     template <const auto& TSetting>
     HRESULT BooleanSetting(Record& record);
-
-    HRESULT Detector(Record& record);
+    template <const auto& TSetting>
+    HRESULT WordSetting(Record& record);
 
     HRESULT Initiate(Record& record);
     HRESULT InitiateContinuous(Record& record);
     HRESULT AbortSweep(Record& record);
+    HRESULT TriggerImmediate(Record& record);
 
     HRESULT TraceData(Pool& pool);
     HRESULT AnswerTrace(Pool& pool, long trace);

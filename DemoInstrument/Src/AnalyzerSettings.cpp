@@ -50,6 +50,11 @@ double tagChannelSettings::BandwidthHz() const
     return bBandwidthAuto ? CoupledBandwidthHz(frequency.SpanHz()) : manualBandwidthHz;
 }
 
+double tagChannelSettings::ShortestSweepTimeS() const
+{
+    return kSettlingTimes / BandwidthHz();
+}
+
 double tagAnalyzerSettings::SweepTimeS() const
 {
     if (!bSweepTimeAuto)
@@ -59,9 +64,16 @@ double tagAnalyzerSettings::SweepTimeS() const
     double timeS = kMinAutoSweepTimeS;
     for (const tagChannelSettings& channel : channels)
     {
-        timeS = std::max(timeS, kSettlingTimes / channel.BandwidthHz());
+        timeS = std::max(timeS, channel.ShortestSweepTimeS());
     }
     return timeS;
+}
+
+std::array<CFrequencyRange, kChannelCount> tagAnalyzerSettings::Ranges() const
+{
+    std::array<CFrequencyRange, kChannelCount> ranges;
+    std::ranges::transform(channels, ranges.begin(), &tagChannelSettings::frequency);
+    return ranges;
 }
 
 void tagAnalyzerSettings::KeepMarkersInside()

@@ -18,8 +18,7 @@ void CAnalyzer::Apply(const tagAnalyzerSettings& settings)
 
 void CAnalyzer::Reset()
 {
-    m_sweeps.SetContinuous(false);
-    m_sweeps.AbortSweep();
+    m_sweeps.Reset();
     m_traces.Clear();
     m_switches.Reset();
     m_sDisplayText.clear();

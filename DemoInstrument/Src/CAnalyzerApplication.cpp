@@ -14,6 +14,9 @@ class CAnalyzerDeviceHandler : public CResetHandler<CAnalyzer>
 public:
     using CResetHandler::CResetHandler;
 
+    /// @return S_FALSE when no sweep waits for a trigger
+    HRESULT Trigger() override { return Instrument().Sweeps().Trigger() ? S_OK : S_FALSE; }
+
     HRESULT Selftest(short* passed) override
     {
         const HRESULT hr = CBScpiDeviceHandler::Selftest(passed);

@@ -25,6 +25,15 @@ struct tagBooleanSetting
     void (*put)(tagAnalyzerSettings& settings, long suffix, bool on);
 };
 
+/// The same for a word out of the command table.
+struct tagWordSetting
+{
+    bool bSuffix; ///< a header node takes a suffix, of which only 1 is allowed
+    std::string (*shortForm)(long value);
+    long (*get)(const tagAnalyzerSettings& settings);
+    void (*put)(tagAnalyzerSettings& settings, long value);
+};
+
 /// [SENSe:]SWEep and its like take no suffix; a written 1 is allowed.
 constexpr long kNoSuffix = 1;
 
@@ -32,6 +41,8 @@ constexpr long kNoSuffix = 1;
 constexpr double kStepsPerSpan = 10.0;
 /// The span above zero span.
 constexpr double kSmallestSpanHz = 100.0;
+/// Levels move by a division of the usual screen.
+constexpr double kLevelStepDb = 10.0;
 
 double NextIn125(double value, bool up)
 {
@@ -63,6 +74,17 @@ CNumericSetting Bandwidth(const tagChannelSettings& channel)
                        valueHz,
                        NextInSequence(valueHz, false, {1, 3}),
                        NextInSequence(valueHz, true, {1, 3}));
+}
+
+CNumericSetting ReferenceLevel(const tagChannelSettings& channel)
+{
+    const double levelDbm = channel.referenceLevelDbm;
+    return MakeSetting(kMinReferenceLevelDbm,
+                       kMaxReferenceLevelDbm,
+                       kResetReferenceLevelDbm,
+                       levelDbm,
+                       levelDbm - kLevelStepDb,
+                       levelDbm + kLevelStepDb);
 }
 
 CNumericSetting SweepPoints(const tagAnalyzerSettings& settings)
@@ -138,6 +160,11 @@ constexpr tagBooleanSetting kBandwidthAuto{
         s.Channel(n).bBandwidthAuto = on;
     }};
 
+constexpr tagNumericSetting kReferenceLevel{
+    kChannelCount,
+    [](const Settings& s, long n) { return ReferenceLevel(s.Channel(n)); },
+    [](Settings& s, long n, double dbm) { s.Channel(n).referenceLevelDbm = dbm; }};
+
 constexpr tagNumericSetting kPoints{
     kNoSuffix,
     [](const Settings& s, long) { return SweepPoints(s); },
@@ -157,6 +184,18 @@ constexpr tagBooleanSetting kSweepTimeAuto{kNoSuffix,
                                                s.bSweepTimeAuto = on;
                                            }};
 
+constexpr tagWordSetting kDetector{
+    true,
+    &DetectorWord,
+    [](const Settings& s) { return static_cast<long>(s.detector); },
+    [](Settings& s, long word) { s.detector = static_cast<tagDetector>(word); }};
+
+constexpr tagWordSetting kTriggerSource{
+    false,
+    &TriggerSourceWord,
+    [](const Settings& s) { return static_cast<long>(s.triggerSource); },
+    [](Settings& s, long word) { s.triggerSource = static_cast<tagTriggerSource>(word); }};
+
 constexpr tagNumericSetting kMarkerX{
     kMarkerCount, &Marker, [](Settings& s, long n, double hz) { s.MarkerHz(n) = hz; }};
 
@@ -166,31 +205,34 @@ std::span<const tagHandlerRow<CAnalyzerCommands>> CAnalyzerCommands::Handlers()
 {
     using Self = CAnalyzerCommands;
     static constexpr tagHandlerRow<Self> kRows[] = {
-        {FREQ_CENTER,     &Self::NumericSetting<kCenter>       },
-        {FREQ_SPAN,       &Self::NumericSetting<kSpan>         },
-        {FREQ_START,      &Self::NumericSetting<kStart>        },
-        {FREQ_STOP,       &Self::NumericSetting<kStop>         },
-        {BAND_RESOLUTION, &Self::NumericSetting<kBandwidth>    },
-        {BAND_AUTO,       &Self::BooleanSetting<kBandwidthAuto>},
-        {SWEEP_POINTS,    &Self::NumericSetting<kPoints>       },
-        {SWEEP_TIME,      &Self::NumericSetting<kSweepTime>    },
-        {SWEEP_TIME_AUTO, &Self::BooleanSetting<kSweepTimeAuto>},
-        {DETECTOR,        &Self::Detector                      },
-        {INIT_IMMEDIATE,  &Self::Initiate                      },
-        {INIT_CONTINUOUS, &Self::InitiateContinuous            },
-        {ABORT_SWEEP,     &Self::AbortSweep                    },
-        {TRACE_DATA,      &Self::TraceData                     },
-        {FORMAT_DATA,     &Self::FormatData                    },
-        {FORMAT_BORDER,   &Self::FormatBorder                  },
-        {MARKER_X,        &Self::NumericSetting<kMarkerX>      },
-        {MARKER_Y,        &Self::MarkerY                       },
-        {MARKER_MAXIMUM,  &Self::MarkerMaximum                 },
-        {DISPLAY_TEXT,    &Self::DisplayText                   },
-        {FILE_DATA,       &Self::FileData                      },
-        {FILE_CATALOG,    &Self::FileCatalog                   },
-        {FILE_DELETE,     &Self::FileDelete                    },
-        {ROUTE_CLOSE,     &Self::RouteClose                    },
-        {SERVICE_COUNT,   &Self::ServiceCount                  },
+        {FREQ_CENTER,       &Self::NumericSetting<kCenter>        },
+        {FREQ_SPAN,         &Self::NumericSetting<kSpan>          },
+        {FREQ_START,        &Self::NumericSetting<kStart>         },
+        {FREQ_STOP,         &Self::NumericSetting<kStop>          },
+        {BAND_RESOLUTION,   &Self::NumericSetting<kBandwidth>     },
+        {BAND_AUTO,         &Self::BooleanSetting<kBandwidthAuto> },
+        {REFERENCE_LEVEL,   &Self::NumericSetting<kReferenceLevel>},
+        {SWEEP_POINTS,      &Self::NumericSetting<kPoints>        },
+        {SWEEP_TIME,        &Self::NumericSetting<kSweepTime>     },
+        {SWEEP_TIME_AUTO,   &Self::BooleanSetting<kSweepTimeAuto> },
+        {DETECTOR,          &Self::WordSetting<kDetector>         },
+        {INIT_IMMEDIATE,    &Self::Initiate                       },
+        {INIT_CONTINUOUS,   &Self::InitiateContinuous             },
+        {ABORT_SWEEP,       &Self::AbortSweep                     },
+        {TRIGGER_IMMEDIATE, &Self::TriggerImmediate               },
+        {TRIGGER_SOURCE,    &Self::WordSetting<kTriggerSource>    },
+        {TRACE_DATA,        &Self::TraceData                      },
+        {FORMAT_DATA,       &Self::FormatData                     },
+        {FORMAT_BORDER,     &Self::FormatBorder                   },
+        {MARKER_X,          &Self::NumericSetting<kMarkerX>       },
+        {MARKER_Y,          &Self::MarkerY                        },
+        {MARKER_MAXIMUM,    &Self::MarkerMaximum                  },
+        {DISPLAY_TEXT,      &Self::DisplayText                    },
+        {FILE_DATA,         &Self::FileData                       },
+        {FILE_CATALOG,      &Self::FileCatalog                    },
+        {FILE_DELETE,       &Self::FileDelete                     },
+        {ROUTE_CLOSE,       &Self::RouteClose                     },
+        {SERVICE_COUNT,     &Self::ServiceCount                   },
     };
     static_assert(IsHandlerTable(kRows, ANALYZER_HANDLER_COUNT));
     return kRows;
@@ -234,20 +276,21 @@ HRESULT CAnalyzerCommands::BooleanSetting(Record& record)
     return S_OK;
 }
 
-HRESULT CAnalyzerCommands::Detector(Record& record)
+template <const auto& TSetting>
+HRESULT CAnalyzerCommands::WordSetting(Record& record)
 {
     long suffix = 0;
-    if (record.GetNumericSuffixWithRangeCheck(suffix, 0, 1, kNoSuffix) != S_OK)
+    if (TSetting.bSuffix && record.GetNumericSuffixWithRangeCheck(suffix, 0, 1, kNoSuffix) != S_OK)
     {
         return S_FALSE;
     }
     tagAnalyzerSettings settings = m_analyzer.Settings();
-    long value = static_cast<long>(settings.detector);
-    if (const HRESULT hr = HandleWord(record, value, &DetectorWord); hr != S_OK || record.IsQuery())
+    long value = TSetting.get(settings);
+    if (const HRESULT hr = HandleWord(record, value, TSetting.shortForm); hr != S_OK || record.IsQuery())
     {
         return hr;
     }
-    settings.detector = static_cast<tagDetector>(value);
+    TSetting.put(settings, value);
     m_analyzer.Apply(settings);
     return S_OK;
 }

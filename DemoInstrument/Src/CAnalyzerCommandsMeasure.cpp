@@ -1,5 +1,5 @@
-// The analyser's commands that sweep and deliver what was measured: INITiate, ABORt, TRACe, FORMat,
-// CALCulate.
+// The analyser's commands that sweep and deliver what was measured: INITiate, ABORt, TRIGger, TRACe,
+// FORMat, CALCulate.
 
 #include "BlockReading.h"
 #include "CAnalyzerCommands.h"
@@ -114,6 +114,11 @@ HRESULT CAnalyzerCommands::AbortSweep(Record&)
 {
     m_analyzer.Sweeps().AbortSweep();
     return S_OK;
+}
+
+HRESULT CAnalyzerCommands::TriggerImmediate(Record& record)
+{
+    return m_analyzer.Sweeps().Trigger() ? S_OK : record.SetScpiError(kScpiTriggerIgnored);
 }
 
 HRESULT CAnalyzerCommands::TraceData(Pool& pool)

@@ -2,6 +2,7 @@
 
 #include "CCritSectionLocker.h"
 #include "ErrorRaising.h"
+#include "RemainingTime.h"
 #include "SignalSimulation.h"
 
 #include <algorithm>
@@ -14,17 +15,26 @@ namespace
 
 ZO_SOURCE_UNIT("DemoInstrument/Src/CSweepEngine")
 
-DWORD RemainingMs(std::chrono::steady_clock::time_point end)
+/// The simulated oscillator needs so long to settle on other frequencies.
+constexpr std::chrono::milliseconds kSettlingTime{5};
+
+/// The bits of the channels that a check is true for.
+template <class TCheck>
+RegisterWord ChannelsWith(TCheck check)
 {
-    const auto remaining = end - std::chrono::steady_clock::now();
-    const auto roundedUp = std::chrono::ceil<std::chrono::milliseconds>(remaining).count();
-    return static_cast<DWORD>(std::max<std::int64_t>(roundedUp, 0));
+    RegisterWord channels = 0;
+    for (long channel = 1; channel <= kChannelCount; ++channel)
+    {
+        channels |= check(channel) ? ChannelBit(channel) : 0;
+    }
+    return channels;
 }
 
 } // namespace
 
-CSweepEngine::CSweepEngine(CTraceMemory& traces)
+CSweepEngine::CSweepEngine(CTraceMemory& traces, const CInstrumentStatus& status)
     : m_traces(traces),
+      m_status(status),
       m_wakeEvent(CreateEvent(false, false)),
       m_thread("DemoSweep")
 {
@@ -61,6 +71,20 @@ bool CSweepEngine::Initiate(CPendingOperation operation)
     return true;
 }
 
+bool CSweepEngine::Trigger()
+{
+    {
+        const CCritSectionLocker locker(m_section);
+        if (m_phase != tagSweepPhase::WaitingForTrigger)
+        {
+            return false;
+        }
+        PassTriggerLocked();
+    }
+    WakeThread();
+    return true;
+}
+
 void CSweepEngine::SetContinuous(bool on)
 {
     {
@@ -91,12 +115,25 @@ void CSweepEngine::AbortSweep()
     CPendingOperation ended; // ends the operation after the lock
     {
         const CCritSectionLocker locker(m_section);
-        ended = std::move(m_operation);
-        m_spSweep = nullptr;
+        ended = EndSweepLocked();
         if (m_bContinuous)
         {
             BeginSweepLocked();
         }
+    }
+    WakeThread();
+}
+
+void CSweepEngine::Reset()
+{
+    CPendingOperation ended; // ends the operation after the lock
+    {
+        const CCritSectionLocker locker(m_section);
+        m_bContinuous = false;
+        m_settledRanges.reset();
+        m_status.SetOverloaded(0);
+        m_status.SetUncalibrated(0);
+        ended = EndSweepLocked();
     }
     WakeThread();
 }
@@ -112,7 +149,7 @@ void CSweepEngine::Run()
     while (const SweepPtr spSweep = WaitForSweep())
     {
         Traces traces;
-        if (Measure(spSweep, traces) && WaitForEnd(spSweep))
+        if (Settle(spSweep) && Measure(spSweep, traces) && WaitForEndOfPhase(spSweep))
         {
             Finish(spSweep, traces);
         }
@@ -121,10 +158,11 @@ void CSweepEngine::Run()
 
 void CSweepEngine::Abort()
 {
+    CPendingOperation ended; // ends the operation after the lock
     {
         const CCritSectionLocker locker(m_section);
         m_bQuit = true;
-        m_spSweep = nullptr;
+        ended = EndSweepLocked();
     }
     WakeThread();
 }
@@ -135,13 +173,39 @@ CSweepEngine::SweepPtr CSweepEngine::WaitForSweep()
     {
         {
             const CCritSectionLocker locker(m_section);
-            if (m_spSweep || m_bQuit)
+            if (m_bQuit)
+            {
+                return nullptr;
+            }
+            if (m_spSweep && m_phase != tagSweepPhase::WaitingForTrigger)
             {
                 return m_spSweep;
             }
         }
         WaitForSingleObject(m_wakeEvent.Get(), INFINITE);
     }
+}
+
+bool CSweepEngine::Settle(const SweepPtr& spSweep)
+{
+    {
+        const CCritSectionLocker locker(m_section);
+        if (m_spSweep == spSweep && m_phase == tagSweepPhase::Sweeping)
+        {
+            return true;
+        }
+    }
+    if (!WaitForEndOfPhase(spSweep))
+    {
+        return false;
+    }
+    const CCritSectionLocker locker(m_section);
+    if (m_spSweep != spSweep)
+    {
+        return false;
+    }
+    StartSweepingLocked();
+    return true;
 }
 
 bool CSweepEngine::Measure(const SweepPtr& spSweep, Traces& traces)
@@ -158,11 +222,11 @@ bool CSweepEngine::Measure(const SweepPtr& spSweep, Traces& traces)
     return IsCurrent(spSweep);
 }
 
-bool CSweepEngine::WaitForEnd(const SweepPtr& spSweep)
+bool CSweepEngine::WaitForEndOfPhase(const SweepPtr& spSweep)
 {
-    while (IsCurrent(spSweep))
+    while (const auto end = EndOfPhase(spSweep))
     {
-        const DWORD remainingMs = RemainingMs(spSweep->end);
+        const DWORD remainingMs = RemainingMs(*end);
         if (remainingMs == 0)
         {
             return true;
@@ -174,6 +238,14 @@ bool CSweepEngine::WaitForEnd(const SweepPtr& spSweep)
 
 void CSweepEngine::Finish(const SweepPtr& spSweep, Traces& traces)
 {
+    const tagAnalyzerSettings& settings = spSweep->settings;
+    const RegisterWord overloaded = ChannelsWith([&](long channel) {
+        const tagTrace& trace = *traces[static_cast<std::size_t>(channel - 1)];
+        return trace.levelsDbm[trace.PeakIndex()] > settings.Channel(channel).referenceLevelDbm;
+    });
+    const RegisterWord uncalibrated =
+        ChannelsWith([&](long channel) { return settings.IsUncalibrated(channel); });
+
     CPendingOperation ended; // ends the operation after the lock
     const CCritSectionLocker locker(m_section);
     if (m_spSweep != spSweep)
@@ -185,8 +257,9 @@ void CSweepEngine::Finish(const SweepPtr& spSweep, Traces& traces)
         m_traces.Put(trace, std::move(traces[static_cast<std::size_t>(trace - 1)]));
     }
     ++m_iFinished;
-    ended = std::move(m_operation);
-    m_spSweep = nullptr;
+    m_status.SetOverloaded(overloaded);
+    m_status.SetUncalibrated(uncalibrated);
+    ended = EndSweepLocked();
     if (m_bContinuous)
     {
         BeginSweepLocked();
@@ -199,11 +272,57 @@ bool CSweepEngine::IsCurrent(const SweepPtr& spSweep) const
     return m_spSweep == spSweep;
 }
 
+std::optional<CSweepEngine::Clock::time_point> CSweepEngine::EndOfPhase(const SweepPtr& spSweep) const
+{
+    const CCritSectionLocker locker(m_section);
+    return m_spSweep == spSweep ? std::optional(m_endOfPhase) : std::nullopt;
+}
+
 void CSweepEngine::BeginSweepLocked()
 {
-    const auto sweepTime = std::chrono::duration<double>(m_nextSettings.SweepTimeS());
-    m_spSweep = std::make_shared<const tagSweep>(
-        tagSweep{m_nextSettings, Clock::now() + std::chrono::ceil<Clock::duration>(sweepTime), ++m_iStarted});
+    m_spSweep = std::make_shared<const tagSweep>(tagSweep{m_nextSettings, ++m_iStarted});
+    if (m_nextSettings.triggerSource == tagTriggerSource::Bus)
+    {
+        EnterPhaseLocked(tagSweepPhase::WaitingForTrigger);
+    }
+    else
+    {
+        PassTriggerLocked();
+    }
+}
+
+void CSweepEngine::PassTriggerLocked()
+{
+    if (m_settledRanges == m_spSweep->settings.Ranges())
+    {
+        StartSweepingLocked();
+    }
+    else
+    {
+        EnterPhaseLocked(tagSweepPhase::Settling, kSettlingTime);
+    }
+}
+
+void CSweepEngine::StartSweepingLocked()
+{
+    const tagAnalyzerSettings& settings = m_spSweep->settings;
+    m_settledRanges = settings.Ranges();
+    const auto sweepTime = std::chrono::duration<double>(settings.SweepTimeS());
+    EnterPhaseLocked(tagSweepPhase::Sweeping, std::chrono::ceil<Clock::duration>(sweepTime));
+}
+
+CPendingOperation CSweepEngine::EndSweepLocked()
+{
+    m_spSweep = nullptr;
+    EnterPhaseLocked(tagSweepPhase::Idle);
+    return std::move(m_operation);
+}
+
+void CSweepEngine::EnterPhaseLocked(tagSweepPhase phase, Clock::duration duration)
+{
+    m_phase = phase;
+    m_endOfPhase = Clock::now() + duration;
+    m_status.SetPhase(phase);
 }
 
 void CSweepEngine::WakeThread()

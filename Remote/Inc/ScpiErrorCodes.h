@@ -36,6 +36,7 @@ inline constexpr short kScpiBlockDataNotAllowed = -168;
 inline constexpr short kScpiInvalidExpression = -171;
 inline constexpr short kScpiExpressionDataNotAllowed = -178;
 inline constexpr short kScpiExecutionError = -200;
+inline constexpr short kScpiTriggerIgnored = -211;
 inline constexpr short kScpiInitIgnored = -213;
 inline constexpr short kScpiParameterError = -220;
 inline constexpr short kScpiSettingsConflict = -221;

@@ -1,0 +1,72 @@
+#include "CInstrumentStatus.h"
+
+#include "AnalyzerSettings.h"
+#include "ErrorRaising.h"
+#include "IZOScpiStatusManagement.h"
+#include "Root.h"
+
+namespace ZoVelkor::Demo
+{
+namespace
+{
+
+ZO_SOURCE_UNIT("DemoInstrument/Src/CInstrumentStatus")
+
+constexpr RegisterWord Word(tagSweepPhase phase)
+{
+    return static_cast<RegisterWord>(phase);
+}
+
+/// The bits that the analyser keeps; the others of a register belong to whoever uses them.
+constexpr RegisterWord kPhases =
+    Word(tagSweepPhase::Settling) | Word(tagSweepPhase::Sweeping) | Word(tagSweepPhase::WaitingForTrigger);
+constexpr RegisterWord kAllChannels = ChannelBit(kChannelCount + 1) - 1;
+
+CComPtr<IZOScpiStatusRegister> FindRegister(IZOScpiStatusManagement& management, const wchar_t* name)
+{
+    CComPtr<IZOScpiStatusRegister> spRegister;
+    if (const HRESULT hr = management.GetRegister(kScpiInstrumentPath, name, &spRegister); hr != S_OK)
+    {
+        ThrowError(ZO_ERROR(nullptr, "hr == S_OK", "Remote control lacks a status register", E_FAIL));
+    }
+    return spRegister;
+}
+
+void SetBits(IZOScpiStatusRegister* pRegister, RegisterWord mask, RegisterWord bits)
+{
+    const HRESULT hr = pRegister != nullptr ? pRegister->ModifyCondition(mask, bits) : S_OK;
+    if (FAILED(hr))
+    {
+        RepairError(ZO_ERROR(nullptr, "hr == S_OK", "A status register does not change", hr));
+    }
+}
+
+} // namespace
+
+CInstrumentStatus::CInstrumentStatus()
+{
+    CComPtr<IZOScpiStatusManagement> spManagement;
+    if (SUCCEEDED(ZoGetRegisteredInterface(&IID_IZOScpiStatusManagement, &spManagement)))
+    {
+        m_spOperation = FindRegister(*spManagement, L"STATus:OPERation");
+        m_spPower = FindRegister(*spManagement, L"STATus:QUEStionable:POWer");
+        m_spFrequency = FindRegister(*spManagement, L"STATus:QUEStionable:FREQuency");
+    }
+}
+
+void CInstrumentStatus::SetPhase(tagSweepPhase phase) const
+{
+    SetBits(m_spOperation, kPhases, Word(phase));
+}
+
+void CInstrumentStatus::SetOverloaded(RegisterWord channels) const
+{
+    SetBits(m_spPower, kAllChannels, channels);
+}
+
+void CInstrumentStatus::SetUncalibrated(RegisterWord channels) const
+{
+    SetBits(m_spFrequency, kAllChannels, channels);
+}
+
+} // namespace ZoVelkor::Demo
