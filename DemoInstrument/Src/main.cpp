@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <exception>
 #include <malloc.h>
-#include <map>
 #include <string>
 
 namespace
@@ -20,6 +19,9 @@ using namespace ZoVelkor::Demo;
 
 /// Exit code for options that make no sense; EXIT_FAILURE says that the instrument could not start.
 constexpr int kExitUsage = 2;
+
+constexpr const char* kAnalyzerProfile = "analyzer";
+constexpr const char* kConformanceProfile = "conformance";
 
 void SayReady(const CDemoInstrument& instrument)
 {
@@ -63,21 +65,15 @@ int main(int argc, char** argv)
 {
     tagDemoOptions options;
     CLI::App app("A small simulated instrument, controlled by SCPI over TCP.", "zo-demo-instrument");
-    const std::map<std::string, tagDemoProfile> profiles{
-        {"analyzer",    tagDemoProfile::Analyzer   },
-        {"conformance", tagDemoProfile::Conformance}
-    };
+    std::string profile = kAnalyzerProfile;
+    app.add_option("--profile", profile, "Analyser and generator, or one command of every kind for tests")
+        ->check(CLI::IsMember({kAnalyzerProfile, kConformanceProfile}))
+        ->capture_default_str();
     app.add_option("--port", options.iPort, "TCP port; 0 takes a free one")
         ->check(CLI::Range(0, 65535))
         ->capture_default_str();
     app.add_option("--bind", options.sBindAddress, "IP address to listen on; 0.0.0.0 for all")
         ->capture_default_str();
-    app.add_option("--profile",
-                   options.eProfile,
-                   "What the instrument is: analyzer, a signal analyser and a signal generator; or "
-                   "conformance, one command of every kind to test controllers with")
-        ->transform(CLI::CheckedTransformer(profiles, CLI::ignore_case).description(""))
-        ->option_text("PROFILE [analyzer]");
     app.set_version_flag("--version", "zo-demo-instrument " ZO_DEMO_VERSION);
     try
     {
@@ -87,6 +83,8 @@ int main(int argc, char** argv)
     {
         return app.exit(fault) == 0 ? EXIT_SUCCESS : kExitUsage;
     }
+    options.eProfile =
+        profile == kConformanceProfile ? tagDemoProfile::Conformance : tagDemoProfile::Analyzer;
     PrepareProcess();
     return RunInstrument(options);
 }
