@@ -1,0 +1,232 @@
+#include "CBScpiCommands.h"
+#include "CComObject.h"
+#include "CScpiParserTable.h"
+#include "ExecutionFakes.h"
+#include "RoundTripTable.h"
+#include "ScpiTableMacros.h"
+
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace ZoVelkor
+{
+namespace
+{
+
+CMD_SET_RECORD kTree[] = {
+    HDR("FREQuency", 1, 2, 0, 2, 2, QMARK | HDR_SET),
+    HDR("TEST", DEF, 3, 0, 0, 0, HDR_DIAG),
+    PAR("value", ARG_SINT, 0, 0, 0, 0, 0),
+};
+
+class CTestCommands : public CBScpiCommands
+{
+public:
+    explicit CTestCommands(std::uint32_t size = sizeof(kTree), CMD_SET_RECORD* table = kTree)
+        : m_tree{size, table}
+    {}
+    explicit CTestCommands(std::nullptr_t) : m_pTree(nullptr) {}
+
+    template <class TOperation>
+    static std::size_t Slot(TOperation operation)
+    {
+        // Pointers to virtual members carry the offset of the slot plus 1.
+        return std::bit_cast<std::array<std::size_t, 2>>(operation)[0] / sizeof(void*);
+    }
+    static std::size_t TreeSlot() { return Slot(&CTestCommands::DoGetParserTree); }
+
+private:
+    const tagZO_SCPI_PARSER_TREE* DoGetParserTree() override { return m_pTree; }
+
+    tagZO_SCPI_PARSER_TREE m_tree;
+    const tagZO_SCPI_PARSER_TREE* m_pTree = &m_tree;
+};
+
+using CComponent = CComObject<CTestCommands, IZOScpiCommands>;
+using TextGetter = HRESULT (IZOScpiCommands::*)(wchar_t**);
+
+TEST(ScpiCommands, SlotsAreInOrder)
+{
+    const std::vector<std::size_t> slots = {
+        CTestCommands::Slot(&IZOScpiCommands::SendCommandTree),
+        CTestCommands::Slot(&IZOScpiCommands::GetCommandHeader),
+        CTestCommands::Slot(&IZOScpiCommands::GetCommandSyntax),
+        CTestCommands::Slot(&IZOScpiCommands::IsImplemented),
+        CTestCommands::Slot(&IZOScpiCommands::GetHeaderSyntax),
+        CTestCommands::Slot(&IZOScpiCommands::GetCommandHeaderDiag),
+        CTestCommands::Slot(&IZOScpiCommands::GetCommandSyntaxDiag),
+        CTestCommands::Slot(&IZOScpiCommands::GetParserTableSource),
+        CTestCommands::Slot(&IZOScpiCommands::GetParserTableReference),
+        CTestCommands::TreeSlot(),
+    };
+    // A destructor takes two slots.
+    EXPECT_EQ(slots, (std::vector<std::size_t>{3, 4, 5, 6, 7, 8, 9, 10, 11, 14}));
+}
+
+struct tagSendCase
+{
+    const char* name;
+    std::uint32_t size;
+    int failingCall;
+    HRESULT result;
+    std::string written;
+    const char* reports;
+};
+
+TEST(ScpiCommands, TreeIsSentAsOneBlock)
+{
+    static constexpr const char* kBroken = "hr == S_OK|Broken scpi connection\n";
+    const std::string prefix = "1.00,#6000012";
+    const tagSendCase cases[] = {
+        {"TwelveBytes", 12, -1,            S_OK,    prefix + std::string("FREQuency\0\0\0", 12), ""},
+        {"PrefixFails",             12,   0,  S_OK,      "",                                       kBroken                                  },
+        {"ContentsFail",             12,  1, S_OK,      prefix,                                        kBroken},
+        {"NoBytes",             0,       -1,       S_FALSE,      "",                               ""                             },
+        {"Largest",             999999,       -1,  S_OK, "1.00,#6999999",                                  ""},
+        {"TooLarge",
+         1000000,      -1,
+         E_FAIL,                          "",
+         "iSize <= 999999|Command tree too large for its block header\n"                                                   },
+    };
+    for (const tagSendCase& row : cases)
+    {
+        SCOPED_TRACE(row.name);
+        CErrorRecorder recorder;
+        tagFakeOutputBuffer output;
+        output.transcript.failingCall = row.failingCall;
+        EXPECT_EQ(CComponent::Create(row.size)->SendCommandTree(&output), row.result);
+        EXPECT_EQ(output.transcript.text, row.written);
+        EXPECT_EQ(output.transcript.calls,
+                  row.failingCall == 0 || row.result != S_OK ? row.failingCall + 1 : 2)
+            << "nothing is written behind a failure";
+        EXPECT_EQ(Lines(recorder.Take()), row.reports);
+    }
+}
+
+struct tagListingCase
+{
+    TextGetter get;
+    const char* all;
+    const char* diagnosticOnly;
+};
+
+TEST(ScpiCommands, ListingsEndEachLine)
+{
+    const tagListingCase cases[] = {
+        {&IZOScpiCommands::GetCommandHeader,     ":FREQuency\n",              ""               },
+        {&IZOScpiCommands::GetCommandSyntax,     ":FREQuency[?] <integer>\n", ""               },
+        {&IZOScpiCommands::GetCommandHeaderDiag, ":TEST/nquery/\n",           ":TEST/nquery/\n"},
+        {&IZOScpiCommands::GetCommandSyntaxDiag, ":TEST\n",                   ":TEST\n"        },
+    };
+    CMD_SET_RECORD diagnostic[] = {HDR("TEST", DEF, 3, 0, 1, 0, HDR_DIAG)};
+    const auto spAll = CComponent::Create();
+    const auto spDiagnostic = CComponent::Create(std::uint32_t{sizeof(diagnostic)}, diagnostic);
+    for (const tagListingCase& row : cases)
+    {
+        CComBSTR text;
+        EXPECT_EQ((spAll.Get()->*row.get)(&text), S_OK);
+        EXPECT_TRUE(text == row.all) << row.all;
+        EXPECT_EQ((spDiagnostic.Get()->*row.get)(&text), S_OK);
+        EXPECT_FALSE(text.IsNull());
+        EXPECT_TRUE(text == row.diagnosticOnly) << row.all;
+    }
+}
+
+TEST(ScpiCommands, SourceAndHeaderAreThoseOfTheTable)
+{
+    const auto records = RoundTripTable();
+    CScpiParserTable table;
+    table.SetParserTable(records.data(), static_cast<long>(records.size()));
+    std::ostringstream sourceText;
+    std::ostringstream headerText;
+    table.DumpSourceHeader(sourceText, headerText);
+
+    const auto spCommands =
+        CComponent::Create(static_cast<std::uint32_t>(records.size_bytes()), records.data());
+    CComBSTR source;
+    CComBSTR header;
+    EXPECT_EQ(spCommands->GetParserTableSource(&source, &header), S_OK);
+    EXPECT_TRUE(source == sourceText.str().c_str());
+    EXPECT_TRUE(header == headerText.str().c_str());
+}
+
+TEST(ScpiCommands, WithoutTableNothingIsWrittenOrReported)
+{
+    wchar_t held[] = L"old";
+    const auto spNoTree = CComponent::Create(nullptr);
+    const CComPtr<CComponent> components[] = {
+        spNoTree,
+        CComponent::Create(0U),
+        CComponent::Create(40U, nullptr),
+    };
+    CErrorRecorder recorder;
+    for (const auto& spCommands : components)
+    {
+        tagFakeOutputBuffer output;
+        wchar_t* text = held;
+        wchar_t* other = held;
+        EXPECT_EQ(spCommands->SendCommandTree(&output), S_FALSE);
+        EXPECT_EQ(spCommands->GetCommandHeader(&text), S_FALSE);
+        EXPECT_EQ(spCommands->GetCommandSyntaxDiag(nullptr), S_FALSE);
+        EXPECT_EQ(spCommands->GetParserTableSource(&text, &other), S_FALSE);
+        EXPECT_EQ(output.transcript.calls, 0);
+        EXPECT_TRUE(text == held && other == held);
+        tagZO_SCPI_PARSER_TREE tree{7, kTree};
+        const bool hasTree = spCommands != spNoTree;
+        EXPECT_EQ(spCommands->GetParserTableReference(&tree), hasTree ? S_OK : S_FALSE);
+        EXPECT_TRUE(tree.iSize == 0 || tree.pTable == nullptr);
+    }
+    EXPECT_EQ(Lines(recorder.Take()), "");
+}
+
+TEST(ScpiCommands, BaseKnowsNoHeaderAndGivesItsTree)
+{
+    const auto spCommands = CComponent::Create();
+    short first = 7;
+    short other = 7;
+    wchar_t* text = nullptr;
+    EXPECT_EQ(spCommands->IsImplemented(0, nullptr, &first), S_FALSE);
+    EXPECT_EQ(std::exchange(first, short{7}), 0);
+    EXPECT_EQ(spCommands->GetHeaderSyntax(0, nullptr, &first, &other, &other, &other, &text, &text), S_FALSE);
+    EXPECT_EQ(first, 0);
+    EXPECT_EQ(other, 7);
+    tagZO_SCPI_PARSER_TREE tree;
+    EXPECT_EQ(spCommands->GetParserTableReference(&tree), S_OK);
+    EXPECT_TRUE(tree.iSize == sizeof(kTree) && tree.pTable == kTree);
+}
+
+TEST(ScpiCommands, UnusableAddressesAreReported)
+{
+    CErrorRecorder recorder;
+    const auto spCommands = CComponent::Create();
+    CComBSTR text;
+    wchar_t held[] = L"old";
+    wchar_t* holder = held;
+    EXPECT_EQ(spCommands->SendCommandTree(nullptr), E_POINTER);
+    EXPECT_EQ(spCommands->GetCommandHeader(nullptr), E_POINTER);
+    EXPECT_EQ(spCommands->GetCommandHeader(&holder), E_INVALIDARG);
+    EXPECT_EQ(spCommands->IsImplemented(0, nullptr, nullptr), E_POINTER);
+    EXPECT_EQ(spCommands->GetParserTableReference(nullptr), E_POINTER);
+    EXPECT_THROW(spCommands->GetParserTableSource(nullptr, &text), CShellError);
+    EXPECT_THROW(spCommands->GetParserTableSource(&text, nullptr), CShellError);
+    EXPECT_THROW(spCommands->GetParserTableSource(&text, &holder), CShellError);
+    EXPECT_TRUE(text.IsNull());
+    EXPECT_EQ(holder, held);
+    EXPECT_EQ(Lines(recorder.Take()),
+              "pOutputBuffer != NULL|Null pointer detected (pOutputBuffer)\n"
+              "pbsText != NULL|Null pointer detected (pbsText)\n"
+              "*pbsText == NULL|The string would be lost (pbsText)\n"
+              "pbImplemented != NULL|Null pointer detected (pbImplemented)\n"
+              "pTree != NULL|Null pointer detected (pTree)\n"
+              "pbsSource != NULL|Null pointer detected (pbsSource)|thrown\n"
+              "pbsHeader != NULL|Null pointer detected (pbsHeader)|thrown\n"
+              "*pbsHeader == NULL|The string would be lost (pbsHeader)|thrown\n");
+}
+
+} // namespace
+} // namespace ZoVelkor
