@@ -1,27 +1,18 @@
 #include "Trace.h"
 
 #include "CTraceCallStackObject.h"
+#include "CTraceRecorder.h"
 #include "RemoteDiagnoseControl.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace ZoVelkor
 {
 namespace
 {
-class CTraceRecorder final : public ITraceSink
-{
-public:
-    void Print(std::string_view line) noexcept override { m_lines.emplace_back(line); }
-
-    std::vector<std::string> m_lines;
-};
-
 TEST(Trace, LineBeginsWithTheComponentAndStaysOneLine)
 {
     testing::internal::CaptureStderr();
@@ -32,7 +23,6 @@ TEST(Trace, LineBeginsWithTheComponentAndStaysOneLine)
 TEST(TraceCallStack, PrintsNestedCallsWhileTracingIsOnAndNothingElse)
 {
     CTraceRecorder recorder;
-    SetTraceSink(&recorder);
     std::atomic<bool>& active = get_RemoteDiagnoseControl()->bCallStackTraceActive;
     {
         const CTraceCallStackObject silent("Shell", "Silent");
@@ -43,8 +33,7 @@ TEST(TraceCallStack, PrintsNestedCallsWhileTracingIsOnAndNothingElse)
         active = false;
         const CTraceCallStackObject late("Shell", "Late");
     }
-    EXPECT_EQ(SetTraceSink(nullptr), &recorder);
-    EXPECT_THAT(recorder.m_lines,
+    EXPECT_THAT(recorder.Take(),
                 testing::ElementsAre("[Shell] > Outer",
                                      "[Shell] > OtherThread",
                                      "[Shell] < OtherThread",

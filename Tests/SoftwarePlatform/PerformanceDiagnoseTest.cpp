@@ -1,0 +1,239 @@
+#include "CDeviceExecutionTime.h"
+#include "CPerformanceDiagnose.h"
+#include "CTraceRecorder.h"
+#include "PerformanceCounter.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <string>
+#include <thread>
+#include <tuple>
+
+namespace
+{
+std::atomic<long long> g_now{0};
+std::atomic<bool> g_bCounterFails{false};
+} // namespace
+
+/// Takes the place of the platform's counter in the whole program: a clock moved by hand.
+BOOL QueryPerformanceCounter(LARGE_INTEGER* counter) noexcept
+{
+    counter->QuadPart = g_now;
+    return g_bCounterFails ? FALSE : TRUE;
+}
+
+namespace ZoVelkor
+{
+namespace
+{
+
+using CStatistik = CPerformanceDiagnose::CStatistik;
+
+constexpr long long kLowest = std::numeric_limits<long long>::min();
+constexpr long long kHighest = std::numeric_limits<long long>::max();
+
+/// Sets switches and frequency for one test.
+class PerformanceDiagnose : public testing::Test
+{
+protected:
+    void SetUp() override { m_control.iCounterFrequency = 1'000'000; }
+    void TearDown() override
+    {
+        ApplyDiagnoseFlags(m_control, "", "test");
+        g_now = 0;
+        g_bCounterFails = false;
+    }
+
+    tagRemoteDiagnoseControl& m_control = *get_RemoteDiagnoseControl();
+};
+
+/// Frequency, ticks, text.
+using Timestamp = std::tuple<long long, long long, const char*>;
+
+// clang-format off
+constexpr Timestamp kTimestamps[] = {
+    {1'000'000, 3'723'004'005, "01:02:03,004.005"}, {1'000'000, 90'000'000'000, "01:00:00,000.000"},
+    {1'000'000, 86'399'999'999, "23:59:59,999.999"}, {1'000'000, -1'000'001, "-00:00:01,000.001"},
+    {3, 2, "00:00:00,666.666"}, {1, 0, "00:00:00,000.000"}, {0, 61, "00:01:01,000.000"},
+    {-5, 61, "00:01:01,000.000"}, {kHighest, kHighest, "00:00:01,000.000"},
+    {kHighest, kHighest - 1, "00:00:00,999.999"}, {1, kHighest, "15:30:07,000.000"},
+    {1, kLowest, "-15:30:08,000.000"},
+};
+// clang-format on
+
+TEST_F(PerformanceDiagnose, TimestampIsExactForEveryTickAndFrequency)
+{
+    for (const auto& [frequency, ticks, text] : kTimestamps)
+    {
+        m_control.iCounterFrequency = frequency;
+        EXPECT_EQ(CPerformanceDiagnose::GetTimestampFromPerformanceCounter(ticks), text)
+            << ticks << '/' << frequency;
+    }
+}
+
+TEST_F(PerformanceDiagnose, LinesFollowTheSwitches)
+{
+    CTraceRecorder recorder;
+    const auto lines = [&](const char* flags) {
+        ApplyDiagnoseFlags(m_control, flags, "test");
+        g_now += 1'000'000;
+        CPerformanceDiagnose::DebugMessageTiming("a");
+        g_now += 250;
+        CPerformanceDiagnose::DebugMessageTrace("b");
+        std::string text;
+        for (const std::string& line : recorder.Take())
+        {
+            text += line + '\n';
+        }
+        return text;
+    };
+    EXPECT_EQ(lines(""), "");
+    EXPECT_EQ(lines("trace"), "[RemoteTrace] b\n");
+    EXPECT_EQ(lines("timing"), "[RemoteTrace] t = 00:00:01,000.000 : dt = 00:00:01,000.000 : a\n");
+    EXPECT_EQ(lines("timing,trace"), // timing stayed on, and so did its base
+              "[RemoteTrace] t = 00:00:02,000.250 : dt = 00:00:01,000.250 : a\n"
+              "[RemoteTrace] t = 00:00:02,000.500 : dt = 00:00:00,000.250 : b\n");
+    g_now += 1'000'000;
+    CPerformanceDiagnose::BeginDebugTiming();
+    g_now -= 2;
+    CPerformanceDiagnose::DebugMessageTrace(nullptr);
+    EXPECT_THAT(recorder.Take(),
+                testing::ElementsAre("[RemoteTrace] t = 00:00:03,000.498 : dt = -00:00:00,000.002 : "));
+}
+
+TEST_F(PerformanceDiagnose, ThreadsPrintTimedLinesSideBySide)
+{
+    constexpr int kLines = 200;
+    CTraceRecorder recorder;
+    ApplyDiagnoseFlags(m_control, "timing trace", "test");
+    const auto print = [] {
+        for (int i = 0; i < kLines; ++i)
+        {
+            CPerformanceDiagnose::DebugMessageTrace("x");
+        }
+    };
+    {
+        const std::jthread first(print);
+        const std::jthread second(print);
+        ApplyDiagnoseFlags(m_control, "trace,timing", "test");
+    }
+    EXPECT_THAT(recorder.Take(),
+                testing::AllOf(testing::SizeIs(2 * kLines), testing::Each(testing::EndsWith(": x"))));
+}
+
+TEST_F(PerformanceDiagnose, StatisticKeepsItsMinimumAtZero)
+{
+    CStatistik statistic;
+    EXPECT_EQ(statistic.get_Mean(), 0);
+    EXPECT_EQ(statistic.get_Sdev(), 0);
+    for (const long long seconds : {2, 4, 6})
+    {
+        statistic.Push(seconds * m_control.iCounterFrequency);
+    }
+    EXPECT_EQ(statistic.get_Count(), 3);
+    EXPECT_DOUBLE_EQ(statistic.get_Mean(), 4);
+    EXPECT_DOUBLE_EQ(statistic.get_Sdev(), std::sqrt(8.0 / 3));
+    EXPECT_EQ(statistic.get_Maximum(), 6);
+    EXPECT_EQ(statistic.get_Minimum(), 0);
+    statistic.Reset();
+    EXPECT_EQ(statistic.get_Count(), 0);
+    EXPECT_EQ(statistic.get_Sum() + statistic.get_SumOfSquares(), 0);
+    statistic.Push(-500'000);
+    EXPECT_EQ(statistic.get_Minimum(), -0.5);
+    EXPECT_EQ(statistic.get_Maximum(), 0);
+    statistic.Reset();
+    for (int i = 0; i < 3; ++i)
+    {
+        statistic.Push(100'000); // equal samples: rounding must not make the deviation a NaN
+    }
+    EXPECT_NEAR(statistic.get_Sdev(), 0, 1e-8);
+}
+
+TEST_F(PerformanceDiagnose, MeasurementsEndWithTheirScope)
+{
+    CStatistik statistic;
+    CPerformanceDiagnose::CRunControl run;
+    {
+        const auto measurement = CPerformanceDiagnose::DifferenceMeasurement(statistic);
+        g_now = 250'000;
+        EXPECT_EQ(statistic.get_Count(), 0);
+    }
+    EXPECT_EQ(statistic.get_Sum(), 0.25);
+    run.NextSection();
+    g_now = 300'000;
+    run.NextSection();
+    EXPECT_EQ(run.get_RunStart(), 0);
+    EXPECT_EQ(run.get_SectionStart(), 250'000);
+    EXPECT_EQ(run.get_SectionEnd(), 300'000);
+}
+
+TEST_F(PerformanceDiagnose, ExecutionTimeIsInMilliseconds)
+{
+    const long long frequency = CPerformanceDiagnose::GetFrequency();
+    CDeviceExecutionTime time;
+    g_now = kHighest; // the counter wraps on the way
+    time.StartPerformanceCounter();
+    g_now = kLowest + frequency / 2 - 1;
+    EXPECT_DOUBLE_EQ(time.GetExecutionTime(), 500.0);
+    g_bCounterFails = true;
+    EXPECT_EQ(time.GetExecutionTime(), 0.0);
+    EXPECT_EQ(CPerformanceDiagnose::GetPerfCounter(), 0);
+}
+
+/// Words, initials of the switches that are on then, what the log line names.
+using FlagText = std::tuple<const char*, const char*, const char*>;
+
+// clang-format off
+constexpr FlagText kFlagTexts[] = {
+    {"rpc,timing,nochecks,trace,statistic,calls", "rtnTsc", ""}, {"rpc", "r", ""}, {"timing", "t", ""},
+    {"nochecks", "n", ""}, {" trace ;\tstatistic,,calls", "Tsc", ""}, {"", "", ""},
+    {"Trace,trac,trace,tracer", "T", "registry: unknown diagnosis switch Trace, trac, tracer;"},
+};
+// clang-format on
+
+TEST(DiagnoseFlags, NamedSwitchesComeOnAndAllOthersGoOff)
+{
+    tagRemoteDiagnoseControl control;
+    for (const auto& [words, active, unknown] : kFlagTexts)
+    {
+        testing::internal::CaptureStderr();
+        ApplyDiagnoseFlags(control, words, "registry");
+        const std::string line = testing::internal::GetCapturedStderr();
+        std::string found = control.bRpcModeActive ? "r" : "";
+        found += control.bTimingActive ? "t" : "";
+        found += control.bScpiChecksDisabled ? "n" : "";
+        found += control.bTraceModeActive ? "T" : "";
+        found += control.bStatisticModeActive ? "s" : "";
+        found += control.bCallStackTraceActive ? "c" : "";
+        EXPECT_EQ(found, active) << words;
+        EXPECT_EQ(std::count(line.begin(), line.end(), '\n'), *unknown != '\0' ? 1 : 0) << line;
+        EXPECT_THAT(line, testing::HasSubstr(unknown));
+    }
+}
+
+/// The variable is read at the first use of the block, so the question is put to a process of its own.
+TEST(DiagnoseFlagsDeathTest, EnvironmentSetsTheSwitchesOfTheProcess)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    ASSERT_EQ(setenv("ZO_DIAGNOSE", "timing,statistic,foo", 1), 0);
+    EXPECT_EXIT(
+        {
+            const bool right = CPerformanceDiagnose::IsDebugTimingActive() &&
+                               CPerformanceDiagnose::IsDebugStatisticModeActive() &&
+                               !CPerformanceDiagnose::IsDebugRpcModeActive();
+            std::exit(right ? 0 : 1);
+        },
+        testing::ExitedWithCode(0),
+        "ZO_DIAGNOSE: unknown diagnosis switch foo; known are rpc, timing, nochecks, trace, statistic, "
+        "calls");
+    unsetenv("ZO_DIAGNOSE");
+}
+
+} // namespace
+} // namespace ZoVelkor

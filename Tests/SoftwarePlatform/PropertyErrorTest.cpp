@@ -1,0 +1,283 @@
+#include "CPerformanceDiagnose.h"
+#include "CScpiPropErrorStrategy.h"
+#include "CScpiTransaction.h"
+#include "ExecutionFakes.h"
+
+#include <map>
+#include <memory>
+#include <tuple>
+
+namespace ZoVelkor
+{
+namespace
+{
+
+/// Notes what it is told, and whether it is about the expected value.
+struct tagNotingObject : CObjectDataReference
+{
+    void PropertyError(const void* value, const std::string& text) override { Note("E:" + text, value); }
+    void PropertyWarning(const void* value, const std::string& text) override { Note("W:" + text, value); }
+    void Note(const std::string& text, const void* value)
+    {
+        notes += text + (value == pExpected ? ";" : "@elsewhere;");
+    }
+
+    const void* pExpected = nullptr;
+    std::string notes;
+};
+
+/// A strategy, its object and its reports.
+struct tagRun
+{
+    explicit tagRun(int mode, bool warnings = false, bool empty = false, bool strict = false)
+    {
+        strategy.SetMember(
+            &object, static_cast<tagEnumScpiNodeRepairUpdateMode>(mode), warnings, empty, strict);
+    }
+    /// What went to the object and to the shell, what was captured, and the counter.
+    std::string Outcome()
+    {
+        return object.notes + Lines(recorder.Take()) + strategy.ReportCapturedErrors(0) + '#' +
+               std::to_string(strategy.GetErrorCounter());
+    }
+
+    tagNotingObject object;
+    CErrorRecorder recorder;
+    CScpiPropErrorStrategy strategy;
+};
+
+/// Mode, outcome of an error, outcome of a warning.
+using Problem = std::tuple<int, const char*, const char*>;
+
+// clang-format off
+constexpr Problem kProblems[] = {
+    {0, "#0", "#0"}, {1, "m#1", "#0"}, {2, "#0", "#0"}, {4, "#0", "#0"}, {8, "E:m;#1", "W:m;#0"},
+    {9, "#0", "#0"}, {16, "false|m\n#1", "#0"},
+};
+// clang-format on
+
+TEST(PropErrorStrategy, ModeAndWarningsDecideWhereAProblemGoes)
+{
+    for (const auto& [mode, asError, asWarning] : kProblems)
+    {
+        for (const bool warnings : {false, true})
+        {
+            tagRun run(mode, warnings);
+            run.object.pExpected = &mode;
+            run.strategy.PropError(&mode, "m");
+            EXPECT_EQ(run.Outcome(), warnings ? asWarning : asError) << mode;
+        }
+    }
+    tagRun run(16);
+    run.strategy.PropError(nullptr, "m");
+    const auto report = run.recorder.Take().at(0).report;
+    EXPECT_EQ(report.object, &run.object);
+    EXPECT_STREQ(report.sourceUnit, "Remote/Src/CScpiPropErrorStrategy");
+    EXPECT_EQ(report.result, ZO_E_SHELL);
+}
+
+TEST(PropErrorStrategy, WithoutObjectTheShellIsToldInstead)
+{
+    tagRun run(8);
+    run.strategy = CScpiPropErrorStrategy();
+    run.strategy.PropErrorRelaxed(nullptr, "new");
+    run.strategy.CheckUndefinedLong(5, 5);
+    EXPECT_EQ(run.Outcome(), "false|new\n#1");
+    run.strategy.SetMember(nullptr, ZO_SCPI_NODE_REPORT_TO_OBJECT, false, false, false);
+    run.strategy.PropError(nullptr, "m");
+    EXPECT_EQ(run.Outcome(), "false|m\n#2");
+    run.strategy.SetMember(nullptr, ZO_SCPI_NODE_REPORT_TO_OBJECT, true, false, false);
+    run.strategy.PropError(nullptr, "m");
+    EXPECT_EQ(run.recorder.Take().at(0).report.severity, tagErrorSeverity::Warning);
+}
+
+TEST(PropErrorStrategy, ConditionalProblemsFollowTheirFlag)
+{
+    for (const bool flag : {false, true})
+    {
+        tagRun run(1, false, flag, flag);
+        run.strategy.CheckUndefinedLong(5, 5);
+        run.strategy.CheckUndefinedLong(5, 6);
+        run.strategy.CheckNullGuid(GUID_NULL);
+        run.strategy.CheckNullGuid({1, 0, 0, {}});
+        run.strategy.PropErrorEmpty(nullptr, "empty");
+        EXPECT_EQ(run.Outcome(),
+                  flag ? "This value is undefined\nUndefined GUID config error\nempty#3" : "#0");
+        run.strategy.ResetErrorCounter();
+        run.strategy.PropErrorRelaxed(nullptr, "relaxed");
+        EXPECT_EQ(run.Outcome(), flag ? "#0" : "relaxed#1");
+        EXPECT_NE(run.strategy.IsStrict(), run.strategy.IsRelaxed());
+    }
+}
+
+TEST(PropErrorStrategy, OnlyRepairModeChangesTextsAndDoesSoWithChecksOff)
+{
+    for (const auto& [mode, asError, asWarning] : kProblems)
+    {
+        for (const char* flags : {"", "nochecks"})
+        {
+            ApplyDiagnoseFlags(*get_RemoteDiagnoseControl(), flags, "test");
+            tagRun run(mode, false, true);
+            CComBSTR value(L"bad");
+            run.object.pExpected = std::addressof(value);
+            run.strategy.PropErrorBstrRepair(value, "m", std::string("go\0od", 5));
+            EXPECT_EQ(value.View(), mode == 2 ? std::wstring_view(L"go\0od", 5) : L"bad") << mode;
+            EXPECT_EQ(run.Outcome(), *flags == '\0' ? asError : "#0") << mode;
+        }
+    }
+    ApplyDiagnoseFlags(*get_RemoteDiagnoseControl(), "", "test");
+}
+
+TEST(PropErrorStrategy, LimitCutsCapturedMessagesOnlyWhenPositive)
+{
+    tagRun run(1);
+    for (const char* message : {"one", "", "three"})
+    {
+        run.strategy.PropError(nullptr, message);
+    }
+    const std::string all = "one\n\nthree";
+    const std::pair<long, std::string> kLimits[] = {
+        {-1, all    },
+        {0,  all    },
+        {1,  "one"  },
+        {2,  "one\n"},
+        {4,  all    }
+    };
+    for (const auto& [limit, text] : kLimits)
+    {
+        EXPECT_EQ(run.strategy.ReportCapturedErrors(limit), text) << limit;
+    }
+}
+
+std::string Verdict(std::int32_t state, std::int32_t reason)
+{
+    const Acceptance acceptance{state, reason};
+    long code = 1;
+    CComBSTR text(L"before");
+    CScpiTransaction::GetScpiErrorFromAcceptance(state == 0 ? nullptr : &acceptance, code, text);
+    return std::to_string(code) + std::string(text.View().begin(), text.View().end());
+}
+
+TEST(ScpiTransaction, MapsEveryReason)
+{
+    const std::string kinds = "snnuuvcqiiruuiiiuuuuauuuuuuuuuuudfu"; // one letter for each reason from 0
+    // clang-format off
+    const std::map<char, std::string> kErrors = {
+        {'s', "-220wrong parameter state"}, {'n', "-231numeric or unit conversion failed"},
+        {'v', "-222value is not changeable"}, {'c', "-222value is corrected"},
+        {'q', "-231numeric calculation error"}, {'i', "-220invalid object index"}, {'r', "-222value out of range"}, {'a', "-220access permission"},
+        {'d', "-231parameter value corrected by dependency"}, {'f', "-231dependency failed"},
+        {'u', "-220unknown error"},
+    };
+    // clang-format on
+    for (std::size_t i = 0; i < kinds.size(); ++i)
+    {
+        const auto reason = static_cast<std::int32_t>(i);
+        const std::string& error = kErrors.at(kinds[i]);
+        EXPECT_EQ(Verdict(2, reason), kinds[i] == 'u' ? "0" : error) << reason;
+        for (const std::int32_t rejected : {-1, 3, INT32_MAX, INT32_MIN})
+        {
+            EXPECT_EQ(Verdict(rejected, reason), error) << rejected << ' ' << reason;
+        }
+        EXPECT_EQ(Verdict(1, reason), "0") << reason;
+    }
+    EXPECT_EQ(Verdict(2, INT32_MAX) + Verdict(0, 10), "00");
+    EXPECT_EQ(Verdict(2, -1), "-220unknown error");
+}
+
+struct tagFakeTransaction : CFake<IZODatabaseTransaction>
+{
+    HRESULT FinishTransaction(TransactionAcceptMode, Acceptance* acceptance) override
+    {
+        *acceptance = verdict;
+        return result;
+    }
+    HRESULT UndoTransaction() override { return result; }
+    HRESULT AbortTransaction() override { return ++aborts, result; }
+
+    HRESULT result = S_OK;
+    Acceptance verdict;
+    int aborts = 0;
+};
+
+/// A pool of an application that opens read transactions.
+struct tagReadingPool : CPool
+{
+    using CPool::CPool;
+    using CPool::SetReadTransaction;
+};
+
+std::string ErrorOf(CPool const& pool)
+{
+    return std::to_string(pool.GetScpiError()) + pool.GetScpiErrorText();
+}
+
+/// What the transaction gives, its verdict, the result for the handler and its error.
+using Finish = std::tuple<HRESULT, Acceptance, HRESULT, const char*>;
+
+// clang-format off
+constexpr Finish kFinishes[] = {
+    {S_OK, Acceptance{3, 10}, S_OK, "0"}, {S_FALSE, Acceptance{2, 11}, S_OK, "0"},
+    {E_FAIL, Acceptance{0, 0}, E_FAIL, "0"}, {E_FAIL, Acceptance{3, 10}, S_FALSE, "-222value out of range"},
+    {E_FAIL, Acceptance{2, 6}, S_FALSE, "-222value is corrected"},
+    {S_FALSE, Acceptance{2, 32}, S_FALSE, "-231parameter value corrected by dependency"},
+};
+// clang-format on
+
+TEST(PoolTransactions, FinishingFailsWithTheErrorOfTheVerdict)
+{
+    for (const auto& [result, verdict, expected, error] : kFinishes)
+    {
+        const tagCommand command;
+        tagFakeTransaction transaction;
+        transaction.result = result;
+        transaction.verdict = verdict;
+        CPool pool(command.data);
+        CComPtr<IZODatabaseTransaction> spTransaction(&transaction);
+        EXPECT_EQ(pool.FinishTransaction(spTransaction, ZO_TRANSACTION_ACCEPT_ALL), expected);
+        EXPECT_EQ(ErrorOf(pool), error);
+    }
+}
+
+TEST(PoolTransactions, UndoAndStopRaiseExecutionErrors)
+{
+    const tagCommand command;
+    for (const bool works : {true, false})
+    {
+        CErrorRecorder recorder;
+        tagFakeTransaction transaction;
+        transaction.result = works ? S_OK : E_FAIL;
+        CComPtr<IZODatabaseTransaction> spTransaction(&transaction);
+        tagReadingPool undo(command.data);
+        tagReadingPool stop(command.data);
+        stop.SetReadTransaction(&transaction);
+        EXPECT_EQ(undo.UndoTransaction(spTransaction), works ? S_OK : S_FALSE);
+        EXPECT_EQ(stop.StopTransaction(), works ? S_OK : S_FALSE);
+        EXPECT_EQ(ErrorOf(undo) + ErrorOf(stop), works ? "00" : "-200-200");
+        EXPECT_EQ(Lines(recorder.Take()).find("m_pIReadTransaction->AbortTransaction() == S_OK|"),
+                  works ? std::string::npos : 0);
+        stop.StopTransaction();
+        EXPECT_EQ(transaction.aborts, works ? 1 : 2) << "an aborted transaction is gone";
+    }
+}
+
+TEST(PoolTransactions, KernelCommandsHaveNone)
+{
+    const tagCommand command;
+    CPool pool(command.data);
+    tagFakeTransaction transaction;
+    for (const auto get :
+         {&CPool::GetReadTransaction, &CPool::GetWriteTransaction, &CPool::GetCurrentTransaction})
+    {
+        CComPtr<IZODatabaseTransaction> spTransaction(&transaction);
+        EXPECT_EQ((pool.*get)(spTransaction), S_FALSE);
+        EXPECT_EQ(spTransaction, nullptr);
+        EXPECT_EQ(pool.FinishTransaction(spTransaction, ZO_TRANSACTION_ACCEPT_EXACT), S_OK);
+        EXPECT_EQ(pool.UndoTransaction(spTransaction), S_OK);
+    }
+    EXPECT_EQ(pool.StopTransaction(), S_OK);
+    EXPECT_EQ(pool.GetScpiError(), 0);
+}
+
+} // namespace
+} // namespace ZoVelkor
