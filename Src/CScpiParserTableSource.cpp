@@ -402,7 +402,7 @@ void CScpiParserTable::DumpSource_Group(std::ostream& source,
         groups.m_iGroupEnd = groups.TableEnd();
         return;
     }
-    const auto text = std::find_if(std::begin(kKinds), std::end(kKinds), [&](const tagKindText& row) {
+    const auto* const text = std::find_if(std::begin(kKinds), std::end(kKinds), [&](const tagKindText& row) {
         return StartsAt(groups, row.kind, index);
     });
     if (text == std::end(kKinds))

@@ -1,6 +1,5 @@
 #include "CBScpiCommands.h"
 #include "CComObject.h"
-#include "CScpiParserTable.h"
 #include "ExecutionFakes.h"
 #include "RoundTripTable.h"
 #include "ScpiTableMacros.h"
@@ -8,6 +7,7 @@
 #include <array>
 #include <bit>
 #include <cstddef>
+#include <fstream>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -52,18 +52,15 @@ using TextGetter = HRESULT (IZOScpiCommands::*)(wchar_t**);
 
 TEST(ScpiCommands, SlotsAreInOrder)
 {
+    // clang-format off
+    using I = IZOScpiCommands;
+    using C = CTestCommands;
     const std::vector<std::size_t> slots = {
-        CTestCommands::Slot(&IZOScpiCommands::SendCommandTree),
-        CTestCommands::Slot(&IZOScpiCommands::GetCommandHeader),
-        CTestCommands::Slot(&IZOScpiCommands::GetCommandSyntax),
-        CTestCommands::Slot(&IZOScpiCommands::IsImplemented),
-        CTestCommands::Slot(&IZOScpiCommands::GetHeaderSyntax),
-        CTestCommands::Slot(&IZOScpiCommands::GetCommandHeaderDiag),
-        CTestCommands::Slot(&IZOScpiCommands::GetCommandSyntaxDiag),
-        CTestCommands::Slot(&IZOScpiCommands::GetParserTableSource),
-        CTestCommands::Slot(&IZOScpiCommands::GetParserTableReference),
-        CTestCommands::TreeSlot(),
-    };
+        C::Slot(&I::SendCommandTree), C::Slot(&I::GetCommandHeader), C::Slot(&I::GetCommandSyntax),
+        C::Slot(&I::IsImplemented), C::Slot(&I::GetHeaderSyntax), C::Slot(&I::GetCommandHeaderDiag),
+        C::Slot(&I::GetCommandSyntaxDiag), C::Slot(&I::GetParserTableSource),
+        C::Slot(&I::GetParserTableReference), C::TreeSlot()};
+    // clang-format on
     // A destructor takes two slots.
     EXPECT_EQ(slots, (std::vector<std::size_t>{3, 4, 5, 6, 7, 8, 9, 10, 11, 14}));
 }
@@ -81,17 +78,16 @@ struct tagSendCase
 TEST(ScpiCommands, TreeIsSentAsOneBlock)
 {
     static constexpr const char* kBroken = "hr == S_OK|Broken scpi connection\n";
+    static constexpr const char* kLarge = "iSize <= 999999|Command tree too large for its block header\n";
     const std::string prefix = "1.00,#6000012";
+    const std::string whole = prefix + std::string("FREQuency\0\0\0", 12);
     const tagSendCase cases[] = {
-        {"TwelveBytes", 12, -1,            S_OK,    prefix + std::string("FREQuency\0\0\0", 12), ""},
-        {"PrefixFails",             12,   0,  S_OK,      "",                                       kBroken                                  },
-        {"ContentsFail",             12,  1, S_OK,      prefix,                                        kBroken},
-        {"NoBytes",             0,       -1,       S_FALSE,      "",                               ""                             },
-        {"Largest",             999999,       -1,  S_OK, "1.00,#6999999",                                  ""},
-        {"TooLarge",
-         1000000,      -1,
-         E_FAIL,                          "",
-         "iSize <= 999999|Command tree too large for its block header\n"                                                   },
+        {"TwelveBytes",  12,      -1, S_OK,    whole,           ""     },
+        {"PrefixFails",  12,      0,  S_OK,    "",              kBroken},
+        {"ContentsFail", 12,      1,  S_OK,    prefix,          kBroken},
+        {"NoBytes",      0,       -1, S_FALSE, "",              ""     },
+        {"Largest",      999999,  -1, S_OK,    "1.00,#6999999", ""     },
+        {"TooLarge",     1000000, -1, E_FAIL,  "",              kLarge },
     };
     for (const tagSendCase& row : cases)
     {
@@ -137,50 +133,46 @@ TEST(ScpiCommands, ListingsEndEachLine)
     }
 }
 
-TEST(ScpiCommands, SourceAndHeaderAreThoseOfTheTable)
+CComBSTR Golden(std::string const& name)
+{
+    const std::ifstream file(std::string(ZO_TABLE_GOLDENS) + "/" + name);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return CComBSTR(text.str().c_str());
+}
+
+TEST(ScpiCommands, SourceAndHeaderAsFiles)
 {
     const auto records = RoundTripTable();
-    CScpiParserTable table;
-    table.SetParserTable(records.data(), static_cast<long>(records.size()));
-    std::ostringstream sourceText;
-    std::ostringstream headerText;
-    table.DumpSourceHeader(sourceText, headerText);
-
-    const auto spCommands =
-        CComponent::Create(static_cast<std::uint32_t>(records.size_bytes()), records.data());
+    const auto size = static_cast<std::uint32_t>(records.size_bytes());
     CComBSTR source;
     CComBSTR header;
-    EXPECT_EQ(spCommands->GetParserTableSource(&source, &header), S_OK);
-    EXPECT_TRUE(source == sourceText.str().c_str());
-    EXPECT_TRUE(header == headerText.str().c_str());
+    EXPECT_EQ(CComponent::Create(size, records.data())->GetParserTableSource(&source, &header), S_OK);
+    EXPECT_EQ(source.View(), Golden("PrsTab.cpp.txt").View());
+    EXPECT_EQ(header.View(), Golden("PrsTab.hpp.txt").View());
 }
 
 TEST(ScpiCommands, WithoutTableNothingIsWrittenOrReported)
 {
     wchar_t held[] = L"old";
-    const auto spNoTree = CComponent::Create(nullptr);
-    const CComPtr<CComponent> components[] = {
-        spNoTree,
-        CComponent::Create(0U),
-        CComponent::Create(40U, nullptr),
-    };
     CErrorRecorder recorder;
-    for (const auto& spCommands : components)
+    for (const auto& spCommands : {CComponent::Create(0U), CComponent::Create(40U, nullptr)})
     {
         tagFakeOutputBuffer output;
         wchar_t* text = held;
-        wchar_t* other = held;
         EXPECT_EQ(spCommands->SendCommandTree(&output), S_FALSE);
         EXPECT_EQ(spCommands->GetCommandHeader(&text), S_FALSE);
         EXPECT_EQ(spCommands->GetCommandSyntaxDiag(nullptr), S_FALSE);
-        EXPECT_EQ(spCommands->GetParserTableSource(&text, &other), S_FALSE);
+        EXPECT_EQ(spCommands->GetParserTableSource(&text, &text), S_FALSE);
         EXPECT_EQ(output.transcript.calls, 0);
-        EXPECT_TRUE(text == held && other == held);
-        tagZO_SCPI_PARSER_TREE tree{7, kTree};
-        const bool hasTree = spCommands != spNoTree;
-        EXPECT_EQ(spCommands->GetParserTableReference(&tree), hasTree ? S_OK : S_FALSE);
-        EXPECT_TRUE(tree.iSize == 0 || tree.pTable == nullptr);
+        EXPECT_EQ(text, held);
     }
+    tagZO_SCPI_PARSER_TREE tree{7, kTree};
+    EXPECT_EQ(CComponent::Create(0U)->GetParserTableReference(&tree), S_OK);
+    EXPECT_TRUE(tree.iSize == 0 && tree.pTable == kTree);
+    EXPECT_EQ(CComponent::Create(nullptr)->GetParserTableReference(&tree), S_FALSE);
+    EXPECT_EQ(tree.pTable, nullptr);
+    EXPECT_EQ(CComponent::Create(nullptr)->SendCommandTree(nullptr), S_FALSE);
     EXPECT_EQ(Lines(recorder.Take()), "");
 }
 
