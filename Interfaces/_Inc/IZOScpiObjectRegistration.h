@@ -3,26 +3,19 @@
 #include "Guid.h"
 #include "IZOScpiDeviceHandler.h"
 #include "IZOScpiExecutionSink.h"
-#include "ScpiCommandTable.h"
+#include "ScpiParserTree.h"
 #include "Unknown.h"
 
 namespace ZoVelkor
 {
-
-/// A command table as it is handed over: size and place, not owned.
-struct tagZO_SCPI_PARSER_TREE
-{
-    std::uint32_t iSize;           ///< bytes, a multiple of the record size
-    _CMD_SET_RECORD const* pTable; ///< must stay valid while the parser is registered
-};
 
 /// One application's parser as the kernel knows it.
 ///
 /// Pointers are lent for the call; the kernel takes its own references and copies the name.
 struct tagZO_SCPI_PARSER_OBJECT
 {
-    wchar_t const* bsName; ///< for error messages and listings
-    tagZO_SCPI_PARSER_TREE tree;
+    wchar_t const* bsName;                ///< for error messages and listings
+    tagZO_SCPI_PARSER_TREE tree;          ///< whole records; must stay valid while registered
     IZOScpiExecutionSink* pExecutionSink; ///< runs the commands of the tree
     IZOScpiDeviceHandler* pDeviceHandler; ///< may be null
     GUID guidObjectId;                    ///< names the object; new for each registration

@@ -13,8 +13,8 @@ namespace ZoVelkor
 /// Ownership: the table belongs to the application.
 struct tagZO_SCPI_PARSER_TREE
 {
-    std::uint32_t iSize = 0;           ///< of the table, in bytes
-    _CMD_SET_RECORD* pTable = nullptr; ///< first record of the table; as wide as an address
+    std::uint32_t iSize;           ///< of the table, in bytes
+    _CMD_SET_RECORD const* pTable; ///< first record of the table; as wide as an address
 };
 
 static_assert(offsetof(tagZO_SCPI_PARSER_TREE, iSize) == 0);

@@ -77,7 +77,9 @@ CComBSTR Widen(std::string_view text)
 CScpiParserTable TableOf(const tagZO_SCPI_PARSER_TREE& tree)
 {
     CScpiParserTable table;
-    table.SetParserTable(tree.pTable, static_cast<long>(tree.iSize / sizeof(_CMD_SET_RECORD)));
+    // The parser table hands its records out for change; here they are read only.
+    auto* const records = const_cast<_CMD_SET_RECORD*>(tree.pTable);
+    table.SetParserTable(records, static_cast<long>(tree.iSize / sizeof(_CMD_SET_RECORD)));
     return table;
 }
 

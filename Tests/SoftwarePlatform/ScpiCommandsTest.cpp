@@ -187,7 +187,7 @@ TEST(ScpiCommands, BaseKnowsNoHeaderAndGivesItsTree)
     EXPECT_EQ(spCommands->GetHeaderSyntax(0, nullptr, &first, &other, &other, &other, &text, &text), S_FALSE);
     EXPECT_EQ(first, 0);
     EXPECT_EQ(other, 7);
-    tagZO_SCPI_PARSER_TREE tree;
+    tagZO_SCPI_PARSER_TREE tree{};
     EXPECT_EQ(spCommands->GetParserTableReference(&tree), S_OK);
     EXPECT_TRUE(tree.iSize == sizeof(kTree) && tree.pTable == kTree);
 }
