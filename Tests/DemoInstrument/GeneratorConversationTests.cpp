@@ -1,4 +1,5 @@
 #include "CAnalyzerApplication.h"
+#include "CConformanceCommands.h"
 #include "CGeneratorCommands.h"
 #include "CRemoteKernel.h"
 #include "CTcpServer.h"
@@ -117,6 +118,8 @@ protected:
         m_server.Start();
     }
 
+    CScpiClient Connect() const { return CScpiClient(m_server.Port()); }
+
     /// Registers and unregisters the generator until EndChanges; each state lasts for some round of a client.
     void ChangeUntilDone()
     {
@@ -138,7 +141,7 @@ protected:
     /// Sends a message again and again; it is answered as expected, or else refused because nobody knows it.
     void Talk(const std::string& message, const std::string& answer, int& answered, int& refused)
     {
-        CScpiClient client(m_server.Port());
+        CScpiClient client = Connect();
         for (int i = 0; i < kRounds; ++i)
         {
             client.Write(message);
@@ -219,6 +222,19 @@ TEST_F(ComingAndGoing, EachMessageIsAnsweredWhollyOrUnknown)
     }
     EXPECT_GT(refused, 0);
     EXPECT_EQ(talks[3].refused, 0) << "the analyser was there all the time";
+}
+
+TEST_F(ComingAndGoing, SlowCommandsEndWithTheirApplication)
+{
+    std::optional<Conformance::CConformanceApplication> conformance(std::in_place);
+    CScpiClient waiting = Connect();
+    CScpiClient other = Connect();
+    waiting.Write("TEST:SLOW 60;*OPC?;:SYST:ERR?;:TEST:SLOW?");
+    while (other.Query("TEST:SLOW?") != "1")
+    {}
+    conformance.reset();
+    EXPECT_EQ(waiting.ReadLine(), "1;0,\"No error\"");
+    EXPECT_TRUE(waiting.Query("SYST:ERR?").starts_with("-113,"));
 }
 
 } // namespace
