@@ -382,6 +382,7 @@ void CScpiParserTable::DumpSource_Element(std::ostream& source,
     const std::string text = RecordText(groups, groups.m_eKind, m_pTable[index]);
     if (text.empty())
     {
+        // Deliberate: the hole is shown; what the record means is not known.
         WriteLine(source, " /** UNREFERENCED **/");
         return;
     }
