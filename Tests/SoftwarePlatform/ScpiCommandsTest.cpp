@@ -43,7 +43,7 @@ public:
 private:
     const tagZO_SCPI_PARSER_TREE* DoGetParserTree() override { return m_pTree; }
 
-    tagZO_SCPI_PARSER_TREE m_tree;
+    tagZO_SCPI_PARSER_TREE m_tree{};
     const tagZO_SCPI_PARSER_TREE* m_pTree = &m_tree;
 };
 
