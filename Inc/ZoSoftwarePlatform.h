@@ -21,6 +21,7 @@
 #include "CNumericSuffixExpression.h"
 #include "CPerformanceDiagnose.h"
 #include "CScpiErrorMap.h"
+#include "CScpiExpression.h"
 #include "CScpiFunctionExecutionDataPool.h"
 #include "CScpiFunctionExecutionDataPoolParser.h"
 #include "CScpiParserTable.h"
