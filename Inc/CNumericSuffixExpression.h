@@ -31,10 +31,11 @@ public:
     ///                 32 bits are drawn in, a reversed domain is turned round
     /// @param maximum  highest value of the domain
     /// @return false on failure; the object then has no expression
-    bool
-    SetExpression(std::string text, long& errorPosition, std::string& errorText, long minimum, long maximum);
+    bool SetExpression(
+        const std::string& text, long& errorPosition, std::string& errorText, long minimum, long maximum);
     /// The same with the domain 0 to 2147483647, or from -2147483648 when negative values are allowed.
-    bool SetExpression(std::string text, bool allowNegative, long& errorPosition, std::string& errorText);
+    bool
+    SetExpression(const std::string& text, bool allowNegative, long& errorPosition, std::string& errorText);
     /// The object has no expression any more.
     void ReleaseExpression() noexcept { m_pExpression.Release(); }
 

@@ -282,7 +282,7 @@ tagDomain MakeDomain(long minimum, long maximum) noexcept
 } // namespace
 
 bool CNumericSuffixExpression::SetExpression(
-    std::string text, long& errorPosition, std::string& errorText, long minimum, long maximum)
+    const std::string& text, long& errorPosition, std::string& errorText, long minimum, long maximum)
 {
     CExpressionParser parser(text, MakeDomain(minimum, maximum));
     const bool parsed = parser.Parse();
@@ -299,12 +299,12 @@ bool CNumericSuffixExpression::SetExpression(
     return parsed;
 }
 
-bool CNumericSuffixExpression::SetExpression(std::string text,
+bool CNumericSuffixExpression::SetExpression(const std::string& text,
                                              bool allowNegative,
                                              long& errorPosition,
                                              std::string& errorText)
 {
-    return SetExpression(std::move(text), errorPosition, errorText, allowNegative ? kLowest : 0, kHighest);
+    return SetExpression(text, errorPosition, errorText, allowNegative ? kLowest : 0, kHighest);
 }
 
 const RangeList& CNumericSuffixExpression::Ranges() const

@@ -38,6 +38,13 @@ std::string DataFormatText(IZOScpiSubsystemFormat* pSubsystemFormat)
     return CZoString(text).ToStdString();
 }
 
+/// Deliberate: handlers written for both kinds of pool return at once, and nothing has gone wrong.
+HRESULT HandOutNoTransaction(CComPtr<IZODatabaseTransaction>& transaction)
+{
+    transaction = nullptr;
+    return S_FALSE;
+}
+
 std::string_view TextOrEmpty(char const* text)
 {
     return text != nullptr ? std::string_view(text) : std::string_view();
@@ -705,22 +712,19 @@ HRESULT CScpiFunctionExecutionDataPoolParser::StopTransaction()
 
 HRESULT CScpiFunctionExecutionDataPoolParser::GetReadTransaction(CComPtr<IZODatabaseTransaction>& transaction)
 {
-    transaction = nullptr;
-    return S_FALSE;
+    return HandOutNoTransaction(transaction);
 }
 
 HRESULT
 CScpiFunctionExecutionDataPoolParser::GetWriteTransaction(CComPtr<IZODatabaseTransaction>& transaction)
 {
-    transaction = nullptr;
-    return S_FALSE;
+    return HandOutNoTransaction(transaction);
 }
 
 HRESULT
 CScpiFunctionExecutionDataPoolParser::GetCurrentTransaction(CComPtr<IZODatabaseTransaction>& transaction)
 {
-    transaction = nullptr;
-    return S_FALSE;
+    return HandOutNoTransaction(transaction);
 }
 
 } // namespace ZoVelkor

@@ -81,14 +81,12 @@ TEST(PropErrorStrategy, WithoutObjectTheShellIsToldInstead)
     tagRun run(8);
     run.strategy = CScpiPropErrorStrategy();
     run.strategy.PropErrorRelaxed(nullptr, "new");
-    run.strategy.CheckUndefinedLong(5, 5);
-    EXPECT_EQ(run.Outcome(), "false|new\n#1");
     run.strategy.SetMember(nullptr, ZO_SCPI_NODE_REPORT_TO_OBJECT, false, false, false);
     run.strategy.PropError(nullptr, "m");
-    EXPECT_EQ(run.Outcome(), "false|m\n#2");
+    EXPECT_EQ(run.Outcome(), "false|new\nfalse|m\n#2");
     run.strategy.SetMember(nullptr, ZO_SCPI_NODE_REPORT_TO_OBJECT, true, false, false);
     run.strategy.PropError(nullptr, "m");
-    EXPECT_EQ(run.recorder.Take().at(0).report.severity, tagErrorSeverity::Warning);
+    EXPECT_EQ(run.Outcome(), "false|m\n#2");
 }
 
 TEST(PropErrorStrategy, ConditionalProblemsFollowTheirFlag)
@@ -103,6 +101,8 @@ TEST(PropErrorStrategy, ConditionalProblemsFollowTheirFlag)
         run.strategy.PropErrorEmpty(nullptr, "empty");
         EXPECT_EQ(run.Outcome(),
                   flag ? "This value is undefined\nUndefined GUID config error\nempty#3" : "#0");
+        EXPECT_EQ(run.strategy.ReportCapturedErrors(1), flag ? "This value is undefined" : "");
+        EXPECT_EQ(run.strategy.ReportCapturedErrors(4), run.strategy.ReportCapturedErrors(-1));
         run.strategy.ResetErrorCounter();
         run.strategy.PropErrorRelaxed(nullptr, "relaxed");
         EXPECT_EQ(run.Outcome(), flag ? "#0" : "relaxed#1");
@@ -128,27 +128,6 @@ TEST(PropErrorStrategy, OnlyRepairModeChangesTextsAndDoesSoWithChecksOff)
     ApplyDiagnoseFlags(*get_RemoteDiagnoseControl(), "", "test");
 }
 
-TEST(PropErrorStrategy, LimitCutsCapturedMessagesOnlyWhenPositive)
-{
-    tagRun run(1);
-    for (const char* message : {"one", "", "three"})
-    {
-        run.strategy.PropError(nullptr, message);
-    }
-    const std::string all = "one\n\nthree";
-    const std::pair<long, std::string> kLimits[] = {
-        {-1, all    },
-        {0,  all    },
-        {1,  "one"  },
-        {2,  "one\n"},
-        {4,  all    }
-    };
-    for (const auto& [limit, text] : kLimits)
-    {
-        EXPECT_EQ(run.strategy.ReportCapturedErrors(limit), text) << limit;
-    }
-}
-
 std::string Verdict(std::int32_t state, std::int32_t reason)
 {
     const Acceptance acceptance{state, reason};
@@ -165,9 +144,9 @@ TEST(ScpiTransaction, MapsEveryReason)
     const std::map<char, std::string> kErrors = {
         {'s', "-220wrong parameter state"}, {'n', "-231numeric or unit conversion failed"},
         {'v', "-222value is not changeable"}, {'c', "-222value is corrected"},
-        {'q', "-231numeric calculation error"}, {'i', "-220invalid object index"}, {'r', "-222value out of range"}, {'a', "-220access permission"},
+        {'q', "-231numeric calculation error"}, {'i', "-220invalid object index"},
+        {'r', "-222value out of range"}, {'a', "-220access permission"}, {'u', "-220unknown error"},
         {'d', "-231parameter value corrected by dependency"}, {'f', "-231dependency failed"},
-        {'u', "-220unknown error"},
     };
     // clang-format on
     for (std::size_t i = 0; i < kinds.size(); ++i)
@@ -187,30 +166,18 @@ TEST(ScpiTransaction, MapsEveryReason)
 
 struct tagFakeTransaction : CFake<IZODatabaseTransaction>
 {
+    explicit tagFakeTransaction(HRESULT hr = S_OK, Acceptance given = {}) : result(hr), verdict(given) {}
     HRESULT FinishTransaction(TransactionAcceptMode, Acceptance* acceptance) override
     {
         *acceptance = verdict;
         return result;
     }
     HRESULT UndoTransaction() override { return result; }
-    HRESULT AbortTransaction() override { return ++aborts, result; }
+    HRESULT AbortTransaction() override { return result; }
 
-    HRESULT result = S_OK;
-    Acceptance verdict;
-    int aborts = 0;
+    const HRESULT result;
+    const Acceptance verdict;
 };
-
-/// A pool of an application that opens read transactions.
-struct tagReadingPool : CPool
-{
-    using CPool::CPool;
-    using CPool::SetReadTransaction;
-};
-
-std::string ErrorOf(CPool const& pool)
-{
-    return std::to_string(pool.GetScpiError()) + pool.GetScpiErrorText();
-}
 
 /// What the transaction gives, its verdict, the result for the handler and its error.
 using Finish = std::tuple<HRESULT, Acceptance, HRESULT, const char*>;
@@ -224,59 +191,61 @@ constexpr Finish kFinishes[] = {
 };
 // clang-format on
 
+/// A pool with a transaction for reading; kernel commands have none.
+struct tagReadingPool : CPool
+{
+    explicit tagReadingPool(tagCommand const& command, IZODatabaseTransaction* pTransaction)
+        : CPool(command.data)
+    {
+        SetReadTransaction(pTransaction);
+    }
+    std::string Error() const { return std::to_string(GetScpiError()) + GetScpiErrorText(); }
+};
+
 TEST(PoolTransactions, FinishingFailsWithTheErrorOfTheVerdict)
 {
     for (const auto& [result, verdict, expected, error] : kFinishes)
     {
         const tagCommand command;
-        tagFakeTransaction transaction;
-        transaction.result = result;
-        transaction.verdict = verdict;
-        CPool pool(command.data);
+        tagFakeTransaction transaction{result, verdict};
+        tagReadingPool pool(command, nullptr);
         CComPtr<IZODatabaseTransaction> spTransaction(&transaction);
         EXPECT_EQ(pool.FinishTransaction(spTransaction, ZO_TRANSACTION_ACCEPT_ALL), expected);
-        EXPECT_EQ(ErrorOf(pool), error);
+        EXPECT_EQ(pool.Error(), error);
     }
 }
 
 TEST(PoolTransactions, UndoAndStopRaiseExecutionErrors)
 {
     const tagCommand command;
-    for (const bool works : {true, false})
+    for (const HRESULT result : {S_OK, E_FAIL})
     {
         CErrorRecorder recorder;
-        tagFakeTransaction transaction;
-        transaction.result = works ? S_OK : E_FAIL;
+        tagFakeTransaction transaction{result};
         CComPtr<IZODatabaseTransaction> spTransaction(&transaction);
-        tagReadingPool undo(command.data);
-        tagReadingPool stop(command.data);
-        stop.SetReadTransaction(&transaction);
-        EXPECT_EQ(undo.UndoTransaction(spTransaction), works ? S_OK : S_FALSE);
-        EXPECT_EQ(stop.StopTransaction(), works ? S_OK : S_FALSE);
-        EXPECT_EQ(ErrorOf(undo) + ErrorOf(stop), works ? "00" : "-200-200");
-        EXPECT_EQ(Lines(recorder.Take()).find("m_pIReadTransaction->AbortTransaction() == S_OK|"),
-                  works ? std::string::npos : 0);
-        stop.StopTransaction();
-        EXPECT_EQ(transaction.aborts, works ? 1 : 2) << "an aborted transaction is gone";
+        tagReadingPool undo(command, nullptr);
+        tagReadingPool stop(command, &transaction);
+        EXPECT_EQ(undo.UndoTransaction(spTransaction), result == S_OK ? S_OK : S_FALSE);
+        EXPECT_EQ(stop.StopTransaction(), result == S_OK ? S_OK : S_FALSE);
+        EXPECT_EQ(undo.Error() + stop.Error(), result == S_OK ? "00" : "-200-200");
+        const std::string report = Lines(recorder.Take());
+        EXPECT_EQ(report.substr(0, report.find('|')),
+                  result == S_OK ? "" : "m_pIReadTransaction->AbortTransaction() == S_OK");
     }
 }
 
 TEST(PoolTransactions, KernelCommandsHaveNone)
 {
     const tagCommand command;
-    CPool pool(command.data);
+    tagReadingPool pool(command, nullptr);
     tagFakeTransaction transaction;
-    for (const auto get :
-         {&CPool::GetReadTransaction, &CPool::GetWriteTransaction, &CPool::GetCurrentTransaction})
-    {
-        CComPtr<IZODatabaseTransaction> spTransaction(&transaction);
-        EXPECT_EQ((pool.*get)(spTransaction), S_FALSE);
-        EXPECT_EQ(spTransaction, nullptr);
-        EXPECT_EQ(pool.FinishTransaction(spTransaction, ZO_TRANSACTION_ACCEPT_EXACT), S_OK);
-        EXPECT_EQ(pool.UndoTransaction(spTransaction), S_OK);
-    }
-    EXPECT_EQ(pool.StopTransaction(), S_OK);
-    EXPECT_EQ(pool.GetScpiError(), 0);
+    CComPtr<IZODatabaseTransaction> spTransaction(&transaction);
+    EXPECT_EQ(pool.GetReadTransaction(spTransaction) + pool.GetWriteTransaction(spTransaction), 2);
+    EXPECT_EQ(pool.GetCurrentTransaction(spTransaction), 1);
+    EXPECT_EQ(spTransaction, nullptr);
+    EXPECT_EQ(pool.FinishTransaction(spTransaction, ZO_TRANSACTION_ACCEPT_EXACT), S_OK);
+    EXPECT_EQ(pool.UndoTransaction(spTransaction) + pool.StopTransaction(), S_OK);
+    EXPECT_EQ(pool.Error(), "0");
 }
 
 } // namespace
