@@ -10,7 +10,7 @@ namespace
 constexpr std::uint32_t kAll = 0xFFFFFFFF;
 
 // clang-format off
-CMD_SET_RECORD kRecords[] = {
+constexpr CMD_SET_RECORD kRecords[] = {
     /*  0 */ HDR("RST", 1, DEF, 0, 2, 0, CCMD),
     /*  1 */ HDR("IDN", 2, DEF, 0, 0, 0, CCMD | QMARK),
     /*  2 */ HDR("[SENSe]", DEF, DEF, 4, 2, 0, 0),
@@ -34,7 +34,7 @@ CMD_SET_RECORD kRecords[] = {
 
 } // namespace
 
-std::span<_CMD_SET_RECORD> RoundTripTable()
+std::span<const _CMD_SET_RECORD> RoundTripTable()
 {
     return kRecords;
 }

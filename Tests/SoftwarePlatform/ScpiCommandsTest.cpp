@@ -27,7 +27,7 @@ CMD_SET_RECORD kTree[] = {
 class CTestCommands : public CBScpiCommands
 {
 public:
-    explicit CTestCommands(std::uint32_t size = sizeof(kTree), CMD_SET_RECORD* table = kTree)
+    explicit CTestCommands(std::uint32_t size = sizeof(kTree), const CMD_SET_RECORD* table = kTree)
         : m_tree{size, table}
     {}
     explicit CTestCommands(std::nullptr_t) : m_pTree(nullptr) {}

@@ -11,6 +11,7 @@
 #include <span>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace ZoVelkor
 {
@@ -49,7 +50,8 @@ std::string Text(std::map<std::string, long> const& map)
 TEST(TableSource, LaterGroupsReplaceTheSecondLabelOfTheirKind)
 {
     CScpiParserTableGroups groups;
-    const CScpiParserTable table = TableOf(RoundTripTable());
+    std::vector<_CMD_SET_RECORD> records(RoundTripTable().begin(), RoundTripTable().end());
+    const CScpiParserTable table = TableOf(records);
     table.AnalyseGroups(groups);
     std::ostringstream source;
     table.DumpSource_Table(source, groups);
