@@ -97,6 +97,49 @@ TEST_F(SweepConversation, OnlyTheSessionThatStartedItWaits)
     EXPECT_EQ(Client().ReadLine(), "1");
 }
 
+TEST_F(SweepConversation, OnlyTheSessionThatStartedItWaitsForTheTrigger)
+{
+    for (const tagEndCase row : {
+             tagEndCase{"Query", "*OPC?"           },
+             {"Wait",  "*WAI;:INIT:CONT?"}
+    })
+    {
+        SCOPED_TRACE(row.name);
+        auto starter = Connect();
+        EXPECT_EQ(starter.Query("SWE:TIME MIN;:TRIG:SOUR BUS;:INIT;:TRIG:SOUR?"), "BUS");
+        starter.Write(row.command);
+        const std::string count = Client().Query("*OPC?;:DIAG:SERV:COUN?");
+        Client().Write("TRIG");
+        EXPECT_EQ(starter.ReadLine(), row.command[1] == 'O' ? "1" : "0");
+        EXPECT_NE(Client().Query("*OPC?;:DIAG:SERV:COUN?"), count);
+    }
+    EXPECT_EQ(NextError(), 0);
+}
+
+struct tagIgnoredCase
+{
+    const char* name;
+    const char* before;
+};
+
+TEST_F(SweepConversation, TriggersAreIgnoredWhenNothingWaits)
+{
+    for (const tagIgnoredCase row : {
+             tagIgnoredCase{"Idle",            "TRIG:SOUR BUS"                    },
+             {"ImmediateSource", "INIT"                             },
+             {"SecondTrigger",   "TRIG:SOUR BUS;:INIT;:TRIG:SEQ:IMM"},
+             {"Aborted",         "TRIG:SOUR BUS;:INIT;:ABOR"        },
+             {"Reset",           "TRIG:SOUR BUS;:INIT;*RST"         }
+    })
+    {
+        SCOPED_TRACE(row.name);
+        Client().Write("*RST;:SWE:TIME 1000;:" + std::string(row.before));
+        EXPECT_EQ(NextError(), 0);
+        Client().Write("TRIG");
+        EXPECT_EQ(NextError(), -211);
+    }
+}
+
 TEST_F(SweepConversation, ContinuousSweepingFollowsTheSettings)
 {
     Client().Write("SWE:TIME 1 ms;POIN 101;:INIT:CONT ON");
