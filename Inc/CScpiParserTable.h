@@ -75,8 +75,31 @@ public:
     /// lie inside the table are left out, and the numeric-suffix expressions at its end form a group as well.
     void AnalyseGroups(CScpiParserTableGroups& groups) const;
 
+    /// Adds the groups that one header group leads to, itself included, to those already found.
+    void AnalyseHeaderGroup(CScpiParserTableGroups& groups, long start) const;
+
+    /// Joins the tables of several applications; this object then stands for the joined table.
+    ///
+    /// A single plug-in is neither copied nor examined: its table is used in place, and the arrays stay
+    /// empty. Two or more are merged as CScpiParserTableMerger tells, which also lists what is reported.
+    /// Without a plug-in, or when nothing is left to join, the table is null.
+    /// @param errors       told about damaged tables and conflicts
+    /// @param plugins      in order: the later definition of a command replaces the earlier one
+    /// @param[out] table   the joined records; must outlive this object's use of them
+    /// @param[out] sinks   for each joined record the sink of its command: entry i belongs to header record
+    /// i,
+    ///                     and is null for all records but executable headers
+    /// @param[out] sizeInBytes  size of the table; 0 when it is null
+    /// @return 0
+    long MergePlugins(CScpiPropErrorStrategy& errors,
+                      std::list<PlugInData>& plugins,
+                      std::valarray<_CMD_SET_RECORD>& table,
+                      std::valarray<CAdapt<CComPtr<IZOScpiExecutionSink>>>& sinks,
+                      unsigned long& sizeInBytes);
+
     /// Lists all executable commands, children before their parent.
     ///
+    /// A table of known size is examined first (CheckScpiTable); a damaged one lists nothing.
     /// @param diagnostic  list the diagnostic commands instead of the others
     /// @param syntax      lines of syntax help, with parameters, instead of header help
     /// @param[out] out    one line a command; emptied first

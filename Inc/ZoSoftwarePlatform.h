@@ -26,6 +26,7 @@
 #include "CScpiFunctionExecutionDataPoolParser.h"
 #include "CScpiParserTable.h"
 #include "CScpiParserTableGroups.h"
+#include "CScpiParserTableMerger.h"
 #include "CScpiPropErrorStrategy.h"
 #include "CScpiSinkFramework.h"
 #include "CScpiToken.h"

@@ -1,6 +1,7 @@
 #include "CScpiParserTable.h"
 
 #include "ParserTableRules.h"
+#include "ScpiTableCheck.h"
 
 #include <algorithm>
 #include <string_view>
@@ -237,7 +238,9 @@ long CScpiParserTable::GetParGroupSize(long start) const
 long CScpiParserTable::GetAllCommands(bool diagnostic, bool syntax, std::list<std::string>& out) const
 {
     out.clear();
-    if (m_pTable != nullptr)
+    const bool isSound =
+        m_iCount == kUnknownCount || !CheckScpiTable(m_pTable, static_cast<std::size_t>(m_iCount));
+    if (m_pTable != nullptr && isSound)
     {
         CollectCommands(diagnostic, syntax, std::string(), out, m_pTable, m_pTable);
     }

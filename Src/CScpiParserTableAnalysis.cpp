@@ -3,8 +3,10 @@
 #include "ParserTableRules.h"
 #include "ScpiTableCheck.h"
 
+#include <algorithm>
 #include <array>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace ZoVelkor
@@ -33,6 +35,7 @@ public:
             m_pending.pop_back();
             AnalyseHeaderGroup(start);
         }
+        AnalyseParameterLists();
     }
 
 private:
@@ -74,12 +77,24 @@ private:
         }
         const long size = m_table.GetParGroupSize(start);
         m_groups.AddGroup(tagScpiTableKind::Parameter, start, size);
-        for (long i = start; i < start + size; ++i)
+        m_parameters.emplace_back(start, start + size);
+    }
+
+    /// Chains may share records; in ascending order each record is looked at once.
+    void AnalyseParameterLists()
+    {
+        std::sort(m_parameters.begin(), m_parameters.end());
+        long next = 0;
+        for (const auto& [start, end] : m_parameters)
         {
-            const _CS_PAR& parameter = m_pRecords[i].par;
-            AnalyseList(tagScpiTableKind::CharacterData, TableIndex(parameter.iKeywords));
-            AnalyseList(tagScpiTableKind::UnitSuffix, TableIndex(parameter.iSuffixList));
+            for (next = std::max(next, start); next < end; ++next)
+            {
+                const _CS_PAR& parameter = m_pRecords[next].par;
+                AnalyseList(tagScpiTableKind::CharacterData, TableIndex(parameter.iKeywords));
+                AnalyseList(tagScpiTableKind::UnitSuffix, TableIndex(parameter.iSuffixList));
+            }
         }
+        m_parameters.clear();
     }
 
     /// Units and mnemonics keep their group's length in the same place.
@@ -101,10 +116,20 @@ private:
     long m_iCount;
     CScpiParserTableGroups& m_groups;
     std::vector<long> m_pending;
+    std::vector<std::pair<long, long>> m_parameters; ///< start and end of chains not yet looked into
     std::array<std::unordered_set<long>, kScpiTableKinds> m_seen;
 };
 
 } // namespace
+
+void CScpiParserTable::AnalyseHeaderGroup(CScpiParserTableGroups& groups, long start) const
+{
+    if (m_pTable != nullptr && start >= 0)
+    {
+        CGroupAnalyser(*this, groups).AnalyseHeaders(start);
+        groups.Finish();
+    }
+}
 
 void CScpiParserTable::AnalyseGroups(CScpiParserTableGroups& groups) const
 {
