@@ -15,7 +15,7 @@ void CRatioReporter::ReportRuns(const std::vector<Run>& runs)
         if (run.aggregate_name.empty() || run.aggregate_name == "median")
         {
             m_nanoseconds[run.run_name.function_name] =
-                run.run_name.time_type == "real_time" ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime();
+                run.run_name.time_type.empty() ? run.GetAdjustedCPUTime() : run.GetAdjustedRealTime();
         }
     }
 }
