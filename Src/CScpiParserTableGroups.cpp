@@ -72,7 +72,8 @@ void CScpiParserTableGroups::TokeniseValue(std::string& text, std::uint32_t valu
 {
     if (text.empty() || value != 0)
     {
-        text += (text.empty() ? "" : "|") + std::to_string(value);
+        text += text.empty() ? "" : "|";
+        text += std::to_string(value);
     }
 }
 
