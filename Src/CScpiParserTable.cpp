@@ -27,6 +27,19 @@ public:
           m_out(out)
     {}
 
+    void WalkTable(std::size_t count)
+    {
+        const tagTableRoots roots = FindTableRoots(m_pTable, count);
+        if (roots.iCommon != tagTableRoots::kNone)
+        {
+            WalkGroup("*", m_pTable + roots.iCommon);
+        }
+        if (roots.iOrdinary != tagTableRoots::kNone)
+        {
+            WalkGroup(std::string(), m_pTable + roots.iOrdinary);
+        }
+    }
+
     void WalkGroup(const std::string& prefix, const _CMD_SET_RECORD* group)
     {
         const bool isCyclic = std::find(m_ancestors.begin(), m_ancestors.end(), group) != m_ancestors.end();
@@ -242,7 +255,7 @@ long CScpiParserTable::GetAllCommands(bool diagnostic, bool syntax, std::list<st
         m_iCount == kUnknownCount || !CheckScpiTable(m_pTable, static_cast<std::size_t>(m_iCount));
     if (m_pTable != nullptr && isSound)
     {
-        CollectCommands(diagnostic, syntax, std::string(), out, m_pTable, m_pTable);
+        CCommandWalk(diagnostic, syntax, m_pTable, out).WalkTable(static_cast<std::size_t>(m_iCount));
     }
     return 0;
 }
@@ -257,10 +270,12 @@ void CScpiParserTable::CollectCommands(bool diagnostic,
     CCommandWalk walk(diagnostic, syntax, table, out);
     if (group == table && prefix.empty() && IsCommonCommand(table->hdr))
     {
-        walk.WalkGroup("*", table);
-        group = table + RootGroupIndex(table);
+        walk.WalkTable(static_cast<std::size_t>(kUnknownCount));
     }
-    walk.WalkGroup(prefix, group);
+    else
+    {
+        walk.WalkGroup(prefix, group);
+    }
 }
 
 void CScpiParserTable::CollectHeaderHelp(std::string path,

@@ -287,17 +287,12 @@ void CScpiParserTableMerger::MergeHdr()
     }
 }
 
-/// Sees to it that readers of the joined table find the root group right behind the common commands.
+/// Sees to it that readers of the joined table find the root group right behind the common commands, where
+/// they look for it even if there is none.
 void CScpiParserTableMerger::SeparateRoot()
 {
     const bool isHidden = m_pRoot != nullptr && m_pRoot->definitions.front().Keyword() == "undef";
-    const bool hasExpressions =
-        std::any_of(m_plugins.begin(), m_plugins.end(), [](const DynamicPlugInData& plugin) {
-            return plugin.isSound && !plugin.expressions.empty();
-        });
-    const bool isFollowed = m_headerGroups.size() > 1 || !m_parameterGroups.empty() ||
-                            !m_unitGroups.empty() || !m_characterGroups.empty() || hasExpressions;
-    const bool isMissing = m_pRoot == nullptr && isFollowed;
+    const bool isMissing = m_pRoot == nullptr;
     if (isMissing)
     {
         m_pRoot = &m_headerGroups.emplace_back();
