@@ -31,7 +31,7 @@ constexpr RegisterWord ChannelBit(long channel)
 class CInstrumentStatus
 {
 public:
-    /// Finds the registers; without remote control that has any, the conditions are seen by nobody.
+    /// @throws CShellError when remote control has no such registers
     CInstrumentStatus();
 
     void SetPhase(tagSweepPhase phase) const;

@@ -5,7 +5,8 @@
 namespace ZoVelkor::Demo
 {
 
-/// Device handler of an application: *RST calls TInstrument::Reset, all other events do nothing.
+/// Device handler of an application: *RST calls TInstrument::Reset, a trigger is ignored, all other
+/// events do nothing.
 template <class TInstrument>
 class CResetHandler : public CBScpiDeviceHandler
 {
@@ -18,6 +19,8 @@ public:
         m_instrument.Reset();
         return S_OK;
     }
+
+    HRESULT Trigger() override { return S_FALSE; }
 
 protected:
     ~CResetHandler() override = default;

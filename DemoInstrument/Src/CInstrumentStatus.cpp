@@ -34,7 +34,7 @@ CComPtr<IZOScpiStatusRegister> FindRegister(IZOScpiStatusManagement& management,
 
 void SetBits(IZOScpiStatusRegister* pRegister, RegisterWord mask, RegisterWord bits)
 {
-    const HRESULT hr = pRegister != nullptr ? pRegister->ModifyCondition(mask, bits) : S_OK;
+    const HRESULT hr = pRegister->ModifyCondition(mask, bits);
     if (FAILED(hr))
     {
         RepairError(ZO_ERROR(nullptr, "hr == S_OK", "A status register does not change", hr));
@@ -46,12 +46,13 @@ void SetBits(IZOScpiStatusRegister* pRegister, RegisterWord mask, RegisterWord b
 CInstrumentStatus::CInstrumentStatus()
 {
     CComPtr<IZOScpiStatusManagement> spManagement;
-    if (SUCCEEDED(ZoGetRegisteredInterface(&IID_IZOScpiStatusManagement, &spManagement)))
+    if (const HRESULT hr = ZoGetRegisteredInterface(&IID_IZOScpiStatusManagement, &spManagement); FAILED(hr))
     {
-        m_spOperation = FindRegister(*spManagement, L"STATus:OPERation");
-        m_spPower = FindRegister(*spManagement, L"STATus:QUEStionable:POWer");
-        m_spFrequency = FindRegister(*spManagement, L"STATus:QUEStionable:FREQuency");
+        ThrowError(ZO_ERROR(nullptr, "hr == S_OK", "Remote control has no status registers", hr));
     }
+    m_spOperation = FindRegister(*spManagement, L"STATus:OPERation");
+    m_spPower = FindRegister(*spManagement, L"STATus:QUEStionable:POWer");
+    m_spFrequency = FindRegister(*spManagement, L"STATus:QUEStionable:FREQuency");
 }
 
 void CInstrumentStatus::SetPhase(tagSweepPhase phase) const

@@ -18,6 +18,8 @@ struct IZOScpiDeviceHandler : IUnknown
     virtual HRESULT GotoRemote() = 0;
     virtual HRESULT LocalLockout(short on) = 0;
     virtual HRESULT DeviceClear() = 0;
+    /// *TRG and the group execute trigger (IEEE 488.2 section 10.37).
+    /// @return S_OK when something was triggered, S_FALSE when the trigger was ignored
     virtual HRESULT Trigger() = 0;
     /// *RST (IEEE 488.2 section 10.32).
     virtual HRESULT Reset() = 0;

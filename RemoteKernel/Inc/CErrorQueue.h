@@ -25,6 +25,19 @@ struct tagErrorEntry // NOLINT(cppcoreguidelines-pro-type-member-init): only iLe
     std::string_view Text() const noexcept { return {szText, iLength}; }
 };
 
+/// Hears of what happens in an error queue. Called under the queue's lock: it must not call the queue.
+/// Threads: whichever uses the queue.
+class IErrorQueueObserver
+{
+public:
+    virtual void ErrorQueued(short code) noexcept = 0;
+    /// Called when the queue gets its first error and when it loses its last.
+    virtual void ErrorsWaiting(bool waiting) noexcept = 0;
+
+protected:
+    ~IErrorQueueObserver() = default;
+};
+
 /// Errors of one remote path, oldest first (SCPI-99 vol. 2, 21.8).
 ///
 /// When the queue is full, its last entry becomes -350 "Queue overflow" and later errors are lost until room
@@ -33,7 +46,8 @@ class CErrorQueue
 {
 public:
     /// @param depth  entries, at least 2
-    explicit CErrorQueue(std::size_t depth);
+    /// @param spObserver  may be null
+    explicit CErrorQueue(std::size_t depth, std::shared_ptr<IErrorQueueObserver> spObserver = {});
 
     /// Adds an error.
     ///
@@ -57,7 +71,10 @@ public:
     bool CommandFailed() const noexcept { return m_bCommandFailed; }
 
 private:
+    void Notify(short code, std::size_t countBefore) const noexcept;
+
     const std::size_t m_depth;
+    const std::shared_ptr<IErrorQueueObserver> m_spObserver;
     std::atomic<std::thread::id> m_commandThread{};
     bool m_bCommandRaisedError = false; // only the thread in m_commandThread
     bool m_bCommandFailed = false;      // only the thread in m_commandThread

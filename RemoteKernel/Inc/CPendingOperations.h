@@ -12,11 +12,12 @@
 namespace ZoVelkor::RemoteKernel
 {
 
-/// Hears when a *OPC is fulfilled: the place where the operation-complete bit will be set.
+/// Hears when a *OPC is fulfilled: the place where the operation-complete bit is set.
 class IOperationCompleteObserver
 {
 public:
-    /// Called without locks, in the thread that ended the last operation or sent *OPC.
+    /// Called in the thread that ended the last operation or sent *OPC, before *OPC? or *WAI go on, under the
+    /// lock of the pending operations: it must not call them.
     virtual void OperationComplete(long remotePath) noexcept = 0;
 
 protected:
@@ -68,6 +69,7 @@ private:
     };
 
     bool IsIdle(long remotePath, int& idleDescriptor);
+    void ReportComplete(long remotePath) const noexcept;
 
     IOperationCompleteObserver* m_pObserver = nullptr;
     std::mutex m_mutex;

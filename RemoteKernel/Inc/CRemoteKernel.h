@@ -4,10 +4,13 @@
 #include "CComObject.h"
 #include "CErrorManagement.h"
 #include "CPendingOperations.h"
+#include "CStatusManagement.h"
 
+#include <array>
 #include <cstddef>
 #include <mutex>
 #include <set>
+#include <utility>
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -23,26 +26,29 @@ class CSession;
 class CRemoteKernel
 {
 public:
+    /// @throws std::system_error when the system is short of descriptors
     explicit CRemoteKernel(tagInstrumentIdentity identity);
     CRemoteKernel(const CRemoteKernel&) = delete;
     CRemoteKernel& operator=(const CRemoteKernel&) = delete;
     /// Stops, if that was not done.
     ~CRemoteKernel();
 
-    /// Registers IZOScpiObjectRegistration, IZOScpiErrorManagement and IZOScpiPendingOperations at the root.
+    /// Registers IZOScpiObjectRegistration, IZOScpiErrorManagement, IZOScpiPendingOperations and
+    /// IZOScpiStatusManagement at the root.
     ///
     /// @return S_OK; the failing result of the root, with nothing registered
     HRESULT Start();
 
-    /// Takes the registrations at the root back, cancels all sessions and unregisters all applications. When
-    /// it returns no handler is running or will run; an application that unregisters itself at the same time
-    /// waits for its own. Calling it again does nothing.
+    /// Takes the registrations at the root back, cancels all sessions, ends all waits for status bits and
+    /// unregisters all applications. When it returns no handler is running or will run; an application that
+    /// unregisters itself at the same time waits for its own. Calling it again does nothing.
     void Stop();
 
     /// Services by interface; borrowed, as long as the kernel lives.
     IZOScpiObjectRegistration& ObjectRegistration() noexcept { return *m_spRegistry; }
     IZOScpiErrorManagement& ErrorManagement() noexcept { return *m_spErrors; }
     IZOScpiPendingOperations& PendingOperations() noexcept { return *m_spOperations; }
+    IZOScpiStatusManagement& StatusManagement() noexcept { return *m_spStatus; }
 
     /// Sessions that are open, whatever their transport.
     std::size_t SessionCount() const;
@@ -52,16 +58,19 @@ private:
 
     using CRegistryObject = CComObject<CApplicationRegistry, IZOScpiObjectRegistration>;
     using CErrorObject = CComObject<CErrorManagement, IZOScpiErrorManagement>;
+    using CStatusObject = CComObject<CStatusManagement, IZOScpiStatusManagement>;
     using COperationsObject = CComObject<CPendingOperations, IZOScpiPendingOperations>;
 
     /// @return number for a new remote path, not used again for a long time
     long AddPath();
     void AddSession(CSession& session);
     void RemoveSession(CSession& session) noexcept;
+    std::array<std::pair<const IID*, IUnknown*>, 4> Services() const noexcept;
     void UnregisterAtRoot() noexcept;
 
     const CComPtr<CRegistryObject> m_spRegistry;
     const CComPtr<CErrorObject> m_spErrors;
+    const CComPtr<CStatusObject> m_spStatus;
     const CComPtr<COperationsObject> m_spOperations;
 
     std::mutex m_startMutex;

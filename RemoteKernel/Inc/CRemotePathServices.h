@@ -13,13 +13,13 @@ class CRemotePathServices : public IZOScpiManager
 public:
     CRemotePathServices(long remotePath,
                         CComPtr<IZOScpiErrorManagement> spErrorManagement,
+                        CComPtr<IZOScpiStatusManagement> spStatusManagement,
                         CComPtr<IZOScpiSubsystemFormat> spSubsystemFormat,
                         CComPtr<IZOScpiPendingOperations> spPendingOperations) noexcept;
     virtual ~CRemotePathServices() = default;
 
     HRESULT GetRemotePath(long* remotePath) override;
     HRESULT GetErrorManagement(IZOScpiErrorManagement** service) override;
-    /// @return S_FALSE: the kernel has no status registers yet
     HRESULT GetStatusManagement(IZOScpiStatusManagement** service) override;
     HRESULT GetSubsystemFormat(IZOScpiSubsystemFormat** service) override;
     HRESULT GetPendingOperations(IZOScpiPendingOperations** service) override;
@@ -27,6 +27,7 @@ public:
 private:
     const long m_iRemotePath;
     const CComPtr<IZOScpiErrorManagement> m_spErrorManagement;
+    const CComPtr<IZOScpiStatusManagement> m_spStatusManagement;
     const CComPtr<IZOScpiSubsystemFormat> m_spSubsystemFormat;
     const CComPtr<IZOScpiPendingOperations> m_spPendingOperations;
 };

@@ -8,6 +8,7 @@
 #include "CProgramMessageParser.h"
 #include "CRemoteKernel.h"
 #include "CRemotePathServices.h"
+#include "CSessionStatus.h"
 #include "Event.h"
 #include "ICommandExecutor.h"
 #include "SessionLimits.h"
@@ -39,7 +40,7 @@ class CBuiltInCommands;
 /// session.CommitInput(received);
 /// while (session.ExecuteNext()) { Send(session.Response()); session.ClearResponse(); }
 /// @endcode
-/// Threads: one at a time, except Cancel and RemotePath.
+/// Threads: one at a time, except Cancel, SerialPoll and RemotePath.
 class CSession final : private ICommandExecutor
 {
 public:
@@ -71,7 +72,14 @@ public:
 
     /// Response bytes that were not cleared; empty when the messages answered nothing.
     std::string_view Response() const noexcept { return m_spOutput->View(); }
-    void ClearResponse() noexcept { m_spOutput->Clear(); }
+    void ClearResponse() noexcept
+    {
+        if (!m_spOutput->IsEmpty())
+        {
+            m_spOutput->Clear();
+            m_spStatus->StatusByte().SetMessageAvailable(false);
+        }
+    }
 
     /// Tells whether the session, with no message at hand, keeps memory of a large one for the next one.
     bool HoldsMemory() const noexcept
@@ -86,6 +94,18 @@ public:
     /// wait. A handler that is running is not interrupted, its next write gives E_ABORT. Threads: any.
     void Cancel() noexcept;
     bool IsCancelled() const noexcept { return m_bCancelled.load(std::memory_order_relaxed); }
+
+    /// Serial poll: the status byte with RQS, which ends the request for service (IEEE 488.2
+    /// section 11.2.2.1). Threads: any.
+    unsigned char SerialPoll() noexcept
+    {
+        return static_cast<unsigned char>(m_spStatus->StatusByte().SerialPoll());
+    }
+    /// @param pObserver  borrowed; set before the first message; may be null
+    void SetServiceRequestObserver(IServiceRequestObserver* pObserver) noexcept
+    {
+        m_spStatus->StatusByte().SetObserver(pObserver);
+    }
 
     /// The number by which services know this session.
     long RemotePath() const noexcept { return m_iRemotePath; }
@@ -102,14 +122,16 @@ private:
     bool HandleFrame(const tagFrame& frame);
     void ExecuteMessage(std::span<char> message);
     bool CloseCommand(HRESULT result);
+    void AddPath();
     void RefreshApplications();
     void RemovePath() noexcept;
 
     CRemoteKernel& m_kernel;
     const CComPtr<CSessionOutput> m_spOutput;
     const CComPtr<CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>> m_spFormat;
-    const std::shared_ptr<CErrorQueue> m_spErrors;
     const CUniqueEvent m_cancelEvent;
+    const std::shared_ptr<CSessionStatus> m_spStatus;
+    const std::shared_ptr<CErrorQueue> m_spErrors;
     const long m_iRemotePath;
     const CComPtr<CComObject<CRemotePathServices, IZOScpiManager>> m_spServices;
     IUnknown* const m_pContext; // m_spServices

@@ -6,6 +6,7 @@
 #include "GuardedEntry.h"
 #include "NumberText.h"
 #include "ResponseText.h"
+#include "ScpiErrorCodes.h"
 
 #include <list>
 #include <string>
@@ -30,6 +31,7 @@ HRESULT CBuiltInCommands::Execute(const tagParsedCommand& command)
         &CBuiltInCommands::QueryOperationComplete,
         &CBuiltInCommands::QueryOptions,
         &CBuiltInCommands::Reset,
+        &CBuiltInCommands::Trigger,
         &CBuiltInCommands::Test,
         &CBuiltInCommands::WaitToContinue,
         &CBuiltInCommands::QueryNextError, // BUILTIN_ERROR_NEXT_QUERY
@@ -39,19 +41,28 @@ HRESULT CBuiltInCommands::Execute(const tagParsedCommand& command)
         &CBuiltInCommands::QuerySyntax,
         &CBuiltInCommands::QueryVersion,
     };
-    static_assert(std::size(kHandlers) == BUILTIN_COUNT);
-    return GuardedEntry([&] { return (this->*kHandlers[command.iCommand])(command); });
+    static_assert(std::size(kHandlers) == BUILTIN_STATUS_FIRST);
+    return GuardedEntry([&] {
+        return command.iCommand < BUILTIN_STATUS_FIRST ? (this->*kHandlers[command.iCommand])(command)
+                                                       : m_status.Execute(command);
+    });
 }
 
-HRESULT CBuiltInCommands::Answer(std::string_view text)
+HRESULT tagBuiltInContext::Answer(std::string_view text) const
 {
-    return m_context.output.Write(text.size(), text.data(), nullptr);
+    return output.Write(text.size(), text.data(), nullptr);
 }
 
-HRESULT CBuiltInCommands::AnswerInteger(std::size_t value)
+HRESULT tagBuiltInContext::AnswerInteger(std::size_t value) const
 {
     char text[kMaxNumberText];
     return Answer({text, static_cast<std::size_t>(WriteInteger(text, std::uint64_t{value}) - text)});
+}
+
+HRESULT tagBuiltInContext::Fail(short code, std::string_view detail) const
+{
+    errors.Push(code, detail);
+    return E_FAIL;
 }
 
 bool CBuiltInCommands::WaitUntilIdle()
@@ -62,14 +73,15 @@ bool CBuiltInCommands::WaitUntilIdle()
 
 HRESULT CBuiltInCommands::ClearStatus(const tagParsedCommand&)
 {
-    m_context.errors.Clear();
     m_context.operations.CancelOperationComplete(m_context.iRemotePath);
-    return S_OK;
+    m_context.errors.Clear();
+    m_context.instrument.ClearEvents();
+    return m_context.status.StandardEvent().ClearEvents();
 }
 
 HRESULT CBuiltInCommands::Identify(const tagParsedCommand&)
 {
-    return Answer(m_context.applications->sIdentity);
+    return m_context.Answer(m_context.applications->sIdentity);
 }
 
 HRESULT CBuiltInCommands::NoteOperationComplete(const tagParsedCommand&)
@@ -80,7 +92,7 @@ HRESULT CBuiltInCommands::NoteOperationComplete(const tagParsedCommand&)
 
 HRESULT CBuiltInCommands::QueryOperationComplete(const tagParsedCommand&)
 {
-    return WaitUntilIdle() ? Answer("1") : E_ABORT;
+    return WaitUntilIdle() ? m_context.Answer("1") : E_ABORT;
 }
 
 HRESULT CBuiltInCommands::WaitToContinue(const tagParsedCommand&)
@@ -102,7 +114,7 @@ HRESULT CBuiltInCommands::QueryOptions(const tagParsedCommand&)
             options += NarrowResponseText(text);
         }
     }
-    return Answer(options.empty() ? "0" : options);
+    return m_context.Answer(options.empty() ? "0" : options);
 }
 
 HRESULT CBuiltInCommands::Reset(const tagParsedCommand&)
@@ -119,6 +131,18 @@ HRESULT CBuiltInCommands::Reset(const tagParsedCommand&)
     return result;
 }
 
+HRESULT CBuiltInCommands::Trigger(const tagParsedCommand&)
+{
+    bool bTaken = false;
+    for (const auto& spApplication : m_context.applications->applications)
+    {
+        const HRESULT result =
+            spApplication->CallDeviceHandler([](IZOScpiDeviceHandler& handler) { return handler.Trigger(); });
+        bTaken |= result == S_OK;
+    }
+    return bTaken ? S_OK : m_context.Fail(kScpiTriggerIgnored);
+}
+
 HRESULT CBuiltInCommands::Test(const tagParsedCommand&)
 {
     std::size_t failures = 0;
@@ -132,7 +156,7 @@ HRESULT CBuiltInCommands::Test(const tagParsedCommand&)
             ++failures;
         }
     }
-    return AnswerInteger(failures);
+    return m_context.AnswerInteger(failures);
 }
 
 HRESULT CBuiltInCommands::QueryNextError(const tagParsedCommand&)
@@ -141,7 +165,7 @@ HRESULT CBuiltInCommands::QueryNextError(const tagParsedCommand&)
     m_context.errors.Pop(entry);
     std::string response;
     AppendErrorResponse(response, entry);
-    return Answer(response);
+    return m_context.Answer(response);
 }
 
 HRESULT CBuiltInCommands::QueryAllErrors(const tagParsedCommand&)
@@ -156,15 +180,15 @@ HRESULT CBuiltInCommands::QueryAllErrors(const tagParsedCommand&)
     if (response.empty())
     {
         AppendErrorResponse(response, entry);
-        return Answer(response);
+        return m_context.Answer(response);
     }
     response.pop_back();
-    return Answer(response);
+    return m_context.Answer(response);
 }
 
 HRESULT CBuiltInCommands::QueryErrorCount(const tagParsedCommand&)
 {
-    return AnswerInteger(m_context.errors.Count());
+    return m_context.AnswerInteger(m_context.errors.Count());
 }
 
 HRESULT CBuiltInCommands::QueryHeaders(const tagParsedCommand&)
@@ -187,7 +211,7 @@ HRESULT CBuiltInCommands::QueryHeaders(const tagParsedCommand&)
         text += '\n';
     }
     const HRESULT result = m_context.format.WriteBlockHeader(text.size());
-    return FAILED(result) ? result : Answer(text);
+    return FAILED(result) ? result : m_context.Answer(text);
 }
 
 HRESULT CBuiltInCommands::QuerySyntax(const tagParsedCommand& command)
@@ -205,7 +229,7 @@ HRESULT CBuiltInCommands::QuerySyntax(const tagParsedCommand& command)
 
 HRESULT CBuiltInCommands::QueryVersion(const tagParsedCommand&)
 {
-    return Answer(kScpiVersion);
+    return m_context.Answer(kScpiVersion);
 }
 
 } // namespace ZoVelkor::RemoteKernel

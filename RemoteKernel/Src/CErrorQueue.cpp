@@ -5,6 +5,7 @@
 #include "ScpiErrorCodes.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -38,8 +39,9 @@ void FillEntry(tagErrorEntry& entry, short code, std::string_view detail) noexce
 
 } // namespace
 
-CErrorQueue::CErrorQueue(std::size_t depth)
+CErrorQueue::CErrorQueue(std::size_t depth, std::shared_ptr<IErrorQueueObserver> spObserver)
     : m_depth(std::max<std::size_t>(depth, 2)),
+      m_spObserver(std::move(spObserver)),
       m_entries(std::make_unique_for_overwrite<tagErrorEntry[]>(m_depth))
 {}
 
@@ -57,11 +59,27 @@ void CErrorQueue::Push(short code, std::string_view detail) noexcept
         if (last.iCode != kScpiQueueOverflow)
         {
             FillEntry(last, kScpiQueueOverflow, {});
+            Notify(kScpiQueueOverflow, m_count);
         }
-        return;
     }
-    FillEntry(m_entries[(m_first + m_count) % m_depth], code, detail);
-    ++m_count;
+    else
+    {
+        FillEntry(m_entries[(m_first + m_count) % m_depth], code, detail);
+        ++m_count;
+    }
+    Notify(code, m_count - 1);
+}
+
+void CErrorQueue::Notify(short code, std::size_t countBefore) const noexcept
+{
+    if (m_spObserver != nullptr)
+    {
+        m_spObserver->ErrorQueued(code);
+        if (countBefore == 0)
+        {
+            m_spObserver->ErrorsWaiting(true);
+        }
+    }
 }
 
 bool CErrorQueue::Pop(tagErrorEntry& entry) noexcept
@@ -74,7 +92,10 @@ bool CErrorQueue::Pop(tagErrorEntry& entry) noexcept
     }
     entry = m_entries[m_first];
     m_first = (m_first + 1) % m_depth;
-    --m_count;
+    if (--m_count == 0 && m_spObserver != nullptr)
+    {
+        m_spObserver->ErrorsWaiting(false);
+    }
     return true;
 }
 
@@ -82,6 +103,10 @@ void CErrorQueue::Clear() noexcept
 {
     const std::lock_guard lock(m_mutex);
     m_count = 0;
+    if (m_spObserver != nullptr)
+    {
+        m_spObserver->ErrorsWaiting(false);
+    }
 }
 
 std::size_t CErrorQueue::Count() const noexcept

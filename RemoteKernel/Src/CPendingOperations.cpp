@@ -59,29 +59,32 @@ HRESULT CPendingOperations::BeginOperation(long remotePath, unsigned long* opera
 
 HRESULT CPendingOperations::EndOperation(unsigned long operation)
 {
-    bool bComplete = false;
-    long remotePath = 0;
+    const std::lock_guard lock(m_mutex);
+    const auto owner = m_owners.find(operation);
+    if (owner == m_owners.end())
     {
-        const std::lock_guard lock(m_mutex);
-        const auto owner = m_owners.find(operation);
-        if (owner == m_owners.end())
-        {
-            return S_FALSE;
-        }
-        remotePath = owner->second;
-        m_owners.erase(owner);
-        tagPath& path = m_paths.at(remotePath);
-        if (--path.iPending == 0)
-        {
-            SetEvent(path.idle.Get());
-            bComplete = std::exchange(path.bCompleteRequested, false);
-        }
+        return S_FALSE;
     }
-    if (bComplete && m_pObserver != nullptr)
+    const long remotePath = owner->second;
+    m_owners.erase(owner);
+    tagPath& path = m_paths.at(remotePath);
+    if (--path.iPending == 0)
+    {
+        if (std::exchange(path.bCompleteRequested, false))
+        {
+            ReportComplete(remotePath);
+        }
+        SetEvent(path.idle.Get());
+    }
+    return S_OK;
+}
+
+void CPendingOperations::ReportComplete(long remotePath) const noexcept
+{
+    if (m_pObserver != nullptr)
     {
         m_pObserver->OperationComplete(remotePath);
     }
-    return S_OK;
 }
 
 HRESULT CPendingOperations::GetPendingCount(long remotePath, unsigned long* count)
@@ -117,16 +120,12 @@ void CPendingOperations::RemovePath(long remotePath) noexcept
 
 void CPendingOperations::RequestOperationComplete(long remotePath)
 {
-    bool bComplete = false;
+    const std::lock_guard lock(m_mutex);
+    tagPath& path = m_paths.at(remotePath);
+    path.bCompleteRequested = path.iPending != 0;
+    if (!path.bCompleteRequested)
     {
-        const std::lock_guard lock(m_mutex);
-        tagPath& path = m_paths.at(remotePath);
-        bComplete = path.iPending == 0;
-        path.bCompleteRequested = !bComplete;
-    }
-    if (bComplete && m_pObserver != nullptr)
-    {
-        m_pObserver->OperationComplete(remotePath);
+        ReportComplete(remotePath);
     }
 }
 

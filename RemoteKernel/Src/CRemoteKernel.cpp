@@ -12,8 +12,11 @@ namespace ZoVelkor::RemoteKernel
 CRemoteKernel::CRemoteKernel(tagInstrumentIdentity identity)
     : m_spRegistry(CRegistryObject::Create(std::move(identity))),
       m_spErrors(CErrorObject::Create()),
+      m_spStatus(CStatusObject::Create()),
       m_spOperations(COperationsObject::Create())
-{}
+{
+    m_spOperations->SetObserver(m_spStatus);
+}
 
 CRemoteKernel::~CRemoteKernel()
 {
@@ -30,12 +33,7 @@ HRESULT CRemoteKernel::Start()
         return result;
     }
     m_bAtRoot = true;
-    const std::pair<const IID*, IUnknown*> services[] = {
-        {&IID_IZOScpiObjectRegistration, static_cast<IZOScpiObjectRegistration*>(m_spRegistry) },
-        {&IID_IZOScpiErrorManagement,    static_cast<IZOScpiErrorManagement*>(m_spErrors)      },
-        {&IID_IZOScpiPendingOperations,  static_cast<IZOScpiPendingOperations*>(m_spOperations)},
-    };
-    for (const auto& [iid, pService] : services)
+    for (const auto& [iid, pService] : Services())
     {
         result = spRoot->RegisterInterface(*iid, pService);
         if (FAILED(result))
@@ -47,15 +45,26 @@ HRESULT CRemoteKernel::Start()
     return S_OK;
 }
 
+std::array<std::pair<const IID*, IUnknown*>, 4> CRemoteKernel::Services() const noexcept
+{
+    return {
+        {
+         {&IID_IZOScpiObjectRegistration, static_cast<IZOScpiObjectRegistration*>(m_spRegistry)},
+         {&IID_IZOScpiErrorManagement, static_cast<IZOScpiErrorManagement*>(m_spErrors)},
+         {&IID_IZOScpiPendingOperations, static_cast<IZOScpiPendingOperations*>(m_spOperations)},
+         {&IID_IZOScpiStatusManagement, static_cast<IZOScpiStatusManagement*>(m_spStatus)},
+         }
+    };
+}
+
 void CRemoteKernel::UnregisterAtRoot() noexcept
 {
     CComPtr<IZORoot> spRoot;
     if (std::exchange(m_bAtRoot, false) && SUCCEEDED(GetRoot(&spRoot)))
     {
-        for (const IID* iid :
-             {&IID_IZOScpiObjectRegistration, &IID_IZOScpiErrorManagement, &IID_IZOScpiPendingOperations})
+        for (const auto& service : Services())
         {
-            spRoot->UnregisterInterface(*iid);
+            spRoot->UnregisterInterface(*service.first);
         }
     }
 }
@@ -74,6 +83,7 @@ void CRemoteKernel::Stop()
             pSession->Cancel();
         }
     }
+    m_spStatus->Stop();
     m_spRegistry->Close();
 }
 

@@ -7,10 +7,12 @@ namespace ZoVelkor::RemoteKernel
 
 CRemotePathServices::CRemotePathServices(long remotePath,
                                          CComPtr<IZOScpiErrorManagement> spErrorManagement,
+                                         CComPtr<IZOScpiStatusManagement> spStatusManagement,
                                          CComPtr<IZOScpiSubsystemFormat> spSubsystemFormat,
                                          CComPtr<IZOScpiPendingOperations> spPendingOperations) noexcept
     : m_iRemotePath(remotePath),
       m_spErrorManagement(std::move(spErrorManagement)),
+      m_spStatusManagement(std::move(spStatusManagement)),
       m_spSubsystemFormat(std::move(spSubsystemFormat)),
       m_spPendingOperations(std::move(spPendingOperations))
 {}
@@ -32,12 +34,7 @@ HRESULT CRemotePathServices::GetErrorManagement(IZOScpiErrorManagement** service
 
 HRESULT CRemotePathServices::GetStatusManagement(IZOScpiStatusManagement** service)
 {
-    if (service == nullptr)
-    {
-        return E_POINTER;
-    }
-    *service = nullptr;
-    return S_FALSE;
+    return m_spStatusManagement.CopyTo(service);
 }
 
 HRESULT CRemotePathServices::GetSubsystemFormat(IZOScpiSubsystemFormat** service)

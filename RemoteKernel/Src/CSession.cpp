@@ -37,30 +37,39 @@ CSession::CSession(CRemoteKernel& kernel, const tagSessionLimits& limits, int co
     : m_kernel(kernel),
       m_spOutput(CSessionOutput::Create(limits.iMaxResponse)),
       m_spFormat(CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>::Create(m_spOutput)),
-      m_spErrors(std::make_shared<CErrorQueue>(limits.iErrorQueueDepth)),
       m_cancelEvent(MakeCancelEvent()),
+      m_spStatus(std::make_shared<CSessionStatus>(m_cancelEvent.Get())),
+      m_spErrors(std::make_shared<CErrorQueue>(limits.iErrorQueueDepth, m_spStatus)),
       m_iRemotePath(kernel.AddPath()),
       m_spServices(CComObject<CRemotePathServices, IZOScpiManager>::Create(
-          m_iRemotePath, kernel.m_spErrors, m_spFormat, kernel.m_spOperations)),
+          m_iRemotePath, kernel.m_spErrors, kernel.m_spStatus, m_spFormat, kernel.m_spOperations)),
       m_pContext(static_cast<IZOScpiManager*>(m_spServices)),
       m_spBuiltIns(std::make_unique<CBuiltInCommands>(tagBuiltInContext{*m_spOutput,
                                                                         *m_spFormat,
                                                                         *m_spErrors,
                                                                         *kernel.m_spOperations,
+                                                                        *m_spStatus,
+                                                                        *kernel.m_spStatus,
                                                                         m_spApplications,
                                                                         m_iRemotePath,
                                                                         m_cancelEvent.Get(),
                                                                         connection})),
       m_framer(limits.message)
 {
-    if (!kernel.m_spOperations->AddPath(m_iRemotePath))
+    AddPath();
+}
+
+void CSession::AddPath()
+{
+    if (!m_kernel.m_spOperations->AddPath(m_iRemotePath))
     {
         throw std::system_error(EMFILE, std::generic_category(), "No event for a session");
     }
     try
     {
-        kernel.m_spErrors->AddPath(m_iRemotePath, m_spErrors);
-        kernel.AddSession(*this);
+        m_kernel.m_spErrors->AddPath(m_iRemotePath, m_spErrors);
+        m_kernel.m_spStatus->AddPath(m_iRemotePath, m_spStatus);
+        m_kernel.AddSession(*this);
     }
     catch (...)
     {
@@ -80,6 +89,7 @@ void CSession::RemovePath() noexcept
 {
     m_kernel.m_spErrors->RemovePath(m_iRemotePath);
     m_kernel.m_spOperations->RemovePath(m_iRemotePath);
+    m_kernel.m_spStatus->RemovePath(m_iRemotePath);
 }
 
 void CSession::Cancel() noexcept
@@ -180,6 +190,10 @@ void CSession::ExecuteMessage(std::span<char> message)
     RefreshApplications();
     m_parser.Parse(*m_spApplications->spIndex, message, *this);
     m_spOutput->EndMessage();
+    if (!m_spOutput->IsEmpty())
+    {
+        m_spStatus->StatusByte().SetMessageAvailable(true);
+    }
 }
 
 bool CSession::ExecuteCommand(const tagParsedCommand& command)

@@ -1,6 +1,4 @@
 #include "DemoFixture.h"
-#include "IZOScpiStatusManagement.h"
-#include "Root.h"
 
 namespace ZoVelkor::Demo
 {
@@ -10,15 +8,6 @@ namespace
 class StatusConversation : public DemoFixture
 {
 protected:
-    void SetUp() override
-    {
-        CComPtr<IZOScpiStatusManagement> spManagement;
-        if (FAILED(ZoGetRegisteredInterface(&IID_IZOScpiStatusManagement, &spManagement)))
-        {
-            GTEST_SKIP() << "remote control has no status registers";
-        }
-    }
-
     /// Asks again and again, which needs the instrument's answer each time, until the bits are as expected.
     void WaitForBits(const std::string& query, int mask, int bits)
     {

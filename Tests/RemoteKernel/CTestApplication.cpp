@@ -75,7 +75,7 @@ std::vector<_CMD_SET_RECORD> CTestSink::Table()
                  {kNumber, 0, units, {}}
     })
         .Add("INTeger", DEF, CmdStore, HDR_SET, {{ARG_SINT}})
-        .Add("STATe", DEF, CmdStore, HDR_SET, {{kBoolean}})
+        .Add("SWITch", DEF, CmdStore, HDR_SET, {{kBoolean}})
         .Add("MODE", DEF, CmdStore, HDR_SET, {{MNEM, 0, {}, modes}})
         .Add("TEXT", DEF, CmdStore, HDR_SET, {{ARG_STRG}, {ARG_STRG, ARG_FLAG_OPT}})
         .Add("ROUTe", DEF, CmdStore, HDR_SET, {{ARG_EXPR}})

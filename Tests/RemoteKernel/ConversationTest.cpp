@@ -60,7 +60,7 @@ constexpr tagConversation kConversations[] = {
     {"SpecialWords", R"(
 -> CHAN:FREQ MINimum;:LAST?
 <- "1 7:1:MINimum;"
--> STAT ON;:LAST?
+-> SWIT ON;:LAST?
 <- "7:6:ON;"
 -> CHAN:FREQ INF;:LAST?
 <- "1 2:8:9.9E37;"

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "CErrorQueue.h"
+#include "CStatusByteRegister.h"
+#include "Handle.h"
+
+namespace ZoVelkor::RemoteKernel
+{
+
+/// The status registers of one session: status byte and standard event register, as the session's own error
+/// queue, output queue and pending operations move them. Threads: any operation from any thread.
+class CSessionStatus final : public IErrorQueueObserver
+{
+public:
+    /// The power-on event is set: the session has not seen it yet.
+    ///
+    /// @param deviceClearEvent  ends waits for bits of these registers while it is set
+    explicit CSessionStatus(HANDLE deviceClearEvent);
+
+    CStatusByteObject& StatusByte() noexcept { return *m_spStatusByte; }
+    CStatusRegisterObject& StandardEvent() noexcept { return *m_spStandardEvent; }
+
+    /// Latches an event of the standard event register.
+    void SetEvent(wchar_t bit) noexcept;
+
+    void ErrorQueued(short code) noexcept override;
+    void ErrorsWaiting(bool waiting) noexcept override;
+
+private:
+    const CComPtr<CStatusByteObject> m_spStatusByte;
+    const CComPtr<CStatusRegisterObject> m_spStandardEvent;
+};
+
+} // namespace ZoVelkor::RemoteKernel

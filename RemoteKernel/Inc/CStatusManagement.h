@@ -1,0 +1,73 @@
+#pragma once
+
+#include "CPendingOperations.h"
+#include "CSessionStatus.h"
+#include "CSummaryDistributor.h"
+#include "IZOScpiStatusManagement.h"
+
+#include <array>
+#include <atomic>
+#include <map>
+#include <memory>
+#include <mutex>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+/// Registers that the instrument has once, whatever the sessions, in the order of their commands.
+enum tagInstrumentRegister : std::size_t
+{
+    kOperationRegister,
+    kQuestionableRegister,
+    kQuestionablePowerRegister,
+    kQuestionableFrequencyRegister,
+    kInstrumentRegisterCount
+};
+
+/// The status registers of the instrument and of all its sessions.
+///
+/// The state of the instrument (STATus:OPERation, STATus:QUEStionable and what lies below) exists once. What
+/// concerns one session's exchange of messages (status byte, standard event register) belongs to the session,
+/// like its error queue. Threads: any operation from any thread.
+class CStatusManagement : public IZOScpiStatusManagement, public IOperationCompleteObserver
+{
+public:
+    /// @throws std::system_error when the system is short of descriptors
+    CStatusManagement();
+    virtual ~CStatusManagement() = default;
+
+    HRESULT
+    GetRegister(long remotePath, wchar_t const* name, IZOScpiStatusRegister** statusRegister) override;
+    void OperationComplete(long remotePath) noexcept override;
+
+    void AddPath(long remotePath, std::shared_ptr<CSessionStatus> spStatus);
+    void RemovePath(long remotePath) noexcept;
+
+    CStatusRegisterObject& InstrumentRegister(tagInstrumentRegister index) noexcept
+    {
+        return *m_registers[index];
+    }
+    /// *CLS: clears the events of the instrument's registers.
+    void ClearEvents() noexcept;
+    /// STATus:PRESet (SCPI-99 vol. 2, 20.7): enable masks and filters of the instrument's registers.
+    void Preset() noexcept;
+
+    /// *PSC: whether the enable masks are cleared at power-on (IEEE 488.2 section 10.25).
+    void SetPowerOnClear(bool clear) noexcept { m_bPowerOnClear.store(clear); }
+    bool IsPowerOnClear() const noexcept { return m_bPowerOnClear.load(); }
+
+    /// Ends all waits for bits of the instrument's registers; there will be no more.
+    void Stop() noexcept { SetEvent(m_stopEvent.Get()); }
+
+private:
+    std::shared_ptr<CSessionStatus> Find(long remotePath);
+
+    const CUniqueEvent m_stopEvent;
+    const CComPtr<CSummaryDistributorObject> m_spDistributor;
+    std::array<CComPtr<CStatusRegisterObject>, kInstrumentRegisterCount> m_registers;
+    std::atomic<bool> m_bPowerOnClear{true};
+    std::mutex m_mutex;
+    std::map<long, std::shared_ptr<CSessionStatus>> m_paths; // guarded by m_mutex
+};
+
+} // namespace ZoVelkor::RemoteKernel

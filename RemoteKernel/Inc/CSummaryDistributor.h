@@ -1,0 +1,36 @@
+#pragma once
+
+#include "CStatusByteRegister.h"
+
+#include <mutex>
+#include <vector>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+/// Parent of the instrument's registers: hands their summaries on to the status byte of every session.
+///
+/// What a session enables for service requests stays its own: enabling the summary path of a register ends
+/// here. Threads: any operation from any thread.
+class CSummaryDistributor : public CStatusRegister
+{
+public:
+    CSummaryDistributor();
+
+    HRESULT ModifyCondition(wchar_t mask, wchar_t value) override;
+
+    /// Gives a status byte the present summaries, and all later ones until Detach.
+    void Attach(CStatusByteObject* pStatusByte);
+    void Detach(CStatusByteObject* pStatusByte) noexcept;
+
+protected:
+    ~CSummaryDistributor() override = default;
+
+private:
+    std::mutex m_mutex; // taken after the lock of a child, before those of the status bytes
+    std::vector<CComPtr<CStatusByteObject>> m_statusBytes; // guarded by m_mutex
+};
+
+using CSummaryDistributorObject = CComObject<CSummaryDistributor, IZOScpiStatusRegister>;
+
+} // namespace ZoVelkor::RemoteKernel

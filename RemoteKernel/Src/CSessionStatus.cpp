@@ -1,0 +1,37 @@
+#include "CSessionStatus.h"
+
+#include "StatusBits.h"
+
+namespace ZoVelkor::RemoteKernel
+{
+
+CSessionStatus::CSessionStatus(HANDLE deviceClearEvent)
+    : m_spStatusByte(CStatusByteObject::Create()),
+      m_spStandardEvent(CStatusRegisterObject::Create(L"*ESR", kStandardRegisterMask, L'\0'))
+{
+    m_spStatusByte->SetDeviceClearHandle(deviceClearEvent);
+    m_spStandardEvent->SetDeviceClearHandle(deviceClearEvent);
+    m_spStandardEvent->SetupParentRegister(m_spStatusByte, kStatusStandardEvent);
+    SetEvent(kEventPowerOn);
+}
+
+void CSessionStatus::SetEvent(wchar_t bit) noexcept
+{
+    m_spStandardEvent->ModifyCondition(bit, bit);
+    m_spStandardEvent->ClearCondition();
+}
+
+void CSessionStatus::ErrorQueued(short code) noexcept
+{
+    if (const wchar_t bit = StandardEventOf(code); bit != 0)
+    {
+        SetEvent(bit);
+    }
+}
+
+void CSessionStatus::ErrorsWaiting(bool waiting) noexcept
+{
+    m_spStatusByte->ModifyCondition(kStatusErrorQueue, waiting ? kStatusErrorQueue : L'\0');
+}
+
+} // namespace ZoVelkor::RemoteKernel

@@ -1,0 +1,84 @@
+#include "CStatusByteRegister.h"
+
+#include "CCritSectionLocker.h"
+#include "StatusBits.h"
+
+namespace ZoVelkor::RemoteKernel
+{
+
+CStatusByteRegister::CStatusByteRegister() : CStatusRegister(L"*STB", kStandardRegisterMask, 0)
+{}
+
+HRESULT CStatusByteRegister::ModifyCondition(wchar_t mask, wchar_t value)
+{
+    const HRESULT result = CStatusRegister::ModifyCondition(mask, value);
+    const auto falling = static_cast<wchar_t>(mask & ~value);
+    wchar_t reasons = 0;
+    const HRESULT fallResult = falling == 0 ? S_OK : GetEventBits(falling, &reasons);
+    return FAILED(result) ? result : fallResult;
+}
+
+HRESULT CStatusByteRegister::SetCondition(long bit, short on)
+{
+    const auto mask = static_cast<wchar_t>(1U << (static_cast<unsigned long>(bit) % 32));
+    return ModifyCondition(mask, on != 0 ? mask : L'\0');
+}
+
+HRESULT CStatusByteRegister::SetEnable(wchar_t value)
+{
+    if ((value & kStatusMessageAvailable) != 0)
+    {
+        Watch();
+    }
+    return CStatusRegister::SetEnable(value);
+}
+
+HRESULT CStatusByteRegister::DoUpdateParentRegister(bool summary)
+{
+    if (m_pObserver != nullptr)
+    {
+        m_pObserver->ServiceRequest(summary);
+    }
+    return CStatusRegister::DoUpdateParentRegister(summary);
+}
+
+void CStatusByteRegister::Watch() noexcept
+{
+    m_bWatched.store(true);
+    UpdateMessageAvailable();
+}
+
+void CStatusByteRegister::UpdateMessageAvailable() noexcept
+{
+    const CCritSectionLocker locker(m_messageSection);
+    ModifyCondition(kStatusMessageAvailable, m_bMessageAvailable.load() ? kStatusMessageAvailable : L'\0');
+}
+
+wchar_t CStatusByteRegister::Enabled() noexcept
+{
+    wchar_t enable = 0;
+    GetEnable(&enable);
+    return static_cast<wchar_t>(enable & ~kStatusService);
+}
+
+wchar_t CStatusByteRegister::Read(bool messageAvailable) noexcept
+{
+    m_bMessageAvailable.store(messageAvailable);
+    UpdateMessageAvailable();
+    wchar_t condition = 0;
+    GetCondition(&condition);
+    const bool bMasterSummary = (condition & Enabled()) != 0;
+    return static_cast<wchar_t>(condition | (bMasterSummary ? kStatusService : 0));
+}
+
+wchar_t CStatusByteRegister::SerialPoll() noexcept
+{
+    UpdateMessageAvailable();
+    wchar_t condition = 0;
+    GetCondition(&condition);
+    wchar_t reasons = 0;
+    GetEventBits(Enabled(), &reasons);
+    return static_cast<wchar_t>(condition | (reasons != 0 ? kStatusService : 0));
+}
+
+} // namespace ZoVelkor::RemoteKernel

@@ -1,0 +1,190 @@
+#include "CStatusManagement.h"
+
+#include "StatusBits.h"
+
+#include <algorithm>
+#include <cwctype>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+namespace
+{
+
+struct tagRegisterDefinition
+{
+    const wchar_t* szName;
+    wchar_t presetEnable;
+    std::size_t parent; ///< kInstrumentRegisterCount: the sessions' status bytes
+    wchar_t parentMask;
+};
+
+/// In the order of tagInstrumentRegister; parents stand before their children.
+///
+/// A register below another one reports all its bits unless told otherwise (SCPI-99 vol. 2, 20.7).
+constexpr tagRegisterDefinition kDefinitions[] = {
+    {L"STATus:OPERation",              0,                 kInstrumentRegisterCount, kStatusOperation   },
+    {L"STATus:QUEStionable",           0,                 kInstrumentRegisterCount, kStatusQuestionable},
+    {L"STATus:QUEStionable:POWer",     kScpiRegisterMask, kQuestionableRegister,    1 << 3             },
+    {L"STATus:QUEStionable:FREQuency", kScpiRegisterMask, kQuestionableRegister,    1 << 5             },
+};
+static_assert(std::size(kDefinitions) == kInstrumentRegisterCount);
+
+CUniqueEvent MakeStopEvent()
+{
+    CUniqueEvent event(CreateEvent(TRUE, FALSE));
+    if (!event)
+    {
+        throw std::system_error(EMFILE, std::generic_category(), "No event for the status registers");
+    }
+    return event;
+}
+
+bool EqualsNoCase(std::wstring_view left, std::wstring_view right) noexcept
+{
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](wchar_t a, wchar_t b) {
+        return std::towupper(static_cast<std::wint_t>(a)) == std::towupper(static_cast<std::wint_t>(b));
+    });
+}
+
+/// Compares a keyword with its syntax form, whose short form is in capitals.
+bool IsKeyword(std::wstring_view text, std::wstring_view syntax) noexcept
+{
+    const auto* const shortEnd =
+        std::find_if(syntax.begin(), syntax.end(), [](wchar_t c) { return c >= L'a' && c <= L'z'; });
+    const auto shortLength = static_cast<std::size_t>(shortEnd - syntax.begin());
+    return EqualsNoCase(text, syntax) || EqualsNoCase(text, syntax.substr(0, shortLength));
+}
+
+/// Compares a register's name keyword by keyword.
+bool IsRegisterName(std::wstring_view text, std::wstring_view syntax) noexcept
+{
+    for (;;)
+    {
+        const std::size_t textEnd = text.find(L':');
+        const std::size_t syntaxEnd = syntax.find(L':');
+        if (!IsKeyword(text.substr(0, textEnd), syntax.substr(0, syntaxEnd)) ||
+            (textEnd == text.npos) != (syntaxEnd == syntax.npos))
+        {
+            return false;
+        }
+        if (textEnd == text.npos)
+        {
+            return true;
+        }
+        text.remove_prefix(textEnd + 1);
+        syntax.remove_prefix(syntaxEnd + 1);
+    }
+}
+
+} // namespace
+
+CStatusManagement::CStatusManagement()
+    : m_stopEvent(MakeStopEvent()),
+      m_spDistributor(CSummaryDistributorObject::Create())
+{
+    for (std::size_t i = 0; i < kInstrumentRegisterCount; ++i)
+    {
+        const tagRegisterDefinition& definition = kDefinitions[i];
+        m_registers[i] =
+            CStatusRegisterObject::Create(definition.szName, kScpiRegisterMask, definition.presetEnable);
+        IZOScpiStatusRegister* pParent = m_spDistributor;
+        if (definition.parent != kInstrumentRegisterCount)
+        {
+            pParent = m_registers[definition.parent];
+        }
+        m_registers[i]->SetupParentRegister(pParent, definition.parentMask);
+        m_registers[i]->SetDeviceClearHandle(m_stopEvent.Get());
+    }
+}
+
+std::shared_ptr<CSessionStatus> CStatusManagement::Find(long remotePath)
+{
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_paths.find(remotePath);
+    return found == m_paths.end() ? nullptr : found->second;
+}
+
+HRESULT
+CStatusManagement::GetRegister(long remotePath, wchar_t const* name, IZOScpiStatusRegister** statusRegister)
+{
+    if (name == nullptr || statusRegister == nullptr)
+    {
+        return E_POINTER;
+    }
+    *statusRegister = nullptr;
+    const std::shared_ptr<CSessionStatus> spSession = Find(remotePath);
+    if (spSession == nullptr && remotePath != kScpiInstrumentPath)
+    {
+        return E_INVALIDARG;
+    }
+    for (const auto& spRegister : m_registers)
+    {
+        if (IsRegisterName(name, spRegister->Name()))
+        {
+            return CComPtr<IZOScpiStatusRegister>(spRegister).CopyTo(statusRegister);
+        }
+    }
+    if (spSession != nullptr && EqualsNoCase(name, spSession->StandardEvent().Name()))
+    {
+        return CComPtr<IZOScpiStatusRegister>(&spSession->StandardEvent()).CopyTo(statusRegister);
+    }
+    if (spSession != nullptr && EqualsNoCase(name, spSession->StatusByte().Name()))
+    {
+        spSession->StatusByte().Watch();
+        return CComPtr<IZOScpiStatusRegister>(&spSession->StatusByte()).CopyTo(statusRegister);
+    }
+    return S_FALSE;
+}
+
+void CStatusManagement::OperationComplete(long remotePath) noexcept
+{
+    if (const std::shared_ptr<CSessionStatus> spSession = Find(remotePath); spSession != nullptr)
+    {
+        spSession->SetEvent(kEventOperationComplete);
+    }
+}
+
+void CStatusManagement::AddPath(long remotePath, std::shared_ptr<CSessionStatus> spStatus)
+{
+    CStatusByteObject& statusByte = spStatus->StatusByte();
+    {
+        const std::lock_guard lock(m_mutex);
+        m_paths[remotePath] = std::move(spStatus);
+    }
+    m_spDistributor->Attach(&statusByte);
+}
+
+void CStatusManagement::RemovePath(long remotePath) noexcept
+{
+    if (const std::shared_ptr<CSessionStatus> spSession = Find(remotePath); spSession != nullptr)
+    {
+        m_spDistributor->Detach(&spSession->StatusByte());
+        const std::lock_guard lock(m_mutex);
+        m_paths.erase(remotePath);
+    }
+}
+
+void CStatusManagement::ClearEvents() noexcept
+{
+    // Children first, so that none sets the summary of a parent that is clear already.
+    for (auto spRegister = m_registers.rbegin(); spRegister != m_registers.rend(); ++spRegister)
+    {
+        (*spRegister)->ClearEvents();
+    }
+}
+
+void CStatusManagement::Preset() noexcept
+{
+    for (std::size_t i = kInstrumentRegisterCount; i-- != 0;)
+    {
+        // Preset tells nobody; setting the mask first lets the summaries follow.
+        m_registers[i]->SetEnable(kDefinitions[i].presetEnable);
+        m_registers[i]->Preset();
+    }
+}
+
+} // namespace ZoVelkor::RemoteKernel
