@@ -150,6 +150,17 @@ TEST_F(ConformanceConversation, TextsAndBlocksHaveALongestLength)
     EXPECT_EQ(NextError(), 0);
 }
 
+TEST_F(ConformanceConversation, ConditionsReachTheRegistersOfAllClients)
+{
+    CScpiClient other = Connect();
+    EXPECT_EQ(Client().Query("TEST:COND OPER,32767;COND QUESTIONABLE,5;*OPC?"), "1");
+    EXPECT_EQ(other.Query("STAT:OPER:COND?;:STAT:QUES:COND?"), "32767;5");
+    EXPECT_EQ(Client().Query("TEST:COND OPER,#H10;*RST;:STAT:OPER:COND?;:STAT:QUES:COND?"), "16;5");
+    EXPECT_EQ(Client().Query("TEST:COND QUES,1;COND QUES,32768;:STAT:QUES:COND?"), "1");
+    EXPECT_EQ(NextError(), -222);
+    EXPECT_EQ(NextError(), 0);
+}
+
 TEST_F(ConformanceConversation, SlowCommandsOfOneClientAreAwaitedTogether)
 {
     CScpiClient other = Connect();
