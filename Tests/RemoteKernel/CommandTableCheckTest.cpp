@@ -115,6 +115,25 @@ TEST(CommandTableCheck, BoundsLevelsNodesAndChains)
     EXPECT_EQ(ValidateCommandTable(chain.data(), chain.size()), "");
 }
 
+TEST(CommandTableCheck, NodeWithoutNameHidesNothing)
+{
+    // A joined table may begin its root group so.
+    tagTable table(3);
+    table[0].hdr = {"RST", 1, DEF, 0, 1, 0, CCMD};
+    table[1].hdr = {"", DEF, DEF, 0, 2, 0, 0};
+    table[2].hdr = {"undef", 2, DEF, 0, 0, 0, 0};
+    const CCommandIndex index(std::vector<tagCommandSource>{
+        {table.data(), table.size(), MakeOwner()}
+    });
+    CProgramMessageParser parser;
+    CCommandRecorder recorder;
+    for (std::string message : {"*RST;UNDEF", ":*RST", "::UNDEF", "FOO"})
+    {
+        parser.Parse(index, message, recorder);
+    }
+    EXPECT_THAT(recorder.m_log, testing::MatchesRegex("1; 2; !-1[0-9]+; !-1[0-9]+; !-113"));
+}
+
 TEST(CommandTableCheck, RandomDamageIsFoundOrHarmless)
 {
     std::mt19937 random(20260801);
