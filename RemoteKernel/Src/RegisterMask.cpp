@@ -68,6 +68,7 @@ ReadRegisterMask(const tagParsedCommand& command, const CScpiExpression::Trafo& 
         }
         if (element.iError != 0)
         {
+            element.sDetail = "parameter " + std::to_string(i + 1) + ": " + element.sDetail;
             return element;
         }
         all.iValue |= element.iValue;

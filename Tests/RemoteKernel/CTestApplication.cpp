@@ -267,13 +267,17 @@ tagTestInstrument::tagTestInstrument()
     }
 }
 
-HRESULT tagTestInstrument::Register(const std::vector<_CMD_SET_RECORD>& records, GUID& objectId)
+HRESULT tagTestInstrument::Register(const std::vector<_CMD_SET_RECORD>& records,
+                                    GUID& objectId,
+                                    IZOScpiExecutionSink* pOtherSink)
 {
+    IZOScpiExecutionSink* const pSink =
+        pOtherSink != nullptr ? pOtherSink : static_cast<IZOScpiExecutionSink*>(spSink);
     CoCreateGuid(&objectId);
     const tagZO_SCPI_PARSER_OBJECT object{
         L"tester",
         {static_cast<std::uint32_t>(records.size() * sizeof(_CMD_SET_RECORD)), records.data()},
-        spSink,
+        pSink,
         spDevice,
         objectId
     };

@@ -98,7 +98,10 @@ struct tagTestInstrument
     tagTestInstrument();
 
     /// Registers one more application under a fresh identity.
-    HRESULT Register(const std::vector<_CMD_SET_RECORD>& table, GUID& id);
+    ///
+    /// @param pOtherSink  null: the test application's own
+    HRESULT
+    Register(const std::vector<_CMD_SET_RECORD>& table, GUID& id, IZOScpiExecutionSink* pOtherSink = nullptr);
 
     CComPtr<CSinkObject> spSink = CSinkObject::Create();
     CComPtr<CDeviceObject> spDevice = CDeviceObject::Create();
