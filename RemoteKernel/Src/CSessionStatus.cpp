@@ -17,8 +17,13 @@ CSessionStatus::CSessionStatus(HANDLE deviceClearEvent)
 
 void CSessionStatus::SetEvent(wchar_t bit) noexcept
 {
-    m_spStandardEvent->ModifyCondition(bit, bit);
-    m_spStandardEvent->ClearCondition();
+    wchar_t latched = 0;
+    m_spStandardEvent->GetSnapshot(nullptr, nullptr, nullptr, &latched, nullptr);
+    if ((latched & bit) == 0)
+    {
+        m_spStandardEvent->ModifyCondition(bit, bit);
+        m_spStandardEvent->ClearCondition();
+    }
 }
 
 void CSessionStatus::ErrorQueued(short code) noexcept

@@ -96,7 +96,6 @@ TEST_F(Status, Conversations)
         {"STAT:OPER:ENAB 1;:STAT:QUES:POW:ENAB 1;:STAT:PRES;:STAT:OPER:ENAB?;PTR?;NTR?;:STAT:QUES:POW:ENAB?",
          "0;32767;0;32767"                                                                                                                                                     },
         {"*RST;*ESE 5;:STAT:QUES:ENAB 8;*RST;*ESE?;:STAT:QUES:ENAB?;:STAT:PRES;*ESE?",                        "5;8;5"                                                          },
-        {"*TRG;SYST:ERR?",                                                                                    ""                                                               },
     };
     for (const tagRow& row : rows)
     {
