@@ -4,6 +4,9 @@
 #include "IZOScpiCommands.h"
 #include "ZoExport.h"
 
+#include <cstdint>
+#include <string_view>
+
 namespace ZoVelkor
 {
 
@@ -14,6 +17,12 @@ namespace ZoVelkor
 class ZO_EXPORT CBScpiCommands : public IZOScpiCommands, public virtual CObjectDataReference
 {
 public:
+    /// Version of the form that SendCommandTree writes.
+    static constexpr std::string_view kTreeVersion = "1.00";
+
+    /// The largest table that it can write, in bytes: six length digits tell no more.
+    static constexpr std::uint32_t kLargestTree = 999'999;
+
     /// Writes "1.00,#6" with six length digits, then the records as they lie in memory.
     ///
     /// @return S_OK also when the output fails: that is reported as "Broken scpi connection", and nothing

@@ -25,11 +25,6 @@ namespace
 
 ZO_SOURCE_UNIT("Interfaces/_Src/CBScpiCommands")
 
-constexpr std::string_view kTableFormatVersion = "1.00";
-
-/// The most that six length digits can tell.
-constexpr std::uint32_t kLargestTree = 999'999;
-
 /// A text parameter as error reports name it.
 struct tagTextParameter
 {
@@ -86,7 +81,7 @@ CScpiParserTable TableOf(const tagZO_SCPI_PARSER_TREE& tree)
 /// Writes prefix and records up to the first write that fails.
 HRESULT WriteTree(IZOScpiOutputBuffer& output, const tagZO_SCPI_PARSER_TREE& tree)
 {
-    const std::string prefix = fmt::format("{},#6{:06}", kTableFormatVersion, tree.iSize);
+    const std::string prefix = fmt::format("{},#6{:06}", CBScpiCommands::kTreeVersion, tree.iSize);
     const HRESULT hr = output.Write(prefix.size(), prefix.data(), nullptr);
     return hr != S_OK
                ? hr

@@ -37,6 +37,7 @@ private:
     HRESULT QueryErrorCount(const tagParsedCommand& command);
     HRESULT QueryHeaders(const tagParsedCommand& command);
     HRESULT QuerySyntax(const tagParsedCommand& command);
+    HRESULT QueryTable(const tagParsedCommand& command);
     HRESULT QueryVersion(const tagParsedCommand& command);
 
     bool WaitUntilIdle();

@@ -32,7 +32,7 @@ constexpr std::uint32_t kCommonCount = 15;
 constexpr std::size_t kStatus = kCommonCount + 1;
 constexpr std::uint32_t kError = kCommonCount + 5;
 constexpr std::uint32_t kHelp = kError + 3;
-constexpr std::uint32_t kHeaderText = kHelp + 2;
+constexpr std::uint32_t kHeaderText = kHelp + 3;
 
 // clang-format off
 constexpr _CMD_SET_RECORD kFixedPart[] = {
@@ -64,8 +64,9 @@ constexpr _CMD_SET_RECORD kFixedPart[] = {
     HDR("ALL",      BUILTIN_ERROR_ALL_QUERY,    DEF,          0,       0,            0,           kQuery),
     HDR("COUNt",    BUILTIN_ERROR_COUNT_QUERY,  DEF,          0,       0,            0,           kQuery),
 
-    HDR("HEADers",  BUILTIN_HELP_HEADERS_QUERY, DEF,          0,       2,            0,           kQuery),
+    HDR("HEADers",  BUILTIN_HELP_HEADERS_QUERY, DEF,          0,       3,            0,           kQuery),
     HDR("SYNTax",   BUILTIN_HELP_SYNTAX_QUERY,  DEF,          0,       0,            kHeaderText, kQuery),
+    HDR("TABLe",    BUILTIN_HELP_TABLE_QUERY,   DEF,          0,       0,            0,           kQuery | HDR_DIAG),
 
     //  name            kinds    units words keywords next flags
     PAR("command_header", ARG_STRG, 0, 0,    0,       0,   0),

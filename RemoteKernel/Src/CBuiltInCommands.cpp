@@ -2,11 +2,15 @@
 
 #include "BuiltInTable.h"
 #include "CComBSTR.h"
+#include "CComObject.h"
+#include "CJoinedCommands.h"
 #include "CScpiParserTable.h"
 #include "GuardedEntry.h"
 #include "NumberText.h"
 #include "ResponseText.h"
 #include "ScpiErrorCodes.h"
+
+#include <fmt/format.h>
 
 #include <list>
 #include <string>
@@ -39,6 +43,7 @@ HRESULT CBuiltInCommands::Execute(const tagParsedCommand& command)
         &CBuiltInCommands::QueryErrorCount,
         &CBuiltInCommands::QueryHeaders, // BUILTIN_HELP_HEADERS_QUERY
         &CBuiltInCommands::QuerySyntax,
+        &CBuiltInCommands::QueryTable,
         &CBuiltInCommands::QueryVersion,
     };
     static_assert(std::size(kHandlers) == BUILTIN_STATUS_FIRST);
@@ -225,6 +230,20 @@ HRESULT CBuiltInCommands::QuerySyntax(const tagParsedCommand& command)
     }
     const std::string text = lines.empty() ? std::string() : lines.front();
     return m_context.format.StringText(text.size(), text.data());
+}
+
+HRESULT CBuiltInCommands::QueryTable(const tagParsedCommand&)
+{
+    const auto spCommands = CComObject<CJoinedCommands, IZOScpiCommands>::Create(*m_context.applications);
+    if (spCommands->Size() > CBScpiCommands::kLargestTree)
+    {
+        return m_context.Fail(kScpiTooMuchData,
+                              fmt::format("Command table of {} bytes, limit {}",
+                                          spCommands->Size(),
+                                          CBScpiCommands::kLargestTree));
+    }
+    const HRESULT result = spCommands->SendCommandTree(&m_context.output);
+    return result == S_FALSE ? m_context.Fail(kScpiExecutionError, "The command tables do not join") : result;
 }
 
 HRESULT CBuiltInCommands::QueryVersion(const tagParsedCommand&)

@@ -3,7 +3,10 @@
 #include "CTcpServer.h"
 #include "CTestApplication.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <string>
 
 namespace ZoVelkor::RemoteKernel::Testing
 {
@@ -281,6 +284,23 @@ TEST_F(DeviceCommands, HeaderHelpListsEveryCommandOnce)
         EXPECT_NE(place, std::string::npos) << line;
         EXPECT_EQ(lines.find(line, place + 1), std::string::npos) << line;
     }
+}
+
+TEST_F(DeviceCommands, JoinedTableTooLargeForItsBlockIsRefused)
+{
+    std::vector<_CMD_SET_RECORD> records(25'000);
+    for (std::size_t i = 0; i < records.size(); ++i)
+    {
+        _CS_HDR& header = records[i].hdr = {"", 0, DEF, 0, 0, 0, QMARK};
+        ("KEY" + std::to_string(i)).copy(header.szKeyword, sizeof header.szKeyword - 1);
+    }
+    records[0].hdr.iLength = static_cast<std::uint32_t>(records.size());
+    GUID large{};
+    ASSERT_EQ(m_instrument.Register(records, large), S_OK);
+    CScpiClient client(m_server.Port());
+    EXPECT_THAT(
+        client.Query("SYST:HELP:TABL?;:SYST:ERR?"),
+        testing::MatchesRegex("-223,\"Too much data;Command table of 100[0-9]+ bytes, limit 999999\""));
 }
 } // namespace
 
