@@ -1,6 +1,6 @@
 // Command tables: what it costs to join the tables of many applications, and to list the commands of the
-// joined table. The cost of a record must not grow with the number of records: an instrument that starts
-// with all its options merges tens of thousands of them.
+// joined table or to write it as source text. The cost of a record must not grow with the number of records:
+// an instrument that starts with all its options merges tens of thousands of them.
 #include "CRatioReporter.h"
 #include "CScpiParserTable.h"
 #include "CScpiPropErrorStrategy.h"
@@ -9,6 +9,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <sstream>
 #include <vector>
 
 namespace
@@ -122,6 +123,22 @@ void List(benchmark::State& state, std::uint32_t recordsPerPlugIn)
 BENCHMARK_CAPTURE(List, Small, 1000)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(List, Large, 10'000)->Unit(benchmark::kMillisecond);
 
+void Generate(benchmark::State& state, std::uint32_t recordsPerPlugIn)
+{
+    tagInstrument instrument(recordsPerPlugIn);
+    instrument.Merge();
+    for (auto _ : state)
+    {
+        std::ostringstream source;
+        std::ostringstream header;
+        instrument.table.DumpSourceHeader(source, header);
+        benchmark::DoNotOptimize(source.view().size());
+    }
+    ReportPerRecord(state, instrument.joined.size());
+}
+BENCHMARK_CAPTURE(Generate, Small, 1000)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Generate, Large, 10'000)->Unit(benchmark::kMillisecond);
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -130,7 +147,8 @@ int main(int argc, char** argv)
         argc,
         argv,
         {
-            {"Merge/Large", "Merge/Small", "merging 10.2 times the records (10.2: in proportion)"},
-            {"List/Large",  "List/Small",  "listing 10.2 times the records (10.2: in proportion)"},
+            {"Merge/Large",    "Merge/Small",    "merging 10.2 times the records (10.2: in proportion)"  },
+            {"List/Large",     "List/Small",     "listing 10.2 times the records (10.2: in proportion)"  },
+            {"Generate/Large", "Generate/Small", "source of 10.2 times the records (10.2: in proportion)"},
     });
 }
