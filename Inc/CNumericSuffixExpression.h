@@ -48,6 +48,8 @@ public:
     bool CheckRange(long low, long high) const;
     /// Tells whether a range overlaps one of another expression, which must not be null.
     bool CompareRanges(const CNumericSuffixExpression* pOther) const;
+    /// The ranges, in the order of the expression until Normalise; valid until the object changes.
+    const RangeList& GetRanges() const;
     /// @}
 
     /// Sorts the ranges and joins those that overlap or are adjacent.
@@ -65,8 +67,6 @@ public:
     static std::string GetGrammar();
 
 private:
-    const RangeList& Ranges() const;
-
     CSharedPointer<const RangeList> m_pExpression;
 };
 

@@ -307,7 +307,7 @@ bool CNumericSuffixExpression::SetExpression(const std::string& text,
     return SetExpression(text, errorPosition, errorText, allowNegative ? kLowest : 0, kHighest);
 }
 
-const RangeList& CNumericSuffixExpression::Ranges() const
+const RangeList& CNumericSuffixExpression::GetRanges() const
 {
     if (m_pExpression == nullptr)
     {
@@ -326,7 +326,7 @@ bool CNumericSuffixExpression::CheckValue(long value) const
 
 bool CNumericSuffixExpression::CheckRange(long low, long high) const
 {
-    const RangeList& ranges = Ranges();
+    const RangeList& ranges = GetRanges();
     return std::any_of(ranges.begin(), ranges.end(), [=](const auto& range) {
         return range.first <= high && range.second >= low;
     });
@@ -338,7 +338,7 @@ bool CNumericSuffixExpression::CompareRanges(const CNumericSuffixExpression* pOt
     {
         ThrowError(ZO_NULL_POINTER(nullptr, "pOther"));
     }
-    const RangeList& ranges = Ranges();
+    const RangeList& ranges = GetRanges();
     return std::any_of(ranges.begin(), ranges.end(), [=](const auto& range) {
         return pOther->CheckRange(range.first, range.second);
     });
