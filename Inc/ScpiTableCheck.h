@@ -49,7 +49,8 @@ enum class tagScpiTableRules
 ///
 /// Faults are an index or a group outside the table, a text without terminating NUL, a group inside itself, a
 /// tree, chain or list beyond the bounds above, a parameter chain that leaves the table, and an expression
-/// that names no header or stands inside another group. One group may be used by several headers.
+/// that names no header, stands inside another group or is none by the grammar. One group may be used by
+/// several headers.
 /// @param table  the records; may be null when count is 0
 /// @return nothing for a sound table
 ZO_EXPORT std::optional<tagScpiTableFault> CheckScpiTable(
@@ -69,6 +70,8 @@ struct tagTableRoots
 ZO_EXPORT tagTableRoots FindTableRoots(const _CMD_SET_RECORD* table, std::size_t count);
 
 /// The suffixes that one header accepts.
+///
+/// CNumericSuffixExpression reads the text, with the domain 0 to 2147483647.
 struct tagSuffixExpression
 {
     std::size_t iHeader;         ///< index of the header record

@@ -1,5 +1,6 @@
 #include "ScpiTableCheck.h"
 
+#include "CNumericSuffixExpression.h"
 #include "ParserTableRules.h"
 
 #include <fmt/format.h>
@@ -260,11 +261,26 @@ private:
         for (std::size_t i = start; i < m_count && IsSound(); ++i)
         {
             const std::size_t header = m_table[i].nse.iValue & ~NSE_HEADER;
-            CheckText(i, "expression", m_table[i].nse.szExpression);
+            if (CheckText(i, "expression", m_table[i].nse.szExpression))
+            {
+                CheckExpression(i);
+            }
             if (header >= m_count || !m_headerSeen[header])
             {
                 Fault(i, "value", fmt::format("index {} is not a header of the tree", header));
             }
+        }
+    }
+
+    void CheckExpression(std::size_t record)
+    {
+        const std::string text = m_table[record].nse.szExpression;
+        CNumericSuffixExpression expression;
+        long position = 0;
+        std::string error;
+        if (!expression.SetExpression(text, false, position, error))
+        {
+            Fault(record, "expression", fmt::format("'{}' at offset {}: {}", text, position, error));
         }
     }
 

@@ -60,6 +60,8 @@ const tagDamage kDamages[] = {
     {"WordsOutside", [](tagTable& t) { t[3].par.iKeywords = 0x80000000;},
      "record 3, keywords: index 2147483648"},
     {"WordsPastEnd", [](tagTable& t) { t[3].par.iCount = 2;}, "record 3, count: 2 records from 6"},
+    {"SuffixExpression", [](tagTable& t) { t.push_back({.nse = {"1-x", NSE_HEADER | 2}});},
+     "record 7, expression: '1-x' at offset 2: unexpected character"},
     {"NoLengthOfCommonCommands", [](tagTable& t) { t[0].hdr.iFollow = CCMD, t[0].hdr.iLength = 0;},
      "record 0, length: "},
     {"Empty", [](tagTable& t) { t.clear();}, "no records"},
