@@ -124,7 +124,9 @@ inline constexpr std::uint32_t NSE_HEADER = 0x80000000;
 /// The expressions are the last records of a table, behind all other groups: the group is the run of records
 /// at the table's end whose value word carries NSE_HEADER, so that a table's size is enough to find it. A
 /// header takes at most one expression, the first that names it; headers without one accept any suffix.
-/// FindSuffixExpressions (ScpiTableCheck.h) lists them.
+/// FindSuffixExpressions (ScpiTableCheck.h) lists them. A suffix that a client leaves out is 1, and is
+/// accepted only where 1 is. Where several applications share a node, each one's expression holds for its own
+/// commands.
 struct _CS_NSE
 {
     char szExpression[kTableExpressionSize]; ///< grammar of CNumericSuffixExpression

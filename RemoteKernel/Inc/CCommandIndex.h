@@ -45,6 +45,17 @@ struct tagUnit
     std::int32_t iExponent; ///< power of ten that leads to the unit in szText
 };
 
+/// One suffix of a command's path: the closed range that is accepted, none when low is above high. As it
+/// stands here, only 1 is accepted, and it is not passed on.
+struct tagSuffixSlot
+{
+    std::int32_t iLow = 1;
+    std::int32_t iHigh = 1;
+    std::uint32_t iFurther = 0;      ///< further ranges, see CCommandIndex::AcceptsSuffix
+    std::uint16_t iFurtherCount = 0; ///< number of them
+    bool bOwn = false;               ///< the application's own table has it, so that the handler gets it
+};
+
 /// One executable header.
 struct tagCommandEntry
 {
@@ -55,10 +66,10 @@ struct tagCommandEntry
     std::uint32_t iFirstParameter = 0;
     std::uint32_t iParameterCount = 0;
     std::uint32_t iRequiredCount = 0; ///< parameters up to the last one that is not optional
-    std::uint32_t iSlotCount = 0;     ///< suffix slots on the path in the merged tree
-    std::uint32_t iSlotMask = 0;      ///< those of them that the application's own table has
-    CComBSTR bsHeader;                ///< "SENSE:FREQUENCY:CENTER"
-    std::string sSyntaxPath;          ///< "[:SENSe]:FREQuency:CENTer", as the command listings write it
+    std::uint32_t iFirstSlot = 0;
+    std::uint32_t iSlotCount = 0; ///< suffix slots on the path in the merged tree
+    CComBSTR bsHeader;            ///< "SENSE:FREQUENCY:CENTER"
+    std::string sSyntaxPath;      ///< "[:SENSe]:FREQuency:CENTer", as the command listings write it
     const _CMD_SET_RECORD* pTable = nullptr; ///< the application's table
     const _CS_HDR* pRecord = nullptr;        ///< the header's record in it
 
@@ -92,8 +103,10 @@ struct tagCommandNode
 ///
 /// Merging: nodes of equal long form are one node; the entry of a node belongs to the last source that makes
 /// it executable. A node is optional, or takes a numeric suffix, when a source says
-/// so. Nodes below an optional node can also be reached from above it; a direct child has precedence over
-/// them, and an earlier one over a later one. Threads: safe for any number of readers.
+/// so. Which suffixes a command accepts is said by the table that it comes from: by its suffix expressions,
+/// and only 1 where its header takes none. Nodes below an optional node can also be reached from above it; a
+/// direct child has precedence over them, and an earlier one over a later one. Threads: safe for any number
+/// of readers.
 class CCommandIndex
 {
 public:
@@ -124,6 +137,18 @@ public:
     std::span<const tagParameterSpec> Parameters(const tagCommandEntry& entry) const noexcept
     {
         return std::span(m_parameters).subspan(entry.iFirstParameter, entry.iParameterCount);
+    }
+
+    std::span<const tagSuffixSlot> SuffixSlots(const tagCommandEntry& entry) const noexcept
+    {
+        return {m_suffixSlots.data() + entry.iFirstSlot, entry.iSlotCount};
+    }
+
+    /// Tells whether a suffix, 0 to 2147483647, lies in one of the slot's ranges.
+    bool AcceptsSuffix(const tagSuffixSlot& slot, long suffix) const noexcept
+    {
+        return (suffix >= slot.iLow && suffix <= slot.iHigh) ||
+               (slot.iFurtherCount != 0 && IsInFurtherRange(slot, suffix));
     }
 
     /// Finds a word of a parameter's own list; null when it is not in it.
@@ -157,6 +182,14 @@ private:
         std::uint32_t iTarget = kNone;
     };
 
+    struct tagSuffixRange
+    {
+        std::int32_t iLow;
+        std::int32_t iHigh;
+    };
+
+    bool IsInFurtherRange(const tagSuffixSlot& slot, long suffix) const noexcept;
+
     std::uint32_t Lookup(std::uint32_t owner, const tagMnemonicKey& key) const noexcept
     {
         for (std::size_t place = Place(owner, key);; place = (place + 1) & m_edgeMask)
@@ -184,6 +217,8 @@ private:
     std::size_t m_edgeMask = 0;
     std::vector<tagCommandNode> m_nodes;
     std::vector<tagCommandEntry> m_entries;
+    std::vector<tagSuffixSlot> m_suffixSlots;
+    std::vector<tagSuffixRange> m_suffixRanges; ///< all but the first of their slots
     std::vector<tagParameterSpec> m_parameters;
     std::vector<std::int32_t> m_mnemonics;
     std::vector<tagUnit> m_units;

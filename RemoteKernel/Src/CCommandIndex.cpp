@@ -2,6 +2,8 @@
 
 #include "CCommandIndexBuilder.h"
 
+#include <algorithm>
+
 namespace ZoVelkor::RemoteKernel
 {
 
@@ -19,6 +21,14 @@ CCommandIndex::CCommandIndex(std::span<const tagCommandSource> sources)
 }
 
 CCommandIndex::~CCommandIndex() = default;
+
+bool CCommandIndex::IsInFurtherRange(const tagSuffixSlot& slot, long suffix) const noexcept
+{
+    const auto further = std::span(m_suffixRanges).subspan(slot.iFurther, slot.iFurtherCount);
+    return std::any_of(further.begin(), further.end(), [suffix](const tagSuffixRange& range) {
+        return suffix >= range.iLow && suffix <= range.iHigh;
+    });
+}
 
 const std::int32_t* CCommandIndex::FindMnemonic(std::uint32_t list, const tagMnemonicKey& word) const noexcept
 {

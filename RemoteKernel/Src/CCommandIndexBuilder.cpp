@@ -1,5 +1,6 @@
 #include "CCommandIndexBuilder.h"
 
+#include "CNumericSuffixExpression.h"
 #include "CScpiToken.h"
 #include "UnitMultipliers.h"
 
@@ -7,6 +8,8 @@
 #include <bit>
 #include <cctype>
 #include <cstring>
+#include <iterator>
+#include <limits>
 #include <string_view>
 
 namespace ZoVelkor::RemoteKernel
@@ -18,6 +21,9 @@ constexpr std::uint32_t kNumericBits = ARG_SFLOAT;
 constexpr std::uint32_t kAcceptingBits = kNumericBits | ARG_BLOCK | ARG_STRG | ARG_STRGUD | ARG_EXPR | MNEM |
                                          ARG_MINMAX | ARG_DEFAULT | ARG_UPDOWN | ARG_OFF | ARG_KEEP;
 constexpr std::uint32_t kAnyKind = kNumericBits | ARG_BLOCK | ARG_STRG | ARG_EXPR;
+
+constexpr tagSuffixSlot kAnySuffix{0, std::numeric_limits<std::int32_t>::max(), 0, 0, true};
+constexpr tagSuffixSlot kEmptySuffix{1, 0, 0, 0, true};
 
 bool IsDigit(char c)
 {
@@ -101,14 +107,60 @@ void CCommandIndexBuilder::AddSource(const tagCommandSource& source)
 {
     const tagTableRoots roots = FindTableRoots(source.pRecords, source.iCount);
     m_index.m_owners.push_back(source.spOwner);
+    CompileExpressions(source);
     if (roots.iCommon != tagTableRoots::kNone)
     {
-        MergeGroup({&source, CCommandIndex::kCommonNode, 0, 0, "*"}, roots.iCommon);
+        MergeGroup({&source, CCommandIndex::kCommonNode, {}, "*"}, roots.iCommon);
     }
     if (roots.iOrdinary != tagTableRoots::kNone)
     {
-        MergeGroup({&source, CCommandIndex::kRootNode, 0, 0, ""}, roots.iOrdinary);
+        MergeGroup({&source, CCommandIndex::kRootNode, {}, ""}, roots.iOrdinary);
     }
+}
+
+void CCommandIndexBuilder::CompileExpressions(const tagCommandSource& source)
+{
+    m_expressions.clear();
+    for (const tagSuffixExpression& expression : FindSuffixExpressions(source.pRecords, source.iCount))
+    {
+        m_expressions.try_emplace(expression.iHeader, CompileExpression(expression.expression));
+    }
+}
+
+tagSuffixSlot CCommandIndexBuilder::CompileExpression(std::string_view text)
+{
+    CNumericSuffixExpression expression;
+    long position = 0;
+    std::string error;
+    expression.SetExpression(std::string(text), false, position, error);
+    expression.Normalise();
+    const CNumericSuffixExpression::RangeList& ranges = expression.GetRanges();
+    tagSuffixSlot slot = kEmptySuffix;
+    if (!ranges.empty())
+    {
+        slot.iLow = static_cast<std::int32_t>(ranges.front().first);
+        slot.iHigh = static_cast<std::int32_t>(ranges.front().second);
+        slot.iFurther = static_cast<std::uint32_t>(m_index.m_suffixRanges.size());
+        slot.iFurtherCount = static_cast<std::uint16_t>(ranges.size() - 1);
+        std::transform(std::next(ranges.begin()),
+                       ranges.end(),
+                       std::back_inserter(m_index.m_suffixRanges),
+                       [](const auto& range) {
+                           return CCommandIndex::tagSuffixRange{static_cast<std::int32_t>(range.first),
+                                                                static_cast<std::int32_t>(range.second)};
+                       });
+    }
+    return slot;
+}
+
+tagSuffixSlot CCommandIndexBuilder::SlotOf(std::size_t record, const _CS_HDR& header) const
+{
+    if ((header.iFollow & NSUFF) == 0)
+    {
+        return {};
+    }
+    const auto expression = m_expressions.find(record);
+    return expression != m_expressions.end() ? expression->second : kAnySuffix;
 }
 
 void CCommandIndexBuilder::MergeGroup(const tagWalk& walk, std::size_t start)
@@ -121,7 +173,6 @@ void CCommandIndexBuilder::MergeGroup(const tagWalk& walk, std::size_t start)
         const std::string_view keyword = header.szKeyword;
         tagWalk below = walk;
         below.iNode = MergeNode(walk, header);
-        below.iLevel = walk.iLevel + 1;
         if ((header.iFollow & CCMD) != 0)
         {
             below.sPath += keyword;
@@ -131,10 +182,7 @@ void CCommandIndexBuilder::MergeGroup(const tagWalk& walk, std::size_t start)
             below.sPath += keyword.starts_with('[') ? "[:" : ":";
             below.sPath += keyword.starts_with('[') ? keyword.substr(1) : keyword;
         }
-        if ((header.iFollow & NSUFF) != 0)
-        {
-            below.iSuffixLevels |= std::uint32_t{1} << walk.iLevel;
-        }
+        below.slots.push_back(SlotOf(record, header));
         if (header.iNodataMode != DEF || header.iDataMode != DEF)
         {
             DefineEntry(below, below.iNode, header);
@@ -174,7 +222,7 @@ void CCommandIndexBuilder::DefineEntry(const tagWalk& walk, std::uint32_t node, 
     {
         treeNode.iEntry = static_cast<std::uint32_t>(m_index.m_entries.size());
         m_index.m_entries.emplace_back();
-        m_suffixLevels.emplace_back();
+        m_entrySlots.emplace_back();
         m_index.m_entries.back().bsHeader = CComBSTR(LongHeader(node).c_str());
     }
     tagCommandEntry& entry = m_index.m_entries[treeNode.iEntry];
@@ -185,7 +233,7 @@ void CCommandIndexBuilder::DefineEntry(const tagWalk& walk, std::uint32_t node, 
     entry.sSyntaxPath = walk.sPath;
     entry.pTable = walk.pSource->pRecords;
     entry.pRecord = &header;
-    m_suffixLevels[treeNode.iEntry] = walk.iSuffixLevels;
+    m_entrySlots[treeNode.iEntry] = walk.slots;
 }
 
 std::string CCommandIndexBuilder::LongHeader(std::uint32_t node) const
@@ -205,7 +253,7 @@ std::string CCommandIndexBuilder::LongHeader(std::uint32_t node) const
 void CCommandIndexBuilder::Finish()
 {
     FinishNodes();
-    FinishSlotMasks();
+    FinishSuffixSlots();
     // Lists of words and units share the edge table with the nodes; their numbers follow those of the nodes.
     m_nextList = static_cast<std::uint32_t>(m_tree.size());
     AddNodeEdges();
@@ -261,7 +309,7 @@ std::uint32_t CCommandIndexBuilder::EntryFor(std::uint32_t node, bool query) con
     return CCommandIndex::kNone;
 }
 
-void CCommandIndexBuilder::FinishSlotMasks()
+void CCommandIndexBuilder::FinishSuffixSlots()
 {
     for (std::uint32_t node = 0; node < m_tree.size(); ++node)
     {
@@ -275,12 +323,12 @@ void CCommandIndexBuilder::FinishSlotMasks()
             path.insert(path.begin(), i);
         }
         tagCommandEntry& entry = m_index.m_entries[m_tree[node].iEntry];
+        entry.iFirstSlot = static_cast<std::uint32_t>(m_index.m_suffixSlots.size());
         for (std::size_t level = 0; level < path.size(); ++level)
         {
             if (m_tree[path[level]].bTakesSuffix)
             {
-                const std::uint32_t own = (m_suffixLevels[m_tree[node].iEntry] >> level) & 1U;
-                entry.iSlotMask |= own << entry.iSlotCount;
+                m_index.m_suffixSlots.push_back(m_entrySlots[m_tree[node].iEntry][level]);
                 ++entry.iSlotCount;
             }
         }

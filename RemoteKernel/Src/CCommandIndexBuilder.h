@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
 #include <tuple>
 #include <unordered_map>
 #include <vector>
@@ -34,13 +35,15 @@ private:
         std::vector<std::uint32_t> children;
     };
 
+    /// For each level, the root's being 0, what the header there accepts.
+    using tagSuffixSlots = std::vector<tagSuffixSlot>;
+
     /// Where the walk through one source's table stands.
     struct tagWalk
     {
         const tagCommandSource* pSource;
-        std::uint32_t iNode;         ///< merged node whose children follow
-        std::size_t iLevel;          ///< level of these children, the root's are 0
-        std::uint32_t iSuffixLevels; ///< bit per level: the source's header there takes a suffix
+        std::uint32_t iNode;  ///< merged node whose children follow
+        tagSuffixSlots slots; ///< of the path to this node, in the source's own table
         std::string sPath;
     };
 
@@ -67,13 +70,16 @@ private:
         }
     };
 
+    void CompileExpressions(const tagCommandSource& source);
+    tagSuffixSlot CompileExpression(std::string_view text);
+    tagSuffixSlot SlotOf(std::size_t record, const _CS_HDR& header) const;
     void MergeGroup(const tagWalk& walk, std::size_t start);
     std::uint32_t MergeNode(const tagWalk& walk, const _CS_HDR& header);
     void DefineEntry(const tagWalk& walk, std::uint32_t node, const _CS_HDR& header);
     std::string LongHeader(std::uint32_t node) const;
 
     void FinishNodes();
-    void FinishSlotMasks();
+    void FinishSuffixSlots();
     std::uint32_t EntryFor(std::uint32_t node, bool query) const;
 
     void CompileParameters(tagCommandEntry& entry);
@@ -94,7 +100,8 @@ private:
 
     CCommandIndex& m_index;
     std::vector<tagTreeNode> m_tree;
-    std::vector<std::uint32_t> m_suffixLevels; ///< for each entry, see tagWalk
+    std::unordered_map<std::size_t, tagSuffixSlot> m_expressions; ///< of one source, by header record
+    std::vector<tagSuffixSlots> m_entrySlots;                     ///< for each entry
     std::unordered_map<tagChildKey, std::uint32_t, tagChildKeyHash> m_children;
     std::map<std::tuple<const _CMD_SET_RECORD*, std::uint32_t>, std::uint32_t> m_lists;
     std::vector<tagPendingEdge> m_edges;

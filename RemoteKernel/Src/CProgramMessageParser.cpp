@@ -286,22 +286,22 @@ private:
         return hasData ? kScpiParameterNotAllowed : short{0};
     }
 
-    /// Leaves the suffixes that the application's own table knows; another one must be 1.
+    /// Leaves the suffixes that the application's own table knows.
     short CollectSuffixes(const tagCommandEntry& entry) noexcept
     {
         m_suffixCount = 0;
         const std::uint32_t written = m_index->Node(m_node).iSlotCount;
-        for (std::uint32_t slot = 0; slot < entry.iSlotCount; ++slot)
+        std::uint32_t place = 0;
+        for (const tagSuffixSlot& slot : m_index->SuffixSlots(entry))
         {
-            const long suffix = slot < written ? m_slots[slot] : 1L;
-            if ((entry.iSlotMask >> slot & 1U) != 0)
-            {
-                m_suffixes[m_suffixCount++] = suffix;
-            }
-            else if (suffix != 1)
+            const long suffix = place < written ? m_slots[place] : 1L;
+            if (!m_index->AcceptsSuffix(slot, suffix))
             {
                 return kScpiHeaderSuffixOutOfRange;
             }
+            m_suffixes[m_suffixCount] = suffix;
+            m_suffixCount += slot.bOwn ? 1U : 0U;
+            ++place;
         }
         return 0;
     }

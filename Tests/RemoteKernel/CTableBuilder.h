@@ -25,7 +25,8 @@ struct tagTestParameter
     tagWords words{};
 };
 
-/// Builds command tables from header patterns: "SENSe#:FREQuency[:CW]" or "[:SENSe#]:...", '#' for a suffix.
+/// Builds command tables from header patterns: "SENSe#:FREQuency[:CW]" or "[:SENSe#]:...", '#' for a suffix,
+/// with the expression of those that are accepted behind it: "OUTPut#1-4:STATe".
 class CTableBuilder
 {
 public:
@@ -56,6 +57,7 @@ public:
         // The root group must directly follow the common commands, so parameters come after all headers.
         AttachParameters(table, m_common, common);
         AttachParameters(table, m_root, root);
+        AppendExpressions(table, m_root, root);
         return table;
     }
 
@@ -63,6 +65,7 @@ private:
     struct tagNode
     {
         std::string sKeyword;
+        std::string sExpression;
         std::int32_t iNodata = DEF;
         std::int32_t iData = DEF;
         std::uint32_t iFlags = 0;
@@ -70,24 +73,25 @@ private:
         std::vector<tagNode> children;
     };
 
-    /// Cuts the first keyword off and gives it as the table writes it, with '#' behind it for a suffix.
+    /// Cuts the first keyword off and gives it as the table writes it, with what begins with '#' behind it.
     static std::string TakeKeyword(std::string_view& pattern)
     {
         const bool optional = pattern.front() == '[';
         pattern.remove_prefix(optional ? 1 : 0);
         pattern.remove_prefix(pattern.front() == ':' ? 1 : 0);
         const std::size_t length = std::min(pattern.find_first_of("[]:"), pattern.size());
-        std::string keyword(pattern.substr(0, length));
-        const bool suffix = keyword.ends_with('#');
-        keyword.erase(keyword.size() - (suffix ? 1 : 0));
+        const std::string keyword(pattern.substr(0, length));
+        const std::size_t stem = std::min(keyword.find('#'), length);
         pattern.remove_prefix(length + (optional ? 1 : 0));
-        return (optional ? "[" + keyword + "]" : keyword) + (suffix ? "#" : "");
+        return (optional ? "[" + keyword.substr(0, stem) + "]" : keyword.substr(0, stem)) +
+               keyword.substr(stem);
     }
 
     static tagNode& Child(tagNode& parent, std::string keyword)
     {
-        const bool suffix = keyword.ends_with('#');
-        keyword.erase(keyword.size() - (suffix ? 1 : 0));
+        const std::size_t stem = std::min(keyword.find('#'), keyword.size());
+        const std::string suffix = keyword.substr(stem);
+        keyword.erase(stem);
         for (tagNode& child : parent.children)
         {
             if (child.sKeyword == keyword)
@@ -95,7 +99,8 @@ private:
                 return child;
             }
         }
-        parent.children.push_back({keyword, DEF, DEF, suffix ? NSUFF : 0U, {}, {}});
+        const std::string expression = suffix.substr(suffix.empty() ? 0 : 1);
+        parent.children.push_back({keyword, expression, DEF, DEF, suffix.empty() ? 0U : NSUFF, {}, {}});
         return parent.children.back();
     }
 
@@ -157,6 +162,22 @@ private:
             const std::uint32_t parameters = EmitParameters(table, parent.children[i]);
             table[group + i].hdr.iDatatype = parameters;
             AttachParameters(table, parent.children[i], table[group + i].hdr.iSubStart);
+        }
+    }
+
+    static void
+    AppendExpressions(std::vector<_CMD_SET_RECORD>& table, const tagNode& parent, std::uint32_t group)
+    {
+        for (std::uint32_t i = 0; i < parent.children.size(); ++i)
+        {
+            const tagNode& node = parent.children[i];
+            if (!node.sExpression.empty())
+            {
+                _CS_NSE& record = table[Append(table, 1)].nse;
+                std::strncpy(record.szExpression, node.sExpression.c_str(), kTableExpressionSize - 1);
+                record.iValue = NSE_HEADER | (group + i);
+            }
+            AppendExpressions(table, node, table[group + i].hdr.iSubStart);
         }
     }
 

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 namespace ZoVelkor::RemoteKernel::Testing
 {
 
@@ -45,6 +47,83 @@ TEST(CommandIndex, MergesTreesOfSeveralApplications)
     EXPECT_EQ(index.Find("*IDN?")->pApplication, sources[0].spOwner.get());
     EXPECT_EQ(Converse(index, "SENS1:GAIN?"), "13?") << "its own table has no suffix there";
     EXPECT_EQ(Converse(index, "SENS2:GAIN?"), "!-114");
+}
+
+/// Those of a few suffixes that the header A of a table accepts.
+std::string Accepted(const tagTable& table)
+{
+    const tagCommandSource source = SourceOf(table);
+    const CCommandIndex index({&source, 1});
+    std::string accepted;
+    for (const char* suffix : {"", "0", "1", "2", "3", "4", "5", "8", "10", "2147483647"})
+    {
+        const std::string log = Converse(index, std::string("A") + suffix);
+        EXPECT_TRUE(log.starts_with("1 [") || log == "!-114") << log;
+        accepted += log == "!-114" ? "" : (accepted.empty() ? "" : ",") + log.substr(3, log.find(']') - 3);
+    }
+    return accepted;
+}
+
+TEST(CommandIndex, CompilesSuffixExpressions)
+{
+    struct tagRow
+    {
+        const char* szExpression;
+        const char* szAccepted;
+    };
+    constexpr tagRow kRows[] = {
+        {"",          ""                             },
+        {"<0",        ""                             },
+        {"*",         "1,0,1,2,3,4,5,8,10,2147483647"},
+        {"1..n",      "1,1,2,3,4,5,8,10,2147483647"  },
+        {"!4",        "1,0,1,2,3,5,8,10,2147483647"  },
+        {"2-3",       "2,3"                          },
+        {"8,0;2-4,3", "0,2,3,4,8"                    },
+        {"010",       "8"                            },
+    };
+    tagTable table(2);
+    table[0].hdr = {"A", 1, DEF, 0, 1, 0, NSUFF};
+    for (const tagRow& row : kRows)
+    {
+        table[1].nse = {{}, NSE_HEADER};
+        std::strcpy(table[1].nse.szExpression, row.szExpression);
+        EXPECT_EQ(Accepted(table), row.szAccepted) << row.szExpression;
+    }
+    table.push_back({
+        .nse = {"5", NSE_HEADER}
+    });
+    EXPECT_EQ(Accepted(table), "8") << "the first expression counts";
+    table.resize(1);
+    EXPECT_EQ(Accepted(table), "1,0,1,2,3,4,5,8,10,2147483647");
+}
+
+TEST(CommandIndex, EachApplicationsSuffixExpressionsHoldForItsCommands)
+{
+    const tagTable wide =
+        CTableBuilder().Add("[:SENSe#0-9]:GAIN", 1, DEF, 0).Add("[:SENSe]:BOTH", 3, DEF, 0).Build();
+    const tagTable narrow =
+        CTableBuilder().Add("SENSe#2-3:POWer", 11, DEF, 0).Add("SENSe:BOTH", 12, DEF, 0).Build();
+    const tagTable free = CTableBuilder().Add("SENSe#:ANY", 21, DEF, 0).Build();
+    const tagCommandSource sources[] = {SourceOf(wide), SourceOf(narrow), SourceOf(free)};
+    const CCommandIndex index(sources);
+    EXPECT_EQ(Converse(index, "SENS9:GAIN;ANY"), "1 [9]; 21 [9]");
+    EXPECT_EQ(Converse(index, "GAIN;:SENS3:POW;BOTH;ANY"), "1 [1]; 11 [3]; 12 [3]; 21 [3]");
+    EXPECT_EQ(Converse(index, "SENS9:POW"), "!-114");
+    EXPECT_EQ(Converse(index, "SENS:BOTH"), "!-114") << "the later application's command counts";
+    EXPECT_EQ(Converse(index, "SENS10:ANY;GAIN"), "21 [10]; !-114");
+}
+
+TEST(CommandIndex, TwoHeadersWithOneChildGroupHaveTheirOwnExpressions)
+{
+    tagTable table(5);
+    table[0].hdr = {"A", DEF, DEF, 2, 2, 0, NSUFF};
+    table[1].hdr = {"B", DEF, DEF, 2, 0, 0, NSUFF};
+    table[2].hdr = {"X", 1, DEF, 0, 1, 0, 0};
+    table[3].nse = {"2", NSE_HEADER | 1};
+    table[4].nse = {"1", NSE_HEADER | 0};
+    const tagCommandSource source = SourceOf(table);
+    const CCommandIndex index({&source, 1});
+    EXPECT_EQ(Converse(index, "A:X;:B2:X;:A2:X"), "1 [1]; 1 [2]; !-114");
 }
 
 TEST(CommandIndex, DirectChildHasPrecedenceOverOneBelowAnOptionalNode)

@@ -67,6 +67,7 @@ inline std::vector<_CMD_SET_RECORD> MakeParserTestTable()
         .Add("TEST:KEEP", DEF, 61, HDR_SET, {{ARG_KEEP | ARG_OFF}})
         .Add("TEST:DBLock", DEF, 63, HDR_SET, {{ARG_DBLOCK}})
         .Add("TEST:ANYThing", DEF, 65, HDR_SET, {{DATA}})
+        .Add("TEST:CHANnel#1-4,7,10..12:X#2..n[:Y#]", 70, DEF, QMARK)
         .Add("COMMunicate:RS232", DEF, 67, HDR_SET, {number})
         .Add("COMMunicate:TX1#", DEF, 69, HDR_SET, {number})
         .Build();

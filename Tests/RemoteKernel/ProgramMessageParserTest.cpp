@@ -81,6 +81,12 @@ const tagRow kHeaders[] = {
     {"SuffixNotTaken", "TRIG2:COUN?", "!-113"},
     {"SuffixLargest", "SENS2147483647:FREQ:CENT?", "10? [2147483647]"},
     {"SuffixTooLarge", "SENS2147483648:FREQ:CENT?", "!-114"},
+    {"SuffixesInRange", "TEST:CHAN4:X2?;:TEST:CHAN12:X2147483647:Y0?", "70? [4,2,1]; 70? [12,2147483647,0]"},
+    {"SuffixBehindRange", "*CLS;TEST:CHAN5:X2?;*CLS", "6; !-114"},
+    {"SuffixBehindLastRange", "TEST:CHAN13:X2?", "!-114"},
+    {"SuffixZero", "TEST:CHAN0:X2?", "!-114"},
+    {"LeftOutSuffixIsOne", "TEST:CHAN:X2?;:TEST:CHAN:X?", "70? [1,2,1]; !-114"},
+    {"SuffixBehindUnknownCommand", "TEST:CHAN5:X2", "!-113"},
     {"KeywordWithDigits", "COMM:RS232 1", "67 num'1'"},
     {"KeywordWithOtherDigits", "COMM:RS485 1", "!-113"},
     {"KeywordWithDigitsAndSuffix", "COMM:TX1 1;TX12 1", "69 [1] num'1'; 69 [2] num'1'"},
@@ -236,6 +242,8 @@ TEST(ProgramMessageParser, DetailNamesPieceAndPlace)
     EXPECT_EQ(fixture.m_recorder.m_detail, "parameter 2: ABC");
     fixture.Run("FREQ:C\x01NT 1");
     EXPECT_EQ(fixture.m_recorder.m_detail, "FREQ:C");
+    fixture.Run("*CLS;TEST:CHAN5:X2? ;*CLS");
+    EXPECT_EQ(fixture.m_recorder.m_detail, "TEST:CHAN5:X2?");
     fixture.Run("TEST:" + std::string(100, 'A'));
     EXPECT_EQ(fixture.m_recorder.m_detail.size(), 40U);
 }
