@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BySuffix.h"
 #include "CFrequencyRange.h"
 
 #include <array>
@@ -75,15 +76,12 @@ struct tagAnalyzerSettings
     std::array<double, kMarkerCount> markersHz = ResetMarkers();
 
     /// A channel by its suffix, 1 to kChannelCount.
-    tagChannelSettings& Channel(long suffix) { return channels[static_cast<std::size_t>(suffix - 1)]; }
-    const tagChannelSettings& Channel(long suffix) const
-    {
-        return channels[static_cast<std::size_t>(suffix - 1)];
-    }
+    tagChannelSettings& Channel(long suffix) { return BySuffix(channels, suffix); }
+    const tagChannelSettings& Channel(long suffix) const { return BySuffix(channels, suffix); }
 
     /// A marker's frequency by its suffix, 1 to kMarkerCount.
-    double& MarkerHz(long suffix) { return markersHz[static_cast<std::size_t>(suffix - 1)]; }
-    double MarkerHz(long suffix) const { return markersHz[static_cast<std::size_t>(suffix - 1)]; }
+    double& MarkerHz(long suffix) { return BySuffix(markersHz, suffix); }
+    double MarkerHz(long suffix) const { return BySuffix(markersHz, suffix); }
 
     /// The sweep time in force: that of the slowest channel when it is coupled.
     double SweepTimeS() const;

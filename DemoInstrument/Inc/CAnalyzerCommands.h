@@ -46,7 +46,7 @@ private:
 
     HRESULT MarkerY(Pool& pool);
     HRESULT MarkerMaximum(Pool& pool);
-    HRESULT ReadMarker(Pool& pool, long& marker, TracePtr& spTrace);
+    HRESULT ReadMarkerTrace(Pool& pool, TracePtr& spTrace);
 
     HRESULT DisplayText(Record& record);
     HRESULT RouteClose(Record& record);

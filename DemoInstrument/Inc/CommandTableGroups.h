@@ -76,6 +76,40 @@ constexpr bool AreWordGroups(std::span<const _CMD_SET_RECORD> table, std::initia
     return HaveLengths<&_CMD_SET_RECORD::chr, &_CS_CHR::iLength>(table, groups);
 }
 
+/// States that a header accepts the numeric suffixes from 1 to a count.
+template <std::size_t TCount>
+constexpr _CMD_SET_RECORD SuffixesUpTo(std::uint32_t header)
+{
+    static_assert(TCount >= 1 && TCount <= 9, "written as one digit");
+    return {
+        .nse = {{'1', '-', static_cast<char>('0' + TCount)}, NSE_HEADER | header}
+    };
+}
+
+/// Checks that each header that takes a numeric suffix, and no other one, has its expression, in the order of
+/// the headers.
+///
+/// @param headers  number of header records, which are the first of the table
+constexpr bool
+AreSuffixExpressions(std::span<const _CMD_SET_RECORD> table, std::uint32_t headers, tagGroup expressions)
+{
+    std::uint32_t found = 0;
+    for (std::uint32_t header = 0; header < headers; ++header)
+    {
+        if ((table[header].hdr.iFollow & NSUFF) == 0)
+        {
+            continue;
+        }
+        if (found == expressions.count ||
+            table[expressions.first + found].nse.iValue != (NSE_HEADER | header))
+        {
+            return false;
+        }
+        ++found;
+    }
+    return found == expressions.count;
+}
+
 /// The short form of a word, as queries answer it: TIM1 for TIMer1.
 ///
 /// @param words  their values count from 1 in the order of the table

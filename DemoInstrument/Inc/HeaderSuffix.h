@@ -1,22 +1,24 @@
 #pragma once
 
+#include "CCommandExecutionData.h"
 #include "CScpiFunctionExecutionDataPool.h"
 
 namespace ZoVelkor::Demo
 {
 
-/// Reads the numeric suffix of a header node in the pool style; -114 outside 1 to last.
-///
-/// @param index  counts the nodes that take a suffix, from the root
-inline HRESULT ReadSuffix(CScpiFunctionExecutionDataPool& pool, long index, long last, long& suffix)
+// The numeric suffix of the first header node that takes one. The parser lets only those through that the
+// command table states.
+
+inline long HeaderSuffix(const CScpiFunctionExecutionDataPool& pool)
 {
-    const unsigned long value = pool.GetRawNumericSuffixValue(index);
-    if (value < 1 || value > static_cast<unsigned long>(last))
-    {
-        return pool.SetScpiError(kScpiHeaderSuffixOutOfRange);
-    }
-    suffix = static_cast<long>(value);
-    return S_OK;
+    return static_cast<long>(pool.GetRawNumericSuffixValue(0));
+}
+
+inline long HeaderSuffix(CCommandExecutionData& record)
+{
+    long suffix = 0;
+    record.GetNumericSuffix(suffix, 0);
+    return suffix;
 }
 
 } // namespace ZoVelkor::Demo

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "BySuffix.h"
 #include "CCommandExecutionData.h"
 #include "CScpiFunctionExecutionDataPool.h"
+#include "HeaderSuffix.h"
 
 #include <array>
 #include <cstddef>
@@ -24,16 +26,12 @@ inline HRESULT HandleBoolean(CCommandExecutionData& record, bool& value)
     return record.CheckArgumentCount(0, true) == S_OK ? record.GetBooleanArgument(value, 0) : S_FALSE;
 }
 
-/// The same for a command whose first numeric suffix says which channel is meant, counted from 1; -114 for a
-/// channel that is not there.
+/// The same for a command whose first numeric suffix says which channel is meant, counted from 1.
 template <class TChannel, std::size_t TCount>
 HRESULT
 HandleBoolean(CCommandExecutionData& record, std::array<TChannel, TCount>& channels, bool TChannel::*value)
 {
-    long number = 0;
-    return record.GetNumericSuffixWithRangeCheck(number, 0, 1, TCount) == S_OK
-               ? HandleBoolean(record, channels[static_cast<std::size_t>(number - 1)].*value)
-               : S_FALSE;
+    return HandleBoolean(record, BySuffix(channels, HeaderSuffix(record)).*value);
 }
 
 /// A string; -223 for one that is longer than maxLength.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BySuffix.h"
 #include "CNumericSetting.h"
 #include "HeaderSuffix.h"
 
@@ -39,18 +40,14 @@ HandleNumber(CScpiFunctionExecutionDataPool& pool, const tagNumericLimits& limit
     return hr;
 }
 
-/// The same for a command whose first numeric suffix says which channel is meant, counted from 1; -114 for a
-/// channel that is not there.
+/// The same for a command whose first numeric suffix says which channel is meant, counted from 1.
 template <class TChannel, std::size_t TCount>
 HRESULT HandleNumber(CScpiFunctionExecutionDataPool& pool,
                      const tagNumericLimits& limits,
                      std::array<TChannel, TCount>& channels,
                      double TChannel::*value)
 {
-    long number = 0;
-    return ReadSuffix(pool, 0, TCount, number) == S_OK
-               ? HandleNumber(pool, limits, channels[static_cast<std::size_t>(number - 1)].*value)
-               : S_FALSE;
+    return HandleNumber(pool, limits, BySuffix(channels, HeaderSuffix(pool)).*value);
 }
 
 } // namespace ZoVelkor::Demo

@@ -1,6 +1,7 @@
 #include "AnalyzerTable.h"
 
 #include "AnalyzerSettings.h"
+#include "CTraceMemory.h"
 #include "CommandTableGroups.h"
 #include "ScpiTableMacros.h"
 
@@ -54,7 +55,8 @@ constexpr tagGroup kDetectorWords = After(kSecond, 5);
 constexpr tagGroup kSourceWords = After(kDetectorWords, 2);
 constexpr tagGroup kFormatWords = After(kSourceWords, 2);
 constexpr tagGroup kBorderWords = After(kFormatWords, 2);
-constexpr tagGroup kEnd = After(kBorderWords, 0);
+constexpr tagGroup kSuffixes = After(kBorderWords, 3);
+constexpr tagGroup kEnd = After(kSuffixes, 0);
 
 template <class TEnum>
 constexpr std::uint32_t WordOf(TEnum value)
@@ -190,6 +192,10 @@ constexpr _CMD_SET_RECORD kTable[] = {
 
     CHR("NORMal",    BORDER_WORD_NORMAL,                  kBorderWords.count),
     CHR("SWAPped",   BORDER_WORD_SWAPPED,                 NONE),
+
+    SuffixesUpTo<kChannelCount>(kRoot.first),
+    SuffixesUpTo<kTraceCount>(kRoot.first + 4),
+    SuffixesUpTo<kMarkerCount>(kCalculate.first),
 };
 // clang-format on
 
@@ -202,6 +208,7 @@ static_assert(AreHeaderGroups(kTable,
                                kRoute,  kDiagnostic, kService}));
 static_assert(AreUnitGroups(kTable, {kHertz, kLevel, kSecond}));
 static_assert(AreWordGroups(kTable, {kDetectorWords, kSourceWords, kFormatWords, kBorderWords}));
+static_assert(AreSuffixExpressions(kTable, kHertzParameter.first, kSuffixes));
 
 } // namespace
 

@@ -9,10 +9,18 @@ namespace ZoVelkor::Demo
 namespace
 {
 
+/// What a command does with the numeric suffix of its header.
+enum class tagSuffix
+{
+    None,   ///< its header takes none
+    One,    ///< it sets one value for all channels; only 1 is allowed
+    Number, ///< it says which channel or marker is meant
+};
+
 /// A numeric command on the settings, its suffix counted from 1.
 struct tagNumericSetting
 {
-    long suffixes; ///< of the first header node that takes a suffix: 1 to this
+    tagSuffix suffix;
     CNumericSetting (*find)(const tagAnalyzerSettings& settings, long suffix);
     void (*put)(tagAnalyzerSettings& settings, long suffix, double value);
 };
@@ -20,7 +28,7 @@ struct tagNumericSetting
 /// The same for ON and OFF.
 struct tagBooleanSetting
 {
-    long suffixes;
+    tagSuffix suffix;
     bool (*get)(const tagAnalyzerSettings& settings, long suffix);
     void (*put)(tagAnalyzerSettings& settings, long suffix, bool on);
 };
@@ -28,14 +36,20 @@ struct tagBooleanSetting
 /// The same for a word out of the command table.
 struct tagWordSetting
 {
-    bool bSuffix; ///< a header node takes a suffix, of which only 1 is allowed
+    tagSuffix suffix;
     std::string (*shortForm)(long value);
     long (*get)(const tagAnalyzerSettings& settings);
     void (*put)(tagAnalyzerSettings& settings, long value);
 };
 
-/// [SENSe:]SWEep and its like take no suffix; a written 1 is allowed.
-constexpr long kNoSuffix = 1;
+/// Reads the suffix; 1 without one.
+template <class TCall>
+HRESULT ReadSuffix(TCall& call, tagSuffix kind, long& suffix)
+{
+    suffix = kind == tagSuffix::None ? 1 : HeaderSuffix(call);
+    // [SENSe] takes more suffixes than some of the commands below it.
+    return kind == tagSuffix::One && suffix != 1 ? call.SetScpiError(kScpiHeaderSuffixOutOfRange) : S_OK;
+}
 
 /// Frequencies move by a tenth of the span, in zero span by a bandwidth.
 constexpr double kStepsPerSpan = 10.0;
@@ -121,31 +135,31 @@ CNumericSetting Marker(const tagAnalyzerSettings& settings, long marker)
 using Settings = tagAnalyzerSettings;
 
 constexpr tagNumericSetting kCenter{
-    kChannelCount,
+    tagSuffix::Number,
     [](const Settings& s, long n) {
         return Frequency(s.Channel(n), s.Channel(n).frequency.CenterHz(), CFrequencyRange().CenterHz());
     },
     [](Settings& s, long n, double hz) { s.Channel(n).frequency.SetCenter(hz); }};
 
-constexpr tagNumericSetting kSpan{kChannelCount,
+constexpr tagNumericSetting kSpan{tagSuffix::Number,
                                   [](const Settings& s, long n) { return Span(s.Channel(n)); },
                                   [](Settings& s, long n, double hz) { s.Channel(n).frequency.SetSpan(hz); }};
 
 constexpr tagNumericSetting kStart{
-    kChannelCount,
+    tagSuffix::Number,
     [](const Settings& s, long n) {
         return Frequency(s.Channel(n), s.Channel(n).frequency.StartHz(), kMinFrequencyHz);
     },
     [](Settings& s, long n, double hz) { s.Channel(n).frequency.SetStart(hz); }};
 
-constexpr tagNumericSetting kStop{kChannelCount,
+constexpr tagNumericSetting kStop{tagSuffix::Number,
                                   [](const Settings& s, long n) {
                                       return Frequency(
                                           s.Channel(n), s.Channel(n).frequency.StopHz(), kMaxFrequencyHz);
                                   },
                                   [](Settings& s, long n, double hz) { s.Channel(n).frequency.SetStop(hz); }};
 
-constexpr tagNumericSetting kBandwidth{kChannelCount,
+constexpr tagNumericSetting kBandwidth{tagSuffix::Number,
                                        [](const Settings& s, long n) { return Bandwidth(s.Channel(n)); },
                                        [](Settings& s, long n, double hz) {
                                            s.Channel(n).manualBandwidthHz = hz;
@@ -153,7 +167,7 @@ constexpr tagNumericSetting kBandwidth{kChannelCount,
                                        }};
 
 constexpr tagBooleanSetting kBandwidthAuto{
-    kChannelCount,
+    tagSuffix::Number,
     [](const Settings& s, long n) { return s.Channel(n).bBandwidthAuto; },
     [](Settings& s, long n, bool on) {
         s.Channel(n).manualBandwidthHz = s.Channel(n).BandwidthHz();
@@ -161,23 +175,23 @@ constexpr tagBooleanSetting kBandwidthAuto{
     }};
 
 constexpr tagNumericSetting kReferenceLevel{
-    kChannelCount,
+    tagSuffix::Number,
     [](const Settings& s, long n) { return ReferenceLevel(s.Channel(n)); },
     [](Settings& s, long n, double dbm) { s.Channel(n).referenceLevelDbm = dbm; }};
 
 constexpr tagNumericSetting kPoints{
-    kNoSuffix,
+    tagSuffix::One,
     [](const Settings& s, long) { return SweepPoints(s); },
     [](Settings& s, long, double points) { s.sweepPoints = static_cast<long>(points); }};
 
-constexpr tagNumericSetting kSweepTime{kNoSuffix,
+constexpr tagNumericSetting kSweepTime{tagSuffix::One,
                                        [](const Settings& s, long) { return SweepTime(s); },
                                        [](Settings& s, long, double seconds) {
                                            s.manualSweepTimeS = seconds;
                                            s.bSweepTimeAuto = false;
                                        }};
 
-constexpr tagBooleanSetting kSweepTimeAuto{kNoSuffix,
+constexpr tagBooleanSetting kSweepTimeAuto{tagSuffix::One,
                                            [](const Settings& s, long) { return s.bSweepTimeAuto; },
                                            [](Settings& s, long, bool on) {
                                                s.manualSweepTimeS = s.SweepTimeS();
@@ -185,19 +199,19 @@ constexpr tagBooleanSetting kSweepTimeAuto{kNoSuffix,
                                            }};
 
 constexpr tagWordSetting kDetector{
-    true,
+    tagSuffix::One,
     &DetectorWord,
     [](const Settings& s) { return static_cast<long>(s.detector); },
     [](Settings& s, long word) { s.detector = static_cast<tagDetector>(word); }};
 
 constexpr tagWordSetting kTriggerSource{
-    false,
+    tagSuffix::None,
     &TriggerSourceWord,
     [](const Settings& s) { return static_cast<long>(s.triggerSource); },
     [](Settings& s, long word) { s.triggerSource = static_cast<tagTriggerSource>(word); }};
 
 constexpr tagNumericSetting kMarkerX{
-    kMarkerCount, &Marker, [](Settings& s, long n, double hz) { s.MarkerHz(n) = hz; }};
+    tagSuffix::Number, &Marker, [](Settings& s, long n, double hz) { s.MarkerHz(n) = hz; }};
 
 } // namespace
 
@@ -242,7 +256,7 @@ template <const auto& TSetting>
 HRESULT CAnalyzerCommands::NumericSetting(Pool& pool)
 {
     long suffix = 0;
-    if (ReadSuffix(pool, 0, TSetting.suffixes, suffix) != S_OK)
+    if (ReadSuffix(pool, TSetting.suffix, suffix) != S_OK)
     {
         return S_FALSE;
     }
@@ -261,7 +275,7 @@ template <const auto& TSetting>
 HRESULT CAnalyzerCommands::BooleanSetting(Record& record)
 {
     long suffix = 0;
-    if (record.GetNumericSuffixWithRangeCheck(suffix, 0, 1, TSetting.suffixes) != S_OK)
+    if (ReadSuffix(record, TSetting.suffix, suffix) != S_OK)
     {
         return S_FALSE;
     }
@@ -280,7 +294,7 @@ template <const auto& TSetting>
 HRESULT CAnalyzerCommands::WordSetting(Record& record)
 {
     long suffix = 0;
-    if (TSetting.bSuffix && record.GetNumericSuffixWithRangeCheck(suffix, 0, 1, kNoSuffix) != S_OK)
+    if (ReadSuffix(record, TSetting.suffix, suffix) != S_OK)
     {
         return S_FALSE;
     }

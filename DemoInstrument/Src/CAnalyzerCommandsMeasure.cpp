@@ -123,11 +123,7 @@ HRESULT CAnalyzerCommands::TriggerImmediate(Record& record)
 
 HRESULT CAnalyzerCommands::TraceData(Pool& pool)
 {
-    long number = 0;
-    if (ReadSuffix(pool, 0, kTraceCount, number) != S_OK)
-    {
-        return S_FALSE;
-    }
+    const long number = HeaderSuffix(pool);
     if (pool.IsQuery())
     {
         return AnswerTrace(pool, number);
@@ -209,12 +205,8 @@ HRESULT CAnalyzerCommands::FormatBorder(Pool& pool)
                                                                                 : ZO_BYTE_ORDER_NORMAL);
 }
 
-HRESULT CAnalyzerCommands::ReadMarker(Pool& pool, long& marker, TracePtr& spTrace)
+HRESULT CAnalyzerCommands::ReadMarkerTrace(Pool& pool, TracePtr& spTrace)
 {
-    if (ReadSuffix(pool, 0, kMarkerCount, marker) != S_OK)
-    {
-        return S_FALSE;
-    }
     spTrace = m_analyzer.Traces().Get(kMarkerTrace);
     // A trace of another frequency range has nothing at the markers' places.
     const bool isStale = !spTrace || spTrace->range != m_analyzer.Settings().Channel(kMarkerTrace).frequency;
@@ -223,26 +215,24 @@ HRESULT CAnalyzerCommands::ReadMarker(Pool& pool, long& marker, TracePtr& spTrac
 
 HRESULT CAnalyzerCommands::MarkerY(Pool& pool)
 {
-    long marker = 0;
     TracePtr spTrace;
-    if (ReadMarker(pool, marker, spTrace) != S_OK)
+    if (ReadMarkerTrace(pool, spTrace) != S_OK)
     {
         return S_FALSE;
     }
-    const std::size_t index = spTrace->NearestIndex(m_analyzer.Settings().MarkerHz(marker));
+    const std::size_t index = spTrace->NearestIndex(m_analyzer.Settings().MarkerHz(HeaderSuffix(pool)));
     return pool.NumericResponse(spTrace->levelsDbm[index]);
 }
 
 HRESULT CAnalyzerCommands::MarkerMaximum(Pool& pool)
 {
-    long marker = 0;
     TracePtr spTrace;
-    if (ReadMarker(pool, marker, spTrace) != S_OK)
+    if (ReadMarkerTrace(pool, spTrace) != S_OK)
     {
         return S_FALSE;
     }
     tagAnalyzerSettings settings = m_analyzer.Settings();
-    settings.MarkerHz(marker) = spTrace->FrequencyHz(spTrace->PeakIndex());
+    settings.MarkerHz(HeaderSuffix(pool)) = spTrace->FrequencyHz(spTrace->PeakIndex());
     m_analyzer.Apply(settings);
     return S_OK;
 }

@@ -37,12 +37,7 @@ HRESULT CGeneratorCommands::Power(Pool& pool)
 
 HRESULT CGeneratorCommands::ListFrequency(Pool& pool)
 {
-    long source = 0;
-    if (ReadSuffix(pool, 0, kGeneratorCount, source) != S_OK)
-    {
-        return S_FALSE;
-    }
-    std::vector<double>& list = m_generator.sources[static_cast<std::size_t>(source - 1)].listHz;
+    std::vector<double>& list = BySuffix(m_generator.sources, HeaderSuffix(pool)).listHz;
     if (pool.IsQuery())
     {
         return pool.CheckArgumentNotAllowed() == S_OK ? AnswerNumbers(pool, list) : S_FALSE;
@@ -74,10 +69,7 @@ HRESULT CGeneratorCommands::OutputState(Record& record)
 
 HRESULT CGeneratorCommands::LimitFail(Record& record)
 {
-    long limit = 0;
-    return record.GetNumericSuffixWithRangeCheck(limit, 0, 1, std::size(kSourceLimits)) == S_OK
-               ? record.BooleanResponse(m_generator.IsOutside(kSourceLimits[limit - 1]))
-               : S_FALSE;
+    return record.BooleanResponse(m_generator.IsOutside(BySuffix(kSourceLimits, HeaderSuffix(record))));
 }
 
 HRESULT CGeneratorCommands::Brightness(Pool& pool)

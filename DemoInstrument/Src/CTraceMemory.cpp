@@ -1,5 +1,6 @@
 #include "CTraceMemory.h"
 
+#include "BySuffix.h"
 #include "CCritSectionLocker.h"
 
 #include <algorithm>
@@ -32,14 +33,14 @@ std::size_t tagTrace::PeakIndex() const
 TracePtr CTraceMemory::Get(long trace) const
 {
     const CCritSectionLocker locker(m_section);
-    return m_traces[static_cast<std::size_t>(trace - 1)];
+    return BySuffix(m_traces, trace);
 }
 
 void CTraceMemory::Put(long trace, TracePtr spTrace)
 {
     // The former trace goes after the lock, its size may make that slow.
     const CCritSectionLocker locker(m_section);
-    m_traces[static_cast<std::size_t>(trace - 1)].swap(spTrace);
+    BySuffix(m_traces, trace).swap(spTrace);
 }
 
 void CTraceMemory::Clear()

@@ -49,7 +49,8 @@ constexpr tagGroup kVolt = After(kOhm, 1);
 constexpr tagGroup kSecond = After(kVolt, 1);
 constexpr tagGroup kTriggerWords = After(kSecond, 5);
 constexpr tagGroup kRegisterWords = After(kTriggerWords, 2);
-constexpr tagGroup kEnd = After(kRegisterWords, 0);
+constexpr tagGroup kSuffixes = After(kRegisterWords, 3);
+constexpr tagGroup kEnd = After(kSuffixes, 0);
 
 /// A number that may be named by its limits, but has no steps.
 constexpr std::uint32_t LIMITED = ARG_SFLOAT | LIMITS;
@@ -151,6 +152,10 @@ constexpr _CMD_SET_RECORD kTable[] = {
 
     CHR("OPERation",    REGISTER_OPERATION,    kRegisterWords.count),
     CHR("QUEStionable", REGISTER_QUESTIONABLE, NONE),
+
+    SuffixesUpTo<kSenseCount>(kRoot.first),
+    SuffixesUpTo<kVoltageCount>(kRoot.first + 1),
+    SuffixesUpTo<kVoltageCount>(kRoot.first + 2),
 };
 // clang-format on
 
@@ -174,6 +179,7 @@ static_assert(AreHeaderGroups(kTable,
                                kTest}));
 static_assert(AreUnitGroups(kTable, {kHertz, kOhm, kVolt, kSecond}));
 static_assert(AreWordGroups(kTable, {kTriggerWords, kRegisterWords}));
+static_assert(AreSuffixExpressions(kTable, kCenterParameter.first, kSuffixes));
 
 } // namespace
 

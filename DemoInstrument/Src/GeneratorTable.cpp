@@ -30,7 +30,8 @@ constexpr tagGroup kBooleanParameter = After(kListParameter, 1);
 constexpr tagGroup kBrightnessParameter = After(kBooleanParameter, 1);
 constexpr tagGroup kHertz = After(kBrightnessParameter, 1);
 constexpr tagGroup kDbm = After(kHertz, 1);
-constexpr tagGroup kEnd = After(kDbm, 0);
+constexpr tagGroup kSuffixes = After(kDbm, 3);
+constexpr tagGroup kEnd = After(kSuffixes, 0);
 
 // Laid out in columns by hand.
 // clang-format off
@@ -79,6 +80,10 @@ constexpr _CMD_SET_RECORD kTable[] = {
 
     SFX("HZ",  BASE_UNIT, kHertz.count),
     SFX("DBM", BASE_UNIT, kDbm.count),
+
+    SuffixesUpTo<kGeneratorCount>(kRoot.first),
+    SuffixesUpTo<kGeneratorCount>(kRoot.first + 1),
+    SuffixesUpTo<std::size(kSourceLimits)>(kCalculate.first),
 };
 // clang-format on
 
@@ -88,6 +93,7 @@ static_assert(AreHeaderGroups(
     kTable,
     {kRoot, kSource, kFrequency, kPower, kLevel, kImmediate, kList, kOutput, kCalculate, kLimit, kDisplay}));
 static_assert(AreUnitGroups(kTable, {kHertz, kDbm}));
+static_assert(AreSuffixExpressions(kTable, kHertzParameter.first, kSuffixes));
 
 } // namespace
 

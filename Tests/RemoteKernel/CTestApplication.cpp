@@ -67,7 +67,7 @@ std::vector<_CMD_SET_RECORD> CTestSink::Table()
         {"NEGative", 2}
     };
     return CTableBuilder()
-        .Add("CHANnel#:FREQuency",
+        .Add("CHANnel#1-3:FREQuency",
              DEF,
              CmdStoreWithSuffix,
              HDR_SET,

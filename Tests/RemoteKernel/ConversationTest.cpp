@@ -99,6 +99,13 @@ constexpr tagConversation kConversations[] = {
 -> SYST:ERR?
 <- -113,"Undefined header;BOGus"
 )"},
+    {"SuffixOutOfRange", R"(
+-> CHAN3:FREQ 1;:CHAN4:FREQ 2;:CHAN2:FREQ 3
+-> LAST?
+<- "3 2:0:1;"
+-> SYST:ERR?
+<- -114,"Header suffix out of range;:CHAN4:FREQ"
+)"},
     {"CommandErrorDropsTheRestButNotTheAnswersBefore", R"(
 -> *OPC?;BOGUS;*IDN?
 <- 1
