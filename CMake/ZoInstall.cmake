@@ -16,8 +16,8 @@ install(TARGETS zoplatform zocomponentshell zosoftwareplatformembedded
     EXPORT ZoSoftwarePlatformTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     FILE_SET HEADERS DESTINATION ${zo_header_dir})
-install(TARGETS zo-demo-instrument RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-set_target_properties(zo-demo-instrument PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+install(TARGETS zo-demo-instrument zo RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+set_target_properties(zo-demo-instrument zo PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 
 install(EXPORT ZoSoftwarePlatformTargets
     NAMESPACE Zo::

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace ZoVelkor::Tools
+{
+
+/// Where an instrument answers raw SCPI over TCP.
+struct tagInstrumentAddress
+{
+    std::string sHost; ///< name or IP address, without brackets
+    std::string sPort; ///< 1 to 65535
+
+    /// As messages name it.
+    std::string Text() const;
+};
+
+/// Understands `TCPIP::host::port::SOCKET` (any case, a board number behind TCPIP), `host:port` and
+/// `[IPv6 address]:port`.
+///
+/// @return nothing when the text is no address
+/// @throws CToolError (Usage) for an address that begins like the first form and is not of that form
+std::optional<tagInstrumentAddress> ParseInstrumentAddress(const std::string& text);
+
+} // namespace ZoVelkor::Tools

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "CToolError.h"
+
+#include <CLI/App.hpp>
+
+namespace ZoVelkor::Tools
+{
+
+/// Adds one subcommand to the tool.
+///
+/// @param result  where its actions leave the exit code, while the command line is parsed
+using AddSubcommand = void (*)(CLI::App& tool, tagExitCode& result);
+
+/// `zo table`: looks into command tables, merges them and writes them out.
+void AddTableCommands(CLI::App& tool, tagExitCode& result);
+
+} // namespace ZoVelkor::Tools

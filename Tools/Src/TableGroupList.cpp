@@ -1,0 +1,144 @@
+#include "TableGroupList.h"
+
+#include "CScpiParserTable.h"
+#include "ToolFiles.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+namespace ZoVelkor::Tools
+{
+
+namespace
+{
+
+struct tagKindTitle
+{
+    tagScpiTableKind kind;
+    const char* title;
+};
+
+constexpr tagKindTitle kKinds[] = {
+    {tagScpiTableKind::Header,        "Headers"                   },
+    {tagScpiTableKind::Parameter,     "Parameters"                },
+    {tagScpiTableKind::UnitSuffix,    "Units"                     },
+    {tagScpiTableKind::CharacterData, "Mnemonics"                 },
+    {tagScpiTableKind::NumericSuffix, "Numeric-suffix expressions"},
+};
+
+struct tagGroupRange
+{
+    tagScpiTableKind kind;
+    std::size_t start;
+    std::size_t size;
+};
+
+std::size_t GroupSize(const CScpiParserTable& table, tagScpiTableKind kind, long start)
+{
+    const _CMD_SET_RECORD& record = table.GetParserTable()[start];
+    switch (kind)
+    {
+    case tagScpiTableKind::Header:
+        return record.hdr.iLength;
+    case tagScpiTableKind::Parameter:
+        return static_cast<std::size_t>(table.GetParGroupSize(start));
+    case tagScpiTableKind::UnitSuffix:
+        return record.sfx.iLength;
+    case tagScpiTableKind::CharacterData:
+        return record.chr.iLength;
+    case tagScpiTableKind::NumericSuffix:
+        return static_cast<std::size_t>(table.GetRecordCount() - start);
+    case tagScpiTableKind::None:
+        break;
+    }
+    return 0;
+}
+
+std::vector<tagGroupRange> FindGroups(tagTable& source)
+{
+    CScpiParserTable table;
+    table.SetParserTable(source.records.data(), static_cast<long>(source.records.size()));
+    CScpiParserTableGroups groups;
+    table.AnalyseGroups(groups);
+    std::vector<tagGroupRange> ranges;
+    for (const tagKindTitle& kind : kKinds)
+    {
+        for (const long start : groups.Groups(kind.kind))
+        {
+            ranges.push_back(
+                {kind.kind, static_cast<std::size_t>(start), GroupSize(table, kind.kind, start)});
+        }
+    }
+    return ranges;
+}
+
+/// The text that a record of any kind begins with.
+std::string RecordName(const _CMD_SET_RECORD& record, tagScpiTableKind kind)
+{
+    if (kind == tagScpiTableKind::NumericSuffix)
+    {
+        return fmt::format("{}:{}", record.nse.iValue & ~NSE_HEADER, record.nse.szExpression);
+    }
+    const bool isCommon = kind == tagScpiTableKind::Header && (record.hdr.iFollow & CCMD) != 0;
+    return fmt::format("{}{}", isCommon ? "*" : "", record.hdr.szKeyword);
+}
+
+void AppendGroup(std::string& text, const tagTable& table, const tagGroupRange& group)
+{
+    text += fmt::format("{:>6} {:>6} ", group.start, group.size);
+    for (std::size_t i = group.start; i < group.start + group.size; ++i)
+    {
+        text += ' ' + RecordName(table.records[i], group.kind);
+    }
+    text += '\n';
+}
+
+} // namespace
+
+std::string DescribeGroups(tagTable& table)
+{
+    const std::vector<tagGroupRange> groups = FindGroups(table);
+    std::string text = fmt::format("{} records, {} groups\n", table.records.size(), groups.size());
+    const char* title = nullptr;
+    for (const tagGroupRange& group : groups)
+    {
+        const auto* const kind =
+            std::find_if(std::begin(kKinds), std::end(kKinds), [&](const tagKindTitle& row) {
+                return row.kind == group.kind;
+            });
+        if (kind->title != title)
+        {
+            title = kind->title;
+            text += fmt::format("\n{}\n first  count  entries\n", title);
+        }
+        AppendGroup(text, table, group);
+    }
+    if (const auto outside = RecordsOutsideGroups(table); !outside.empty())
+    {
+        text += fmt::format("\nOutside every group: {}\n", fmt::join(outside, " "));
+    }
+    return Printable(text);
+}
+
+std::vector<std::size_t> RecordsOutsideGroups(tagTable& table)
+{
+    std::vector<bool> isInside(table.records.size());
+    for (const tagGroupRange& group : FindGroups(table))
+    {
+        std::fill_n(isInside.begin() + static_cast<long>(group.start), group.size, true);
+    }
+    std::vector<std::size_t> outside;
+    for (std::size_t i = 0; i < isInside.size(); ++i)
+    {
+        if (!isInside[i])
+        {
+            outside.push_back(i);
+        }
+    }
+    return outside;
+}
+
+} // namespace ZoVelkor::Tools

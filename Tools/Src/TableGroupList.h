@@ -1,0 +1,18 @@
+#pragma once
+
+#include "CScpiParserTableGroups.h"
+#include "TableFile.h"
+
+#include <string>
+#include <vector>
+
+namespace ZoVelkor::Tools
+{
+
+/// The groups of a sound table, kind by kind, and the records outside every group, as text for people.
+std::string DescribeGroups(tagTable& table);
+
+/// Records of a sound table that lie outside every group.
+std::vector<std::size_t> RecordsOutsideGroups(tagTable& table);
+
+} // namespace ZoVelkor::Tools

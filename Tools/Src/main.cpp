@@ -1,0 +1,76 @@
+#include "Subcommands.h"
+#include "ToolFiles.h"
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <fmt/format.h>
+
+#include <csignal>
+#include <cstdio>
+#include <exception>
+
+namespace
+{
+
+using namespace ZoVelkor::Tools;
+
+/// A further subcommand is one more row.
+constexpr AddSubcommand kSubcommands[] = {AddTableCommands};
+
+constexpr const char* kFooter =
+    "Exit codes: 0 success; 1 what was asked for failed (damaged table, instrument "
+    "refused); 2 wrong usage; 3 a file or an instrument cannot be reached.\n"
+    "Example: zo table headers localhost:5025";
+
+tagExitCode Fail(tagExitCode code, const char* message)
+{
+    fmt::print(stderr, "zo: {}\n", message);
+    return code;
+}
+
+tagExitCode RunTool(int argc, char** argv)
+{
+    CLI::App tool("Tools for instruments and their command tables.", "zo");
+    tool.set_version_flag("--version", "zo " ZO_TOOL_VERSION);
+    tool.require_subcommand(1);
+    tool.footer(kFooter);
+    tagExitCode result = tagExitCode::Success;
+    for (const AddSubcommand add : kSubcommands)
+    {
+        add(tool, result);
+    }
+    try
+    {
+        tool.parse(argc, argv);
+    }
+    catch (const CLI::ParseError& fault)
+    {
+        return tool.exit(fault) == 0 ? tagExitCode::Success : tagExitCode::Usage;
+    }
+    return result;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    // Whoever reads a pipe may go; a write then fails and is dealt with there.
+    std::signal(SIGPIPE, SIG_IGN);
+    try
+    {
+        return static_cast<int>(RunTool(argc, argv));
+    }
+    catch (const tagReaderGone&)
+    {
+        return static_cast<int>(tagExitCode::Success);
+    }
+    catch (const CToolError& error)
+    {
+        return static_cast<int>(Fail(error.Code(), error.what()));
+    }
+    catch (const std::exception& error)
+    {
+        return static_cast<int>(Fail(tagExitCode::Failed, error.what()));
+    }
+}
