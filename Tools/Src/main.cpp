@@ -9,6 +9,8 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <string>
+#include <vector>
 
 namespace
 {
@@ -46,6 +48,11 @@ tagExitCode RunTool(int argc, char** argv)
     }
     catch (const CLI::ParseError& fault)
     {
+        const std::vector<std::string> unknown = tool.remaining(true);
+        if (fault.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError) && !unknown.empty())
+        {
+            return Fail(tagExitCode::Usage, ("unknown: " + unknown.front() + "; see --help").c_str());
+        }
         return tool.exit(fault) == 0 ? tagExitCode::Success : tagExitCode::Usage;
     }
     return result;

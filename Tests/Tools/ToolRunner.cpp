@@ -1,0 +1,120 @@
+#include "ToolRunner.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <spawn.h>
+#include <sstream>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace ZoVelkor::Tools::Testing
+{
+
+namespace
+{
+
+struct tagFileCloser
+{
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+/// A nameless file; unlike a pipe it takes any amount.
+class CScratchFile
+{
+public:
+    explicit CScratchFile(std::string_view text = {})
+    {
+        std::fwrite(text.data(), 1, text.size(), m_file.get());
+        std::rewind(m_file.get());
+    }
+
+    int Descriptor() const { return fileno(m_file.get()); }
+
+    std::string Text() const
+    {
+        std::string text;
+        std::rewind(m_file.get());
+        for (int c = 0; (c = std::fgetc(m_file.get())) != EOF;)
+        {
+            text += static_cast<char>(c);
+        }
+        return text;
+    }
+
+private:
+    std::unique_ptr<std::FILE, tagFileCloser> m_file{std::tmpfile()};
+};
+
+int Wait(pid_t process)
+{
+    int status = 0;
+    waitpid(process, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+} // namespace
+
+std::string TableFile(std::span<const _CMD_SET_RECORD> records)
+{
+    char prefix[32];
+    std::snprintf(prefix, sizeof prefix, "1.00,#6%06zu", records.size_bytes());
+    return std::string(prefix).append(reinterpret_cast<const char*>(records.data()), records.size_bytes());
+}
+
+ToolTest::ToolTest()
+{
+    std::string name = (std::filesystem::temp_directory_path() / "zo-tool-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr)
+    {
+        throw std::runtime_error("no folder " + name);
+    }
+    m_folder = name;
+}
+
+ToolTest::~ToolTest()
+{
+    std::filesystem::remove_all(m_folder);
+}
+
+tagRun ToolTest::Run(const std::string& arguments, std::string_view input, int output) const
+{
+    std::istringstream words("zo " + arguments);
+    std::vector<std::string> texts{std::istream_iterator<std::string>(words), {}};
+    std::vector<char*> argv;
+    for (std::string& text : texts)
+    {
+        argv.push_back(text.data());
+    }
+    argv.push_back(nullptr);
+    const CScratchFile in(input);
+    const CScratchFile out;
+    const CScratchFile err;
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addchdir_np(&actions, m_folder.c_str());
+    posix_spawn_file_actions_adddup2(&actions, in.Descriptor(), STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, output < 0 ? out.Descriptor() : output, STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, err.Descriptor(), STDERR_FILENO);
+    pid_t process = 0;
+    const int fault = posix_spawn(&process, ZO_TOOL, &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    const int exitCode = fault == 0 ? Wait(process) : -1;
+    return {exitCode, out.Text(), err.Text()};
+}
+
+void ToolTest::Write(const std::string& name, std::string_view bytes) const
+{
+    std::ofstream(m_folder / name, std::ios::binary) << bytes;
+}
+
+std::string ToolTest::Read(const std::string& name) const
+{
+    std::ifstream file(m_folder / name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+} // namespace ZoVelkor::Tools::Testing
