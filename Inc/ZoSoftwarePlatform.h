@@ -3,6 +3,7 @@
 // Everything that applications of the instrument need. Left out on purpose: ScpiTableMacros.h, whose short
 // names belong into the file that holds a command table, and ZoStringQt.h, which needs Qt.
 
+#include "CBScpiBlockData.h"
 #include "CBScpiCommands.h"
 #include "CBScpiDeviceHandler.h"
 #include "CBScpiEmulationCallback.h"

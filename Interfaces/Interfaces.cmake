@@ -1,4 +1,5 @@
 zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces/_Inc HEADERS
+    CBScpiBlockData.h
     CBScpiCommands.h
     CBScpiDeviceHandler.h
     CBScpiEmulationCallback.h
@@ -27,6 +28,7 @@ zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces
     ScpiParserTree.h
     ScpiStatusData.h)
 target_sources(zosoftwareplatformembedded PRIVATE
+    ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiBlockData.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiCommands.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiDeviceHandler.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiEmulationCallback.cpp
