@@ -20,9 +20,9 @@ namespace ZoVelkor
 ///
 /// Header trees are united level by level: records of one keyword (compared byte by byte) become one record,
 /// in the order in which the keywords first appear. The last record with a handler or with parameters defines
-/// the joined one, its flags and its numeric-suffix expression included. Parameters, units and mnemonics are
-/// copied, each plug-in's in a place of its own. A child group that several headers of a plug-in share stays
-/// shared where no other plug-in adds to it; so do equal unions.
+/// the joined one, its flags and its numeric-suffix expression included. Parameters, units and mnemonics of
+/// the joined commands are copied, each plug-in's in a place of its own. A child group that several headers
+/// of a plug-in share stays shared where no other plug-in adds to it; so do equal unions.
 ///
 /// Joined table: common commands, root group, further header groups, parameters, units, mnemonics,
 /// expressions. Behind common commands the root group begins with a node without name or handler where its
@@ -75,7 +75,7 @@ private:
         CScpiParserTableGroups groups;
 
         bool isSound = false;          ///< takes part in the merge
-        std::vector<bool> isParameter; ///< by record: reached through a parameter chain
+        std::vector<bool> isParameter; ///< by record: parameter of a joined command
         std::array<std::vector<std::uint32_t>, kScpiTableKinds> places; ///< by kind and record: joined index
         std::unordered_map<std::size_t, std::string_view> expressions;  ///< by header record
     };
@@ -112,7 +112,8 @@ private:
     void Discard();
     bool Examine(const DynamicPlugInData& plugin);
     void AnalysePlugin(DynamicPlugInData& plugin);
-    static void MarkParameters(DynamicPlugInData& plugin);
+    void MarkParameters();
+    static void MarkChain(DynamicPlugInData& plugin, std::uint32_t first);
     void ReportHiddenRoot(DynamicPlugInData& plugin, long placeholder);
     void Report(const DynamicPlugInData& plugin, const _CMD_SET_RECORD* record, const std::string& text);
     void Report(const tagRecordReference& record, std::string_view field, const std::string& text);

@@ -32,6 +32,30 @@ std::size_t KindIndex(tagScpiTableKind kind)
     return static_cast<std::size_t>(kind);
 }
 
+/// First record and number of records.
+using tagRun = std::pair<std::size_t, std::size_t>;
+
+/// What one parameter brings along: the way to the next parameter, or its units or mnemonics.
+tagRun RunOf(tagScpiTableKind kind, const _CMD_SET_RECORD* table, std::size_t record, std::size_t count)
+{
+    const _CS_PAR& parameter = table[record].par;
+    if (kind == tagScpiTableKind::Parameter)
+    {
+        return {record, parameter.iNextPar > record ? parameter.iNextPar - record + 1 : 1};
+    }
+    const bool isUnit = kind == tagScpiTableKind::UnitSuffix;
+    const std::size_t start = isUnit ? parameter.iSuffixList : parameter.iKeywords;
+    if (start == 0)
+    {
+        return {};
+    }
+    // The count of a parameter may reach further than the length that the group itself tells, and then that
+    // length need not be sound.
+    const std::size_t length = table[start].chr.iLength;
+    return {start,
+            std::max<std::size_t>(length <= count - start ? length : 0, isUnit ? 0 : parameter.iCount)};
+}
+
 /// Runs of records, from the first up to the one behind the last.
 using tagRuns = std::vector<std::pair<std::size_t, std::size_t>>;
 
@@ -91,10 +115,12 @@ void CScpiParserTableMerger::Run(tagTable& table, tagSinks& sinks)
             AnalysePlugin(plugin);
         }
     }
+    MergeHdr();
+    // What only replaced commands use is not copied: no group of the joined table would lead to it.
+    MarkParameters();
     MergeChr();
     MergeSfx();
     MergePar();
-    MergeHdr();
     MergeRenderOffsets(table, sinks);
     MergeRenderBinary(table, sinks);
     const auto fault = table.size() == 0 ? std::nullopt : CheckScpiTable(&table[0], table.size());
@@ -165,7 +191,7 @@ void CScpiParserTableMerger::AnalysePlugin(DynamicPlugInData& plugin)
         plugin.table.AnalyseHeaderGroup(plugin.groups, behind);
         ReportHiddenRoot(plugin, behind);
     }
-    MarkParameters(plugin);
+    plugin.isParameter.assign(count, false);
     for (std::vector<std::uint32_t>& places : plugin.places)
     {
         places.clear();
@@ -188,23 +214,28 @@ void CScpiParserTableMerger::ReportHiddenRoot(DynamicPlugInData& plugin, long pl
     }
 }
 
-/// Finds out which records are parameters: a chain may pass over records of other kinds.
-void CScpiParserTableMerger::MarkParameters(DynamicPlugInData& plugin)
+/// Finds out which records are parameters of joined commands: a chain may pass over records of other kinds.
+void CScpiParserTableMerger::MarkParameters()
 {
-    plugin.isParameter.assign(plugin.iSize / kRecordSize, false);
-    for (const long start : plugin.groups.Groups(tagScpiTableKind::Header))
+    for (const DynamicParserTableGroup& level : m_headerGroups)
     {
-        const _CMD_SET_RECORD* const group = plugin.pTable + start;
-        for (std::uint32_t i = 0; i < group->hdr.iLength; ++i)
+        for (const tagRecordReference& definition : level.definitions)
         {
-            std::uint32_t previous = 0;
-            for (std::uint32_t parameter = group[i].hdr.iDatatype;
-                 parameter > previous && !plugin.isParameter[parameter];)
+            if (definition.pPlugIn != nullptr)
             {
-                plugin.isParameter[parameter] = true;
-                previous = std::exchange(parameter, plugin.pTable[parameter].par.iNextPar);
+                MarkChain(*definition.pPlugIn, definition.Record().hdr.iDatatype);
             }
         }
+    }
+}
+
+void CScpiParserTableMerger::MarkChain(DynamicPlugInData& plugin, std::uint32_t first)
+{
+    std::uint32_t previous = 0;
+    for (std::uint32_t parameter = first; parameter > previous && !plugin.isParameter[parameter];)
+    {
+        plugin.isParameter[parameter] = true;
+        previous = std::exchange(parameter, plugin.pTable[parameter].par.iNextPar);
     }
 }
 
@@ -232,20 +263,13 @@ void CScpiParserTableMerger::MergeLists(tagScpiTableKind kind, std::list<Dynamic
             continue;
         }
         tagRuns runs;
-        for (const long start : plugin.groups.Groups(kind))
+        for (std::size_t i = 0; i < plugin.isParameter.size(); ++i)
         {
-            const long size = kind == tagScpiTableKind::Parameter
-                                  ? plugin.table.GetParGroupSize(start)
-                                  : TableIndex(plugin.pTable[start].sfx.iLength);
-            runs.emplace_back(start, start + size);
-        }
-        // The count of a parameter may reach further than the length that the group itself tells.
-        for (std::size_t i = 0; kind == tagScpiTableKind::CharacterData && i < plugin.isParameter.size(); ++i)
-        {
-            const _CS_PAR& parameter = plugin.pTable[i].par;
-            if (plugin.isParameter[i] && parameter.iKeywords != 0 && parameter.iCount != 0)
+            const auto [start, length] =
+                plugin.isParameter[i] ? RunOf(kind, plugin.pTable, i, plugin.isParameter.size()) : tagRun();
+            if (length != 0)
             {
-                runs.emplace_back(parameter.iKeywords, parameter.iKeywords + parameter.iCount);
+                runs.emplace_back(start, start + length);
             }
         }
         UniteRuns(runs);
@@ -466,16 +490,16 @@ void CScpiParserTableMerger::MergeRenderBinary(tagTable& table, tagSinks& sinks)
     {
         RenderLevel(level, table, sinks);
     }
-    for (const DynamicParserTableGroup& group : m_parameterGroups)
-    {
-        RenderParameters(group, table);
-    }
     for (const auto* const groups : {&m_unitGroups, &m_characterGroups})
     {
         for (const DynamicParserTableGroup& group : *groups)
         {
             RenderList(group, table);
         }
+    }
+    for (const DynamicParserTableGroup& group : m_parameterGroups)
+    {
+        RenderParameters(group, table);
     }
     std::size_t place = table.size() - m_expressions.size();
     for (const tagSuffixExpression& expression : m_expressions)
@@ -505,6 +529,8 @@ void CScpiParserTableMerger::RenderLevel(const DynamicParserTableGroup& level,
         const DynamicParserTableGroup* const child = level.children[i];
         header.iSubStart = child != nullptr ? static_cast<std::uint32_t>(child->iNewIndex) : 0;
         header.iLength = i == 0 ? static_cast<std::uint32_t>(level.iLength) : 0;
+        // The mark of expressions means nothing here, and the record may become the last one of the table.
+        header.iFollow &= ~NSE_HEADER;
         if (header.iDatatype != 0)
         {
             const auto& places = definition.pPlugIn->places[KindIndex(tagScpiTableKind::Parameter)];
@@ -537,6 +563,12 @@ void CScpiParserTableMerger::RenderParameters(const DynamicParserTableGroup& gro
         parameter.iKeywords = joined(tagScpiTableKind::CharacterData, parameter.iKeywords);
         const bool hasNext = parameter.iNextPar > record;
         parameter.iNextPar = hasNext ? joined(tagScpiTableKind::Parameter, parameter.iNextPar) : 0;
+        parameter.iExponent &= ~NSE_HEADER;
+        if (parameter.iKeywords != 0)
+        {
+            std::uint32_t& length = table[parameter.iKeywords].chr.iLength;
+            length = std::max(length, parameter.iCount);
+        }
     }
 }
 
@@ -547,11 +579,10 @@ void CScpiParserTableMerger::RenderList(const DynamicParserTableGroup& group, ta
     {
         // Units and mnemonics are laid out alike; what lies behind their length means nothing.
         _CS_CHR record = group.pPlugIn->pTable[group.iFirst + i].chr;
+        record.iLength = std::min(record.iLength, static_cast<std::uint32_t>(group.iLength - i));
         std::fill(std::begin(record.iUnused), std::end(record.iUnused), 0U);
         table[place + i].chr = record;
     }
-    std::uint32_t& length = table[place].chr.iLength;
-    length = std::max(length, static_cast<std::uint32_t>(group.iLength));
 }
 
 long CScpiParserTable::MergePlugins(CScpiPropErrorStrategy& errors,

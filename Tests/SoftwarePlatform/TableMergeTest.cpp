@@ -10,6 +10,7 @@
 #include <cstring>
 #include <functional>
 #include <random>
+#include <sstream>
 
 namespace
 {
@@ -18,6 +19,7 @@ using namespace ZoVelkor;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using tagRecords = std::vector<CMD_SET_RECORD>;
 using tagLines = std::list<std::string>;
 
@@ -138,6 +140,25 @@ const tagRecords kCommonOnly = {HDR("RST", 1, DEF, 0, 2, 0, CCMD), HDR("CLS", 2,
 const tagRecords kUnmarkedCommon = {HDR("TST", 3, DEF, 0, 2, 0, CCMD), HDR("RST", 4, DEF, 0, 0, 0, 0)};
 const tagRecords kPlaceholder = {
     HDR("IDN", 1, DEF, 0, 1, 0, CCMD), HDR("undef", DEF, DEF, 0, 1, 0, 0), HDR("LOST", 1, DEF, 0, 1, 0, 0)};
+/// Takes a command away from kPlain, with parameter and word; its own parameter is last when joined.
+const tagRecords kReplacing = {
+    /*  0 */ HDR("SYSTem", DEF, DEF, 2, 1, 0, 0),
+    /*  1 */ PAR("r", ARG_STRG, 0, 0, 0, 0, NSE_HEADER),
+    /*  2 */ HDR("DATE", 8, DEF, 0, 1, 1, 0),
+};
+/// A group of units that begins inside another one, and words of which one parameter counts more than the group tells.
+const tagRecords kNested = {
+    /*  0 */ HDR("ONE", 1, DEF, 0, 2, 2, 0),
+    /*  1 */ HDR("TWO", 2, DEF, 0, 0, 6, 0),
+    /*  2 */ PAR("a", ARG_SINT, 4, 0, 0, 3, 0),
+    /*  3 */ PAR("b", MNEM, 0, 3, 7, 0, 0),
+    /*  4 */ SFX("HZ", 1, 2),
+    /*  5 */ SFX("KHZ", 2, 1),
+    /*  6 */ PAR("c", ARG_SINT, 5, 0, 0, 0, 0),
+    /*  7 */ CHR("LOW", 1, 99),
+    /*  8 */ CHR("MID", 2, 1),
+    /*  9 */ CHR("HIGH", 3, 0),
+};
 const tagRecords kEmpty = {HDR("A", 1, DEF, 0, 0, 0, 0)};
 
 struct tagMergeCase
@@ -168,6 +189,8 @@ const tagMergeCase kMergeCases[] = {
     {"PlaceholderIsTakenAsItStands", {kPlaceholder, kOneCommand}, {"*IDN", ":MODE?"}, {"IDNA", "MODEB"},
      "Plug-in 'A', record 1, keyword: the commands behind the placeholder group are left out"},
     {"NothingButPlaceholder", {kPlaceholder, kEmpty}, {"*IDN"}, {"IDNA"}, "left out"},
+    {"NestedLists", {kNested, kEmpty}, {":ONE <integer> [HZ|KHZ],HIGH|LOW|MID", ":TWO <integer> [KHZ]"}, {"ONEA", "TWOA"}, ""},
+    {"ReplacedParameters", {kPlain, kReplacing}, {":SYSTem:DATE <string>", ":MODE"}, {"MODEA", "DATEB"}, "'DATE' replaces"},
     {"EmptyTables", {kEmpty, kEmpty}, {}, {}, ""},
     {"EmptyBesideFull", {kEmpty, kOneCommand}, {":MODE?"}, {"MODEB"}, ""},
     {"SameKeywordTwice", {{HDR("A", 1, DEF, 0, 2, 0, 0), HDR("A", 2, DEF, 0, 0, 0, QMARK)}, kEmpty}, {":A?"}, {"AA"}, "'A' replaces"},
@@ -185,6 +208,15 @@ TEST(TableMerge, ListsAndOwners)
         EXPECT_EQ(merge.sinks.size(), merge.joined.size());
         EXPECT_EQ(merge.size, merge.joined.size() * 40);
         EXPECT_EQ(merge.table.GetParserTable(), merge.joined.size() == 0 ? nullptr : &merge.joined[0]);
+        if (merge.joined.size() != 0)
+        {
+            EXPECT_EQ(CheckScpiTable(&merge.joined[0], merge.joined.size()), std::nullopt);
+        }
+        // A record outside every group would shift the indexes of a compiled table.
+        std::ostringstream source;
+        std::ostringstream header;
+        merge.table.DumpSourceHeader(source, header);
+        EXPECT_THAT(source.str(), Not(HasSubstr("UNREFERENCED")));
         EXPECT_THAT(merge.reports, HasSubstr(row.szReport));
         EXPECT_EQ(merge.reports.empty(), *row.szReport == '\0') << merge.reports;
     }
