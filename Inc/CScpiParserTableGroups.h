@@ -67,7 +67,7 @@ public:
 
     // State of writing.
     tagScpiTableKind m_eKind = tagScpiTableKind::None;       ///< kind of the group being written
-    long m_iGroupEnd = 0;                                    ///< one behind the group being written
+    std::array<long, kScpiTableKinds> m_groupEnds = {};      ///< by kind: one behind what has begun so far
     std::map<std::string, long> m_labels;                    ///< group labels: B_ starts, L_ lengths
     std::map<std::string, long> m_modeNames;                 ///< names of handlers, with their numbers
     std::array<bool, kScpiTableKinds> m_commentWritten = {}; ///< by kind: the column comment is written

@@ -327,6 +327,11 @@ void WriteGroupBlock(
     groups.m_labels["L" + name] = size;
 }
 
+long& GroupEnd(CScpiParserTableGroups& groups, tagScpiTableKind kind)
+{
+    return groups.m_groupEnds.at(static_cast<std::size_t>(kind));
+}
+
 bool StartsAt(const CScpiParserTableGroups& groups, tagScpiTableKind kind, long index)
 {
     const std::vector<long>& starts = groups.Groups(kind);
@@ -393,14 +398,19 @@ void CScpiParserTable::DumpSource_Group(std::ostream& source,
                                         CScpiParserTableGroups& groups,
                                         long index) const
 {
-    if (index >= groups.m_iGroupEnd)
+    // Behind a group that lies inside another one the outer group goes on.
+    if (groups.m_eKind == tagScpiTableKind::None || index >= GroupEnd(groups, groups.m_eKind))
     {
-        groups.m_eKind = tagScpiTableKind::None;
+        const auto* const outer =
+            std::find_if(std::begin(kKinds), std::end(kKinds), [&](const tagKindText& row) {
+                return index < GroupEnd(groups, row.kind);
+            });
+        groups.m_eKind = outer != std::end(kKinds) ? outer->kind : tagScpiTableKind::None;
     }
     if (StartsAt(groups, tagScpiTableKind::NumericSuffix, index))
     {
         groups.m_eKind = tagScpiTableKind::NumericSuffix;
-        groups.m_iGroupEnd = groups.TableEnd();
+        GroupEnd(groups, groups.m_eKind) = groups.TableEnd();
         return;
     }
     const auto* const text = std::find_if(std::begin(kKinds), std::end(kKinds), [&](const tagKindText& row) {
@@ -413,9 +423,8 @@ void CScpiParserTable::DumpSource_Group(std::ostream& source,
     const long size = GetGroupSize(text->kind, index);
     WriteGroupBlock(source, groups, *text, index, size);
     // A parameter chain may begin inside another one; the longer one counts.
-    const long formerEnd = groups.m_eKind == text->kind ? groups.m_iGroupEnd : 0;
     groups.m_eKind = text->kind;
-    groups.m_iGroupEnd = std::max(formerEnd, index + size);
+    GroupEnd(groups, text->kind) = std::max(GroupEnd(groups, text->kind), index + size);
 }
 
 long CScpiParserTable::GetGroupSize(tagScpiTableKind kind, long start) const

@@ -96,6 +96,17 @@ TEST(TableSource, ParameterChainGoesOnBehindAShorterOneInside)
     EXPECT_THAT(SourceOf(records), HasSubstr("/* [4] */   ,PAR( \"second\"  "));
 }
 
+TEST(TableSource, ParameterChainGoesOnBehindWordsInside)
+{
+    CMD_SET_RECORD records[] = {
+        HDR("A", 1, DEF, 0, 1, 1, 0),
+        PAR("first", MNEM, 0, 1, 2, 3, 0),
+        CHR("WORD", 1, 1),
+        PAR("second", 0, 0, 0, 0, 0, 0),
+    };
+    EXPECT_THAT(SourceOf(records), HasSubstr("/* [3] */   ,PAR( \"second\"  "));
+}
+
 TEST(TableSource, TextWithoutTerminatorLosesTheByteThatItWouldNeed)
 {
     CMD_SET_RECORD records[] = {HDR("", 1, DEF, 0, 1, 0, 0)};
