@@ -28,7 +28,7 @@ public:
 
     void AnalyseHeaders(long root)
     {
-        m_pending.push_back(root);
+        AddPending(root);
         while (!m_pending.empty())
         {
             const long start = m_pending.back();
@@ -44,12 +44,19 @@ private:
         return start < m_iCount && m_seen[static_cast<std::size_t>(kind)].insert(start).second;
     }
 
+    void AddPending(long start)
+    {
+        if (IsNew(tagScpiTableKind::Header, start))
+        {
+            m_pending.push_back(start);
+        }
+    }
+
     bool IsInside(long start, long size) const { return size <= m_iCount - start; }
 
     void AnalyseHeaderGroup(long start)
     {
-        const long length =
-            IsNew(tagScpiTableKind::Header, start) ? TableIndex(m_pRecords[start].hdr.iLength) : -1;
+        const long length = TableIndex(m_pRecords[start].hdr.iLength);
         if (length < 0 || !IsInside(start, length))
         {
             return;
@@ -60,7 +67,7 @@ private:
             const _CS_HDR& header = m_pRecords[i].hdr;
             if (TableIndex(header.iSubStart) > 0)
             {
-                m_pending.push_back(TableIndex(header.iSubStart));
+                AddPending(TableIndex(header.iSubStart));
             }
             if (TableIndex(header.iDatatype) > 0)
             {
