@@ -16,10 +16,10 @@ class CSwitchBoard
 {
 public:
     /// Closes just the listed switches, as a selector does: all others open. The query takes a list too and
-    /// answers 1 for each closed switch, 0 for an open one.
+    /// answers 1 for each closed switch, 0 for an open one; the list (@) opens all and is no query.
     ///
     /// @return as handlers do; -171 for a bad list, -223 for too many channels, -222 for a switch that is not
-    /// there
+    /// there, -224 for a query of no switch
     HRESULT HandleClose(CCommandExecutionData& record);
 
     /// Opens all.

@@ -6,6 +6,7 @@
 #include "SettingHandlers.h"
 #include "SteppedSetting.h"
 
+#include <cmath>
 #include <limits>
 #include <numeric>
 
@@ -24,6 +25,19 @@ ReadInteger(CCommandExecutionData& record, unsigned long index, long minimum, lo
         return S_FALSE;
     }
     return value < minimum || value > maximum ? record.SetScpiError(kScpiDataOutOfRange) : S_OK;
+}
+
+/// Adds with what the stand-ins of infinity and not-a-number mean (SCPI-99 vol. 1, 7.2.1.4 and 7.2.1.5).
+double AddMeaning(double sum, double summand)
+{
+    using Number = std::numeric_limits<double>;
+    constexpr double kInfinity = 9.9E37;
+    constexpr double kNotANumber = 9.91E37;
+    if (summand == kNotANumber)
+    {
+        return Number::quiet_NaN();
+    }
+    return sum + (std::abs(summand) == kInfinity ? std::copysign(Number::infinity(), summand) : summand);
 }
 
 HRESULT SetCondition(const wchar_t* registerName, long value)
@@ -150,7 +164,7 @@ HRESULT CConformanceCommands::Sum(Pool& pool)
     {
         return S_FALSE;
     }
-    return pool.DoubleResponse(std::accumulate(summands.begin(), summands.end(), 0.0));
+    return pool.DoubleResponse(std::accumulate(summands.begin(), summands.end(), 0.0, &AddMeaning));
 }
 
 HRESULT CConformanceCommands::RouteClose(Record& record)

@@ -53,6 +53,11 @@ HRESULT CSwitchBoard::HandleClose(CCommandExecutionData& record)
         }
         return S_OK;
     }
+    if (switches.empty())
+    {
+        // The client would wait for an answer that has no item.
+        return record.SetScpiError(kScpiIllegalParameterValue);
+    }
     for (const std::size_t number : switches)
     {
         if (record.BooleanResponse(m_closed.test(number)) != S_OK)
