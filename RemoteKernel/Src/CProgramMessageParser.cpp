@@ -290,17 +290,20 @@ private:
     short CollectSuffixes(const tagCommandEntry& entry) noexcept
     {
         m_suffixCount = 0;
-        const std::uint32_t written = m_index->Node(m_node).iSlotCount;
+        const CCommandIndex& index = *m_index;
+        const std::uint32_t written = index.Node(m_node).iSlotCount;
         std::uint32_t place = 0;
-        for (const tagSuffixSlot& slot : m_index->SuffixSlots(entry))
+        for (const tagSuffixSlot& slot : index.SuffixSlots(entry))
         {
             const long suffix = place < written ? m_slots[place] : 1L;
-            if (!m_index->AcceptsSuffix(slot, suffix))
+            if (!index.AcceptsSuffix(slot, suffix))
             {
                 return kScpiHeaderSuffixOutOfRange;
             }
-            m_suffixes[m_suffixCount] = suffix;
-            m_suffixCount += slot.bOwn ? 1U : 0U;
+            if (slot.bOwn)
+            {
+                m_suffixes[m_suffixCount++] = suffix;
+            }
             ++place;
         }
         return 0;

@@ -80,11 +80,15 @@ private:
         pattern.remove_prefix(optional ? 1 : 0);
         pattern.remove_prefix(pattern.front() == ':' ? 1 : 0);
         const std::size_t length = std::min(pattern.find_first_of("[]:"), pattern.size());
-        const std::string keyword(pattern.substr(0, length));
+        std::string keyword(pattern.substr(0, length));
         const std::size_t stem = std::min(keyword.find('#'), length);
         pattern.remove_prefix(length + (optional ? 1 : 0));
-        return (optional ? "[" + keyword.substr(0, stem) + "]" : keyword.substr(0, stem)) +
-               keyword.substr(stem);
+        if (optional)
+        {
+            keyword.insert(stem, 1, ']');
+            keyword.insert(0, 1, '[');
+        }
+        return keyword;
     }
 
     static tagNode& Child(tagNode& parent, std::string keyword)
