@@ -93,6 +93,10 @@ public:
     CBScpiStatusRegister& operator=(const CBScpiStatusRegister&) = delete;
     virtual ~CBScpiStatusRegister();
 
+protected:
+    /// The register's lock, for derived classes that do more than one step at once. It is recursive.
+    CCritSection& Section() const noexcept { return m_lock; }
+
 private:
     using RegisterWord = std::uint32_t;
     using WordGetter = HRESULT (IZOScpiStatusRegister::*)(wchar_t*);

@@ -68,6 +68,7 @@ private:
         CUniqueEvent idle; // manual reset, set while nothing is pending
     };
 
+    HRESULT Begin(long remotePath, unsigned long& operation);
     bool IsIdle(long remotePath, int& idleDescriptor);
     void ReportComplete(long remotePath) const noexcept;
 

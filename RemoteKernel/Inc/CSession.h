@@ -101,7 +101,8 @@ public:
     {
         return static_cast<unsigned char>(m_spStatus->StatusByte().SerialPoll());
     }
-    /// @param pObserver  borrowed; set before the first message; may be null
+    /// @param pObserver  borrowed until another one is set or the session has ended; null: none. Threads:
+    /// any.
     void SetServiceRequestObserver(IServiceRequestObserver* pObserver) noexcept
     {
         m_spStatus->StatusByte().SetObserver(pObserver);
@@ -129,7 +130,7 @@ private:
     CRemoteKernel& m_kernel;
     const CComPtr<CSessionOutput> m_spOutput;
     const CComPtr<CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>> m_spFormat;
-    const CUniqueEvent m_cancelEvent;
+    const SharedEvent m_spCancelEvent;
     const std::shared_ptr<CSessionStatus> m_spStatus;
     const std::shared_ptr<CErrorQueue> m_spErrors;
     const long m_iRemotePath;

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "CErrorQueue.h"
+#include "CStandardEventRegister.h"
 #include "CStatusByteRegister.h"
-#include "Handle.h"
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -14,11 +14,11 @@ class CSessionStatus final : public IErrorQueueObserver
 public:
     /// The power-on event is set: the session has not seen it yet.
     ///
-    /// @param deviceClearEvent  ends waits for bits of these registers while it is set
-    explicit CSessionStatus(HANDLE deviceClearEvent);
+    /// @param spWaitEnd  ends waits for bits of these registers while it is set
+    explicit CSessionStatus(const SharedEvent& spWaitEnd);
 
     CStatusByteObject& StatusByte() noexcept { return *m_spStatusByte; }
-    CStatusRegisterObject& StandardEvent() noexcept { return *m_spStandardEvent; }
+    CStandardEventObject& StandardEvent() noexcept { return *m_spStandardEvent; }
 
     /// Latches an event of the standard event register.
     void SetEvent(wchar_t bit) noexcept;
@@ -28,7 +28,7 @@ public:
 
 private:
     const CComPtr<CStatusByteObject> m_spStatusByte;
-    const CComPtr<CStatusRegisterObject> m_spStandardEvent;
+    const CComPtr<CStandardEventObject> m_spStandardEvent;
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -20,7 +20,7 @@ public:
 
     /// As in the base; a reason for service goes with the bit that was the reason.
     HRESULT ModifyCondition(wchar_t mask, wchar_t value) override;
-    HRESULT SetCondition(long bit, short on) override;
+    /// As in the base; a bit that is set and newly enabled is a new reason for service.
     HRESULT SetEnable(wchar_t value) override;
     HRESULT DoUpdateParentRegister(bool summary) override;
 
@@ -44,8 +44,9 @@ public:
     /// The byte as a serial poll gives it, with RQS in bit 6; the request for service ends.
     wchar_t SerialPoll() noexcept;
 
-    /// @param pObserver  borrowed; set before the session's first message; may be null
-    void SetObserver(IServiceRequestObserver* pObserver) noexcept { m_pObserver = pObserver; }
+    /// @param pObserver  borrowed until another one is set; null: none. When this returns, the former one is
+    /// not called any more.
+    void SetObserver(IServiceRequestObserver* pObserver) noexcept;
 
 protected:
     ~CStatusByteRegister() override = default;
@@ -54,10 +55,9 @@ private:
     void UpdateMessageAvailable() noexcept;
     wchar_t Enabled() noexcept;
 
-    CCritSection m_messageSection; // keeps the bit in step with the flag; taken before the register's lock
     std::atomic<bool> m_bMessageAvailable{false};
     std::atomic<bool> m_bWatched{false};
-    IServiceRequestObserver* m_pObserver = nullptr;
+    IServiceRequestObserver* m_pObserver = nullptr; // guarded by Section()
 };
 
 using CStatusByteObject = CComObject<CStatusByteRegister, IZOScpiStatusRegister>;

@@ -49,7 +49,7 @@ public:
     }
     /// *CLS: clears the events of the instrument's registers.
     void ClearEvents() noexcept;
-    /// STATus:PRESet (SCPI-99 vol. 2, 20.7): enable masks and filters of the instrument's registers.
+    /// STATus:PRESet (SCPI-99 vol. 2, 20.7): loads the preset defaults of the instrument's registers.
     void Preset() noexcept;
 
     /// *PSC: whether the enable masks are cleared at power-on (IEEE 488.2 section 10.25).
@@ -57,12 +57,12 @@ public:
     bool IsPowerOnClear() const noexcept { return m_bPowerOnClear.load(); }
 
     /// Ends all waits for bits of the instrument's registers; there will be no more.
-    void Stop() noexcept { SetEvent(m_stopEvent.Get()); }
+    void Stop() noexcept { SetEvent(m_spStopEvent->Get()); }
 
 private:
     std::shared_ptr<CSessionStatus> Find(long remotePath);
 
-    const CUniqueEvent m_stopEvent;
+    const SharedEvent m_spStopEvent;
     const CComPtr<CSummaryDistributorObject> m_spDistributor;
     std::array<CComPtr<CStatusRegisterObject>, kInstrumentRegisterCount> m_registers;
     std::atomic<bool> m_bPowerOnClear{true};

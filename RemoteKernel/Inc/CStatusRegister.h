@@ -3,10 +3,14 @@
 #include "CBScpiStatusRegister.h"
 #include "CComObject.h"
 
+#include <memory>
 #include <string>
 
 namespace ZoVelkor::RemoteKernel
 {
+
+/// An event that several objects need; the last of them closes it.
+using SharedEvent = std::shared_ptr<const CUniqueEvent>;
 
 /// A status register of the kernel: named, and able to describe itself. Threads: any operation from any
 /// thread.
@@ -18,9 +22,14 @@ public:
     /// @param presetEnable  enable mask of a new register, and after STATus:PRESet
     CStatusRegister(std::wstring name, wchar_t mask, wchar_t presetEnable);
 
+    /// Lets an event end the waits for bits while it is set; the register keeps it alive.
+    void EndWaitsWith(SharedEvent spEvent);
+
     const std::wstring& Name() const noexcept { return m_sName; }
     wchar_t Mask() const noexcept { return m_mask; }
 
+    /// As in the base, by way of ModifyCondition: what a register adds to a change holds for one bit too.
+    HRESULT SetCondition(long bit, short on) override;
     HRESULT DoGetScpiStatusData(tagScpiStatusData* data) override;
 
 protected:
@@ -29,6 +38,7 @@ protected:
 private:
     const std::wstring m_sName;
     const wchar_t m_mask;
+    SharedEvent m_spWaitEnd;
 };
 
 using CStatusRegisterObject = CComObject<CStatusRegister, IZOScpiStatusRegister>;

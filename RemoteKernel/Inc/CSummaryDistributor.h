@@ -2,7 +2,6 @@
 
 #include "CStatusByteRegister.h"
 
-#include <mutex>
 #include <vector>
 
 namespace ZoVelkor::RemoteKernel
@@ -27,8 +26,8 @@ protected:
     ~CSummaryDistributor() override = default;
 
 private:
-    std::mutex m_mutex; // taken after the lock of a child, before those of the status bytes
-    std::vector<CComPtr<CStatusByteObject>> m_statusBytes; // guarded by m_mutex
+    // Guarded by Section(), which is taken after the lock of a child and before those of the status bytes.
+    std::vector<CComPtr<CStatusByteObject>> m_statusBytes;
 };
 
 using CSummaryDistributorObject = CComObject<CSummaryDistributor, IZOScpiStatusRegister>;

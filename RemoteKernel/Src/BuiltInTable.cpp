@@ -144,7 +144,7 @@ private:
         }
         if (count == 0)
         {
-            return Add(PAR("mask", kMaskNumber, 0, 0, 0, 0, ARG_FLAG_REP));
+            return Add(PAR("mask", kMaskNumber | ARG_EXPR, 0, 0, 0, 0, ARG_FLAG_REP));
         }
         m_table[words].chr.iLength = count;
         return Add(PAR("mask", kMaskNumber | ARG_EXPR | MNEM, 0, count, words, 0, ARG_FLAG_REP));

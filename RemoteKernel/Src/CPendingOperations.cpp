@@ -1,5 +1,7 @@
 #include "CPendingOperations.h"
 
+#include "GuardedEntry.h"
+
 #include <cerrno>
 #include <poll.h>
 #include <utility>
@@ -38,6 +40,11 @@ HRESULT CPendingOperations::BeginOperation(long remotePath, unsigned long* opera
         return E_POINTER;
     }
     *operation = 0;
+    return GuardedEntry([&] { return Begin(remotePath, *operation); });
+}
+
+HRESULT CPendingOperations::Begin(long remotePath, unsigned long& operation)
+{
     const std::lock_guard lock(m_mutex);
     const auto path = m_paths.find(remotePath);
     if (path == m_paths.end())
@@ -53,7 +60,7 @@ HRESULT CPendingOperations::BeginOperation(long remotePath, unsigned long* opera
     {
         ResetEvent(path->second.idle.Get());
     }
-    *operation = m_lastOperation;
+    operation = m_lastOperation;
     return S_OK;
 }
 

@@ -16,14 +16,14 @@ namespace
 /// Room for the first bytes of a large block; a receive is never offered less of one.
 constexpr std::size_t kFirstBlockStep = std::size_t{64} << 10;
 
-CUniqueEvent MakeCancelEvent()
+SharedEvent MakeCancelEvent()
 {
     CUniqueEvent event(CreateEvent(TRUE, FALSE));
     if (!event)
     {
         throw std::system_error(EMFILE, std::generic_category(), "No event for a session");
     }
-    return event;
+    return std::make_shared<const CUniqueEvent>(std::move(event));
 }
 
 std::string_view FrameErrorDetail(short error) noexcept
@@ -37,8 +37,8 @@ CSession::CSession(CRemoteKernel& kernel, const tagSessionLimits& limits, int co
     : m_kernel(kernel),
       m_spOutput(CSessionOutput::Create(limits.iMaxResponse)),
       m_spFormat(CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>::Create(m_spOutput)),
-      m_cancelEvent(MakeCancelEvent()),
-      m_spStatus(std::make_shared<CSessionStatus>(m_cancelEvent.Get())),
+      m_spCancelEvent(MakeCancelEvent()),
+      m_spStatus(std::make_shared<CSessionStatus>(m_spCancelEvent)),
       m_spErrors(std::make_shared<CErrorQueue>(limits.iErrorQueueDepth, m_spStatus)),
       m_iRemotePath(kernel.AddPath()),
       m_spServices(CComObject<CRemotePathServices, IZOScpiManager>::Create(
@@ -52,7 +52,7 @@ CSession::CSession(CRemoteKernel& kernel, const tagSessionLimits& limits, int co
                                                                         *kernel.m_spStatus,
                                                                         m_spApplications,
                                                                         m_iRemotePath,
-                                                                        m_cancelEvent.Get(),
+                                                                        m_spCancelEvent->Get(),
                                                                         connection})),
       m_framer(limits.message)
 {
@@ -83,6 +83,7 @@ CSession::~CSession()
     Cancel();
     m_kernel.RemoveSession(*this);
     RemovePath();
+    SetServiceRequestObserver(nullptr);
 }
 
 void CSession::RemovePath() noexcept
@@ -96,7 +97,7 @@ void CSession::Cancel() noexcept
 {
     m_bCancelled.store(true, std::memory_order_relaxed);
     m_spOutput->Cancel();
-    SetEvent(m_cancelEvent.Get());
+    SetEvent(m_spCancelEvent->Get());
 }
 
 std::string_view CSession::Process(std::span<char> bytes)

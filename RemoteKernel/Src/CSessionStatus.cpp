@@ -5,12 +5,12 @@
 namespace ZoVelkor::RemoteKernel
 {
 
-CSessionStatus::CSessionStatus(HANDLE deviceClearEvent)
+CSessionStatus::CSessionStatus(const SharedEvent& spWaitEnd)
     : m_spStatusByte(CStatusByteObject::Create()),
-      m_spStandardEvent(CStatusRegisterObject::Create(L"*ESR", kStandardRegisterMask, L'\0'))
+      m_spStandardEvent(CStandardEventObject::Create())
 {
-    m_spStatusByte->SetDeviceClearHandle(deviceClearEvent);
-    m_spStandardEvent->SetDeviceClearHandle(deviceClearEvent);
+    m_spStatusByte->EndWaitsWith(spWaitEnd);
+    m_spStandardEvent->EndWaitsWith(spWaitEnd);
     m_spStandardEvent->SetupParentRegister(m_spStatusByte, kStatusStandardEvent);
     SetEvent(kEventPowerOn);
 }
@@ -22,7 +22,6 @@ void CSessionStatus::SetEvent(wchar_t bit) noexcept
     if ((latched & bit) == 0)
     {
         m_spStandardEvent->ModifyCondition(bit, bit);
-        m_spStandardEvent->ClearCondition();
     }
 }
 

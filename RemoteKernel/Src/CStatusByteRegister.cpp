@@ -11,17 +11,12 @@ CStatusByteRegister::CStatusByteRegister() : CStatusRegister(L"*STB", kStandardR
 
 HRESULT CStatusByteRegister::ModifyCondition(wchar_t mask, wchar_t value)
 {
+    const CCritSectionLocker locker(Section());
     const HRESULT result = CStatusRegister::ModifyCondition(mask, value);
     const auto falling = static_cast<wchar_t>(mask & ~value);
     wchar_t reasons = 0;
     const HRESULT fallResult = falling == 0 ? S_OK : GetEventBits(falling, &reasons);
     return FAILED(result) ? result : fallResult;
-}
-
-HRESULT CStatusByteRegister::SetCondition(long bit, short on)
-{
-    const auto mask = static_cast<wchar_t>(1U << (static_cast<unsigned long>(bit) % 32));
-    return ModifyCondition(mask, on != 0 ? mask : L'\0');
 }
 
 HRESULT CStatusByteRegister::SetEnable(wchar_t value)
@@ -30,7 +25,19 @@ HRESULT CStatusByteRegister::SetEnable(wchar_t value)
     {
         Watch();
     }
+    const CCritSectionLocker locker(Section());
+    wchar_t condition = 0;
+    GetCondition(&condition);
+    const auto fresh = static_cast<wchar_t>(condition & value & ~Enabled());
+    CStatusRegister::ModifyCondition(fresh, 0);
+    CStatusRegister::ModifyCondition(fresh, fresh);
     return CStatusRegister::SetEnable(value);
+}
+
+void CStatusByteRegister::SetObserver(IServiceRequestObserver* pObserver) noexcept
+{
+    const CCritSectionLocker locker(Section());
+    m_pObserver = pObserver;
 }
 
 HRESULT CStatusByteRegister::DoUpdateParentRegister(bool summary)
@@ -50,7 +57,7 @@ void CStatusByteRegister::Watch() noexcept
 
 void CStatusByteRegister::UpdateMessageAvailable() noexcept
 {
-    const CCritSectionLocker locker(m_messageSection);
+    const CCritSectionLocker locker(Section());
     ModifyCondition(kStatusMessageAvailable, m_bMessageAvailable.load() ? kStatusMessageAvailable : L'\0');
 }
 

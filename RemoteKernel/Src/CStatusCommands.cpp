@@ -7,6 +7,7 @@
 
 #include <charconv>
 #include <cstdlib>
+#include <string>
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -101,7 +102,7 @@ HRESULT CStatusCommands::SetPowerOnClear(const tagParsedCommand& command)
     const auto [place, result] = std::from_chars(argument.szText, end, flag);
     if (result != std::errc() || place != end || std::labs(flag) > kHighestPowerFlag)
     {
-        return m_context.Fail(kScpiDataOutOfRange, {argument.szText, argument.iTextLength});
+        return m_context.Fail(kScpiDataOutOfRange, std::string("parameter 1: ") + argument.szText);
     }
     m_context.instrument.SetPowerOnClear(flag != 0);
     return S_OK;

@@ -33,14 +33,14 @@ constexpr tagRegisterDefinition kDefinitions[] = {
 };
 static_assert(std::size(kDefinitions) == kInstrumentRegisterCount);
 
-CUniqueEvent MakeStopEvent()
+SharedEvent MakeStopEvent()
 {
     CUniqueEvent event(CreateEvent(TRUE, FALSE));
     if (!event)
     {
         throw std::system_error(EMFILE, std::generic_category(), "No event for the status registers");
     }
-    return event;
+    return std::make_shared<const CUniqueEvent>(std::move(event));
 }
 
 bool EqualsNoCase(std::wstring_view left, std::wstring_view right) noexcept
@@ -83,7 +83,7 @@ bool IsRegisterName(std::wstring_view text, std::wstring_view syntax) noexcept
 } // namespace
 
 CStatusManagement::CStatusManagement()
-    : m_stopEvent(MakeStopEvent()),
+    : m_spStopEvent(MakeStopEvent()),
       m_spDistributor(CSummaryDistributorObject::Create())
 {
     for (std::size_t i = 0; i < kInstrumentRegisterCount; ++i)
@@ -97,7 +97,7 @@ CStatusManagement::CStatusManagement()
             pParent = m_registers[definition.parent];
         }
         m_registers[i]->SetupParentRegister(pParent, definition.parentMask);
-        m_registers[i]->SetDeviceClearHandle(m_stopEvent.Get());
+        m_registers[i]->EndWaitsWith(m_spStopEvent);
     }
 }
 
@@ -170,20 +170,27 @@ void CStatusManagement::RemovePath(long remotePath) noexcept
 
 void CStatusManagement::ClearEvents() noexcept
 {
-    // Children first, so that none sets the summary of a parent that is clear already.
+    // Children first, so that none sets the summary of a parent that is clear already. Reading withdraws the
+    // summary like ClearEvents, but leaves the parent's filter to those who set it meanwhile.
     for (auto spRegister = m_registers.rbegin(); spRegister != m_registers.rend(); ++spRegister)
     {
-        (*spRegister)->ClearEvents();
+        wchar_t events = 0;
+        (*spRegister)->GetEvents(&events);
     }
 }
 
 void CStatusManagement::Preset() noexcept
 {
-    for (std::size_t i = kInstrumentRegisterCount; i-- != 0;)
+    for (const auto& spRegister : m_registers)
     {
-        // Preset tells nobody; setting the mask first lets the summaries follow.
-        m_registers[i]->SetEnable(kDefinitions[i].presetEnable);
-        m_registers[i]->Preset();
+        // Not by the register's Preset, which would leave the summaries as they were.
+        wchar_t negTrans = 0;
+        wchar_t posTrans = 0;
+        wchar_t enable = 0;
+        spRegister->GetPresetDefaults(&negTrans, &posTrans, &enable);
+        spRegister->SetNegTrans(negTrans);
+        spRegister->SetPosTrans(posTrans);
+        spRegister->SetEnable(enable);
     }
 }
 

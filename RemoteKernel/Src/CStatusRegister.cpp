@@ -2,7 +2,7 @@
 
 #include "ScpiStatusData.h"
 
-#include <algorithm>
+#include <cstdint>
 #include <utility>
 
 namespace ZoVelkor::RemoteKernel
@@ -16,6 +16,18 @@ CStatusRegister::CStatusRegister(std::wstring name, wchar_t mask, wchar_t preset
     DoSetRegisterMask(mask);
     SetPresetDefaults(0, mask, presetEnable);
     Preset();
+}
+
+void CStatusRegister::EndWaitsWith(SharedEvent spEvent)
+{
+    m_spWaitEnd = std::move(spEvent);
+    SetDeviceClearHandle(m_spWaitEnd->Get());
+}
+
+HRESULT CStatusRegister::SetCondition(long bit, short on)
+{
+    const auto mask = static_cast<wchar_t>(std::uint32_t{1} << (static_cast<unsigned long>(bit) % 32));
+    return ModifyCondition(mask, on != 0 ? mask : L'\0');
 }
 
 HRESULT CStatusRegister::DoGetScpiStatusData(tagScpiStatusData* data)

@@ -1,5 +1,6 @@
 #include "CSummaryDistributor.h"
 
+#include "CCritSectionLocker.h"
 #include "StatusBits.h"
 
 #include <algorithm>
@@ -12,7 +13,7 @@ CSummaryDistributor::CSummaryDistributor() : CStatusRegister(L"SUMMary", kStanda
 
 HRESULT CSummaryDistributor::ModifyCondition(wchar_t mask, wchar_t value)
 {
-    const std::lock_guard lock(m_mutex);
+    const CCritSectionLocker locker(Section());
     HRESULT result = CStatusRegister::ModifyCondition(mask, value);
     for (const auto& spStatusByte : m_statusBytes)
     {
@@ -24,7 +25,7 @@ HRESULT CSummaryDistributor::ModifyCondition(wchar_t mask, wchar_t value)
 
 void CSummaryDistributor::Attach(CStatusByteObject* pStatusByte)
 {
-    const std::lock_guard lock(m_mutex);
+    const CCritSectionLocker locker(Section());
     m_statusBytes.emplace_back(pStatusByte);
     wchar_t summaries = 0;
     GetCondition(&summaries);
@@ -33,7 +34,7 @@ void CSummaryDistributor::Attach(CStatusByteObject* pStatusByte)
 
 void CSummaryDistributor::Detach(CStatusByteObject* pStatusByte) noexcept
 {
-    const std::lock_guard lock(m_mutex);
+    const CCritSectionLocker locker(Section());
     std::erase_if(m_statusBytes, [pStatusByte](const auto& spOther) { return spOther == pStatusByte; });
 }
 

@@ -28,7 +28,8 @@ tagRegisterMask ReadList(const tagZO_SCPI_PARAMETER& argument, const CScpiExpres
     const std::string list(argument.szText + 1, argument.iTextLength - 2); // without parentheses
     tagRegisterMask mask;
     long value = 0;
-    if (CScpiExpression::GetRegisterValueFromExpression(list, value, mask.sDetail, names))
+    const bool bEmpty = list.find_first_not_of(' ') == list.npos;
+    if (!bEmpty && CScpiExpression::GetRegisterValueFromExpression(list, value, mask.sDetail, names))
     {
         mask.iValue = static_cast<std::uint32_t>(value);
     }
@@ -64,7 +65,7 @@ ReadRegisterMask(const tagParsedCommand& command, const CScpiExpression::Trafo& 
         if (element.iError == 0 && element.iValue > highest)
         {
             element.iError = kScpiDataOutOfRange;
-            element.sDetail = std::to_string(element.iValue);
+            element.sDetail.assign(command.pArguments[i].szText, command.pArguments[i].iTextLength);
         }
         if (element.iError != 0)
         {

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <barrier>
 #include <thread>
 
 namespace ZoVelkor::RemoteKernel::Testing
@@ -71,7 +72,7 @@ TEST_F(Status, Conversations)
         {"SYST:ERR:ALL?",
          "-222,\"Data out of range;parameter 1: 256\",-222,\"Data out of range;parameter 1: -1\","
          "-222,\"Data out of range;parameter 1: 1000000000000000000000000000000\","
-         "-222,\"Data out of range;32768\",-222,\"Data out of range;parameter 1: 316\""                                                                                        },
+         "-222,\"Data out of range;parameter 1: 32768\",-222,\"Data out of range;parameter 1: (16,300)\""                                                                      },
         {"*ESE?;*SRE?;*PSC?;*STB?",                                                                           "0;0;1;16"                                                       },
         {"*ESE (CME,XYZ)",                                                                                    ""                                                               },
         {"STAT:QUE?;*ESR?",                                                                                   "-171,\"Invalid expression;parameter 1: XYZ\";32"                },
@@ -181,6 +182,8 @@ TEST_F(Status, ServiceIsRequestedOnceForEachReason)
     EXPECT_EQ(m_session.SerialPoll() & kService, 0);
     Run("*SRE ESB");
     EXPECT_NE(m_session.SerialPoll() & kService, 0) << "enabled while the bit is set";
+    Run("*SRE 0;*SRE ESB");
+    EXPECT_NE(m_session.SerialPoll() & kService, 0) << "enabled once more";
 }
 
 TEST_F(Status, MessageAvailableFollowsTheOutputQueue)
@@ -317,6 +320,89 @@ TEST_F(Status, WaitsEndWithTheSessionAndWithTheKernel)
     waitingShared.join();
     EXPECT_EQ(own, E_ABORT);
     EXPECT_EQ(shared, E_ABORT);
+}
+
+TEST_F(Status, RegistersOutliveSessionAndObserver)
+{
+    CComPtr<IZOScpiStatusRegister> spEvents;
+    CComPtr<IZOScpiStatusRegister> spStatusByte;
+    {
+        CServiceRecorder recorder;
+        CSession session(m_instrument.kernel);
+        session.SetServiceRequestObserver(&recorder);
+        Run(session, "*CLS;*ESE 255;*SRE 255");
+        spEvents = Find(session.RemotePath(), L"*ESR");
+        spStatusByte = Find(session.RemotePath(), L"*STB");
+    }
+    EXPECT_EQ(spEvents->SetCondition(0, VARIANT_TRUE), S_OK);
+    wchar_t bits = 0;
+    EXPECT_EQ(spStatusByte->WaitConditionBits(-1, kStatusErrorQueue, &bits), E_ABORT);
+}
+
+TEST_F(Status, ComponentsMayChangeAnyRegister)
+{
+    const auto spEvents = Find(m_session.RemotePath(), L"*ESR");
+    Run("*CLS");
+    spEvents->SetCondition(4, VARIANT_TRUE);
+    EXPECT_EQ(Run("*ESR?;:FAIL? 1;*ESR?;*CLS"), "16;16") << "a set bit hides no further event";
+    const auto spOperation = Instrument(L"STAT:OPER");
+    CComPtr<IZOScpiStatusRegister> spParent;
+    spOperation->GetParentRegister(&spParent, nullptr);
+    spParent->SetCondition(7, VARIANT_TRUE);
+    EXPECT_EQ(Run("*STB?"), "128");
+    spParent->ClearSummaryCondition(7);
+    EXPECT_EQ(Run("*STB?"), "0");
+    std::thread changing([&] {
+        for (wchar_t i = 0; i < 2000; ++i)
+        {
+            spOperation->ModifyCondition(1, i & 1);
+        }
+    });
+    for (int i = 0; i < 2000; ++i)
+    {
+        spParent->PulseCondition(kStatusQuestionable);
+    }
+    changing.join();
+    spOperation->SetPresetDefaults(0, 0x7FFF, 8);
+    spOperation->ModifyCondition(8, 8);
+    EXPECT_EQ(Run("STAT:PRES;:STAT:OPER:ENAB?;*STB?"), "8;144") << "the register's own default";
+}
+
+TEST_F(Status, SessionsDoNotUndoEachOthersSettings)
+{
+    constexpr int kRounds = 3000;
+    const auto spOperation = Instrument(L"STAT:OPER");
+    const auto spQuestionable = Instrument(L"STAT:QUES");
+    spOperation->ModifyCondition(8, 8);
+    CSession other(m_instrument.kernel);
+    std::barrier round(2);
+    std::thread presetting([&] {
+        for (int i = 0; i < kRounds; ++i)
+        {
+            round.arrive_and_wait();
+            Run(other, "STAT:PRES");
+            Run(other, "*CLS");
+            round.arrive_and_wait();
+        }
+    });
+    int wrong = 0;
+    for (wchar_t i = 0; i < kRounds; ++i)
+    {
+        const wchar_t mask = i & 8;
+        spOperation->PulseCondition(8);
+        round.arrive_and_wait();
+        spOperation->SetEnable(mask);
+        spQuestionable->SetPresetDefaults(i, 0, 0);
+        spQuestionable->SetNegTrans(i);
+        round.arrive_and_wait();
+        short summary = 0;
+        spOperation->GetSummary(&summary);
+        wchar_t filter = 0;
+        spQuestionable->GetNegTrans(&filter);
+        wrong += Run("*STB?") != (summary != 0 ? "128" : "0") || filter != i;
+    }
+    presetting.join();
+    EXPECT_EQ(wrong, 0);
 }
 
 TEST_F(Status, SessionsComeAndGoWhileTheStateChanges)
