@@ -60,6 +60,10 @@ constexpr tagUsageRow kUsage[] = {
     {"table save a -o b",               2, "",                            "zo: a: neither"},
     {"table headers TCPIP::a::INSTR",   2, "",                            "TCPIP::a::INSTR: not of the form"},
     {"table headers TCPIP::a::0::SOCKET", 2, "",                          "not of the form"},
+    {"table save [::1:5025 -o b",       2, "",                            "zo: [::1:5025: neither"},
+    {"table save ::1:5025 -o b",        2, "",                            "neither"},
+    {"table save h:65536 -o b",         2, "",                            "neither"},
+    {"table save TCPIP9::[::1]::1::SOCKET -o b", 3, "",                   "zo: cannot connect to [::1]:1: "},
     {"table headers missing",           3, "",                            "zo: cannot read missing: No such file"},
     {"table headers .",                 3, "",                            "zo: cannot read .: Is a directory"},
 };

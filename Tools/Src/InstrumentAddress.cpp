@@ -4,8 +4,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cctype>
 #include <charconv>
-#include <regex>
+#include <string_view>
 
 namespace ZoVelkor::Tools
 {
@@ -13,13 +15,56 @@ namespace ZoVelkor::Tools
 namespace
 {
 
-constexpr std::size_t kMaxAddress = 1000;
+constexpr std::string_view kInterface = "TCPIP";
+constexpr std::string_view kSeparator = "::";
+constexpr std::string_view kClass = "::SOCKET";
 
-bool IsPort(const std::string& text)
+bool IsEqualNoCase(std::string_view left, std::string_view right)
+{
+    return std::equal(
+        left.begin(), left.end(), right.begin(), right.end(), [](unsigned char a, unsigned char b) {
+            return std::toupper(a) == std::toupper(b);
+        });
+}
+
+bool IsPort(std::string_view text)
 {
     unsigned port = 0;
-    const auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), port);
-    return fault == std::errc() && end == text.data() + text.size() && port >= 1 && port <= 65535;
+    const auto [end, fault] = std::from_chars(text.begin(), text.end(), port);
+    return fault == std::errc() && end == text.end() && port >= 1 && port <= 65535;
+}
+
+/// Splits host and port at the last separator; a host with colons must stand in brackets.
+std::optional<tagInstrumentAddress> Split(std::string_view text, std::string_view separator)
+{
+    const std::size_t place = text.rfind(separator);
+    if (place == std::string_view::npos || !IsPort(text.substr(place + separator.size())))
+    {
+        return std::nullopt;
+    }
+    std::string_view host = text.substr(0, place);
+    const bool isBracketed = host.starts_with('[') && host.ends_with(']');
+    if (isBracketed)
+    {
+        host = host.substr(1, host.size() - 2);
+    }
+    if (host.empty() || host.find_first_of(isBracketed ? "[]/" : "[]/:") != std::string_view::npos)
+    {
+        return std::nullopt;
+    }
+    return tagInstrumentAddress{std::string(host), std::string(text.substr(place + separator.size()))};
+}
+
+/// What follows TCPIP, its board number and the separator; nothing when the text does not begin so.
+std::optional<std::string_view> AfterInterface(std::string_view text)
+{
+    if (!IsEqualNoCase(text.substr(0, kInterface.size()), kInterface))
+    {
+        return std::nullopt;
+    }
+    text.remove_prefix(kInterface.size());
+    text.remove_prefix(std::min(text.find_first_not_of("0123456789"), text.size()));
+    return text.starts_with(kSeparator) ? std::optional(text.substr(kSeparator.size())) : std::nullopt;
 }
 
 } // namespace
@@ -32,28 +77,22 @@ std::string tagInstrumentAddress::Text() const
 
 std::optional<tagInstrumentAddress> ParseInstrumentAddress(const std::string& text)
 {
-    // Matching takes stack for every character.
-    if (text.size() > kMaxAddress)
+    const std::optional<std::string_view> resource = AfterInterface(text);
+    if (!resource)
     {
-        return std::nullopt;
+        return Split(text, ":");
     }
-    static const std::regex kResource(R"(TCPIP\d*::.*)", std::regex::icase);
-    static const std::regex kSocket(R"(TCPIP\d*::(?:\[([^\]/]+)\]|([^:/\[\]]+))::(\d+)::SOCKET)",
-                                    std::regex::icase);
-    static const std::regex kHostAndPort(R"((?:\[([^\]/]+)\]|([^:/\[\]]+)):(\d+))");
-    const bool isResource = std::regex_match(text, kResource);
-    std::smatch parts;
-    if (std::regex_match(text, parts, isResource ? kSocket : kHostAndPort) && IsPort(parts[3]))
-    {
-        return tagInstrumentAddress{parts[1].matched ? parts[1] : parts[2], parts[3]};
-    }
-    if (isResource)
+    const std::size_t end = resource->size() - std::min(resource->size(), kClass.size());
+    const auto address = IsEqualNoCase(resource->substr(end), kClass)
+                             ? Split(resource->substr(0, end), kSeparator)
+                             : std::nullopt;
+    if (!address)
     {
         throw CToolError(
             tagExitCode::Usage,
             fmt::format("{}: not of the form TCPIP::host::port::SOCKET with a port from 1 to 65535", text));
     }
-    return std::nullopt;
+    return address;
 }
 
 } // namespace ZoVelkor::Tools
