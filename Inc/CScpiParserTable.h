@@ -75,9 +75,6 @@ public:
     /// lie inside the table are left out, and the numeric-suffix expressions at its end form a group as well.
     void AnalyseGroups(CScpiParserTableGroups& groups) const;
 
-    /// Adds the groups that one header group leads to, itself included, to those already found.
-    void AnalyseHeaderGroup(CScpiParserTableGroups& groups, long start) const;
-
     /// Joins the tables of several applications; this object then stands for the joined table.
     ///
     /// A single plug-in is neither copied nor examined: its table is used in place, and the arrays stay

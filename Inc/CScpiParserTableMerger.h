@@ -72,7 +72,6 @@ private:
         std::uint32_t iSize = 0;
         CComPtr<IZOScpiExecutionSink> spSink;
         std::string sName;
-        CScpiParserTableGroups groups;
 
         bool isSound = false;          ///< takes part in the merge
         std::vector<bool> isParameter; ///< by record: parameter of a joined command

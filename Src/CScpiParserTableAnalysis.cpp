@@ -129,15 +129,6 @@ private:
 
 } // namespace
 
-void CScpiParserTable::AnalyseHeaderGroup(CScpiParserTableGroups& groups, long start) const
-{
-    if (m_pTable != nullptr && start >= 0)
-    {
-        CGroupAnalyser(*this, groups).AnalyseHeaders(start);
-        groups.Finish();
-    }
-}
-
 void CScpiParserTable::AnalyseGroups(CScpiParserTableGroups& groups) const
 {
     if (m_pTable == nullptr)

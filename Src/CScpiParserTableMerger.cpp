@@ -184,11 +184,9 @@ void CScpiParserTableMerger::AnalysePlugin(DynamicPlugInData& plugin)
 {
     const std::size_t count = plugin.iSize / kRecordSize;
     plugin.table.SetParserTable(plugin.pTable, static_cast<long>(count));
-    plugin.table.AnalyseGroups(plugin.groups);
     const long behind = plugin.table.HasCommonCommands() ? TableIndex(plugin.pTable->hdr.iLength) : 0;
     if (behind != RootGroupIndex(plugin.pTable, static_cast<long>(count)))
     {
-        plugin.table.AnalyseHeaderGroup(plugin.groups, behind);
         ReportHiddenRoot(plugin, behind);
     }
     plugin.isParameter.assign(count, false);
