@@ -257,7 +257,7 @@ TEST_F(ToolTest, ReaderThatHasGoneEndsItQuietly)
     int ends[2] = {};
     ASSERT_EQ(pipe(ends), 0);
     close(ends[0]);
-    const tagRun run = Run("table headers t.tab", {}, ends[1]);
+    const tagRun run = Run("table headers t.tab", "", ends[1]);
     close(ends[1]);
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.err, "");

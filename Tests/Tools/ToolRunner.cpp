@@ -26,7 +26,7 @@ struct tagFileCloser
 class CScratchFile
 {
 public:
-    explicit CScratchFile(std::string_view text = {})
+    explicit CScratchFile(std::string_view text = "")
     {
         std::fwrite(text.data(), 1, text.size(), m_file.get());
         std::rewind(m_file.get());

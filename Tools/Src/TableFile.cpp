@@ -54,7 +54,11 @@ std::string ParseTableFile(std::string_view bytes, std::vector<_CMD_SET_RECORD>&
         return fmt::format("{} bytes are no whole number of {}-byte records", size, sizeof(_CMD_SET_RECORD));
     }
     records.resize(size / sizeof(_CMD_SET_RECORD));
-    std::memcpy(records.data(), bytes.data(), size);
+    for (_CMD_SET_RECORD& record : records)
+    {
+        std::memcpy(&record, bytes.data(), sizeof record);
+        bytes.remove_prefix(sizeof record);
+    }
     return {};
 }
 
