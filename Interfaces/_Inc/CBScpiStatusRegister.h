@@ -91,7 +91,7 @@ public:
 
     CBScpiStatusRegister(const CBScpiStatusRegister&) = delete;
     CBScpiStatusRegister& operator=(const CBScpiStatusRegister&) = delete;
-    virtual ~CBScpiStatusRegister();
+    ~CBScpiStatusRegister() override;
 
 protected:
     /// The register's lock, for derived classes that do more than one step at once. It is recursive.

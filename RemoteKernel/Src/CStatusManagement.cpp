@@ -17,19 +17,19 @@ namespace
 struct tagRegisterDefinition
 {
     const wchar_t* szName;
-    wchar_t presetEnable;
     std::size_t parent; ///< kInstrumentRegisterCount: the sessions' status bytes
     wchar_t parentMask;
+    wchar_t presetEnable;
 };
 
 /// In the order of tagInstrumentRegister; parents stand before their children.
 ///
 /// A register below another one reports all its bits unless told otherwise (SCPI-99 vol. 2, 20.7).
 constexpr tagRegisterDefinition kDefinitions[] = {
-    {L"STATus:OPERation",              0,                 kInstrumentRegisterCount, kStatusOperation   },
-    {L"STATus:QUEStionable",           0,                 kInstrumentRegisterCount, kStatusQuestionable},
-    {L"STATus:QUEStionable:POWer",     kScpiRegisterMask, kQuestionableRegister,    1 << 3             },
-    {L"STATus:QUEStionable:FREQuency", kScpiRegisterMask, kQuestionableRegister,    1 << 5             },
+    {L"STATus:OPERation",              kInstrumentRegisterCount, kStatusOperation,    0                },
+    {L"STATus:QUEStionable",           kInstrumentRegisterCount, kStatusQuestionable, 0                },
+    {L"STATus:QUEStionable:POWer",     kQuestionableRegister,    1 << 3,              kScpiRegisterMask},
+    {L"STATus:QUEStionable:FREQuency", kQuestionableRegister,    1 << 5,              kScpiRegisterMask},
 };
 static_assert(std::size(kDefinitions) == kInstrumentRegisterCount);
 
@@ -67,11 +67,11 @@ bool IsRegisterName(std::wstring_view text, std::wstring_view syntax) noexcept
         const std::size_t textEnd = text.find(L':');
         const std::size_t syntaxEnd = syntax.find(L':');
         if (!IsKeyword(text.substr(0, textEnd), syntax.substr(0, syntaxEnd)) ||
-            (textEnd == text.npos) != (syntaxEnd == syntax.npos))
+            (textEnd == std::wstring_view::npos) != (syntaxEnd == std::wstring_view::npos))
         {
             return false;
         }
-        if (textEnd == text.npos)
+        if (textEnd == std::wstring_view::npos)
         {
             return true;
         }

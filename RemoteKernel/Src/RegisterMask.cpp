@@ -28,7 +28,7 @@ tagRegisterMask ReadList(const tagZO_SCPI_PARAMETER& argument, const CScpiExpres
     const std::string list(argument.szText + 1, argument.iTextLength - 2); // without parentheses
     tagRegisterMask mask;
     long value = 0;
-    const bool bEmpty = list.find_first_not_of(' ') == list.npos;
+    const bool bEmpty = list.find_first_not_of(' ') == std::string::npos;
     if (!bEmpty && CScpiExpression::GetRegisterValueFromExpression(list, value, mask.sDetail, names))
     {
         mask.iValue = static_cast<std::uint32_t>(value);
