@@ -83,9 +83,8 @@ std::optional<tagInstrumentAddress> ParseInstrumentAddress(const std::string& te
         return Split(text, ":");
     }
     const std::size_t end = resource->size() - std::min(resource->size(), kClass.size());
-    const auto address = IsEqualNoCase(resource->substr(end), kClass)
-                             ? Split(resource->substr(0, end), kSeparator)
-                             : std::nullopt;
+    auto address = IsEqualNoCase(resource->substr(end), kClass) ? Split(resource->substr(0, end), kSeparator)
+                                                                : std::nullopt;
     if (!address)
     {
         throw CToolError(

@@ -15,6 +15,9 @@ namespace ZoVelkor::Tools
 namespace
 {
 
+/// Entries shown of one group: the groups of a strange table may overlap and be as long as the table.
+constexpr std::size_t kMaxEntries = 256;
+
 struct tagKindTitle
 {
     tagScpiTableKind kind;
@@ -86,11 +89,26 @@ std::string RecordName(const _CMD_SET_RECORD& record, tagScpiTableKind kind)
     return fmt::format("{}{}", isCommon ? "*" : "", record.hdr.szKeyword);
 }
 
+/// The record behind one of a group; what lies inside a parameter chain without belonging to it is passed
+/// over.
+std::size_t NextRecord(const tagTable& table, const tagGroupRange& group, std::size_t record)
+{
+    const std::size_t next =
+        group.kind == tagScpiTableKind::Parameter ? table.records[record].par.iNextPar : record + 1;
+    return next > record ? next : group.start + group.size;
+}
+
 void AppendGroup(std::string& text, const tagTable& table, const tagGroupRange& group)
 {
     text += fmt::format("{:>6} {:>6} ", group.start, group.size);
-    for (std::size_t i = group.start; i < group.start + group.size; ++i)
+    std::size_t entries = 0;
+    for (std::size_t i = group.start; i < group.start + group.size; i = NextRecord(table, group, i))
     {
+        if (++entries > kMaxEntries)
+        {
+            text += " ...";
+            break;
+        }
         text += ' ' + RecordName(table.records[i], group.kind);
     }
     text += '\n';
