@@ -2,9 +2,9 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <fstream>
 #include <iterator>
-#include <memory>
 #include <spawn.h>
 #include <sstream>
 #include <stdexcept>
@@ -16,38 +16,6 @@ namespace ZoVelkor::Tools::Testing
 
 namespace
 {
-
-struct tagFileCloser
-{
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
-/// A nameless file; unlike a pipe it takes any amount.
-class CScratchFile
-{
-public:
-    explicit CScratchFile(std::string_view text = "")
-    {
-        std::fwrite(text.data(), 1, text.size(), m_file.get());
-        std::rewind(m_file.get());
-    }
-
-    int Descriptor() const { return fileno(m_file.get()); }
-
-    std::string Text() const
-    {
-        std::string text;
-        std::rewind(m_file.get());
-        for (int c = 0; (c = std::fgetc(m_file.get())) != EOF;)
-        {
-            text += static_cast<char>(c);
-        }
-        return text;
-    }
-
-private:
-    std::unique_ptr<std::FILE, tagFileCloser> m_file{std::tmpfile()};
-};
 
 int Wait(pid_t process)
 {
@@ -90,20 +58,22 @@ tagRun ToolTest::Run(const std::string& arguments, std::string_view input, int o
         argv.push_back(text.data());
     }
     argv.push_back(nullptr);
-    const CScratchFile in(input);
-    const CScratchFile out;
-    const CScratchFile err;
+    Write(".in", input);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addchdir_np(&actions, m_folder.c_str());
-    posix_spawn_file_actions_adddup2(&actions, in.Descriptor(), STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, output < 0 ? out.Descriptor() : output, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, err.Descriptor(), STDERR_FILENO);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, ".in", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, ".out", O_CREAT | O_TRUNC | O_WRONLY, 0600);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, ".err", O_CREAT | O_TRUNC | O_WRONLY, 0600);
+    if (output >= 0)
+    {
+        posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+    }
     pid_t process = 0;
     const int fault = posix_spawn(&process, ZO_TOOL, &actions, nullptr, argv.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     const int exitCode = fault == 0 ? Wait(process) : -1;
-    return {exitCode, out.Text(), err.Text()};
+    return {exitCode, Read(".out"), Read(".err")};
 }
 
 void ToolTest::Write(const std::string& name, std::string_view bytes) const

@@ -1,4 +1,5 @@
 #include "AnalyzerTable.h"
+#include "CDemoInstrument.h"
 #include "CGeneratorCommands.h"
 #include "ScpiTableMacros.h"
 #include "ToolRunner.h"
@@ -6,7 +7,10 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <future>
+#include <netinet/in.h>
 #include <sstream>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace ZoVelkor::Tools::Testing
@@ -34,51 +38,51 @@ struct tagUsageRow
 {
     const char* arguments;
     int exitCode;
-    const char* out;
     const char* err;
 };
 
 // clang-format off
-constexpr tagUsageRow kUsage[] = {
-    {"--help",                          0, "Exit codes:",                 ""},
-    {"table --help",                    0, "Example: zo table",           ""},
-    {"table headers --help",            0, "Example: zo table headers",   ""},
-    {"table syntax --help",             0, "Example: zo table syntax",    ""},
-    {"table groups --help",             0, "Example: zo table groups",    ""},
-    {"table check --help",              0, "Example: zo table check",     ""},
-    {"table merge --help",              0, "Example: zo table merge",     ""},
-    {"table source --help",             0, "Example: zo table source",    ""},
-    {"table save --help",               0, "Example: zo table save",      ""},
-    {"",                                2, "",                            "subcommand"},
-    {"table",                           2, "",                            "subcommand"},
-    {"chair",                           2, "",                            "zo: unknown: chair"},
-    {"table chair",                     2, "",                            "zo: unknown: chair"},
-    {"table headers",                   2, "",                            "source is required"},
-    {"table headers a b",               2, "",                            "b"},
-    {"table headers a --timeout 0",     2, "",                            "timeout"},
-    {"table merge a",                   2, "",                            "--output is required"},
-    {"table save a -o b",               2, "",                            "zo: a: neither"},
-    {"table headers TCPIP::a::INSTR",   2, "",                            "TCPIP::a::INSTR: not of the form"},
-    {"table headers TCPIP::a::0::SOCKET", 2, "",                          "not of the form"},
-    {"table save [::1:5025 -o b",       2, "",                            "zo: [::1:5025: neither"},
-    {"table save ::1:5025 -o b",        2, "",                            "neither"},
-    {"table save h:65536 -o b",         2, "",                            "neither"},
-    {"table save TCPIP9::[::1]::1::SOCKET -o b", 3, "",                   "zo: cannot connect to [::1]:1: "},
-    {"table headers missing",           3, "",                            "zo: cannot read missing: No such file"},
-    {"table headers .",                 3, "",                            "zo: cannot read .: Is a directory"},
+constexpr tagUsageRow kBadUsage[] = {
+    {"",                                         2, "subcommand"},
+    {"table",                                    2, "subcommand"},
+    {"chair",                                    2, "zo: unknown: chair"},
+    {"table chair",                              2, "zo: unknown: chair"},
+    {"table headers",                            2, "source is required"},
+    {"table headers a b",                        2, "b"},
+    {"table headers a --timeout 0",              2, "timeout"},
+    {"table merge a",                            2, "--output is required"},
+    {"table save a -o b",                        2, "zo: a: neither"},
+    {"table headers TCPIP::a::INSTR",            2, "TCPIP::a::INSTR: not of the form"},
+    {"table headers TCPIP::a::0::SOCKET",        2, "not of the form"},
+    {"table save [::1:5025 -o b",                2, "zo: [::1:5025: neither"},
+    {"table save ::1:5025 -o b",                 2, "neither"},
+    {"table save h:65536 -o b",                  2, "neither"},
+    {"table save TCPIP9::[::1]::1::SOCKET -o b", 3, "zo: cannot connect to [::1]:1: "},
+    {"table headers 127.0.0.1:1",                3, "zo: cannot connect to 127.0.0.1:1: Connection refused\n"},
+    {"table headers no..host:5025",              3, "zo: cannot find host no..host: "},
+    {"table headers missing",                    3, "zo: cannot read missing: No such file"},
+    {"table headers .",                          3, "zo: cannot read .: Is a directory"},
 };
 // clang-format on
 
-TEST_F(ToolTest, UsageAndItsExitCodes)
+TEST_F(ToolTest, BadUsageHasAMessageAndAnExitCode)
 {
-    for (const tagUsageRow& row : kUsage)
+    for (const tagUsageRow& row : kBadUsage)
     {
-        SCOPED_TRACE(row.arguments);
         const tagRun run = Run(row.arguments);
-        EXPECT_EQ(run.exitCode, row.exitCode);
-        EXPECT_THAT(run.out, HasSubstr(row.out));
-        EXPECT_THAT(run.err, HasSubstr(row.err));
-        EXPECT_EQ(run.err.empty(), row.exitCode == 0);
+        EXPECT_EQ(run.exitCode, row.exitCode) << row.arguments;
+        EXPECT_EQ(run.out, "") << row.arguments;
+        EXPECT_THAT(run.err, HasSubstr(row.err)) << row.arguments;
+    }
+}
+
+TEST_F(ToolTest, HelpHasAnExampleAtEveryLevel)
+{
+    for (const std::string level : {"zo", "zo table", "zo table headers", "zo table merge", "zo table save"})
+    {
+        const tagRun run = Run(level.substr(2) + " --help");
+        EXPECT_EQ(run.exitCode, 0) << level;
+        EXPECT_THAT(run.out, HasSubstr("Example: " + level)) << level;
     }
 }
 
@@ -190,25 +194,6 @@ TEST_F(ToolTest, MergeTellsWhichCommandIsReplaced)
     EXPECT_EQ(Read("ab.tab"), Read("a.tab"));
 }
 
-TEST_F(ToolTest, MergeRefusesWhatNoFileHolds)
-{
-    std::vector<_CMD_SET_RECORD> records(20'000);
-    for (const char* name : {"a", "b"})
-    {
-        for (std::size_t i = 0; i < records.size(); ++i)
-        {
-            _CS_HDR& header = records[i].hdr = {"", 0, DEF, 0, 0, 0, QMARK};
-            (name + std::to_string(i)).copy(header.szKeyword, sizeof header.szKeyword - 1);
-        }
-        records[0].hdr.iLength = static_cast<std::uint32_t>(records.size());
-        Write(name, TableFile(records));
-    }
-    const tagRun run = Run("table merge a b -o ab");
-    EXPECT_EQ(run.exitCode, 1);
-    EXPECT_THAT(run.err, HasSubstr("1600000 bytes is too large for a table file, limit 999999"));
-    EXPECT_FALSE(Exists("ab"));
-}
-
 TEST_F(ToolTest, GroupsTellWhereTheyStandAndWhatIsInNone)
 {
     const _CMD_SET_RECORD table[] = {
@@ -223,16 +208,14 @@ TEST_F(ToolTest, GroupsTellWhereTheyStandAndWhatIsInNone)
     Write("t.tab", TableFile(table));
     const tagRun run = Run("table groups t.tab");
     EXPECT_EQ(run.exitCode, 0) << run.err;
-    for (const char* line : {"7 records, 6 groups\n",
-                             "Headers\n first  count  entries\n     0      1  *RST\n     1      1  OUTPut\n",
-                             "Parameters\n first  count  entries\n     2      1  volt\n",
-                             "     5      1  V\n",
-                             "     4      1  LOW\n",
-                             "     6      1  1:1..4\n",
-                             "\nOutside every group: 3\n"})
-    {
-        EXPECT_THAT(run.out, HasSubstr(line));
-    }
+    EXPECT_EQ(run.out,
+              "7 records, 6 groups\n"
+              "\nHeaders\n first  count  entries\n     0      1  *RST\n     1      1  OUTPut\n"
+              "\nParameters\n first  count  entries\n     2      1  volt\n"
+              "\nUnits\n first  count  entries\n     5      1  V\n"
+              "\nMnemonics\n first  count  entries\n     4      1  LOW\n"
+              "\nNumeric-suffix expressions\n first  count  entries\n     6      1  1:1..4\n"
+              "\nOutside every group: 3\n");
     const tagRun source = Run("table source t.tab");
     EXPECT_EQ(source.exitCode, 1);
     EXPECT_THAT(source.err, HasSubstr("1 records belong to no group, the first is record 3"));
@@ -262,6 +245,104 @@ TEST_F(ToolTest, ReaderThatHasGoneEndsItQuietly)
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(Run("table merge t.tab -o /dev/full").exitCode, 3);
+}
+
+class DemoTable : public ToolTest
+{
+protected:
+    std::string Address() const { return m_instrument.Address(); }
+    std::string Resource() const
+    {
+        return "tcpip0::localhost::" + std::to_string(m_instrument.Port()) + "::socket";
+    }
+
+private:
+    const Demo::CDemoInstrument m_instrument{
+        {"127.0.0.1", 0}
+    };
+};
+
+TEST_F(DemoTable, IsTheSameFromInstrumentAndFile)
+{
+    ASSERT_EQ(Run("table save " + Resource() + " -o demo.tab").exitCode, 0);
+    EXPECT_EQ(Run("table check demo.tab").exitCode, 0);
+    const tagRun headers = Run("table headers " + Address());
+    EXPECT_EQ(headers.out, Run("table headers demo.tab").out);
+    for (const char* line : {"*IDN?/qonly/\n", ":SENSe]:FREQuency:CENTer\n", ":OUTPut[:STATe]\n"})
+    {
+        EXPECT_THAT(headers.out, HasSubstr(line));
+    }
+    EXPECT_THAT(headers.out, testing::Not(HasSubstr("TABLe")));
+    EXPECT_THAT(Run("table syntax --diagnostic " + Address()).out, HasSubstr(":SYSTem:HELP:TABLe?\n"));
+}
+
+/// Listens on a free port of the loopback address.
+int Listen(std::string& address)
+{
+    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in place{};
+    place.sin_family = AF_INET;
+    place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof place;
+    auto* const generic = reinterpret_cast<sockaddr*>(&place);
+    EXPECT_EQ(bind(listener, generic, length), 0);
+    EXPECT_EQ(listen(listener, 1), 0);
+    EXPECT_EQ(getsockname(listener, generic, &length), 0);
+    address = "127.0.0.1:" + std::to_string(ntohs(place.sin_port));
+    return listener;
+}
+
+struct tagBadAnswer
+{
+    const char* answer;
+    bool closes;
+    int exitCode;
+    const char* err;
+};
+
+// clang-format off
+constexpr tagBadAnswer kBadAnswers[] = {
+    {"-113,\"Undefined header;#SYST\"\r\n", false, 1, "gives no command table: -113,\"Undefined header;#SYST\"\n"},
+    {"-300,\"Too many connections\"\n",     true,  1, "gives no command table: -300,\"Too many connections\"\n"},
+    {"0,\"No error\"\n",                    false, 1, "gives no command table: 0,\"No error\"\n"},
+    {"2.00,#6000040 \n",                    false, 1, "gives no command table: 2.00,#6000040 \n"},
+    {"1.00,#6\x1B[2Jxx",                    false, 1, "gives no command table: 1.00,#6?[2Jxx\n"},
+    {"1.00,#6000041xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx", false, 1, "41 bytes are no whole number"},
+    {"1.00,#6000040xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx", false, 1, "record 0, length"},
+    {"",                                    true,  3, "closed the connection in the middle of an answer (0 bytes"},
+    {"1.00,#6000040xxx",                    true,  3, "closed the connection in the middle of an answer (3 bytes"},
+    {"1.00,#6000040xxx",                    false, 3, "no complete answer within 0.05 s (3 bytes of it came)"},
+};
+// clang-format on
+
+TEST_F(ToolTest, BadAnswersOfInstruments)
+{
+    for (const tagBadAnswer& row : kBadAnswers)
+    {
+        SCOPED_TRACE(row.err);
+        std::string address;
+        const int listener = Listen(address);
+        const char* const timeout = row.exitCode == 3 && !row.closes ? "0.05" : "60";
+        auto end = std::async(std::launch::async,
+                              [&] { return Run("table save " + address + " -o x --timeout " + timeout); });
+        const int connection = accept(listener, nullptr, nullptr);
+        // Closing on unread questions would reset the connection.
+        char question[1000];
+        EXPECT_GT(recv(connection, question, sizeof question, 0), 0);
+        const std::string answer = row.answer;
+        send(connection, answer.data(), answer.size(), MSG_NOSIGNAL);
+        if (row.closes)
+        {
+            shutdown(connection, SHUT_WR);
+        }
+        const tagRun run = end.get();
+        close(connection);
+        close(listener);
+        EXPECT_EQ(run.exitCode, row.exitCode);
+        EXPECT_THAT(run.err, HasSubstr(address));
+        EXPECT_THAT(run.err, HasSubstr(row.err));
+        EXPECT_FALSE(Exists("x"));
+    }
 }
 
 } // namespace
