@@ -15,6 +15,8 @@ namespace
 {
 
 constexpr std::size_t kListLength = 1000;
+/// Bytes of a block that are read at a time.
+constexpr std::size_t kPiece = std::size_t{1} << 20;
 
 } // namespace
 
@@ -49,12 +51,8 @@ HRESULT CBenchmarkApplication::Execute(IUnknown* context,
             return data.NumericResponse(m_frequency);
         case tagTarget::Identity:
             return data.ArbitraryResponse("Zo,Benchmark,1,1.0");
-        case tagTarget::Block: {
-            unsigned char* bytes = nullptr;
-            const HRESULT hr = data.GetBlockDataArgument(&bytes, m_blockLength, 0);
-            benchmark::DoNotOptimize(bytes);
-            return hr;
-        }
+        case tagTarget::Block:
+            return TakeBlock(data);
         case tagTarget::List:
             return AnswerList(data);
         case tagTarget::Filler:
@@ -62,6 +60,33 @@ HRESULT CBenchmarkApplication::Execute(IUnknown* context,
         }
         return E_UNEXPECTED;
     });
+}
+
+/// Takes a block where it lies, or as it arrives.
+HRESULT CBenchmarkApplication::TakeBlock(CScpiFunctionExecutionDataPool& data)
+{
+    CComPtr<IZOScpiBlockData> spBlock;
+    long length = 0;
+    HRESULT hr = data.GetBlockArgument(&spBlock, length, 0);
+    if (hr != S_OK)
+    {
+        return hr;
+    }
+    unsigned char* bytes = nullptr;
+    hr = spBlock->Access(&bytes, &m_blockLength);
+    benchmark::DoNotOptimize(bytes);
+    if (hr != E_PENDING)
+    {
+        return hr;
+    }
+    m_piece.resize(kPiece);
+    unsigned long got = kPiece;
+    for (hr = S_OK; hr == S_OK && got == kPiece; m_blockLength += got)
+    {
+        hr = spBlock->Read(kPiece, m_piece.data(), &got);
+        benchmark::DoNotOptimize(m_piece.data());
+    }
+    return FAILED(hr) ? hr : S_OK;
 }
 
 HRESULT CBenchmarkApplication::AnswerList(CScpiFunctionExecutionDataPool& data)

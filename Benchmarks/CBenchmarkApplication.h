@@ -35,10 +35,12 @@ public:
                     IZOScpiOutputBuffer* output) override;
 
 private:
+    HRESULT TakeBlock(CScpiFunctionExecutionDataPool& data);
     HRESULT AnswerList(CScpiFunctionExecutionDataPool& data);
 
     double m_frequency = 0;
     unsigned long m_blockLength = 0;
+    std::vector<unsigned char> m_piece;
     std::vector<char> m_block;
     std::vector<double> m_values;
 };

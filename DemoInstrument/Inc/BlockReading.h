@@ -9,37 +9,40 @@
 namespace ZoVelkor::Demo
 {
 
-/// Items by which the room grows while a block of unknown length is read.
-inline constexpr std::size_t kReadPiece = std::size_t{1} << 16;
+/// Bytes that are read at a time: memory is filled as a block arrives, and not because it was announced.
+inline constexpr std::size_t kReadPiece = std::size_t{1} << 20;
 
-/// Reads a block to its end, whether its length is known or not; what is announced is read in one piece.
+/// Reads a block to its end, whether its length is known or not and whether it has arrived or not.
 ///
-/// @param items  empty; takes what was read
+/// @param items  empty; takes what was read, nothing in case of a failure
 /// @param announced  items that the block announces, negative when not known in advance
-/// @param maxCount  reading stops at one item more; the caller refuses such a block
+/// @param maxCount  a block of more items is refused, before anything is read if it announces them
 /// @param read  called with count, data and a pointer that takes the number of items read, as the operations
 ///              of IZOScpiBlockData are; fewer than count mean the end
-/// @return S_OK, or the failing result of read
+/// @return S_OK; S_FALSE for too many items; the failing result of read
 template <class TItem, class TRead>
 HRESULT ReadBlock(std::vector<TItem>& items, long announced, std::size_t maxCount, TRead&& read)
 {
-    // One item more than announced: the read that meets the end is then the first one.
-    items.reserve(announced < 0 ? kReadPiece : std::min(static_cast<std::size_t>(announced), maxCount) + 1);
-    while (items.size() <= maxCount)
+    const std::size_t expected = announced < 0 ? maxCount : static_cast<std::size_t>(announced);
+    HRESULT hr = expected > maxCount ? S_FALSE : S_OK;
+    items.reserve(announced < 0 || hr != S_OK ? 0 : expected + 1);
+    for (bool more = hr == S_OK; more;)
     {
+        // One item more than expected: the read that meets the end is then the last one.
         const std::size_t have = items.size();
-        const std::size_t room = items.capacity() - have;
-        const std::size_t wanted = std::min(room != 0 ? room : kReadPiece, maxCount + 1 - have);
+        const std::size_t wanted = std::min(kReadPiece / sizeof(TItem), expected + 1 - have);
         items.resize(have + wanted);
         unsigned long got = 0;
-        const HRESULT hr = read(wanted, items.data() + have, &got);
+        hr = read(wanted, items.data() + have, &got);
         items.resize(have + got);
-        if (FAILED(hr) || got < wanted)
-        {
-            return FAILED(hr) ? hr : S_OK;
-        }
+        more = SUCCEEDED(hr) && got == wanted && items.size() <= maxCount;
+        hr = FAILED(hr) ? hr : (items.size() > maxCount ? S_FALSE : S_OK);
     }
-    return S_OK;
+    if (hr != S_OK)
+    {
+        items = {};
+    }
+    return hr;
 }
 
 } // namespace ZoVelkor::Demo

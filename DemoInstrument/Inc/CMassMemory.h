@@ -25,7 +25,10 @@ public:
     using Content = std::vector<unsigned char>;
     using Files = std::map<std::string, Content, std::less<>>;
 
-    /// Checks whether a file could be stored; a file of the same name would give its room free.
+    /// Bytes that a file could have; a file of the same name would give its room free.
+    std::size_t RoomFor(std::string_view name) const;
+
+    /// Checks whether a file could be stored.
     ///
     /// @return 0; -257 for a bad name; -255; -254
     short CheckRoom(std::string_view name, std::size_t bytes) const;

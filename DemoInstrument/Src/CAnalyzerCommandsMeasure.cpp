@@ -64,11 +64,11 @@ HRESULT ReadTraceBlock(CScpiFunctionExecutionDataPool& pool, std::vector<double>
         ReadBlock(values, announced, kMaxTraceValues, [&](auto count, double* data, auto* got) {
             return spBlock->GetNextArray(count, data, got);
         });
-    if (hr == E_FAIL || (SUCCEEDED(hr) && values.empty()))
+    if (hr == E_FAIL || (hr == S_OK && values.empty()))
     {
         return pool.SetScpiBlockDataError("the length does not fit the format (%FORMDATA%)");
     }
-    return SUCCEEDED(hr) && values.size() > kMaxTraceValues ? pool.SetScpiError(kScpiTooMuchData) : hr;
+    return hr == S_FALSE ? pool.SetScpiError(kScpiTooMuchData) : hr;
 }
 
 /// Reads what a trace is loaded with, a block or a list of numbers.

@@ -70,11 +70,15 @@ HRESULT CAnalyzerCommands::StoreFile(Pool& pool, const std::string& name)
         return pool.SetScpiError(error);
     }
     CMassMemory::Content content;
-    const HRESULT hr =
-        ReadBlock(content, bytes, kMaxFileBytes, [&](auto count, unsigned char* data, auto* got) {
-            return spBlock->Read(count, data, got);
-        });
-    return FAILED(hr) ? hr : pool.SetScpiError(m_analyzer.Files().Store(name, std::move(content)));
+    const std::size_t room = m_analyzer.Files().RoomFor(name);
+    const HRESULT hr = ReadBlock(content, bytes, room, [&](auto count, unsigned char* data, auto* got) {
+        return spBlock->Read(count, data, got);
+    });
+    if (hr != S_OK)
+    {
+        return FAILED(hr) ? hr : pool.SetScpiError(kScpiMediaFull);
+    }
+    return pool.SetScpiError(m_analyzer.Files().Store(name, std::move(content)));
 }
 
 HRESULT CAnalyzerCommands::FileCatalog(Pool& pool)

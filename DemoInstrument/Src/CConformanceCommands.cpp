@@ -149,7 +149,7 @@ HRESULT CConformanceCommands::TraceData(Pool& pool)
     const HRESULT hr = ReadBlock(data, bytes, kMaxTraceBytes, [&](auto count, auto* place, auto* got) {
         return spBlock->Read(count, place, got);
     });
-    if (FAILED(hr) || data.size() > kMaxTraceBytes)
+    if (hr != S_OK)
     {
         return FAILED(hr) ? hr : pool.SetScpiError(kScpiTooMuchData);
     }

@@ -24,19 +24,23 @@ bool IsFileName(std::string_view name)
 
 } // namespace
 
+std::size_t CMassMemory::RoomFor(std::string_view name) const
+{
+    const Content* const former = Find(name);
+    return FreeBytes() + (former != nullptr ? former->size() : 0);
+}
+
 short CMassMemory::CheckRoom(std::string_view name, std::size_t bytes) const
 {
     if (!IsFileName(name))
     {
         return kScpiFileNameError;
     }
-    const Content* const former = Find(name);
-    if (former == nullptr && m_files.size() >= kMaxFileCount)
+    if (Find(name) == nullptr && m_files.size() >= kMaxFileCount)
     {
         return kScpiDirectoryFull;
     }
-    const std::size_t available = FreeBytes() + (former != nullptr ? former->size() : 0);
-    return bytes <= available ? short{kScpiNoError} : short{kScpiMediaFull};
+    return bytes <= RoomFor(name) ? short{kScpiNoError} : short{kScpiMediaFull};
 }
 
 short CMassMemory::Store(const std::string& name, Content content)

@@ -51,6 +51,7 @@ inline constexpr short kScpiFileNameNotFound = -256;
 inline constexpr short kScpiFileNameError = -257;
 inline constexpr short kScpiQueueOverflow = -350;
 inline constexpr short kScpiInputBufferOverrun = -363;
+inline constexpr short kScpiTimeOutError = -365;
 
 /// Tells whether an error concerns its own command only (class -2xx).
 constexpr bool IsScpiExecutionError(short code) noexcept

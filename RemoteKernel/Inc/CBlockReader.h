@@ -1,7 +1,8 @@
 #pragma once
 
+#include "CBScpiBlockData.h"
+#include "CBlockStream.h"
 #include "CComObject.h"
-#include "IZOScpiBlockData.h"
 
 #include <cstddef>
 #include <span>
@@ -9,15 +10,18 @@
 namespace ZoVelkor::RemoteKernel
 {
 
-/// Reads one block parameter out of the message in memory, without copying it first.
+/// Reads one block parameter: out of the message in memory without copying it first, or out of the stream of
+/// a block that is still arriving. In the latter case reads wait for the client, and Access gives E_PENDING.
 ///
 /// The parser reuses readers for one command after the other; whoever still holds one afterwards gets
 /// E_ABORT.
-class CBlockReader : public IZOScpiBlockData
+class CBlockReader : public CBScpiBlockData
 {
 public:
     /// Begins a new block; the bytes are lent until Invalidate.
     void Begin(std::span<unsigned char> block) noexcept;
+    /// The same for a block that is still arriving.
+    void Begin(CBlockStream& stream) noexcept;
 
     /// Ends the command: every operation gives E_ABORT from here on.
     void Invalidate() noexcept;
@@ -41,12 +45,20 @@ public:
     HRESULT Access(unsigned char** data, unsigned long* length) override;
 
 protected:
-    ~CBlockReader() = default;
+    ~CBlockReader() override = default;
 
 private:
-    std::span<unsigned char> Rest() const noexcept { return m_block.subspan(m_consumed); }
-    HRESULT NextElement(VARIANT& value) noexcept;
+    /// Bytes that can be read without waiting.
+    std::span<unsigned char> Rest() const noexcept
+    {
+        return m_pStream != nullptr ? m_pStream->Window() : m_block.subspan(m_consumed);
+    }
+    void Consume(std::size_t count) noexcept;
+    HRESULT NextElement(VARIANT& value);
+    HRESULT CopyRest(IStream& target, unsigned long size, unsigned long& got);
+    HRESULT CopyStream(IStream& target, unsigned long size, unsigned long& got);
 
+    CBlockStream* m_pStream = nullptr; ///< null: the block is in memory
     std::span<unsigned char> m_block;
     std::size_t m_consumed = 0;
     bool m_valid = false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 
 namespace ZoVelkor::RemoteKernel
@@ -10,13 +11,16 @@ namespace ZoVelkor::RemoteKernel
 struct tagMessageLimits
 {
     std::size_t iMaxText = std::size_t{1} << 22;  ///< bytes outside blocks; beyond: -363
-    std::size_t iMaxBlock = std::size_t{1} << 29; ///< block bytes of one message; beyond: -223
+    std::size_t iMaxBlock = std::size_t{1} << 29; ///< block bytes of one message in memory; beyond: -223
+    std::size_t iMaxHeld = std::size_t{1} << 20; ///< block bytes of one message that are collected before its
+                                                 ///< commands run; a block that goes beyond is streamed
 };
 
 enum class tagFrameStatus
 {
     Incomplete, ///< more bytes are needed
     Message,    ///< a program message is complete
+    Block,      ///< the message up to its next block, which is to be streamed
     Error,      ///< a limit was passed; the rest of the message will be dropped as it arrives
     Dropped     ///< the last byte of a refused message is among the consumed ones: scan again
 };
@@ -25,10 +29,11 @@ enum class tagFrameStatus
 struct tagFrame
 {
     tagFrameStatus eStatus = tagFrameStatus::Incomplete;
-    std::size_t iLength = 0;      ///< Message: bytes of the message, terminator excluded
+    std::size_t iLength = 0;      ///< Message: its bytes, terminator excluded; Block: with the block's header
     std::size_t iConsumed = 0;    ///< bytes to take out of the buffer after use, also when not a Message
     std::size_t iBytesNeeded = 0; ///< Incomplete: at least so many are still missing, 0: not known
-    short iError = 0;             ///< Error: SCPI error number
+    std::int64_t iBlockLength = 0; ///< Block: bytes of the data, -1: indefinite
+    short iError = 0;              ///< Error: SCPI error number
 };
 
 /// Finds the end of program messages in a stream of bytes: a line feed outside blocks.
@@ -37,12 +42,19 @@ struct tagFrame
 /// one are skipped whatever they are, an indefinite one ends at the next line feed. A carriage return before
 /// the line feed stays in the message, where it is white space.
 /// Every byte is looked at once, however the stream is cut into pieces. After an error the framer drops
-/// bytes up to the end of the message: behind the block that was too large, then up to the line feed.
+/// the rest of the message as it arrives, blocks included.
+///
+/// Behind a block that is to be streamed the framer goes on where the caller has taken out the message up to
+/// the block and the block itself, the line feed behind an indefinite one excluded.
 /// Threads: one session's. Standard: IEEE 488.2 sections 7.5, 7.7.6.
 class CMessageFramer
 {
 public:
-    explicit CMessageFramer(const tagMessageLimits& limits = {}) noexcept : m_limits(limits) {}
+    /// @param bStreams  blocks beyond iMaxHeld are to be streamed
+    explicit CMessageFramer(const tagMessageLimits& limits = {}, bool bStreams = false) noexcept
+        : m_limits(limits),
+          m_bStreams(bStreams)
+    {}
 
     /// Looks for the end of the first message.
     ///
@@ -53,15 +65,15 @@ public:
     /// Forgets the message that has begun (device clear); the buffer must be emptied as well.
     void Reset() noexcept;
 
-private:
-    enum class tagState
-    {
-        Text,
-        IndefiniteBlock,
-        DropBlock,
-        DropLine
-    };
+    /// Looks at the rest of a message afresh, to collect it with all its blocks.
+    void Hold() noexcept;
 
+    /// Drops the rest of a message as it arrives.
+    ///
+    /// @param blockRest  bytes of a block that come first, -1: an indefinite block
+    void Skip(std::int64_t blockRest) noexcept;
+
+private:
     enum class tagStep
     {
         Continue,
@@ -70,20 +82,25 @@ private:
 
     tagStep ScanText(std::span<const char> buffer, tagFrame& frame) noexcept;
     tagStep ScanHash(std::span<const char> buffer, tagFrame& frame) noexcept;
-    tagStep EnterBlock(std::size_t dataBegin, std::size_t length, std::size_t size, tagFrame& frame) noexcept;
+    tagStep EnterBlock(std::size_t dataBegin, std::size_t length, tagFrame& frame) noexcept;
     tagStep ScanIndefinite(std::span<const char> buffer, tagFrame& frame) noexcept;
-    void Drop(std::span<const char> buffer, tagFrame& frame) noexcept;
     bool IsElementStart(std::span<const char> buffer, std::size_t hash) noexcept;
     void FollowQuotes(std::span<const char> buffer, std::size_t end) noexcept;
+    bool IsStreamed(std::size_t blockBytes) const noexcept;
     void FinishMessage(std::size_t lineFeed, tagFrame& frame) noexcept;
-    void Fail(short error, tagState next, std::size_t consumed, tagFrame& frame) noexcept;
+    void LeaveBlock(std::size_t dataBegin, std::int64_t length, tagFrame& frame) noexcept;
+    void Fail(short error, tagFrame& frame) noexcept;
+    void DropScanned(std::span<const char> buffer, tagFrame& frame) noexcept;
 
     tagMessageLimits m_limits;
-    tagState m_state = tagState::Text;
+    bool m_bStreams = false;
+    bool m_bHolds = false;        ///< the message is collected whatever its blocks are
+    bool m_bSkips = false;        ///< the message is dropped as it arrives
+    bool m_bIndefinite = false;   ///< inside an indefinite block
     std::size_t m_scanned = 0;    ///< no message end and no open block before this place
     std::size_t m_lexed = 0;      ///< quotes have been followed up to here
+    std::size_t m_blockBegin = 0; ///< place of the indefinite block
     std::size_t m_blockBytes = 0; ///< bytes of blocks before m_scanned
-    std::size_t m_toDrop = 0;     ///< bytes of the refused block that are still to come
     char m_quote = 0;             ///< quote that is open at m_lexed
 };
 

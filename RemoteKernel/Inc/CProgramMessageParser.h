@@ -14,6 +14,16 @@ namespace ZoVelkor::RemoteKernel
 /// Parameters of one command; further ones raise -223.
 inline constexpr std::size_t kMaxParameters = std::size_t{1} << 17;
 
+class CBlockStream;
+
+/// What is to be done behind a piece of a message that ended with a block.
+enum class tagPieceResult
+{
+    Continue, ///< take the rest of the block out, then parse on
+    Drop,     ///< drop the rest of the message, block included
+    Hold      ///< the last command needs the block in memory: collect it, and give that command again
+};
+
 /// Understands program messages and runs their commands one after another.
 ///
 /// Accepted are compound messages with path memory (SCPI-99 vol. 1, 6.2.4), short and long forms in any case,
@@ -37,6 +47,20 @@ public:
     /// @return false when the rest of the message was dropped: after a command error, or on the executor's
     /// wish
     bool Parse(const CCommandIndex& index, std::span<char> message, ICommandExecutor& executor);
+
+    /// Prepares for a message that comes in pieces.
+    void BeginMessage() noexcept;
+    /// Runs a message up to a block that arrives while its command runs.
+    ///
+    /// @param piece  ends with the header of the block; otherwise as for Parse
+    /// @param[out] heldFrom  for Hold: start of the command that has not been run
+    tagPieceResult ParsePiece(const CCommandIndex& index,
+                              std::span<char> piece,
+                              CBlockStream& block,
+                              ICommandExecutor& executor,
+                              std::size_t& heldFrom);
+    /// Runs the last piece, from behind a block; parameters and result as for Parse.
+    bool ParseRest(const CCommandIndex& index, std::span<char> rest, ICommandExecutor& executor);
 
 private:
     class CImplementation;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CBlockStream.h"
 #include "CByteBuffer.h"
 #include "CErrorQueue.h"
 #include "CFormatSubsystem.h"
@@ -40,6 +41,9 @@ class CBuiltInCommands;
 /// session.CommitInput(received);
 /// while (session.ExecuteNext()) { Send(session.Response()); session.ClearResponse(); }
 /// @endcode
+/// A message whose blocks are large is not collected first: its commands run as soon as the header of such a
+/// block is there, and read on from the transport (IByteSource). Without one, as in process, it is collected.
+///
 /// Threads: one at a time, except Cancel, SerialPoll and RemotePath.
 class CSession final : private ICommandExecutor
 {
@@ -48,8 +52,13 @@ public:
     ///
     /// @param kernel  outlives the session
     /// @param connection  descriptor whose error or hang-up ends the waits of *OPC? and *WAI; -1: none
+    /// @param pSource  where large blocks are read from while their commands run, outlives the session; null:
+    ///                 they are collected
     /// @throws std::system_error when the system is short of descriptors, std::bad_alloc
-    explicit CSession(CRemoteKernel& kernel, const tagSessionLimits& limits = {}, int connection = -1);
+    explicit CSession(CRemoteKernel& kernel,
+                      const tagSessionLimits& limits = {},
+                      int connection = -1,
+                      IByteSource* pSource = nullptr);
     CSession(const CSession&) = delete;
     CSession& operator=(const CSession&) = delete;
     /// Ends the session. Operations that it began and that go on are forgotten.
@@ -122,6 +131,10 @@ private:
     /// @return true when the message at the start of the input is incomplete
     bool HandleFrame(const tagFrame& frame);
     void ExecuteMessage(std::span<char> message);
+    void ExecuteUpToBlock(const tagFrame& frame);
+    void CollectFrom(std::size_t place);
+    void FinishBlock(bool bContinue);
+    void EndMessage();
     bool CloseCommand(HRESULT result);
     void AddPath();
     void RefreshApplications();
@@ -142,6 +155,10 @@ private:
     CProgramMessageParser m_parser;
     CMessageFramer m_framer;
     CByteBuffer m_input;
+    CByteBuffer m_piece; // the message up to the block that is being read
+    CBlockStream m_stream;
+    const bool m_bStreams;
+    bool m_bInMessage = false;        // commands of the message at hand have run
     std::size_t m_bytesAnnounced = 0; // still missing of the message at hand, as far as known
     std::atomic<bool> m_bCancelled{false};
 };

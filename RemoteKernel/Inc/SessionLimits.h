@@ -14,6 +14,8 @@ struct tagSessionLimits
     std::size_t iMaxResponse = std::size_t{1} << 29; ///< bytes of one response message; beyond: a query that
                                                      ///< fails with -200 and answers nothing
     std::size_t iErrorQueueDepth = 64;               ///< entries, at least 2; beyond: -350
+    int iBlockPauseMs = 10'000; ///< longest pause of a client inside a block that its command is reading,
+                                ///< since nobody else's commands run meanwhile; beyond: -365
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -110,6 +110,23 @@ void CBlockReader::Begin(std::span<unsigned char> block) noexcept
     m_consumed = 0;
     m_valid = true;
     m_elementSize = 0;
+    m_pStream = nullptr;
+}
+
+void CBlockReader::Begin(CBlockStream& stream) noexcept
+{
+    Begin(std::span<unsigned char>());
+    m_pStream = &stream;
+}
+
+void CBlockReader::Consume(std::size_t count) noexcept
+{
+    if (m_pStream != nullptr)
+    {
+        m_pStream->Consume(count);
+        return;
+    }
+    m_consumed += count;
 }
 
 void CBlockReader::Invalidate() noexcept
@@ -117,6 +134,7 @@ void CBlockReader::Invalidate() noexcept
     m_valid = false;
     m_block = {};
     m_consumed = 0;
+    m_pStream = nullptr;
 }
 
 HRESULT CBlockReader::Read(unsigned long size, unsigned char* data, unsigned long* got)
@@ -130,6 +148,13 @@ HRESULT CBlockReader::Read(unsigned long size, unsigned char* data, unsigned lon
     if (!m_valid)
     {
         return E_ABORT;
+    }
+    if (m_pStream != nullptr)
+    {
+        std::size_t copied = 0;
+        const HRESULT result = m_pStream->Read({data, size}, copied);
+        *got = copied;
+        return result;
     }
     const std::span<unsigned char> rest = Rest();
     const std::size_t count = std::min<std::size_t>(size, rest.size());
@@ -155,6 +180,10 @@ HRESULT CBlockReader::Discard()
     {
         return E_ABORT;
     }
+    if (m_pStream != nullptr)
+    {
+        return m_pStream->Discard();
+    }
     m_consumed = m_block.size();
     return S_OK;
 }
@@ -173,10 +202,11 @@ CBlockReader::GetStatusEx(short* complete, long* length, unsigned long* availabl
     {
         return E_ABORT;
     }
-    *complete = VARIANT_TRUE;
-    *length = static_cast<long>(m_block.size());
-    *available = m_block.size() - m_consumed;
-    *consumed = m_consumed;
+    const bool bComplete = m_pStream == nullptr || m_pStream->IsComplete();
+    *complete = bComplete ? VARIANT_TRUE : VARIANT_FALSE;
+    *length = m_pStream != nullptr ? m_pStream->Length() : static_cast<long>(m_block.size());
+    *available = Rest().size();
+    *consumed = m_pStream != nullptr ? static_cast<unsigned long>(m_pStream->Consumed()) : m_consumed;
     return S_OK;
 }
 
@@ -192,24 +222,54 @@ HRESULT CBlockReader::ReadFromStream(IStream* target, unsigned long size, unsign
     {
         return E_ABORT;
     }
+    return m_pStream != nullptr ? CopyStream(*target, size, *got) : CopyRest(*target, size, *got);
+}
+
+/// Copies what can be read without waiting, as far as it is wanted.
+HRESULT CBlockReader::CopyRest(IStream& target, unsigned long size, unsigned long& got)
+{
     const std::span<unsigned char> rest = Rest();
-    const auto count = static_cast<ULONG>(std::min<std::size_t>(size, rest.size()));
     if (rest.empty())
     {
         return S_FALSE;
     }
+    constexpr std::size_t kMost = std::numeric_limits<ULONG>::max();
+    const auto count = static_cast<ULONG>(std::min({std::size_t{size}, rest.size(), kMost}));
     ULONG written = 0;
-    const HRESULT result = target->Write(rest.data(), count, &written);
-    m_consumed += std::min(written, count);
-    *got = std::min(written, count);
+    const HRESULT result = target.Write(rest.data(), count, &written);
+    Consume(std::min(written, count));
+    got += std::min(written, count);
     return FAILED(result) ? result : S_OK;
 }
 
-HRESULT CBlockReader::ContinueRead(long)
+HRESULT CBlockReader::CopyStream(IStream& target, unsigned long size, unsigned long& got)
+{
+    HRESULT result = m_pStream->Fill(1);
+    while (result == S_OK && got < size)
+    {
+        // The last bytes are only copied when what follows them is sound.
+        const std::size_t count = std::min<std::size_t>(size - got, Rest().size());
+        result = m_pStream->Fill(count);
+        const unsigned long before = got;
+        result = result == S_OK ? CopyRest(target, count, got) : result;
+        if (result == S_OK && got - before != count)
+        {
+            return S_OK;
+        }
+        result = result == S_OK ? m_pStream->Fill(1) : result;
+    }
+    return result == S_FALSE && got != 0 ? S_OK : result;
+}
+
+HRESULT CBlockReader::ContinueRead(long timeoutMs)
 {
     if (!m_valid)
     {
         return E_ABORT;
+    }
+    if (m_pStream != nullptr)
+    {
+        return m_pStream->Wait(timeoutMs);
     }
     return Rest().empty() ? S_FALSE : S_OK;
 }
@@ -232,7 +292,7 @@ CBlockReader::InitReaderFormat(tagEnumFormatDataType type, long width, tagEnumFo
     return S_OK;
 }
 
-HRESULT CBlockReader::NextElement(VARIANT& value) noexcept
+HRESULT CBlockReader::NextElement(VARIANT& value)
 {
     if (!m_valid)
     {
@@ -242,6 +302,10 @@ HRESULT CBlockReader::NextElement(VARIANT& value) noexcept
     {
         return E_UNEXPECTED;
     }
+    if (m_pStream != nullptr && FAILED(m_pStream->Fill(m_elementSize)))
+    {
+        return E_ABORT;
+    }
     const std::span<unsigned char> rest = Rest();
     if (rest.size() < m_elementSize)
     {
@@ -249,7 +313,7 @@ HRESULT CBlockReader::NextElement(VARIANT& value) noexcept
     }
     const std::uint64_t bits = LoadBytes(rest.data(), m_elementSize, m_swapped);
     m_real ? StoreReal(bits, m_elementSize, value) : StoreInteger(bits, m_elementSize, value);
-    m_consumed += m_elementSize;
+    Consume(m_elementSize);
     return S_OK;
 }
 
@@ -336,6 +400,10 @@ HRESULT CBlockReader::Access(unsigned char** data, unsigned long* length)
     if (!m_valid)
     {
         return E_ABORT;
+    }
+    if (m_pStream != nullptr)
+    {
+        return E_PENDING;
     }
     const std::span<unsigned char> rest = Rest();
     *data = rest.empty() ? nullptr : rest.data();

@@ -1,5 +1,6 @@
 #include "CMessageFramer.h"
 
+#include "BlockHeader.h"
 #include "CharacterClasses.h"
 #include "ScpiErrorCodes.h"
 
@@ -27,27 +28,32 @@ tagFrame CMessageFramer::Scan(std::span<const char> buffer) noexcept
     tagStep step = tagStep::Continue;
     while (step == tagStep::Continue)
     {
-        switch (m_state)
-        {
-        case tagState::Text:
-            step = ScanText(buffer, frame);
-            break;
-        case tagState::IndefiniteBlock:
-            step = ScanIndefinite(buffer, frame);
-            break;
-        case tagState::DropBlock:
-        case tagState::DropLine:
-            Drop(buffer, frame);
-            step = tagStep::Done;
-            break;
-        }
+        step = m_bIndefinite ? ScanIndefinite(buffer, frame) : ScanText(buffer, frame);
+    }
+    if (m_bSkips)
+    {
+        DropScanned(buffer, frame);
     }
     return frame;
 }
 
 void CMessageFramer::Reset() noexcept
 {
-    *this = CMessageFramer(m_limits);
+    *this = CMessageFramer(m_limits, m_bStreams);
+}
+
+void CMessageFramer::Hold() noexcept
+{
+    Reset();
+    m_bHolds = true;
+}
+
+void CMessageFramer::Skip(std::int64_t blockRest) noexcept
+{
+    Reset();
+    m_bSkips = true;
+    m_bIndefinite = blockRest < 0;
+    m_scanned = m_lexed = m_bIndefinite ? 0 : static_cast<std::size_t>(blockRest);
 }
 
 CMessageFramer::tagStep CMessageFramer::ScanText(std::span<const char> buffer, tagFrame& frame) noexcept
@@ -63,13 +69,9 @@ CMessageFramer::tagStep CMessageFramer::ScanText(std::span<const char> buffer, t
     const std::size_t textLength = lineFeed != nullptr ? static_cast<std::size_t>(lineFeed - begin) : stretch;
     const char* const hash = FindByte(begin, textLength, '#');
     m_scanned += hash != nullptr ? static_cast<std::size_t>(hash - begin) : textLength;
-    if (m_scanned - m_blockBytes > m_limits.iMaxText)
+    if (!m_bSkips && m_scanned - m_blockBytes > m_limits.iMaxText)
     {
-        const bool isComplete = lineFeed != nullptr && hash == nullptr;
-        Fail(kScpiInputBufferOverrun,
-             isComplete ? tagState::Text : tagState::DropLine,
-             m_scanned + (isComplete ? 1 : 0),
-             frame);
+        Fail(kScpiInputBufferOverrun, frame);
         return tagStep::Done;
     }
     if (hash != nullptr)
@@ -96,96 +98,74 @@ CMessageFramer::tagStep CMessageFramer::ScanHash(std::span<const char> buffer, t
     {
         return tagStep::Done;
     }
-    if (!IsDigit(buffer[hash + 1]))
+    const tagBlockHeader header = ReadBlockHeader({buffer.data() + hash, buffer.size() - hash});
+    switch (header.iResult)
     {
+    case CBScpiBlockData::HeaderIncomplete:
+        return tagStep::Done;
+    case CBScpiBlockData::HeaderInvalid:
         m_scanned = hash + 1;
         return tagStep::Continue;
+    default:
+        break;
     }
-    const auto digits = static_cast<std::size_t>(buffer[hash + 1] - '0');
-    const std::size_t dataBegin = hash + 2 + digits;
-    if (digits == 0)
+    const std::size_t dataBegin = hash + header.iSize;
+    if (header.iLength >= 0)
     {
-        m_state = tagState::IndefiniteBlock;
-        m_scanned = dataBegin;
-        return tagStep::Continue;
+        return EnterBlock(dataBegin, static_cast<std::size_t>(header.iLength), frame);
     }
-    std::size_t length = 0;
-    for (std::size_t place = hash + 2; place < dataBegin; ++place)
-    {
-        if (place == buffer.size())
-        {
-            return tagStep::Done;
-        }
-        if (!IsDigit(buffer[place]))
-        {
-            m_scanned = hash + 1;
-            return tagStep::Continue;
-        }
-        length = length * 10 + static_cast<std::size_t>(buffer[place] - '0');
-    }
-    return EnterBlock(dataBegin, length, buffer.size(), frame);
+    m_bIndefinite = true;
+    m_scanned = m_blockBegin = dataBegin;
+    return tagStep::Continue;
 }
 
-CMessageFramer::tagStep CMessageFramer::EnterBlock(std::size_t dataBegin,
-                                                   std::size_t length,
-                                                   std::size_t size,
-                                                   tagFrame& frame) noexcept
+bool CMessageFramer::IsStreamed(std::size_t blockBytes) const noexcept
 {
-    const std::size_t end = dataBegin + length;
-    if (length > m_limits.iMaxBlock - std::min(m_limits.iMaxBlock, m_blockBytes))
+    return m_bStreams && !m_bHolds && !m_bSkips && blockBytes > m_limits.iMaxHeld;
+}
+
+CMessageFramer::tagStep
+CMessageFramer::EnterBlock(std::size_t dataBegin, std::size_t length, tagFrame& frame) noexcept
+{
+    if (IsStreamed(m_blockBytes + length))
     {
-        m_toDrop = end - std::min(end, size);
-        Fail(kScpiTooMuchData, tagState::DropBlock, std::min(end, size), frame);
+        LeaveBlock(dataBegin, static_cast<std::int64_t>(length), frame);
         return tagStep::Done;
     }
+    const bool bTooMuch = !m_bSkips && m_blockBytes + length > m_limits.iMaxBlock;
     m_blockBytes += length;
-    m_scanned = end;
-    m_lexed = end;
+    m_scanned = dataBegin + length;
+    m_lexed = m_scanned;
+    if (bTooMuch)
+    {
+        Fail(kScpiTooMuchData, frame);
+        return tagStep::Done;
+    }
     return tagStep::Continue;
 }
 
 CMessageFramer::tagStep CMessageFramer::ScanIndefinite(std::span<const char> buffer, tagFrame& frame) noexcept
 {
-    const char* const begin = buffer.data() + m_scanned;
     const std::size_t available = buffer.size() - m_scanned;
-    const char* const lineFeed = FindByte(begin, available, '\n');
+    const char* const begin = buffer.data() + m_scanned;
+    const char* const lineFeed = available == 0 ? nullptr : FindByte(begin, available, '\n');
     const std::size_t length = lineFeed != nullptr ? static_cast<std::size_t>(lineFeed - begin) : available;
     m_blockBytes += length;
     m_scanned += length;
-    if (m_blockBytes > m_limits.iMaxBlock)
+    if (IsStreamed(m_blockBytes))
     {
-        Fail(kScpiTooMuchData,
-             lineFeed != nullptr ? tagState::Text : tagState::DropLine,
-             m_scanned + (lineFeed != nullptr ? 1 : 0),
-             frame);
+        LeaveBlock(m_blockBegin, -1, frame);
+        return tagStep::Done;
+    }
+    if (!m_bSkips && m_blockBytes > m_limits.iMaxBlock)
+    {
+        Fail(kScpiTooMuchData, frame);
     }
     else if (lineFeed != nullptr)
     {
         FinishMessage(m_scanned, frame);
     }
     return tagStep::Done;
-}
-
-void CMessageFramer::Drop(std::span<const char> buffer, tagFrame& frame) noexcept
-{
-    frame.iConsumed = std::min(m_toDrop, buffer.size());
-    m_toDrop -= frame.iConsumed;
-    frame.iBytesNeeded = m_toDrop;
-    if (m_toDrop != 0)
-    {
-        return;
-    }
-    m_state = tagState::DropLine;
-    const std::span<const char> rest = buffer.subspan(frame.iConsumed);
-    const char* const lineFeed = rest.empty() ? nullptr : FindByte(rest.data(), rest.size(), '\n');
-    if (lineFeed == nullptr)
-    {
-        frame.iConsumed = buffer.size();
-        return;
-    }
-    frame.iConsumed += static_cast<std::size_t>(lineFeed - rest.data()) + 1;
-    frame.eStatus = tagFrameStatus::Dropped;
-    Reset();
 }
 
 bool CMessageFramer::IsElementStart(std::span<const char> buffer, std::size_t hash) noexcept
@@ -212,21 +192,40 @@ void CMessageFramer::FollowQuotes(std::span<const char> buffer, std::size_t end)
 
 void CMessageFramer::FinishMessage(std::size_t lineFeed, tagFrame& frame) noexcept
 {
+    frame.eStatus = m_bSkips ? tagFrameStatus::Dropped : tagFrameStatus::Message;
     Reset();
-    frame.eStatus = tagFrameStatus::Message;
     frame.iLength = lineFeed;
     frame.iConsumed = lineFeed + 1;
 }
 
-void CMessageFramer::Fail(short error, tagState next, std::size_t consumed, tagFrame& frame) noexcept
+void CMessageFramer::LeaveBlock(std::size_t dataBegin, std::int64_t length, tagFrame& frame) noexcept
 {
-    const std::size_t toDrop = m_toDrop;
     Reset();
-    m_state = next;
-    m_toDrop = toDrop;
+    frame.eStatus = tagFrameStatus::Block;
+    frame.iLength = dataBegin;
+    frame.iConsumed = dataBegin;
+    frame.iBlockLength = length;
+}
+
+void CMessageFramer::Fail(short error, tagFrame& frame) noexcept
+{
+    m_bSkips = true;
     frame.eStatus = tagFrameStatus::Error;
     frame.iError = error;
-    frame.iConsumed = consumed;
+}
+
+/// Takes what has been looked at out of the buffer, but for the last byte: a block begins behind a separator.
+void CMessageFramer::DropScanned(std::span<const char> buffer, tagFrame& frame) noexcept
+{
+    if (m_scanned <= buffer.size() && !m_bIndefinite)
+    {
+        FollowQuotes(buffer, m_scanned);
+    }
+    const std::size_t dropped = std::min(buffer.size(), m_scanned - std::min<std::size_t>(m_scanned, 1));
+    m_scanned -= dropped;
+    m_lexed -= std::min(m_lexed, dropped);
+    frame.iConsumed = dropped;
+    frame.iBytesNeeded = m_scanned > buffer.size() - dropped ? m_scanned - (buffer.size() - dropped) + 1 : 0;
 }
 
 } // namespace ZoVelkor::RemoteKernel

@@ -37,16 +37,29 @@ void CParameterArray::Grow()
     m_capacity = capacity;
 }
 
-void CParameterArray::SetBlock(tagZO_SCPI_PARAMETER& record, std::span<unsigned char> block)
+CBlockReaderObject& CParameterArray::NextReader()
 {
     if (m_readersUsed == m_readers.size())
     {
         m_readers.push_back(CBlockReaderObject::Create());
     }
-    CBlockReaderObject* const reader = m_readers[m_readersUsed++].Get();
-    reader->Begin(block);
+    return *m_readers[m_readersUsed++];
+}
+
+void CParameterArray::SetBlock(tagZO_SCPI_PARAMETER& record, std::span<unsigned char> block)
+{
+    CBlockReaderObject& reader = NextReader();
+    reader.Begin(block);
     record.iBlockLength = static_cast<std::uint32_t>(block.size());
-    record.pBlockData = reader;
+    record.pBlockData = &reader;
+}
+
+void CParameterArray::SetBlock(tagZO_SCPI_PARAMETER& record, CBlockStream& stream)
+{
+    CBlockReaderObject& reader = NextReader();
+    reader.Begin(stream);
+    record.iBlockLength = static_cast<std::uint32_t>(stream.Length());
+    record.pBlockData = &reader;
 }
 
 void CParameterArray::Clear() noexcept

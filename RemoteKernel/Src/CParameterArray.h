@@ -29,6 +29,8 @@ public:
 
     /// Lends a reader for the block to the record.
     void SetBlock(tagZO_SCPI_PARAMETER& record, std::span<unsigned char> block);
+    /// The same for a block that has not been taken from its stream.
+    void SetBlock(tagZO_SCPI_PARAMETER& record, CBlockStream& stream);
 
     /// Ends the command: invalidates the readers and lets go of unusual amounts of memory.
     void Clear() noexcept;
@@ -37,6 +39,7 @@ private:
     static constexpr std::size_t kKept = 16; ///< records that stay allocated between commands
 
     void Grow();
+    CBlockReaderObject& NextReader();
 
     std::unique_ptr<tagZO_SCPI_PARAMETER[]> m_records;
     std::size_t m_capacity = 0;

@@ -1,5 +1,6 @@
 #include "CParameterParser.h"
 
+#include "BlockHeader.h"
 #include "CProgramMessageParser.h"
 #include "CharacterClasses.h"
 #include "ProgramNumber.h"
@@ -40,12 +41,6 @@ short StoreText(tagZO_SCPI_PARAMETER& record, const char* text, std::size_t leng
     return fits ? short{0} : kScpiTooMuchData;
 }
 
-/// Error for a character where only a separator or the end may stand.
-short SeparatorError(char c) noexcept
-{
-    return c > ' ' && c < '\x7F' ? kScpiInvalidSeparator : kScpiInvalidCharacter;
-}
-
 /// Error for a character with which no data element can begin.
 short StartError(char c) noexcept
 {
@@ -69,6 +64,11 @@ bool IsOnlyLetters(const char* begin, const char* end) noexcept
 }
 } // namespace
 
+short SeparatorError(char c) noexcept
+{
+    return c > ' ' && c < '\x7F' ? kScpiInvalidSeparator : kScpiInvalidCharacter;
+}
+
 void tagCursor::SkipWhite() noexcept
 {
     while (pPlace != pEnd && IsWhiteSpace(*pPlace))
@@ -80,12 +80,14 @@ void tagCursor::SkipWhite() noexcept
 tagParameterFault CParameterParser::Parse(const CCommandIndex& index,
                                           const tagCommandEntry& entry,
                                           bool optional,
-                                          tagCursor& cursor)
+                                          tagCursor& cursor,
+                                          CBlockStream* pStream)
 {
     m_index = &index;
     m_specs = index.Parameters(entry);
     m_cursor = cursor;
     m_bOptional = optional;
+    m_pStream = pStream;
     tagParameterFault fault;
     std::size_t count = 0;
     for (bool more = !m_cursor.AtUnitEnd(); more; ++count)
@@ -114,6 +116,10 @@ tagParameterFault CParameterParser::Parse(const CCommandIndex& index,
     if (!optional && count < entry.iRequiredCount)
     {
         return {kScpiMissingParameter, count, m_cursor.pPlace};
+    }
+    if (m_pStream != nullptr && m_cursor.AtEnd())
+    {
+        return {kNeedsWholeBlock, count, m_cursor.pPlace};
     }
     cursor = m_cursor;
     return fault;
@@ -193,8 +199,9 @@ short CParameterParser::ReadNumber(tagZO_SCPI_PARAMETER& record)
         return error;
     }
     const int exponent = unit == nullptr ? 0 : unit->iExponent;
-    const bool round =
-        (m_type & kFraction) == 0 && (number.bHasPoint || number.bHasExponent || exponent != 0);
+    // A number for a boolean is rounded first (SCPI-99 vol. 1, 7.3): 0.5 is ON.
+    const bool integer = (m_type & kFraction) == 0 || m_type == kBooleanType;
+    const bool round = integer && (number.bHasPoint || number.bHasExponent || exponent != 0);
     tagTextBuffer text = TextOf(record);
     error = round ? WriteRounded(number, exponent, text) : WriteDecimal(number, exponent, text);
     record.iType = ZO_SCPI_PARAMTYPE_NUMERIC;
@@ -293,34 +300,44 @@ short CParameterParser::ReadNonDecimal(tagZO_SCPI_PARAMETER& record, unsigned in
 
 short CParameterParser::ReadBlock(tagZO_SCPI_PARAMETER& record)
 {
-    const auto digits = static_cast<std::size_t>(m_cursor.pPlace[1] - '0');
-    const std::uint32_t wanted = digits == 0 ? ARG_IBLOCK : ARG_DBLOCK;
+    const auto available = static_cast<std::size_t>(m_cursor.pEnd - m_cursor.pPlace);
+    const tagBlockHeader header = ReadBlockHeader({m_cursor.pPlace, available});
+    const std::uint32_t wanted = m_cursor.pPlace[1] == '0' ? ARG_IBLOCK : ARG_DBLOCK;
     if ((m_type & wanted) == 0)
     {
         return kScpiBlockDataNotAllowed;
     }
-    const auto available = static_cast<std::size_t>(m_cursor.pEnd - m_cursor.pPlace);
-    if (digits == 0)
-    {
-        return StoreBlock(record, 2, available - 2);
-    }
-    std::size_t length = 0;
-    const char* const begin = m_cursor.pPlace + 2;
-    const char* const end = begin + std::min(digits, available - 2);
-    const auto [place, result] = std::from_chars(begin, end, length);
-    if (result != std::errc() || place != begin + digits || length > available - 2 - digits)
+    if (header.iResult != CBScpiBlockData::HeaderComplete)
     {
         return kScpiInvalidBlockData;
     }
-    return StoreBlock(record, 2 + digits, length);
-}
-
-short CParameterParser::StoreBlock(tagZO_SCPI_PARAMETER& record, std::size_t headerLength, std::size_t length)
-{
-    char* const data = m_cursor.pPlace + headerLength;
+    const std::size_t rest = available - header.iSize;
+    if (m_pStream != nullptr && rest == 0)
+    {
+        return StoreStream(record);
+    }
+    const std::size_t length = header.iLength < 0 ? rest : static_cast<std::size_t>(header.iLength);
+    if (length > rest)
+    {
+        return kScpiInvalidBlockData;
+    }
+    char* const data = m_cursor.pPlace + header.iSize;
     record.iType = ZO_SCPI_PARAMTYPE_BLOCK;
     m_records.SetBlock(record, {reinterpret_cast<unsigned char*>(data), length});
     m_cursor.pPlace = data + length;
+    return 0;
+}
+
+short CParameterParser::StoreStream(tagZO_SCPI_PARAMETER& record)
+{
+    if (SpecFor(m_records.Size()) != nullptr)
+    {
+        return kNeedsWholeBlock;
+    }
+    record.iType = ZO_SCPI_PARAMTYPE_BLOCK;
+    m_records.SetBlock(record, *m_pStream);
+    m_pStream = nullptr;
+    m_cursor.pPlace = m_cursor.pEnd;
     return 0;
 }
 

@@ -21,6 +21,12 @@ struct tagCursor
     void SkipWhite() noexcept;
 };
 
+/// Error for a character where only a separator or the end may stand.
+short SeparatorError(char c) noexcept;
+
+/// Fault of a command that cannot run before its block has been collected; no SCPI error.
+inline constexpr short kNeedsWholeBlock = 1;
+
 /// What is wrong with the parameters of one command.
 struct tagParameterFault
 {
@@ -37,8 +43,14 @@ public:
     ///
     /// An execution error is kept while the rest is read; a command error comes at once.
     /// @param optional  the query of a command with both forms: parameters only ask for limits and the like
-    tagParameterFault
-    Parse(const CCommandIndex& index, const tagCommandEntry& entry, bool optional, tagCursor& cursor);
+    /// @param pStream  the block whose header is the last thing before the cursor's end; null when there is
+    /// none.
+    ///                 It has to be the command's last parameter, else the fault is kNeedsWholeBlock
+    tagParameterFault Parse(const CCommandIndex& index,
+                            const tagCommandEntry& entry,
+                            bool optional,
+                            tagCursor& cursor,
+                            CBlockStream* pStream);
 
     CParameterArray& Records() noexcept { return m_records; }
 
@@ -53,7 +65,7 @@ private:
     short ReadHash(tagZO_SCPI_PARAMETER& record);
     short ReadNonDecimal(tagZO_SCPI_PARAMETER& record, unsigned int bits) noexcept;
     short ReadBlock(tagZO_SCPI_PARAMETER& record);
-    short StoreBlock(tagZO_SCPI_PARAMETER& record, std::size_t headerLength, std::size_t length);
+    short StoreStream(tagZO_SCPI_PARAMETER& record);
     short ReadWord(tagZO_SCPI_PARAMETER& record) noexcept;
     short UnknownWordError(const tagMnemonic& word) const noexcept;
     bool TakeOwnWord(tagZO_SCPI_PARAMETER& record, const tagMnemonic& word) const noexcept;
@@ -69,6 +81,7 @@ private:
     std::span<const tagParameterSpec> m_specs;
     tagCursor m_cursor;
     bool m_bOptional = false;
+    CBlockStream* m_pStream = nullptr; ///< null also when a record has it
 
     // Of the parameter at work.
     const tagParameterSpec* m_spec = nullptr;

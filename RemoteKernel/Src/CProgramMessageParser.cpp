@@ -55,12 +55,19 @@ std::string_view Quote(const char* begin, const char* end, char (&buffer)[kQuote
 class CProgramMessageParser::CImplementation
 {
 public:
-    bool Parse(const CCommandIndex& index, std::span<char> message, ICommandExecutor& executor)
+    void BeginMessage() noexcept { m_path = CCommandIndex::kRootNode; }
+
+    /// @return false when the rest of the message is to be dropped, or its latest command needs the block
+    bool Parse(const CCommandIndex& index,
+               std::span<char> message,
+               CBlockStream* pStream,
+               ICommandExecutor& executor)
     {
         m_index = &index;
         m_executor = &executor;
         m_cursor = {message.data(), message.data() + message.size()};
-        m_path = CCommandIndex::kRootNode;
+        m_pStream = pStream;
+        m_bHeld = false;
         for (;;)
         {
             m_cursor.SkipWhite();
@@ -75,6 +82,9 @@ public:
             m_cursor.pPlace += m_cursor.AtEnd() ? 0 : 1;
         }
     }
+
+    bool IsHeld() const noexcept { return m_bHeld; }
+    const char* UnitBegin() const noexcept { return m_header; }
 
 private:
     /// Form of a command that a unit asks for.
@@ -102,6 +112,7 @@ private:
     bool ParseUnit()
     {
         m_header = m_cursor.pPlace;
+        const std::uint32_t path = m_path;
         short error = ReadHeader();
         if (error != 0)
         {
@@ -118,7 +129,9 @@ private:
         {
             return FailHeader(error);
         }
-        return RunCommand(form);
+        const bool bContinue = RunCommand(form);
+        m_path = m_bHeld ? path : m_path;
+        return bContinue;
     }
 
     bool RunCommand(const tagForm& form)
@@ -128,7 +141,12 @@ private:
         if (!m_cursor.AtUnitEnd())
         {
             const tagParameterFault fault =
-                m_parameters.Parse(*m_index, *form.pEntry, form.bOptional, m_cursor);
+                m_parameters.Parse(*m_index, *form.pEntry, form.bOptional, m_cursor, m_pStream);
+            m_bHeld = fault.iError == kNeedsWholeBlock;
+            if (m_bHeld)
+            {
+                return false;
+            }
             if (fault.iError != 0)
             {
                 return FailParameter(fault);
@@ -336,7 +354,9 @@ private:
     const CCommandIndex* m_index = nullptr;
     ICommandExecutor* m_executor = nullptr;
     tagCursor m_cursor;
-    const char* m_header = nullptr; ///< start of the unit at work
+    CBlockStream* m_pStream = nullptr; ///< the block at the cursor's end
+    bool m_bHeld = false;              ///< the command needs that block in memory
+    const char* m_header = nullptr;    ///< start of the unit at work
     std::uint32_t m_path = CCommandIndex::kRootNode;
     std::uint32_t m_node = CCommandIndex::kRootNode;
     bool m_query = false;
@@ -355,7 +375,38 @@ bool CProgramMessageParser::Parse(const CCommandIndex& index,
                                   std::span<char> message,
                                   ICommandExecutor& executor)
 {
-    return m_implementation->Parse(index, message, executor);
+    m_implementation->BeginMessage();
+    return m_implementation->Parse(index, message, nullptr, executor);
+}
+
+void CProgramMessageParser::BeginMessage() noexcept
+{
+    m_implementation->BeginMessage();
+}
+
+tagPieceResult CProgramMessageParser::ParsePiece(const CCommandIndex& index,
+                                                 std::span<char> piece,
+                                                 CBlockStream& block,
+                                                 ICommandExecutor& executor,
+                                                 std::size_t& heldFrom)
+{
+    if (m_implementation->Parse(index, piece, &block, executor))
+    {
+        return tagPieceResult::Continue;
+    }
+    if (!m_implementation->IsHeld())
+    {
+        return tagPieceResult::Drop;
+    }
+    heldFrom = static_cast<std::size_t>(m_implementation->UnitBegin() - piece.data());
+    return tagPieceResult::Hold;
+}
+
+bool CProgramMessageParser::ParseRest(const CCommandIndex& index,
+                                      std::span<char> rest,
+                                      ICommandExecutor& executor)
+{
+    return m_implementation->Parse(index, rest, nullptr, executor);
 }
 
 } // namespace ZoVelkor::RemoteKernel

@@ -33,7 +33,10 @@ std::string_view FrameErrorDetail(short error) noexcept
 
 } // namespace
 
-CSession::CSession(CRemoteKernel& kernel, const tagSessionLimits& limits, int connection)
+CSession::CSession(CRemoteKernel& kernel,
+                   const tagSessionLimits& limits,
+                   int connection,
+                   IByteSource* pSource)
     : m_kernel(kernel),
       m_spOutput(CSessionOutput::Create(limits.iMaxResponse)),
       m_spFormat(CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>::Create(m_spOutput)),
@@ -54,7 +57,9 @@ CSession::CSession(CRemoteKernel& kernel, const tagSessionLimits& limits, int co
                                                                         m_iRemotePath,
                                                                         m_spCancelEvent->Get(),
                                                                         connection})),
-      m_framer(limits.message)
+      m_framer(limits.message, pSource != nullptr),
+      m_stream(m_input, pSource, GetEventDescriptor(m_spCancelEvent->Get()), *this, limits.iBlockPauseMs),
+      m_bStreams(pSource != nullptr)
 {
     AddPath();
 }
@@ -103,7 +108,7 @@ void CSession::Cancel() noexcept
 std::string_view CSession::Process(std::span<char> bytes)
 {
     ClearResponse();
-    const bool bInPlace = m_input.IsEmpty();
+    const bool bInPlace = m_input.IsEmpty() && !m_bStreams;
     while (bInPlace && !bytes.empty() && !IsCancelled())
     {
         const tagFrame frame = m_framer.Scan(bytes);
@@ -152,6 +157,11 @@ bool CSession::ExecuteNext()
     {
         const std::span<char> bytes(m_input.Data(), m_input.Size());
         const tagFrame frame = m_framer.Scan(bytes);
+        if (frame.eStatus == tagFrameStatus::Block)
+        {
+            ExecuteUpToBlock(frame);
+            continue;
+        }
         const bool bMessage = frame.eStatus == tagFrameStatus::Message;
         if (bMessage)
         {
@@ -159,9 +169,10 @@ bool CSession::ExecuteNext()
         }
         m_input.Consume(frame.iConsumed);
         const bool bIncomplete = HandleFrame(frame);
-        if (bMessage || bIncomplete)
+        const bool bEnded = bMessage || frame.eStatus == tagFrameStatus::Dropped;
+        if (bEnded || bIncomplete)
         {
-            return bMessage;
+            return bEnded;
         }
     }
     return false;
@@ -173,9 +184,63 @@ bool CSession::HandleFrame(const tagFrame& frame)
     {
         ReportError(frame.iError, FrameErrorDetail(frame.iError));
     }
+    else if (frame.eStatus == tagFrameStatus::Dropped)
+    {
+        EndMessage();
+    }
     const bool bIncomplete = frame.eStatus == tagFrameStatus::Incomplete;
     m_bytesAnnounced = bIncomplete ? frame.iBytesNeeded : 0;
     return bIncomplete;
+}
+
+void CSession::ExecuteUpToBlock(const tagFrame& frame)
+{
+    if (!m_bInMessage)
+    {
+        RefreshApplications();
+        m_parser.BeginMessage();
+        m_bInMessage = true;
+    }
+    // The piece stays in place while its commands run; what has arrived behind it goes to fresh memory.
+    std::swap(m_piece, m_input);
+    m_input.Append(m_piece.Data() + frame.iLength, m_piece.Size() - frame.iLength);
+    m_piece.Truncate(frame.iLength);
+    m_stream.Begin(frame.iBlockLength);
+    std::size_t heldFrom = 0;
+    const tagPieceResult result = m_parser.ParsePiece(
+        *m_spApplications->spIndex, {m_piece.Data(), m_piece.Size()}, m_stream, *this, heldFrom);
+    if (result == tagPieceResult::Hold)
+    {
+        CollectFrom(heldFrom);
+    }
+    else
+    {
+        FinishBlock(result == tagPieceResult::Continue);
+    }
+    m_piece.Clear();
+    m_piece.ReleaseMemory(kKeptInput);
+    m_bytesAnnounced = 0;
+}
+
+void CSession::CollectFrom(std::size_t place)
+{
+    m_piece.Consume(place);
+    m_piece.Append(m_input.Data(), m_input.Size());
+    std::swap(m_piece, m_input);
+    m_framer.Hold();
+}
+
+void CSession::FinishBlock(bool bContinue)
+{
+    if (bContinue && SUCCEEDED(m_stream.Discard()))
+    {
+        return;
+    }
+    if (m_stream.State() == CBlockStream::tagState::Lost)
+    {
+        Cancel();
+    }
+    m_framer.Skip(m_stream.Rest());
 }
 
 void CSession::RefreshApplications()
@@ -188,8 +253,21 @@ void CSession::RefreshApplications()
 
 void CSession::ExecuteMessage(std::span<char> message)
 {
-    RefreshApplications();
-    m_parser.Parse(*m_spApplications->spIndex, message, *this);
+    if (m_bInMessage)
+    {
+        m_parser.ParseRest(*m_spApplications->spIndex, message, *this);
+    }
+    else
+    {
+        RefreshApplications();
+        m_parser.Parse(*m_spApplications->spIndex, message, *this);
+    }
+    EndMessage();
+}
+
+void CSession::EndMessage()
+{
+    m_bInMessage = false;
     m_spOutput->EndMessage();
     if (!m_spOutput->IsEmpty())
     {

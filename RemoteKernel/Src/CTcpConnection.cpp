@@ -6,6 +6,7 @@
 #include <asio/buffer.hpp>
 #include <asio/error.hpp>
 
+#include <cerrno>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -56,7 +57,7 @@ CTcpConnection::CTcpConnection(asio::ip::tcp::socket socket,
                                CRemoteKernel& kernel,
                                const tagSessionLimits& limits)
     : m_socket(Prepare(std::move(socket))),
-      m_session(kernel, limits, m_socket.native_handle())
+      m_session(kernel, limits, m_socket.native_handle(), this)
 {}
 
 CTcpConnection::~CTcpConnection()
@@ -130,6 +131,31 @@ bool CTcpConnection::WaitForInput() noexcept
 {
     pollfd descriptor{m_socket.native_handle(), POLLIN, 0};
     return poll(&descriptor, 1, kQuietMs) != 0;
+}
+
+tagReceived CTcpConnection::Receive(std::span<char> space, int timeoutMs, int cancelDescriptor) noexcept
+{
+    pollfd descriptors[] = {
+        {m_socket.native_handle(), POLLIN, 0},
+        {cancelDescriptor,         POLLIN, 0},
+    };
+    while (!m_session.IsCancelled())
+    {
+        const ssize_t received = recv(m_socket.native_handle(), space.data(), space.size(), MSG_DONTWAIT);
+        if (received > 0)
+        {
+            return {tagReceiveStatus::Received, static_cast<std::size_t>(received)};
+        }
+        if (received == 0 || (errno != EAGAIN && errno != EINTR))
+        {
+            break;
+        }
+        if (poll(descriptors, std::size(descriptors), timeoutMs) == 0)
+        {
+            return {tagReceiveStatus::TimedOut, 0};
+        }
+    }
+    return {};
 }
 
 bool CTcpConnection::Send(std::string_view response)

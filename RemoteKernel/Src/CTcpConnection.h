@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CSession.h"
+#include "IByteSource.h"
 
 #include <asio/ip/tcp.hpp>
 
@@ -15,7 +16,7 @@ namespace ZoVelkor::RemoteKernel
 /// One client: its socket, its session and the thread that serves both.
 ///
 /// Threads: Start and destruction belong to the owner; Abort from any thread.
-class CTcpConnection
+class CTcpConnection final : private IByteSource
 {
 public:
     /// @throws std::system_error, std::bad_alloc
@@ -39,6 +40,7 @@ private:
     /// @return false when the client is quiet
     bool WaitForInput() noexcept;
     bool Send(std::string_view response);
+    tagReceived Receive(std::span<char> space, int timeoutMs, int cancelDescriptor) noexcept override;
 
     asio::ip::tcp::socket m_socket; // open until destruction, so that Abort may use its descriptor
     CSession m_session;

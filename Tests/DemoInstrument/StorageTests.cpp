@@ -131,16 +131,18 @@ struct tagBlockCase
     int reads;
 };
 
-TEST(BlockReading, ReadsToTheEndOrOneBeyondTheLimit)
+TEST(BlockReading, ReadsToTheEndInPiecesAndRefusesTooMuch)
 {
-    constexpr std::size_t kLimit = 200'000;
+    constexpr std::size_t kLimit = 600'000;
     constexpr tagBlockCase kCases[] = {
-        {"Announced",        100'000, 100'000, S_OK,    100'000,    S_OK,    1},
-        {"Empty",            0,       0,       S_FALSE, 0,          S_OK,    1},
-        {"NotAnnounced",     100'000, -1,      S_FALSE, 100'000,    S_OK,    2},
-        {"AnnouncedTooMuch", 300'000, 300'000, S_OK,    kLimit + 1, S_OK,    1},
-        {"TooMuch",          300'000, -1,      S_OK,    kLimit + 1, S_OK,    4},
-        {"Cancelled",        10,      20,      E_ABORT, 10,         E_ABORT, 1},
+        {"Announced",        100'000, 100'000, S_OK,    100'000, S_OK,    1},
+        {"InPieces",         600'000, 600'000, S_OK,    600'000, S_OK,    3},
+        {"Empty",            0,       0,       S_FALSE, 0,       S_OK,    1},
+        {"NotAnnounced",     100'000, -1,      S_FALSE, 100'000, S_OK,    2},
+        {"Largest",          kLimit,  -1,      S_OK,    kLimit,  S_OK,    4},
+        {"AnnouncedTooMuch", 800'000, 800'000, S_OK,    0,       S_FALSE, 0},
+        {"TooMuch",          800'000, -1,      S_OK,    0,       S_FALSE, 3},
+        {"Cancelled",        10,      20,      E_ABORT, 0,       E_ABORT, 1},
     };
     for (const tagBlockCase& row : kCases)
     {

@@ -4,7 +4,9 @@
 #include "IZOScpiBlockData.h"
 #include "ScpiErrorCodes.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <numeric>
 #include <stdexcept>
 #include <utility>
 
@@ -26,7 +28,8 @@ enum tagCommand : std::int32_t
     CmdFormat,
     CmdFail,
     CmdOverlap,
-    CmdHold
+    CmdHold,
+    CmdTake
 };
 
 constexpr std::uint32_t kNumber = ARG_SFLOAT | ARG_MINMAX | ARG_DEFAULT;
@@ -86,6 +89,13 @@ std::vector<_CMD_SET_RECORD> CTestSink::Table()
         .Add("FAIL", CmdFail, DEF, QMARK, {{ARG_SINT}})
         .Add("OVERlap", CmdOverlap, DEF, 0)
         .Add("HOLD", CmdHold, DEF, 0)
+        .Add("TAKE", DEF, CmdTake, HDR_SET, {{ARG_SINT}, {ARG_BLOCK}})
+        .Add("PAIR", DEF, CmdTake, HDR_SET, {{ARG_SINT}, {ARG_BLOCK}, {ARG_BLOCK}})
+        .Add("REPeat", DEF, CmdTake, HDR_SET, {{ARG_SINT}, {ARG_BLOCK, ARG_FLAG_REP}})
+        .Add("DEEP:TAKE", DEF, CmdTake, HDR_SET, {{ARG_SINT}, {ARG_BLOCK}})
+        .Add("DEEP:REPeat", DEF, CmdTake, HDR_SET, {{ARG_SINT}, {ARG_BLOCK, ARG_FLAG_REP}})
+        .Add("DEEP:LAST", CmdLast, DEF, QMARK)
+        .Add("POSitive", DEF, CmdTake, HDR_SET, {{ARG_PINT}, {ARG_DBLOCK}})
         .Build();
 }
 
@@ -144,6 +154,8 @@ HRESULT CTestSink::Run(const tagCall& call, unsigned long command)
         return Fail(call);
     case CmdOverlap:
         return BeginOperation(call);
+    case CmdTake:
+        return TakeBlock(call);
     default:
         SetEvent(m_holdEntered.Get());
         WaitForSingleObject(m_holdRelease.Get(), INFINITE);
@@ -164,11 +176,50 @@ HRESULT CTestSink::Store(const tagCall& call, std::string prefix)
 
 HRESULT CTestSink::StoreBlock(const tagCall& call)
 {
-    unsigned char* pData = nullptr;
-    unsigned long length = 0;
-    const HRESULT result = call.arguments.at(0).pBlockData->Access(&pData, &length);
-    m_block.assign(pData, pData + length);
-    return result;
+    constexpr std::size_t kPiece = std::size_t{1} << 16;
+    std::vector<unsigned char> block;
+    HRESULT result = S_OK;
+    for (unsigned long got = kPiece; result == S_OK && got == kPiece;)
+    {
+        const std::size_t have = block.size();
+        block.resize(have + kPiece);
+        result = call.arguments.at(0).pBlockData->Read(kPiece, block.data() + have, &got);
+        block.resize(have + got);
+    }
+    if (FAILED(result))
+    {
+        return result;
+    }
+    m_block = std::move(block);
+    return S_OK;
+}
+
+HRESULT CTestSink::TakeBlock(const tagCall& call)
+{
+    IZOScpiBlockData& block = *call.arguments.back().pBlockData;
+    long wanted = call.Integer(0);
+    std::uint32_t sum = 0;
+    unsigned char piece[4096];
+    HRESULT result = S_OK;
+    SetEvent(m_takeEntered.Get());
+    for (unsigned long got = 1; result == S_OK && got != 0 && wanted > 0; wanted -= static_cast<long>(got))
+    {
+        result = block.Read(
+            std::min<unsigned long>(sizeof piece, static_cast<unsigned long>(wanted)), piece, &got);
+        sum = std::accumulate(piece, piece + got, sum);
+    }
+    if (FAILED(result))
+    {
+        m_takeResult = result;
+        return result;
+    }
+    short complete = 0;
+    long length = 0;
+    unsigned long available = 0;
+    unsigned long consumed = 0;
+    block.GetStatusEx(&complete, &length, &available, &consumed);
+    m_last = std::to_string(consumed) + '/' + std::to_string(length) + ':' + std::to_string(sum);
+    return S_OK;
 }
 
 HRESULT CTestSink::AnswerBlock(const tagCall& call) const

@@ -55,6 +55,8 @@ public:
     CUniqueEvent m_holdEntered{CreateEvent(FALSE, FALSE)};    ///< set when HOLD runs
     CUniqueEvent m_holdRelease{CreateEvent(TRUE, FALSE)};     ///< lets HOLD return
     CUniqueEvent m_operationBegun{CreateEvent(FALSE, FALSE)}; ///< set when OVERlap has begun an operation
+    CUniqueEvent m_takeEntered{CreateEvent(FALSE, FALSE)};    ///< set when TAKE and the like run
+    std::atomic<HRESULT> m_takeResult{S_OK};                  ///< why they failed
     std::atomic<int> m_running{0};                            ///< handlers at work, never above 1
     std::atomic<bool> m_bOverlapped{false};                   ///< two ran at once
 
@@ -64,6 +66,7 @@ private:
     HRESULT Run(const tagCall& call, unsigned long command);
     HRESULT Store(const tagCall& call, std::string prefix);
     HRESULT StoreBlock(const tagCall& call);
+    HRESULT TakeBlock(const tagCall& call);
     HRESULT AnswerBlock(const tagCall& call) const;
     HRESULT AnswerList(const tagCall& call) const;
     HRESULT SetFormat(const tagCall& call) const;
