@@ -10,7 +10,12 @@ namespace ZoVelkor
 
 /// Reader of one block parameter (IEEE 488.2 sections 7.7.6 and 8.7.9, 8.7.10).
 ///
-/// Every read continues where the one before ended. A reader is valid until Execute of its command returns,
+/// Every read continues where the one before ended. A large block may still be arriving: then the operations
+/// that read wait for its bytes, and give E_ABORT when the rest will not come or when what follows the block
+/// is wrong, which is found with its last byte. A handler then leaves everything as it was and returns
+/// E_ABORT.
+///
+/// A reader is valid until Execute of its command returns,
 /// also for those who hold a reference: afterwards every operation gives E_ABORT. Threads: only the thread
 /// that executes the command.
 struct IZOScpiBlockData : IUnknown
@@ -29,7 +34,7 @@ struct IZOScpiBlockData : IUnknown
     /// @param[out] length  length of the block in bytes, -1 for an indefinite length that has not ended
     virtual HRESULT Status(short* complete, long* length) = 0;
 
-    /// Drops what has not been read.
+    /// Drops what has not been read, as far as the end of the block.
     virtual HRESULT Discard() = 0;
 
     /// As Status, with the bytes that can be read without waiting and those that have been read.

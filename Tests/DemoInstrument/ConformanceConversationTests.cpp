@@ -57,6 +57,7 @@ constexpr tagConversation kAccepted[] = {
     {"SpecialNumbers",
      "TEST:NUMB INF",
      "TEST:NUMB?;NUMB NINF;NUMB?;NUMB NAN;NUMB?", "9.9E37;-9.9E37;9.91E37"},
+    {"RoundedBooleans", "OUTP 0.4;:OUTP2 0.5", "OUTP?;:OUTP2?;:OUTP -0.5;OUTP?", "0;1;1"},
     {"EventAndQuery", "TEST:EVEN", "TEST:QONL?;SLOW?", "42;0"},
     {"IndefiniteAnswer", "", "TEST:QONL?;IND?", "42;#0ABC"},
 };
@@ -148,8 +149,12 @@ TEST_F(ConformanceConversation, TextsAndBlocksHaveALongestLength)
 
     const std::string data(kMaxTraceBytes, '\n');
     Client().Write("TRAC:DATA #565536" + data + ";DATA #565537" + data + "y");
+    Client().Write("TRAC:DATA #72000000" + std::string(2'000'000, '\n') + ";DATA #0" +
+                   std::string(2'000'000, 'x'));
     Client().Write("TRAC:DATA?");
     EXPECT_EQ(Client().ReadBlock(), data);
+    EXPECT_EQ(NextError(), -223);
+    EXPECT_EQ(NextError(), -223);
     EXPECT_EQ(NextError(), -223);
     EXPECT_EQ(NextError(), 0);
 }

@@ -134,6 +134,27 @@ TEST_F(SettingConversation, FilesAreKeptListedAndDeleted)
     EXPECT_EQ(NextError(), 0);
 }
 
+TEST_F(SettingConversation, LargeBlocksAreTakenAsTheyArrive)
+{
+    constexpr std::size_t kSize = 2'400'000;
+    const std::string zeros(kSize, '\0');
+    const std::string block = "#72400000" + zeros;
+    Client().Write("MMEM:DATA 'a'," + block + ";:MMEM:DATA 'b'," + block + "x;:MMEM:DATA 'c',#11c");
+    EXPECT_EQ(NextError(), -103);
+    Client().Write("MMEM:DATA? 'a'");
+    EXPECT_TRUE(Client().ReadBlock() == zeros);
+    EXPECT_EQ(Client().Query("MMEM:CAT?"), "2400000,1071341824,\"a,BIN,2400000\"");
+    Client().Send("FORM REAL,64;:TRAC " + block + ";:TRAC #9134400000");
+    for (int i = 0; i < 56; ++i)
+    {
+        Client().Send(zeros);
+    }
+    Client().Write(";:TRAC?");
+    EXPECT_TRUE(Client().ReadBlock() == zeros);
+    EXPECT_EQ(NextError(), -223);
+    EXPECT_EQ(NextError(), 0);
+}
+
 TEST_F(SettingConversation, DiagnosticCommandIsNotListed)
 {
     Client().Write("SYST:HELP:HEAD?");
