@@ -99,6 +99,7 @@ private:
     bool m_bIndefinite = false;   ///< inside an indefinite block
     std::size_t m_scanned = 0;    ///< no message end and no open block before this place
     std::size_t m_lexed = 0;      ///< quotes have been followed up to here
+    std::size_t m_blockEnd = 0;   ///< place behind the latest block, whose data separates nothing
     std::size_t m_blockBegin = 0; ///< place of the indefinite block
     std::size_t m_blockBytes = 0; ///< bytes of blocks before m_scanned
     char m_quote = 0;             ///< quote that is open at m_lexed

@@ -179,8 +179,8 @@ HRESULT CBlockStream::CheckFollower()
         const auto* const follower = SkipWhite(behind);
         if (follower == behind.end())
         {
-            // The white space says nothing; a client may send as much of it as it likes.
-            m_input.Truncate(static_cast<std::size_t>(m_rest));
+            // A client may send as much white space as it likes; one byte stays, since a block can follow it.
+            m_input.Truncate(static_cast<std::size_t>(m_rest) + std::min<std::size_t>(behind.size(), 1));
             static_cast<void>(FetchInput(kSmallPiece, -1));
         }
         else if (*follower == '\n' || *follower == ';')

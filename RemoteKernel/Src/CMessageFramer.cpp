@@ -53,7 +53,7 @@ void CMessageFramer::Skip(std::int64_t blockRest) noexcept
     Reset();
     m_bSkips = true;
     m_bIndefinite = blockRest < 0;
-    m_scanned = m_lexed = m_bIndefinite ? 0 : static_cast<std::size_t>(blockRest);
+    m_scanned = m_lexed = m_blockEnd = m_bIndefinite ? 0 : static_cast<std::size_t>(blockRest);
 }
 
 CMessageFramer::tagStep CMessageFramer::ScanText(std::span<const char> buffer, tagFrame& frame) noexcept
@@ -135,7 +135,7 @@ CMessageFramer::EnterBlock(std::size_t dataBegin, std::size_t length, tagFrame& 
     const bool bTooMuch = !m_bSkips && m_blockBytes + length > m_limits.iMaxBlock;
     m_blockBytes += length;
     m_scanned = dataBegin + length;
-    m_lexed = m_scanned;
+    m_lexed = m_blockEnd = m_scanned;
     if (bTooMuch)
     {
         Fail(kScpiTooMuchData, frame);
@@ -171,7 +171,7 @@ CMessageFramer::tagStep CMessageFramer::ScanIndefinite(std::span<const char> buf
 bool CMessageFramer::IsElementStart(std::span<const char> buffer, std::size_t hash) noexcept
 {
     FollowQuotes(buffer, hash);
-    return m_quote == 0 && hash > 0 && (buffer[hash - 1] == ',' || IsWhiteSpace(buffer[hash - 1]));
+    return m_quote == 0 && hash > m_blockEnd && (buffer[hash - 1] == ',' || IsWhiteSpace(buffer[hash - 1]));
 }
 
 void CMessageFramer::FollowQuotes(std::span<const char> buffer, std::size_t end) noexcept
@@ -224,6 +224,7 @@ void CMessageFramer::DropScanned(std::span<const char> buffer, tagFrame& frame) 
     const std::size_t dropped = std::min(buffer.size(), m_scanned - std::min<std::size_t>(m_scanned, 1));
     m_scanned -= dropped;
     m_lexed -= std::min(m_lexed, dropped);
+    m_blockEnd -= std::min(m_blockEnd, dropped);
     frame.iConsumed = dropped;
     frame.iBytesNeeded = m_scanned > buffer.size() - dropped ? m_scanned - (buffer.size() - dropped) + 1 : 0;
 }

@@ -351,7 +351,7 @@ TEST_F(BlockSocket, MemoryStaysSmallHoweverLargeTheBlockIs)
         }
         client.Write("");
         EXPECT_EQ(client.Query("LAST?"), row.sAnswer);
-        EXPECT_LT(TakePeakMemory() - before, 16 * 1024);
+        EXPECT_LT(TakePeakMemory() - before, 32 * 1024);
     }
 }
 } // namespace
