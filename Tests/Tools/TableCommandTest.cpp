@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cstring>
 #include <future>
 #include <netinet/in.h>
 #include <sstream>
@@ -19,6 +20,7 @@ namespace ZoVelkor::Tools::Testing
 namespace
 {
 
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -50,6 +52,7 @@ constexpr tagUsageRow kBadUsage[] = {
     {"table headers",                            2, "source is required"},
     {"table headers a b",                        2, "b"},
     {"table headers a --timeout 0",              2, "timeout"},
+    {"table headers h:1 --timeout nan",          2, "--timeout: nan is not from 0.001 to 86400"},
     {"table merge a",                            2, "--output is required"},
     {"table save a -o b",                        2, "zo: a: neither"},
     {"table headers TCPIP::a::INSTR",            2, "TCPIP::a::INSTR: not of the form"},
@@ -97,6 +100,7 @@ struct tagBadFile
 std::vector<tagBadFile> BadFiles()
 {
     const _CMD_SET_RECORD outside[] = {HDR("OUTPut", 0, 0, 900, 1, 0, 0)};
+    const _CMD_SET_RECORD bracket[] = {HDR("[OUTPut", 0, 0, 0, 1, 0, 0)};
     const std::string sound = TableFile({&kSound, 1});
     const std::string records(80, 'x');
     return {
@@ -108,8 +112,9 @@ std::vector<tagBadFile> BadFiles()
         {"1.00,#6-00040" + records,          "the block header has no 6 length digits"                },
         {"1.00,#6000041" + records.substr(0, 41),                                                       "41 bytes are no whole number of 40-byte records"},
         {"1.00,#6000000",                                  "the table has no records"                                                                            },
-        {sound + "\n\n",                                  "something follows the 40 bytes of the table" },
-        {TableFile(outside),                                  "record 0, SubStart: index 900 is outside the table (1 records)"                                                                        },
+        {TableFile(bracket),                                  "record 0, keyword: a bracket has no partner"},
+        {sound + "\n\n",                                  "something follows the 40 bytes of the table"                                                                                },
+        {TableFile(outside),                                  "record 0, SubStart: index 900 is outside the table (1 records)"},
     };
 }
 
@@ -221,6 +226,20 @@ TEST_F(ToolTest, GroupsTellWhereTheyStandAndWhatIsInNone)
     EXPECT_THAT(source.err, HasSubstr("1 records belong to no group, the first is record 3"));
 }
 
+TEST_F(ToolTest, ListsLongerThanTheirUseAreShownInsideTheirRecords)
+{
+    _CMD_SET_RECORD table[] = {
+        HDR("OUTPut", 0, 0, 0, 1, 1, 0),
+        PAR("volt", MNEM, 0, 1, 2, 0, 0),
+        CHR("LOW", 1, 2),
+        CHR("", 0, 0),
+    };
+    std::memset(&table[3], 'x', sizeof table[3]);
+    table[3].chr.szKeyword[1] = '\n';
+    Write("t.tab", TableFile(table));
+    EXPECT_THAT(Run("table groups t.tab").out, EndsWith("     2      2  LOW x?xxxxxxxxxxxxxx\n"));
+}
+
 TEST_F(ToolTest, SourceOverwritesOnlyWhenForced)
 {
     Write("t.tab", TableFile({&kSound, 1}));
@@ -241,9 +260,12 @@ TEST_F(ToolTest, ReaderThatHasGoneEndsItQuietly)
     ASSERT_EQ(pipe(ends), 0);
     close(ends[0]);
     const tagRun run = Run("table headers t.tab", "", ends[1]);
-    close(ends[1]);
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.err, "");
+    EXPECT_EQ(Run("table merge t.tab t.tab -o tt.tab", "", -1, ends[1]).exitCode, 0);
+    EXPECT_TRUE(Exists("tt.tab"));
+    EXPECT_EQ(Run("table headers missing", "", -1, ends[1]).exitCode, 3);
+    close(ends[1]);
     EXPECT_EQ(Run("table merge t.tab -o /dev/full").exitCode, 3);
 }
 
@@ -264,6 +286,7 @@ private:
 
 TEST_F(DemoTable, IsTheSameFromInstrumentAndFile)
 {
+    Write(Resource(), "a file that happens to have that name");
     ASSERT_EQ(Run("table save " + Resource() + " -o demo.tab").exitCode, 0);
     EXPECT_EQ(Run("table check demo.tab").exitCode, 0);
     const tagRun headers = Run("table headers " + Address());
@@ -306,12 +329,13 @@ constexpr tagBadAnswer kBadAnswers[] = {
     {"-300,\"Too many connections\"\n",     true,  1, "gives no command table: -300,\"Too many connections\"\n"},
     {"0,\"No error\"\n",                    false, 1, "gives no command table: 0,\"No error\"\n"},
     {"2.00,#6000040 \n",                    false, 1, "gives no command table: 2.00,#6000040 \n"},
+    {"ACME #\n",                            false, 1, "gives no command table: ACME #\n"},
     {"1.00,#6\x1B[2Jxx",                    false, 1, "gives no command table: 1.00,#6?[2Jxx\n"},
     {"1.00,#6000041xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx", false, 1, "41 bytes are no whole number"},
     {"1.00,#6000040xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx", false, 1, "record 0, length"},
     {"",                                    true,  3, "closed the connection in the middle of an answer (0 bytes"},
-    {"1.00,#6000040xxx",                    true,  3, "closed the connection in the middle of an answer (3 bytes"},
-    {"1.00,#6000040xxx",                    false, 3, "no complete answer within 0.05 s (3 bytes of it came)"},
+    {"1.00,#6000040xxx",                    true,  3, "closed the connection in the middle of an answer (16 bytes"},
+    {"1.00,#6000040xxx",                    false, 3, "no complete answer within 0.05 s (16 bytes of it came)"},
 };
 // clang-format on
 

@@ -48,7 +48,7 @@ ToolTest::~ToolTest()
     std::filesystem::remove_all(m_folder);
 }
 
-tagRun ToolTest::Run(const std::string& arguments, std::string_view input, int output) const
+tagRun ToolTest::Run(const std::string& arguments, std::string_view input, int output, int error) const
 {
     std::istringstream words("zo " + arguments);
     std::vector<std::string> texts{std::istream_iterator<std::string>(words), {}};
@@ -68,6 +68,10 @@ tagRun ToolTest::Run(const std::string& arguments, std::string_view input, int o
     if (output >= 0)
     {
         posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+    }
+    if (error >= 0)
+    {
+        posix_spawn_file_actions_adddup2(&actions, error, STDERR_FILENO);
     }
     pid_t process = 0;
     const int fault = posix_spawn(&process, ZO_TOOL, &actions, nullptr, argv.data(), environ);

@@ -34,7 +34,9 @@ protected:
     /// Runs the tool with arguments, which blanks separate.
     ///
     /// @param output  descriptor for its standard output; -1 collects it
-    tagRun Run(const std::string& arguments, std::string_view input = "", int output = -1) const;
+    /// @param error   the same for its standard error
+    tagRun
+    Run(const std::string& arguments, std::string_view input = "", int output = -1, int error = -1) const;
 
     void Write(const std::string& name, std::string_view bytes) const;
     std::string Read(const std::string& name) const;

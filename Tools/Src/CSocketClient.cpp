@@ -161,18 +161,19 @@ void CSocketClient::Receive(CClock::time_point deadline)
     if (!WaitFor(POLLIN, deadline))
     {
         FailTransfer(fmt::format(
-            "no complete answer within {} s ({} bytes of it came)", TimeoutSeconds(), m_received.size()));
+            "no complete answer within {} s ({} bytes of it came)", TimeoutSeconds(), m_iReceived));
     }
     char buffer[65536];
     const ssize_t count = recv(m_socket, buffer, sizeof buffer, 0);
     if (count > 0)
     {
         m_received.append(buffer, static_cast<std::size_t>(count));
+        m_iReceived += static_cast<std::size_t>(count);
     }
     else if (count == 0)
     {
         FailTransfer(fmt::format("closed the connection in the middle of an answer ({} bytes of it came)",
-                                 m_received.size()));
+                                 m_iReceived));
     }
     else if (!IsTryAgain(errno))
     {

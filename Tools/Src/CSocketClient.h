@@ -14,8 +14,9 @@ namespace ZoVelkor::Tools
 
 /// A connection to an instrument: bytes out, answers in.
 ///
-/// Every operation ends within the time-out given at construction. All errors are CToolError (NoAccess) with
-/// the address and what was wrong; the object is of no use after one. Threads: one at a time.
+/// Every operation ends within the time-out given at construction, the look-up of a host name excepted. All
+/// errors are CToolError (NoAccess) with the address and what was wrong; the object is of no use after one.
+/// Threads: one at a time.
 class CSocketClient
 {
 public:
@@ -52,6 +53,7 @@ private:
     const std::chrono::milliseconds m_timeout;
     int m_socket = -1;
     std::string m_received;
+    std::size_t m_iReceived = 0; ///< bytes that came since the connection was made
 };
 
 } // namespace ZoVelkor::Tools

@@ -41,7 +41,7 @@ std::string FetchInstrumentTable(const tagInstrumentAddress& address, std::chron
     answer += client.Read(1);
     if (answer != TableFilePrefix())
     {
-        FailWithAnswer(address, answer + client.ReadUntil("\n", kMaxLine));
+        FailWithAnswer(address, answer.ends_with('\n') ? answer : answer + client.ReadUntil("\n", kMaxLine));
     }
     const std::string digits = client.Read(kTableLengthDigits);
     if (digits.find_first_not_of("0123456789") != std::string::npos)

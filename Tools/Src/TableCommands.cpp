@@ -10,12 +10,14 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <filesystem>
 #include <list>
 #include <memory>
 #include <sstream>
+#include <string_view>
 #include <valarray>
 
 namespace ZoVelkor::Tools
@@ -34,6 +36,11 @@ struct tagTableOptions
     double timeoutSeconds = 10.0;
 };
 
+std::chrono::milliseconds Timeout(const tagTableOptions& options)
+{
+    return std::chrono::milliseconds(std::lround(options.timeoutSeconds * 1000.0));
+}
+
 /// An existing file counts as a file, whatever its name looks like.
 std::string ReadSource(const std::string& source, const tagTableOptions& options)
 {
@@ -42,8 +49,7 @@ std::string ReadSource(const std::string& source, const tagTableOptions& options
     {
         if (const auto address = ParseInstrumentAddress(source))
         {
-            const auto timeout = std::chrono::milliseconds(std::lround(options.timeoutSeconds * 1000.0));
-            return FetchInstrumentTable(*address, timeout);
+            return FetchInstrumentTable(*address, Timeout(options));
         }
     }
     // One byte more than there may be, so that a longer file is noticed and an endless one does no harm.
@@ -55,14 +61,15 @@ std::string NameOf(const std::string& source)
     return source == kStandardStream ? "standard input" : source;
 }
 
-/// A table that is safe to walk through.
-tagTable LoadTable(const std::string& source, const tagTableOptions& options)
+/// A table that is safe to walk through and that the kernel takes.
+tagTable TakeTable(const std::string& name, std::string_view bytes)
 {
-    tagTable table{NameOf(source), {}};
-    std::string fault = ParseTableFile(ReadSource(source, options), table.records);
+    tagTable table{name, {}};
+    std::string fault = ParseTableFile(bytes, table.records);
     if (fault.empty())
     {
-        const auto found = CheckScpiTable(table.records.data(), table.records.size());
+        const auto found =
+            CheckScpiTable(table.records.data(), table.records.size(), tagScpiTableRules::Keywords);
         fault = found ? Printable(found->Message()) : std::string();
     }
     if (!fault.empty())
@@ -70,6 +77,11 @@ tagTable LoadTable(const std::string& source, const tagTableOptions& options)
         throw CToolError(tagExitCode::Failed, fmt::format("{}: {}", table.sName, fault));
     }
     return table;
+}
+
+tagTable LoadTable(const std::string& source, const tagTableOptions& options)
+{
+    return TakeTable(NameOf(source), ReadSource(source, options));
 }
 
 CScpiParserTable ParserTableOf(tagTable& table)
@@ -157,7 +169,7 @@ tagExitCode CheckAll(const tagTableOptions& options)
         }
         catch (const CToolError& error)
         {
-            fmt::print(stderr, "zo: {}\n", error.what());
+            Tell(error.what());
             code = error.Code();
         }
         result = std::max(result, code);
@@ -185,7 +197,7 @@ JoinTables(std::vector<tagTable>& tables, std::valarray<_CMD_SET_RECORD>& record
     std::istringstream messages(errors.ReportCapturedErrors(0));
     for (std::string message; std::getline(messages, message);)
     {
-        fmt::print(stderr, "zo: {}\n", Printable(message));
+        Tell(Printable(message));
     }
     return joined;
 }
@@ -225,7 +237,7 @@ void CheckForHoles(tagTable& table)
     {
         throw CToolError(tagExitCode::Failed, text + "; the source would not be the same table");
     }
-    fmt::print(stderr, "zo: {}; left out\n", text);
+    Tell(text + "; left out");
 }
 
 tagExitCode WriteSource(const tagTableOptions& options)
@@ -254,12 +266,14 @@ tagExitCode WriteSource(const tagTableOptions& options)
 tagExitCode Save(const tagTableOptions& options)
 {
     const std::string& source = options.sources.front();
-    if (!ParseInstrumentAddress(source))
+    const auto address = ParseInstrumentAddress(source);
+    if (!address)
     {
         throw CToolError(tagExitCode::Usage,
                          fmt::format("{}: neither TCPIP::host::port::SOCKET nor host:port", source));
     }
-    WriteOutput(options.sOutput, FormatTableFile(LoadTable(source, options).records));
+    const tagTable table = TakeTable(source, FetchInstrumentTable(*address, Timeout(options)));
+    WriteOutput(options.sOutput, FormatTableFile(table.records));
     return tagExitCode::Success;
 }
 
@@ -304,6 +318,15 @@ constexpr const char* kTableFooter =
     "host:port; it is asked SYSTem:HELP:TABLe?.\n"
     "Example: zo table save localhost:5025 -o demo.tab";
 
+/// Not a number is in no range.
+std::string FindTimeoutFault(const std::string& text)
+{
+    double seconds = 0.0;
+    const auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+    const bool isNumber = fault == std::errc() && end == text.data() + text.size();
+    return isNumber && seconds >= 0.001 && seconds <= 86400.0 ? "" : text + " is not from 0.001 to 86400";
+}
+
 void AddOptions(CLI::App& command, unsigned takes, tagTableOptions& options)
 {
     if ((takes & kManySources) != 0)
@@ -340,7 +363,7 @@ void AddOptions(CLI::App& command, unsigned takes, tagTableOptions& options)
     }
     command.add_option("--timeout", options.timeoutSeconds, "Longest wait for an instrument, in seconds")
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.001, 86400.0))
+        ->check(CLI::Validator(FindTimeoutFault, "0.001 to 86400"))
         ->capture_default_str();
 }
 

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 #include <string_view>
 
@@ -83,10 +84,12 @@ std::string RecordName(const _CMD_SET_RECORD& record, tagScpiTableKind kind)
 {
     if (kind == tagScpiTableKind::NumericSuffix)
     {
-        return fmt::format("{}:{}", record.nse.iValue & ~NSE_HEADER, record.nse.szExpression);
+        return fmt::format("{}:{}", record.nse.iValue & ~NSE_HEADER, Printable(record.nse.szExpression));
     }
     const bool isCommon = kind == tagScpiTableKind::Header && (record.hdr.iFollow & CCMD) != 0;
-    return fmt::format("{}{}", isCommon ? "*" : "", record.hdr.szKeyword);
+    // The check asks for the NUL of the records that commands use, and a list may be longer.
+    const std::string_view text(record.hdr.szKeyword, strnlen(record.hdr.szKeyword, kTableTextSize));
+    return (isCommon ? "*" : "") + Printable(text);
 }
 
 /// The record behind one of a group; what lies inside a parameter chain without belonging to it is passed
@@ -138,7 +141,7 @@ std::string DescribeGroups(tagTable& table)
     {
         text += fmt::format("\nOutside every group: {}\n", fmt::join(outside, " "));
     }
-    return Printable(text);
+    return text;
 }
 
 std::vector<std::size_t> RecordsOutsideGroups(tagTable& table)

@@ -86,11 +86,16 @@ void WriteOutput(const std::string& name, std::string_view bytes)
     }
 }
 
+void Tell(std::string_view message) noexcept
+{
+    std::fprintf(stderr, "zo: %.*s\n", static_cast<int>(message.size()), message.data());
+}
+
 std::string Printable(std::string_view text)
 {
     std::string printable(text);
     std::replace_if(
-        printable.begin(), printable.end(), [](char c) { return (c < ' ' || c > '~') && c != '\n'; }, '?');
+        printable.begin(), printable.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
     return printable;
 }
 

@@ -25,7 +25,10 @@ std::string ReadInput(const std::string& name, std::size_t limit);
 /// @throws CToolError (NoAccess); tagReaderGone
 void WriteOutput(const std::string& name, std::string_view bytes);
 
-/// Text of unknown origin for people: what is not printable ASCII becomes '?', line feeds stay.
+/// Says something on the standard error; one that nobody reads is no failure.
+void Tell(std::string_view message) noexcept;
+
+/// Text of unknown origin for people, on one line: what is not printable ASCII becomes '?'.
 std::string Printable(std::string_view text);
 
 } // namespace ZoVelkor::Tools

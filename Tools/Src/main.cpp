@@ -4,11 +4,11 @@
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
-#include <fmt/format.h>
 
 #include <csignal>
-#include <cstdio>
 #include <exception>
+#include <iostream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -27,8 +27,17 @@ constexpr const char* kFooter =
 
 tagExitCode Fail(tagExitCode code, const char* message)
 {
-    fmt::print(stderr, "zo: {}\n", message);
+    Tell(message);
     return code;
+}
+
+/// Help, the version, or what is wrong with the command line.
+tagExitCode Answer(const CLI::App& tool, const CLI::ParseError& fault)
+{
+    std::ostringstream help;
+    const bool isHelp = tool.exit(fault, help, std::cerr) == 0;
+    WriteOutput("-", help.view());
+    return isHelp ? tagExitCode::Success : tagExitCode::Usage;
 }
 
 tagExitCode RunTool(int argc, char** argv)
@@ -53,7 +62,7 @@ tagExitCode RunTool(int argc, char** argv)
         {
             return Fail(tagExitCode::Usage, ("unknown: " + unknown.front() + "; see --help").c_str());
         }
-        return tool.exit(fault) == 0 ? tagExitCode::Success : tagExitCode::Usage;
+        return Answer(tool, fault);
     }
     return result;
 }
