@@ -44,7 +44,7 @@ CScpiClient::CScpiClient(std::uint16_t port, const std::string& address)
     // Two messages in a row leave at once, without waiting for the acknowledgement of the first.
     const int on = 1;
     setsockopt(m_socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    const timeval timeout{30, 0};
+    const timeval timeout{120, 0};
     setsockopt(m_socket, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
 }
 
