@@ -24,7 +24,7 @@ int ParseParenthesised(std::string_view text, std::int64_t& length) noexcept
     {
         return CBScpiBlockData::HeaderIncomplete;
     }
-    const auto end = std::find_if_not(text.begin() + begin, text.end(), &IsDigit);
+    const auto* const end = std::find_if_not(text.begin() + begin, text.end(), &IsDigit);
     if (end == text.begin() + begin)
     {
         return CBScpiBlockData::HeaderInvalid;
