@@ -52,6 +52,7 @@ inline constexpr short kScpiFileNameError = -257;
 inline constexpr short kScpiQueueOverflow = -350;
 inline constexpr short kScpiInputBufferOverrun = -363;
 inline constexpr short kScpiTimeOutError = -365;
+inline constexpr short kScpiQueryAfterIndefinite = -440;
 
 /// Tells whether an error concerns its own command only (class -2xx).
 constexpr bool IsScpiExecutionError(short code) noexcept

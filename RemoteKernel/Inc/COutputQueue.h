@@ -38,10 +38,14 @@ public:
     /// Starts the response of the next command of the message.
     void BeginCommand() noexcept
     {
+        m_bIndefinite = m_bIndefinite || IsIndefinite(m_buffer.View().substr(m_commandStart));
         m_commandStart = m_buffer.Size();
         m_bSeparatorPending = m_commandStart != m_messageStart;
         m_bRefused = false;
     }
+    /// Tells whether a command before the running one has answered a block of indefinite length, behind which
+    /// nothing can be told apart from it (IEEE 488.2 section 8.7.10).
+    bool HasIndefinite() const noexcept { return m_bIndefinite; }
     /// Forgets what the running command has answered.
     void DropCommand() noexcept { m_buffer.Truncate(m_commandStart); }
     /// Ends the response message.
@@ -60,6 +64,11 @@ public:
     void Cancel() noexcept { m_bCancelled.store(true, std::memory_order_relaxed); }
 
 private:
+    /// @param answer  of one command, perhaps behind the separator
+    static bool IsIndefinite(std::string_view answer) noexcept
+    {
+        return answer.starts_with("#0") || answer.starts_with(";#0");
+    }
     HRESULT Append(std::size_t length, const void* bytes, wchar_t** error) noexcept;
 
     const std::size_t m_limit;
@@ -67,6 +76,7 @@ private:
     std::size_t m_messageStart = 0;
     std::size_t m_commandStart = 0;
     bool m_bSeparatorPending = false;
+    bool m_bIndefinite = false;
     bool m_bRefused = false; // the running command has passed the limit
     std::atomic<bool> m_bCancelled{false};
 };

@@ -91,7 +91,8 @@ void COutputQueue::EndMessage()
     {
         m_buffer.Append("\n", 1);
     }
-    m_messageStart = m_buffer.Size();
+    m_messageStart = m_commandStart = m_buffer.Size();
+    m_bIndefinite = false;
 }
 
 void COutputQueue::Clear() noexcept

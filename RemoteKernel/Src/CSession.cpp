@@ -279,6 +279,11 @@ bool CSession::ExecuteCommand(const tagParsedCommand& command)
 {
     m_spOutput->BeginCommand();
     m_spErrors->BeginCommand();
+    if (command.bQuery && m_spOutput->HasIndefinite())
+    {
+        ReportError(kScpiQueryAfterIndefinite, {});
+        return false;
+    }
     HRESULT result = S_OK;
     if (command.pApplication->IsBuiltIn())
     {

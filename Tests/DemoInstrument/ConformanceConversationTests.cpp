@@ -97,6 +97,7 @@ constexpr tagConversation kRefused[] = {
     {"SumOfOne", "", "CALC:SUM? 1", nullptr, -109},
     {"SumOfFour", "", "CALC:SUM? 1,2,3,4", nullptr, -108},
     {"SumOfNothing", "", "CALC:SUM?", nullptr, -109},
+    {"QueryBehindIndefinite", "", "TEST:QONL?;IND?;EVEN;QONL?", "42;#0ABC", -440},
     {"SumIsNoSetting", "CALC:SUM 1,2", "OUTP?", "0", -113},
     {"SwitchTooHigh", "ROUT:CLOS (@1);CLOS (@2,9)", "ROUT:CLOS? (@1,2)", "1,0", -222},
     {"QueryOfNoSwitch", "", "ROUT:CLOS? (@)", nullptr, -224},
