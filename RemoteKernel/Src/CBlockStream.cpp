@@ -88,7 +88,7 @@ HRESULT CBlockStream::Read(std::span<unsigned char> data, std::size_t& got)
         }
         else if (m_bLengthKnown && target.size() >= kSmallPiece)
         {
-            const auto wanted = std::min(static_cast<std::int64_t>(target.size()), m_rest);
+            const auto wanted = std::min<std::uint64_t>(target.size(), static_cast<std::uint64_t>(m_rest));
             std::size_t received = 0;
             static_cast<void>(Receive(
                 {reinterpret_cast<char*>(target.data()), static_cast<std::size_t>(wanted)}, -1, received));

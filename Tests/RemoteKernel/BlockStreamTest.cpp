@@ -131,6 +131,7 @@ const tagStreamCase kCases[] = {
     {"IndefiniteToItsEnd", "TAKE 999,#0" + kText + "\nLAST?", "\"100/100:12000\"\n" + kNone},
     {"IndefiniteNotRead", "*OPC?;TAKE 0,#0" + kText + "\n*OPC?", "1\n1\n" + kNone},
     {"WrongSeparator", "*OPC?;TAKE 99," + Block(20) + " x," + Block(20) + ";LAST?\nLAST?", "1\n" + kInteger + "\n-103,\"Invalid separator;behind a block\"\n"},
+    {"BlockBehind", "TAKE 99," + Block(20) + " \r " + Block(20) + ";LAST?\nLAST?", kInteger + "\n-103,\"Invalid separator;behind a block\"\n"},
     {"SeparatorNotReached", "TAKE 5," + Block(20) + "x;LAST?\nLAST?", Taken(5, 20) + "\n-103,\"Invalid separator;behind a block\"\n"},
     {"TooManyParameters", "TAKE 20," + Block(20) + ", " + Block(20) + ";LAST?\nLAST?", kInteger + "\n-108,\"Parameter not allowed;behind a block\"\n"},
     {"ErrorBehind", "TAKE 99," + Block(20) + ";BOGUS " + Block(20) + ";*OPC?\nLAST?", Taken(20, 20) + "\n-113,\"Undefined header;BOGUS\"\n"},
@@ -142,7 +143,7 @@ const tagStreamCase kCases[] = {
     {"OnlyDefinite", "POS 5,#0" + kText + "\nLAST?", kInteger + "\n-168,\"Block data not allowed;parameter 2: #0\"\n"},
     {"TextTooLongBehind", "TAKE 99," + Block(20) + ";TEXT '" + kText + "'\nLAST?", Taken(20, 20) + "\n-363,\"Input buffer overrun;Program message too long\"\n"},
     {"Pause", "*OPC?;TAKE 99,#220abc~" + Filler(17) + ";LAST?\nLAST?", "1\n" + kInteger + "\n-365,\"Time out error;Block data stopped\"\n"},
-    {"PauseBehind", "TAKE 20,#220" + Filler(20) + " ~;LAST?\nLAST?", kInteger + "\n-365,\"Time out error;Block data stopped\"\n"},
+    {"PauseBehind", "TAKE 20,#220" + Filler(20) + " ~" + Block(20) + ";LAST?\nLAST?", kInteger + "\n-365,\"Time out error;Block data stopped\"\n"},
 };
 // clang-format on
 
