@@ -18,7 +18,6 @@ namespace
 using namespace ZoVelkor;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Not;
 using tagRecords = std::vector<CMD_SET_RECORD>;
 using tagLines = std::list<std::string>;
@@ -29,18 +28,10 @@ struct CTestSink final : IZOScpiExecutionSink
     HRESULT QueryInterface(const IID&, void**) override { return E_NOINTERFACE; }
     ULONG AddRef() override { return ++m_references; }
     ULONG Release() override { return --m_references; }
-    HRESULT Execute(IUnknown*,
-                    long,
-                    unsigned long,
-                    short,
-                    long*,
-                    unsigned long,
-                    tagZO_SCPI_PARAMETER*,
-                    wchar_t*,
-                    IZOScpiOutputBuffer*) override
-    {
-        return E_NOTIMPL;
-    }
+    // clang-format off
+    HRESULT Execute(IUnknown*, long, unsigned long, short, long*, unsigned long, tagZO_SCPI_PARAMETER*, wchar_t*,
+                    IZOScpiOutputBuffer*) override { return E_NOTIMPL; }
+    // clang-format on
     ULONG m_references = 0;
 };
 
@@ -56,10 +47,8 @@ struct tagMerge
     {
         for (std::size_t i = 0; i < sources.size(); ++i)
         {
-            plugins.push_back({sources[i].data(),
-                               SizeOf(sources[i]),
-                               &owners[i],
-                               std::string(1, static_cast<char>('A' + i))});
+            plugins.push_back(
+                {sources[i].data(), SizeOf(sources[i]), &owners[i], {static_cast<char>('A' + i)}});
         }
     }
 
@@ -85,12 +74,11 @@ struct tagMerge
         tagLines lines;
         for (std::size_t i = 0; i < sinks.size(); ++i)
         {
-            for (std::size_t owner = 0; sinks[i].m_T != nullptr && owner < owners.size(); ++owner)
+            if (sinks[i].m_T != nullptr)
             {
-                if (sinks[i].m_T == &owners[owner])
-                {
-                    lines.push_back(std::string(joined[i].hdr.szKeyword) + static_cast<char>('A' + owner));
-                }
+                const auto* const pOwner = static_cast<const CTestSink*>(sinks[i].m_T.Get());
+                const auto owner = static_cast<char>('A' + (pOwner - owners.data()));
+                lines.push_back(std::string(joined[i].hdr.szKeyword) + owner);
             }
         }
         return lines;
@@ -106,30 +94,16 @@ struct tagMerge
     std::string reports;
 };
 
-// One row a record.
 // clang-format off
 /// Chains with a common tail and with other records between, shared and partly used lists, an expression.
 const tagRecords kRich = {
-    /*  0 */ HDR("IDN", 1, DEF, 0, 1, 0, CCMD | QMARK),
-    /*  1 */ HDR("SYSTem", DEF, DEF, 3, 2, 0, 0),
-    /*  2 */ HDR("FREQuency", DEF, 2, 0, 0, 5, HDR_SET),
-    /*  3 */ HDR("BAND", DEF, 3, 0, 2, 8, NSUFF),
-    /*  4 */ HDR("ERRor", 4, DEF, 0, 0, 0, QMARK),
-    /*  5 */ PAR("x", ARG_SFLOAT, 9, 0, 0, 8, 0),
-    /*  6 */ CHR("LOW", 1, 2),
-    /*  7 */ CHR("HIGH", 2, 0),
-    /*  8 */ PAR("y", MNEM, 0, 1, 7, 5, 0),
-    /*  9 */ SFX("HZ", 1, 2),
-    /* 10 */ SFX("KHZ", 2, 0),
-    /* 11 */ NSE("1-4", NSE_HEADER | 3),
-};
+    /* 0 */ HDR("IDN", 1, DEF, 0, 1, 0, CCMD | QMARK), HDR("SYSTem", DEF, DEF, 3, 2, 0, 0), HDR("FREQuency", DEF, 2, 0, 0, 5, HDR_SET),
+    /* 3 */ HDR("BAND", DEF, 3, 0, 2, 8, NSUFF), HDR("ERRor", 4, DEF, 0, 0, 0, QMARK), PAR("x", ARG_SFLOAT, 9, 0, 0, 8, 0),
+    /* 6 */ CHR("LOW", 1, 2), CHR("HIGH", 2, 0), PAR("y", MNEM, 0, 1, 7, 5, 0),
+    /* 9 */ SFX("HZ", 1, 2), SFX("KHZ", 2, 0), NSE("1-4", NSE_HEADER | 3)};
 const tagRecords kPlain = {
-    /*  0 */ HDR("SYSTem", DEF, DEF, 2, 2, 0, 0),
-    /*  1 */ HDR("MODE", 7, DEF, 0, 0, 0, 0),
-    /*  2 */ HDR("DATE", 8, DEF, 0, 1, 3, 0),
-    /*  3 */ PAR("z", MNEM, 0, 1, 4, 0, 0),
-    /*  4 */ CHR("NOW", 1, 1),
-};
+    /* 0 */ HDR("SYSTem", DEF, DEF, 2, 2, 0, 0), HDR("MODE", 7, DEF, 0, 0, 0, 0), HDR("DATE", 8, DEF, 0, 1, 3, 0),
+    /* 3 */ PAR("z", MNEM, 0, 1, 4, 0, 0), CHR("NOW", 1, 1)};
 const tagRecords kOneCommand = {HDR("MODE", 1, 2, 0, 1, 0, QMARK)};
 const tagRecords kOneNode = {HDR("MODE", DEF, DEF, 1, 1, 0, 0), HDR("SUB", 5, DEF, 0, 1, 0, 0)};
 const tagRecords kOtherCase = {HDR("Mode", 1, DEF, 0, 1, 0, QMARK)};
@@ -142,32 +116,16 @@ const tagRecords kPlaceholder = {
     HDR("IDN", 1, DEF, 0, 1, 0, CCMD), HDR("undef", DEF, DEF, 0, 1, 0, 0), HDR("LOST", 1, DEF, 0, 1, 0, 0)};
 /// Takes a command away from kPlain, with parameter and word; its own parameter is last when joined.
 const tagRecords kReplacing = {
-    /*  0 */ HDR("SYSTem", DEF, DEF, 2, 1, 0, 0),
-    /*  1 */ PAR("r", ARG_STRG, 0, 0, 0, 0, NSE_HEADER),
-    /*  2 */ HDR("DATE", 8, DEF, 0, 1, 1, 0),
-};
+    HDR("SYSTem", DEF, DEF, 2, 1, 0, 0), PAR("r", ARG_STRG, 0, 0, 0, 0, NSE_HEADER), HDR("DATE", 8, DEF, 0, 1, 1, 0)};
 /// A group of units that begins inside another one, and words of which one parameter counts more than the group tells.
 const tagRecords kNested = {
-    /*  0 */ HDR("ONE", 1, DEF, 0, 2, 2, 0),
-    /*  1 */ HDR("TWO", 2, DEF, 0, 0, 6, 0),
-    /*  2 */ PAR("a", ARG_SINT, 4, 0, 0, 3, 0),
-    /*  3 */ PAR("b", MNEM, 0, 3, 7, 0, 0),
-    /*  4 */ SFX("HZ", 1, 2),
-    /*  5 */ SFX("KHZ", 2, 1),
-    /*  6 */ PAR("c", ARG_SINT, 5, 0, 0, 0, 0),
-    /*  7 */ CHR("LOW", 1, 99),
-    /*  8 */ CHR("MID", 2, 1),
-    /*  9 */ CHR("HIGH", 3, 0),
-};
+    /* 0 */ HDR("ONE", 1, DEF, 0, 2, 2, 0), HDR("TWO", 2, DEF, 0, 0, 6, 0), PAR("a", ARG_SINT, 4, 0, 0, 3, 0),
+    /* 3 */ PAR("b", MNEM, 0, 3, 7, 0, 0), SFX("HZ", 1, 2), SFX("KHZ", 2, 1),
+    /* 6 */ PAR("c", ARG_SINT, 5, 0, 0, 0, 0), CHR("LOW", 1, 99), CHR("MID", 2, 1), CHR("HIGH", 3, 0)};
 const tagRecords kEmpty = {HDR("A", 1, DEF, 0, 0, 0, 0)};
-
 struct tagMergeCase
 {
-    const char* szName;
-    std::vector<tagRecords> tables;
-    tagLines lines;
-    tagLines owners;
-    const char* szReport;
+    const char* szName; std::vector<tagRecords> tables; tagLines lines; tagLines owners; const char* szReport;
 };
 
 const tagMergeCase kMergeCases[] = {
@@ -213,8 +171,7 @@ TEST(TableMerge, ListsAndOwners)
             EXPECT_EQ(CheckScpiTable(&merge.joined[0], merge.joined.size()), std::nullopt);
         }
         // A record outside every group would shift the indexes of a compiled table.
-        std::ostringstream source;
-        std::ostringstream header;
+        std::ostringstream source, header;
         merge.table.DumpSourceHeader(source, header);
         EXPECT_THAT(source.str(), Not(HasSubstr("UNREFERENCED")));
         EXPECT_THAT(merge.reports, HasSubstr(row.szReport));
@@ -252,7 +209,7 @@ TEST(TableMerge, EntriesHoldOneReferenceEach)
     EXPECT_EQ(merge.size, 0U);
 }
 
-TEST(TableMerge, EveryRecordOfTheJoinedTableHasItsGroup)
+TEST(TableMerge, RecordsOfTheJoinedTableHaveTheirGroupsAndExpressions)
 {
     tagMerge merge({kPlaceholder, kRich, kCommon, kPlain});
     merge.Run();
@@ -265,12 +222,6 @@ TEST(TableMerge, EveryRecordOfTheJoinedTableHasItsGroup)
     EXPECT_STREQ(merge.joined[2].hdr.szKeyword, "");
     EXPECT_STREQ(merge.joined[3].hdr.szKeyword, "undef");
     EXPECT_EQ(groups.TableEnd(), static_cast<long>(merge.joined.size()));
-}
-
-TEST(TableMerge, ExpressionsFollowTheirHeaders)
-{
-    tagMerge merge({kPlain, kRich});
-    merge.Run();
     const auto found = FindSuffixExpressions(&merge.joined[0], merge.joined.size());
     ASSERT_EQ(found.size(), 1U);
     EXPECT_EQ(found[0].expression, "1-4");
@@ -279,11 +230,10 @@ TEST(TableMerge, ExpressionsFollowTheirHeaders)
 
 TEST(TableMerge, SharedGroupsStayShared)
 {
-    // clang-format off
-    const tagRecords shared = {
-        HDR("BANDwidth", DEF, DEF, 2, 2, 0, 0), HDR("BWIDth", DEF, DEF, 2, 0, 0, 0), HDR("AUTO", 1, DEF, 0, 1, 0, 0)};
+    const tagRecords shared = {HDR("BANDwidth", DEF, DEF, 2, 2, 0, 0),
+                               HDR("BWIDth", DEF, DEF, 2, 0, 0, 0),
+                               HDR("AUTO", 1, DEF, 0, 1, 0, 0)};
     const tagRecords adding = {HDR("BWIDth", DEF, DEF, 1, 1, 0, 0), HDR("TYPE", 1, DEF, 0, 1, 0, 0)};
-    // clang-format on
     tagMerge alone({shared, kOneCommand});
     EXPECT_EQ(alone.Run().joined.size(), 4U);
     EXPECT_EQ(alone.joined[0].hdr.iSubStart, alone.joined[1].hdr.iSubStart);
@@ -292,41 +242,34 @@ TEST(TableMerge, SharedGroupsStayShared)
                 ElementsAre(":BANDwidth:AUTO", ":BWIDth:AUTO", ":BWIDth:TYPE"));
 }
 
-struct tagDamage
-{
-    const char* szName;
-    std::function<void(tagRecords&)> apply;
-    const char* szReport;
-};
-
 // clang-format off
+struct tagDamage { std::function<void(tagRecords&)> apply; const char* szReport; };
+
 const tagDamage kDamages[] = {
-    {"Length", [](tagRecords& t) { t[1].hdr.iLength = 99; }, "record 1, length: 99 records from 1 reach past"},
-    {"NegativeLength", [](tagRecords& t) { t[0].hdr.iLength = 0x80000001; }, "record 0, length: "},
-    {"Child", [](tagRecords& t) { t[1].hdr.iSubStart = 12; }, "record 1, SubStart: index 12 is outside"},
-    {"Cycle", [](tagRecords& t) { t[4].hdr.iSubStart = 1; }, "record 4, SubStart: the group at 1 contains itself"},
-    {"Keyword", [](tagRecords& t) { std::memset(t[2].hdr.szKeyword, 'K', 16); }, "record 2, keyword: "},
-    {"Datatype", [](tagRecords& t) { t[2].hdr.iDatatype = 0xFFFFFFFF; }, "record 2, datatype: "},
-    {"NextParameter", [](tagRecords& t) { t[5].par.iNextPar = 12; }, "record 5, nextpar: "},
-    {"Units", [](tagRecords& t) { t[9].sfx.iLength = 4; }, "record 5, suffix list: 4 records from 9"},
-    {"Words", [](tagRecords& t) { t[8].par.iCount = 5000; }, "record 8, count: "},
-    {"WordText", [](tagRecords& t) { std::memset(t[7].chr.szKeyword, 'K', 16); }, "record 7, text: "},
-    {"Expression", [](tagRecords& t) { t[11].nse.iValue = NSE_HEADER | 5; }, "record 11, value: index 5 is not a header"},
-    {"ExpressionText", [](tagRecords& t) { std::memset(t[11].nse.szExpression, '1', 36); }, "record 11, expression: "},
-    {"ExpressionInside", [](tagRecords& t) { t[10].sfx.iUnused[3] = NSE_HEADER; }, "record 10, value: a record of another"},
-    {"NoCommons", [](tagRecords& t) { t[0].hdr.iLength = 0; }, "record 0, length: the common commands"},
-    {"Levels", [](tagRecords& t) {
+    {[](tagRecords& t) { t[1].hdr.iLength = 99; }, "record 1, length: 99 records from 1 reach past"},
+    {[](tagRecords& t) { t[0].hdr.iLength = 0x80000001; }, "record 0, length: "},
+    {[](tagRecords& t) { t[1].hdr.iSubStart = 12; }, "record 1, SubStart: index 12 is outside"},
+    {[](tagRecords& t) { t[4].hdr.iSubStart = 1; }, "record 4, SubStart: the group at 1 contains itself"},
+    {[](tagRecords& t) { std::memset(t[2].hdr.szKeyword, 'K', 16); }, "record 2, keyword: "},
+    {[](tagRecords& t) { t[2].hdr.iDatatype = 0xFFFFFFFF; }, "record 2, datatype: "},
+    {[](tagRecords& t) { t[5].par.iNextPar = 12; }, "record 5, nextpar: "},
+    {[](tagRecords& t) { t[9].sfx.iLength = 4; }, "record 5, suffix list: 4 records from 9"},
+    {[](tagRecords& t) { t[8].par.iCount = 5000; }, "record 8, count: "},
+    {[](tagRecords& t) { std::memset(t[7].chr.szKeyword, 'K', 16); }, "record 7, text: "},
+    {[](tagRecords& t) { t[11].nse.iValue = NSE_HEADER | 5; }, "record 11, value: index 5 is not a header"},
+    {[](tagRecords& t) { std::memset(t[11].nse.szExpression, '1', 36); }, "record 11, expression: "},
+    {[](tagRecords& t) { t[10].sfx.iUnused[3] = NSE_HEADER; }, "record 10, value: a record of another"},
+    {[](tagRecords& t) { t[0].hdr.iLength = 0; }, "record 0, length: the common commands"},
+    {[](tagRecords& t) {
          const auto start = static_cast<std::uint32_t>(t.size());
          t.insert(t.end(), 40, HDR("D", DEF, DEF, 0, 1, 0, 0));
          for (std::uint32_t i = start; i + 1 < t.size(); ++i) { t[i].hdr.iSubStart = i + 1; }
          t[4].hdr.iSubStart = start;
      }, "the tree has more than 32 levels"},
-    {"Nodes", [](tagRecords& t) {
+    {[](tagRecords& t) {
          const auto start = static_cast<std::uint32_t>(t.size());
-         for (std::uint32_t i = 0; i < 42; ++i)
-         {
-             t.push_back(HDR("D", DEF, DEF, i < 40 ? start + i / 2 * 2 + 2 : 0, i % 2 == 0 ? 2U : 0U, 0, 0));
-         }
+         for (std::uint32_t i = 0; i < 42; ++i) {
+             t.push_back(HDR("D", DEF, DEF, i < 40 ? start + i / 2 * 2 + 2 : 0, i % 2 == 0 ? 2U : 0U, 0, 0)); }
          t[4].hdr.iSubStart = start;
      }, "the tree has more than 250000 nodes"},
 };
@@ -337,7 +280,7 @@ TEST(TableMerge, DamagedTableIsNamedAndLeftOut)
     const tagLines expected = tagMerge({kOneCommand, kEmpty, kOneNode}).Run().Lines();
     for (const tagDamage& damage : kDamages)
     {
-        SCOPED_TRACE(damage.szName);
+        SCOPED_TRACE(damage.szReport);
         tagRecords damaged = kRich;
         damage.apply(damaged);
         damaged.shrink_to_fit();
