@@ -4,22 +4,20 @@
 #include "ExecutionFakes.h"
 
 #include <map>
-#include <memory>
-#include <tuple>
 
-namespace ZoVelkor
-{
 namespace
 {
+
+using namespace ZoVelkor;
 
 /// Notes what it is told, and whether it is about the expected value.
 struct tagNotingObject : CObjectDataReference
 {
     void PropertyError(const void* value, const std::string& text) override { Note("E:" + text, value); }
     void PropertyWarning(const void* value, const std::string& text) override { Note("W:" + text, value); }
-    void Note(const std::string& text, const void* value)
+    void Note(const std::string& text, const void* p)
     {
-        notes += text + (value == pExpected ? ";" : "@elsewhere;");
+        notes += text + (p == pExpected ? ";" : "@elsewhere;");
     }
 
     const void* pExpected = nullptr;
@@ -46,14 +44,11 @@ struct tagRun
     CScpiPropErrorStrategy strategy;
 };
 
-/// Mode, outcome of an error, outcome of a warning.
-using Problem = std::tuple<int, const char*, const char*>;
-
-// clang-format off
-constexpr Problem kProblems[] = {
+constexpr std::tuple<int, const char*, const char*> kProblems[] = {
+    // mode, outcome of an error and of a warning
+    // clang-format off
     {0, "#0", "#0"}, {1, "m#1", "#0"}, {2, "#0", "#0"}, {4, "#0", "#0"}, {8, "E:m;#1", "W:m;#0"},
-    {9, "#0", "#0"}, {16, "false|m\n#1", "#0"},
-};
+    {9, "#0", "#0"}, {16, "false|m\n#1", "#0"}};
 // clang-format on
 
 TEST(PropErrorStrategy, ModeAndWarningsDecideWhereAProblemGoes)
@@ -139,16 +134,13 @@ std::string Verdict(std::int32_t state, std::int32_t reason)
 
 TEST(ScpiTransaction, MapsEveryReason)
 {
-    const std::string kinds = "snnuuvcqiiruuiiiuuuuauuuuuuuuuuudfu"; // one letter for each reason from 0
     // clang-format off
+    const std::string kinds = "snnuuvcqiiruuiiiuuuuauuuuuuuuuuudfu"; // one letter for each reason from 0
     const std::map<char, std::string> kErrors = {
         {'s', "-220wrong parameter state"}, {'n', "-231numeric or unit conversion failed"},
-        {'v', "-222value is not changeable"}, {'c', "-222value is corrected"},
-        {'q', "-231numeric calculation error"}, {'i', "-220invalid object index"},
-        {'r', "-222value out of range"}, {'a', "-220access permission"}, {'u', "-220unknown error"},
-        {'d', "-231parameter value corrected by dependency"}, {'f', "-231dependency failed"},
-    };
-    // clang-format on
+        {'v', "-222value is not changeable"}, {'c', "-222value is corrected"}, {'q', "-231numeric calculation error"},
+        {'i', "-220invalid object index"}, {'r', "-222value out of range"}, {'a', "-220access permission"},
+        {'u', "-220unknown error"}, {'d', "-231parameter value corrected by dependency"}, {'f', "-231dependency failed"}}; // clang-format on
     for (std::size_t i = 0; i < kinds.size(); ++i)
     {
         const auto reason = static_cast<std::int32_t>(i);
@@ -167,11 +159,7 @@ TEST(ScpiTransaction, MapsEveryReason)
 struct tagFakeTransaction : CFake<IZODatabaseTransaction>
 {
     explicit tagFakeTransaction(HRESULT hr = S_OK, Acceptance given = {}) : result(hr), verdict(given) {}
-    HRESULT FinishTransaction(TransactionAcceptMode, Acceptance* acceptance) override
-    {
-        *acceptance = verdict;
-        return result;
-    }
+    HRESULT FinishTransaction(TransactionAcceptMode, Acceptance* p) override { return *p = verdict, result; }
     HRESULT UndoTransaction() override { return result; }
     HRESULT AbortTransaction() override { return result; }
 
@@ -180,15 +168,11 @@ struct tagFakeTransaction : CFake<IZODatabaseTransaction>
 };
 
 /// What the transaction gives, its verdict, the result for the handler and its error.
-using Finish = std::tuple<HRESULT, Acceptance, HRESULT, const char*>;
-
-// clang-format off
-constexpr Finish kFinishes[] = {
-    {S_OK, Acceptance{3, 10}, S_OK, "0"}, {S_FALSE, Acceptance{2, 11}, S_OK, "0"},
-    {E_FAIL, Acceptance{0, 0}, E_FAIL, "0"}, {E_FAIL, Acceptance{3, 10}, S_FALSE, "-222value out of range"},
-    {E_FAIL, Acceptance{2, 6}, S_FALSE, "-222value is corrected"},
-    {S_FALSE, Acceptance{2, 32}, S_FALSE, "-231parameter value corrected by dependency"},
-};
+constexpr std::tuple<HRESULT, Acceptance, HRESULT, const char*> kFinishes[] = {
+    // clang-format off
+    {S_OK, {3, 10}, S_OK, "0"}, {S_FALSE, {2, 11}, S_OK, "0"}, {E_FAIL, {0, 0}, E_FAIL, "0"},
+    {E_FAIL, {3, 10}, S_FALSE, "-222value out of range"}, {E_FAIL, {2, 6}, S_FALSE, "-222value is corrected"},
+    {S_FALSE, {2, 32}, S_FALSE, "-231parameter value corrected by dependency"}};
 // clang-format on
 
 /// A pool with a transaction for reading; kernel commands have none.
@@ -202,35 +186,29 @@ struct tagReadingPool : CPool
     std::string Error() const { return std::to_string(GetScpiError()) + GetScpiErrorText(); }
 };
 
-TEST(PoolTransactions, FinishingFailsWithTheErrorOfTheVerdict)
-{
-    for (const auto& [result, verdict, expected, error] : kFinishes)
-    {
-        const tagCommand command;
-        tagFakeTransaction transaction{result, verdict};
-        tagReadingPool pool(command, nullptr);
-        CComPtr<IZODatabaseTransaction> spTransaction(&transaction);
-        EXPECT_EQ(pool.FinishTransaction(spTransaction, ZO_TRANSACTION_ACCEPT_ALL), expected);
-        EXPECT_EQ(pool.Error(), error);
-    }
-}
-
-TEST(PoolTransactions, UndoAndStopRaiseExecutionErrors)
+TEST(PoolTransactions, FailuresRaiseExecutionErrorsAndFinishingThatOfTheVerdict)
 {
     const tagCommand command;
-    for (const HRESULT result : {S_OK, E_FAIL})
+    for (const auto& [result, verdict, expected, error] : kFinishes)
     {
         CErrorRecorder recorder;
-        tagFakeTransaction transaction{result};
+        tagFakeTransaction transaction{result, verdict};
         CComPtr<IZODatabaseTransaction> spTransaction(&transaction);
+        tagReadingPool finish(command, nullptr);
         tagReadingPool undo(command, nullptr);
         tagReadingPool stop(command, &transaction);
-        EXPECT_EQ(undo.UndoTransaction(spTransaction), result == S_OK ? S_OK : S_FALSE);
-        EXPECT_EQ(stop.StopTransaction(), result == S_OK ? S_OK : S_FALSE);
-        EXPECT_EQ(undo.Error() + stop.Error(), result == S_OK ? "00" : "-200-200");
+        EXPECT_EQ(finish.FinishTransaction(spTransaction, ZO_TRANSACTION_ACCEPT_ALL), expected);
+        EXPECT_EQ(finish.Error(), error);
+        EXPECT_EQ(Lines(recorder.Take()), "");
+        const bool isUndone = SUCCEEDED(result);
+        const bool isRight = result == S_OK;
+        EXPECT_EQ(undo.UndoTransaction(spTransaction), isUndone ? S_OK : S_FALSE);
+        EXPECT_EQ(stop.StopTransaction(), isRight ? S_OK : S_FALSE);
+        EXPECT_EQ(undo.Error() + stop.Error(),
+                  std::string(isUndone ? "0" : "-200") + (isRight ? "0" : "-200"));
         const std::string report = Lines(recorder.Take());
         EXPECT_EQ(report.substr(0, report.find('|')),
-                  result == S_OK ? "" : "m_pIReadTransaction->AbortTransaction() == S_OK");
+                  isRight ? "" : "m_pIReadTransaction->AbortTransaction() == S_OK");
     }
 }
 
@@ -249,4 +227,3 @@ TEST(PoolTransactions, KernelCommandsHaveNone)
 }
 
 } // namespace
-} // namespace ZoVelkor
