@@ -6,27 +6,20 @@
 
 #include <array>
 #include <bit>
-#include <cstddef>
 #include <fstream>
-#include <sstream>
-#include <string>
-#include <utility>
-#include <vector>
 
-namespace ZoVelkor
-{
 namespace
 {
 
-CMD_SET_RECORD kTree[] = {
-    HDR("FREQuency", 1, 2, 0, 2, 2, QMARK | HDR_SET),
-    HDR("TEST", DEF, 3, 0, 0, 0, HDR_DIAG),
-    PAR("value", ARG_SINT, 0, 0, 0, 0, 0),
-};
+using namespace ZoVelkor;
 
-class CTestCommands : public CBScpiCommands
+// clang-format off
+CMD_SET_RECORD kTree[] = {
+    HDR("FREQuency", 1, 2, 0, 2, 2, QMARK | HDR_SET), HDR("TEST", DEF, 3, 0, 0, 0, HDR_DIAG), PAR("value", ARG_SINT, 0, 0, 0, 0, 0)};
+// clang-format on
+
+struct CTestCommands : CBScpiCommands
 {
-public:
     explicit CTestCommands(std::uint32_t size = sizeof(kTree), const CMD_SET_RECORD* table = kTree)
         : m_tree{size, table}
     {}
@@ -48,32 +41,20 @@ private:
 };
 
 using CComponent = CComObject<CTestCommands, IZOScpiCommands>;
-using TextGetter = HRESULT (IZOScpiCommands::*)(wchar_t**);
 
 TEST(ScpiCommands, SlotsAreInOrder)
 {
     // clang-format off
     using I = IZOScpiCommands;
     using C = CTestCommands;
-    const std::vector<std::size_t> slots = {
+    const std::vector slots = {
         C::Slot(&I::SendCommandTree), C::Slot(&I::GetCommandHeader), C::Slot(&I::GetCommandSyntax),
         C::Slot(&I::IsImplemented), C::Slot(&I::GetHeaderSyntax), C::Slot(&I::GetCommandHeaderDiag),
-        C::Slot(&I::GetCommandSyntaxDiag), C::Slot(&I::GetParserTableSource),
-        C::Slot(&I::GetParserTableReference), C::TreeSlot()};
-    // clang-format on
+        C::Slot(&I::GetCommandSyntaxDiag), C::Slot(&I::GetParserTableSource), C::Slot(&I::GetParserTableReference), C::TreeSlot()};
     // A destructor takes two slots.
     EXPECT_EQ(slots, (std::vector<std::size_t>{3, 4, 5, 6, 7, 8, 9, 10, 11, 14}));
+    // clang-format on
 }
-
-struct tagSendCase
-{
-    const char* name;
-    std::uint32_t size;
-    int failingCall;
-    HRESULT result;
-    std::string written;
-    const char* reports;
-};
 
 TEST(ScpiCommands, TreeIsSentAsOneBlock)
 {
@@ -81,17 +62,14 @@ TEST(ScpiCommands, TreeIsSentAsOneBlock)
     static constexpr const char* kLarge = "iSize <= 999999|Command tree too large for its block header\n";
     const std::string prefix = "1.00,#6000012";
     const std::string whole = prefix + std::string("FREQuency\0\0\0", 12);
-    const tagSendCase cases[] = {
-        {"TwelveBytes",  12,      -1, S_OK,    whole,           ""     },
-        {"PrefixFails",  12,      0,  S_OK,    "",              kBroken},
-        {"ContentsFail", 12,      1,  S_OK,    prefix,          kBroken},
-        {"NoBytes",      0,       -1, S_FALSE, "",              ""     },
-        {"Largest",      999999,  -1, S_OK,    "1.00,#6999999", ""     },
-        {"TooLarge",     1000000, -1, E_FAIL,  "",              kLarge },
-    };
-    for (const tagSendCase& row : cases)
+    // clang-format off
+    const struct { std::uint32_t size; int failingCall; HRESULT result; std::string written; const char* reports; } cases[] = {
+        {12, -1, S_OK, whole, ""}, {12, 0, S_OK, "", kBroken}, {12, 1, S_OK, prefix, kBroken},
+        {0, -1, S_FALSE, "", ""}, {999999, -1, S_OK, "1.00,#6999999", ""}, {1000000, -1, E_FAIL, "", kLarge}};
+    // clang-format on
+    for (const auto& row : cases)
     {
-        SCOPED_TRACE(row.name);
+        SCOPED_TRACE(testing::Message() << row.size << ' ' << row.failingCall);
         CErrorRecorder recorder;
         tagFakeOutputBuffer output;
         output.transcript.failingCall = row.failingCall;
@@ -104,25 +82,18 @@ TEST(ScpiCommands, TreeIsSentAsOneBlock)
     }
 }
 
-struct tagListingCase
-{
-    TextGetter get;
-    const char* all;
-    const char* diagnosticOnly;
-};
-
 TEST(ScpiCommands, ListingsEndEachLine)
 {
-    const tagListingCase cases[] = {
-        {&IZOScpiCommands::GetCommandHeader,     ":FREQuency\n",              ""               },
-        {&IZOScpiCommands::GetCommandSyntax,     ":FREQuency[?] <integer>\n", ""               },
-        {&IZOScpiCommands::GetCommandHeaderDiag, ":TEST/nquery/\n",           ":TEST/nquery/\n"},
-        {&IZOScpiCommands::GetCommandSyntaxDiag, ":TEST\n",                   ":TEST\n"        },
-    };
+    using I = IZOScpiCommands;
+    // clang-format off
+    const struct { HRESULT (I::*get)(wchar_t**); const char* all; const char* diagnosticOnly; } cases[] = {
+        {&I::GetCommandHeader, ":FREQuency\n", ""}, {&I::GetCommandSyntax, ":FREQuency[?] <integer>\n", ""},
+        {&I::GetCommandHeaderDiag, ":TEST/nquery/\n", ":TEST/nquery/\n"}, {&I::GetCommandSyntaxDiag, ":TEST\n", ":TEST\n"}};
+    // clang-format on
     CMD_SET_RECORD diagnostic[] = {HDR("TEST", DEF, 3, 0, 1, 0, HDR_DIAG)};
     const auto spAll = CComponent::Create();
     const auto spDiagnostic = CComponent::Create(std::uint32_t{sizeof(diagnostic)}, diagnostic);
-    for (const tagListingCase& row : cases)
+    for (const auto& row : cases)
     {
         CComBSTR text;
         EXPECT_EQ((spAll.Get()->*row.get)(&text), S_OK);
@@ -135,9 +106,8 @@ TEST(ScpiCommands, ListingsEndEachLine)
 
 CComBSTR Golden(std::string const& name)
 {
-    const std::ifstream file(std::string(ZO_TABLE_GOLDENS) + "/" + name);
     std::ostringstream text;
-    text << file.rdbuf();
+    text << std::ifstream(ZO_TABLE_GOLDENS "/" + name).rdbuf();
     return CComBSTR(text.str().c_str());
 }
 
@@ -145,8 +115,7 @@ TEST(ScpiCommands, SourceAndHeaderAsFiles)
 {
     const auto records = RoundTripTable();
     const auto size = static_cast<std::uint32_t>(records.size_bytes());
-    CComBSTR source;
-    CComBSTR header;
+    CComBSTR source, header;
     EXPECT_EQ(CComponent::Create(size, records.data())->GetParserTableSource(&source, &header), S_OK);
     EXPECT_EQ(source.View(), Golden("PrsTab.cpp.txt").View());
     EXPECT_EQ(header.View(), Golden("PrsTab.hpp.txt").View());
@@ -179,14 +148,11 @@ TEST(ScpiCommands, WithoutTableNothingIsWrittenOrReported)
 TEST(ScpiCommands, BaseKnowsNoHeaderAndGivesItsTree)
 {
     const auto spCommands = CComponent::Create();
-    short first = 7;
-    short other = 7;
+    short known = 7, first = 7, other = 7;
     wchar_t* text = nullptr;
-    EXPECT_EQ(spCommands->IsImplemented(0, nullptr, &first), S_FALSE);
-    EXPECT_EQ(std::exchange(first, short{7}), 0);
+    EXPECT_EQ(spCommands->IsImplemented(0, nullptr, &known), S_FALSE);
     EXPECT_EQ(spCommands->GetHeaderSyntax(0, nullptr, &first, &other, &other, &other, &text, &text), S_FALSE);
-    EXPECT_EQ(first, 0);
-    EXPECT_EQ(other, 7);
+    EXPECT_TRUE(known == 0 && first == 0 && other == 7);
     tagZO_SCPI_PARSER_TREE tree{};
     EXPECT_EQ(spCommands->GetParserTableReference(&tree), S_OK);
     EXPECT_TRUE(tree.iSize == sizeof(kTree) && tree.pTable == kTree);
@@ -221,4 +187,3 @@ TEST(ScpiCommands, UnusableAddressesAreReported)
 }
 
 } // namespace
-} // namespace ZoVelkor
