@@ -3,46 +3,36 @@
 #include "CTraceRecorder.h"
 #include "PerformanceCounter.h"
 
+#include <climits>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <cstdlib>
-#include <limits>
 #include <numeric>
-#include <string>
 #include <thread>
-#include <tuple>
 
-namespace
-{
-std::atomic<long long> g_now{0};
-std::atomic<bool> g_bCounterFails{false};
-} // namespace
-
+static std::atomic<long long> g_now{0};
+static std::atomic<bool> g_bCounterFails{false};
 /// Takes the place of the platform's counter in the whole program: a clock moved by hand.
 BOOL QueryPerformanceCounter(LARGE_INTEGER* counter) noexcept
 {
     counter->QuadPart = g_now;
-    return g_bCounterFails ? FALSE : TRUE;
+    return !g_bCounterFails;
 }
 
-namespace ZoVelkor
-{
 namespace
 {
 
-using CStatistik = CPerformanceDiagnose::CStatistik;
+using namespace ZoVelkor;
 
-constexpr long long kLowest = std::numeric_limits<long long>::min();
-constexpr long long kHighest = std::numeric_limits<long long>::max();
+constexpr long long kLowest = LLONG_MIN;
+constexpr long long kHighest = LLONG_MAX;
 
 /// Sets switches and frequency for one test.
-class PerformanceDiagnose : public testing::Test
+struct PerformanceDiagnose : testing::Test
 {
-protected:
     void SetUp() override { m_control.iCounterFrequency = 1'000'000; }
     void TearDown() override
     {
@@ -54,27 +44,20 @@ protected:
     tagRemoteDiagnoseControl& m_control = *get_RemoteDiagnoseControl();
 };
 
-/// Frequency, ticks, text.
-using Timestamp = std::tuple<long long, long long, const char*>;
-
-// clang-format off
-constexpr Timestamp kTimestamps[] = {
+constexpr std::tuple<long long, long long, const char*> kTimestamps[] = {
+    // frequency, ticks, text
+    // clang-format off
     {1'000'000, 3'723'004'005, "01:02:03,004.005"}, {1'000'000, 90'000'000'000, "01:00:00,000.000"},
-    {1'000'000, 86'399'999'999, "23:59:59,999.999"}, {1'000'000, -1'000'001, "-00:00:01,000.001"},
-    {3, 2, "00:00:00,666.666"}, {1, 0, "00:00:00,000.000"}, {0, 61, "00:01:01,000.000"},
-    {-5, 61, "00:01:01,000.000"}, {kHighest, kHighest, "00:00:01,000.000"},
-    {kHighest, kHighest - 1, "00:00:00,999.999"}, {1, kHighest, "15:30:07,000.000"},
-    {1, kLowest, "-15:30:08,000.000"},
-};
+    {1'000'000, 86'399'999'999, "23:59:59,999.999"}, {1'000'000, -1'000'001, "-00:00:01,000.001"}, {3, 2, "00:00:00,666.666"},
+    {1, 0, "00:00:00,000.000"}, {0, 61, "00:01:01,000.000"}, {-5, 61, "00:01:01,000.000"}, {kHighest, kHighest, "00:00:01,000.000"},
+    {kHighest, kHighest - 1, "00:00:00,999.999"}, {1, kHighest, "15:30:07,000.000"}, {1, kLowest, "-15:30:08,000.000"}};
 // clang-format on
-
 TEST_F(PerformanceDiagnose, TimestampIsExactForEveryTickAndFrequency)
 {
     for (const auto& [frequency, ticks, text] : kTimestamps)
     {
         m_control.iCounterFrequency = frequency;
-        EXPECT_EQ(CPerformanceDiagnose::GetTimestampFromPerformanceCounter(ticks), text)
-            << ticks << '/' << frequency;
+        EXPECT_EQ(CPerformanceDiagnose::GetTimestampFromPerformanceCounter(ticks), text) << frequency;
     }
 }
 
@@ -116,11 +99,11 @@ TEST_F(PerformanceDiagnose, ThreadsPrintTimedLinesSideBySide)
 
 TEST_F(PerformanceDiagnose, StatisticKeepsItsMinimumAtZero)
 {
-    CStatistik statistic;
+    CPerformanceDiagnose::CStatistik statistic;
     EXPECT_EQ(statistic.get_Mean() + statistic.get_Sdev(), 0);
-    for (const long long seconds : {2, 4, 6})
+    for (const long long ticks : {2'000'000, 4'000'000, 6'000'000})
     {
-        statistic.Push(seconds * m_control.iCounterFrequency);
+        statistic.Push(ticks);
     }
     EXPECT_DOUBLE_EQ(statistic.get_Mean(), 4);
     EXPECT_DOUBLE_EQ(statistic.get_Sdev(), std::sqrt(8.0 / 3));
@@ -160,16 +143,12 @@ TEST_F(PerformanceDiagnose, ExecutionTimeIsInMilliseconds)
 }
 
 /// Words, initials of the switches that are on then, what the log line names.
-using FlagText = std::tuple<const char*, const char*, const char*>;
-
-// clang-format off
-constexpr FlagText kFlagTexts[] = {
-    {"rpc,timing,nochecks,trace,statistic,calls", "rtnTsc", ""}, {"rpc", "r", ""}, {"timing", "t", ""},
-    {"nochecks", "n", ""}, {" trace ;\tstatistic,,calls", "Tsc", ""}, {"", "", ""},
-    {"Trace,trac,trace,tracer", "T", "registry: unknown diagnosis switch Trace, trac, tracer;"},
-};
+constexpr std::tuple<const char*, const char*, const char*> kFlagTexts[] = {
+    // clang-format off
+    {"rpc,timing,nochecks,trace,statistic,calls", "rtnTsc", ""}, {"rpc", "r", ""}, {"timing", "t", ""}, {"nochecks", "n", ""},
+    {" trace ;\tstatistic,,calls", "Tsc", ""}, {"", "", ""},
+    {"Trace,trac,trace,tracer", "T", "registry: unknown diagnosis switch Trace, trac, tracer;"}};
 // clang-format on
-
 TEST(DiagnoseFlags, NamedSwitchesComeOnAndAllOthersGoOff)
 {
     tagRemoteDiagnoseControl control;
@@ -208,4 +187,3 @@ TEST(DiagnoseFlagsDeathTest, EnvironmentSetsTheSwitchesOfTheProcess)
 }
 
 } // namespace
-} // namespace ZoVelkor
