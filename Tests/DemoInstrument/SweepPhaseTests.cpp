@@ -48,20 +48,16 @@ public:
 
     HRESULT ModifyCondition(wchar_t mask, wchar_t value) override
     {
-        wchar_t before = 0;
-        wchar_t after = 0;
-        GetCondition(&before);
+        wchar_t words[2]{};
+        GetCondition(&words[0]);
         const HRESULT hr = CBScpiStatusRegister::ModifyCondition(mask, value);
-        GetCondition(&after);
-        if (m_log != nullptr && before != after)
+        GetCondition(&words[1]);
+        if (m_log != nullptr && words[0] != words[1])
         {
-            m_log->Add(static_cast<int>(after));
+            m_log->Add(static_cast<int>(words[1]));
         }
         return hr;
     }
-
-protected:
-    ~CLoggedRegister() override = default;
 
 private:
     CLog* m_log;
@@ -78,16 +74,8 @@ public:
         *statusRegister = CComObject<CLoggedRegister, IZOScpiStatusRegister>::Create(log).Detach();
         return S_OK;
     }
-    HRESULT BeginOperation(long, unsigned long* operation) override
-    {
-        *operation = 1;
-        return S_OK;
-    }
-    HRESULT EndOperation(unsigned long) override
-    {
-        m_log.Add(kOperationEnded);
-        return S_OK;
-    }
+    HRESULT BeginOperation(long, unsigned long* operation) override { return *operation = 1, S_OK; }
+    HRESULT EndOperation(unsigned long) override { return m_log.Add(kOperationEnded), S_OK; }
     HRESULT GetPendingCount(long, unsigned long*) override { return E_NOTIMPL; }
 
 protected:
@@ -107,27 +95,27 @@ protected:
     {
         CComPtr<IZORoot> spRoot;
         GetRoot(&spRoot);
-        IZOScpiStatusManagement* const management = m_spServices;
-        spRoot->RegisterInterface(IID_IZOScpiStatusManagement, management);
+        spRoot->RegisterInterface(IID_IZOScpiStatusManagement,
+                                  static_cast<IZOScpiStatusManagement*>(m_spServices));
         m_status.emplace();
         spRoot->UnregisterInterface(IID_IZOScpiStatusManagement);
         m_engine.emplace(m_traces, *m_status);
         m_settings.sweepPoints = kMinSweepPoints;
         m_settings.manualSweepTimeS = kMinSweepTimeS;
         m_settings.bSweepTimeAuto = false;
-        m_engine->SetSettings(m_settings);
+        Apply(tagTriggerSource::Immediate);
     }
 
+    void Apply(tagTriggerSource source)
+    {
+        m_settings.triggerSource = source;
+        m_engine->SetSettings(m_settings);
+    }
     bool Initiate()
     {
         CPendingOperation operation;
         operation.Begin(CComPtr<IZOScpiPendingOperations>(m_spServices), 0);
         return m_engine->Initiate(std::move(operation));
-    }
-    void UseBusTrigger()
-    {
-        m_settings.triggerSource = tagTriggerSource::Bus;
-        m_engine->SetSettings(m_settings);
     }
 
     CLog m_log;
@@ -155,7 +143,7 @@ TEST_F(SweepPhases, SettlingComesOnlyWithOtherFrequencies)
 
 TEST_F(SweepPhases, EverySweepWaitsForItsOwnTrigger)
 {
-    UseBusTrigger();
+    Apply(tagTriggerSource::Bus);
     EXPECT_FALSE(m_engine->Trigger());
     EXPECT_TRUE(Initiate());
     EXPECT_EQ(m_log.Take(1), Entries{32});
@@ -173,7 +161,7 @@ TEST_F(SweepPhases, EverySweepWaitsForItsOwnTrigger)
 
 TEST_F(SweepPhases, TheEndOfTheEngineClearsThePhase)
 {
-    UseBusTrigger();
+    Apply(tagTriggerSource::Bus);
     EXPECT_TRUE(Initiate());
     m_engine.reset();
     EXPECT_EQ(m_log.Take(3), (Entries{32, 0, kOperationEnded}));
