@@ -162,8 +162,7 @@ TEST_F(StatusRegister, DeepSettingsReachTheRootUnlessTheSummaryChanged)
     parent->failingUpdate = root->failingUpdate = 1;
     Run({
         {[&] { child->ModifyCondition(4, 4); return child->SetEnableDeep(4); }, E_UNEXPECTED, {4, 0, kF, 4, 4}, {32, 0, kF, 32, 0}},
-        {[&] { return parent->SetEnable(1); }, S_OK, {4, 0, kF, 4, 4}, {32, 0, kF, 32, 1}},
-        {[&] { return child->SetEnableDeep(4); }, S_OK, {4, 0, kF, 4, 4}, {32, 0, kF, 32, 33}},
+        {[&] { return parent->SetEnable(1) || child->SetEnableDeep(4); }, S_OK, {4, 0, kF, 4, 4}, {32, 0, kF, 32, 33}},
         {[&] { return child->SetEnableDeep(6); }, S_OK, {4, 0, kF, 4, 6}, {32, 0, kF, 32, 33}},
         {[&] { return parent->SetPosTrans(1) || root->SetPosTrans(0); }, S_OK, {4, 0, kF, 4, 6}, {32, 0, 1, 32, 33}},
         {[&] { return child->SetPosTransDeep(0x10006); }, S_OK, {4, 0, 6, 4, 6}, {32, 0, 33, 32, 33}},
@@ -255,9 +254,8 @@ struct StatusWaits : StatusRegister, testing::WithParamInterface<Wait>
     /// Sets bits so briefly that only a thread that already waits for them can notice.
     Result Wake(std::future<Result>& wait, wchar_t mask)
     {
-        child->lockedAction = [this, mask] {
-            child->PulseCondition(mask);
-            return child->GetEventBits(mask, &word);
+        child->lockedAction = [=, this] {
+            return child->PulseCondition(mask) || child->GetEventBits(mask, &word);
         };
         while (wait.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
         {
