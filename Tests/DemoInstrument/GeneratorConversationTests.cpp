@@ -95,19 +95,19 @@ protected:
         m_server.Start();
     }
 
-    /// Registers and unregisters the generator until EndChanges; each state lasts for some round of a client.
+    /// Registers and unregisters the generator until the end; each state lasts for some round of a client.
     void ChangeUntilDone()
     {
-        while (!m_bDone)
+        for (std::optional<CGeneratorApplication> generator; !m_bDone;)
         {
+            generator.has_value() ? generator.reset() : void(generator.emplace());
+            const unsigned int rounds = m_rounds;
+            if (!m_bDone)
             {
-                const CGeneratorApplication generator;
-                AwaitRound();
+                m_rounds.wait(rounds);
             }
-            AwaitRound();
         }
     }
-
     /// Sends a message again and again and counts its answers: as expected, or else refused as unknown.
     void Talk(const std::string& message, const std::string& answer, int& answered, int& refused)
     {
@@ -125,14 +125,6 @@ protected:
                 EXPECT_EQ(client.ReadLine(), "0,\"No error\"");
             }
             FinishRound();
-        }
-    }
-    void AwaitRound()
-    {
-        const unsigned int rounds = m_rounds;
-        if (!m_bDone)
-        {
-            m_rounds.wait(rounds);
         }
     }
     void FinishRound()
