@@ -34,7 +34,7 @@ public:
 
     /// @param input  the session's; outlives the stream, as the others do
     /// @param pSource  null when no block is ever begun
-    /// @param stallMs  longest wait for the next byte
+    /// @param stallMs  longest wait for the next byte while the command runs
     CBlockStream(CByteBuffer& input,
                  IByteSource* pSource,
                  int cancelDescriptor,
@@ -77,6 +77,8 @@ public:
     ///
     /// @return S_OK; E_ABORT
     HRESULT Discard();
+    /// The same when the command has ended: nobody waits for this client any more, so it may pause.
+    HRESULT Finish();
 
     tagState State() const noexcept { return m_state; }
     /// Bytes of the whole block, -1 when not known yet.
@@ -108,6 +110,7 @@ private:
     const int m_cancelDescriptor;
     ICommandExecutor& m_errors;
     const int m_stallMs;
+    int m_pauseMs = 0; ///< m_stallMs; -1: no limit
     tagState m_state = tagState::Lost;
     bool m_bLengthKnown = true;
     std::int64_t m_rest = 0; ///< bytes not taken, when m_bLengthKnown

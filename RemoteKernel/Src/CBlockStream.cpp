@@ -33,6 +33,7 @@ void CBlockStream::Begin(std::int64_t length) noexcept
     m_bLengthKnown = length >= 0;
     m_rest = m_bLengthKnown ? length : 0;
     m_consumed = 0;
+    m_pauseMs = m_stallMs;
     FindEnd(0);
 }
 
@@ -142,6 +143,12 @@ HRESULT CBlockStream::Discard()
     return S_OK;
 }
 
+HRESULT CBlockStream::Finish()
+{
+    m_pauseMs = -1;
+    return Discard();
+}
+
 HRESULT CBlockStream::FetchInput(std::size_t room, long timeoutMs)
 {
     m_input.Reserve(room);
@@ -155,7 +162,7 @@ HRESULT CBlockStream::FetchInput(std::size_t room, long timeoutMs)
 
 HRESULT CBlockStream::Receive(std::span<char> space, long timeoutMs, std::size_t& received)
 {
-    const long limit = timeoutMs < 0 ? long{m_stallMs} : timeoutMs;
+    const long limit = timeoutMs < 0 ? long{m_pauseMs} : timeoutMs;
     const auto wait = static_cast<int>(std::min<long>(limit, std::numeric_limits<int>::max()));
     const tagReceived result = m_pSource->Receive(space, wait, m_cancelDescriptor);
     received = result.iCount;

@@ -232,7 +232,7 @@ void CSession::CollectFrom(std::size_t place)
 
 void CSession::FinishBlock(bool bContinue)
 {
-    if (bContinue && SUCCEEDED(m_stream.Discard()))
+    if (bContinue && SUCCEEDED(m_stream.Finish()))
     {
         return;
     }

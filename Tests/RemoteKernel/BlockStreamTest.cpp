@@ -18,17 +18,18 @@ namespace
 {
 using ZoVelkor::Testing::CScpiClient;
 
-/// Gives a text in pieces of one size; '~' stands for a pause that is too long.
+/// Gives a text in pieces of one size; '~' stands for a pause that is longer than any limit.
 class CScriptedSource final : public IByteSource
 {
 public:
     CScriptedSource(std::string text, std::size_t piece) : m_text(std::move(text)), m_piece(piece) {}
 
-    tagReceived Receive(std::span<char> space, int, int) noexcept override
+    tagReceived Receive(std::span<char> space, int timeoutMs, int) noexcept override
     {
-        if (m_text[m_place] == '~')
+        const bool bPauses = m_text[m_place] == '~';
+        m_place += bPauses ? 1 : 0;
+        if (bPauses && timeoutMs >= 0)
         {
-            ++m_place;
             return {tagReceiveStatus::TimedOut, 0};
         }
         const std::size_t end = std::min(m_text.find('~', m_place), m_text.size());
@@ -143,6 +144,7 @@ const tagStreamCase kCases[] = {
     {"OnlyDefinite", "POS 5,#0" + kText + "\nLAST?", kInteger + "\n-168,\"Block data not allowed;parameter 2: #0\"\n"},
     {"TextTooLongBehind", "TAKE 99," + Block(20) + ";TEXT '" + kText + "'\nLAST?", Taken(20, 20) + "\n-363,\"Input buffer overrun;Program message too long\"\n"},
     {"Pause", "*OPC?;TAKE 99,#220abc~" + Filler(17) + ";LAST?\nLAST?", "1\n" + kInteger + "\n-365,\"Time out error;Block data stopped\"\n"},
+    {"PauseNotRead", "TAKE 0,#220abc~" + Filler(17) + " ~;LAST?;*OPC?", "\"0/20:0\";1\n" + kNone},
     {"PauseBehind", "TAKE 20,#220" + Filler(20) + " ~" + Block(20) + ";LAST?\nLAST?", kInteger + "\n-365,\"Time out error;Block data stopped\"\n"},
 };
 // clang-format on
