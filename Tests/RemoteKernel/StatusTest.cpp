@@ -58,46 +58,44 @@ TEST_F(Status, Conversations)
         const char* message;
         const char* answer;
     };
+    // clang-format off
     const tagRow rows[] = {
-        {"*ESR?;*ESR?",                                                                                       "128;0"                                                          },
-        {"*ESE?;*SRE?;*PRE?;*PSC?;*STB?;*IST?",                                                               "0;0;0;1;16;0"                                                   },
- // Masks: numbers, other bases, names, lists of both; rounded as every integer.
-        {"*ESE 37;*ESE?;*ESE #H25;*ESE?;*ESE 1.4;*ESE?;*ESE 0;*ESE?",                                         "37;37;1;0"                                                      },
-        {"*ESE pon,OPC;*ESE?;*ESE OPC,16,#B10;*ESE?;*ESE (CME, exe,2);*ESE?;*ESE 0",                          "129;19;50"                                                      },
-        {"*SRE OPER,MAV;*SRE?;*SRE 255;*SRE?;*SRE RQS;*SRE?",                                                 "144;191;0"                                                      },
-        {"*PRE PP7,ESBit,dd1;*PRE?;*PRE 65535;*PRE?;*PRE 0",                                                  "32801;65535"                                                    },
-        {"*PSC 0;*PSC?;*PSC -32767;*PSC?;*PSC 0.4;*PSC?;*PSC 2;*PSC?",                                        "0;1;0;1"                                                        },
-        {"*ESE 256;*ESE -1;*SRE 1e30;*PSC 32768;*ESE (16,300);SYST:ERR:COUN?",                                "5"                                                              },
-        {"*ESR?;*STB?",                                                                                       "16;20"                                                          }, // EXE; error queue and the answer before
-        {"SYST:ERR:ALL?",
-         "-222,\"Data out of range;parameter 1: 256\",-222,\"Data out of range;parameter 1: -1\","
+        {"*ESR?;*ESR?", "128;0"},
+        {"*ESE?;*SRE?;*PRE?;*PSC?;*STB?;*IST?", "0;0;0;1;16;0"},
+        // Masks: numbers, other bases, names, lists of both; rounded as every integer.
+        {"*ESE 37;*ESE?;*ESE #H25;*ESE?;*ESE 1.4;*ESE?;*ESE 0;*ESE?", "37;37;1;0"},
+        {"*ESE pon,OPC;*ESE?;*ESE OPC,16,#B10;*ESE?;*ESE (CME, exe,2);*ESE?;*ESE 0", "129;19;50"},
+        {"*SRE OPER,MAV;*SRE?;*SRE 255;*SRE?;*SRE RQS;*SRE?", "144;191;0"},
+        {"*PRE PP7,ESBit,dd1;*PRE?;*PRE 65535;*PRE?;*PRE 0", "32801;65535"},
+        {"*PSC 0;*PSC?;*PSC -32767;*PSC?;*PSC 0.4;*PSC?;*PSC 2;*PSC?", "0;1;0;1"},
+        {"*ESE 256;*ESE -1;*SRE 1e30;*PSC 32768;*ESE (16,300);SYST:ERR:COUN?", "5"},
+        {"*ESR?;*STB?", "16;20"}, // EXE; error queue and the answer before
+        {"SYST:ERR:ALL?", "-222,\"Data out of range;parameter 1: 256\",-222,\"Data out of range;parameter 1: -1\","
          "-222,\"Data out of range;parameter 1: 1000000000000000000000000000000\","
-         "-222,\"Data out of range;parameter 1: 32768\",-222,\"Data out of range;parameter 1: (16,300)\""                                                                      },
-        {"*ESE?;*SRE?;*PSC?;*STB?",                                                                           "0;0;1;16"                                                       },
-        {"*ESE (CME,XYZ)",                                                                                    ""                                                               },
-        {"STAT:QUE?;*ESR?",                                                                                   "-171,\"Invalid expression;parameter 1: XYZ\";32"                },
-        {"*ESE XYZ",                                                                                          ""                                                               },
-        {"STAT:QUE:NEXT?;:STAT:QUE?",                                                                         "-141,\"Invalid character data;parameter 1: XYZ\";0,\"No error\""},
- // Classes of errors; -350 is one of them.
-        {"*CLS;FAIL? 1;*ESR?;FAIL? 1;*CLS;*ESR?",                                                             "16;0"                                                           },
-        {"BOGUS",                                                                                             ""                                                               },
-        {"*ESR?;*CLS",                                                                                        "32"                                                             },
- // The summary follows mask and events.
-        {"*ESE 16;FAIL? 1;*STB?;*SRE 32;*STB?;*ESE 0;*STB?;*ESE 16;*STB?;*ESR?;*STB?;*CLS;*STB?",
-         "36;116;20;116;16;20;16"                                                                                                                                              },
-        {"*PRE 4;*IST?;FAIL? 1;*IST?;*CLS;*IST?;*PRE RQS;*SRE 16;*IST?;*SRE 0;*IST?;*PRE 0",                  "0;1;0;1;0"                                                      },
- // SCPI registers.
-        {"STAT:OPER?;:STAT:OPER:COND?;ENAB?;PTR?;NTR?;:STAT:QUES:POW:ENAB?;PTR?",
-         "0;0;0;32767;0;32767;32767"                                                                                                                                           },
-        {"STAT:OPER:ENAB TRIG,SWE;ENAB?;PTR 65535;PTR?;NTR #HFF;NTR?;ENAB #Q17;ENAB?",                        "40;32767;255;15"                                                },
-        {"STAT:OPER:ENAB 65536;:STAT:QUES:FREQ:ENAB CAL;:STAT:QUES:ENAB POW,FREQ;ENAB?",                      ""                                                               },
-        {"SYST:ERR?;:SYST:ERR?",
-         "-222,\"Data out of range;parameter 1: 65536\";-148,\"Character data not allowed;parameter 1: "
-         "CAL\""                                                                                                                                                               },
-        {"STAT:OPER:ENAB 1;:STAT:QUES:POW:ENAB 1;:STAT:PRES;:STAT:OPER:ENAB?;PTR?;NTR?;:STAT:QUES:POW:ENAB?",
-         "0;32767;0;32767"                                                                                                                                                     },
-        {"*RST;*ESE 5;:STAT:QUES:ENAB 8;*RST;*ESE?;:STAT:QUES:ENAB?;:STAT:PRES;*ESE?",                        "5;8;5"                                                          },
+         "-222,\"Data out of range;parameter 1: 32768\",-222,\"Data out of range;parameter 1: (16,300)\""},
+        {"*ESE?;*SRE?;*PSC?;*STB?", "0;0;1;16"},
+        {"*ESE ( );:SYST:ERR?;*CLS", "-171,\"Invalid expression;parameter 1: \""},
+        {"*ESE (CME,XYZ)", ""},
+        {"STAT:QUE?;*ESR?", "-171,\"Invalid expression;parameter 1: XYZ\";32"},
+        {"*ESE XYZ", ""},
+        {"STAT:QUE:NEXT?;:STAT:QUE?", "-141,\"Invalid character data;parameter 1: XYZ\";0,\"No error\""},
+        // Classes of errors; -350 is one of them.
+        {"*CLS;FAIL? 1;*ESR?;FAIL? 1;*CLS;*ESR?", "16;0"},
+        {"BOGUS", ""},
+        {"*ESR?;*CLS", "32"},
+        // The summary follows mask and events.
+        {"*ESE 16;FAIL? 1;*STB?;*SRE 32;*STB?;*ESE 0;*STB?;*ESE 16;*STB?;*ESR?;*STB?;*CLS;*STB?", "36;116;20;116;16;20;16"},
+        {"*PRE 4;*IST?;FAIL? 1;*IST?;*CLS;*IST?;*PRE RQS;*SRE 16;*IST?;*SRE 0;*IST?;*PRE 0", "0;1;0;1;0"},
+        // SCPI registers.
+        {"STAT:OPER?;:STAT:OPER:COND?;ENAB?;PTR?;NTR?;:STAT:QUES:POW:ENAB?;PTR?", "0;0;0;32767;0;32767;32767"},
+        {"STAT:OPER:ENAB TRIG,SWE;ENAB?;PTR 65535;PTR?;NTR #HFF;NTR?;ENAB #Q17;ENAB?", "40;32767;255;15"},
+        {"STAT:OPER:ENAB 65536;:STAT:QUES:FREQ:ENAB CAL;:STAT:QUES:ENAB POW,FREQ;ENAB?", ""},
+        {"SYST:ERR?;:SYST:ERR?", "-222,\"Data out of range;parameter 1: 65536\";-148,\"Character data not allowed;parameter 1: "
+         "CAL\""},
+        {"STAT:OPER:ENAB 1;:STAT:QUES:POW:ENAB 1;:STAT:PRES;:STAT:OPER:ENAB?;PTR?;NTR?;:STAT:QUES:POW:ENAB?", "0;32767;0;32767"},
+        {"*RST;*ESE 5;:STAT:QUES:ENAB 8;*RST;*ESE?;:STAT:QUES:ENAB?;:STAT:PRES;*ESE?", "5;8;5"},
     };
+    // clang-format on
     for (const tagRow& row : rows)
     {
         EXPECT_EQ(Run(row.message), row.answer) << row.message;
@@ -106,24 +104,11 @@ TEST_F(Status, Conversations)
 
 TEST_F(Status, ErrorsSetTheBitOfTheirClass)
 {
+    // clang-format off
     const std::pair<short, int> rows[] = {
-        {-100,  32 },
-        {-199,  32 },
-        {-200,  16 },
-        {-299,  16 },
-        {-300,  8  },
-        {-399,  8  },
-        {1,     8  },
-        {32767, 8  },
-        {-400,  4  },
-        {-499,  4  },
-        {-500,  128},
-        {-600,  64 },
-        {-700,  2  },
-        {-800,  1  },
-        {-99,   0  },
-        {-900,  0  }
-    };
+        {-100, 32}, {-199, 32}, {-200, 16}, {-299, 16}, {-300, 8}, {-399, 8}, {1, 8}, {32767, 8}, {-400, 4},
+        {-499, 4}, {-500, 128}, {-600, 64}, {-700, 2}, {-800, 1}, {-99, 0}, {-900, 0}};
+    // clang-format on
     for (const auto& [code, bit] : rows)
     {
         Run("*CLS");
@@ -236,19 +221,14 @@ TEST_F(Status, RegistersAreFoundByName)
         const wchar_t* name;
         HRESULT result;
     };
+    // clang-format off
     const tagRow rows[] = {
-        {path,                L"STATus:OPERation", S_OK        },
-        {path,                L"stat:OPERATION",   S_OK        },
-        {kScpiInstrumentPath, L"STAT:QUES:FREQ",   S_OK        },
-        {path,                L"*ESR",             S_OK        },
-        {kScpiInstrumentPath, L"*ESR",             S_FALSE     },
-        {path,                L"STAT",             S_FALSE     },
-        {path,                L"STATu:OPER",       S_FALSE     },
-        {path,                L"STAT:OPER:",       S_FALSE     },
-        {path,                L"",                 S_FALSE     },
-        {path + 1,            L"STAT:OPER",        E_INVALIDARG},
-        {path,                nullptr,             E_POINTER   }
-    };
+        {path, L"STATus:OPERation", S_OK}, {path, L"stat:OPERATION", S_OK},
+        {kScpiInstrumentPath, L"STAT:QUES:FREQ", S_OK}, {path, L"*ESR", S_OK},
+        {kScpiInstrumentPath, L"*ESR", S_FALSE}, {path, L"STAT", S_FALSE}, {path, L"STATu:OPER", S_FALSE},
+        {path, L"STAT:OPER:", S_FALSE}, {path, L"", S_FALSE}, {path + 1, L"STAT:OPER", E_INVALIDARG},
+        {path, nullptr, E_POINTER}};
+    // clang-format on
     for (const tagRow& row : rows)
     {
         CComPtr<IZOScpiStatusRegister> spRegister;
@@ -267,15 +247,11 @@ TEST_F(Status, RegistersAreFoundByName)
 class CRegisterSink : public CBScpiExecutionSink
 {
 public:
-    HRESULT Execute(IUnknown* context,
-                    long remotePath,
-                    unsigned long command,
-                    short isQuery,
-                    long* numericSuffixes,
-                    unsigned long argumentCount,
-                    tagZO_SCPI_PARAMETER* arguments,
-                    wchar_t* header,
-                    IZOScpiOutputBuffer* output) override
+    // clang-format off
+    HRESULT Execute(IUnknown* context, long remotePath, unsigned long command, short isQuery,
+                    long* numericSuffixes, unsigned long argumentCount, tagZO_SCPI_PARAMETER* arguments,
+                    wchar_t* header, IZOScpiOutputBuffer* output) override
+    // clang-format on
     {
         const tagZO_SCPI_PARSER_DATA data = MakeScpiParserData(
             context, remotePath, command, isQuery, numericSuffixes, argumentCount, arguments, header, output);
