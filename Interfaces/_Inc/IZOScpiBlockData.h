@@ -82,10 +82,11 @@ struct IZOScpiBlockData : IUnknown
                                            double* const* values,
                                            unsigned long* got) = 0;
 
-    /// Lends the bytes that have not been read, without copying; they stay unread.
+    /// Lends the bytes that have not been read, without copying; they stay unread. Waits for those that have
+    /// not arrived.
     ///
     /// @param[out] data  first byte, null for an empty rest; valid until Execute returns
-    /// @return S_OK; E_POINTER; E_ABORT; E_PENDING when the block is not wholly in memory
+    /// @return S_OK; E_POINTER; E_ABORT; E_PENDING when the block is too large to be held in memory
     virtual HRESULT Access(unsigned char** data, unsigned long* length) = 0;
 
 protected:

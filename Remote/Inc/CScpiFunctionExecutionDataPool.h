@@ -112,7 +112,8 @@ public:
     ///
     /// @param[out] ppBlockData  first byte, borrowed from the kernel until Execute returns; null without
     /// block
-    /// @return 0, 1, or E_ABORT when the command was cancelled; -200 when the block is not wholly in memory
+    /// @return 0, 1, or E_ABORT when the command was cancelled; -200 when the block is too large to be
+    /// held in memory
     virtual HRESULT GetBlockDataArgument(unsigned char** ppBlockData, unsigned long& length, long index) = 0;
     /// @}
 

@@ -56,6 +56,7 @@ private:
     void Consume(std::size_t count) noexcept;
     HRESULT NextElement(VARIANT& value);
     HRESULT CopyRest(IStream& target, unsigned long size, unsigned long& got);
+    HRESULT CollectStream();
     HRESULT CopyStream(IStream& target, unsigned long size, unsigned long& got);
 
     CBlockStream* m_pStream = nullptr; ///< null: the block is in memory

@@ -1,6 +1,7 @@
 #include "CBlockReader.h"
 
 #include "ErrorRaising.h"
+#include "GuardedEntry.h"
 
 #include <algorithm>
 #include <bit>
@@ -15,6 +16,9 @@ namespace ZoVelkor::RemoteKernel
 namespace
 {
 ZO_SOURCE_UNIT("RemoteKernel/Src/CBlockReader")
+
+/// Largest block that is collected for a handler that wants it in one piece.
+constexpr std::size_t kLargestLent = std::size_t{1} << 29;
 
 /// Bytes of one element; 0 for a format that has none.
 std::size_t ElementSize(tagEnumFormatDataType type, long width) noexcept
@@ -388,6 +392,16 @@ HRESULT CBlockReader::GetNextScatteredArrays(unsigned long arrays,
     return S_OK;
 }
 
+HRESULT CBlockReader::CollectStream()
+{
+    if (m_pStream->Rest() > static_cast<std::int64_t>(kLargestLent))
+    {
+        return E_PENDING;
+    }
+    const HRESULT result = m_pStream->Fill(kLargestLent);
+    return result == S_OK && !m_pStream->IsComplete() ? E_PENDING : result;
+}
+
 HRESULT CBlockReader::Access(unsigned char** data, unsigned long* length)
 {
     if (data == nullptr || length == nullptr)
@@ -403,7 +417,11 @@ HRESULT CBlockReader::Access(unsigned char** data, unsigned long* length)
     }
     if (m_pStream != nullptr)
     {
-        return E_PENDING;
+        const HRESULT result = GuardedEntry([this] { return CollectStream(); });
+        if (result != S_OK)
+        {
+            return result;
+        }
     }
     const std::span<unsigned char> rest = Rest();
     *data = rest.empty() ? nullptr : rest.data();

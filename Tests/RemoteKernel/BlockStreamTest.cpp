@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <fstream>
 #include <numeric>
 
@@ -193,15 +194,16 @@ TEST(BlockStream, ReaderWaitsForWhatHasNotArrived)
     CScriptedSource source(std::string("\1\2~\3\4\5\6~~", 9) + "\7\n", 2);
     CNoExecutor errors;
     CBlockStream stream(input, &source, -1, errors, 0);
-    stream.Begin(7);
+    stream.Begin((std::int64_t{1} << 29) + 1);
     const CComPtr<CBlockReaderObject> reader = CBlockReaderObject::Create();
     reader->Begin(stream);
     unsigned char* pData = nullptr;
     unsigned long count = 0;
+    EXPECT_EQ(reader->Access(&pData, &count), E_PENDING) << "too large for the memory";
+    stream.Begin(7);
     unsigned long consumed = 0;
     short complete = 1;
     long value = 0;
-    EXPECT_EQ(reader->Access(&pData, &count), E_PENDING);
     EXPECT_EQ(reader->ContinueRead(0), S_OK);
     EXPECT_EQ(reader->GetStatusEx(&complete, &value, &count, &consumed), S_OK);
     EXPECT_TRUE(complete == VARIANT_FALSE && value == 7 && count == 2 && consumed == 0);
@@ -240,6 +242,9 @@ TEST(BlockStream, ReaderFindsTheEnd)
         unsigned long got = 0;
         EXPECT_EQ(reader->ReadFromStream(target, 3, &got), S_OK);
         EXPECT_EQ(got, 3U);
+        unsigned char* pRest = nullptr;
+        EXPECT_EQ(reader->Access(&pRest, &got), S_OK);
+        EXPECT_TRUE(got == 2 && std::memcmp(pRest, "de", 2) == 0) << "collected, and still unread";
         EXPECT_EQ(reader->ReadFromStream(target, 9, &got), S_OK);
         EXPECT_EQ(got, 2U);
         EXPECT_EQ(reader->Status(&complete, &known), S_OK);
