@@ -89,7 +89,8 @@ std::string RecordName(const _CMD_SET_RECORD& record, tagScpiTableKind kind)
     const bool isCommon = kind == tagScpiTableKind::Header && (record.hdr.iFollow & CCMD) != 0;
     // The check asks for the NUL of the records that commands use, and a list may be longer.
     const std::string_view text(record.hdr.szKeyword, strnlen(record.hdr.szKeyword, kTableTextSize));
-    return (isCommon ? "*" : "") + Printable(text);
+    std::string name(isCommon ? "*" : "");
+    return name += Printable(text);
 }
 
 /// The record behind one of a group; what lies inside a parameter chain without belonging to it is passed
