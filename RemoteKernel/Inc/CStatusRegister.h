@@ -2,15 +2,12 @@
 
 #include "CBScpiStatusRegister.h"
 #include "CComObject.h"
+#include "SharedEvent.h"
 
-#include <memory>
 #include <string>
 
 namespace ZoVelkor::RemoteKernel
 {
-
-/// An event that several objects need; the last of them closes it.
-using SharedEvent = std::shared_ptr<const CUniqueEvent>;
 
 /// A status register of the kernel: named, and able to describe itself. Threads: any operation from any
 /// thread.

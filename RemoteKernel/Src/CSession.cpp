@@ -16,16 +16,6 @@ namespace
 /// Room for the first bytes of a large block; a receive is never offered less of one.
 constexpr std::size_t kFirstBlockStep = std::size_t{64} << 10;
 
-SharedEvent MakeCancelEvent()
-{
-    CUniqueEvent event(CreateEvent(TRUE, FALSE));
-    if (!event)
-    {
-        throw std::system_error(EMFILE, std::generic_category(), "No event for a session");
-    }
-    return std::make_shared<const CUniqueEvent>(std::move(event));
-}
-
 std::string_view FrameErrorDetail(short error) noexcept
 {
     return error == kScpiInputBufferOverrun ? "Program message too long" : "Block too long";
@@ -40,7 +30,7 @@ CSession::CSession(CRemoteKernel& kernel,
     : m_kernel(kernel),
       m_spOutput(CSessionOutput::Create(limits.iMaxResponse)),
       m_spFormat(CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>::Create(m_spOutput)),
-      m_spCancelEvent(MakeCancelEvent()),
+      m_spCancelEvent(MakeSharedEvent("No event for a session")),
       m_spStatus(std::make_shared<CSessionStatus>(m_spCancelEvent)),
       m_spErrors(std::make_shared<CErrorQueue>(limits.iErrorQueueDepth, m_spStatus)),
       m_iRemotePath(kernel.AddPath()),

@@ -33,16 +33,6 @@ constexpr tagRegisterDefinition kDefinitions[] = {
 };
 static_assert(std::size(kDefinitions) == kInstrumentRegisterCount);
 
-SharedEvent MakeStopEvent()
-{
-    CUniqueEvent event(CreateEvent(TRUE, FALSE));
-    if (!event)
-    {
-        throw std::system_error(EMFILE, std::generic_category(), "No event for the status registers");
-    }
-    return std::make_shared<const CUniqueEvent>(std::move(event));
-}
-
 bool EqualsNoCase(std::wstring_view left, std::wstring_view right) noexcept
 {
     return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](wchar_t a, wchar_t b) {
@@ -83,7 +73,7 @@ bool IsRegisterName(std::wstring_view text, std::wstring_view syntax) noexcept
 } // namespace
 
 CStatusManagement::CStatusManagement()
-    : m_spStopEvent(MakeStopEvent()),
+    : m_spStopEvent(MakeSharedEvent("No event for the status registers")),
       m_spDistributor(CSummaryDistributorObject::Create())
 {
     for (std::size_t i = 0; i < kInstrumentRegisterCount; ++i)
