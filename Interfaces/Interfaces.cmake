@@ -9,20 +9,35 @@ zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces
     CBScpiStatusRegister.h
     IZODatabaseTransaction.h
     IZOScpiBlockData.h
+    IZOScpiChannel.h
+    IZOScpiChannelManagement.h
+    IZOScpiChannelServiceProvider.h
     IZOScpiCommands.h
     IZOScpiDeviceHandler.h
+    IZOScpiDeviceManagement.h
     IZOScpiEmulationCallback.h
     IZOScpiErrorManagement.h
     IZOScpiExecutionSink.h
     IZOScpiManager.h
+    IZOScpiMultichannelAdministration.h
     IZOScpiMultichannelEventObserver.h
+    IZOScpiMultichannelFunctionality.h
     IZOScpiMultichannelParser.h
     IZOScpiObjectRegistration.h
     IZOScpiOutputBuffer.h
+    IZOScpiParser.h
+    IZOScpiParserLanguage.h
+    IZOScpiParserManagement.h
     IZOScpiPendingOperations.h
+    IZOScpiRemoteControl.h
     IZOScpiStatusManagement.h
     IZOScpiStatusRegister.h
     IZOScpiSubsystemFormat.h
+    IZOScpiTraceManagement.h
+    IZOScpiTree.h
+    IZOScpiWaitableChannel.h
+    ScpiChannelInfo.h
+    ScpiChannelStatus.h
     ScpiParameter.h
     ScpiParserData.h
     ScpiParserTree.h

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Unknown.h"
+
+namespace ZoVelkor
+{
+
+/// The command language of the program messages. Found at the root or for one path.
+///
+/// Threads: any operation from any thread. Texts are new BSTRs; their address must point to a null BSTR.
+struct IZOScpiParserLanguage : IUnknown
+{
+    static constexpr IID kInterfaceId{
+        0xDAC3E743, 0xBE1F, 0x4BC2, {0x9D, 0xDA, 0x49, 0x79, 0xB3, 0x6E, 0xA7, 0xBF}
+    };
+
+    /// @param[out] name  "SCPI"
+    virtual HRESULT get_Language(wchar_t** name) = 0;
+    /// @param name  "SCPI", in any case
+    /// @return S_OK; E_POINTER; E_INVALIDARG for a language that this kernel does not have
+    virtual HRESULT put_Language(wchar_t const* name) = 0;
+    /// @param[out] version  year and version of the standard as SYSTem:VERSion? answers it
+    virtual HRESULT get_LanguageVersion(wchar_t** version) = 0;
+    /// @param header  a command header as a program message has it, without arguments
+    /// @param[out] known  VARIANT_TRUE when a command of the kernel or of an application has this header
+    virtual HRESULT IsHeaderKnown(wchar_t const* header, short* known) = 0;
+
+protected:
+    ~IZOScpiParserLanguage() = default;
+};
+
+inline constexpr const IID& IID_IZOScpiParserLanguage = IZOScpiParserLanguage::kInterfaceId;
+
+} // namespace ZoVelkor
