@@ -1,0 +1,37 @@
+#pragma once
+
+#include "SystemTime.h"
+
+#include <optional>
+#include <utility>
+
+/// Takes the place of the machine's clock during its life, so that nothing can set that.
+class CClockRecorder
+{
+public:
+    using Setting = std::pair<LONGLONG, int>;
+
+    /// @param refusal  errno number with which every setting is refused; 0 accepts them
+    explicit CClockRecorder(int refusal = 0) : m_pFormer(SetSystemClockPrimitive(&Record))
+    {
+        s_iRefusal = refusal;
+        s_last.reset();
+    }
+    CClockRecorder(const CClockRecorder&) = delete;
+    CClockRecorder& operator=(const CClockRecorder&) = delete;
+    ~CClockRecorder() { SetSystemClockPrimitive(m_pFormer); }
+
+    /// The last time that reached the clock, in seconds since 1970 and milliseconds.
+    static std::optional<Setting> Take() { return std::exchange(s_last, std::nullopt); }
+
+private:
+    static int Record(LONGLONG seconds, int milliseconds) noexcept
+    {
+        s_last = Setting(seconds, milliseconds);
+        return s_iRefusal;
+    }
+
+    static inline int s_iRefusal = 0;
+    static inline std::optional<Setting> s_last;
+    const SystemClockPrimitive m_pFormer;
+};
