@@ -1,11 +1,13 @@
 zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces/_Inc HEADERS
     CBScpiBlockData.h
     CBScpiCommands.h
+    CBScpiController.h
     CBScpiDeviceHandler.h
     CBScpiEmulationCallback.h
     CBScpiExecutionSink.h
     CBScpiMultichannelEventObserver.h
     CBScpiMultichannelParser.h
+    CBScpiParser.h
     CBScpiStatusRegister.h
     IZODatabaseTransaction.h
     IZOScpiBlockData.h
@@ -13,11 +15,13 @@ zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces
     IZOScpiChannelManagement.h
     IZOScpiChannelServiceProvider.h
     IZOScpiCommands.h
+    IZOScpiController.h
     IZOScpiDeviceHandler.h
     IZOScpiDeviceManagement.h
     IZOScpiEmulationCallback.h
     IZOScpiErrorManagement.h
     IZOScpiExecutionSink.h
+    IZOScpiInterrupt.h
     IZOScpiManager.h
     IZOScpiMultichannelAdministration.h
     IZOScpiMultichannelEventObserver.h
@@ -50,5 +54,6 @@ target_sources(zosoftwareplatformembedded PRIVATE
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiExecutionSink.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiMultichannelEventObserver.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiMultichannelParser.cpp
+    ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiParser.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiStatusRegister.cpp
     )
