@@ -1,5 +1,7 @@
 #include "CBenchmarkApplication.h"
 
+#include "CBScpiParser.h"
+#include "CComObject.h"
 #include "CRemoteKernel.h"
 #include "CScpiFunctionExecutionDataPoolParser.h"
 #include "CScpiSinkFramework.h"
@@ -102,12 +104,13 @@ void RegisterBenchmarkApplication(RemoteKernel::CRemoteKernel& kernel,
                                   const CCommandTree& tree,
                                   IZOScpiExecutionSink* pSink)
 {
-    tagZO_SCPI_PARSER_OBJECT object{};
-    object.bsName = L"benchmark";
-    object.tree = {static_cast<std::uint32_t>(tree.Records().size() * sizeof(_CMD_SET_RECORD)),
-                   tree.Records().data()};
-    object.pExecutionSink = pSink;
-    object.guidObjectId = GUID{1, 0, 0, {}};
+    const auto spParser = CComObject<CBScpiParser, IZOScpiParser>::Create();
+    CComBSTR name(L"benchmark");
+    const auto size = static_cast<std::uint32_t>(tree.Records().size() * sizeof(_CMD_SET_RECORD));
+    spParser->RegisterCommandTree(ZO_PARSER_TYPE_MEASUREMENT, name, {size, tree.Records().data()}, pSink);
+    const tagZO_SCPI_PARSER_OBJECT object{
+        name, ZO_PARSER_TYPE_MEASUREMENT, spParser, {1, 0, 0, {}}
+    };
     if (kernel.ObjectRegistration().RegisterObject(&object) != S_OK)
     {
         throw std::runtime_error("the generated table was refused");

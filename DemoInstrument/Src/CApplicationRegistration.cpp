@@ -1,5 +1,7 @@
 #include "CApplicationRegistration.h"
 
+#include "CBScpiParser.h"
+#include "CComObject.h"
 #include "ErrorRaising.h"
 #include "Root.h"
 
@@ -23,13 +25,13 @@ CApplicationRegistration::CApplicationRegistration(const wchar_t* name,
     hr = CoCreateGuid(&m_objectId);
     if (SUCCEEDED(hr))
     {
-        const tagZO_SCPI_PARSER_OBJECT object{
-            name,
-            {static_cast<std::uint32_t>(table.size_bytes()), table.data()},
-            pSink,
-            pDeviceHandler,
-            m_objectId
-        };
+        const auto spParser = CComObject<CBScpiParser, IZOScpiParser>::Create(pDeviceHandler);
+        CComBSTR bsName(name);
+        spParser->RegisterCommandTree(ZO_PARSER_TYPE_MEASUREMENT,
+                                      bsName,
+                                      {static_cast<std::uint32_t>(table.size_bytes()), table.data()},
+                                      pSink);
+        const tagZO_SCPI_PARSER_OBJECT object{name, ZO_PARSER_TYPE_MEASUREMENT, spParser, m_objectId};
         hr = m_spRegistration->RegisterObject(&object);
     }
     if (FAILED(hr))

@@ -1,24 +1,21 @@
 #pragma once
 
 #include "Guid.h"
-#include "IZOScpiDeviceHandler.h"
-#include "IZOScpiExecutionSink.h"
-#include "ScpiParserTree.h"
+#include "IZOScpiParser.h"
 #include "Unknown.h"
 
 namespace ZoVelkor
 {
 
-/// One application's parser as the kernel knows it.
+/// One application's parser as the kernel's registration takes it.
 ///
-/// Pointers are lent for the call; the kernel takes its own references and copies the name.
+/// Pointers are lent for the call; the kernel takes its own references and copies.
 struct tagZO_SCPI_PARSER_OBJECT
 {
-    wchar_t const* bsName;                ///< for error messages and listings
-    tagZO_SCPI_PARSER_TREE tree;          ///< whole records; must stay valid while registered
-    IZOScpiExecutionSink* pExecutionSink; ///< runs the commands of the tree
-    IZOScpiDeviceHandler* pDeviceHandler; ///< may be null
-    GUID guidObjectId;                    ///< names the object; new for each registration
+    wchar_t const* bsName;        ///< for messages and listings
+    tagZO_SCPI_PARSER_TYPE eType; ///< shown in listings
+    IZOScpiParser* pParser;       ///< has the command tree, its execution sink and the device handler
+    GUID m_guidObjectId;          ///< names the object; new for each registration
 };
 
 /// Where applications enter and leave remote control; found at the root.

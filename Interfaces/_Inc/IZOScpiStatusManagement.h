@@ -29,6 +29,12 @@ struct IZOScpiStatusManagement : IUnknown
     virtual HRESULT
     GetRegister(long remotePath, wchar_t const* name, IZOScpiStatusRegister** statusRegister) = 0;
 
+    /// Serial poll: the status byte of the path with RQS in bit 6, which ends the request for service
+    /// (IEEE 488.2 section 11.2.2.1).
+    ///
+    /// @return S_OK; E_POINTER; E_INVALIDARG for an unknown remote path
+    virtual HRESULT SerialPoll(long remotePath, unsigned char* stb) = 0;
+
 protected:
     ~IZOScpiStatusManagement() = default;
 };

@@ -5,16 +5,34 @@
 #include "Guid.h"
 #include "IZOScpiDeviceHandler.h"
 #include "IZOScpiExecutionSink.h"
+#include "IZOScpiMultichannelParser.h"
 #include "ParsedCommand.h"
-#include "ScpiCommandTable.h"
+#include "ScpiParserTree.h"
 
-#include <cstddef>
+#include <map>
 #include <mutex>
 #include <string>
 #include <vector>
 
 namespace ZoVelkor::RemoteKernel
 {
+
+/// What an application brings along when it is registered.
+struct tagApplicationParts
+{
+    std::string sName;              ///< for messages and listings, as UTF-8
+    tagZO_SCPI_PARSER_TREE tree{};  ///< lent until the application is made; without size for one without
+                                    ///< commands, which hears device events alone
+    GUID id = GUID_NULL;            ///< under which it is unregistered
+    CComPtr<IUnknown> spRegistered; ///< the object that was registered, its identity
+    CComPtr<IZOScpiExecutionSink> spSink;
+    CComPtr<IZOScpiDeviceHandler> spDeviceHandler;
+    CComPtr<IZOScpiMultichannelParser> spEngines; ///< gives each path an engine that runs its commands
+    long iRemotePath = kAllPaths;                 ///< whose device events it hears
+    bool bActivated = false;                      ///< runs a header that others define as well
+
+    static constexpr long kAllPaths = -1;
+};
 
 /// An application whose commands the kernel runs.
 ///
@@ -27,24 +45,22 @@ public:
     /// The kernel's own commands, which only touch their session and run without lock.
     CApplication(std::string name, const _CMD_SET_RECORD* table, std::size_t count);
 
-    /// @param pDeviceHandler  may be null
-    CApplication(std::string name,
-                 const _CMD_SET_RECORD* table,
-                 std::size_t count,
-                 const GUID& id,
-                 IZOScpiExecutionSink* pSink,
-                 IZOScpiDeviceHandler* pDeviceHandler);
+    explicit CApplication(tagApplicationParts parts);
 
-    const std::string& Name() const noexcept { return m_sName; }
-    const GUID& ObjectId() const noexcept { return m_id; }
+    const std::string& Name() const noexcept { return m_parts.sName; }
+    const GUID& ObjectId() const noexcept { return m_parts.id; }
+    const tagApplicationParts& Parts() const noexcept { return m_parts; }
     const std::vector<_CMD_SET_RECORD>& Table() const noexcept { return m_table; }
     bool IsBuiltIn() const noexcept { return m_bBuiltIn; }
 
     /// Runs one command; no exception of the handler gets out, it gives E_FAIL.
     ///
+    /// @param begins  the first command of the application in this program message, of which the device
+    ///                handler is told before
     /// @param[out] result  what the sink returned
     /// @return false, and nothing was run, when the application has left
     bool Execute(const tagParsedCommand& command,
+                 bool begins,
                  IUnknown* context,
                  long remotePath,
                  IZOScpiOutputBuffer* output,
@@ -52,22 +68,40 @@ public:
 
     /// Calls the device handler with a function of the form HRESULT(IZOScpiDeviceHandler&).
     ///
-    /// @return its result; S_FALSE when there is no device handler or the application has left
+    /// @param remotePath  where the event comes from; kAllPaths: from the instrument itself
+    /// @return its result; S_FALSE when there is no device handler for this path or the application has left
     template <class TCall>
-    HRESULT CallDeviceHandler(TCall&& call)
+    HRESULT CallDeviceHandler(long remotePath, TCall&& call)
     {
         const std::lock_guard lock(m_mutex);
-        if (m_spDeviceHandler == nullptr)
+        if (m_parts.spDeviceHandler == nullptr || !Hears(remotePath))
         {
             return S_FALSE;
         }
-        return GuardedEntry([&]() -> HRESULT { return call(*m_spDeviceHandler); });
+        return GuardedEntry([&]() -> HRESULT { return call(*m_parts.spDeviceHandler); });
     }
+
+    /// Gives the engine of a remote path back that has ended.
+    void ReleaseEngine(long remotePath) noexcept;
 
     /// Lets go of sink and device handler; when it returns, none of them is running or will be called.
     void Close();
 
 private:
+    struct tagEngine
+    {
+        CComPtr<IUnknown> spObject;
+        CComPtr<IZOScpiExecutionSink> spSink; // null: it could not be made
+    };
+
+    bool Hears(long remotePath) const noexcept
+    {
+        return m_parts.iRemotePath == tagApplicationParts::kAllPaths || m_parts.iRemotePath == remotePath;
+    }
+    /// @return borrowed, while the lock is held; null when the path's engine cannot be made
+    IZOScpiExecutionSink* SinkLocked(long remotePath);
+    tagEngine MakeEngineLocked();
+    void ReleaseEngines(std::map<long, tagEngine> engines, IZOScpiMultichannelParser* pMaker) noexcept;
     HRESULT RunLocked(const tagParsedCommand& command,
                       IUnknown* context,
                       long remotePath,
@@ -77,13 +111,11 @@ private:
                             long remotePath,
                             IZOScpiOutputBuffer* output) noexcept;
 
-    const std::string m_sName;
-    const GUID m_id;
     const std::vector<_CMD_SET_RECORD> m_table;
     const bool m_bBuiltIn;
     std::mutex m_mutex;
-    CComPtr<IZOScpiExecutionSink> m_spSink;          // guarded by m_mutex
-    CComPtr<IZOScpiDeviceHandler> m_spDeviceHandler; // guarded by m_mutex
+    tagApplicationParts m_parts;         // its counted interfaces are guarded by m_mutex
+    std::map<long, tagEngine> m_engines; // guarded by m_mutex
 };
 
 } // namespace ZoVelkor::RemoteKernel

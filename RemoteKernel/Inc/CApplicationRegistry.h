@@ -45,6 +45,26 @@ public:
     HRESULT RegisterObject(tagZO_SCPI_PARSER_OBJECT const* object) override;
     HRESULT UnregisterObject(GUID id) override;
 
+    /// Registers a parser of all paths, which may have an engine for each.
+    ///
+    /// @return as RegisterObject; E_INVALIDARG, reported, when it is registered so already
+    HRESULT RegisterParser(IZOScpiParser* pParser);
+    /// Registers a plug-in: its commands, who runs them, and its device handler if it has one.
+    ///
+    /// @return as RegisterParser; E_NOINTERFACE when the object is none
+    HRESULT RegisterPlugIn(IUnknown* pPlugIn);
+    /// Registers a device handler without commands; the same one once for each path.
+    ///
+    /// @return S_OK; S_FALSE when it is registered already
+    HRESULT RegisterDeviceHandler(IZOScpiDeviceHandler* pHandler, long remotePath);
+    /// Takes back what one of these three has registered.
+    ///
+    /// @return as UnregisterObject
+    HRESULT Unregister(IUnknown* pObject, long remotePath = tagApplicationParts::kAllPaths);
+
+    /// Tells the applications that a remote path has ended.
+    void ReleaseEngines(long remotePath) noexcept;
+
     /// Number of the current set; changes with every registration.
     std::uint64_t Generation() const noexcept { return m_generation.load(std::memory_order_acquire); }
 
@@ -57,11 +77,15 @@ public:
     void Close();
 
 private:
-    HRESULT CheckObject(const tagZO_SCPI_PARSER_OBJECT* object) const;
+    HRESULT RegisterFrom(IZOScpiParser* pParser, tagApplicationParts& parts);
     HRESULT CheckTable(const CApplication& application) const;
-    HRESULT Add(const tagZO_SCPI_PARSER_OBJECT& object);
-    /// @return the application that has left the set and is still open; null when there is none
-    std::shared_ptr<CApplication> Remove(const GUID& id);
+    HRESULT Add(tagApplicationParts& parts);
+    bool IsRegistered(const tagApplicationParts& parts) const;
+    /// Takes the first application out for which a condition holds.
+    ///
+    /// @return as UnregisterObject
+    template <class TCondition>
+    HRESULT RemoveWhere(TCondition condition);
     void Publish(std::vector<std::shared_ptr<CApplication>> applications);
     std::string IdentityResponse(const std::vector<std::shared_ptr<CApplication>>& applications) const;
 

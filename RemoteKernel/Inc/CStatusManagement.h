@@ -38,6 +38,7 @@ public:
 
     HRESULT
     GetRegister(long remotePath, wchar_t const* name, IZOScpiStatusRegister** statusRegister) override;
+    HRESULT SerialPoll(long remotePath, unsigned char* stb) override;
     void OperationComplete(long remotePath) noexcept override;
 
     void AddPath(long remotePath, std::shared_ptr<CSessionStatus> spStatus);

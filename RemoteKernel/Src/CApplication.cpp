@@ -44,25 +44,73 @@ void TraceCommand(const tagParsedCommand& command,
 } // namespace
 
 CApplication::CApplication(std::string name, const _CMD_SET_RECORD* table, std::size_t count)
-    : m_sName(std::move(name)),
-      m_id(GUID_NULL),
-      m_table(table, table + count),
+    : m_table(table, table + count),
       m_bBuiltIn(true)
-{}
+{
+    m_parts.sName = std::move(name);
+}
 
-CApplication::CApplication(std::string name,
-                           const _CMD_SET_RECORD* table,
-                           std::size_t count,
-                           const GUID& id,
-                           IZOScpiExecutionSink* pSink,
-                           IZOScpiDeviceHandler* pDeviceHandler)
-    : m_sName(std::move(name)),
-      m_id(id),
-      m_table(table, table + count),
+CApplication::CApplication(tagApplicationParts parts)
+    : m_table(parts.tree.pTable, parts.tree.pTable + parts.tree.iSize / sizeof(_CMD_SET_RECORD)),
       m_bBuiltIn(false),
-      m_spSink(pSink),
-      m_spDeviceHandler(pDeviceHandler)
-{}
+      m_parts(std::move(parts))
+{
+    m_parts.tree = {};
+}
+
+IZOScpiExecutionSink* CApplication::SinkLocked(long remotePath)
+{
+    if (m_parts.spEngines == nullptr)
+    {
+        return m_parts.spSink;
+    }
+    auto found = m_engines.find(remotePath);
+    if (found == m_engines.end())
+    {
+        found = m_engines.emplace(remotePath, MakeEngineLocked()).first;
+    }
+    return found->second.spSink;
+}
+
+CApplication::tagEngine CApplication::MakeEngineLocked()
+{
+    tagEngine engine;
+    const HRESULT result = m_parts.spEngines->CreateClone(&engine.spObject);
+    if (SUCCEEDED(result) && engine.spObject != nullptr &&
+        FAILED(engine.spObject.QueryInterface(&engine.spSink)))
+    {
+        engine.spSink = m_parts.spSink; // an engine that keeps state alone
+    }
+    return engine;
+}
+
+void CApplication::ReleaseEngine(long remotePath) noexcept
+{
+    std::map<long, tagEngine> engines;
+    CComPtr<IZOScpiMultichannelParser> spMaker;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (auto node = m_engines.extract(remotePath); !node.empty())
+        {
+            engines.insert(std::move(node));
+            spMaker = m_parts.spEngines;
+        }
+    }
+    ReleaseEngines(std::move(engines), spMaker);
+}
+
+void CApplication::ReleaseEngines(std::map<long, tagEngine> engines,
+                                  IZOScpiMultichannelParser* pMaker) noexcept
+{
+    for (auto& [path, engine] : engines)
+    {
+        if (engine.spObject != nullptr)
+        {
+            static_cast<void>(
+                GuardedEntry([&]() -> HRESULT { return pMaker->ReleaseClone(engine.spObject); }));
+        }
+    }
+}
 
 HRESULT CApplication::RunLocked(const tagParsedCommand& command,
                                 IUnknown* context,
@@ -71,15 +119,17 @@ HRESULT CApplication::RunLocked(const tagParsedCommand& command,
 {
     try
     {
-        return m_spSink->Execute(context,
-                                 remotePath,
-                                 command.iCommand,
-                                 command.bQuery ? VARIANT_TRUE : VARIANT_FALSE,
-                                 command.pNumericSuffixes,
-                                 command.iArgumentCount,
-                                 command.pArguments,
-                                 command.bsHeader,
-                                 output);
+        IZOScpiExecutionSink* const pSink = SinkLocked(remotePath);
+        return pSink == nullptr ? E_FAIL
+                                : pSink->Execute(context,
+                                                 remotePath,
+                                                 command.iCommand,
+                                                 command.bQuery ? VARIANT_TRUE : VARIANT_FALSE,
+                                                 command.pNumericSuffixes,
+                                                 command.iArgumentCount,
+                                                 command.pArguments,
+                                                 command.bsHeader,
+                                                 output);
     }
     catch (...)
     {
@@ -97,20 +147,25 @@ HRESULT CApplication::RunTracedLocked(const tagParsedCommand& command,
     CDeviceExecutionTime time;
     time.StartPerformanceCounter();
     const HRESULT result = RunLocked(command, context, remotePath, output);
-    TraceCommand(command, m_sName, remotePath, time.GetExecutionTime());
+    TraceCommand(command, Name(), remotePath, time.GetExecutionTime());
     return result;
 }
 
 bool CApplication::Execute(const tagParsedCommand& command,
+                           bool begins,
                            IUnknown* context,
                            long remotePath,
                            IZOScpiOutputBuffer* output,
                            HRESULT& result)
 {
     const std::lock_guard lock(m_mutex);
-    if (m_spSink == nullptr)
+    if (m_parts.spSink == nullptr)
     {
         return false;
+    }
+    if (begins && m_parts.spDeviceHandler != nullptr)
+    {
+        static_cast<void>(GuardedEntry([&]() { return m_parts.spDeviceHandler->ProgramMessageBegin(); }));
     }
     result = CPerformanceDiagnose::IsDebugTraceModeActive()
                  ? RunTracedLocked(command, context, remotePath, output)
@@ -120,11 +175,20 @@ bool CApplication::Execute(const tagParsedCommand& command,
 
 void CApplication::Close()
 {
+    CComPtr<IUnknown> spRegistered;
     CComPtr<IZOScpiExecutionSink> spSink;
     CComPtr<IZOScpiDeviceHandler> spDeviceHandler;
-    const std::lock_guard lock(m_mutex);
-    std::swap(spSink, m_spSink);
-    std::swap(spDeviceHandler, m_spDeviceHandler);
+    CComPtr<IZOScpiMultichannelParser> spEngines;
+    std::map<long, tagEngine> engines;
+    {
+        const std::lock_guard lock(m_mutex);
+        std::swap(spRegistered, m_parts.spRegistered);
+        std::swap(spSink, m_parts.spSink);
+        std::swap(spDeviceHandler, m_parts.spDeviceHandler);
+        std::swap(spEngines, m_parts.spEngines);
+        std::swap(engines, m_engines);
+    }
+    ReleaseEngines(std::move(engines), spEngines);
 }
 
 } // namespace ZoVelkor::RemoteKernel

@@ -6,6 +6,7 @@
 #include "CommandTableCheck.h"
 #include "ErrorRaising.h"
 #include "GuardedEntry.h"
+#include "IZOScpiCommands.h"
 
 #include <algorithm>
 #include <span>
@@ -59,36 +60,6 @@ std::shared_ptr<const tagApplicationSet> CApplicationRegistry::Current(std::uint
     return m_spCurrent;
 }
 
-HRESULT CApplicationRegistry::CheckObject(const tagZO_SCPI_PARSER_OBJECT* object) const
-{
-    if (object == nullptr)
-    {
-        return RepairError(ZO_NULL_POINTER(nullptr, "object"));
-    }
-    if (object->bsName == nullptr)
-    {
-        return RepairError(ZO_NULL_POINTER(nullptr, "object->bsName"));
-    }
-    if (object->pExecutionSink == nullptr)
-    {
-        return RepairError(ZO_NULL_POINTER(nullptr, "object->pExecutionSink"));
-    }
-    if (object->tree.pTable == nullptr)
-    {
-        return RepairError(ZO_NULL_POINTER(nullptr, "object->tree.pTable"));
-    }
-    if (object->tree.iSize == 0 || object->tree.iSize % sizeof(_CMD_SET_RECORD) != 0)
-    {
-        return RepairError(ZO_ERROR(nullptr,
-                                    "iSize % sizeof(record) == 0",
-                                    "Command table of \"" + ReadableName(object->bsName) +
-                                        "\": " + std::to_string(object->tree.iSize) +
-                                        " bytes are no whole number of records",
-                                    E_INVALIDARG));
-    }
-    return S_OK;
-}
-
 HRESULT CApplicationRegistry::CheckTable(const CApplication& application) const
 {
     const std::string fault = ValidateCommandTable(application.Table().data(), application.Table().size());
@@ -104,21 +75,101 @@ HRESULT CApplicationRegistry::CheckTable(const CApplication& application) const
 
 HRESULT CApplicationRegistry::RegisterObject(tagZO_SCPI_PARSER_OBJECT const* object)
 {
+    if (object == nullptr)
+    {
+        return RepairError(ZO_NULL_POINTER(nullptr, "object"));
+    }
+    if (object->bsName == nullptr)
+    {
+        return RepairError(ZO_NULL_POINTER(nullptr, "object->bsName"));
+    }
+    if (object->pParser == nullptr)
+    {
+        return RepairError(ZO_NULL_POINTER(nullptr, "object->pParser"));
+    }
     return GuardedEntry([&]() -> HRESULT {
-        const HRESULT result = CheckObject(object);
-        return FAILED(result) ? result : Add(*object);
+        tagApplicationParts parts;
+        parts.sName = ReadableName(object->bsName);
+        parts.id = object->m_guidObjectId;
+        return RegisterFrom(object->pParser, parts);
     });
 }
 
-HRESULT CApplicationRegistry::Add(const tagZO_SCPI_PARSER_OBJECT& object)
+HRESULT CApplicationRegistry::RegisterParser(IZOScpiParser* pParser)
 {
-    auto spApplication = std::make_shared<CApplication>(ReadableName(object.bsName),
-                                                        object.tree.pTable,
-                                                        object.tree.iSize / sizeof(_CMD_SET_RECORD),
-                                                        object.guidObjectId,
-                                                        object.pExecutionSink,
-                                                        object.pDeviceHandler);
-    const HRESULT result = CheckTable(*spApplication);
+    return GuardedEntry([&]() -> HRESULT {
+        tagApplicationParts parts;
+        CComBSTR bsName;
+        pParser->get_ParserName(&bsName);
+        parts.sName = bsName.IsNull() ? std::string() : ReadableName(bsName);
+        const CComPtr<IZOScpiParser> spParser(pParser);
+        spParser.QueryInterface(&parts.spRegistered);
+        static_cast<void>(spParser.QueryInterface(&parts.spEngines));
+        const HRESULT result = CoCreateGuid(&parts.id);
+        return FAILED(result) ? result : RegisterFrom(pParser, parts);
+    });
+}
+
+HRESULT CApplicationRegistry::RegisterFrom(IZOScpiParser* pParser, tagApplicationParts& parts)
+{
+    VARIANT_BOOL activated = VARIANT_FALSE;
+    pParser->GetCommandTree(&parts.tree);
+    pParser->GetExecutionSink(&parts.spSink);
+    pParser->GetDeviceHandler(&parts.spDeviceHandler);
+    pParser->get_ActivatedMeasurementParser(&activated);
+    parts.bActivated = activated != VARIANT_FALSE;
+    if (parts.tree.iSize == 0 || parts.spSink == nullptr)
+    {
+        return RepairError(ZO_ERROR(
+            nullptr, "tree.iSize != 0", "\"" + parts.sName + "\" has no command tree", E_INVALIDARG));
+    }
+    return Add(parts);
+}
+
+HRESULT CApplicationRegistry::RegisterPlugIn(IUnknown* pPlugIn)
+{
+    return GuardedEntry([&]() -> HRESULT {
+        tagApplicationParts parts;
+        parts.sName = "plug-in";
+        CComPtr<IZOScpiCommands> spCommands;
+        const CComPtr<IUnknown> spPlugIn(pPlugIn);
+        HRESULT result = spPlugIn.QueryInterface(&spCommands);
+        if (SUCCEEDED(result))
+        {
+            result = spPlugIn.QueryInterface(&parts.spSink);
+        }
+        if (SUCCEEDED(result))
+        {
+            result = CoCreateGuid(&parts.id);
+        }
+        if (FAILED(result))
+        {
+            return result;
+        }
+        spPlugIn.QueryInterface(&parts.spRegistered);
+        static_cast<void>(spPlugIn.QueryInterface(&parts.spDeviceHandler));
+        return spCommands->GetParserTableReference(&parts.tree) == S_OK ? Add(parts) : E_INVALIDARG;
+    });
+}
+
+HRESULT CApplicationRegistry::RegisterDeviceHandler(IZOScpiDeviceHandler* pHandler, long remotePath)
+{
+    return GuardedEntry([&]() -> HRESULT {
+        tagApplicationParts parts;
+        parts.spDeviceHandler = pHandler;
+        parts.spDeviceHandler.QueryInterface(&parts.spRegistered);
+        parts.iRemotePath = remotePath;
+        const HRESULT result = CoCreateGuid(&parts.id);
+        return FAILED(result) ? result : Add(parts);
+    });
+}
+
+HRESULT CApplicationRegistry::Add(tagApplicationParts& parts)
+{
+    const bool bActivated = parts.bActivated;
+    const bool bCommands = parts.tree.iSize != 0;
+    const auto spApplication = std::make_shared<CApplication>(parts);
+    const HRESULT result = bCommands ? CheckTable(*spApplication) : S_OK;
     if (FAILED(result))
     {
         return result;
@@ -128,28 +179,69 @@ HRESULT CApplicationRegistry::Add(const tagZO_SCPI_PARSER_OBJECT& object)
     {
         return RepairError(ZO_ERROR(nullptr, "!m_bClosed", "The remote kernel has stopped", E_UNEXPECTED));
     }
-    auto applications = m_spCurrent->applications;
-    if (std::any_of(applications.begin(), applications.end(), [&](const auto& other) {
-            return !other->IsBuiltIn() && other->ObjectId() == object.guidObjectId;
-        }))
+    if (IsRegistered(parts))
     {
-        return RepairError(ZO_ERROR(nullptr,
-                                    "guidObjectId is new",
-                                    "\"" + spApplication->Name() + "\" is registered already",
-                                    E_INVALIDARG));
+        return bCommands ? RepairError(ZO_ERROR(nullptr,
+                                                "!IsRegistered(parts)",
+                                                "\"" + parts.sName + "\" is registered already",
+                                                E_INVALIDARG))
+                         : S_FALSE;
     }
-    applications.push_back(std::move(spApplication));
+    auto applications = m_spCurrent->applications;
+    // Of several definitions of a header the last one holds.
+    const auto place =
+        std::find_if(applications.begin(), applications.end(), [bActivated](const auto& spOther) {
+            return !bActivated && spOther->Parts().bActivated;
+        });
+    applications.insert(place, spApplication);
     Publish(std::move(applications));
     return S_OK;
 }
 
+bool CApplicationRegistry::IsRegistered(const tagApplicationParts& parts) const
+{
+    const auto& applications = m_spCurrent->applications;
+    return std::any_of(applications.begin(), applications.end(), [&parts](const auto& spOther) {
+        const tagApplicationParts& other = spOther->Parts();
+        const bool bSameObject = parts.spRegistered != nullptr && other.spRegistered == parts.spRegistered &&
+                                 other.iRemotePath == parts.iRemotePath;
+        return !spOther->IsBuiltIn() && (other.id == parts.id || bSameObject);
+    });
+}
+
 HRESULT CApplicationRegistry::UnregisterObject(GUID id)
 {
+    return RemoveWhere([&id](const tagApplicationParts& parts) { return parts.id == id; });
+}
+
+HRESULT CApplicationRegistry::Unregister(IUnknown* pObject, long remotePath)
+{
+    CComPtr<IUnknown> spObject;
+    static_cast<void>(CComPtr<IUnknown>(pObject).QueryInterface(&spObject));
+    return RemoveWhere([&](const tagApplicationParts& parts) {
+        return parts.spRegistered == spObject && parts.iRemotePath == remotePath;
+    });
+}
+
+template <class TCondition>
+HRESULT CApplicationRegistry::RemoveWhere(TCondition condition)
+{
     return GuardedEntry([&]() -> HRESULT {
-        const std::shared_ptr<CApplication> spApplication = Remove(id);
-        if (spApplication == nullptr)
+        std::shared_ptr<CApplication> spApplication;
         {
-            return S_FALSE;
+            const std::lock_guard changeLock(m_changeMutex);
+            auto applications = m_spCurrent->applications;
+            const auto found =
+                std::find_if(applications.begin(), applications.end(), [&](const auto& spOther) {
+                    return !spOther->IsBuiltIn() && condition(spOther->Parts());
+                });
+            if (found == applications.end())
+            {
+                return S_FALSE;
+            }
+            spApplication = *found;
+            applications.erase(found);
+            Publish(std::move(applications));
         }
         // Without lock: the application's objects go now, and may take others with them.
         // A session that still works with the former set finds the application closed.
@@ -158,21 +250,14 @@ HRESULT CApplicationRegistry::UnregisterObject(GUID id)
     });
 }
 
-std::shared_ptr<CApplication> CApplicationRegistry::Remove(const GUID& id)
+void CApplicationRegistry::ReleaseEngines(long remotePath) noexcept
 {
-    const std::lock_guard changeLock(m_changeMutex);
-    auto applications = m_spCurrent->applications;
-    const auto found = std::find_if(applications.begin(), applications.end(), [&](const auto& other) {
-        return !other->IsBuiltIn() && other->ObjectId() == id;
-    });
-    if (found == applications.end())
+    std::uint64_t generation = 0;
+    const std::shared_ptr<const tagApplicationSet> spSet = Current(generation);
+    for (const auto& spApplication : spSet->applications)
     {
-        return nullptr;
+        spApplication->ReleaseEngine(remotePath);
     }
-    std::shared_ptr<CApplication> spApplication = *found;
-    applications.erase(found);
-    Publish(std::move(applications));
-    return spApplication;
 }
 
 void CApplicationRegistry::Close()
@@ -196,7 +281,10 @@ void CApplicationRegistry::Publish(std::vector<std::shared_ptr<CApplication>> ap
     sources.reserve(applications.size());
     for (const auto& spApplication : applications)
     {
-        sources.push_back({spApplication->Table().data(), spApplication->Table().size(), spApplication});
+        if (!spApplication->Table().empty())
+        {
+            sources.push_back({spApplication->Table().data(), spApplication->Table().size(), spApplication});
+        }
     }
     auto spSet = std::make_shared<tagApplicationSet>();
     spSet->spIndex = std::make_unique<const CCommandIndex>(sources);
@@ -217,6 +305,7 @@ CApplicationRegistry::IdentityResponse(const std::vector<std::shared_ptr<CApplic
     {
         CComBSTR level;
         const HRESULT result = spApplication->CallDeviceHandler(
+            tagApplicationParts::kAllPaths,
             [&level](IZOScpiDeviceHandler& handler) { return handler.GetFirmwareLevel(&level); });
         if (result == S_OK && level.Length() != 0)
         {

@@ -111,8 +111,10 @@ HRESULT CBuiltInCommands::QueryOptions(const tagParsedCommand&)
     for (const auto& spApplication : m_context.applications->applications)
     {
         CComBSTR text;
-        const HRESULT result = spApplication->CallDeviceHandler(
-            [&text](IZOScpiDeviceHandler& handler) { return handler.GetDeviceOptions(&text); });
+        const HRESULT result =
+            spApplication->CallDeviceHandler(m_context.iRemotePath, [&text](IZOScpiDeviceHandler& handler) {
+                return handler.GetDeviceOptions(&text);
+            });
         if (result == S_OK && text.Length() != 0)
         {
             options += options.empty() ? "" : ",";
@@ -128,8 +130,8 @@ HRESULT CBuiltInCommands::Reset(const tagParsedCommand&)
     m_context.operations.CancelOperationComplete(m_context.iRemotePath);
     for (const auto& spApplication : m_context.applications->applications)
     {
-        const HRESULT resetResult =
-            spApplication->CallDeviceHandler([](IZOScpiDeviceHandler& handler) { return handler.Reset(); });
+        const HRESULT resetResult = spApplication->CallDeviceHandler(
+            m_context.iRemotePath, [](IZOScpiDeviceHandler& handler) { return handler.Reset(); });
         // Every application is reset, also after one that failed.
         result = FAILED(resetResult) ? E_FAIL : result;
     }
@@ -141,8 +143,8 @@ HRESULT CBuiltInCommands::Trigger(const tagParsedCommand&)
     bool bTaken = false;
     for (const auto& spApplication : m_context.applications->applications)
     {
-        const HRESULT result =
-            spApplication->CallDeviceHandler([](IZOScpiDeviceHandler& handler) { return handler.Trigger(); });
+        const HRESULT result = spApplication->CallDeviceHandler(
+            m_context.iRemotePath, [](IZOScpiDeviceHandler& handler) { return handler.Trigger(); });
         bTaken |= result == S_OK;
     }
     return bTaken ? S_OK : m_context.Fail(kScpiTriggerIgnored);
@@ -154,8 +156,10 @@ HRESULT CBuiltInCommands::Test(const tagParsedCommand&)
     for (const auto& spApplication : m_context.applications->applications)
     {
         VARIANT_BOOL passed = VARIANT_TRUE;
-        const HRESULT result = spApplication->CallDeviceHandler(
-            [&passed](IZOScpiDeviceHandler& handler) { return handler.Selftest(&passed); });
+        const HRESULT result =
+            spApplication->CallDeviceHandler(m_context.iRemotePath, [&passed](IZOScpiDeviceHandler& handler) {
+                return handler.Selftest(&passed);
+            });
         if (FAILED(result) || passed == VARIANT_FALSE)
         {
             ++failures;

@@ -14,6 +14,10 @@ CJoinedCommands::CJoinedCommands(const tagApplicationSet& set)
     for (const auto& spApplication : set.applications)
     {
         const std::vector<_CMD_SET_RECORD>& records = spApplication->Table();
+        if (records.empty())
+        {
+            continue;
+        }
         // Merging only reads the records.
         plugins.push_back({const_cast<_CMD_SET_RECORD*>(records.data()),
                            static_cast<std::uint32_t>(records.size() * sizeof(_CMD_SET_RECORD)),

@@ -279,7 +279,7 @@ bool CSession::ExecuteCommand(const tagParsedCommand& command)
     {
         result = m_spBuiltIns->Execute(command);
     }
-    else if (!command.pApplication->Execute(command, m_pContext, m_iRemotePath, m_spOutput, result))
+    else if (!command.pApplication->Execute(command, false, m_pContext, m_iRemotePath, m_spOutput, result))
     {
         ReportError(kScpiUndefinedHeader, "Application has left");
         return false;

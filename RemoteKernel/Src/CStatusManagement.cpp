@@ -130,6 +130,21 @@ CStatusManagement::GetRegister(long remotePath, wchar_t const* name, IZOScpiStat
     return S_FALSE;
 }
 
+HRESULT CStatusManagement::SerialPoll(long remotePath, unsigned char* stb)
+{
+    if (stb == nullptr)
+    {
+        return E_POINTER;
+    }
+    const std::shared_ptr<CSessionStatus> spSession = Find(remotePath);
+    if (spSession == nullptr)
+    {
+        return E_INVALIDARG;
+    }
+    *stb = static_cast<unsigned char>(spSession->StatusByte().SerialPoll());
+    return S_OK;
+}
+
 void CStatusManagement::OperationComplete(long remotePath) noexcept
 {
     if (const std::shared_ptr<CSessionStatus> spSession = Find(remotePath); spSession != nullptr)

@@ -68,6 +68,7 @@ class CLoggedServices : public IZOScpiStatusManagement, public IZOScpiPendingOpe
 public:
     explicit CLoggedServices(CLog& log) : m_log(log) {}
 
+    HRESULT SerialPoll(long, unsigned char*) override { return E_NOTIMPL; }
     HRESULT GetRegister(long, const wchar_t* name, IZOScpiStatusRegister** statusRegister) override
     {
         CLog* const log = std::wstring_view(name) == L"STATus:OPERation" ? &m_log : nullptr;

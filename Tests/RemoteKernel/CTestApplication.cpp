@@ -310,6 +310,17 @@ HRESULT CTestDevice::GetDeviceOptions(wchar_t** text)
     return S_OK;
 }
 
+CComPtr<IZOScpiParser> MakeParser(const std::vector<_CMD_SET_RECORD>& records,
+                                  IZOScpiExecutionSink* pSink,
+                                  IZOScpiDeviceHandler* pDevice)
+{
+    const auto spParser = CComObject<CBScpiParser, IZOScpiParser>::Create(pDevice);
+    const auto size = static_cast<std::uint32_t>(records.size() * sizeof(_CMD_SET_RECORD));
+    CComBSTR name(L"tester");
+    spParser->RegisterCommandTree(ZO_PARSER_TYPE_MEASUREMENT, name, {size, records.data()}, pSink);
+    return CComPtr<IZOScpiParser>(spParser);
+}
+
 tagTestInstrument::tagTestInstrument()
 {
     if (FAILED(Register(table, id)))
@@ -325,13 +336,8 @@ HRESULT tagTestInstrument::Register(const std::vector<_CMD_SET_RECORD>& records,
     IZOScpiExecutionSink* const pSink =
         pOtherSink != nullptr ? pOtherSink : static_cast<IZOScpiExecutionSink*>(spSink);
     CoCreateGuid(&objectId);
-    const tagZO_SCPI_PARSER_OBJECT object{
-        L"tester",
-        {static_cast<std::uint32_t>(records.size() * sizeof(_CMD_SET_RECORD)), records.data()},
-        pSink,
-        spDevice,
-        objectId
-    };
+    const auto spParser = MakeParser(records, pSink, spDevice);
+    const tagZO_SCPI_PARSER_OBJECT object{L"tester", ZO_PARSER_TYPE_MEASUREMENT, spParser, objectId};
     return kernel.ObjectRegistration().RegisterObject(&object);
 }
 

@@ -2,6 +2,7 @@
 
 #include "CBScpiDeviceHandler.h"
 #include "CBScpiExecutionSink.h"
+#include "CBScpiParser.h"
 #include "CComObject.h"
 #include "CRemoteKernel.h"
 #include "CTableBuilder.h"
@@ -94,6 +95,11 @@ public:
 
 using CSinkObject = CComObject<CTestSink, IZOScpiExecutionSink>;
 using CDeviceObject = CComObject<CTestDevice, IZOScpiDeviceHandler>;
+
+/// A parser with a tree, as an application registers it.
+CComPtr<IZOScpiParser> MakeParser(const std::vector<_CMD_SET_RECORD>& records,
+                                  IZOScpiExecutionSink* pSink,
+                                  IZOScpiDeviceHandler* pDevice = nullptr);
 
 /// A kernel with the test application in it.
 struct tagTestInstrument

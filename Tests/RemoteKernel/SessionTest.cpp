@@ -218,16 +218,14 @@ TEST(Registration, ApplicationThatGoesMayUnregisterAnother)
     IZOScpiObjectRegistration& registration = instrument.kernel.ObjectRegistration();
     auto spSink = CComObject<CLeadingSink, IZOScpiExecutionSink>::Create(registration, instrument.id);
     const auto table = CTableBuilder().Add("LEADer", CTestSink::kAnswerList, DEF, QMARK, {}).Build();
+    CComPtr<IZOScpiParser> spParser = MakeParser(table, spSink);
     const tagZO_SCPI_PARSER_OBJECT leader{
-        L"leader",
-        {static_cast<std::uint32_t>(table.size() * sizeof(_CMD_SET_RECORD)), table.data()},
-        spSink,
-        nullptr,
-        { 1, 2,                                                                           3, {}}
+        L"leader", ZO_PARSER_TYPE_INSTRUMENT, spParser, {1, 2, 3, {}}
     };
     ASSERT_EQ(registration.RegisterObject(&leader), S_OK);
+    spParser.Release();
     spSink.Release();
-    EXPECT_EQ(registration.UnregisterObject(leader.guidObjectId), S_OK);
+    EXPECT_EQ(registration.UnregisterObject(leader.m_guidObjectId), S_OK);
     EXPECT_EQ(registration.UnregisterObject(instrument.id), S_FALSE);
 }
 
@@ -243,7 +241,7 @@ TEST(Registration, RefusesDamagedTablesAndSaysWhy)
     ASSERT_EQ(entries.size(), 1U);
     EXPECT_NE(entries[0].report.message.find("\"tester\": record 0, SubStart"), std::string::npos)
         << entries[0].report.message;
-    EXPECT_EQ(instrument.Register({}, id), E_POINTER);
+    EXPECT_EQ(instrument.Register({}, id), E_INVALIDARG);
     EXPECT_EQ(instrument.kernel.ObjectRegistration().RegisterObject(nullptr), E_POINTER);
 }
 

@@ -144,6 +144,7 @@ struct tagFakeErrorManagement : CFake<IZOScpiErrorManagement>
 
 struct tagFakeStatusManagement : CFake<IZOScpiStatusManagement>
 {
+    HRESULT SerialPoll(long, unsigned char*) override { return E_NOTIMPL; }
     HRESULT GetRegister(long, wchar_t const*, IZOScpiStatusRegister** target) override
     {
         *target = nullptr;
