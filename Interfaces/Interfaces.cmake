@@ -1,5 +1,7 @@
 zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces/_Inc HEADERS
     CBScpiBlockData.h
+    CBScpiChannel.h
+    CBScpiChannelServiceProvider.h
     CBScpiCommands.h
     CBScpiController.h
     CBScpiDeviceHandler.h
@@ -9,6 +11,7 @@ zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces
     CBScpiMultichannelParser.h
     CBScpiParser.h
     CBScpiStatusRegister.h
+    CSmartScpiChannelInfo.h
     IZODatabaseTransaction.h
     IZOScpiBlockData.h
     IZOScpiChannel.h
