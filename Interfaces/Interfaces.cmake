@@ -51,7 +51,10 @@ zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces
     ScpiStatusData.h)
 target_sources(zosoftwareplatformembedded PRIVATE
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiBlockData.cpp
+    ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiChannel.cpp
+    ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiChannelServiceProvider.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiCommands.cpp
+    ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiController.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiDeviceHandler.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiEmulationCallback.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiExecutionSink.cpp
@@ -59,4 +62,5 @@ target_sources(zosoftwareplatformembedded PRIVATE
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiMultichannelParser.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiParser.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiStatusRegister.cpp
+    ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CSmartScpiChannelInfo.cpp
     )

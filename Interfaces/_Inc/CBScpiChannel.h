@@ -167,7 +167,7 @@ private:
                      unsigned char* data,
                      unsigned long* moved,
                      const tagParameterName& movedName);
-    HRESULT FindSelf(CComPtr<IZOScpiChannel>* pspSelf);
+    HRESULT FindSelf(IZOScpiChannel** self);
     HRESULT ConnectedProvider(IZOScpiChannelServiceProvider** provider);
     bool CopyProvider(IZOScpiChannelServiceProvider** provider) const;
     bool HoldsProvider(const IZOScpiChannelServiceProvider* provider) const;
