@@ -26,7 +26,9 @@ struct IZOScpiMultichannelEventObserver : IUnknown
     virtual HRESULT ProgramMessageBegin(long remotePath) = 0;
     /// @param aborted  non-zero when the message was cancelled before its end
     virtual HRESULT ProgramMessageEnd(short aborted, long remotePath) = 0;
-    /// @param count  number of identifiers at ids: the clients whose operation-complete requests were dropped
+    /// An operation-complete request of the path was dropped unfulfilled.
+    ///
+    /// @param count  number of identifiers at ids: all registered observers, for whom that ends a report
     virtual HRESULT OpcReset(long remotePath, unsigned long count, GUID* ids) = 0;
     /// Identity under which the observer is registered.
     virtual HRESULT put_EventClientId(GUID id) = 0;

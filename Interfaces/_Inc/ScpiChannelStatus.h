@@ -18,8 +18,7 @@ enum tagZO_SCPI_CHANNEL_TYPES : std::uint32_t
 /// What a controller can see of the instrument without a query.
 struct tagZO_SCPI_CHANNEL_STATUS
 {
-    unsigned char bStatusByte;      ///< with RQS in bit 6 (IEEE 488.2 section 11.2)
-    VARIANT_BOOL vtbServiceRequest; ///< the instrument requests service
+    VARIANT_BOOL vtbServiceRequest; ///< the instrument requests service; a serial poll ends the request
     VARIANT_BOOL vtbRemote;         ///< remote, or local
     VARIANT_BOOL vtbLocalLockout;   ///< the front panel cannot return to local
 };
