@@ -1,12 +1,14 @@
 #pragma once
 
 #include "CObjectDataReference.h"
+#include "ErrorReport.h"
 #include "Event.h"
 #include "IZOScpiController.h"
 #include "IZOScpiInterrupt.h"
 #include "ZoExport.h"
 
 #include <atomic>
+#include <initializer_list>
 #include <memory>
 
 namespace ZoVelkor
@@ -158,35 +160,48 @@ private:
     using Text = std::shared_ptr<const wchar_t>;
     using Callback = std::shared_ptr<IZOScpiInterrupt>;
 
+    /// A pointer argument and the condition that it meets, "<name> != NULL".
+    struct tagPointer
+    {
+        const void* value;
+        const char* condition;
+    };
+    using Pointers = std::initializer_list<tagPointer>;
+
     template <class TBody>
-    HRESULT Operate(TBody body);
+    HRESULT Operate(Pointers pointers, TBody body, int line = __builtin_LINE());
     template <class TRequest>
-    HRESULT Request(const char* message, TRequest request);
-    template <class TRequest>
-    HRESULT RequestUnprepared(const char* message, TRequest request);
-    template <class TValue>
-    HRESULT GetProperty(TValue* out, const char* name, TValue (CBScpiController::*value)());
+    HRESULT Request(const char* message, TRequest request, int line = __builtin_LINE());
+    template <class TValue, class TGetter>
+    HRESULT GetProperty(TValue* out, const char* condition, TGetter getter, int line = __builtin_LINE());
+    template <class TTransfer>
+    bool TransmitChunk(TTransfer transfer);
+
+    tagErrorReport NullReport(const char* condition, int line) const;
+    HRESULT CheckPointers(Pointers pointers, int line) const;
     void RaiseUnlessOk(HRESULT hResult, const char* message, int line = __builtin_LINE()) const;
+    void CopySettings(const CBScpiController& other);
     void ClearLastError() noexcept;
     void PrepareEvents() noexcept;
     HRESULT WaitEvents() const noexcept;
     HRESULT Acknowledge() noexcept;
     HRESULT FetchData(unsigned char* buffer, long room, long* length);
 
-    void SetLastErrorText(Text text) noexcept;
-    HRESULT FailFile(const wchar_t* text) noexcept;
-    HRESULT FailOpen(const wchar_t* fileName) noexcept;
-    void AddErrnoToErrorInfo() noexcept {}
+    HRESULT FailFile(const wchar_t* text, HRESULT hResult = S_FALSE) noexcept;
+    void AddErrnoToErrorInfo() noexcept;
+    HRESULT OpenFile(const wchar_t* fileName, int flags, int* descriptor);
     HRESULT ReceiveFile(const wchar_t* fileName, long count, long* got, short* end);
+    HRESULT ReceiveChunks(int descriptor, unsigned char* buffer, long count, long* got, short* end);
     HRESULT SendFile(const wchar_t* fileName, long count, short end, long* sent);
+    HRESULT SendChunks(int descriptor, unsigned char* buffer, long count, short end, long* sent);
 
     long m_iTimeoutMs = 60000;
     Callback m_spInterrupt; ///< through std::atomic_load and std::atomic_store only
     std::atomic<short> m_vtbInterruptActive = VARIANT_FALSE;
-    CUniqueEvent m_abortEvent;
-    CUniqueEvent m_doneEvent;
-    CUniqueEvent m_errorEvent;
-    CUniqueEvent m_interruptEvent;
+    CUniqueEvent m_abortEvent{CreateEvent(TRUE, FALSE)};
+    CUniqueEvent m_doneEvent{CreateEvent(TRUE, FALSE)};
+    CUniqueEvent m_errorEvent{CreateEvent(TRUE, FALSE)};
+    CUniqueEvent m_interruptEvent{CreateEvent(TRUE, FALSE)};
     std::atomic<char> m_cStatusByte = 0;
     std::atomic<bool> m_bEnd = false;
     std::atomic<bool> m_bSecondReadFlag = false;
