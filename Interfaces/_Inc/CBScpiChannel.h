@@ -11,7 +11,6 @@
 #include "ZoExport.h"
 
 #include <array>
-#include <atomic>
 
 namespace ZoVelkor
 {
@@ -155,7 +154,7 @@ public:
 protected:
     [[nodiscard]] bool IsOpen() const;
     /// What SetChannelStatus has stored last; all 0 before.
-    [[nodiscard]] tagZO_SCPI_CHANNEL_STATUS ChannelStatus() const noexcept;
+    [[nodiscard]] tagZO_SCPI_CHANNEL_STATUS ChannelStatus() const;
 
 private:
     using TransferOperation = HRESULT (CBScpiChannel::*)(unsigned long, unsigned char*, unsigned long*);
@@ -181,10 +180,10 @@ private:
     VARIANT_BOOL m_vtbOpen ZO_GUARDED_BY(m_lock) = VARIANT_FALSE;
     HANDLE m_deviceClear ZO_GUARDED_BY(m_lock) = 0;
     HANDLE m_shutdown ZO_GUARDED_BY(m_lock) = 0;
+    tagZO_SCPI_CHANNEL_STATUS m_status ZO_GUARDED_BY(m_lock){};
     CComPtr<IZOScpiChannelServiceProvider> m_spServiceProvider ZO_GUARDED_BY(m_lock);
     CSmartScpiChannelInfo m_properties ZO_GUARDED_BY(m_lock);
     long m_iRemotePath ZO_GUARDED_BY(m_lock) = -1;
-    std::atomic<tagZO_SCPI_CHANNEL_STATUS> m_status{};
 };
 
 } // namespace ZoVelkor

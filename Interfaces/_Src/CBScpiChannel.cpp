@@ -186,7 +186,10 @@ HRESULT CBScpiChannel::SetChannelStatus(tagZO_SCPI_CHANNEL_STATUS* status)
     {
         return RefuseNull({"status", "status != NULL"});
     }
-    m_status.store(*status, std::memory_order_relaxed);
+    {
+        const CCritSectionLocker locker(m_lock);
+        m_status = *status;
+    }
     return GuardedEntry([&] { return DoSetChannelStatus(status); });
 }
 
@@ -406,10 +409,10 @@ bool CBScpiChannel::IsOpen() const
     return m_vtbOpen != VARIANT_FALSE;
 }
 
-tagZO_SCPI_CHANNEL_STATUS CBScpiChannel::ChannelStatus() const noexcept
+tagZO_SCPI_CHANNEL_STATUS CBScpiChannel::ChannelStatus() const
 {
-    static_assert(decltype(m_status)::is_always_lock_free);
-    return m_status.load(std::memory_order_relaxed);
+    const CCritSectionLocker locker(m_lock);
+    return m_status;
 }
 
 HRESULT CBScpiChannel::FindSelf(IZOScpiChannel** self)
