@@ -27,11 +27,13 @@ protected:
     ~CObjectDataReferenceBase() = default;
 };
 
-/// Identity of a component in error reports; components inherit it virtually, so each has one.
+/// Identity of a component in error reports, and its settings; components inherit it virtually, so each has
+/// one.
 ///
 /// Every object has a number that no other object of the process ever has. A copy is another object: it
-/// takes the name along and gets its own number.
-/// Threads: SetObjectName belongs to the set-up of the object; all other operations may run in any thread.
+/// takes name and settings along and gets its own number.
+/// Threads: SetObjectName and SetArgumentChecking belong to the set-up of the object; all other operations
+/// may run in any thread.
 class ZO_EXPORT CObjectDataReference : public CObjectDataReferenceBase
 {
 public:
@@ -46,6 +48,11 @@ public:
     /// Gives the object a name; an empty one brings back the name of its class.
     void SetObjectName(std::string name);
 
+    /// Says whether entry layers check the arguments and results of the object's operations; they do until
+    /// told otherwise. Without the checks a base layer still refuses null pointers.
+    void SetArgumentChecking(bool on) noexcept { m_bArgumentChecking = on; }
+    bool IsArgumentChecking() const noexcept { return m_bArgumentChecking; }
+
     /// The object's number, counted from 1 in order of construction.
     std::uint64_t ObjectNumber() const noexcept { return m_iObjectNumber; }
 
@@ -58,5 +65,6 @@ public:
 private:
     const std::uint64_t m_iObjectNumber;
     std::string m_sName;
+    bool m_bArgumentChecking = true;
 };
 } // namespace ZoVelkor

@@ -35,7 +35,8 @@ CObjectDataReference::CObjectDataReference() noexcept : m_iObjectNumber(NextObje
 
 CObjectDataReference::CObjectDataReference(const CObjectDataReference& other)
     : m_iObjectNumber(NextObjectNumber()),
-      m_sName(other.m_sName)
+      m_sName(other.m_sName),
+      m_bArgumentChecking(other.m_bArgumentChecking)
 {}
 
 CObjectDataReference& CObjectDataReference::operator=(const CObjectDataReference& other)
@@ -43,6 +44,7 @@ CObjectDataReference& CObjectDataReference::operator=(const CObjectDataReference
     if (this != &other)
     {
         m_sName = other.m_sName;
+        m_bArgumentChecking = other.m_bArgumentChecking;
     }
     return *this;
 }
