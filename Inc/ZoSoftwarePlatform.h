@@ -3,6 +3,7 @@
 // Everything that applications of the instrument need. Left out on purpose: ScpiTableMacros.h, whose short
 // names belong into the file that holds a command table, and ZoStringQt.h, which needs Qt.
 
+#include "CBScalarPropertyAccess.h"
 #include "CBScpiBlockData.h"
 #include "CBScpiChannel.h"
 #include "CBScpiChannelServiceProvider.h"
@@ -15,6 +16,7 @@
 #include "CBScpiMultichannelParser.h"
 #include "CBScpiParser.h"
 #include "CBScpiStatusRegister.h"
+#include "CBTimeDateControl.h"
 #include "CComObject.h"
 #include "CComQIPtr.h"
 #include "CCommandExecutionData.h"
@@ -22,6 +24,7 @@
 #include "CCrc16Handling.h"
 #include "CCritSectionLocker.h"
 #include "CDeviceExecutionTime.h"
+#include "CETimeDateControl.h"
 #include "CLazyScpiManager.h"
 #include "CLocalThread.h"
 #include "CLxiErrorStorage.h"
@@ -51,6 +54,7 @@
 #include "ErrorRaising.h"
 #include "Event.h"
 #include "IZODatabaseTransaction.h"
+#include "IZOScalarPropertyAccess.h"
 #include "IZOScpiBlockData.h"
 #include "IZOScpiChannel.h"
 #include "IZOScpiChannelManagement.h"
@@ -81,6 +85,8 @@
 #include "IZOScpiTraceManagement.h"
 #include "IZOScpiTree.h"
 #include "IZOScpiWaitableChannel.h"
+#include "IZOTimeDateControl.h"
+#include "ModuleServices.h"
 #include "Root.h"
 #include "ScpiChannelInfo.h"
 #include "ScpiChannelStatus.h"

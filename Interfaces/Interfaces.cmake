@@ -1,4 +1,5 @@
 zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces/_Inc HEADERS
+    CBScalarPropertyAccess.h
     CBScpiBlockData.h
     CBScpiChannel.h
     CBScpiChannelServiceProvider.h
@@ -11,8 +12,12 @@ zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces
     CBScpiMultichannelParser.h
     CBScpiParser.h
     CBScpiStatusRegister.h
+    CBTimeDateControl.h
+    CETimeDateControl.h
     CSmartScpiChannelInfo.h
+    CTimeDateChecks.h
     IZODatabaseTransaction.h
+    IZOScalarPropertyAccess.h
     IZOScpiBlockData.h
     IZOScpiChannel.h
     IZOScpiChannelManagement.h
@@ -43,13 +48,16 @@ zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces
     IZOScpiTraceManagement.h
     IZOScpiTree.h
     IZOScpiWaitableChannel.h
+    IZOTimeDateControl.h
     ScpiChannelInfo.h
     ScpiChannelStatus.h
     ScpiParameter.h
     ScpiParserData.h
     ScpiParserTree.h
-    ScpiStatusData.h)
+    ScpiStatusData.h
+    TimeDateStruct.h)
 target_sources(zosoftwareplatformembedded PRIVATE
+    ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScalarPropertyAccess.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiBlockData.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiChannel.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiChannelServiceProvider.cpp
@@ -62,5 +70,7 @@ target_sources(zosoftwareplatformembedded PRIVATE
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiMultichannelParser.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiParser.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiStatusRegister.cpp
+    ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBTimeDateControl.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CSmartScpiChannelInfo.cpp
+    ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CTimeDateChecks.cpp
     )

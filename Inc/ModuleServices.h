@@ -1,0 +1,34 @@
+#pragma once
+
+#include "CComPtr.h"
+#include "Guid.h"
+#include "PlatformTypes.h"
+#include "ZoExport.h"
+
+namespace ZoVelkor
+{
+
+/// Name, with version, of the service that reads and sets the system clock: IZOTimeDateControl.
+inline constexpr const wchar_t* kTimeServices = L"TimeServices_2.6";
+
+/// Hands out a service of this module; each call makes a new component.
+///
+/// Results as of FindService. Threads: any.
+/// @param name            one of the names above
+/// @param[out] ppService  the interface, counted for the caller; null on failure
+ZO_EXPORT HRESULT GetModuleService(const wchar_t* name, const IID& iid, void** ppService) noexcept;
+
+/// The same into a smart pointer; what it held before is released.
+template <class T>
+HRESULT GetModuleService(const wchar_t* name, CComPtr<T>* pspService) noexcept
+{
+    void* pFound = nullptr;
+    const HRESULT hr = GetModuleService(name, T::kInterfaceId, pspService == nullptr ? nullptr : &pFound);
+    if (pspService != nullptr)
+    {
+        pspService->Attach(static_cast<T*>(pFound));
+    }
+    return hr;
+}
+
+} // namespace ZoVelkor
