@@ -1,0 +1,296 @@
+#include "CBScpiChannel.h"
+#include "CBScpiChannelServiceProvider.h"
+#include "CComObject.h"
+#include "CErrorRecorder.h"
+#include "CTraceRecorder.h"
+#include "IZOScpiMultichannelAdministration.h"
+#include "IZOScpiMultichannelFunctionality.h"
+#include "RemoteDiagnoseControl.h"
+#include "Root.h"
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <thread>
+
+namespace ZoVelkor
+{
+namespace
+{
+
+using CProvider = CComObject<CBScpiChannelServiceProvider, IZOScpiChannelServiceProvider>;
+using Size = unsigned long;
+constexpr const IID& kAdministration = IID_IZOScpiMultichannelAdministration;
+constexpr const IID& kFunctionality = IID_IZOScpiMultichannelFunctionality;
+
+void InEightThreads(const std::function<void()>& body)
+{
+    std::array<std::jthread, 8> threads;
+    std::generate(threads.begin(), threads.end(), [&] { return std::jthread(body); });
+}
+
+/// Logs the hooks that are called, with their plain arguments.
+class CLoggingChannel : public CBScpiChannel
+{
+public:
+    using Info = tag_ScpiChannelInfo;
+    using Bytes = unsigned char*;
+
+    short DoGetCapabilityRemoteLocal() override { return -1; }
+    short DoGetCapabilityStatus() override { return 5; }
+    HRESULT DoOpenChannel() override { return Log("Open"); }
+    HRESULT DoCloseChannel() override { return Log("Close"); }
+    HRESULT DoRead(Size n, Bytes p, Size* got) override { return Log("R", *got, {p, p + n}); }
+    HRESULT DoDataAvailable(Size* count) override { return Log("Count", *count); }
+    HRESULT DoWrite(Size n, Bytes p, Size* done) override { return Log("W", *done, {p, p + n}); }
+    HRESULT DoWritePartial(Size n, Bytes p, Size* done) override { return Log("P", *done, {p, p + n}); }
+    HRESULT DoDelete(tagZO_SCPI_CHANNEL_TYPES which) override { return Log("Delete", which); }
+    HRESULT DoSetProtocolMode(tagZO_SCPI_PROTOCOL_MODE m) override { return Log("Mode", m.eProtocol); }
+    HRESULT DoSetChannelStatus(tagZO_SCPI_CHANNEL_STATUS* s) override { return Log("Status", s->vtbRemote); }
+    HRESULT DoAbort() override { return Log("Abort"); }
+    HRESULT do_get_ChannelProperties(Info* info) override { return Log("Get", ++info->iMessages); }
+    HRESULT do_put_ChannelProperties(const Info& info) override { return Log("Put", info.iMessages); }
+
+    using CBScpiChannel::ChannelStatus;
+    std::string m_log;
+    std::function<HRESULT()> m_answer = [] { return S_OK; };
+
+private:
+    template <class T = int>
+    HRESULT Log(const char* hook, T number = 0, const std::string& data = "")
+    {
+        m_log += fmt::format("{}{}{} ", hook, number, data);
+        return m_answer();
+    }
+};
+using CTestChannel = CComObject<CLoggingChannel, IZOScpiChannel>;
+
+/// The kernel's side: holds what is connected, and answers as a test wants.
+class CFakeKernel : public IZOScpiMultichannelAdministration, public IZOScpiMultichannelFunctionality
+{
+public:
+    HRESULT AddConnection(IZOScpiChannel* c, long* path, IZOScpiChannelServiceProvider** out) override
+    {
+        ++m_adds;
+        m_spChannel = c;
+        *path = m_path;
+        *out = CProvider::Create().Detach();
+        return m_addResult;
+    }
+    HRESULT RemoveConnection(IZOScpiChannel* /*channel*/) override
+    {
+        m_duringRemove();
+        m_spChannel.Release();
+        return m_removeResult;
+    }
+    HRESULT GetChannelEvents(long path, HANDLE* deviceClear, HANDLE* shutdown) override
+    {
+        *deviceClear = 11;
+        *shutdown = 12;
+        return path == 7 ? S_OK : E_INVALIDARG;
+    }
+    HRESULT get_RemotePathCount(long*) override { return E_NOTIMPL; }
+    HRESULT RegisterParser(IZOScpiParser*) override { return E_NOTIMPL; }
+    HRESULT UnregisterParser(IZOScpiParser*) override { return E_NOTIMPL; }
+    HRESULT RegisterEventObserver(IZOScpiMultichannelEventObserver*) override { return E_NOTIMPL; }
+    HRESULT UnregisterEventObserver(IZOScpiMultichannelEventObserver*) override { return E_NOTIMPL; }
+    HRESULT GetScpiStatusManagement(long, IZOScpiStatusManagement**) override { return E_NOTIMPL; }
+    HRESULT GetScpiParserManagement(long, IZOScpiParserManagement**) override { return E_NOTIMPL; }
+    HRESULT GetScpiErrorManagement(long, IZOScpiErrorManagement**) override { return E_NOTIMPL; }
+    HRESULT GetScpiRemoteManagement(long, IZOScpiRemoteControl**) override { return E_NOTIMPL; }
+    HRESULT GetScpiChannelManagement(long, IZOScpiChannelManagement**) override { return E_NOTIMPL; }
+    HRESULT GetScpiDeviceManagement(long, IZOScpiDeviceManagement**) override { return E_NOTIMPL; }
+    HRESULT GetScpiFormatManagement(long, IZOScpiSubsystemFormat**) override { return E_NOTIMPL; }
+    HRESULT GetScpiLanguageManagement(long, IZOScpiParserLanguage**) override { return E_NOTIMPL; }
+
+    int m_adds = 0;
+    HRESULT m_addResult = S_OK;
+    HRESULT m_removeResult = S_OK;
+    long m_path = 7;
+    std::function<void()> m_duringRemove = [] {};
+    CComPtr<IZOScpiChannel> m_spChannel;
+
+protected:
+    virtual ~CFakeKernel() = default;
+};
+
+using CKernel = CComObject<CFakeKernel, IZOScpiMultichannelAdministration, IZOScpiMultichannelFunctionality>;
+
+class Channel : public testing::Test
+{
+protected:
+    Channel() { GetRoot(&m_spRoot), Publish(kAdministration), Publish(kFunctionality); }
+    ~Channel() override { Withdraw(kAdministration), Withdraw(kFunctionality); }
+    void Publish(const IID& iid)
+    {
+        m_spRoot->RegisterInterface(iid, static_cast<IZOScpiMultichannelAdministration*>(m_spKernel));
+    }
+    void Withdraw(const IID& iid) { m_spRoot->UnregisterInterface(iid); }
+    HRESULT Connect() { return m_spChannel->GetServiceProvider(&m_spProvider); }
+    /// Path and events of the connection.
+    std::string State() const
+    {
+        const HANDLE deviceClear = m_spChannel->GetCurrentDeviceClearHandle();
+        const HANDLE shutdown = m_spChannel->GetCurrentShutdownEventHandle();
+        return fmt::format("{} {} {}", m_spChannel->GetRemotePath(), deviceClear, shutdown);
+    }
+    void Fails(bool connecting, const char* message, const char* condition)
+    {
+        const std::string before = State();
+        EXPECT_THROW(connecting ? Connect() : m_spChannel->DisconnectRemotePath(), CShellError);
+        const tagErrorReport report = m_recorder.Take().at(0).report;
+        EXPECT_EQ(report.message, message);
+        EXPECT_STREQ(report.condition, condition);
+        EXPECT_STREQ(report.sourceUnit, "Interfaces/_Src/CBScpiChannel");
+        EXPECT_EQ(State(), before);
+    }
+
+    CErrorRecorder m_recorder;
+    CComPtr<IZORoot> m_spRoot;
+    CComPtr<CKernel> m_spKernel = CKernel::Create();
+    CComPtr<CTestChannel> m_spChannel = CTestChannel::Create();
+    CComPtr<IZOScpiChannelServiceProvider> m_spProvider;
+};
+
+unsigned char g_bytes[] = {'a', 'b'};
+Size g_count;
+tagZO_SCPI_CHANNEL_STATUS g_status{0, 65, 0};
+
+using Call = HRESULT (*)(CBScpiChannel&);
+const std::pair<const char*, Call> kCalls[] = {
+    {"Open0 ",      [](CBScpiChannel& c) { return c.Open(); }                                  },
+    {"Close0 ",     [](CBScpiChannel& c) { return c.Close(); }                                 },
+    {"R0ab ",       [](CBScpiChannel& c) { return c.Read(2, g_bytes, &(g_count = 9)); }        },
+    {"Count0 ",     [](CBScpiChannel& c) { return c.DataAvailable(&(g_count = 9)); }           },
+    {"W0ab ",       [](CBScpiChannel& c) { return c.Write(2, g_bytes, &(g_count = 9)); }       },
+    {"P0a ",        [](CBScpiChannel& c) { return c.WritePartial(1, g_bytes, &(g_count = 9)); }},
+    {"W0&000\r\n ", [](CBScpiChannel& c) { return c.GenericIeee1174PolResponse(0); }           },
+    {"W0&065\r\n ", [](CBScpiChannel& c) { return c.GenericIeee1174PolResponse(65); }          },
+    {"W0&255\r\n ", [](CBScpiChannel& c) { return c.GenericIeee1174PolResponse(255); }         },
+    {"Delete2 ",    [](CBScpiChannel& c) { return c.Delete(ZO_CHANNEL_OUTPUT); }               },
+    {"Mode1 ",      [](CBScpiChannel& c) { return c.SetProtocolMode({ZO_PROTOCOL_IEEE_1174}); }},
+    {"Status65 ",   [](CBScpiChannel& c) { return c.SetChannelStatus(&g_status); }             },
+    {"Abort0 ",     [](CBScpiChannel& c) { return c.Abort(); }                                 },
+};
+TEST_F(Channel, CallsReachTheirHookAndReturnItsResult)
+{
+    const auto spSilent = CComObject<CBScpiChannel, IZOScpiChannel>::Create();
+    const auto spThrowing = CTestChannel::Create();
+    spThrowing->m_answer = []() -> HRESULT { throw std::bad_alloc(); };
+    m_spChannel->m_answer = [] { return E_PENDING; };
+    for (const auto& [expected, call] : kCalls)
+    {
+        m_spChannel->m_log.clear();
+        EXPECT_EQ(call(*m_spChannel), E_PENDING);
+        EXPECT_EQ(m_spChannel->m_log, expected);
+        EXPECT_EQ(call(*spSilent), S_OK) << expected;
+        EXPECT_EQ(call(*spThrowing), E_OUTOFMEMORY) << expected;
+    }
+    EXPECT_EQ(m_spChannel->ChannelStatus().vtbRemote, 65);
+    short flags[2] = {};
+    EXPECT_EQ(m_spChannel->GetCapabilities(&flags[0], &flags[1]), S_OK);
+    EXPECT_EQ(flags[0] * 10 + flags[1], -5);
+    EXPECT_EQ(m_spChannel->Write(1, g_bytes, nullptr), E_POINTER);
+    EXPECT_EQ(m_recorder.Take().back().report.message, "Null pointer detected (written)");
+    EXPECT_EQ(m_spChannel->GetServiceProvider(nullptr), E_POINTER);
+    EXPECT_EQ(m_recorder.Take().back().report.message, "Null pointer detected (provider)");
+}
+
+TEST_F(Channel, OpensOnceUntilClosedEvenAfterAFailure)
+{
+    m_spChannel->m_answer = [] { return E_FAIL; };
+    std::atomic<int> failures = 0;
+    InEightThreads([&] { failures += FAILED(m_spChannel->Open()) ? 1 : 0; });
+    EXPECT_EQ(failures, 1);
+    EXPECT_EQ(m_spChannel->Close(), E_FAIL);
+    EXPECT_EQ(m_spChannel->Open(), E_FAIL);
+    EXPECT_EQ(m_spChannel->m_log, "Open0 Close0 Open0 ");
+}
+
+TEST_F(Channel, ConnectsOnceForAllThreadsAndTheKernelsGetThroughAtTheEnd)
+{
+    EXPECT_EQ(State(), "-1 0 0");
+    InEightThreads([this] {
+        CComPtr<IZOScpiChannelServiceProvider> spProvider;
+        EXPECT_EQ(m_spChannel->GetServiceProvider(&spProvider), S_OK);
+        EXPECT_EQ(spProvider->SignalTrigger(), E_NOTIMPL);
+        EXPECT_EQ(spProvider->ReportError(-410, nullptr), S_OK);
+    });
+    EXPECT_EQ(m_spKernel->m_adds, 1);
+    EXPECT_EQ(m_spChannel->ReleaseServiceProvider(CProvider::Create()), S_OK);
+    EXPECT_EQ(State(), "7 11 12");
+
+    m_spChannel->Open();
+    m_spKernel->m_duringRemove = [this] {
+        std::jthread([this] {
+            EXPECT_EQ(Connect(), S_OK);
+            EXPECT_EQ(State(), "7 11 12");
+            for (const auto& [expected, call] : kCalls)
+            {
+                EXPECT_EQ(call(*m_spChannel), S_OK) << expected;
+            }
+        });
+    };
+    CTraceRecorder recorder;
+    EXPECT_EQ(m_spChannel->DisconnectRemotePath(), S_OK);
+    EXPECT_EQ(State(), "-1 0 0");
+    get_RemoteDiagnoseControl()->bRpcModeActive = true;
+    EXPECT_EQ(m_spChannel->DisconnectRemotePath(), S_OK);
+    get_RemoteDiagnoseControl()->bRpcModeActive = false;
+    const auto line = fmt::format("[Velkor] Disconnect interface = {}", fmt::ptr(m_spChannel.Get()));
+    EXPECT_EQ(recorder.Take(), std::vector{line});
+}
+
+TEST_F(Channel, FailuresOfTheKernelAreRaised)
+{
+    for (const HRESULT result : {2, E_FAIL})
+    {
+        m_spKernel->m_addResult = result;
+        Fails(true, "Unexpected result adding new connection to remote kernel", "stop on error");
+    }
+    m_spKernel->m_addResult = m_spKernel->m_removeResult = S_FALSE;
+    m_spKernel->m_path = 8;
+    EXPECT_EQ(Connect(), S_OK);
+    EXPECT_EQ(State(), "8 0 0") << "a connection without events";
+    EXPECT_EQ(m_recorder.Take().size(), 1U);
+    EXPECT_EQ(m_spChannel->DisconnectRemotePath(), S_OK);
+    Withdraw(kFunctionality);
+    Fails(true, "Missing interface", "p_MultichannelFunc != NULL");
+    m_spChannel->SetServiceProvider(CProvider::Create());
+    m_spKernel->m_removeResult = 2;
+    Fails(false, "Unexpected result removing connection from remote kernel", "stop on error");
+    Withdraw(kAdministration);
+    Fails(false, "Missing interface", "pMultichannelAdmin != NULL");
+    m_spChannel->SetServiceProvider(nullptr);
+    Fails(true, "Missing interface", "pMultichannelAdmin != NULL");
+}
+
+TEST_F(Channel, PropertiesAreCopiesWithStringsOfTheirOwn)
+{
+    CSmartScpiChannelInfo info;
+    const BSTR name = info->bsName = SysAllocStringLen(L"a\0b", 3);
+    info->bsRemoteAddress = SysAllocString(L"");
+    info->iMessages = 16;
+    CSmartScpiChannelInfo::CopyData(*info.operator->(), info.Get());
+    EXPECT_EQ(m_spChannel->put_ChannelProperties(info.Get()), S_OK);
+    tag_ScpiChannelInfo out{};
+    out.bsLocalAddress = SysAllocString(L"freed");
+    info.Detach(out);
+    EXPECT_EQ(out.bsName, name);
+    EXPECT_EQ(info->bsName, nullptr);
+    EXPECT_EQ(m_spChannel->get_ChannelProperties(&out), S_OK);
+    EXPECT_EQ(SysStringLen(out.bsName), 3U);
+    EXPECT_STREQ(out.bsRemoteAddress, L"");
+    info = out;
+    EXPECT_EQ(CSmartScpiChannelInfo(info).CopyTo(&out), S_OK);
+    m_spChannel->m_answer = [] { return E_FAIL; };
+    EXPECT_EQ(m_spChannel->get_ChannelProperties(&out), E_FAIL);
+    EXPECT_EQ(out.iMessages, 17);
+    CSmartScpiChannelInfo::ClearData(out);
+    EXPECT_EQ(out.bsName, nullptr);
+}
+
+} // namespace
+} // namespace ZoVelkor
