@@ -16,7 +16,7 @@ namespace
 template <class TOperation>
 BOOL WithEvent(HANDLE handle, TOperation operation) noexcept
 {
-    const std::shared_ptr<CEvent> event = CHandleTable::Instance().Find(handle);
+    const std::shared_ptr<CEvent> event = CEventTable::Instance().Find(handle);
     if (event == nullptr)
     {
         SetLastError(ERROR_INVALID_HANDLE);
@@ -38,7 +38,7 @@ try
         return 0;
     }
     auto event = std::make_shared<CEvent>(std::move(descriptor), manualReset != FALSE);
-    const HANDLE handle = CHandleTable::Instance().Insert(std::move(event));
+    const HANDLE handle = CEventTable::Instance().Insert(std::move(event));
     if (handle == 0)
     {
         SetLastError(ERROR_TOO_MANY_OPEN_FILES);
@@ -71,7 +71,7 @@ int GetEventDescriptor(HANDLE event) noexcept
 BOOL CloseHandle(HANDLE handle) noexcept
 try
 {
-    if (CHandleTable::Instance().Remove(handle))
+    if (CEventTable::Instance().Remove(handle) != nullptr)
     {
         return TRUE;
     }

@@ -53,7 +53,7 @@ public:
     {
         for (const HANDLE handle : handles)
         {
-            m_events[m_count] = CHandleTable::Instance().Find(handle);
+            m_events[m_count] = CEventTable::Instance().Find(handle);
             if (m_events[m_count] == nullptr)
             {
                 return ERROR_INVALID_HANDLE;

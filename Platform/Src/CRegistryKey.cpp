@@ -1,0 +1,374 @@
+#include "CRegistryKey.h"
+
+#include "CRegistryWatcher.h"
+#include "Registry.h"
+
+#include <cstring>
+#include <cwchar>
+#include <utility>
+#include <vector>
+
+namespace
+{
+using Names = std::span<const tagRegistryName>;
+
+/// A place in the tree: the deepest key of a path that exists, and the names that are left.
+struct tagFound
+{
+    std::int64_t id;
+    Names rest;
+};
+
+bool Exists(CRegistryConnection& connection, std::int64_t id)
+{
+    CRegistryStatement statement = connection.Use(tagRegistrySql::KeyExists);
+    return statement.Bind(id).Step();
+}
+
+tagFound FollowPath(CRegistryConnection& connection, std::int64_t id, Names path)
+{
+    tagFound found{id, path};
+    for (; !found.rest.empty(); found.rest = found.rest.subspan(1))
+    {
+        CRegistryStatement statement = connection.Use(tagRegistrySql::FindKey);
+        if (!statement.Bind(found.id).Bind(std::string_view(found.rest.front().folded)).Step())
+        {
+            break;
+        }
+        found.id = statement.Integer(0);
+    }
+    return found;
+}
+
+/// Makes the keys of a path below a key.
+std::int64_t MakePath(CRegistryConnection& connection, std::int64_t id, Names path)
+{
+    for (const tagRegistryName& name : path)
+    {
+        const std::int64_t made = CRegistryStore::NoteChange(connection, id, tagRegistryChange::Name);
+        connection.Run(tagRegistrySql::InsertKey,
+                       made,
+                       id,
+                       std::string_view(name.folded),
+                       std::string_view(name.written));
+        id = made;
+    }
+    return id;
+}
+
+DWORD ToDword(std::int64_t value) noexcept
+{
+    return static_cast<DWORD>(value);
+}
+} // namespace
+
+DWORD tagValueTarget::Store(DWORD storedType, std::span<const std::byte> bytes) const noexcept
+{
+    const auto stored = static_cast<DWORD>(bytes.size());
+    if (type != nullptr)
+    {
+        *type = storedType;
+    }
+    if (size == nullptr)
+    {
+        return ERROR_SUCCESS;
+    }
+    const DWORD capacity = std::exchange(*size, stored);
+    if (data == nullptr || stored == 0)
+    {
+        return ERROR_SUCCESS;
+    }
+    if (capacity < stored)
+    {
+        return ERROR_MORE_DATA;
+    }
+    std::memcpy(data, bytes.data(), stored);
+    return ERROR_SUCCESS;
+}
+
+DWORD tagNameTarget::Store(std::string_view utf8)
+{
+    const std::wstring text = FromUtf8(utf8);
+    if (text.size() >= capacity)
+    {
+        return ERROR_MORE_DATA;
+    }
+    std::wmemcpy(name, text.c_str(), text.size() + 1);
+    length = static_cast<DWORD>(text.size());
+    return ERROR_SUCCESS;
+}
+
+CRegistryKey::CRegistryKey(std::shared_ptr<CRegistryStore> store, std::int64_t id, std::size_t depth) noexcept
+    : m_store(std::move(store)),
+      m_id(id),
+      m_depth(depth)
+{}
+
+CRegistryKey::~CRegistryKey()
+{
+    EndNotification();
+}
+
+DWORD CRegistryKey::Open(const wchar_t* subKey, std::shared_ptr<CRegistryKey>& result) const
+{
+    std::vector<tagRegistryName> path;
+    if (const DWORD error = SplitKeyPath(subKey, path); error != ERROR_SUCCESS)
+    {
+        return error;
+    }
+    return m_store->Read([&](CRegistryConnection& connection) -> DWORD {
+        std::optional<CRegistryTransaction> oneMoment;
+        if (path.size() > 1)
+        {
+            oneMoment.emplace(connection, tagRegistrySql::BeginRead);
+        }
+        const tagFound found = FollowPath(connection, m_id, path);
+        if (!found.rest.empty() || path.empty())
+        {
+            const DWORD error =
+                ErrorOfMissing(connection, path.empty() ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND);
+            if (error != ERROR_SUCCESS)
+            {
+                return error;
+            }
+        }
+        result = std::make_shared<CRegistryKey>(m_store, found.id, m_depth + path.size());
+        return ERROR_SUCCESS;
+    });
+}
+
+DWORD CRegistryKey::Create(const wchar_t* subKey, std::shared_ptr<CRegistryKey>& result) const
+{
+    const DWORD opened = Open(subKey, result);
+    std::vector<tagRegistryName> path;
+    if (opened != ERROR_FILE_NOT_FOUND || SplitKeyPath(subKey, path) != ERROR_SUCCESS)
+    {
+        return opened;
+    }
+    if (m_depth + path.size() > kRegistryMaximumDepth)
+    {
+        return ERROR_INVALID_PARAMETER;
+    }
+    std::int64_t id = 0;
+    const DWORD error = m_store->Write([&](CRegistryConnection& connection) -> DWORD {
+        const tagFound found = FollowPath(connection, m_id, path);
+        if (!Exists(connection, found.id))
+        {
+            return ERROR_KEY_DELETED;
+        }
+        id = MakePath(connection, found.id, found.rest);
+        return ERROR_SUCCESS;
+    });
+    if (error == ERROR_SUCCESS)
+    {
+        result = std::make_shared<CRegistryKey>(m_store, id, m_depth + path.size());
+    }
+    return error;
+}
+
+DWORD CRegistryKey::Delete(const wchar_t* subKey) const
+{
+    return Remove(subKey, false);
+}
+
+DWORD CRegistryKey::DeleteTree(const wchar_t* subKey) const
+{
+    return Remove(subKey, true);
+}
+
+DWORD CRegistryKey::Remove(const wchar_t* subKey, bool withTree) const
+{
+    std::vector<tagRegistryName> path;
+    if (const DWORD error = SplitKeyPath(subKey, path); error != ERROR_SUCCESS)
+    {
+        return error;
+    }
+    return m_store->Write([&](CRegistryConnection& connection) -> DWORD {
+        const tagFound found = FollowPath(connection, m_id, path);
+        if (!found.rest.empty() || !Exists(connection, found.id))
+        {
+            return ErrorOfMissing(connection, ERROR_FILE_NOT_FOUND);
+        }
+        CRegistryStatement parentOf = connection.Use(tagRegistrySql::KeyParent);
+        parentOf.Bind(found.id).Step();
+        const std::int64_t parent = parentOf.Integer(0);
+        const bool contentOnly = withTree && path.empty();
+        CRegistryStatement below = connection.Use(tagRegistrySql::HasSubKeys);
+        if (!withTree && (parent == 0 || below.Bind(found.id).Step()))
+        {
+            return ERROR_ACCESS_DENIED;
+        }
+        connection.Run(tagRegistrySql::DeleteTreeValues, found.id);
+        connection.Run(tagRegistrySql::DeleteTreeKeys, found.id, contentOnly ? found.id : std::int64_t{0});
+        CRegistryStore::NoteChange(connection, contentOnly ? found.id : parent, tagRegistryChange::Delete);
+        if (contentOnly)
+        {
+            CRegistryStore::NoteChange(connection, found.id, tagRegistryChange::Value);
+        }
+        return ERROR_SUCCESS;
+    });
+}
+
+DWORD CRegistryKey::ReadValue(const wchar_t* name, const tagValueTarget& target) const
+{
+    tagRegistryName valueName;
+    if (const DWORD error = ToValueName(name, valueName); error != ERROR_SUCCESS)
+    {
+        return error;
+    }
+    return m_store->Read([&](CRegistryConnection& connection) -> DWORD {
+        CRegistryStatement statement = connection.Use(tagRegistrySql::ReadValue);
+        if (!statement.Bind(m_id).Bind(std::string_view(valueName.folded)).Step())
+        {
+            return ErrorOfMissing(connection, ERROR_FILE_NOT_FOUND);
+        }
+        return target.Store(ToDword(statement.Integer(0)), statement.Bytes(1));
+    });
+}
+
+DWORD CRegistryKey::WriteValue(const wchar_t* name, DWORD type, std::span<const std::byte> bytes) const
+{
+    tagRegistryName valueName;
+    if (const DWORD error = ToValueName(name, valueName); error != ERROR_SUCCESS)
+    {
+        return error;
+    }
+    return m_store->Write([&](CRegistryConnection& connection) -> DWORD {
+        connection.Run(tagRegistrySql::WriteValue,
+                       m_id,
+                       std::string_view(valueName.folded),
+                       std::string_view(valueName.written),
+                       std::int64_t{type},
+                       bytes);
+        if (connection.ChangedRows() == 0)
+        {
+            return ERROR_KEY_DELETED;
+        }
+        CRegistryStore::NoteChange(connection, m_id, tagRegistryChange::Value);
+        return ERROR_SUCCESS;
+    });
+}
+
+DWORD CRegistryKey::DeleteValue(const wchar_t* name) const
+{
+    tagRegistryName valueName;
+    if (const DWORD error = ToValueName(name, valueName); error != ERROR_SUCCESS)
+    {
+        return error;
+    }
+    return m_store->Write([&](CRegistryConnection& connection) -> DWORD {
+        connection.Run(tagRegistrySql::DeleteValue, m_id, std::string_view(valueName.folded));
+        if (connection.ChangedRows() == 0)
+        {
+            return ErrorOfMissing(connection, ERROR_FILE_NOT_FOUND);
+        }
+        CRegistryStore::NoteChange(connection, m_id, tagRegistryChange::Value);
+        return ERROR_SUCCESS;
+    });
+}
+
+DWORD CRegistryKey::QueryInfo(tagRegistryKeyInfo& info)
+{
+    return m_store->Read([&](CRegistryConnection& connection) -> DWORD {
+        {
+            CRegistryStatement last = connection.Use(tagRegistrySql::LastChange);
+            const std::lock_guard lock(m_lock);
+            if (last.Step() && last.Integer(0) == m_infoSequence)
+            {
+                info = m_info;
+                return ERROR_SUCCESS;
+            }
+        }
+        CRegistryStatement statement = connection.Use(tagRegistrySql::KeyInfo);
+        if (!statement.Bind(m_id).Step() || statement.Integer(1) == 0)
+        {
+            return ERROR_KEY_DELETED;
+        }
+        info = {ToDword(statement.Integer(2)),
+                ToDword(statement.Integer(3)),
+                ToDword(statement.Integer(4)),
+                ToDword(statement.Integer(5)),
+                ToDword(statement.Integer(6))};
+        const std::lock_guard lock(m_lock);
+        m_info = info;
+        m_infoSequence = statement.Integer(0);
+        return ERROR_SUCCESS;
+    });
+}
+
+DWORD CRegistryKey::EnumValue(DWORD index, tagNameTarget& name, const tagValueTarget& target)
+{
+    constexpr tagEnumeration kValues{
+        tagRegistrySql::ValueFrom, tagRegistrySql::ValueAfter, tagRegistrySql::ValueAt};
+    return Enumerate(kValues, m_valuePlace, index, [&](const CRegistryStatement& row) {
+        const DWORD error = name.Store(row.Text(2));
+        return error == ERROR_SUCCESS ? target.Store(ToDword(row.Integer(3)), row.Bytes(4)) : error;
+    });
+}
+
+DWORD CRegistryKey::EnumKey(DWORD index, tagNameTarget& name)
+{
+    constexpr tagEnumeration kKeys{tagRegistrySql::KeyFrom, tagRegistrySql::KeyAfter, tagRegistrySql::KeyAt};
+    return Enumerate(
+        kKeys, m_keyPlace, index, [&](const CRegistryStatement& row) { return name.Store(row.Text(2)); });
+}
+
+template <class TStore>
+DWORD CRegistryKey::Enumerate(const tagEnumeration& enumeration,
+                              tagPlace& place,
+                              DWORD index,
+                              const TStore& store)
+{
+    tagPlace former;
+    {
+        const std::lock_guard lock(m_lock);
+        former = place;
+    }
+    const auto give = [&](CRegistryStatement& row) {
+        const std::lock_guard lock(m_lock);
+        place = {row.Integer(0), index, std::string(row.Text(1))};
+        return store(row);
+    };
+    return m_store->Read([&](CRegistryConnection& connection) -> DWORD {
+        if (former.sequence >= 0 && (index == former.index || index == former.index + 1))
+        {
+            CRegistryStatement row =
+                connection.Use(index == former.index ? enumeration.from : enumeration.after);
+            const bool isRow = row.Bind(m_id).Bind(std::string_view(former.folded)).Step();
+            if (isRow && row.Integer(0) == former.sequence)
+            {
+                return give(row);
+            }
+        }
+        CRegistryStatement row = connection.Use(enumeration.at);
+        return row.Bind(m_id).Bind(std::int64_t{index}).Step()
+                   ? give(row)
+                   : ErrorOfMissing(connection, ERROR_NO_MORE_ITEMS);
+    });
+}
+
+DWORD CRegistryKey::ErrorOfMissing(CRegistryConnection& connection, DWORD error) const
+{
+    return Exists(connection, m_id) ? error : ERROR_KEY_DELETED;
+}
+
+DWORD CRegistryKey::Flush() const
+{
+    return m_store->Read([](CRegistryConnection& connection) -> DWORD {
+        CRegistryStatement statement = connection.Use(tagRegistrySql::Checkpoint);
+        return statement.Step() && statement.Integer(0) != 0 ? ERROR_BUSY : ERROR_SUCCESS;
+    });
+}
+
+DWORD CRegistryKey::Notify(bool watchSubtree, DWORD filter, HANDLE event) const
+{
+    return m_store->Watcher().Arm(this, m_id, {filter, event, watchSubtree});
+}
+
+void CRegistryKey::EndNotification() const noexcept
+{
+    if (CRegistryWatcher* watcher = m_store->ExistingWatcher(); watcher != nullptr)
+    {
+        watcher->Forget(this);
+    }
+}

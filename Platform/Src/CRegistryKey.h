@@ -1,0 +1,106 @@
+#pragma once
+
+#include "CRegistryStore.h"
+#include "Handle.h"
+#include "RegistryNames.h"
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <span>
+#include <string>
+
+/// What a key holds; lengths in characters, sizes in bytes.
+struct tagRegistryKeyInfo
+{
+    DWORD subKeys = 0;
+    DWORD maxSubKeyLength = 0;
+    DWORD values = 0;
+    DWORD maxValueNameLength = 0;
+    DWORD maxValueSize = 0;
+};
+
+/// Where the caller wants a value; null pointers as in Registry.h.
+struct tagValueTarget
+{
+    DWORD* type;
+    BYTE* data;
+    DWORD* size;
+
+    /// @return ERROR_SUCCESS or ERROR_MORE_DATA
+    DWORD Store(DWORD storedType, std::span<const std::byte> bytes) const noexcept;
+};
+
+/// Where the caller wants the name of what it enumerates.
+struct tagNameTarget
+{
+    wchar_t* name;
+    DWORD capacity; ///< characters, terminator included
+    DWORD length;   ///< set by Store, without terminator
+
+    /// @return ERROR_SUCCESS or ERROR_MORE_DATA
+    DWORD Store(std::string_view utf8);
+};
+
+/// An open key: the work of the registry functions, results as theirs. Any operation from any thread.
+class CRegistryKey
+{
+public:
+    /// @param id     number of the key in the database
+    /// @param depth  0 for a root
+    CRegistryKey(std::shared_ptr<CRegistryStore> store, std::int64_t id, std::size_t depth) noexcept;
+    CRegistryKey(const CRegistryKey&) = delete;
+    CRegistryKey& operator=(const CRegistryKey&) = delete;
+    ~CRegistryKey();
+
+    /// @param[out] result  null on failure
+    DWORD Open(const wchar_t* subKey, std::shared_ptr<CRegistryKey>& result) const;
+    DWORD Create(const wchar_t* subKey, std::shared_ptr<CRegistryKey>& result) const;
+    DWORD Delete(const wchar_t* subKey) const;
+    DWORD DeleteTree(const wchar_t* subKey) const;
+
+    DWORD ReadValue(const wchar_t* name, const tagValueTarget& target) const;
+    DWORD WriteValue(const wchar_t* name, DWORD type, std::span<const std::byte> bytes) const;
+    DWORD DeleteValue(const wchar_t* name) const;
+
+    DWORD QueryInfo(tagRegistryKeyInfo& info);
+    DWORD EnumValue(DWORD index, tagNameTarget& name, const tagValueTarget& target);
+    DWORD EnumKey(DWORD index, tagNameTarget& name);
+
+    DWORD Flush() const;
+    DWORD Notify(bool watchSubtree, DWORD filter, HANDLE event) const;
+    /// Sets the events of pending requests.
+    void EndNotification() const noexcept;
+
+private:
+    /// The entry that an enumeration gave last, good while nothing has changed since.
+    struct tagPlace
+    {
+        std::int64_t sequence = -1;
+        DWORD index = 0;
+        std::string folded;
+    };
+    /// The statements of one enumeration: from a name on, behind it, at a number.
+    struct tagEnumeration
+    {
+        tagRegistrySql from;
+        tagRegistrySql after;
+        tagRegistrySql at;
+    };
+
+    template <class TStore>
+    DWORD Enumerate(const tagEnumeration& enumeration, tagPlace& place, DWORD index, const TStore& store);
+    DWORD ErrorOfMissing(CRegistryConnection& connection, DWORD error) const;
+    DWORD Remove(const wchar_t* subKey, bool withTree) const;
+
+    const std::shared_ptr<CRegistryStore> m_store;
+    const std::int64_t m_id;
+    const std::size_t m_depth;
+
+    std::mutex m_lock; // no other lock is taken while it is held
+    // Guarded by m_lock.
+    tagPlace m_valuePlace;
+    tagPlace m_keyPlace;
+    std::int64_t m_infoSequence = -1;
+    tagRegistryKeyInfo m_info;
+};

@@ -1,0 +1,209 @@
+#include "CRegistryStore.h"
+
+#include "CRegistryWatcher.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/file.h>
+#include <utility>
+
+namespace
+{
+constexpr std::size_t kIdleConnections = 8;
+constexpr std::int64_t kTrimInterval = 256;
+
+/// What becomes of the database's result codes.
+struct tagFaultRow
+{
+    int code;
+    DWORD error;
+    bool isPassing; ///< the connection stays good
+};
+constexpr tagFaultRow kFaultRows[] = {
+    {SQLITE_BUSY,     ERROR_BUSY,               true },
+    {SQLITE_LOCKED,   ERROR_BUSY,               true },
+    {SQLITE_PROTOCOL, ERROR_BUSY,               true },
+    {SQLITE_READONLY, ERROR_ACCESS_DENIED,      false},
+    {SQLITE_PERM,     ERROR_ACCESS_DENIED,      false},
+    {SQLITE_AUTH,     ERROR_ACCESS_DENIED,      false},
+    {SQLITE_FULL,     ERROR_DISK_FULL,          true },
+    {SQLITE_CORRUPT,  ERROR_BADDB,              false},
+    {SQLITE_NOTADB,   ERROR_BADDB,              false},
+    {SQLITE_SCHEMA,   ERROR_BADDB,              false},
+    {SQLITE_ERROR,    ERROR_BADDB,              false},
+    {SQLITE_CANTOPEN, ERROR_CANTOPEN,           false},
+    {SQLITE_NOMEM,    ERROR_NOT_ENOUGH_MEMORY,  true },
+    {SQLITE_TOOBIG,   ERROR_INVALID_PARAMETER,  true },
+    {SQLITE_OK,       ERROR_REGISTRY_IO_FAILED, false}, // every other code
+};
+
+const tagFaultRow& FindFaultRow(int code) noexcept
+{
+    const tagFaultRow* row = &kFaultRows[0];
+    while (row->code != code && row->code != SQLITE_OK)
+    {
+        ++row;
+    }
+    return *row;
+}
+
+/// Keeps other processes out while a new database is made. The lock of a killed process is gone with it.
+class CPreparationLock
+{
+public:
+    explicit CPreparationLock(int descriptor) noexcept : m_descriptor(descriptor)
+    {
+        while (m_descriptor >= 0 && ::flock(m_descriptor, LOCK_EX) != 0 && errno == EINTR)
+        {}
+    }
+    CPreparationLock(const CPreparationLock&) = delete;
+    CPreparationLock& operator=(const CPreparationLock&) = delete;
+    ~CPreparationLock()
+    {
+        if (m_descriptor >= 0)
+        {
+            ::flock(m_descriptor, LOCK_UN);
+        }
+    }
+
+private:
+    int m_descriptor;
+};
+} // namespace
+
+CRegistryStore::CRegistryStore(std::string file) : m_file(std::move(file))
+{}
+
+CRegistryStore::~CRegistryStore() = default;
+
+std::int64_t
+CRegistryStore::NoteChange(CRegistryConnection& connection, std::int64_t key, tagRegistryChange change)
+{
+    connection.Run(tagRegistrySql::InsertChange, key, static_cast<std::int64_t>(change));
+    const std::int64_t sequence = connection.LastRow();
+    if (sequence % kTrimInterval == 0)
+    {
+        connection.Run(tagRegistrySql::TrimChanges, sequence - kKeptChanges);
+    }
+    return sequence;
+}
+
+CRegistryWatcher& CRegistryStore::Watcher()
+{
+    const std::lock_guard lock(m_lock);
+    if (m_watcher == nullptr)
+    {
+        m_watcher = std::make_unique<CRegistryWatcher>(*this);
+    }
+    return *m_watcher;
+}
+
+CRegistryWatcher* CRegistryStore::ExistingWatcher() noexcept
+{
+    const std::lock_guard lock(m_lock);
+    return m_watcher.get();
+}
+
+std::unique_ptr<CRegistryConnection> CRegistryStore::TakeConnection()
+{
+    {
+        const std::lock_guard lock(m_lock);
+        if (!m_idle.empty())
+        {
+            auto connection = std::move(m_idle.back());
+            m_idle.pop_back();
+            return connection;
+        }
+    }
+    return Open();
+}
+
+std::unique_ptr<CRegistryConnection> CRegistryStore::Open()
+{
+    if (m_file.empty())
+    {
+        throw CSqliteError(SQLITE_CANTOPEN, "neither ZO_REGISTRY nor HOME says where the registry is");
+    }
+    const std::lock_guard lock(m_openLock);
+    OpenBell();
+    auto connection = std::make_unique<CRegistryConnection>(m_file);
+    if (!m_isPrepared)
+    {
+        const CPreparationLock preparation(Bell());
+        connection->Prepare();
+        m_isPrepared = true;
+    }
+    return connection;
+}
+
+void CRegistryStore::OpenBell()
+{
+    if (Bell() >= 0)
+    {
+        return;
+    }
+    std::error_code ignored; // the database then tells what is wrong
+    std::filesystem::create_directories(std::filesystem::path(m_file).parent_path(), ignored);
+    constexpr mode_t kReadWriteForAll = 0666; // less the umask
+    CUniqueDescriptor bell(::open(BellFile().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kReadWriteForAll));
+    const std::lock_guard lock(m_lock);
+    m_bell = std::move(bell);
+}
+
+void CRegistryStore::RingBell() noexcept
+{
+    // When a process dies before this write, the closing of its descriptor rings for it.
+    static_cast<void>(::pwrite(Bell(), "\n", 1, 0));
+}
+
+int CRegistryStore::Bell() noexcept
+{
+    const std::lock_guard lock(m_lock);
+    return m_bell.Get();
+}
+
+void CRegistryStore::GiveBack(std::unique_ptr<CRegistryConnection> connection, tagFault& fault)
+{
+    const std::lock_guard lock(m_lock);
+    fault.toldCode = SQLITE_OK;
+    if (m_idle.size() < kIdleConnections)
+    {
+        m_idle.push_back(std::move(connection));
+    }
+}
+
+DWORD CRegistryStore::Tell(const CSqliteError& error,
+                           std::unique_ptr<CRegistryConnection> connection,
+                           tagFault& fault)
+{
+    const tagFaultRow& row = FindFaultRow(error.Code());
+    if (!row.isPassing)
+    {
+        // The file may be repaired or replaced meanwhile: begin anew.
+        connection.reset();
+        const std::lock_guard lock(m_openLock);
+        m_isPrepared = false;
+    }
+    const std::lock_guard lock(m_lock);
+    if (fault.toldCode != error.Code())
+    {
+        fault.toldCode = error.Code();
+        static_cast<void>(std::fprintf(stderr,
+                                       "[Registry] %s: %s failed: %s (error %u)\n",
+                                       m_file.c_str(),
+                                       fault.operation,
+                                       error.what(),
+                                       row.error));
+    }
+    if (!row.isPassing)
+    {
+        m_idle.clear();
+    }
+    else if (connection != nullptr && m_idle.size() < kIdleConnections)
+    {
+        m_idle.push_back(std::move(connection));
+    }
+    return row.error;
+}

@@ -1,0 +1,470 @@
+#include "CRegKey.h"
+#include "CTemporaryRegistry.h"
+#include "Environment.h"
+#include "Event.h"
+#include "ManyThreads.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cwchar>
+#include <functional>
+#include <map>
+#include <numeric>
+#include <random>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace
+{
+using Bytes = std::vector<BYTE>;
+
+/// Result as an error number.
+DWORD Code(LONG result)
+{
+    return static_cast<DWORD>(result);
+}
+
+CUniqueKey MakeKey(const wchar_t* path, HKEY parent = HKEY_LOCAL_MACHINE)
+{
+    HKEY key = 0;
+    EXPECT_EQ(RegCreateKey(parent, path, &key), 0);
+    return CUniqueKey(key);
+}
+
+DWORD Set(HKEY key, const wchar_t* name, const Bytes& data, DWORD type = REG_BINARY)
+{
+    return Code(RegSetValueEx(key, name, 0, type, data.data(), static_cast<DWORD>(data.size())));
+}
+
+/// The value behind its type; nothing behind the error number when it cannot be read.
+std::pair<DWORD, Bytes> Get(HKEY key, const wchar_t* name)
+{
+    DWORD type = 0;
+    DWORD size = 0;
+    DWORD error = Code(RegQueryValueEx(key, name, nullptr, &type, nullptr, &size));
+    Bytes data(size);
+    if (error == ERROR_SUCCESS)
+    {
+        error = Code(RegQueryValueEx(key, name, nullptr, &type, data.data(), &size));
+    }
+    return error == ERROR_SUCCESS ? std::pair(type, data) : std::pair(error, Bytes());
+}
+
+std::wstring Repeat(DWORD count, const wchar_t* text)
+{
+    std::wstring result;
+    for (DWORD i = 0; i < count; ++i)
+    {
+        result += text;
+    }
+    return result;
+}
+
+/// Every function that works on a key.
+std::vector<std::pair<const char*, std::function<LONG(HKEY)>>> RegistryUses()
+{
+    static const CUniqueEvent event(CreateEvent(TRUE, FALSE));
+    static HKEY opened = 0;
+    static wchar_t name[8];
+    static DWORD length = 8;
+    constexpr auto* kName = L"none";
+    return {
+        {"open",         [](HKEY key) { return RegOpenKey(key, nullptr, &opened); }                               },
+        {"open below",   [=](HKEY key) { return RegOpenKey(key, kName, &opened); }                                },
+        {"create",       [](HKEY key) { return RegCreateKey(key, L"made", &opened); }                             },
+        {"delete",       [=](HKEY key) { return RegDeleteKey(key, kName); }                                       },
+        {"delete tree",  [=](HKEY key) { return RegDeleteTree(key, kName); }                                      },
+        {"query",        [=](HKEY key) { return RegQueryValueEx(key, kName, nullptr, nullptr, nullptr, nullptr); }},
+        {"set",          [](HKEY key) { return RegSetValueEx(key, L"set", 0, REG_SZ, nullptr, 0); }               },
+        {"delete value", [=](HKEY key) { return RegDeleteValue(key, kName); }                                     },
+        {"info",
+         [](HKEY key) {
+             return RegQueryInfoKey(key,
+                                    nullptr,
+                                    nullptr,
+                                    nullptr,
+                                    nullptr,
+                                    nullptr,
+                                    nullptr,
+                                    nullptr,
+                                    nullptr,
+                                    nullptr,
+                                    nullptr,
+                                    nullptr);
+         }                                                                                                        },
+        {"enum value",
+         [](HKEY key) { return RegEnumValue(key, 9, name, &length, nullptr, nullptr, nullptr, nullptr); }         },
+        {"enum key",     [](HKEY key) { return RegEnumKey(key, 9, name, length); }                                },
+        {"notify",       [](HKEY key) { return RegNotifyChangeKeyValue(key, FALSE, 1, event.Get(), TRUE); }       },
+    };
+}
+
+class Registry : public testing::Test
+{
+protected:
+    CTemporaryRegistry m_registry;
+};
+
+TEST_F(Registry, FindsKeysByPath)
+{
+    const std::wstring longest = Repeat(kRegistryMaximumKeyName, L"n");
+    const std::wstring deepest = Repeat(kRegistryMaximumDepth, L"d\\");
+    const struct
+    {
+        const char* name;
+        std::wstring made;
+        std::wstring opened;
+        DWORD expectedMaking;
+        DWORD expectedOpening;
+    } cases[] = {
+        {"plain",               L"A\\b",               L"A\\b",               0,                            0                      },
+        {"other case",          L"A\\b",               L"a\\B",               0,                            0                      },
+        {"other case, Unicode", L"\u00C4\u0416\u03B1", L"\u00E4\u0436\u0391", 0,                            0                      },
+        {"beyond 16 bits",      L"\U0001F600",         L"\U0001F600",         0,                            0                      },
+        {"backslash at end",    L"C\\",                L"C",                  0,                            0                      },
+        {"nothing",             L"",                   L"",                   0,                            0                      },
+        {"missing",             L"D",                  L"D\\E",               0,                            ERROR_FILE_NOT_FOUND   },
+        {"leading backslash",   L"\\F",                L"F",                  ERROR_BAD_PATHNAME,           ERROR_FILE_NOT_FOUND   },
+        {"double backslash",    L"G\\\\H",             L"G",                  ERROR_BAD_PATHNAME,           ERROR_FILE_NOT_FOUND   },
+        {"longest name",        longest,               longest,               0,                            0                      },
+        {"too long",            longest + L"n",        longest + L"n",        ERROR_INVALID_PARAMETER,      ERROR_INVALID_PARAMETER},
+        {"deepest",             deepest,               deepest,               0,                            0                      },
+        {"too deep",            deepest + L"d",        L"e",                  ERROR_INVALID_PARAMETER,      ERROR_FILE_NOT_FOUND   },
+        {"no character",        L"\xD800",             L"I",                  ERROR_NO_UNICODE_TRANSLATION, ERROR_FILE_NOT_FOUND   },
+    };
+    for (const auto& row : cases)
+    {
+        HKEY key = 99;
+        EXPECT_EQ(Code(RegCreateKey(HKEY_LOCAL_MACHINE, row.made.c_str(), &key)), row.expectedMaking)
+            << row.name;
+        EXPECT_EQ(key == 0, row.expectedMaking != ERROR_SUCCESS) << row.name;
+        const CUniqueKey made(key);
+        EXPECT_EQ(Code(RegOpenKey(HKEY_LOCAL_MACHINE, row.opened.c_str(), &key)), row.expectedOpening)
+            << row.name;
+        const CUniqueKey opened(key);
+    }
+    HKEY key = 0;
+    const CUniqueKey deep = MakeKey(deepest.c_str());
+    EXPECT_EQ(Code(RegCreateKey(deep.Get(), L"d", &key)), ERROR_INVALID_PARAMETER)
+        << "depth counts from the root";
+}
+
+TEST_F(Registry, RootsAreApartAlwaysOpenAndAcceptedWithEitherExtension)
+{
+    for (HKEY root = HKEY_CLASSES_ROOT; root <= HKEY_DYN_DATA; ++root)
+    {
+        const HKEY signExtended = root | 0xFFFFFFFF00000000;
+        EXPECT_EQ(Set(root, L"number", {static_cast<BYTE>(root)}), ERROR_SUCCESS);
+        EXPECT_EQ(RegCloseKey(signExtended), 0);
+        EXPECT_EQ(Get(signExtended, L"number").second, Bytes{static_cast<BYTE>(root)}) << root;
+    }
+}
+
+TEST_F(Registry, RefusesHandlesThatAreNoOpenKey)
+{
+    const CUniqueEvent event(CreateEvent(TRUE, FALSE));
+    const HKEY closed = MakeKey(L"closed").Get();
+    const CUniqueKey open = MakeKey(L"open");
+    const HKEY handles[] = {0,
+                            closed,
+                            event.Get(),
+                            0x80000007,
+                            0x1'80000000,
+                            ~0UL,
+                            open.Get() | (1UL << 40),
+                            open.Get() ^ 0x40000000};
+    for (const HKEY handle : handles)
+    {
+        for (const auto& use : RegistryUses())
+        {
+            EXPECT_EQ(Code(use.second(handle)), ERROR_INVALID_HANDLE) << use.first << " " << handle;
+        }
+        EXPECT_EQ(Code(RegCloseKey(handle)), ERROR_INVALID_HANDLE) << handle;
+    }
+    EXPECT_EQ(CloseHandle(open.Get()), FALSE) << "a key is no event";
+    EXPECT_EQ(Code(RegNotifyChangeKeyValue(open.Get(), FALSE, 1, open.Get(), TRUE)), ERROR_INVALID_HANDLE);
+}
+
+TEST_F(Registry, TellsOfDeletedKeysAlsoWhenTheyAreMadeAgain)
+{
+    const CUniqueKey open = MakeKey(L"top\\key");
+    EXPECT_EQ(RegDeleteTree(HKEY_LOCAL_MACHINE, L"top"), 0);
+    const CUniqueKey again = MakeKey(L"top\\key");
+    for (const auto& use : RegistryUses())
+    {
+        EXPECT_EQ(Code(use.second(open.Get())), ERROR_KEY_DELETED) << use.first;
+        EXPECT_NE(Code(use.second(again.Get())), ERROR_KEY_DELETED) << use.first;
+    }
+}
+
+TEST_F(Registry, KeepsValuesOfEveryTypeAndSize)
+{
+    const CUniqueKey key = MakeKey(L"values");
+    const struct
+    {
+        const wchar_t* name;
+        DWORD type;
+        std::size_t size;
+        DWORD expected;
+    } cases[] = {
+        {L"",          REG_SZ,        4,                             0                      },
+        {nullptr,      REG_NONE,      0,                             0                      },
+        {L"text",      REG_SZ,        5,                             0                      },
+        {L"TEXT",      REG_EXPAND_SZ, 40,                            0                      },
+        {L"number",    REG_DWORD,     4,                             0                      },
+        {L"wide",      REG_QWORD,     8,                             0                      },
+        {L"texts",     REG_MULTI_SZ,  80,                            0                      },
+        {L"unknown",   0xFFFFFFFF,    3,                             0                      },
+        {L"largest",   REG_BINARY,    kRegistryMaximumValueSize,     0                      },
+        {L"too large", REG_BINARY,    kRegistryMaximumValueSize + 1, ERROR_INVALID_PARAMETER},
+    };
+    for (const auto& row : cases)
+    {
+        Bytes data(row.size);
+        std::ranges::generate(data, [i = row.type]() mutable { return static_cast<BYTE>(i += 37); });
+        EXPECT_EQ(Set(key.Get(), row.name, data, row.type), row.expected) << row.size;
+        m_registry.Use();
+        const auto expected =
+            row.expected == 0 ? std::pair(row.type, data) : std::pair(ERROR_FILE_NOT_FOUND, Bytes());
+        EXPECT_TRUE(Get(key.Get(), row.name) == expected) << row.type;
+    }
+    const std::wstring longest = Repeat(kRegistryMaximumValueName, L"n");
+    EXPECT_EQ(Set(key.Get(), longest.c_str(), {1}), ERROR_SUCCESS);
+    EXPECT_EQ(Set(key.Get(), (longest + L"n").c_str(), {1}), ERROR_INVALID_PARAMETER);
+}
+
+TEST_F(Registry, ReadsIntoWhatTheCallerOffers)
+{
+    const CUniqueKey key = MakeKey(L"key");
+    Set(key.Get(), L"v", {1, 2, 3, 4}, REG_DWORD);
+    const auto read = [&](DWORD* type, BYTE* data, DWORD* size, DWORD* reserved = nullptr) {
+        return Code(RegQueryValueEx(key.Get(), L"V", reserved, type, data, size));
+    };
+    BYTE data[4] = {9, 9, 9, 9};
+    DWORD type = 0;
+    DWORD size = 3;
+    EXPECT_EQ(read(&type, data, &size), ERROR_MORE_DATA);
+    EXPECT_TRUE(type == REG_DWORD && size == 4 && data[0] == 9) << "the buffer is left alone";
+    EXPECT_EQ(read(nullptr, data, &size), ERROR_SUCCESS);
+    EXPECT_EQ(data[3], 4);
+    EXPECT_EQ(read(nullptr, nullptr, nullptr), ERROR_SUCCESS) << "asks whether it is there";
+    EXPECT_EQ(read(nullptr, data, nullptr), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(read(&type, data, &size, &size), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(Code(RegSetValueEx(key.Get(), L"v", 0, 1, nullptr, 1)), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(Code(RegSetValueEx(key.Get(), L"v", 1, 1, data, 1)), ERROR_INVALID_PARAMETER);
+}
+
+TEST_F(Registry, DeletesKeysAndValues)
+{
+    const CUniqueKey top = MakeKey(L"top");
+    const CUniqueKey leaf = MakeKey(L"top\\middle\\leaf");
+    Set(leaf.Get(), L"v", {1});
+    Set(top.Get(), L"v", {1});
+    EXPECT_EQ(Code(RegDeleteValue(leaf.Get(), L"V")), ERROR_SUCCESS);
+    EXPECT_EQ(Code(RegDeleteValue(leaf.Get(), L"v")), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(Code(RegDeleteKey(HKEY_LOCAL_MACHINE, L"")), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(Code(RegDeleteKey(top.Get(), nullptr)), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(Code(RegDeleteKey(top.Get(), L"middle")), ERROR_ACCESS_DENIED) << "a key is below it";
+    EXPECT_EQ(Code(RegDeleteKey(top.Get(), L"none")), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(Code(RegDeleteKey(leaf.Get(), L"")), ERROR_SUCCESS);
+    EXPECT_EQ(Code(RegDeleteTree(top.Get(), L"none")), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(Code(RegDeleteTree(top.Get(), nullptr)), ERROR_SUCCESS);
+    EXPECT_EQ(Get(top.Get(), L"v").first, ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(Code(RegDeleteKey(top.Get(), L"middle")), ERROR_FILE_NOT_FOUND);
+    CRegKey owner(MakeKey(L"top\\a\\b").Detach());
+    EXPECT_EQ(Code(CRegKey(HKEY_LOCAL_MACHINE).RecurseDeleteKey(nullptr)), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(Code(CRegKey(HKEY_LOCAL_MACHINE).RecurseDeleteKey(L"TOP")), ERROR_SUCCESS);
+    EXPECT_EQ(Code(owner.SetDWORDValue(L"v", 1)), ERROR_KEY_DELETED);
+}
+
+/// All names and data of a key, in the order in which they are numbered.
+using Entries = std::vector<std::pair<std::wstring, Bytes>>;
+Entries EnumerateValues(HKEY key)
+{
+    Entries found;
+    for (DWORD error = ERROR_SUCCESS; error == ERROR_SUCCESS;)
+    {
+        wchar_t name[32];
+        BYTE data[16];
+        DWORD length = std::size(name);
+        DWORD size = sizeof data;
+        error = Code(RegEnumValue(
+            key, static_cast<DWORD>(found.size()), name, &length, nullptr, nullptr, data, &size));
+        if (error == ERROR_SUCCESS)
+        {
+            found.emplace_back(std::wstring(name, length), Bytes(data, data + size));
+        }
+        EXPECT_TRUE(error == ERROR_SUCCESS || error == ERROR_NO_MORE_ITEMS);
+    }
+    return found;
+}
+
+TEST_F(Registry, EnumeratesAndCountsWhatIsThereWhateverChangesInBetween)
+{
+    constexpr unsigned kSeed = 4711;
+    std::mt19937 random(kSeed);
+    const CUniqueKey key = MakeKey(L"key");
+    std::map<std::wstring, Bytes> model;
+    std::set<std::wstring> keys;
+    for (int round = 0; round < 400; ++round)
+    {
+        const std::wstring name = L"NAME" + std::to_wstring(random() % 40);
+        const Bytes data(random() % 16, static_cast<BYTE>(random()));
+        switch (random() % 4)
+        {
+        case 0:
+            EXPECT_EQ(RegDeleteValue(key.Get(), name.c_str()) == 0, model.erase(name) == 1);
+            break;
+        case 1:
+            EXPECT_EQ(RegDeleteKey(key.Get(), name.c_str()) == 0, keys.erase(name) == 1);
+            break;
+        case 2:
+            EXPECT_EQ(Set(key.Get(), name.c_str(), data), ERROR_SUCCESS);
+            model[name] = data;
+            break;
+        default:
+            MakeKey(name.c_str(), key.Get());
+            keys.insert(name);
+        }
+        const DWORD index = static_cast<DWORD>(random() % (keys.size() + 1));
+        wchar_t found[32] = {};
+        EXPECT_EQ(Code(RegEnumKey(key.Get(), index, found, 32)),
+                  index < keys.size() ? ERROR_SUCCESS : ERROR_NO_MORE_ITEMS);
+        EXPECT_TRUE(index == keys.size() || found == *std::next(keys.begin(), index));
+        ASSERT_TRUE(EnumerateValues(key.Get()) == Entries(model.begin(), model.end())) << round;
+        DWORD counts[5];
+        EXPECT_EQ(RegQueryInfoKey(key.Get(),
+                                  nullptr,
+                                  nullptr,
+                                  nullptr,
+                                  &counts[0],
+                                  &counts[1],
+                                  nullptr,
+                                  &counts[2],
+                                  &counts[3],
+                                  &counts[4],
+                                  nullptr,
+                                  nullptr),
+                  0);
+        const auto longest = [](DWORD most, const auto& entry) {
+            return std::max(most, static_cast<DWORD>(entry.size()));
+        };
+        const auto largest = [](DWORD most, const auto& entry) {
+            return std::max(most, static_cast<DWORD>(entry.second.size()));
+        };
+        ASSERT_TRUE(counts[0] == keys.size() && counts[2] == model.size()) << round;
+        EXPECT_EQ(counts[1], std::accumulate(keys.begin(), keys.end(), DWORD{0}, longest));
+        EXPECT_EQ(counts[4], std::accumulate(model.begin(), model.end(), DWORD{0}, largest));
+    }
+}
+
+TEST_F(Registry, EnumeratesIntoWhatTheCallerOffers)
+{
+    const CUniqueKey key = MakeKey(L"key");
+    Set(key.Get(), L"\u00E4\u00F6\u00FC", {1, 2});
+    MakeKey(L"\u00E4\u00F6\u00FC", key.Get());
+    wchar_t name[4] = {};
+    BYTE data[2] = {};
+    DWORD length = 3;
+    DWORD size = 1;
+    const auto next = [&] {
+        return Code(RegEnumValue(key.Get(), 0, name, &length, nullptr, nullptr, data, &size));
+    };
+    EXPECT_EQ(next(), ERROR_MORE_DATA);
+    EXPECT_TRUE(length == 3 && size == 1 && name[0] == 0) << "the name does not fit: nothing is stored";
+    length = 4;
+    EXPECT_EQ(next(), ERROR_MORE_DATA);
+    EXPECT_TRUE(length == 3 && size == 2 && name[2] == L'\u00FC' && data[0] == 0);
+    length = 4;
+    EXPECT_EQ(next(), ERROR_SUCCESS);
+    EXPECT_EQ(data[1], 2);
+    EXPECT_EQ(Code(RegEnumKey(key.Get(), 0, name, 3)), ERROR_MORE_DATA);
+    EXPECT_EQ(Code(RegEnumKey(key.Get(), 0, name, 4)), ERROR_SUCCESS);
+    EXPECT_EQ(Code(RegEnumKey(key.Get(), 0xFFFFFFFF, name, 4)), ERROR_NO_MORE_ITEMS);
+}
+
+TEST_F(Registry, OwnerReadsAndWritesTypedValues)
+{
+    CRegKey key;
+    ASSERT_EQ(key.Create(HKEY_CURRENT_USER, L"key"), 0);
+    EXPECT_EQ(key.SetStringValue(L"text", L"ab"), 0);
+    EXPECT_EQ(key.SetQWORDValue(L"wide", 1ULL << 40), 0);
+    EXPECT_EQ(Set(key, L"open end", Bytes(4, 'x'), REG_SZ), ERROR_SUCCESS);
+    wchar_t text[3] = {};
+    ULONG length = 2;
+    EXPECT_EQ(Code(key.QueryStringValue(L"text", text, &length)), ERROR_MORE_DATA);
+    EXPECT_EQ(length, 3U);
+    EXPECT_EQ(key.QueryStringValue(L"text", text, &length), 0);
+    EXPECT_STREQ(text, L"ab");
+    length = 1;
+    EXPECT_EQ(Code(key.QueryStringValue(L"open end", text, &length)), ERROR_MORE_DATA)
+        << "no room for the end";
+    length = 3;
+    EXPECT_EQ(key.QueryStringValue(L"open end", text, &length), 0);
+    EXPECT_TRUE(length == 2 && text[1] == 0);
+    ULONGLONG wide = 0;
+    DWORD number = 7;
+    EXPECT_EQ(key.QueryQWORDValue(L"wide", wide), 0);
+    EXPECT_EQ(wide, 1ULL << 40);
+    EXPECT_EQ(Code(key.QueryDWORDValue(L"wide", number)), ERROR_INVALID_DATA);
+    EXPECT_EQ(Code(key.QueryStringValue(L"wide", text, &length)), ERROR_INVALID_DATA);
+    EXPECT_EQ(number, 7U);
+    EXPECT_EQ(key.Close(), 0);
+    EXPECT_EQ(Code(key.SetDWORDValue(L"n", 1)), ERROR_INVALID_HANDLE);
+}
+
+TEST_F(Registry, LosesNoWriteOfManyThreads)
+{
+    const CUniqueKey key = MakeKey(L"key");
+    std::atomic<int> thread{0};
+    std::atomic<int> faults{0};
+    RunOnManyThreads([&] {
+        const std::wstring prefix = std::to_wstring(thread++) + L"-";
+        for (int i = 0; i < 100; ++i)
+        {
+            const std::wstring name = prefix + std::to_wstring(i);
+            const Bytes data(8, static_cast<BYTE>(i));
+            faults += Set(key.Get(), name.c_str(), data) == 0 && Get(key.Get(), name.c_str()).second == data
+                          ? 0
+                          : 1;
+            HKEY own = 0;
+            faults += RegCreateKey(key.Get(), L"same\\path", &own) == 0 && RegCloseKey(own) == 0 ? 0 : 1;
+        }
+    });
+    EXPECT_EQ(faults, 0);
+    EXPECT_EQ(EnumerateValues(key.Get()).size(), 400U);
+}
+
+TEST(Environment, ExpandsVariables)
+{
+    ::setenv("ZO_ONE", "\xC3\xA4", 1);
+    ::setenv("ZO_EMPTY", "", 1);
+    const std::pair<const wchar_t*, const wchar_t*> cases[] = {
+        {L"",                   L""              },
+        {L"plain",              L"plain"         },
+        {L"<%ZO_ONE%%ZO_ONE%>", L"<\u00E4\u00E4>"},
+        {L"%ZO_EMPTY%",         L""              },
+        {L"%ZO_NONE%",          L"%ZO_NONE%"     },
+        {L"100% of %ZO_ONE%",   L"100% of \u00E4"},
+        {L"%ZO_NONE%ZO_ONE%",   L"%ZO_NONE\u00E4"},
+        {L"%%",                 L"%%"            },
+        {L"%zo_one%",           L"%zo_one%"      },
+    };
+    for (const auto& [text, expected] : cases)
+    {
+        wchar_t buffer[32] = L"untouched";
+        const auto length = static_cast<DWORD>(std::wcslen(expected) + 1);
+        EXPECT_EQ(ExpandEnvironmentStringsW(text, buffer, length - 1), length);
+        EXPECT_STREQ(buffer, L"untouched");
+        EXPECT_EQ(ExpandEnvironmentStringsW(text, buffer, length), length);
+        EXPECT_STREQ(buffer, expected);
+    }
+    EXPECT_EQ(ExpandEnvironmentStringsW(nullptr, nullptr, 0), 0U);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+}
+
+} // namespace
