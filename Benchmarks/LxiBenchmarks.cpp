@@ -43,7 +43,7 @@ std::unique_ptr<unsigned char[]> Write(CLxiLanPacket& packet, unsigned long& len
     return std::unique_ptr<unsigned char[]>(data);
 }
 
-CLxiLanPacket& Packet(const tagInput& input, CLxiLanPacket& packet)
+CLxiLanPacket& WithField(const tagInput& input, CLxiLanPacket& packet)
 {
     packet.appendUserData(input.field);
     return packet;
@@ -54,7 +54,7 @@ void Copy(benchmark::State& state)
     const tagInput input(state);
     CLxiLanPacket packet;
     unsigned long length = 0;
-    const auto bytes = Write(Packet(input, packet), length);
+    const auto bytes = Write(WithField(input, packet), length);
     for (auto _ : state)
     {
         auto copy = std::make_unique_for_overwrite<unsigned char[]>(length);
@@ -64,7 +64,8 @@ void Copy(benchmark::State& state)
     }
     state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(Copy)->Arg(kShort)->Arg(kLong);
+BENCHMARK(Copy)->Name("CopyShort")->Arg(kShort);
+BENCHMARK(Copy)->Name("CopyLong")->Arg(kLong);
 
 void Build(benchmark::State& state)
 {
@@ -77,13 +78,14 @@ void Build(benchmark::State& state)
     }
     state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(Build)->Arg(kShort)->Arg(kLong);
+BENCHMARK(Build)->Name("BuildShort")->Arg(kShort);
+BENCHMARK(Build)->Name("BuildLong")->Arg(kLong);
 
 void Write(benchmark::State& state)
 {
     const tagInput input(state);
     CLxiLanPacket packet;
-    Packet(input, packet);
+    WithField(input, packet);
     unsigned long length = 0;
     for (auto _ : state)
     {
@@ -91,7 +93,8 @@ void Write(benchmark::State& state)
     }
     state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(Write)->Arg(kShort)->Arg(kLong);
+BENCHMARK(Write)->Name("WriteShort")->Arg(kShort);
+BENCHMARK(Write)->Name("WriteLong")->Arg(kLong);
 
 void Receive(benchmark::State& state)
 {
@@ -99,7 +102,7 @@ void Receive(benchmark::State& state)
     CLxiLanPacket sent;
     CLxiLanPacket packet;
     unsigned long length = 0;
-    const auto bytes = Write(Packet(input, sent), length);
+    const auto bytes = Write(WithField(input, sent), length);
     for (auto _ : state)
     {
         benchmark::DoNotOptimize(packet.addSerializedData(length, bytes.get()));
@@ -110,13 +113,14 @@ void Receive(benchmark::State& state)
     }
     state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(Receive)->Arg(kShort)->Arg(kLong);
+BENCHMARK(Receive)->Name("ReceiveShort")->Arg(kShort);
+BENCHMARK(Receive)->Name("ReceiveLong")->Arg(kLong);
 
 void Readable(benchmark::State& state)
 {
     const tagInput input(state);
     CLxiLanPacket packet;
-    Packet(input, packet);
+    WithField(input, packet);
     for (auto _ : state)
     {
         CComBSTR text;
@@ -125,7 +129,7 @@ void Readable(benchmark::State& state)
     }
     state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(Readable)->Arg(kShort);
+BENCHMARK(Readable)->Name("ReadableShort")->Arg(kShort);
 
 } // namespace
 
@@ -135,12 +139,12 @@ int main(int argc, char** argv)
         argc,
         argv,
         {
-            {"Build/16",     "Copy/16",   "build and write, 16 bytes / copy"  },
-            {"Build/1400",   "Copy/1400", "build and write, 1400 bytes / copy"},
-            {"Write/16",     "Copy/16",   "write, 16 bytes / copy"            },
-            {"Write/1400",   "Copy/1400", "write, 1400 bytes / copy"          },
-            {"Receive/16",   "Copy/16",   "receive, 16 bytes / copy"          },
-            {"Receive/1400", "Copy/1400", "receive, 1400 bytes / copy"        },
-            {"Readable/16",  "Copy/16",   "log line, 16 bytes / copy"         },
+            {"BuildShort",    "CopyShort", "build and write, 16 bytes / copy"  },
+            {"BuildLong",     "CopyLong",  "build and write, 1400 bytes / copy"},
+            {"WriteShort",    "CopyShort", "write, 16 bytes / copy"            },
+            {"WriteLong",     "CopyLong",  "write, 1400 bytes / copy"          },
+            {"ReceiveShort",  "CopyShort", "receive, 16 bytes / copy"          },
+            {"ReceiveLong",   "CopyLong",  "receive, 1400 bytes / copy"        },
+            {"ReadableShort", "CopyShort", "log line, 16 bytes / copy"         },
     });
 }

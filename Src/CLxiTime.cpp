@@ -205,6 +205,7 @@ void CLxiTime::SetDifference(std::uint64_t value) noexcept
 void CLxiTime::SetMagnitude(std::uint64_t nanoSeconds) noexcept
 {
     const std::uint64_t seconds = nanoSeconds / kNanoSecondsPerSecond;
+    // Deliberate: the epoch of a result says that its seconds do not fit, not by how much.
     m_wEpoch = seconds >> kWordBits != 0 ? 1 : 0;
     m_dwSeconds = static_cast<std::uint32_t>(seconds);
     m_dwNanoSeconds = static_cast<std::uint32_t>(nanoSeconds % kNanoSecondsPerSecond);
