@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <latch>
 #include <thread>
 
 namespace ZoVelkor
@@ -27,8 +28,10 @@ constexpr const IID& kFunctionality = IID_IZOScpiMultichannelFunctionality;
 
 void InEightThreads(const std::function<void()>& body)
 {
+    std::latch start(8);
     std::array<std::jthread, 8> threads;
-    std::generate(threads.begin(), threads.end(), [&] { return std::jthread(body); });
+    const auto run = [&] { start.arrive_and_wait(), body(); };
+    std::generate(threads.begin(), threads.end(), [&] { return std::jthread(run); });
 }
 
 /// Logs the hooks that are called, with their plain arguments.
@@ -73,6 +76,7 @@ class CFakeKernel : public IZOScpiMultichannelAdministration, public IZOScpiMult
 public:
     HRESULT AddConnection(IZOScpiChannel* c, long* path, IZOScpiChannelServiceProvider** out) override
     {
+        std::this_thread::yield(); // lets a second caller in, if there is one
         ++m_adds;
         m_spChannel = c;
         *path = m_path;
@@ -200,7 +204,7 @@ TEST_F(Channel, CallsReachTheirHookAndReturnItsResult)
 
 TEST_F(Channel, OpensOnceUntilClosedEvenAfterAFailure)
 {
-    m_spChannel->m_answer = [] { return E_FAIL; };
+    m_spChannel->m_answer = [] { return std::this_thread::yield(), E_FAIL; };
     std::atomic<int> failures = 0;
     InEightThreads([&] { failures += FAILED(m_spChannel->Open()) ? 1 : 0; });
     EXPECT_EQ(failures, 1);
