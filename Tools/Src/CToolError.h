@@ -10,9 +10,10 @@ namespace ZoVelkor::Tools
 enum class tagExitCode
 {
     Success = 0,
-    Failed = 1,  ///< what was asked for failed: damaged table, instrument refused
-    Usage = 2,   ///< options or arguments that make no sense
-    NoAccess = 3 ///< a file or an instrument cannot be read, written or reached
+    Failed = 1,       ///< what was asked for failed: damaged table, instrument refused
+    Usage = 2,        ///< options or arguments that make no sense
+    NoAccess = 3,     ///< a file or an instrument cannot be read, written or reached
+    Interrupted = 130 ///< Ctrl-C, as a shell reports it
 };
 
 /// Ends a subcommand with a message.

@@ -18,6 +18,7 @@ namespace
 constexpr std::string_view kInterface = "TCPIP";
 constexpr std::string_view kSeparator = "::";
 constexpr std::string_view kClass = "::SOCKET";
+constexpr const char* kDefaultPort = "5025";
 
 bool IsEqualNoCase(std::string_view left, std::string_view right)
 {
@@ -34,7 +35,20 @@ bool IsPort(std::string_view text)
     return fault == std::errc() && end == text.end() && port >= 1 && port <= 65535;
 }
 
-/// Splits host and port at the last separator; a host with colons must stand in brackets.
+/// A host with colons must stand in brackets.
+std::optional<std::string> HostOf(std::string_view text)
+{
+    const bool isBracketed = text.starts_with('[') && text.ends_with(']');
+    if (isBracketed)
+    {
+        text = text.substr(1, text.size() - 2);
+    }
+    const bool isHost =
+        !text.empty() && text.find_first_of(isBracketed ? "[]/" : "[]/:") == std::string_view::npos;
+    return isHost ? std::optional<std::string>(text) : std::nullopt;
+}
+
+/// Splits host and port at the last separator.
 std::optional<tagInstrumentAddress> Split(std::string_view text, std::string_view separator)
 {
     const std::size_t place = text.rfind(separator);
@@ -42,17 +56,10 @@ std::optional<tagInstrumentAddress> Split(std::string_view text, std::string_vie
     {
         return std::nullopt;
     }
-    std::string_view host = text.substr(0, place);
-    const bool isBracketed = host.starts_with('[') && host.ends_with(']');
-    if (isBracketed)
-    {
-        host = host.substr(1, host.size() - 2);
-    }
-    if (host.empty() || host.find_first_of(isBracketed ? "[]/" : "[]/:") != std::string_view::npos)
-    {
-        return std::nullopt;
-    }
-    return tagInstrumentAddress{std::string(host), std::string(text.substr(place + separator.size()))};
+    const std::optional<std::string> host = HostOf(text.substr(0, place));
+    return host ? std::optional(
+                      tagInstrumentAddress{*host, std::string(text.substr(place + separator.size()))})
+                : std::nullopt;
 }
 
 /// What follows TCPIP, its board number and the separator; nothing when the text does not begin so.
@@ -92,6 +99,20 @@ std::optional<tagInstrumentAddress> ParseInstrumentAddress(const std::string& te
             fmt::format("{}: not of the form TCPIP::host::port::SOCKET with a port from 1 to 65535", text));
     }
     return address;
+}
+
+tagInstrumentAddress TakeInstrumentAddress(const std::string& text)
+{
+    if (auto address = ParseInstrumentAddress(text))
+    {
+        return *std::move(address);
+    }
+    if (const auto host = HostOf(text))
+    {
+        return {*host, kDefaultPort};
+    }
+    throw CToolError(tagExitCode::Usage,
+                     fmt::format("{}: neither TCPIP::host::port::SOCKET nor host:port", text));
 }
 
 } // namespace ZoVelkor::Tools

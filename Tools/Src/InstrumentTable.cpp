@@ -1,6 +1,6 @@
 #include "InstrumentTable.h"
 
-#include "CSocketClient.h"
+#include "CInstrumentLink.h"
 #include "CToolError.h"
 #include "TableFile.h"
 #include "ToolFiles.h"
@@ -15,41 +15,42 @@ namespace ZoVelkor::Tools
 namespace
 {
 
-constexpr std::size_t kMaxLine = 65536;
-
 /// An instrument that refuses the first query answers the second one alone.
 constexpr const char* kQuestion = "SYSTem:HELP:TABLe?\nSYSTem:ERRor?\n";
 
-[[noreturn]] void FailWithAnswer(const tagInstrumentAddress& address, std::string answer)
+[[noreturn]] void FailWithAnswer(const CInstrumentLink& link, std::string answer)
 {
     answer.erase(std::min(answer.find_last_not_of("\r\n") + 1, answer.size()));
     throw CToolError(tagExitCode::Failed,
-                     fmt::format("{} gives no command table: {}", address.Text(), Printable(answer)));
+                     fmt::format("{} gives no command table: {}", link.Address(), Printable(answer)));
+}
+
+/// The beginning of the answer, which tells that a table follows.
+void ReadPrefix(CInstrumentLink& link)
+{
+    tagResponsePart answer = link.Read(TableFilePrefix().size());
+    if (answer.bytes != TableFilePrefix())
+    {
+        // What is behind the beginning of a block is not for people.
+        const bool isText = !answer.isEnd && answer.bytes.find('#') == std::string::npos;
+        FailWithAnswer(link, isText ? answer.bytes + link.ReadLine() : answer.bytes);
+    }
 }
 
 } // namespace
 
 std::string FetchInstrumentTable(const tagInstrumentAddress& address, std::chrono::milliseconds timeout)
 {
-    CSocketClient client(address, timeout);
-    client.Send(kQuestion);
-    std::string answer = client.ReadUntil("#\n", kMaxLine);
-    if (answer.back() == '\n')
+    CInstrumentLink link(address, timeout);
+    link.Connect();
+    link.Send(kQuestion, false);
+    ReadPrefix(link);
+    const std::string digits = link.Read(kTableLengthDigits).bytes;
+    if (digits.size() != kTableLengthDigits || digits.find_first_not_of("0123456789") != std::string::npos)
     {
-        FailWithAnswer(address, answer);
+        FailWithAnswer(link, TableFilePrefix() + digits);
     }
-    answer += client.Read(1);
-    if (answer != TableFilePrefix())
-    {
-        FailWithAnswer(address, answer.ends_with('\n') ? answer : answer + client.ReadUntil("\n", kMaxLine));
-    }
-    const std::string digits = client.Read(kTableLengthDigits);
-    if (digits.find_first_not_of("0123456789") != std::string::npos)
-    {
-        FailWithAnswer(address, answer + digits);
-    }
-    answer += digits;
-    return answer + client.Read(std::stoul(digits));
+    return TableFilePrefix() + digits + link.Read(std::stoul(digits)).bytes;
 }
 
 } // namespace ZoVelkor::Tools

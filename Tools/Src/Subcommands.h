@@ -15,4 +15,7 @@ using AddSubcommand = void (*)(CLI::App& tool, tagExitCode& result);
 /// `zo table`: looks into command tables, merges them and writes them out.
 void AddTableCommands(CLI::App& tool, tagExitCode& result);
 
+/// `zo scpi`: talks to an instrument.
+void AddScpiCommands(CLI::App& tool, tagExitCode& result);
+
 } // namespace ZoVelkor::Tools

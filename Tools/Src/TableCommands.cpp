@@ -5,14 +5,13 @@
 #include "Subcommands.h"
 #include "TableFile.h"
 #include "TableGroupList.h"
+#include "TimeoutOption.h"
 #include "ToolFiles.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <chrono>
-#include <cmath>
 #include <filesystem>
 #include <list>
 #include <memory>
@@ -33,12 +32,12 @@ struct tagTableOptions
     std::string sOutput;
     bool isDiagnostic = false;
     bool isForced = false;
-    double timeoutSeconds = 10.0;
+    double timeoutSeconds = kDefaultTimeoutSeconds;
 };
 
 std::chrono::milliseconds Timeout(const tagTableOptions& options)
 {
-    return std::chrono::milliseconds(std::lround(options.timeoutSeconds * 1000.0));
+    return Milliseconds(options.timeoutSeconds);
 }
 
 /// An existing file counts as a file, whatever its name looks like.
@@ -266,13 +265,8 @@ tagExitCode WriteSource(const tagTableOptions& options)
 tagExitCode Save(const tagTableOptions& options)
 {
     const std::string& source = options.sources.front();
-    const auto address = ParseInstrumentAddress(source);
-    if (!address)
-    {
-        throw CToolError(tagExitCode::Usage,
-                         fmt::format("{}: neither TCPIP::host::port::SOCKET nor host:port", source));
-    }
-    const tagTable table = TakeTable(source, FetchInstrumentTable(*address, Timeout(options)));
+    const tagInstrumentAddress address = TakeInstrumentAddress(source);
+    const tagTable table = TakeTable(source, FetchInstrumentTable(address, Timeout(options)));
     WriteOutput(options.sOutput, FormatTableFile(table.records));
     return tagExitCode::Success;
 }
@@ -318,15 +312,6 @@ constexpr const char* kTableFooter =
     "host:port; it is asked SYSTem:HELP:TABLe?.\n"
     "Example: zo table save localhost:5025 -o demo.tab";
 
-/// Not a number is in no range.
-std::string FindTimeoutFault(const std::string& text)
-{
-    double seconds = 0.0;
-    const auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-    const bool isNumber = fault == std::errc() && end == text.data() + text.size();
-    return isNumber && seconds >= 0.001 && seconds <= 86400.0 ? "" : text + " is not from 0.001 to 86400";
-}
-
 void AddOptions(CLI::App& command, unsigned takes, tagTableOptions& options)
 {
     if ((takes & kManySources) != 0)
@@ -361,10 +346,7 @@ void AddOptions(CLI::App& command, unsigned takes, tagTableOptions& options)
             ->type_name("DIR");
         command.add_flag("--force", options.isForced, "Overwrite existing files");
     }
-    command.add_option("--timeout", options.timeoutSeconds, "Longest wait for an instrument, in seconds")
-        ->type_name("SECONDS")
-        ->check(CLI::Validator(FindTimeoutFault, "0.001 to 86400"))
-        ->capture_default_str();
+    AddTimeoutOption(command, options.timeoutSeconds);
 }
 
 } // namespace

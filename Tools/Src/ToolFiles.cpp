@@ -66,11 +66,11 @@ std::string ReadInput(const std::string& name, std::size_t limit)
     return ReadStream(Open(name, "rb", "read").get(), name, limit);
 }
 
-void WriteOutput(const std::string& name, std::string_view bytes)
+void WriteOutput(const std::string& name, std::string_view bytes, bool isMore)
 {
     if (name != kStandardStream)
     {
-        CFile file = Open(name, "wb", "write");
+        CFile file = Open(name, isMore ? "ab" : "wb", "write");
         if (!WriteStream(file.get(), bytes) || std::fclose(file.release()) != 0)
         {
             Fail("write", name);

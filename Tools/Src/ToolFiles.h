@@ -22,8 +22,9 @@ std::string ReadInput(const std::string& name, std::size_t limit);
 
 /// Writes a file, or standard output, and sees to it that everything has arrived.
 ///
+/// @param isMore  goes behind what is in the file already
 /// @throws CToolError (NoAccess); tagReaderGone
-void WriteOutput(const std::string& name, std::string_view bytes);
+void WriteOutput(const std::string& name, std::string_view bytes, bool isMore = false);
 
 /// Says something on the standard error; one that nobody reads is no failure.
 void Tell(std::string_view message) noexcept;

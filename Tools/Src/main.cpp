@@ -18,12 +18,13 @@ namespace
 using namespace ZoVelkor::Tools;
 
 /// A further subcommand is one more row.
-constexpr AddSubcommand kSubcommands[] = {AddTableCommands};
+constexpr AddSubcommand kSubcommands[] = {AddTableCommands, AddScpiCommands};
 
 constexpr const char* kFooter =
     "Exit codes: 0 success; 1 what was asked for failed (damaged table, instrument "
-    "refused); 2 wrong usage; 3 a file or an instrument cannot be reached.\n"
-    "Example: zo table headers localhost:5025";
+    "refused); 2 wrong usage; 3 a file or an instrument cannot be reached; 130 Ctrl-C.\n"
+    "Example: zo table headers localhost:5025\n"
+    "Example: zo scpi query localhost:5025 '*IDN?'";
 
 tagExitCode Fail(tagExitCode code, const char* message)
 {

@@ -1,0 +1,117 @@
+#include "CInterruptWatcher.h"
+
+#include "CToolError.h"
+
+#include <cstdlib>
+#include <poll.h>
+#include <stdexcept>
+#include <sys/signalfd.h>
+
+namespace ZoVelkor::Tools
+{
+
+namespace
+{
+
+/// Abort reaches only a call that already waits, and a transfer is one call after the other, so it is
+/// repeated after so many milliseconds until there is no call any more.
+constexpr int kRepeatMs = 20;
+
+sigset_t InterruptSet()
+{
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGINT);
+    return set;
+}
+
+} // namespace
+
+CInterruptWatcher::CInterruptWatcher(tagIdleInterrupt idle)
+    : m_eIdle(idle),
+      m_stop(CreateEvent(TRUE, FALSE)),
+      m_thread("ZoInterrupt")
+{
+    const sigset_t set = InterruptSet();
+    pthread_sigmask(SIG_BLOCK, &set, &m_formerMask);
+    m_signals.Reset(signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
+    if (!m_signals || !m_stop || FAILED(m_thread.Start(&m_loop)))
+    {
+        throw std::runtime_error("the system gives no thread or no event");
+    }
+}
+
+CInterruptWatcher::~CInterruptWatcher()
+{
+    SetEvent(m_stop.Get());
+    m_thread.Join();
+    TakeSignal();
+    pthread_sigmask(SIG_SETMASK, &m_formerMask, nullptr);
+}
+
+void CInterruptWatcher::TakeSignal()
+{
+    signalfd_siginfo info{};
+    while (read(m_signals.Get(), &info, sizeof info) > 0)
+    {}
+}
+
+void CInterruptWatcher::Watch()
+{
+    pollfd descriptors[] = {
+        {GetEventDescriptor(m_stop.Get()), POLLIN, 0},
+        {m_signals.Get(),                  POLLIN, 0}
+    };
+    int timeoutMs = -1;
+    while (poll(descriptors, 2, timeoutMs) < 0 || descriptors[0].revents == 0)
+    {
+        const bool isSignal = descriptors[1].revents != 0;
+        TakeSignal();
+        const bool isCall = (isSignal || timeoutMs >= 0) && AbortCall();
+        if (isSignal && !isCall && m_eIdle == tagIdleInterrupt::Exit)
+        {
+            // The other thread may be in the look-up of a name or in a read that nothing else ends.
+            std::_Exit(static_cast<int>(tagExitCode::Interrupted));
+        }
+        timeoutMs = isCall ? kRepeatMs : -1;
+    }
+}
+
+/// @return there is a call
+bool CInterruptWatcher::AbortCall()
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_pController != nullptr)
+    {
+        m_isInterrupted = true;
+        m_pController->Abort();
+    }
+    return m_pController != nullptr;
+}
+
+CInterruptWatcher::CCall::CCall(CInterruptWatcher* watcher, IZOScpiController& controller)
+    : m_pWatcher(watcher)
+{
+    if (m_pWatcher != nullptr)
+    {
+        const std::lock_guard lock(m_pWatcher->m_mutex);
+        m_pWatcher->m_isInterrupted = false;
+        m_pWatcher->m_pController = &controller;
+    }
+}
+
+CInterruptWatcher::CCall::~CCall()
+{
+    if (m_pWatcher != nullptr)
+    {
+        const std::lock_guard lock(m_pWatcher->m_mutex);
+        m_pWatcher->m_pController = nullptr;
+    }
+}
+
+bool CInterruptWatcher::CCall::IsInterrupted() const noexcept
+{
+    return m_pWatcher != nullptr && m_pWatcher->m_isInterrupted;
+}
+
+} // namespace ZoVelkor::Tools

@@ -1,0 +1,167 @@
+#include "CLineEditor.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <histedit.h>
+#include <stdexcept>
+#include <unistd.h>
+#include <utility>
+
+namespace ZoVelkor::Tools
+{
+
+namespace
+{
+
+constexpr int kHistoryLines = 1000;
+constexpr std::size_t kDefaultColumns = 80;
+
+/// What can follow, in columns below the line.
+void ListChoices(editline* editor, const std::vector<std::string>& choices)
+{
+    std::size_t width = 0;
+    for (const std::string& choice : choices)
+    {
+        width = std::max(width, choice.size() + 2);
+    }
+    int columns = 0;
+    char name[] = "co";
+    el_get(editor, EL_GETTC, name, &columns);
+    const std::size_t perLine =
+        std::max<std::size_t>((columns > 0 ? static_cast<std::size_t>(columns) : kDefaultColumns) / width, 1);
+    for (std::size_t i = 0; i < choices.size(); ++i)
+    {
+        fmt::print("{}{:<{}}", i % perLine == 0 ? "\r\n" : "", choices[i], width);
+    }
+    fmt::print("\r\n");
+    std::fflush(stdout);
+}
+
+} // namespace
+
+void CLineEditor::tagEditorEnd::operator()(editline* editor) const noexcept
+{
+    el_end(editor);
+}
+
+void CLineEditor::tagHistoryEnd::operator()(struct history* lines) const noexcept
+{
+    history_end(lines);
+}
+
+CLineEditor::CLineEditor(std::string prompt, std::string historyFile, CHeaderCompletion completion)
+    : m_sPrompt(std::move(prompt)),
+      m_sHistoryFile(std::move(historyFile)),
+      m_completion(std::move(completion)),
+      m_spHistory(history_init()),
+      m_spEditor(el_init("zo", stdin, stdout, stderr))
+{
+    editline* const editor = m_spEditor.get();
+    if (editor == nullptr || m_spHistory == nullptr)
+    {
+        throw std::runtime_error("the terminal cannot be used");
+    }
+    LoadHistory();
+    el_set(editor, EL_CLIENTDATA, this);
+    el_set(editor, EL_PROMPT, &CLineEditor::Prompt);
+    el_set(editor, EL_HIST, &::history, m_spHistory.get());
+    el_set(editor, EL_EDITOR, "emacs");
+    el_set(editor, EL_ADDFN, "zo-complete", "Complete the header", &CLineEditor::OnTab);
+    el_set(editor, EL_ADDFN, "zo-cancel", "Throw the line away", &CLineEditor::OnInterrupt);
+    el_set(editor, EL_BIND, "^R", "em-inc-search-prev", nullptr);
+    el_source(editor, nullptr);
+    el_set(editor, EL_BIND, "^I", "zo-complete", nullptr);
+    el_set(editor, EL_BIND, "^C", "zo-cancel", nullptr);
+    // While a line is edited the key is a character; outside, it is the signal.
+    el_set(editor, EL_SETTY, "-d", "intr=", nullptr);
+}
+
+CLineEditor::~CLineEditor() = default;
+
+CLineEditor& CLineEditor::Of(editline* editor)
+{
+    void* data = nullptr;
+    el_get(editor, EL_CLIENTDATA, &data);
+    return *static_cast<CLineEditor*>(data);
+}
+
+char* CLineEditor::Prompt(editline* editor)
+{
+    return Of(editor).m_sPrompt.data();
+}
+
+unsigned char CLineEditor::OnTab(editline* editor, int)
+{
+    const LineInfo* const line = el_line(editor);
+    const std::string_view before(line->buffer, static_cast<std::size_t>(line->cursor - line->buffer));
+    const tagCompletion completion = Of(editor).m_completion.Complete(before);
+    const bool isFurther =
+        !completion.text.empty() && completion.text != before.substr(before.size() - completion.iReplaced);
+    if (isFurther)
+    {
+        el_deletestr(editor, static_cast<int>(completion.iReplaced));
+        el_insertstr(editor, completion.text.c_str());
+        return CC_REFRESH;
+    }
+    if (completion.choices.empty())
+    {
+        return CC_REFRESH_BEEP;
+    }
+    ListChoices(editor, completion.choices);
+    return CC_REDISPLAY;
+}
+
+unsigned char CLineEditor::OnInterrupt(editline* editor, int)
+{
+    Of(editor).m_isCancelled = true;
+    return CC_NEWLINE;
+}
+
+std::optional<std::string> CLineEditor::ReadLine()
+{
+    m_isCancelled = false;
+    el_resize(m_spEditor.get());
+    int count = 0;
+    const char* const text = el_gets(m_spEditor.get(), &count);
+    if (m_isCancelled)
+    {
+        return "";
+    }
+    if (text == nullptr || count <= 0)
+    {
+        return std::nullopt;
+    }
+    std::string line(text, static_cast<std::size_t>(count));
+    line.erase(line.find_last_not_of("\r\n") + 1);
+    Remember(line);
+    return line;
+}
+
+void CLineEditor::LoadHistory()
+{
+    HistEvent event{};
+    history(m_spHistory.get(), &event, H_SETSIZE, kHistoryLines);
+    history(m_spHistory.get(), &event, H_SETUNIQUE, 1);
+    if (!m_sHistoryFile.empty())
+    {
+        history(m_spHistory.get(), &event, H_LOAD, m_sHistoryFile.c_str());
+    }
+}
+
+void CLineEditor::Remember(const std::string& line)
+{
+    if (line.find_first_not_of(" \t") == std::string::npos)
+    {
+        return;
+    }
+    HistEvent event{};
+    history(m_spHistory.get(), &event, H_ENTER, line.c_str());
+    if (!m_sHistoryFile.empty())
+    {
+        history(m_spHistory.get(), &event, H_SAVE, m_sHistoryFile.c_str());
+    }
+}
+
+} // namespace ZoVelkor::Tools

@@ -1,0 +1,597 @@
+#include "CTcpController.h"
+
+#include "Bstr.h"
+#include "ErrorRaising.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <memory>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <stdexcept>
+#include <sys/socket.h>
+#include <utility>
+
+namespace ZoVelkor::Tools
+{
+
+namespace
+{
+
+/// The most that one call takes from the socket.
+constexpr std::size_t kPieceBytes = 65536;
+
+/// Buffers that grew beyond this are given back.
+constexpr std::size_t kKeptBytes = std::size_t{1} << 20;
+
+constexpr std::size_t kMaxStatusAnswer = 64;
+
+/// Where connecting has no limit of its own.
+constexpr long kMaxConnectMs = 600000;
+
+constexpr std::string_view kEnd = "\n";
+constexpr std::string_view kTrigger = "*TRG\n";
+constexpr std::string_view kAskStatus = "*STB?\n";
+
+struct tagAddressFreer
+{
+    void operator()(addrinfo* list) const noexcept { freeaddrinfo(list); }
+};
+
+using CAddressList = std::unique_ptr<addrinfo, tagAddressFreer>;
+
+/// @param[out] fault  0, or what getaddrinfo says
+CAddressList Resolve(const tagInstrumentAddress& address, int& fault)
+{
+    addrinfo hints{};
+    hints.ai_socktype = SOCK_STREAM;
+    hints.ai_flags = AI_NUMERICSERV;
+    addrinfo* found = nullptr;
+    fault = getaddrinfo(address.sHost.c_str(), address.sPort.c_str(), &hints, &found);
+    return CAddressList(fault == 0 ? found : nullptr);
+}
+
+int TakeSocketError(int socket)
+{
+    int fault = 0;
+    socklen_t length = sizeof fault;
+    return getsockopt(socket, SOL_SOCKET, SO_ERROR, &fault, &length) == 0 ? fault : errno;
+}
+
+int PollTimeout(std::chrono::steady_clock::time_point deadline)
+{
+    if (deadline == std::chrono::steady_clock::time_point::max())
+    {
+        return -1;
+    }
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    return static_cast<int>(std::clamp<long>(left.count(), 0, kMaxConnectMs));
+}
+
+long CountOf(const addrinfo* list)
+{
+    long count = 0;
+    for (; list != nullptr; list = list->ai_next)
+    {
+        ++count;
+    }
+    return count;
+}
+
+void Empty(std::string& buffer)
+{
+    buffer.clear();
+    if (buffer.capacity() > kKeptBytes)
+    {
+        buffer.shrink_to_fit();
+    }
+}
+
+} // namespace
+
+CTcpController::CTcpController(tagInstrumentAddress address)
+    : m_address(std::move(address)),
+      m_sFault(m_address.Text() + ": not connected"),
+      m_wake(CreateEvent(FALSE, FALSE)),
+      m_thread("ZoTcpController")
+{
+    if (!m_wake || FAILED(m_thread.Start(&m_loop)))
+    {
+        throw std::runtime_error("the system gives no thread or no event");
+    }
+}
+
+std::string CTcpController::FaultText() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_sFault;
+}
+
+std::size_t CTcpController::ReceivedBytes() const
+{
+    const std::lock_guard lock(m_mutex);
+    return UnreadBytes();
+}
+
+std::size_t CTcpController::UnreadBytes() const noexcept
+{
+    return (m_readScanner.IsInside() ? m_iReceived : 0) + m_pending.size() - m_iPendingUsed;
+}
+
+HRESULT CTcpController::Begin(tagRequest request)
+{
+    const std::lock_guard lock(m_mutex);
+    if (!m_isUp && request.eKind != tagKind::Connect)
+    {
+        return DoAcknowledgeError();
+    }
+    if (request.eKind == tagKind::AskStatus && (m_isAnswerDue || m_sendScanner.IsInside()))
+    {
+        Fail("the status byte cannot be asked for inside a message or before an answer");
+        return S_OK;
+    }
+    BeginRead();
+    request.caller = std::this_thread::get_id();
+    m_request = request;
+    ++m_iSerial;
+    SetEvent(m_wake.Get());
+    return S_OK;
+}
+
+void CTcpController::BeginRead()
+{
+    m_scannerBeforeRead = m_readScanner;
+    Empty(m_data);
+}
+
+HRESULT CTcpController::DoClear()
+{
+    long timeoutMs = 0;
+    CBScpiController::get_Timeout(&timeoutMs);
+    const long limitMs = timeoutMs < 0 || timeoutMs > kMaxConnectMs ? kMaxConnectMs : timeoutMs;
+    return Begin({.eKind = tagKind::Connect, .deadline = CClock::now() + std::chrono::milliseconds(limitMs)});
+}
+
+HRESULT CTcpController::DoTrigger()
+{
+    // Trigger does not wait when what was before it has succeeded, so nothing may be left to do later.
+    const std::lock_guard lock(m_mutex);
+    if (!m_isUp)
+    {
+        return DoAcknowledgeError();
+    }
+    if (m_sendScanner.IsInside())
+    {
+        Fail("*TRG cannot be sent inside a message");
+        return S_OK;
+    }
+    const ssize_t sent = send(m_socket.Get(), kTrigger.data(), kTrigger.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (sent == static_cast<ssize_t>(kTrigger.size()))
+    {
+        return DoAcknowledgeTrigger();
+    }
+    FailLink(sent < 0 ? fmt::format("cannot send: {}", std::strerror(errno)) : "a message was cut off");
+    return S_OK;
+}
+
+HRESULT CTcpController::DoReadStatusByte()
+{
+    return Begin({.eKind = tagKind::AskStatus, .data = kAskStatus, .iLimit = kMaxStatusAnswer});
+}
+
+HRESULT CTcpController::DoRead(bool, bool counted, long count)
+{
+    return Begin({.eKind = tagKind::Read,
+                  .isCounted = counted,
+                  .iLimit = counted ? static_cast<std::size_t>(count) : kMaxUncountedBytes});
+}
+
+HRESULT CTcpController::DoWrite(unsigned char* data, long length, bool end)
+{
+    const std::string_view bytes(reinterpret_cast<const char*>(data), static_cast<std::size_t>(length));
+    return Begin({.eKind = tagKind::Write, .data = bytes, .isEnd = end});
+}
+
+HRESULT CTcpController::DoFetchData(unsigned char* buffer, long* length)
+{
+    const std::lock_guard lock(m_mutex);
+    *length = std::min(*length, static_cast<long>(m_data.size()));
+    std::copy_n(m_data.data(), *length, buffer);
+    Empty(m_data);
+    return S_OK;
+}
+
+HRESULT CTcpController::DoFetchString(wchar_t** text)
+{
+    const std::lock_guard lock(m_mutex);
+    *text = A2WBSTR(m_data.data(), static_cast<int>(m_data.size()));
+    Empty(m_data);
+    return *text != nullptr ? S_OK : E_OUTOFMEMORY;
+}
+
+HRESULT CTcpController::CheckProtocolError()
+{
+    const std::lock_guard lock(m_mutex);
+    // Abort comes here too, from another thread, and by then the request may be a new one.
+    if (m_request.eKind != tagKind::None && m_request.caller == std::this_thread::get_id())
+    {
+        TakeBack();
+    }
+    return S_OK;
+}
+
+void CTcpController::TakeBack()
+{
+    switch (m_request.eKind)
+    {
+    case tagKind::Read:
+    case tagKind::ReadStatus:
+        m_pending = m_data + m_pending.substr(m_iPendingUsed);
+        m_iPendingUsed = 0;
+        m_iReceived -= std::min(m_iReceived, m_data.size());
+        m_readScanner = m_scannerBeforeRead;
+        Empty(m_data);
+        break;
+    case tagKind::Write:
+    case tagKind::AskStatus:
+        if (m_request.iSent > 0)
+        {
+            Disconnect();
+            m_sFault = m_address.Text() + ": a message was cut off in the middle";
+        }
+        break;
+    case tagKind::Connect:
+        m_sFault = m_address.Text() + ": not connected";
+        break;
+    case tagKind::None:
+        break;
+    }
+    m_request = {};
+    ++m_iSerial;
+    SetEvent(m_wake.Get());
+}
+
+void CTcpController::Serve()
+{
+    CLock lock(m_mutex);
+    while (!m_bStop)
+    {
+        Advance(lock);
+    }
+}
+
+void CTcpController::Stop()
+{
+    const std::lock_guard lock(m_mutex);
+    m_bStop = true;
+    SetEvent(m_wake.Get());
+}
+
+void CTcpController::Advance(CLock& lock)
+{
+    if (!m_isUp)
+    {
+        m_socket.Reset();
+    }
+    switch (m_request.eKind)
+    {
+    case tagKind::None:
+        Wait(lock, 0);
+        break;
+    case tagKind::Connect:
+        Connect(lock);
+        break;
+    case tagKind::Write:
+    case tagKind::AskStatus:
+        if (!TryWrite())
+        {
+            Wait(lock, POLLOUT);
+        }
+        break;
+    case tagKind::Read:
+    case tagKind::ReadStatus:
+        if (!TryRead())
+        {
+            Wait(lock, POLLIN);
+        }
+        break;
+    }
+}
+
+/// @param events  of the socket; 0 when only requests are waited for
+/// @return the socket has something to say
+bool CTcpController::Wait(CLock& lock, short events, CClock::time_point deadline)
+{
+    pollfd descriptors[] = {
+        {GetEventDescriptor(m_wake.Get()), POLLIN, 0},
+        {m_socket.Get(),                   events, 0}
+    };
+    lock.unlock();
+    const int ready = poll(descriptors, events != 0 ? 2 : 1, PollTimeout(deadline));
+    lock.lock();
+    WaitForSingleObject(m_wake.Get(), 0);
+    return ready > 0 && descriptors[1].revents != 0;
+}
+
+void CTcpController::StartOver()
+{
+    Disconnect();
+    m_socket.Reset();
+    m_sendScanner = {};
+    m_readScanner = {};
+    m_isAnswerDue = false;
+    m_iReceived = 0;
+    m_iPendingUsed = 0;
+    Empty(m_pending);
+    Empty(m_data);
+}
+
+void CTcpController::Connect(CLock& lock)
+{
+    StartOver();
+    const unsigned serial = m_iSerial;
+    int fault = 0;
+    lock.unlock();
+    const CAddressList candidates = Resolve(m_address, fault);
+    lock.lock();
+    if (!IsCurrent(serial))
+    {
+        return;
+    }
+    if (candidates == nullptr)
+    {
+        m_sFault = fmt::format("cannot find host {}: {}", m_address.sHost, gai_strerror(fault));
+    }
+    else
+    {
+        fault = ConnectToAny(lock, candidates.get(), serial);
+        if (!IsCurrent(serial))
+        {
+            return;
+        }
+        m_isUp = fault == 0;
+        m_sFault = fmt::format("cannot connect to {}: {}", m_address.Text(), std::strerror(fault));
+    }
+    m_request = {};
+    static_cast<void>(m_isUp ? DoAcknowledgeClear() : DoAcknowledgeError());
+}
+
+/// @return 0, or the error number of the last address
+int CTcpController::ConnectToAny(CLock& lock, const addrinfo* candidates, unsigned serial)
+{
+    int fault = 0;
+    for (long left = CountOf(candidates); left > 0; --left, candidates = candidates->ai_next)
+    {
+        // An address that does not answer leaves time for the others.
+        const CClock::time_point now = CClock::now();
+        fault = TryConnect(lock, *candidates, now + (m_request.deadline - now) / left, serial);
+        if (fault == 0 || !IsCurrent(serial))
+        {
+            break;
+        }
+        m_socket.Reset();
+    }
+    return fault;
+}
+
+int CTcpController::TryConnect(CLock& lock,
+                               const addrinfo& candidate,
+                               CClock::time_point deadline,
+                               unsigned serial)
+{
+    m_socket.Reset(
+        socket(candidate.ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, candidate.ai_protocol));
+    if (!m_socket)
+    {
+        return errno;
+    }
+    // A short message leaves at once, without waiting for the acknowledgement of the one before.
+    const int on = 1;
+    setsockopt(m_socket.Get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    if (connect(m_socket.Get(), candidate.ai_addr, candidate.ai_addrlen) == 0)
+    {
+        return 0;
+    }
+    if (errno != EINPROGRESS && errno != EINTR)
+    {
+        return errno;
+    }
+    while (IsCurrent(serial) && CClock::now() < deadline)
+    {
+        if (Wait(lock, POLLOUT, deadline))
+        {
+            return TakeSocketError(m_socket.Get());
+        }
+    }
+    return ETIMEDOUT;
+}
+
+/// What is done at length without the lock was not taken back meanwhile.
+bool CTcpController::IsCurrent(unsigned serial) const noexcept
+{
+    return !m_bStop && m_iSerial == serial;
+}
+
+/// @return false when the socket takes nothing at present
+bool CTcpController::TryWrite()
+{
+    const std::size_t size = m_request.data.size();
+    if (m_request.iSent < size + (m_request.isEnd ? kEnd.size() : 0))
+    {
+        const bool isEnd = m_request.iSent >= size;
+        const std::string_view piece = isEnd ? kEnd : m_request.data.substr(m_request.iSent);
+        const int more = m_request.isEnd && !isEnd ? MSG_MORE : 0;
+        const ssize_t sent = send(m_socket.Get(), piece.data(), piece.size(), MSG_NOSIGNAL | more);
+        if (sent < 0)
+        {
+            if (errno == EAGAIN)
+            {
+                return false;
+            }
+            if (errno != EINTR)
+            {
+                FailLink(fmt::format("cannot send: {}", std::strerror(errno)));
+            }
+            return true;
+        }
+        m_request.iSent += static_cast<std::size_t>(sent);
+        return true;
+    }
+    FinishWrite();
+    return true;
+}
+
+void CTcpController::FinishWrite()
+{
+    NoteSent(m_request.data);
+    if (m_request.isEnd)
+    {
+        NoteSent(kEnd);
+    }
+    if (m_request.eKind == tagKind::AskStatus)
+    {
+        m_request.eKind = tagKind::ReadStatus;
+        return;
+    }
+    m_request = {};
+    DoAcknowledgeWrite();
+}
+
+void CTcpController::NoteSent(std::string_view bytes)
+{
+    while (!bytes.empty())
+    {
+        bytes.remove_prefix(m_sendScanner.Take(bytes));
+        m_isAnswerDue = m_isAnswerDue || (m_sendScanner.IsEnd() && m_sendScanner.HasQuestion());
+    }
+}
+
+/// @return false when nothing is there at present
+bool CTcpController::TryRead()
+{
+    Gather();
+    if (!m_data.empty() && m_readScanner.IsEnd())
+    {
+        FinishRead(true);
+        return true;
+    }
+    if (m_data.size() < m_request.iLimit)
+    {
+        return Receive();
+    }
+    if (m_request.isCounted)
+    {
+        FinishRead(false);
+    }
+    else
+    {
+        FailLink(fmt::format("an answer of more than {} bytes", m_request.iLimit));
+    }
+    return true;
+}
+
+/// Moves what belongs to the read at hand from what has come.
+void CTcpController::Gather()
+{
+    const std::string_view fresh = std::string_view(m_pending).substr(
+        m_iPendingUsed, m_request.iLimit - std::min(m_request.iLimit, m_data.size()));
+    if (fresh.empty())
+    {
+        return;
+    }
+    if (!m_readScanner.IsInside())
+    {
+        m_iReceived = 0;
+    }
+    const std::size_t taken = m_readScanner.Take(fresh);
+    m_data.append(fresh.substr(0, taken));
+    m_iPendingUsed += taken;
+    m_iReceived += taken;
+}
+
+bool CTcpController::Receive()
+{
+    const std::size_t room =
+        m_request.isCounted ? std::min(kPieceBytes, m_request.iLimit - m_data.size()) : kPieceBytes;
+    m_pending.resize(room);
+    m_iPendingUsed = 0;
+    const ssize_t count = recv(m_socket.Get(), m_pending.data(), room, 0);
+    const int fault = count < 0 ? errno : 0;
+    m_pending.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    if (fault == EAGAIN)
+    {
+        return false;
+    }
+    if (count == 0)
+    {
+        FailLink(fmt::format("closed the connection in the middle of an answer ({} bytes of it came)",
+                             UnreadBytes()));
+    }
+    else if (count < 0 && fault != EINTR)
+    {
+        FailLink(fmt::format("cannot receive: {}", std::strerror(fault)));
+    }
+    return true;
+}
+
+void CTcpController::FinishRead(bool end)
+{
+    if (end)
+    {
+        m_isAnswerDue = false;
+    }
+    if (m_request.eKind == tagKind::ReadStatus)
+    {
+        FinishStatus();
+        return;
+    }
+    m_request = {};
+    DoAcknowledgeRead(end, false, static_cast<long>(m_data.size()));
+}
+
+void CTcpController::FinishStatus()
+{
+    unsigned char status = 0;
+    const char* const end = m_data.data() + m_data.size();
+    const char* const begin = m_data.data() + (m_data.starts_with('+') ? 1 : 0);
+    const auto [rest, fault] = std::from_chars(begin, end, status);
+    if (fault != std::errc() || (*rest != '\n' && *rest != '\r'))
+    {
+        Fail("answered *STB? with something else than a status byte");
+        return;
+    }
+    m_request = {};
+    DoAcknowledgeStatus(static_cast<char>(status));
+}
+
+void CTcpController::Fail(const std::string& what)
+{
+    m_sFault = fmt::format("{}: {}", m_address.Text(), what);
+    m_request = {};
+    DoAcknowledgeError();
+}
+
+void CTcpController::FailLink(const std::string& what)
+{
+    Disconnect();
+    Fail(what);
+}
+
+/// The other end learns it at once; the thread closes the socket when it does not wait on it any more.
+void CTcpController::Disconnect()
+{
+    m_isUp = false;
+    if (m_socket)
+    {
+        shutdown(m_socket.Get(), SHUT_RDWR);
+    }
+}
+
+} // namespace ZoVelkor::Tools
