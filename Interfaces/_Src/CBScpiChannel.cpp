@@ -11,6 +11,7 @@
 
 #include <fmt/format.h>
 
+#include <cstdint>
 #include <string_view>
 #include <utility>
 
@@ -56,11 +57,11 @@ constexpr bool IsExpected(HRESULT result) noexcept
     return result == S_OK || result == S_FALSE;
 }
 
-void TraceDisconnect(const IZOScpiChannel* channel) noexcept
+void TraceDisconnect(const IZOScpiChannel* channel)
 {
     constexpr std::string_view kText = "Disconnect interface = ";
-    std::array<char, kText.size() + 2 + 2 * sizeof(channel)> line{};
-    const auto end = fmt::format_to_n(line.data(), line.size(), "{}{}", kText, fmt::ptr(channel)).out;
+    std::array<char, kText.size() + 2 + 2 * sizeof(std::uintptr_t)> line{};
+    const char* const end = fmt::format_to_n(line.data(), line.size(), "{}{}", kText, fmt::ptr(channel)).out;
     DebugPrint("Velkor", std::string_view(line.data(), end));
 }
 

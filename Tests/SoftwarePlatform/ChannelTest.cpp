@@ -274,7 +274,7 @@ TEST_F(Channel, FailuresOfTheKernelAreRaised)
 TEST_F(Channel, PropertiesAreCopiesWithStringsOfTheirOwn)
 {
     CSmartScpiChannelInfo info;
-    const BSTR name = info->bsName = SysAllocStringLen(L"a\0b", 3);
+    wchar_t* const name = info->bsName = SysAllocStringLen(L"a\0b", 3);
     info->bsRemoteAddress = SysAllocString(L"");
     info->iMessages = 16;
     CSmartScpiChannelInfo::CopyData(*info.operator->(), info.Get());
