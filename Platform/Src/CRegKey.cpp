@@ -128,7 +128,7 @@ LONG CRegKey::QueryStringValue(const wchar_t* name, wchar_t* value, ULONG* lengt
     {
         return ERROR_INVALID_DATA;
     }
-    const DWORD stored = size / sizeof(wchar_t);
+    const auto stored = static_cast<DWORD>(size / sizeof(wchar_t));
     *length = stored;
     if (error != ERROR_SUCCESS || value == nullptr || (stored != 0 && value[stored - 1] == L'\0'))
     {
