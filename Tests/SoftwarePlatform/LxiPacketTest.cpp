@@ -103,16 +103,17 @@ TEST(LxiPacket, EventsHaveNamesAndNumbers)
     for (const auto& [channel, name, number] : kEvents)
     {
         CLxiLanPacket packet(
-            static_cast<tagEnumLxiLanChannelId>(channel), nullptr, 0, nullptr, 0, 0, 0, 0, -1, 1, nullptr);
-        unsigned char id[CLxiLanPacket::kEventIdSize] = {};
+            static_cast<tagEnumLxiLanChannelId>(channel), nullptr, 0, nullptr, 0, 1, 1, 1, -1, 1, nullptr);
+        unsigned char id[CLxiLanPacket::kEventIdSize] = {}, back[CLxiLanPacket::kEventIdSize];
         std::copy_n(name, std::strlen(name), id);
-        channel < -1 ? packet.setEventId(id) : packet.getEventId(id);
+        channel < -1 ? packet.setEventId(id) : packet.setEventId(nullptr);
+        packet.getEventId(back);
         CComBSTR text;
         text.Attach(packet.getEventName());
         EXPECT_TRUE(text == name && !text.IsNull()) << name;
-        EXPECT_EQ(std::string(id, std::find(id, std::end(id), 0)), name);
+        EXPECT_TRUE(std::equal(id, std::end(id), back)) << name;
         EXPECT_EQ(packet.getEventId(), number) << name;
-        EXPECT_EQ(packet.getIsHwFlagSet(), 1);
+        EXPECT_EQ(Serialise(packet).first.substr(36, 2), "\0\x04"s) << "1 is not VARIANT_TRUE";
     }
 }
 
@@ -156,8 +157,9 @@ TEST(LxiPacket, ReceivesEveryCutOfAHeader)
 TEST(LxiPacket, ReceivesHeadersAloneAndSendsThemOn)
 {
     CLxiLanPacket packet, sent;
-    for (const std::string& end : {"\xFF\xFF"s, "\0\0"s, "\0\x04LXLXLXLX"s})
+    for (const std::string& end : {"\0\x04LXLXLXLX"s, "\xFF\xFF"s, "\0\0"s})
     {
+        packet.setDomain(0);
         EXPECT_EQ(Receive(packet, kHeader + end), 1U);
         sent.duplicatePacket(packet);
         EXPECT_EQ(sent.getSequenceNumber(), 0x81020304U);
