@@ -1,28 +1,21 @@
 #include "CScriptedController.h"
 #include "ZoExport.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fstream>
 #include <new>
 #include <sys/syscall.h>
 
-namespace
-{
-bool g_refusesBuffer = false;
-bool g_refusesSync = false;
-} // namespace
+// clang-format off
+static bool g_refusesBuffer = false;
+static bool g_refusesSync = false;
 
 // Faults that a test switches on at the boundary to the system.
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
-try
 {
     return size == 314159 && g_refusesBuffer ? nullptr : ::operator new[](size);
 }
-catch (const std::bad_alloc&)
-{
-    return nullptr;
-}
-
 extern "C" ZO_EXPORT int fsync(int descriptor)
 {
     errno = EIO;
@@ -42,98 +35,65 @@ constexpr char kTransmitting[] = "Error transmitting data.";
 std::string Content(long size)
 {
     std::string content(static_cast<std::size_t>(size), 0);
-    std::ranges::generate(content,
-                          [i = 0U]() mutable { return static_cast<char>(++i * 2654435761U >> 24U); });
+    std::ranges::generate(content, [i = 0U]() mutable { return static_cast<char>(++i * 2654435761U >> 24U); });
     return content;
 }
 
 struct ControllerTransfer : CControllerTest
 {
-    void MakeFile(long size) const { std::ofstream(Path(), std::ios::binary) << Content(size); }
+    void MakeFile(long size) const { std::ofstream(path, std::ios::binary) << Content(size); }
     std::string FileContent() const
     {
-        std::filesystem::permissions(
-            Path(), std::filesystem::perms::owner_read, std::filesystem::perm_options::add);
-        std::ifstream stream(Path(), std::ios::binary);
+        std::filesystem::permissions(path, std::filesystem::perms::all);
+        std::ifstream stream(path, std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};
     }
-    std::string Path() const { return directory + "/file"; }
 };
 
-std::string Requests(const char* request, std::initializer_list<std::string> arguments)
-{
-    std::string log;
-    for (const std::string& argument : arguments)
-    {
-        log += request + argument + " check ";
-    }
-    return log + "check ";
-}
-
-// clang-format off
 TEST_F(ControllerTransfer, FilesAreReceivedInChunks)
 {
-    struct tagCase { const char* name; long size; bool ends; long count; std::initializer_list<std::string> counts; long got; short end = VARIANT_TRUE; };
-    const tagCase kRows[] = {
-        {"Nothing", 5, true, 0, {}, 0, VARIANT_FALSE},
-        {"One", 1, true, -1, {"314159"}, 1},
-        {"OneBelow", kChunk - 1, true, -1, {"314159"}, kChunk - 1},
-        {"OneChunk", kChunk, true, -1, {"314159"}, kChunk},
-        {"OneAbove", kChunk + 1, true, -5, {"314159", "314159"}, kChunk + 1},
-        {"CountedWithoutEnd", 10, false, 4, {"4"}, 4, VARIANT_FALSE},
-        {"CountedToTheEnd", 4, true, 4, {"4"}, 4},
-        {"CountedOneBelow", kChunk + 9, false, kChunk - 1, {"314158"}, kChunk - 1, VARIANT_FALSE},
-        {"CountedChunk", kChunk + 9, false, kChunk, {"314159"}, kChunk, VARIANT_FALSE},
-        {"CountedAbove", 2 * kChunk + 9, true, 2 * kChunk + 1, {"314159", "314159", "1"}, 2 * kChunk + 1, VARIANT_FALSE},
-        {"EndBeforeCount", kChunk + 9, true, kChunk + 20, {"314159", "20"}, kChunk + 9}};
-    for (const tagCase& row : kRows)
+    struct tagCase { long size; bool ends; long count; const char* outcome; }; // bytes got, END, requests
+    for (const tagCase& row : std::initializer_list<tagCase>{
+             {5, true, 0, "0 0 check "}, {1, true, -1, "1 -1 Read 1 1 314159 check check "},
+             {kChunk - 1, true, -1, "314158 -1 Read 1 1 314159 check check "}, {kChunk, true, -1, "314159 -1 Read 1 1 314159 check check "},
+             {kChunk + 1, true, -5, "314160 -1 Read 1 1 314159 check Read 1 1 314159 check check "},
+             {10, false, 4, "4 0 Read 1 1 4 check check "}, {4, true, 4, "4 -1 Read 1 1 4 check check "},
+             {kChunk, false, kChunk - 1, "314158 0 Read 1 1 314158 check check "}, {kChunk + 9, false, kChunk, "314159 0 Read 1 1 314159 check check "},
+             {kChunk + 9, true, kChunk + 1, "314160 0 Read 1 1 314159 check Read 1 1 1 check check "},
+             {kChunk + 9, true, kChunk + 20, "314168 -1 Read 1 1 314159 check Read 1 1 20 check check "}})
     {
         C c;
         c.incoming = Content(row.size);
         c.endsIncoming = row.ends;
-        EXPECT_EQ(c.ReadToFile(file, row.count, &length, &end), S_OK) << row.name;
-        EXPECT_EQ(c.log, Requests("Read 1 1 ", row.counts)) << row.name;
-        EXPECT_EQ(length, row.got) << row.name;
-        EXPECT_EQ(end, row.end) << row.name;
-        EXPECT_EQ(std::filesystem::status(Path()).permissions(), std::filesystem::perms::owner_write) << row.name;
-        EXPECT_TRUE(FileContent() == Content(row.got)) << row.name;
-        EXPECT_EQ(c.LastError(), "No error");
-        std::filesystem::remove(Path());
+        EXPECT_EQ(c.ReadToFile(file, row.count, &length, &end), S_OK);
+        EXPECT_EQ(C::Line(length, end) + c.log, row.outcome);
+        EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms::owner_write);
+        EXPECT_TRUE(FileContent() == Content(length)) << row.outcome;
+        std::filesystem::remove(path);
     }
 }
 
 TEST_F(ControllerTransfer, FilesAreSentInChunks)
 {
-    struct tagCase { const char* name; long size; long count; short end; std::initializer_list<std::string> chunks; long sent; };
-    const tagCase kRows[] = {
-        {"Nothing", 0, 0, VARIANT_TRUE, {}, 0},
-        {"OneBelow", kChunk - 1, 0, VARIANT_TRUE, {" 314158 1"}, kChunk - 1},
-        {"OneChunk", kChunk, -1, VARIANT_TRUE, {" 314159 1"}, kChunk},
-        {"WithoutEnd", kChunk, 0, VARIANT_FALSE, {" 314159 0"}, kChunk},
-        {"OtherTrue", kChunk, 0, 1, {" 314159 0"}, kChunk},
-        {"OneAbove", kChunk + 1, 0, VARIANT_TRUE, {" 314159 0", "\x9E 1 1"}, kChunk + 1},
-        {"Counted", 2 * kChunk + 5, kChunk + 200, VARIANT_TRUE, {" 314159 0", " 200 1"}, kChunk + 200},
-        {"CountAboveLength", 200, 300, VARIANT_TRUE, {" 200 1"}, 200}};
-    for (const tagCase& row : kRows)
+    struct tagCase { long size; long count; short end; const char* outcome; }; // bytes sent, requests with length and END
+    for (const tagCase& row : std::initializer_list<tagCase>{
+             {0, 0, VARIANT_TRUE, "0 check "}, {kChunk - 1, 0, VARIANT_TRUE, "314158 Write  314158 1 check check "},
+             {kChunk, -1, VARIANT_TRUE, "314159 Write  314159 1 check check "}, {kChunk, 0, VARIANT_FALSE, "314159 Write  314159 0 check check "},
+             {kChunk, 0, 1, "314159 Write  314159 0 check check "},
+             {kChunk + 1, 0, VARIANT_TRUE, "314160 Write  314159 0 check Write  1 1 check check "},
+             {2 * kChunk + 5, kChunk + 200, VARIANT_TRUE, "314359 Write  314159 0 check Write  200 1 check check "},
+             {200, 300, VARIANT_TRUE, "200 Write  200 1 check check "}})
     {
         C c;
         MakeFile(row.size);
-        EXPECT_EQ(c.WriteFromFile(file, row.count, row.end, &length), S_OK) << row.name;
-        if (row.size != kChunk + 1) { EXPECT_EQ(c.log, Requests("Write ", row.chunks)) << row.name; }
-        EXPECT_EQ(length, row.sent) << row.name;
-        EXPECT_TRUE(c.outgoing == Content(row.sent)) << row.name;
+        EXPECT_EQ(c.WriteFromFile(file, row.count, row.end, &length), S_OK);
+        EXPECT_EQ(C::Line(length) + c.log, row.outcome);
+        EXPECT_TRUE(c.outgoing == Content(length)) << row.outcome;
     }
 }
 
 TEST_F(ControllerTransfer, FailuresLeaveTextAndNoDescriptor)
 {
-    using tagScript = std::vector<tagAnswer>;
-    constexpr auto kNow = tagAnswer::Now;
-    struct tagCase
-    {
-        const char* name; tagScript script; const char* path; std::string text; long moved = 0; HRESULT result = S_FALSE;
-        std::function<void(C&)> prepare = [](C&) {}; bool raises = false;
-    };
     const std::string missing = directory + "/missing/f";
     std::array<int, 2> pipe{};
     ASSERT_EQ(::pipe(pipe.data()), 0);
@@ -141,63 +101,46 @@ TEST_F(ControllerTransfer, FailuresLeaveTextAndNoDescriptor)
     const auto refuseBuffer = [](C&) { g_refusesBuffer = true; };
     const auto refuseSync = [](C&) { g_refusesSync = true; };
     const auto sayNothing = [](C& c) { c.incoming.clear(); };
-    const auto shrink = [this](C& c) { c.onRequest = [this] { std::filesystem::resize_file(Path(), kChunk + 1); }; };
-    const tagCase kReceived[] = {
-        {"NoName", {kNow}, "", "Missing filename.", 0, E_INVALIDARG}, {"NoFolder", {kNow}, missing.c_str(), "Error open file " + missing},
-        {"FullDisk", {kNow}, "/dev/full", "Error writing binary data to file."},
-        {"PeerFails", {kNow, tagAnswer::Error}, nullptr, kTransmitting, kChunk}, {"PeerSilent", {kNow, tagAnswer::Never}, nullptr, kTransmitting, kChunk},
-        {"Aborted", {kNow, tagAnswer::Aborted}, nullptr, kTransmitting, kChunk}, {"PeerHasNothing", {kNow}, nullptr, kTransmitting, 0, S_FALSE, sayNothing},
-        {"PeerGone", {kNow, tagAnswer::Refused}, nullptr, kTransmitting, kChunk, S_OK, [](C&) {}, true},
-        {"TransportThrows", {kNow, tagAnswer::Throw}, nullptr, kTransmitting, kChunk},
-        {"NoMemory", {kNow}, nullptr, "Out of memory", 0, E_OUTOFMEMORY, refuseBuffer},
-        {"NotSynchronised", {kNow}, nullptr, "Error closing file.", kChunk + 9, S_FALSE, refuseSync}};
-    const tagCase kSent[] = {
-        {"NoName", {kNow}, "", "Missing filename.", 0, E_INVALIDARG}, {"NoFile", {kNow}, missing.c_str(), "Error open file " + missing},
-        {"NoLength", {kNow}, pipePath.c_str(), "Error get file length."}, {"PeerFails", {kNow, tagAnswer::Error}, nullptr, kTransmitting, kChunk},
-        {"PeerSilent", {kNow, tagAnswer::Never}, nullptr, kTransmitting, kChunk},
-        {"PeerGone", {kNow, tagAnswer::Refused}, nullptr, kTransmitting, kChunk, S_OK, [](C&) {}, true},
-        {"Shrinks", {kNow}, nullptr, "Error reading binary data from file.", kChunk, S_FALSE, shrink},
-        {"NoMemory", {kNow}, nullptr, "Out of memory", 0, E_OUTOFMEMORY, refuseBuffer}};
-    const auto run = [&](const tagCase& row, const char* direction, const std::function<HRESULT(C&, wchar_t*)>& transfer)
+    const auto shrink = [this](C& c) { c.onRequest = [this] { std::filesystem::resize_file(path, kChunk + 1); }; };
+    struct tagCase { bool receives; unsigned second; std::string path; std::string text; long moved = 0; HRESULT result = S_FALSE;
+        std::function<void(C&)> prepare = [](C&) {}; };
+    for (const tagCase& row : std::initializer_list<tagCase>{
+             {true, kDone, "", "Missing filename.", 0, E_INVALIDARG}, {true, kDone, missing, "Error open file " + missing},
+             {true, kDone, "/dev/full", "Error writing binary data to file."}, {true, kDone, path, kTransmitting, 0, S_FALSE, sayNothing},
+             {true, kError, path, kTransmitting, kChunk}, {true, 0, path, kTransmitting, kChunk}, {true, kAborted | kFromThread, path, kTransmitting, kChunk},
+             {true, kRefused, path, kTransmitting, kChunk, kRefusal}, {true, kThrow, path, kTransmitting, kChunk},
+             {true, kDone, path, "Out of memory", 0, E_OUTOFMEMORY, refuseBuffer}, {true, kDone, path, "Error closing file.", kChunk + 9, S_FALSE, refuseSync},
+             {false, kDone, "", "Missing filename.", 0, E_INVALIDARG}, {false, kDone, missing, "Error open file " + missing},
+             {false, kDone, pipePath, "Error get file length."}, {false, kDone, path, "Error reading binary data from file.", kChunk, S_FALSE, shrink},
+             {false, kError, path, kTransmitting, kChunk}, {false, 0, path, kTransmitting, kChunk}, {false, kThrow, path, kTransmitting, kChunk},
+             {false, kRefused, path, kTransmitting, kChunk, kRefusal}, {false, kDone, path, "Out of memory", 0, E_OUTOFMEMORY, refuseBuffer}})
     {
         MakeFile(kChunk + 9);
-        C c(row.script);
-        c.put_Timeout(row.script.back() == tagAnswer::Never ? 1 : -1);
+        C c({kDone, row.second});
         c.incoming = Content(kChunk + 9);
         row.prepare(c);
-        const CComBSTR name = row.path != nullptr ? CComBSTR(row.path) : file;
-        HRESULT hr = S_OK;
+        const CComBSTR name(row.path.c_str());
+        HRESULT hr = kRefusal; // stays when the refusal is raised
         const std::ptrdiff_t before = OpenDescriptors();
-        EXPECT_EQ(Raised([&] { hr = transfer(c, name); }).has_value(), row.raises) << direction << row.name;
-        EXPECT_EQ(OpenDescriptors(), before) << direction << row.name;
+        const bool raises = !Raised([&] {
+            hr = row.receives ? c.ReadToFile(name, -1, &length, &end) : c.WriteFromFile(name, 0, VARIANT_TRUE, &length);
+        }).empty();
+        EXPECT_EQ(OpenDescriptors(), before) << row.text;
         g_refusesBuffer = g_refusesSync = false;
-        EXPECT_EQ(hr, row.result) << direction << row.name;
-        EXPECT_EQ(c.LastError(), row.text) << direction << row.name;
-        EXPECT_EQ(length, row.moved) << direction << row.name;
-        EXPECT_TRUE(row.raises || c.isQuiet || c.log.ends_with("check ")) << direction << c.log;
-    };
-    for (const tagCase& row : kReceived)
-    {
-        run(row, "receive ", [this](C& c, wchar_t* name) { return c.ReadToFile(name, -1, &length, &end); });
-    }
-    for (const tagCase& row : kSent)
-    {
-        run(row, "send ", [this](C& c, wchar_t* name) { return c.WriteFromFile(name, 0, VARIANT_TRUE, &length); });
+        EXPECT_EQ(C::Line(hr, length, c.LastError()), C::Line(row.result, row.moved, row.text)) << row.receives << ' ' << row.second;
+        EXPECT_EQ(raises, row.result == kRefusal);
+        EXPECT_TRUE(raises || c.isQuiet || c.log.ends_with("check ")) << c.log;
     }
     errno = EIO;
     C().ReadToFile(CComBSTR(missing.c_str()), -1, &length, &end);
     EXPECT_EQ(errno, 0);
     for (const int descriptor : pipe) { ::close(descriptor); }
 }
-// clang-format on
 
 /// An override of Read that claims more than it was asked for.
 struct CLyingController : C
 {
-    HRESULT Read(long count, unsigned char*, long* got, short*) override
-    {
-        return *got = count + claimed, S_OK;
-    }
+    HRESULT Read(long count, unsigned char*, long* got, short*) override { return *got = count + claimed, S_OK; }
     long claimed = 1;
 };
 
@@ -212,3 +155,4 @@ TEST_F(ControllerTransfer, ReadIsCalledThroughItsSlot)
 }
 
 } // namespace
+// clang-format on
