@@ -6,22 +6,20 @@
 #include <utility>
 
 /// Takes the place of the machine's clock during its life, so that nothing can set that.
-class CClockRecorder
+struct CClockRecorder
 {
-public:
     using Setting = std::pair<LONGLONG, int>;
 
     /// @param refusal  errno number with which every setting is refused; 0 accepts them
     explicit CClockRecorder(int refusal = 0) : m_pFormer(SetSystemClockPrimitive(&Record))
     {
         s_iRefusal = refusal;
-        s_last.reset();
     }
     CClockRecorder(const CClockRecorder&) = delete;
     CClockRecorder& operator=(const CClockRecorder&) = delete;
     ~CClockRecorder() { SetSystemClockPrimitive(m_pFormer); }
 
-    /// The last time that reached the clock, in seconds since 1970 and milliseconds.
+    /// The time that reached the clock since the last call, in seconds since 1970 and milliseconds.
     static std::optional<Setting> Take() { return std::exchange(s_last, std::nullopt); }
 
 private:
@@ -30,7 +28,6 @@ private:
         s_last = Setting(seconds, milliseconds);
         return s_iRefusal;
     }
-
     static inline int s_iRefusal = 0;
     static inline std::optional<Setting> s_last;
     const SystemClockPrimitive m_pFormer;
