@@ -187,7 +187,7 @@ int CLxiLanPacket::getEventId() const noexcept
 
 BSTR CLxiLanPacket::getEventName() const noexcept
 {
-    const auto end = std::find(m_abEventId.begin(), m_abEventId.end(), 0);
+    const auto* const end = std::find(m_abEventId.begin(), m_abEventId.end(), 0);
     return A2WBSTR(reinterpret_cast<const char*>(m_abEventId.data()),
                    static_cast<int>(end - m_abEventId.begin()));
 }

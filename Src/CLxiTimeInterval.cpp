@@ -14,12 +14,12 @@ constexpr long long kLargest = (1LL << 47) - 1;
 
 constexpr long long Sum(long long left, long long right) noexcept
 {
-    return static_cast<long long>(static_cast<std::uint64_t>(left) + static_cast<std::uint64_t>(right));
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(left) + static_cast<std::uint64_t>(right));
 }
 
 constexpr long long Negated(long long value) noexcept
 {
-    return static_cast<long long>(0 - static_cast<std::uint64_t>(value));
+    return static_cast<std::int64_t>(0 - static_cast<std::uint64_t>(value));
 }
 
 } // namespace
@@ -34,7 +34,7 @@ CLxiTimeInterval::~CLxiTimeInterval() = default;
 CLxiTimeInterval::operator TimeInterval() const noexcept
 {
     const std::uint64_t scaled = static_cast<std::uint64_t>(m_iNanoSeconds) * std::uint64_t{kScale};
-    return static_cast<TimeInterval>(scaled + m_wFraction);
+    return static_cast<std::int64_t>(scaled + m_wFraction);
 }
 
 void CLxiTimeInterval::SetNanoSeconds(long long nanoSeconds) noexcept

@@ -26,12 +26,6 @@ CLxiTime T(bool isNegative, unsigned short epoch, unsigned long seconds, unsigne
     return time;
 }
 
-/// For failures.
-std::string Text(const CLxiTime& time)
-{
-    return std::to_string(time.GetEpoch()) + ":" + std::string(time);
-}
-
 // clang-format off
 const std::tuple<CLxiTime, char, CLxiTime, CLxiTime> kArithmetic[] = {
     {T(0, 0, 1, 999'999'999), '+', T(0, 0, 2, 1), T(0, 0, 4, 0)}, {T(0, 0, 1, 0), '+', T(1, 0, 1, 1), T(1, 0, 0, 1)},
@@ -53,7 +47,7 @@ TEST(LxiTime, ArithmeticFollowsItsRules)
     {
         CLxiTime time = left;
         operation == '/' ? time.Div2() : operation == '+' ? time.Add(right) : time.Sub(right);
-        EXPECT_TRUE(time == result) << Text(left) << operation << Text(right) << " gave " << Text(time);
+        EXPECT_TRUE(time == result) << std::string(left) << operation << std::string(right) << " gave " << std::string(time);
     }
 }
 
@@ -68,9 +62,9 @@ TEST(LxiTime, LaterThan)
     for (const auto& [greater, less] : kGreaterAndLess)
     {
         EXPECT_TRUE(greater > less && !(less > greater) && !(greater > greater))
-            << Text(greater) << " > " << Text(less);
+            << std::string(greater) << " > " << std::string(less);
         EXPECT_TRUE(less <= greater && !(greater <= less) && less <= less)
-            << Text(less) << " <= " << Text(greater);
+            << std::string(less) << " <= " << std::string(greater);
     }
 }
 
