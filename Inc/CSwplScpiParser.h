@@ -29,7 +29,7 @@ public:
     ///
     /// @param length  of the table, in bytes
     /// @param data  first record of the table, see ScpiCommandTable.h; the parser copies it
-    /// @param name  of the application; copied; may be null
+    /// @param name  of the application; copied; whether null will do is up to the parser
     /// @return S_OK
     /// @throws CShellError when the parser refuses, without attached parser, and for a length beyond 32 bits;
     /// type and name are then as before

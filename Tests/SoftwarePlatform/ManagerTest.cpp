@@ -319,11 +319,13 @@ TEST(ManagerTest, EachRegistrationHasANewIdentity)
 TEST(ManagerTest, RequestsInFlightHaveThreadsOfTheirOwn)
 {
     tagWorld world;
+    CThread* const thread = GetComponentShellThreadPool().GetThread("SwplScpiManagerThread");
+    GetComponentShellThreadPool().ReturnThread(thread);
     ResetEvent(world.kernel.script.gate.Get());
     EXPECT_EQ(world.manager.StopParser(true), S_OK);
     EXPECT_EQ(world.OnThread(&CSwplScpiManager::ReturnToLocal), S_OK) << "the first one is still at work";
     SetEvent(world.kernel.script.gate.Get());
-    EXPECT_EQ(GetComponentShellThreadPool().Shutdown(), S_OK);
+    EXPECT_EQ(thread->WaitUntilIdle(INFINITE), S_OK);
 }
 
 TEST(ManagerTest, AttachmentSkipsPathsWithoutParserManagement)
