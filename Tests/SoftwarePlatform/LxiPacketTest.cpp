@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <latch>
 #include <memory>
 #include <string>
 #include <thread>
@@ -242,10 +243,12 @@ TEST(LxiPacket, SequenceNumbersAreUniqueAndWithoutGaps)
     CLxiLanPacket packets[4];
     const unsigned long before = NextNumber(packets[0]);
     std::vector<unsigned long> numbers(std::size(packets) * 10'000);
+    std::latch start(std::size(packets));
     std::vector<std::jthread> threads;
     for (std::size_t i = 0; i != std::size(packets); ++i)
     {
-        threads.emplace_back([&packet = packets[i], own = &numbers[i * 10'000]] {
+        threads.emplace_back([&start, &packet = packets[i], own = &numbers[i * 10'000]] {
+            start.arrive_and_wait();
             std::generate_n(own, 10'000, [&] { return NextNumber(packet); });
         });
     }
