@@ -63,7 +63,7 @@ public:
         return fetchResult;
     }
     HRESULT DoFetchString(wchar_t** text) override { return *text = A2WBSTR(incoming.c_str()), fetchResult; }
-    HRESULT CheckProtocolError() override { return log += isQuiet ? "" : "check ", E_FAIL; }
+    HRESULT CheckProtocolError() override { return isQuiet ? E_FAIL : (log += "check ", E_FAIL); }
     HRESULT DoEnableInterrupt() override { return log += "enable ", S_FALSE; }
     HRESULT DoDisableInterrupt() override { return log += "disable ", E_FAIL; }
 
