@@ -77,7 +77,8 @@ TEST(LxiPacket, BytesOnTheWire)
     packet.setEpoch(0xFBBCC);
     auto [message, announced] = Serialise(packet);
     const unsigned long number = packet.getSequenceNumber();
-    EXPECT_EQ(message.substr(20, 4), ("\0\0"s + static_cast<char>(number >> 8) + static_cast<char>(number)));
+    EXPECT_EQ(message.substr(20, 4), (std::string{static_cast<char>(number >> 24), static_cast<char>(number >> 16),
+                                                      static_cast<char>(number >> 8), static_cast<char>(number)}));
     EXPECT_EQ(message.erase(20, 4),
               "LXI\xFE" "LAN3"s + std::string(12, '\0') + "\x11\x22\x33\x44\x55\x66\x77\x88\x99\xAA\xBB\xCC\0\x0A"
                   "\0\x03\0\0\xF0" "abc" "\0\0\0\0\x01" "\0\0\0\0"s);
