@@ -23,7 +23,7 @@ public:
     /// Checksum of a buffer.
     ///
     /// @param data    length bytes, borrowed; may be null when length is 0
-    /// @return the checksum; 0 for an empty buffer
+    /// @return the checksum; that of an empty buffer is 0
     static std::uint16_t Calculate(unsigned char const* data, unsigned int length) noexcept;
 
 private:

@@ -36,11 +36,6 @@ std::uint16_t CCrc16Handling::Calculate(unsigned char const* data, unsigned int 
     {
         CreateCrc16Table();
     }
-    // Deliberate: nothing to check has the checksum 0, so that an absent buffer is told from a damaged one.
-    if (length == 0)
-    {
-        return 0;
-    }
     const auto step = [](std::uint32_t crc, std::uint32_t nibble) {
         return ((crc >> 4) & 0x0FFF) ^ m_CrcTbl[(crc ^ nibble) & 0xF].load(std::memory_order_relaxed);
     };

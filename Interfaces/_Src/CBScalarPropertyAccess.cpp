@@ -156,6 +156,7 @@ HRESULT CBScalarPropertyAccess::CAnyProperty::Set(VARIANT value)
     return Assign(value, tagConversion::MustSucceed);
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): it changes the property's value
 HRESULT CBScalarPropertyAccess::CAnyProperty::Assign(const VARIANT& value, tagConversion conversion)
 {
     const tagStoredType* const pStored = RowOf(kStoredTypes, GetType());
