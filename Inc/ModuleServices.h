@@ -11,6 +11,9 @@ namespace ZoVelkor
 /// Name, with version, of the service that reads and sets the system clock: IZOTimeDateControl.
 inline constexpr const wchar_t* kTimeServices = L"TimeServices_2.6";
 
+/// Name, with version, of the service that reads and writes the registry: IZORegistryAccess.
+inline constexpr const wchar_t* kRegistryServices = L"RegistryServices_2.6";
+
 /// Hands out a service of this module; each call makes a new component.
 ///
 /// Results as of FindService. Threads: any.

@@ -3,6 +3,7 @@
 // Everything that applications of the instrument need. Left out on purpose: ScpiTableMacros.h, whose short
 // names belong into the file that holds a command table, and ZoStringQt.h, which needs Qt.
 
+#include "CBRegistryAccess.h"
 #include "CBScalarPropertyAccess.h"
 #include "CBScpiBlockData.h"
 #include "CBScpiChannel.h"
@@ -24,6 +25,7 @@
 #include "CCrc16Handling.h"
 #include "CCritSectionLocker.h"
 #include "CDeviceExecutionTime.h"
+#include "CERegistryAccess.h"
 #include "CETimeDateControl.h"
 #include "CLazyScpiManager.h"
 #include "CLocalThread.h"
@@ -54,6 +56,8 @@
 #include "ErrorRaising.h"
 #include "Event.h"
 #include "IZODatabaseTransaction.h"
+#include "IZONotificationSink.h"
+#include "IZORegistryAccess.h"
 #include "IZOScalarPropertyAccess.h"
 #include "IZOScpiBlockData.h"
 #include "IZOScpiChannel.h"
@@ -87,6 +91,7 @@
 #include "IZOScpiWaitableChannel.h"
 #include "IZOTimeDateControl.h"
 #include "ModuleServices.h"
+#include "Registry.h"
 #include "Root.h"
 #include "ScpiChannelInfo.h"
 #include "ScpiChannelStatus.h"

@@ -1,4 +1,5 @@
 zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces/_Inc HEADERS
+    CBRegistryAccess.h
     CBScalarPropertyAccess.h
     CBScpiBlockData.h
     CBScpiChannel.h
@@ -13,10 +14,13 @@ zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces
     CBScpiParser.h
     CBScpiStatusRegister.h
     CBTimeDateControl.h
+    CERegistryAccess.h
     CETimeDateControl.h
+    CRegistryAccessChecks.h
     CSmartScpiChannelInfo.h
     CTimeDateChecks.h
     IZODatabaseTransaction.h
+    IZORegistryAccess.h
     IZOScalarPropertyAccess.h
     IZOScpiBlockData.h
     IZOScpiChannel.h
@@ -57,6 +61,7 @@ zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Interfaces
     ScpiStatusData.h
     TimeDateStruct.h)
 target_sources(zosoftwareplatformembedded PRIVATE
+    ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBRegistryAccess.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScalarPropertyAccess.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiBlockData.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiChannel.cpp
@@ -71,6 +76,7 @@ target_sources(zosoftwareplatformembedded PRIVATE
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiParser.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBScpiStatusRegister.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CBTimeDateControl.cpp
+    ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CRegistryAccessChecks.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CSmartScpiChannelInfo.cpp
     ${CMAKE_SOURCE_DIR}/Interfaces/_Src/CTimeDateChecks.cpp
     )

@@ -1,6 +1,8 @@
 #include "ModuleServices.h"
 
+#include "CBRegistryAccess.h"
 #include "CComObject.h"
+#include "CERegistryAccess.h"
 #include "CSystemTimeDateControl.h"
 #include "ServiceLookup.h"
 
@@ -11,8 +13,12 @@ namespace
 {
 constexpr std::wstring_view kVersionSuffix = L"_2.6";
 
+using CRegistryService = CComObject<CERegistryAccess<CBRegistryAccess>, IZORegistryAccess>;
+using CTimeService = CComObject<CSystemTimeDateControl, IZOTimeDateControl>;
+
 constexpr tagServiceEntry kServices[] = {
-    {L"TimeServices", &MakeService<CComObject<CSystemTimeDateControl, IZOTimeDateControl>>}
+    {L"RegistryServices", &MakeService<CRegistryService>},
+    {L"TimeServices",     &MakeService<CTimeService>    },
 };
 } // namespace
 
