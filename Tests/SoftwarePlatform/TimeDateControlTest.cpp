@@ -43,11 +43,12 @@ struct CHandClock : CETimeDateControl<CBTimeDateControl>
     HRESULT m_setResult = S_OK;
 };
 
+using CClock = CComObject<CHandClock, IZOTimeDateControl>;
+
 struct TimeDateControl : testing::Test
 {
     CErrorRecorder m_recorder;
-    CComPtr<CComObject<CHandClock, IZOTimeDateControl>> m_spClock =
-        decltype(m_spClock)::element_type::Create();
+    CComPtr<CClock> m_spClock = CClock::Create();
     tagTimeStruct m_time{99, 99, 99, 9999};
     tagDateStruct m_date{};
 };
@@ -72,8 +73,8 @@ TEST_F(TimeDateControl, FieldsAreCheckedBeforeAndBehindTheBaseLayer)
         EXPECT_EQ(std::exchange(m_spClock->m_now, {time, date}), std::pair(kTime, kDate));
         EXPECT_EQ(m_spClock->GetTimeAndDate(&m_time, &m_date), kRange);
         const auto reports = m_recorder.Take();
-        EXPECT_EQ(std::string(argument) + returned,
-                  std::string(reports.at(0).report.condition) + reports.at(1).report.condition);
+        EXPECT_STREQ(reports.at(0).report.condition, argument);
+        EXPECT_STREQ(reports.at(1).report.condition, returned);
         EXPECT_EQ(m_spClock->SetTimeAndDate({0, 0, 0, 0}, {0, 1, 1}), S_OK);
         EXPECT_EQ(m_spClock->SetTimeAndDate(kTime, kDate), S_OK);
     }
@@ -145,9 +146,8 @@ TEST(ModuleServices, TimeServicesReadAndSetTheSystemClock)
     EXPECT_EQ(spClock->SetTimeAndDate({1, 2, 3, 4}, {2000, 2, 29}), S_OK);
     EXPECT_EQ(CClockRecorder::Take(), CClockRecorder::Setting(951786123, 4));
     EXPECT_EQ(spClock->SetTimeAndDate(kTime, {2023, 4, 31}), S_FALSE) << "the platform decides";
-    EXPECT_EQ(CClockRecorder::Take(), std::nullopt);
     EXPECT_EQ(spClock->SetDate({2000, 2, 29}), S_OK);
-    const auto [seconds, milliseconds] = CClockRecorder::Take().value_or(CClockRecorder::Setting());
+    const LONGLONG seconds = CClockRecorder::Take().value_or(CClockRecorder::Setting()).first;
     EXPECT_LE((std::time(nullptr) - seconds + 5) % 86400, 10) << "the time of day stays";
     const CClockRecorder refusing(EPERM);
     EXPECT_EQ(spClock->SetTimeAndDate(kTime, kDate), S_FALSE);
