@@ -1,6 +1,7 @@
 #include "AnalyzerTable.h"
 #include "CDemoInstrument.h"
 #include "CGeneratorCommands.h"
+#include "CScriptedServer.h"
 #include "ScpiTableMacros.h"
 #include "ToolRunner.h"
 
@@ -9,9 +10,7 @@
 #include <algorithm>
 #include <cstring>
 #include <future>
-#include <netinet/in.h>
 #include <sstream>
-#include <sys/socket.h>
 #include <unistd.h>
 
 namespace ZoVelkor::Tools::Testing
@@ -54,7 +53,7 @@ constexpr tagUsageRow kBadUsage[] = {
     {"table headers a --timeout 0",              2, "timeout"},
     {"table headers h:1 --timeout nan",          2, "--timeout: nan is not from 0.001 to 86400"},
     {"table merge a",                            2, "--output is required"},
-    {"table save a -o b",                        2, "zo: a: neither"},
+    {"table save a/b -o b",                      2, "zo: a/b: neither"},
     {"table headers TCPIP::a::INSTR",            2, "TCPIP::a::INSTR: not of the form"},
     {"table headers TCPIP::a::0::SOCKET",        2, "not of the form"},
     {"table save [::1:5025 -o b",                2, "zo: [::1:5025: neither"},
@@ -299,22 +298,6 @@ TEST_F(DemoTable, IsTheSameFromInstrumentAndFile)
     EXPECT_THAT(Run("table syntax --diagnostic " + Address()).out, HasSubstr(":SYSTem:HELP:TABLe?\n"));
 }
 
-/// Listens on a free port of the loopback address.
-int Listen(std::string& address)
-{
-    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in place{};
-    place.sin_family = AF_INET;
-    place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof place;
-    auto* const generic = reinterpret_cast<sockaddr*>(&place);
-    EXPECT_EQ(bind(listener, generic, length), 0);
-    EXPECT_EQ(listen(listener, 1), 0);
-    EXPECT_EQ(getsockname(listener, generic, &length), 0);
-    address = "127.0.0.1:" + std::to_string(ntohs(place.sin_port));
-    return listener;
-}
-
 struct tagBadAnswer
 {
     const char* answer;
@@ -328,7 +311,7 @@ constexpr tagBadAnswer kBadAnswers[] = {
     {"-113,\"Undefined header;#SYST\"\r\n", false, 1, "gives no command table: -113,\"Undefined header;#SYST\"\n"},
     {"-300,\"Too many connections\"\n",     true,  1, "gives no command table: -300,\"Too many connections\"\n"},
     {"0,\"No error\"\n",                    false, 1, "gives no command table: 0,\"No error\"\n"},
-    {"2.00,#6000040 \n",                    false, 1, "gives no command table: 2.00,#6000040 \n"},
+    {"2.00,#6000040 \n",                    false, 1, "gives no command table: 2.00,#6\n"},
     {"ACME #\n",                            false, 1, "gives no command table: ACME #\n"},
     {"1.00,#6\x1B[2Jxx",                    false, 1, "gives no command table: 1.00,#6?[2Jxx\n"},
     {"1.00,#6000041xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx", false, 1, "41 bytes are no whole number"},
@@ -344,24 +327,20 @@ TEST_F(ToolTest, BadAnswersOfInstruments)
     for (const tagBadAnswer& row : kBadAnswers)
     {
         SCOPED_TRACE(row.err);
-        std::string address;
-        const int listener = Listen(address);
+        CScriptedServer server;
+        const std::string address = server.Address().Text();
         const char* const timeout = row.exitCode == 3 && !row.closes ? "0.05" : "60";
         auto end = std::async(std::launch::async,
                               [&] { return Run("table save " + address + " -o x --timeout " + timeout); });
-        const int connection = accept(listener, nullptr, nullptr);
+        CPeer peer = server.Accept();
         // Closing on unread questions would reset the connection.
-        char question[1000];
-        EXPECT_GT(recv(connection, question, sizeof question, 0), 0);
-        const std::string answer = row.answer;
-        send(connection, answer.data(), answer.size(), MSG_NOSIGNAL);
+        peer.ReadTo("SYSTem:ERRor?\n");
+        peer.Send(row.answer);
         if (row.closes)
         {
-            shutdown(connection, SHUT_WR);
+            peer.FinishSending();
         }
         const tagRun run = end.get();
-        close(connection);
-        close(listener);
         EXPECT_EQ(run.exitCode, row.exitCode);
         EXPECT_THAT(run.err, HasSubstr(address));
         EXPECT_THAT(run.err, HasSubstr(row.err));

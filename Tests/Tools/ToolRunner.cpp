@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
+#include <iomanip>
 #include <iterator>
 #include <spawn.h>
 #include <sstream>
@@ -51,7 +52,11 @@ ToolTest::~ToolTest()
 tagRun ToolTest::Run(const std::string& arguments, std::string_view input, int output, int error) const
 {
     std::istringstream words("zo " + arguments);
-    std::vector<std::string> texts{std::istream_iterator<std::string>(words), {}};
+    std::vector<std::string> texts;
+    for (std::string text; words >> std::quoted(text, '\'');)
+    {
+        texts.push_back(text);
+    }
     std::vector<char*> argv;
     for (std::string& text : texts)
     {

@@ -31,7 +31,7 @@ protected:
     ToolTest();
     ~ToolTest() override;
 
-    /// Runs the tool with arguments, which blanks separate.
+    /// Runs the tool with arguments, which blanks separate; one that begins with ' goes to the next '.
     ///
     /// @param output  descriptor for its standard output; -1 collects it
     /// @param error   the same for its standard error
@@ -40,6 +40,7 @@ protected:
 
     void Write(const std::string& name, std::string_view bytes) const;
     std::string Read(const std::string& name) const;
+    const std::filesystem::path& Folder() const { return m_folder; }
     bool Exists(const std::string& name) const { return std::filesystem::exists(m_folder / name); }
 
 private:

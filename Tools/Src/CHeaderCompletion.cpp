@@ -89,6 +89,12 @@ std::string_view WithoutLeadingBlanks(std::string_view text)
     return text.substr(std::min(text.find_first_not_of(kBlanks), text.size()));
 }
 
+void Order(std::vector<std::string>& texts)
+{
+    std::sort(texts.begin(), texts.end());
+    texts.erase(std::unique(texts.begin(), texts.end()), texts.end());
+}
+
 std::string CommonBeginning(const std::vector<std::string>& texts)
 {
     std::string common = texts.front();
@@ -217,26 +223,38 @@ void CHeaderCompletion::FollowCommand(std::string_view command, Nodes& level) co
     }
 }
 
-/// What certainly follows a complete keyword.
-std::string CHeaderCompletion::Ending(const Nodes& nodes, std::string_view keyword) const
+/// Goes on behind a complete keyword: with what certainly follows, else with the choices.
+void CHeaderCompletion::GoOn(const Nodes& nodes, tagCompletion& completion) const
 {
     bool isSetting = false;
     bool isQuery = false;
-    bool isInner = false;
+    Nodes complete;
     for (const std::size_t node : nodes)
     {
-        if (IsKeyword(m_nodes[node].sKeyword, keyword))
+        if (IsKeyword(m_nodes[node].sKeyword, completion.text))
         {
             isSetting = isSetting || m_nodes[node].isSetting;
             isQuery = isQuery || m_nodes[node].isQuery;
-            isInner = isInner || !m_nodes[node].children.empty();
+            complete.push_back(node);
         }
     }
-    if (isInner)
+    const Nodes behind = Reachable(complete);
+    if (behind.empty())
     {
-        return isSetting || isQuery ? "" : ":";
+        completion.text += isQuery && !isSetting ? "?" : "";
     }
-    return isQuery && !isSetting ? "?" : "";
+    else if (!isSetting && !isQuery)
+    {
+        completion.text += ':';
+    }
+    else
+    {
+        for (const std::size_t node : behind)
+        {
+            completion.choices.push_back(':' + m_nodes[node].sKeyword);
+        }
+        Order(completion.choices);
+    }
 }
 
 tagCompletion CHeaderCompletion::Complete(std::string_view line) const
@@ -280,16 +298,15 @@ tagCompletion CHeaderCompletion::CompleteWord(std::string_view word, const Nodes
             result.choices.push_back(isCapitals ? keyword : SmallLetters(keyword));
         }
     }
-    std::sort(result.choices.begin(), result.choices.end());
-    result.choices.erase(std::unique(result.choices.begin(), result.choices.end()), result.choices.end());
+    Order(result.choices);
     if (result.text.empty() && !result.choices.empty())
     {
         result.text = CommonBeginning(result.choices);
     }
     if (result.choices.size() <= 1 && !result.text.empty())
     {
-        result.text += Ending(nodes, result.text);
         result.choices.clear();
+        GoOn(nodes, result);
     }
     return result;
 }

@@ -55,7 +55,7 @@ private:
     Nodes Step(const Nodes& parents, std::string_view keyword) const;
     void FollowCommand(std::string_view command, Nodes& level) const;
     tagCompletion CompleteWord(std::string_view word, const Nodes& nodes) const;
-    std::string Ending(const Nodes& nodes, std::string_view keyword) const;
+    void GoOn(const Nodes& nodes, tagCompletion& completion) const;
 
     std::vector<tagNode> m_nodes{1}; ///< the first one is the root
 };

@@ -62,12 +62,12 @@ CInstrumentLink::CInstrumentLink(const tagInstrumentAddress& address,
     m_spController->put_Timeout(static_cast<long>(timeout.count()));
 }
 
-/// @return E_ABORT too when Ctrl-C came after the last wait of the call
+/// @return E_ABORT too when Ctrl-C came before the first wait of the call or after the last one
 template <class TCall>
 HRESULT CInstrumentLink::Call(TCall call)
 {
     const CInterruptWatcher::CCall mark(m_pWatcher, *m_spController);
-    const HRESULT hResult = call();
+    const HRESULT hResult = mark.IsInterrupted() ? E_ABORT : call();
     return mark.IsInterrupted() ? E_ABORT : hResult;
 }
 
@@ -102,6 +102,10 @@ void CInstrumentLink::FailRead(HRESULT hResult) const
 
 void CInstrumentLink::Connect()
 {
+    if (m_pWatcher != nullptr)
+    {
+        m_pWatcher->Forget();
+    }
     const HRESULT hResult = Call([this] { return m_spController->Clear(); });
     if (hResult != S_OK)
     {

@@ -37,7 +37,7 @@ public:
 
     const std::string& Address() const noexcept { return m_sAddress; }
 
-    /// Opens the connection, instead of a former one.
+    /// Opens the connection, instead of a former one; an earlier Ctrl-C is forgotten.
     void Connect();
 
     /// Sends bytes as they are, and an LF behind them when they end a message.

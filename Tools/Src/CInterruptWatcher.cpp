@@ -67,7 +67,7 @@ void CInterruptWatcher::Watch()
     {
         const bool isSignal = descriptors[1].revents != 0;
         TakeSignal();
-        const bool isCall = (isSignal || timeoutMs >= 0) && AbortCall();
+        const bool isCall = (isSignal || timeoutMs >= 0) && AbortCall(isSignal);
         if (isSignal && !isCall && m_eIdle == tagIdleInterrupt::Exit)
         {
             // The other thread may be in the look-up of a name or in a read that nothing else ends.
@@ -78,15 +78,20 @@ void CInterruptWatcher::Watch()
 }
 
 /// @return there is a call
-bool CInterruptWatcher::AbortCall()
+bool CInterruptWatcher::AbortCall(bool isSignal)
 {
     const std::lock_guard lock(m_mutex);
+    m_isInterrupted = m_isInterrupted || isSignal;
     if (m_pController != nullptr)
     {
-        m_isInterrupted = true;
         m_pController->Abort();
     }
     return m_pController != nullptr;
+}
+
+void CInterruptWatcher::Forget()
+{
+    m_isInterrupted = false;
 }
 
 CInterruptWatcher::CCall::CCall(CInterruptWatcher* watcher, IZOScpiController& controller)
@@ -95,7 +100,6 @@ CInterruptWatcher::CCall::CCall(CInterruptWatcher* watcher, IZOScpiController& c
     if (m_pWatcher != nullptr)
     {
         const std::lock_guard lock(m_pWatcher->m_mutex);
-        m_pWatcher->m_isInterrupted = false;
         m_pWatcher->m_pController = &controller;
     }
 }

@@ -18,8 +18,8 @@ namespace ZoVelkor::Tools
 /// What Ctrl-C does while no call is in progress.
 enum class tagIdleInterrupt : std::uint8_t
 {
-    Exit,  ///< the program ends with tagExitCode::Interrupted
-    Ignore ///< nothing; the prompt deals with the key itself
+    Exit,    ///< the program ends with tagExitCode::Interrupted
+    Remember ///< the next call does not begin, see Forget
 };
 
 /// Turns SIGINT into IZOScpiController::Abort of the call in progress.
@@ -35,6 +35,9 @@ public:
     /// Lets the signal do again what it did before.
     ~CInterruptWatcher();
 
+    /// Forgets a signal that no call has ended at yet.
+    void Forget();
+
     /// Marks a call; SIGINT then aborts it instead of anything else.
     class CCall
     {
@@ -45,6 +48,7 @@ public:
         CCall& operator=(const CCall&) = delete;
         ~CCall();
 
+        /// The signal has come, maybe before the call.
         bool IsInterrupted() const noexcept;
 
     private:
@@ -65,13 +69,13 @@ private:
 
     void Watch();
     void TakeSignal();
-    bool AbortCall();
+    bool AbortCall(bool isSignal);
 
     const tagIdleInterrupt m_eIdle;
     sigset_t m_formerMask{};
     CUniqueHandle<&close, int, -1> m_signals;
     CUniqueEvent m_stop;
-    std::atomic<bool> m_isInterrupted = false; ///< since the call began
+    std::atomic<bool> m_isInterrupted = false;
     std::mutex m_mutex;
     IZOScpiController* m_pController = nullptr; ///< of the call, guarded by the mutex
     CLoop m_loop{*this};

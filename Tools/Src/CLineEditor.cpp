@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <histedit.h>
 #include <stdexcept>
@@ -33,9 +34,9 @@ void ListChoices(editline* editor, const std::vector<std::string>& choices)
         std::max<std::size_t>((columns > 0 ? static_cast<std::size_t>(columns) : kDefaultColumns) / width, 1);
     for (std::size_t i = 0; i < choices.size(); ++i)
     {
-        fmt::print("{}{:<{}}", i % perLine == 0 ? "\r\n" : "", choices[i], width);
+        fmt::print("{}{:<{}}", i % perLine == 0 ? "\n" : "", choices[i], width);
     }
-    fmt::print("\r\n");
+    fmt::print("\n");
     std::fflush(stdout);
 }
 
@@ -70,12 +71,14 @@ CLineEditor::CLineEditor(std::string prompt, std::string historyFile, CHeaderCom
     el_set(editor, EL_EDITOR, "emacs");
     el_set(editor, EL_ADDFN, "zo-complete", "Complete the header", &CLineEditor::OnTab);
     el_set(editor, EL_ADDFN, "zo-cancel", "Throw the line away", &CLineEditor::OnInterrupt);
+    el_set(editor, EL_ADDFN, "zo-suspend", "Stop the program", &CLineEditor::OnSuspend);
     el_set(editor, EL_BIND, "^R", "em-inc-search-prev", nullptr);
     el_source(editor, nullptr);
     el_set(editor, EL_BIND, "^I", "zo-complete", nullptr);
     el_set(editor, EL_BIND, "^C", "zo-cancel", nullptr);
-    // While a line is edited the key is a character; outside, it is the signal.
-    el_set(editor, EL_SETTY, "-d", "intr=", nullptr);
+    el_set(editor, EL_BIND, "^Z", "zo-suspend", nullptr);
+    // While a line is edited the keys are characters; outside, they are the signals.
+    el_set(editor, EL_SETTY, "-d", "-isig", nullptr);
 }
 
 CLineEditor::~CLineEditor() = default;
@@ -116,7 +119,16 @@ unsigned char CLineEditor::OnTab(editline* editor, int)
 unsigned char CLineEditor::OnInterrupt(editline* editor, int)
 {
     Of(editor).m_isCancelled = true;
+    std::fputs("^C\n", stdout);
     return CC_NEWLINE;
+}
+
+unsigned char CLineEditor::OnSuspend(editline* editor, int)
+{
+    el_set(editor, EL_PREP_TERM, 0);
+    std::raise(SIGTSTP);
+    el_set(editor, EL_PREP_TERM, 1);
+    return CC_REDISPLAY;
 }
 
 std::optional<std::string> CLineEditor::ReadLine()

@@ -43,6 +43,7 @@ private:
     static char* Prompt(editline* editor);
     static unsigned char OnTab(editline* editor, int);
     static unsigned char OnInterrupt(editline* editor, int);
+    static unsigned char OnSuspend(editline* editor, int);
     void LoadHistory();
     void Remember(const std::string& line);
 

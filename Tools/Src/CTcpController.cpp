@@ -369,9 +369,11 @@ int CTcpController::ConnectToAny(CLock& lock, const addrinfo* candidates, unsign
     int fault = 0;
     for (long left = CountOf(candidates); left > 0; --left, candidates = candidates->ai_next)
     {
-        // An address that does not answer leaves time for the others.
+        // An address that does not answer leaves time for the others; the last one has as long as the caller.
         const CClock::time_point now = CClock::now();
-        fault = TryConnect(lock, *candidates, now + (m_request.deadline - now) / left, serial);
+        const CClock::time_point end =
+            left > 1 ? now + (m_request.deadline - now) / left : CClock::time_point::max();
+        fault = TryConnect(lock, *candidates, end, serial);
         if (fault == 0 || !IsCurrent(serial))
         {
             break;

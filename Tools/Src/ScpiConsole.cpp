@@ -99,12 +99,19 @@ catch (const CToolError& error)
     link.Connect();
 }
 
-tagExitCode RunPrompt(CInstrumentLink& link)
+tagExitCode RunPrompt(CInstrumentLink& link, CInterruptWatcher& watcher)
 {
     std::setlocale(LC_CTYPE, "");
     CLineEditor editor(link.Address() + "> ", HistoryFile(), FetchHeaders(link));
-    while (const auto line = editor.ReadLine())
+    for (;;)
     {
+        // At the prompt the key is a character, so a signal from now on is meant for the line.
+        watcher.Forget();
+        const auto line = editor.ReadLine();
+        if (!line)
+        {
+            break;
+        }
         if (*line == "exit" || *line == "quit")
         {
             return tagExitCode::Success;
@@ -123,10 +130,10 @@ tagExitCode RunPrompt(CInstrumentLink& link)
 tagExitCode RunConsole(const tagInstrumentAddress& address, std::chrono::milliseconds timeout)
 {
     const bool isTerminal = isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
-    CInterruptWatcher watcher(isTerminal ? tagIdleInterrupt::Ignore : tagIdleInterrupt::Exit);
+    CInterruptWatcher watcher(isTerminal ? tagIdleInterrupt::Remember : tagIdleInterrupt::Exit);
     CInstrumentLink link(address, timeout, &watcher);
     link.Connect();
-    return isTerminal ? RunPrompt(link) : RunScript(link);
+    return isTerminal ? RunPrompt(link, watcher) : RunScript(link);
 }
 
 } // namespace ZoVelkor::Tools
