@@ -135,9 +135,10 @@ public:
           m_kernel(
               {.sManufacturer = "Zo", .sModel = "Benchmark", .sSerialNumber = "1", .sFirmwareLevel = "1.0"}),
           m_spSink(CComObject<CBenchmarkApplication, IZOScpiExecutionSink>::Create()),
-          m_server(m_kernel, {.iPort = 0})
+          m_server({.iPort = 0})
     {
         RegisterBenchmarkApplication(m_kernel, m_tree, m_spSink);
+        m_kernel.Start();
         m_server.Start();
         m_client = Connect(m_server.Port());
     }

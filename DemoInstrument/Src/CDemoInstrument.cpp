@@ -51,7 +51,7 @@ struct CDemoInstrument::tagParts
 {
     explicit tagParts(const tagDemoOptions& options)
         : remoteControl(options.eProfile),
-          server(remoteControl.kernel, ServerSettings(options))
+          server(ServerSettings(options))
     {
         if (options.eProfile == tagDemoProfile::Analyzer)
         {

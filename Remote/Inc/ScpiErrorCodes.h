@@ -10,6 +10,7 @@ inline constexpr short kScpiCommandError = -100;
 inline constexpr short kScpiInvalidCharacter = -101;
 inline constexpr short kScpiSyntaxError = -102;
 inline constexpr short kScpiInvalidSeparator = -103;
+inline constexpr short kScpiGetNotAllowed = -105;
 inline constexpr short kScpiParameterNotAllowed = -108;
 inline constexpr short kScpiMissingParameter = -109;
 inline constexpr short kScpiHeaderSeparatorError = -111;
@@ -36,6 +37,7 @@ inline constexpr short kScpiBlockDataNotAllowed = -168;
 inline constexpr short kScpiInvalidExpression = -171;
 inline constexpr short kScpiExpressionDataNotAllowed = -178;
 inline constexpr short kScpiExecutionError = -200;
+inline constexpr short kScpiInvalidWhileLocal = -201;
 inline constexpr short kScpiTriggerIgnored = -211;
 inline constexpr short kScpiInitIgnored = -213;
 inline constexpr short kScpiParameterError = -220;
@@ -52,6 +54,9 @@ inline constexpr short kScpiFileNameError = -257;
 inline constexpr short kScpiQueueOverflow = -350;
 inline constexpr short kScpiInputBufferOverrun = -363;
 inline constexpr short kScpiTimeOutError = -365;
+inline constexpr short kScpiQueryInterrupted = -410;
+inline constexpr short kScpiQueryUnterminated = -420;
+inline constexpr short kScpiQueryDeadlocked = -430;
 inline constexpr short kScpiQueryAfterIndefinite = -440;
 
 /// Tells whether an error concerns its own command only (class -2xx).

@@ -2,6 +2,7 @@
 
 #include "CApplicationRegistry.h"
 #include "CErrorQueue.h"
+#include "CEventDistributor.h"
 #include "CFormatSubsystem.h"
 #include "CStatusManagement.h"
 
@@ -20,6 +21,7 @@ struct tagBuiltInContext
     CPendingOperations& operations;
     CSessionStatus& status;
     CStatusManagement& instrument;
+    CEventDistributor& events;
     const std::shared_ptr<const tagApplicationSet>& applications; ///< set of the message at hand
     long iRemotePath;
     HANDLE cancelEvent; ///< ends *OPC? and *WAI

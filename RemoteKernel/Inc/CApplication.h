@@ -34,6 +34,13 @@ struct tagApplicationParts
     static constexpr long kAllPaths = -1;
 };
 
+/// What an application has not heard yet when one of its commands comes.
+struct tagApplicationNews
+{
+    bool bRemote = false;       ///< the path has become remote
+    bool bMessageBegin = false; ///< it is the first of its commands in the program message
+};
+
 /// An application whose commands the kernel runs.
 ///
 /// It has its own copy of the command table, so sessions that still hold an old command index never read
@@ -55,12 +62,11 @@ public:
 
     /// Runs one command; no exception of the handler gets out, it gives E_FAIL.
     ///
-    /// @param begins  the first command of the application in this program message, of which the device
-    ///                handler is told before
+    /// @param news  of which the device handler is told before
     /// @param[out] result  what the sink returned
     /// @return false, and nothing was run, when the application has left
     bool Execute(const tagParsedCommand& command,
-                 bool begins,
+                 const tagApplicationNews& news,
                  IUnknown* context,
                  long remotePath,
                  IZOScpiOutputBuffer* output,
@@ -88,6 +94,8 @@ public:
     void Close();
 
 private:
+    void TellLocked(const tagApplicationNews& news) noexcept;
+
     struct tagEngine
     {
         CComPtr<IUnknown> spObject;
@@ -113,6 +121,7 @@ private:
 
     const std::vector<_CMD_SET_RECORD> m_table;
     const bool m_bBuiltIn;
+    const bool m_bEngines; // has one for each path
     std::mutex m_mutex;
     tagApplicationParts m_parts;         // its counted interfaces are guarded by m_mutex
     std::map<long, tagEngine> m_engines; // guarded by m_mutex

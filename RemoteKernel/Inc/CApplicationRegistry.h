@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CApplication.h"
+#include "CComObject.h"
 #include "CCommandIndex.h"
 #include "IZOScpiObjectRegistration.h"
 
@@ -96,5 +97,7 @@ private:
     std::shared_ptr<const tagApplicationSet> m_spCurrent; // guarded by m_mutex
     std::atomic<std::uint64_t> m_generation{0};
 };
+
+using CApplicationRegistryObject = CComObject<CApplicationRegistry, IZOScpiObjectRegistration>;
 
 } // namespace ZoVelkor::RemoteKernel

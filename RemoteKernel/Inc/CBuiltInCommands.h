@@ -22,6 +22,13 @@ public:
     /// Runs one command of BuiltInTable(); results as IZOScpiExecutionSink::Execute.
     HRESULT Execute(const tagParsedCommand& command);
 
+    /// Tells whether a command changes what the front panel would change, as *RST does.
+    static bool ChangesInstrument(const tagParsedCommand& command) noexcept;
+    /// Triggers the applications, as *TRG does.
+    ///
+    /// @return S_OK; E_FAIL when none took it (-211 is queued)
+    HRESULT GroupExecuteTrigger();
+
 private:
     HRESULT ClearStatus(const tagParsedCommand& command);
     HRESULT Identify(const tagParsedCommand& command);
@@ -41,6 +48,7 @@ private:
     HRESULT QueryVersion(const tagParsedCommand& command);
 
     bool WaitUntilIdle();
+    void CancelOperationComplete();
 
     const tagBuiltInContext m_context;
     CStatusCommands m_status;

@@ -48,6 +48,14 @@ public:
     bool HasIndefinite() const noexcept { return m_bIndefinite; }
     /// Forgets what the running command has answered.
     void DropCommand() noexcept { m_buffer.Truncate(m_commandStart); }
+    /// Tells whether the running command has answered more than a message may.
+    bool IsRefused() const noexcept { return m_bRefused; }
+    /// Forgets what the message has answered and will answer.
+    void DropMessage() noexcept
+    {
+        m_buffer.Truncate(m_messageStart);
+        m_bDropped = true;
+    }
     /// Ends the response message.
     void EndMessage();
 
@@ -62,6 +70,8 @@ public:
 
     /// Refuses all further writes with E_ABORT. Threads: any.
     void Cancel() noexcept { m_bCancelled.store(true, std::memory_order_relaxed); }
+    /// Accepts writes again.
+    void Resume() noexcept { m_bCancelled.store(false, std::memory_order_relaxed); }
 
 private:
     /// @param answer  of one command, perhaps behind the separator
@@ -78,6 +88,7 @@ private:
     bool m_bSeparatorPending = false;
     bool m_bIndefinite = false;
     bool m_bRefused = false; // the running command has passed the limit
+    bool m_bDropped = false; // nothing of the message at hand is answered
     std::atomic<bool> m_bCancelled{false};
 };
 

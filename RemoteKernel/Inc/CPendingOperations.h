@@ -50,8 +50,10 @@ public:
     /// *OPC: asks for one notice when nothing is pending (IEEE 488.2 section 12.5.2).
     void RequestOperationComplete(long remotePath);
 
-    /// *CLS and *RST: takes an unfulfilled *OPC back.
-    void CancelOperationComplete(long remotePath) noexcept;
+    /// *CLS, *RST and device clear: takes an unfulfilled *OPC back.
+    ///
+    /// @return whether there was one
+    bool CancelOperationComplete(long remotePath) noexcept;
 
     /// Waits until nothing of the path is pending.
     ///

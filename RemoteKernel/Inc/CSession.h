@@ -7,11 +7,11 @@
 #include "CMessageFramer.h"
 #include "COutputQueue.h"
 #include "CProgramMessageParser.h"
-#include "CRemoteKernel.h"
 #include "CRemotePathServices.h"
 #include "CSessionStatus.h"
 #include "Event.h"
 #include "ICommandExecutor.h"
+#include "KernelParts.h"
 #include "SessionLimits.h"
 
 #include <atomic>
@@ -19,11 +19,22 @@
 #include <memory>
 #include <span>
 #include <string_view>
+#include <vector>
 
 namespace ZoVelkor::RemoteKernel
 {
 
 class CBuiltInCommands;
+class CRemoteKernel;
+
+/// What a session may know of its transport; outlives the session.
+struct tagSessionTransport
+{
+    int iConnection = -1;           ///< descriptor whose error or hang-up ends the waits of *OPC? and *WAI
+    IByteSource* pSource = nullptr; ///< where large blocks are read from while their commands run; null: they
+                                    ///< are collected
+    IZOScpiChannel* pChannel = nullptr; ///< hears of states
+};
 
 /// One remote path: takes bytes of program messages, runs their commands, gives the response bytes.
 ///
@@ -44,21 +55,18 @@ class CBuiltInCommands;
 /// A message whose blocks are large is not collected first: its commands run as soon as the header of such a
 /// block is there, and read on from the transport (IByteSource). Without one, as in process, it is collected.
 ///
-/// Threads: one at a time, except Cancel, SerialPoll and RemotePath.
+/// Threads: one at a time, except where said.
 class CSession final : private ICommandExecutor
 {
 public:
     /// Opens a session.
     ///
     /// @param kernel  outlives the session
-    /// @param connection  descriptor whose error or hang-up ends the waits of *OPC? and *WAI; -1: none
-    /// @param pSource  where large blocks are read from while their commands run, outlives the session; null:
-    ///                 they are collected
-    /// @throws std::system_error when the system is short of descriptors, std::bad_alloc
+    /// @throws std::system_error when the system is short of descriptors or all remote paths are taken,
+    ///         std::bad_alloc
     explicit CSession(CRemoteKernel& kernel,
                       const tagSessionLimits& limits = {},
-                      int connection = -1,
-                      IByteSource* pSource = nullptr);
+                      const tagSessionTransport& transport = {});
     CSession(const CSession&) = delete;
     CSession& operator=(const CSession&) = delete;
     /// Ends the session. Operations that it began and that go on are forgotten.
@@ -74,9 +82,9 @@ public:
     std::span<char> InputSpace();
     /// Takes bytes over that were received into InputSpace().
     void CommitInput(std::size_t count) noexcept { m_input.Commit(count); }
-    /// Runs the next complete message of the input.
+    /// Runs the next complete message of the input; waits while the path's parsing is stopped.
     ///
-    /// @return false when there is none, or the session is cancelled
+    /// @return false when there is none, or the session is broken off
     bool ExecuteNext();
 
     /// Response bytes that were not cleared; empty when the messages answered nothing.
@@ -102,7 +110,22 @@ public:
     /// Ends the session's waits, drops the rest of the message at hand and refuses further ones; does not
     /// wait. A handler that is running is not interrupted, its next write gives E_ABORT. Threads: any.
     void Cancel() noexcept;
-    bool IsCancelled() const noexcept { return m_bCancelled.load(std::memory_order_relaxed); }
+    bool IsCancelled() const noexcept { return m_break.load(std::memory_order_relaxed) == kBreakForEver; }
+
+    /// Device clear: ends the session's waits and drops the rest of the message at hand, its responses and
+    /// all input; does not wait. The session does nothing more until FinishDeviceClear. Threads: any.
+    void DeviceClear() noexcept;
+    bool IsDeviceClearPending() const noexcept
+    {
+        return m_break.load(std::memory_order_relaxed) == kBreakForDeviceClear;
+    }
+    /// Carries the device clear out (IEEE 488.2 section 5.8): input, responses and *OPC are forgotten;
+    /// settings, status and errors stay. The device handlers and observers are told.
+    void FinishDeviceClear();
+    /// Group execute trigger; a message that has only begun is refused with -105.
+    ///
+    /// @return S_OK; S_FALSE when nothing took it (an error is queued)
+    HRESULT Trigger();
 
     /// Serial poll: the status byte with RQS, which ends the request for service (IEEE 488.2
     /// section 11.2.2.1). Threads: any.
@@ -118,13 +141,22 @@ public:
     }
 
     /// The number by which services know this session.
-    long RemotePath() const noexcept { return m_iRemotePath; }
+    long RemotePath() const noexcept { return m_spPath->Number(); }
+    const std::shared_ptr<CRemotePath>& Path() const noexcept { return m_spPath; }
+    /// Services of the path, the context of its commands; borrowed.
+    IUnknown* Context() const noexcept { return m_pContext; }
+    /// Readable while the session is broken off: cancelled, or a device clear is pending.
+    int BreakDescriptor() const noexcept { return GetEventDescriptor(m_spBreakEvent->Get()); }
 
 private:
     /// Memory that stays with an idle session.
     static constexpr std::size_t kKeptInput = std::size_t{16} << 10;
     /// Smallest room for a receive when nothing is announced.
     static constexpr std::size_t kMinInputSpace = std::size_t{4} << 10;
+    // States of m_break; a higher one is not replaced by a lower one.
+    static constexpr int kRuns = 0;
+    static constexpr int kBreakForDeviceClear = 1;
+    static constexpr int kBreakForEver = 2;
 
     bool ExecuteCommand(const tagParsedCommand& command) override;
     void ReportError(short code, std::string_view detail) override;
@@ -134,19 +166,24 @@ private:
     void ExecuteUpToBlock(const tagFrame& frame);
     void CollectFrom(std::size_t place);
     void FinishBlock(bool bContinue);
+    void BeginMessage();
     void EndMessage();
+    void TellMessageEnd();
     bool CloseCommand(HRESULT result);
-    void AddPath();
+    bool RunApplication(const tagParsedCommand& command, HRESULT& result);
+    bool IsBroken() const noexcept { return m_break.load(std::memory_order_relaxed) != kRuns; }
+    void Break(int reason) noexcept;
+    void AddPath(const tagSessionTransport& transport);
     void RefreshApplications();
     void RemovePath() noexcept;
 
     CRemoteKernel& m_kernel;
     const CComPtr<CSessionOutput> m_spOutput;
     const CComPtr<CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>> m_spFormat;
-    const SharedEvent m_spCancelEvent;
+    const SharedEvent m_spBreakEvent;
     const std::shared_ptr<CSessionStatus> m_spStatus;
     const std::shared_ptr<CErrorQueue> m_spErrors;
-    const long m_iRemotePath;
+    const std::shared_ptr<CRemotePath> m_spPath;
     const CComPtr<CComObject<CRemotePathServices, IZOScpiManager>> m_spServices;
     IUnknown* const m_pContext; // m_spServices
     std::shared_ptr<const tagApplicationSet> m_spApplications;
@@ -158,9 +195,12 @@ private:
     CByteBuffer m_piece; // the message up to the block that is being read
     CBlockStream m_stream;
     const bool m_bStreams;
-    bool m_bInMessage = false;        // commands of the message at hand have run
-    std::size_t m_bytesAnnounced = 0; // still missing of the message at hand, as far as known
-    std::atomic<bool> m_bCancelled{false};
+    bool m_bInMessage = false;               // commands of the message at hand have run
+    std::size_t m_bytesAnnounced = 0;        // still missing of the message at hand, as far as known
+    std::vector<CApplication*> m_involved;   // whose commands the message at hand has run
+    std::vector<CApplication*> m_remoteTold; // who know that the path is remote
+    bool m_bTellsRemote = false;             // those who do not are to be told
+    std::atomic<int> m_break{kRuns};
 };
 
 } // namespace ZoVelkor::RemoteKernel

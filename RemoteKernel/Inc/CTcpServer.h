@@ -1,8 +1,5 @@
 #pragma once
 
-#include "CRemoteKernel.h"
-#include "SessionLimits.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -22,11 +19,12 @@ struct tagTcpServerSettings
     std::string sAddress = "127.0.0.1"; ///< IPv4 or IPv6 address, the latter also in brackets; no host name
     std::uint16_t iPort = kScpiRawPort; ///< 0: a free one, see CTcpServer::Port
     std::size_t iMaxSessions = kMaxTcpSessions;
-    tagSessionLimits limits{};
 };
 
-/// Raw SCPI over TCP: one session a connection, each on its own thread.
+/// Raw SCPI over TCP: each connection is a channel, which connects to the remote kernel that it finds at the
+/// root.
 ///
+/// A client that comes while there is no remote kernel is disconnected, and an error is reported.
 /// A client beyond the limit of sessions receives one line, an error -300 that says so, and is disconnected.
 /// A client that closes its sending half still gets its answers. Since that looks the same as a client that
 /// is gone, idle connections are probed: one whose peer has vanished ends within two minutes, also in the
@@ -35,8 +33,7 @@ struct tagTcpServerSettings
 class CTcpServer
 {
 public:
-    /// @param kernel  outlives the server
-    explicit CTcpServer(CRemoteKernel& kernel, tagTcpServerSettings settings = {});
+    explicit CTcpServer(tagTcpServerSettings settings = {});
     CTcpServer(const CTcpServer&) = delete;
     CTcpServer& operator=(const CTcpServer&) = delete;
     /// Stops.

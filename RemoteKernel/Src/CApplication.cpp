@@ -45,7 +45,8 @@ void TraceCommand(const tagParsedCommand& command,
 
 CApplication::CApplication(std::string name, const _CMD_SET_RECORD* table, std::size_t count)
     : m_table(table, table + count),
-      m_bBuiltIn(true)
+      m_bBuiltIn(true),
+      m_bEngines(false)
 {
     m_parts.sName = std::move(name);
 }
@@ -53,6 +54,7 @@ CApplication::CApplication(std::string name, const _CMD_SET_RECORD* table, std::
 CApplication::CApplication(tagApplicationParts parts)
     : m_table(parts.tree.pTable, parts.tree.pTable + parts.tree.iSize / sizeof(_CMD_SET_RECORD)),
       m_bBuiltIn(false),
+      m_bEngines(parts.spEngines != nullptr),
       m_parts(std::move(parts))
 {
     m_parts.tree = {};
@@ -86,6 +88,10 @@ CApplication::tagEngine CApplication::MakeEngineLocked()
 
 void CApplication::ReleaseEngine(long remotePath) noexcept
 {
+    if (!m_bEngines)
+    {
+        return; // without waiting for a handler that is running
+    }
     std::map<long, tagEngine> engines;
     CComPtr<IZOScpiMultichannelParser> spMaker;
     {
@@ -151,8 +157,24 @@ HRESULT CApplication::RunTracedLocked(const tagParsedCommand& command,
     return result;
 }
 
+void CApplication::TellLocked(const tagApplicationNews& news) noexcept
+{
+    if (m_parts.spDeviceHandler == nullptr)
+    {
+        return;
+    }
+    if (news.bRemote)
+    {
+        static_cast<void>(GuardedEntry([&]() { return m_parts.spDeviceHandler->GotoRemote(); }));
+    }
+    if (news.bMessageBegin)
+    {
+        static_cast<void>(GuardedEntry([&]() { return m_parts.spDeviceHandler->ProgramMessageBegin(); }));
+    }
+}
+
 bool CApplication::Execute(const tagParsedCommand& command,
-                           bool begins,
+                           const tagApplicationNews& news,
                            IUnknown* context,
                            long remotePath,
                            IZOScpiOutputBuffer* output,
@@ -163,10 +185,7 @@ bool CApplication::Execute(const tagParsedCommand& command,
     {
         return false;
     }
-    if (begins && m_parts.spDeviceHandler != nullptr)
-    {
-        static_cast<void>(GuardedEntry([&]() { return m_parts.spDeviceHandler->ProgramMessageBegin(); }));
-    }
+    TellLocked(news);
     result = CPerformanceDiagnose::IsDebugTraceModeActive()
                  ? RunTracedLocked(command, context, remotePath, output)
                  : RunLocked(command, context, remotePath, output);

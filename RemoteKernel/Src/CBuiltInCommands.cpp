@@ -9,6 +9,7 @@
 #include "NumberText.h"
 #include "ResponseText.h"
 #include "ScpiErrorCodes.h"
+#include "ScpiVersion.h"
 
 #include <fmt/format.h>
 
@@ -17,13 +18,6 @@
 
 namespace ZoVelkor::RemoteKernel
 {
-
-namespace
-{
-
-constexpr std::string_view kScpiVersion = "1999.0";
-
-} // namespace
 
 HRESULT CBuiltInCommands::Execute(const tagParsedCommand& command)
 {
@@ -78,7 +72,7 @@ bool CBuiltInCommands::WaitUntilIdle()
 
 HRESULT CBuiltInCommands::ClearStatus(const tagParsedCommand&)
 {
-    m_context.operations.CancelOperationComplete(m_context.iRemotePath);
+    CancelOperationComplete();
     m_context.errors.Clear();
     m_context.instrument.ClearEvents();
     return m_context.status.StandardEvent().ClearEvents();
@@ -126,28 +120,37 @@ HRESULT CBuiltInCommands::QueryOptions(const tagParsedCommand&)
 
 HRESULT CBuiltInCommands::Reset(const tagParsedCommand&)
 {
-    HRESULT result = m_context.format.Reset();
-    m_context.operations.CancelOperationComplete(m_context.iRemotePath);
-    for (const auto& spApplication : m_context.applications->applications)
-    {
-        const HRESULT resetResult = spApplication->CallDeviceHandler(
-            m_context.iRemotePath, [](IZOScpiDeviceHandler& handler) { return handler.Reset(); });
-        // Every application is reset, also after one that failed.
-        result = FAILED(resetResult) ? E_FAIL : result;
-    }
-    return result;
+    const HRESULT result = m_context.format.Reset();
+    CancelOperationComplete();
+    // Every application is reset, also after one that failed.
+    const HRESULT resetResult = m_context.events.Tell(
+        m_context.iRemotePath, &IZOScpiDeviceHandler::Reset, &IZOScpiMultichannelEventObserver::Reset);
+    return FAILED(resetResult) ? resetResult : result;
 }
 
 HRESULT CBuiltInCommands::Trigger(const tagParsedCommand&)
 {
-    bool bTaken = false;
-    for (const auto& spApplication : m_context.applications->applications)
+    return GroupExecuteTrigger();
+}
+
+HRESULT CBuiltInCommands::GroupExecuteTrigger()
+{
+    const HRESULT result = m_context.events.Tell(
+        m_context.iRemotePath, &IZOScpiDeviceHandler::Trigger, &IZOScpiMultichannelEventObserver::Trigger);
+    return result == S_OK ? S_OK : m_context.Fail(kScpiTriggerIgnored);
+}
+
+bool CBuiltInCommands::ChangesInstrument(const tagParsedCommand& command) noexcept
+{
+    return command.iCommand == BUILTIN_RST || command.iCommand == BUILTIN_TRG;
+}
+
+void CBuiltInCommands::CancelOperationComplete()
+{
+    if (m_context.operations.CancelOperationComplete(m_context.iRemotePath))
     {
-        const HRESULT result = spApplication->CallDeviceHandler(
-            m_context.iRemotePath, [](IZOScpiDeviceHandler& handler) { return handler.Trigger(); });
-        bTaken |= result == S_OK;
+        m_context.events.TellOpcReset(m_context.iRemotePath);
     }
-    return bTaken ? S_OK : m_context.Fail(kScpiTriggerIgnored);
 }
 
 HRESULT CBuiltInCommands::Test(const tagParsedCommand&)

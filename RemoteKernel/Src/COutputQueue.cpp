@@ -87,6 +87,11 @@ HRESULT COutputQueue::Prepare(std::size_t maxBytes, char** place) noexcept
 
 void COutputQueue::EndMessage()
 {
+    if (m_bDropped)
+    {
+        m_buffer.Truncate(m_messageStart);
+        m_bDropped = false;
+    }
     if (m_buffer.Size() != m_messageStart)
     {
         m_buffer.Append("\n", 1);

@@ -136,13 +136,11 @@ void CPendingOperations::RequestOperationComplete(long remotePath)
     }
 }
 
-void CPendingOperations::CancelOperationComplete(long remotePath) noexcept
+bool CPendingOperations::CancelOperationComplete(long remotePath) noexcept
 {
     const std::lock_guard lock(m_mutex);
-    if (const auto path = m_paths.find(remotePath); path != m_paths.end())
-    {
-        path->second.bCompleteRequested = false;
-    }
+    const auto path = m_paths.find(remotePath);
+    return path != m_paths.end() && std::exchange(path->second.bCompleteRequested, false);
 }
 
 bool CPendingOperations::IsIdle(long remotePath, int& idleDescriptor)

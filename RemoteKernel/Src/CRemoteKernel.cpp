@@ -1,21 +1,78 @@
 #include "CRemoteKernel.h"
 
+#include "CChannelManagement.h"
+#include "CDeviceManagement.h"
+#include "CMultichannelFunctionality.h"
+#include "CParserLanguage.h"
+#include "CParserManagement.h"
+#include "CRemoteControl.h"
+#include "CScpiTree.h"
 #include "CSession.h"
 #include "Root.h"
 
-#include <limits>
 #include <utility>
 
 namespace ZoVelkor::RemoteKernel
 {
 
-CRemoteKernel::CRemoteKernel(tagInstrumentIdentity identity)
-    : m_spRegistry(CRegistryObject::Create(std::move(identity))),
-      m_spErrors(CErrorObject::Create()),
-      m_spStatus(CStatusObject::Create()),
-      m_spOperations(COperationsObject::Create())
+namespace
 {
-    m_spOperations->SetObserver(m_spStatus);
+
+tagKernelParts MakeParts(tagInstrumentIdentity identity)
+{
+    tagKernelParts parts;
+    parts.spRegistry = CApplicationRegistryObject::Create(std::move(identity));
+    parts.spErrors = CErrorObject::Create();
+    parts.spStatus = CStatusObject::Create();
+    parts.spOperations = COperationsObject::Create();
+    parts.spFormat = CDefaultFormatObject::Create();
+    parts.spTrace = CMessageTraceObject::Create();
+    parts.spPaths = std::make_shared<CPathTable>();
+    parts.spGate = std::make_shared<CParserGate>();
+    parts.spEvents = std::make_shared<CEventDistributor>(parts.spRegistry);
+    parts.spOperations->SetObserver(parts.spStatus);
+    return parts;
+}
+
+} // namespace
+
+CRemoteKernel::CRemoteKernel(tagInstrumentIdentity identity, const tagSessionLimits& limits)
+    : m_parts(MakeParts(std::move(identity))),
+      m_spAdministration(CAdministrationObject::Create(*this, m_parts, limits))
+{
+    MakeServices();
+}
+
+template <class TObject, class TInterface, class... TArguments>
+void CRemoteKernel::AddService(TArguments&&... arguments)
+{
+    const CComPtr<TInterface> sspService(
+        CComObject<TObject, TInterface>::Create(std::forward<TArguments>(arguments)...));
+    m_services.emplace_back(&TInterface::kInterfaceId, CComPtr<IUnknown>(sspService));
+}
+
+void CRemoteKernel::MakeServices()
+{
+    constexpr long kAllPaths = tagApplicationParts::kAllPaths;
+    m_services = {
+        {&IID_IZOScpiObjectRegistration,         CComPtr<IUnknown>(&ObjectRegistration())      },
+        {&IID_IZOScpiErrorManagement,            CComPtr<IUnknown>(&ErrorManagement())         },
+        {&IID_IZOScpiPendingOperations,          CComPtr<IUnknown>(&PendingOperations())       },
+        {&IID_IZOScpiStatusManagement,           CComPtr<IUnknown>(&StatusManagement())        },
+        {&IID_IZOScpiSubsystemFormat,
+         CComPtr<IUnknown>(static_cast<IZOScpiSubsystemFormat*>(m_parts.spFormat))             },
+        {&IID_IZOScpiTraceManagement,
+         CComPtr<IUnknown>(static_cast<IZOScpiTraceManagement*>(m_parts.spTrace))              },
+        {&IID_IZOScpiMultichannelAdministration,
+         CComPtr<IUnknown>(static_cast<IZOScpiMultichannelAdministration*>(m_spAdministration))},
+    };
+    AddService<CParserManagement, IZOScpiParserManagement>(m_parts, kAllPaths);
+    AddService<CRemoteControl, IZOScpiRemoteControl>(m_parts, nullptr);
+    AddService<CChannelManagement, IZOScpiChannelManagement>(m_parts, nullptr);
+    AddService<CDeviceManagement, IZOScpiDeviceManagement>(m_parts, kAllPaths);
+    AddService<CParserLanguage, IZOScpiParserLanguage>(m_parts);
+    AddService<CScpiTree, IZOScpiTree>(m_parts);
+    AddService<CMultichannelFunctionality, IZOScpiMultichannelFunctionality>(m_parts);
 }
 
 CRemoteKernel::~CRemoteKernel()
@@ -33,9 +90,9 @@ HRESULT CRemoteKernel::Start()
         return result;
     }
     m_bAtRoot = true;
-    for (const auto& [iid, pService] : Services())
+    for (const auto& [pIid, spService] : m_services)
     {
-        result = spRoot->RegisterInterface(*iid, pService);
+        result = spRoot->RegisterInterface(*pIid, spService);
         if (FAILED(result))
         {
             UnregisterAtRoot();
@@ -45,24 +102,12 @@ HRESULT CRemoteKernel::Start()
     return S_OK;
 }
 
-std::array<std::pair<const IID*, IUnknown*>, 4> CRemoteKernel::Services() const noexcept
-{
-    return {
-        {
-         {&IID_IZOScpiObjectRegistration, static_cast<IZOScpiObjectRegistration*>(m_spRegistry)},
-         {&IID_IZOScpiErrorManagement, static_cast<IZOScpiErrorManagement*>(m_spErrors)},
-         {&IID_IZOScpiPendingOperations, static_cast<IZOScpiPendingOperations*>(m_spOperations)},
-         {&IID_IZOScpiStatusManagement, static_cast<IZOScpiStatusManagement*>(m_spStatus)},
-         }
-    };
-}
-
 void CRemoteKernel::UnregisterAtRoot() noexcept
 {
     CComPtr<IZORoot> spRoot;
     if (std::exchange(m_bAtRoot, false) && SUCCEEDED(GetRoot(&spRoot)))
     {
-        for (const auto& service : Services())
+        for (const auto& service : m_services)
         {
             spRoot->UnregisterInterface(*service.first);
         }
@@ -75,6 +120,7 @@ void CRemoteKernel::Stop()
         const std::lock_guard lock(m_startMutex);
         UnregisterAtRoot();
     }
+    m_spAdministration->Close();
     {
         const std::lock_guard lock(m_mutex);
         m_bStopped = true;
@@ -83,22 +129,15 @@ void CRemoteKernel::Stop()
             pSession->Cancel();
         }
     }
-    m_spStatus->Stop();
-    m_spRegistry->Close();
+    m_parts.spStatus->Stop();
+    m_parts.spRegistry->Close();
+    m_parts.spEvents->Close();
 }
 
 std::size_t CRemoteKernel::SessionCount() const
 {
     const std::lock_guard lock(m_mutex);
     return m_sessions.size();
-}
-
-long CRemoteKernel::AddPath()
-{
-    const std::lock_guard lock(m_mutex);
-    const long path = m_nextPath;
-    m_nextPath = path == std::numeric_limits<LONG>::max() ? 0 : path + 1;
-    return path;
 }
 
 void CRemoteKernel::AddSession(CSession& session)

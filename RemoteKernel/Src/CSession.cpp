@@ -1,6 +1,9 @@
 #include "CSession.h"
 
 #include "CBuiltInCommands.h"
+#include "CPathErrorManagement.h"
+#include "CPathStatusManagement.h"
+#include "CRemoteKernel.h"
 #include "ScpiErrorCodes.h"
 
 #include <algorithm>
@@ -21,50 +24,95 @@ std::string_view FrameErrorDetail(short error) noexcept
     return error == kScpiInputBufferOverrun ? "Program message too long" : "Block too long";
 }
 
+/// @return whether it was not there yet
+bool AddOnce(std::vector<CApplication*>& list, CApplication* pApplication)
+{
+    const bool bNew = std::find(list.begin(), list.end(), pApplication) == list.end();
+    if (bNew)
+    {
+        list.push_back(pApplication);
+    }
+    return bNew;
+}
+
+std::shared_ptr<CRemotePath> OpenPath(CPathTable& paths)
+{
+    std::shared_ptr<CRemotePath> spPath = paths.Open();
+    if (spPath == nullptr)
+    {
+        throw std::system_error(EMFILE, std::generic_category(), "All remote paths are taken");
+    }
+    return spPath;
+}
+
+/// The context of the path's commands: services that reach this path alone.
+CComPtr<CComObject<CRemotePathServices, IZOScpiManager>>
+MakeServices(const std::shared_ptr<CRemotePath>& spPath,
+             const tagKernelParts& parts,
+             const CComPtr<CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>>& spFormat)
+{
+    using CErrors = CComObject<CPathErrorManagement, IZOScpiErrorManagement>;
+    using CStatus = CComObject<CPathStatusManagement, IZOScpiStatusManagement>;
+    return CComObject<CRemotePathServices, IZOScpiManager>::Create(spPath->Number(),
+                                                                   CErrors::Create(spPath, parts.spErrors),
+                                                                   CStatus::Create(spPath, parts.spStatus),
+                                                                   spFormat,
+                                                                   parts.spOperations);
+}
+
 } // namespace
 
 CSession::CSession(CRemoteKernel& kernel,
                    const tagSessionLimits& limits,
-                   int connection,
-                   IByteSource* pSource)
+                   const tagSessionTransport& transport)
     : m_kernel(kernel),
       m_spOutput(CSessionOutput::Create(limits.iMaxResponse)),
       m_spFormat(CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>::Create(m_spOutput)),
-      m_spCancelEvent(MakeSharedEvent("No event for a session")),
-      m_spStatus(std::make_shared<CSessionStatus>(m_spCancelEvent)),
+      m_spBreakEvent(MakeSharedEvent("No event for a session")),
+      m_spStatus(std::make_shared<CSessionStatus>(m_spBreakEvent)),
       m_spErrors(std::make_shared<CErrorQueue>(limits.iErrorQueueDepth, m_spStatus)),
-      m_iRemotePath(kernel.AddPath()),
-      m_spServices(CComObject<CRemotePathServices, IZOScpiManager>::Create(
-          m_iRemotePath, kernel.m_spErrors, kernel.m_spStatus, m_spFormat, kernel.m_spOperations)),
+      m_spPath(OpenPath(*kernel.m_parts.spPaths)),
+      m_spServices(MakeServices(m_spPath, kernel.m_parts, m_spFormat)),
       m_pContext(static_cast<IZOScpiManager*>(m_spServices)),
       m_spBuiltIns(std::make_unique<CBuiltInCommands>(tagBuiltInContext{*m_spOutput,
                                                                         *m_spFormat,
                                                                         *m_spErrors,
-                                                                        *kernel.m_spOperations,
+                                                                        *kernel.m_parts.spOperations,
                                                                         *m_spStatus,
-                                                                        *kernel.m_spStatus,
+                                                                        *kernel.m_parts.spStatus,
+                                                                        *kernel.m_parts.spEvents,
                                                                         m_spApplications,
-                                                                        m_iRemotePath,
-                                                                        m_spCancelEvent->Get(),
-                                                                        connection})),
-      m_framer(limits.message, pSource != nullptr),
-      m_stream(m_input, pSource, GetEventDescriptor(m_spCancelEvent->Get()), *this, limits.iBlockPauseMs),
-      m_bStreams(pSource != nullptr)
+                                                                        m_spPath->Number(),
+                                                                        m_spBreakEvent->Get(),
+                                                                        transport.iConnection})),
+      m_framer(limits.message, transport.pSource != nullptr),
+      m_stream(
+          m_input, transport.pSource, GetEventDescriptor(m_spBreakEvent->Get()), *this, limits.iBlockPauseMs),
+      m_bStreams(transport.pSource != nullptr)
 {
-    AddPath();
+    AddPath(transport);
 }
 
-void CSession::AddPath()
+void CSession::AddPath(const tagSessionTransport& transport)
 {
-    if (!m_kernel.m_spOperations->AddPath(m_iRemotePath))
-    {
-        throw std::system_error(EMFILE, std::generic_category(), "No event for a session");
-    }
+    const long path = m_spPath->Number();
     try
     {
-        m_kernel.m_spErrors->AddPath(m_iRemotePath, m_spErrors);
-        m_kernel.m_spStatus->AddPath(m_iRemotePath, m_spStatus);
+        if (!m_kernel.m_parts.spOperations->AddPath(path))
+        {
+            throw std::system_error(EMFILE, std::generic_category(), "No event for a session");
+        }
+        m_kernel.m_parts.spErrors->AddPath(path, m_spErrors);
+        m_kernel.m_parts.spStatus->AddPath(path, m_spStatus);
+        m_kernel.m_parts.spFormat->CopySettingsTo(*m_spFormat);
+        m_spPath->SetFormat(CComPtr<IZOScpiSubsystemFormat>(m_spFormat));
+        if (transport.pChannel != nullptr)
+        {
+            m_spPath->AttachChannel(transport.pChannel);
+            SetServiceRequestObserver(m_spPath.get());
+        }
         m_kernel.AddSession(*this);
+        m_spPath->Publish();
     }
     catch (...)
     {
@@ -78,28 +126,99 @@ CSession::~CSession()
     Cancel();
     m_kernel.RemoveSession(*this);
     RemovePath();
-    SetServiceRequestObserver(nullptr);
 }
 
 void CSession::RemovePath() noexcept
 {
-    m_kernel.m_spErrors->RemovePath(m_iRemotePath);
-    m_kernel.m_spOperations->RemovePath(m_iRemotePath);
-    m_kernel.m_spStatus->RemovePath(m_iRemotePath);
+    const long path = m_spPath->Number();
+    SetServiceRequestObserver(nullptr);
+    m_kernel.m_parts.spErrors->RemovePath(path);
+    m_kernel.m_parts.spOperations->RemovePath(path);
+    m_kernel.m_parts.spStatus->RemovePath(path);
+    m_kernel.m_parts.spRegistry->ReleaseEngines(path);
+    m_kernel.m_parts.spGate->Start(path);
+    // Last: from here on the number may stand for another path.
+    m_kernel.m_parts.spPaths->Close(*m_spPath);
+}
+
+void CSession::Break(int reason) noexcept
+{
+    int running = kRuns;
+    while (running < reason && !m_break.compare_exchange_weak(running, reason))
+    {}
+    m_spOutput->Cancel();
+    SetEvent(m_spBreakEvent->Get());
+    m_kernel.m_parts.spGate->Wake();
 }
 
 void CSession::Cancel() noexcept
 {
-    m_bCancelled.store(true, std::memory_order_relaxed);
-    m_spOutput->Cancel();
-    SetEvent(m_spCancelEvent->Get());
+    Break(kBreakForEver);
+    if (m_spPath->ShutdownEvent() != nullptr)
+    {
+        SetEvent(m_spPath->ShutdownEvent()->Get());
+    }
+}
+
+void CSession::DeviceClear() noexcept
+{
+    if (m_spPath->DeviceClearEvent() != nullptr)
+    {
+        SetEvent(m_spPath->DeviceClearEvent()->Get());
+    }
+    Break(kBreakForDeviceClear);
+}
+
+void CSession::FinishDeviceClear()
+{
+    const long path = m_spPath->Number();
+    m_input.Clear();
+    m_framer.Reset();
+    m_bInMessage = false;
+    m_bytesAnnounced = 0;
+    m_spOutput->EndMessage();
+    ClearResponse();
+    ReleaseMemory();
+    if (m_kernel.m_parts.spOperations->CancelOperationComplete(path))
+    {
+        m_kernel.m_parts.spEvents->TellOpcReset(path);
+    }
+    m_kernel.m_parts.spEvents->Tell(
+        path, &IZOScpiDeviceHandler::DeviceClear, &IZOScpiMultichannelEventObserver::DeviceClear);
+    ResetEvent(m_spBreakEvent->Get());
+    if (m_spPath->DeviceClearEvent() != nullptr)
+    {
+        ResetEvent(m_spPath->DeviceClearEvent()->Get());
+    }
+    m_spOutput->Resume();
+    int pending = kBreakForDeviceClear;
+    if (!m_break.compare_exchange_strong(pending, kRuns))
+    {
+        Break(kBreakForEver); // cancelled meanwhile
+    }
+}
+
+HRESULT CSession::Trigger()
+{
+    if (!m_input.IsEmpty())
+    {
+        ReportError(kScpiGetNotAllowed, {});
+        return S_FALSE;
+    }
+    RefreshApplications();
+    if (m_spPath->IsHeldLocal())
+    {
+        ReportError(kScpiInvalidWhileLocal, {});
+        return S_FALSE;
+    }
+    return m_spBuiltIns->GroupExecuteTrigger() == S_OK ? S_OK : S_FALSE;
 }
 
 std::string_view CSession::Process(std::span<char> bytes)
 {
     ClearResponse();
     const bool bInPlace = m_input.IsEmpty() && !m_bStreams;
-    while (bInPlace && !bytes.empty() && !IsCancelled())
+    while (bInPlace && !bytes.empty() && !IsBroken())
     {
         const tagFrame frame = m_framer.Scan(bytes);
         if (frame.eStatus == tagFrameStatus::Message)
@@ -112,7 +231,7 @@ std::string_view CSession::Process(std::span<char> bytes)
             break;
         }
     }
-    if (!bytes.empty() && !IsCancelled())
+    if (!bytes.empty() && !IsBroken())
     {
         m_input.Append(bytes.data(), bytes.size());
     }
@@ -143,7 +262,7 @@ void CSession::ReleaseMemory() noexcept
 
 bool CSession::ExecuteNext()
 {
-    while (!m_input.IsEmpty() && !IsCancelled())
+    while (!m_input.IsEmpty() && !IsBroken())
     {
         const std::span<char> bytes(m_input.Data(), m_input.Size());
         const tagFrame frame = m_framer.Scan(bytes);
@@ -187,7 +306,7 @@ void CSession::ExecuteUpToBlock(const tagFrame& frame)
 {
     if (!m_bInMessage)
     {
-        RefreshApplications();
+        BeginMessage();
         m_parser.BeginMessage();
         m_bInMessage = true;
     }
@@ -226,7 +345,7 @@ void CSession::FinishBlock(bool bContinue)
     {
         return;
     }
-    if (m_stream.State() == CBlockStream::tagState::Lost)
+    if (m_stream.State() == CBlockStream::tagState::Lost && !IsDeviceClearPending())
     {
         Cancel();
     }
@@ -235,9 +354,15 @@ void CSession::FinishBlock(bool bContinue)
 
 void CSession::RefreshApplications()
 {
-    if (m_kernel.m_spRegistry->Generation() != m_generation)
+    if (m_kernel.m_parts.spRegistry->Generation() != m_generation)
     {
-        m_spApplications = m_kernel.m_spRegistry->Current(m_generation);
+        m_spApplications = m_kernel.m_parts.spRegistry->Current(m_generation);
+        const auto& applications = m_spApplications->applications;
+        std::erase_if(m_remoteTold, [&applications](const CApplication* pApplication) {
+            return std::none_of(applications.begin(), applications.end(), [&](const auto& spOther) {
+                return spOther.get() == pApplication;
+            });
+        });
     }
 }
 
@@ -249,17 +374,62 @@ void CSession::ExecuteMessage(std::span<char> message)
     }
     else
     {
-        RefreshApplications();
+        BeginMessage();
         m_parser.Parse(*m_spApplications->spIndex, message, *this);
     }
     EndMessage();
 }
 
+void CSession::BeginMessage()
+{
+    const long path = m_spPath->Number();
+    if (!m_kernel.m_parts.spGate->IsOpen(path))
+    {
+        m_kernel.m_parts.spGate->Wait(path, [this] { return IsBroken(); });
+    }
+    RefreshApplications();
+    CEventDistributor& events = *m_kernel.m_parts.spEvents;
+    if (m_spPath->EntersRemote() && m_spPath->State().GotoRemote() == tagStateChange::Changed)
+    {
+        // The applications hear of it with their next command: a busy one must not hold this message up.
+        m_bTellsRemote = true;
+        m_remoteTold.clear();
+        events.TellObservers(
+            [path](IZOScpiMultichannelEventObserver& observer) { return observer.GotoRemote(path); });
+        m_spPath->PublishStatus();
+    }
+    if (events.HasObservers())
+    {
+        events.TellObservers([path](IZOScpiMultichannelEventObserver& observer) {
+            return observer.ProgramMessageBegin(path);
+        });
+    }
+}
+
+void CSession::TellMessageEnd()
+{
+    const long path = m_spPath->Number();
+    const short aborted = IsBroken() ? VARIANT_TRUE : VARIANT_FALSE;
+    for (CApplication* pApplication : m_involved)
+    {
+        static_cast<void>(pApplication->CallDeviceHandler(
+            path, [aborted](IZOScpiDeviceHandler& handler) { return handler.ProgramMessageEnd(aborted); }));
+    }
+    m_involved.clear();
+    if (m_kernel.m_parts.spEvents->HasObservers())
+    {
+        m_kernel.m_parts.spEvents->TellObservers([=](IZOScpiMultichannelEventObserver& observer) {
+            return observer.ProgramMessageEnd(aborted, path);
+        });
+    }
+}
+
 void CSession::EndMessage()
 {
     m_bInMessage = false;
+    TellMessageEnd();
     m_spOutput->EndMessage();
-    if (!m_spOutput->IsEmpty())
+    if (!m_spOutput->IsEmpty() && !IsBroken())
     {
         m_spStatus->StatusByte().SetMessageAvailable(true);
     }
@@ -267,6 +437,10 @@ void CSession::EndMessage()
 
 bool CSession::ExecuteCommand(const tagParsedCommand& command)
 {
+    if (IsBroken())
+    {
+        return false;
+    }
     m_spOutput->BeginCommand();
     m_spErrors->BeginCommand();
     if (command.bQuery && m_spOutput->HasIndefinite())
@@ -274,22 +448,43 @@ bool CSession::ExecuteCommand(const tagParsedCommand& command)
         ReportError(kScpiQueryAfterIndefinite, {});
         return false;
     }
+    const bool bBuiltIn = command.pApplication->IsBuiltIn();
+    if (m_spPath->IsHeldLocal() && !command.bQuery &&
+        (!bBuiltIn || CBuiltInCommands::ChangesInstrument(command)))
+    {
+        ReportError(kScpiInvalidWhileLocal, {});
+        return true;
+    }
     HRESULT result = S_OK;
-    if (command.pApplication->IsBuiltIn())
+    if (bBuiltIn)
     {
         result = m_spBuiltIns->Execute(command);
     }
-    else if (!command.pApplication->Execute(command, false, m_pContext, m_iRemotePath, m_spOutput, result))
+    else if (!RunApplication(command, result))
     {
         ReportError(kScpiUndefinedHeader, "Application has left");
         return false;
     }
-    return result == S_OK && !m_spErrors->CommandRaisedError() ? !IsCancelled() : CloseCommand(result);
+    return result == S_OK && !m_spErrors->CommandRaisedError() ? !IsBroken() : CloseCommand(result);
+}
+
+bool CSession::RunApplication(const tagParsedCommand& command, HRESULT& result)
+{
+    CApplication& application = *command.pApplication;
+    tagApplicationNews news;
+    news.bMessageBegin = AddOnce(m_involved, &application);
+    news.bRemote = m_bTellsRemote && AddOnce(m_remoteTold, &application);
+    return application.Execute(command, news, m_pContext, m_spPath->Number(), m_spOutput, result);
 }
 
 bool CSession::CloseCommand(HRESULT result)
 {
-    if (FAILED(result) && result != E_ABORT && !m_spErrors->CommandRaisedError())
+    if (m_spOutput->IsRefused())
+    {
+        ReportError(kScpiQueryDeadlocked, "Response too long");
+        m_spOutput->DropMessage();
+    }
+    else if (FAILED(result) && result != E_ABORT && !m_spErrors->CommandRaisedError())
     {
         m_spErrors->Push(kScpiExecutionError, {});
     }
@@ -297,7 +492,7 @@ bool CSession::CloseCommand(HRESULT result)
     {
         m_spOutput->DropCommand();
     }
-    return result != E_ABORT && !IsCancelled();
+    return result != E_ABORT && !IsBroken();
 }
 
 void CSession::ReportError(short code, std::string_view detail)

@@ -1,6 +1,6 @@
 #include "CTcpServer.h"
 
-#include "CTcpConnection.h"
+#include "CTcpChannel.h"
 #include "GuardedEntry.h"
 #include "ThreadBasics.h"
 
@@ -15,6 +15,7 @@
 #include <mutex>
 #include <optional>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 namespace ZoVelkor::RemoteKernel
@@ -59,15 +60,31 @@ tcp::acceptor Listen(asio::io_context& context, const tagTcpServerSettings& sett
     }
 }
 
+/// Ends what the kernel does for a client; does not wait.
+void BreakOff(CTcpChannelObject& channel)
+{
+    CComPtr<IZOScpiChannelServiceProvider> spProvider;
+    channel.GetExistingServiceProvider(&spProvider);
+    if (spProvider != nullptr)
+    {
+        spProvider->SignalDisconnected();
+    }
+    channel.Abort();
+}
+
+/// Lets go of a client; waits for a handler that is running for it.
+void Disconnect(CTcpChannelObject& channel) noexcept
+{
+    // The kernel may be gone already; then it has let go before.
+    static_cast<void>(GuardedEntry([&channel] { return channel.DisconnectRemotePath(); }));
+}
+
 } // namespace
 
 class CTcpServer::CImplementation
 {
 public:
-    CImplementation(CRemoteKernel& kernel, tagTcpServerSettings settings)
-        : m_kernel(kernel),
-          m_settings(std::move(settings))
-    {}
+    explicit CImplementation(tagTcpServerSettings settings) : m_settings(std::move(settings)) {}
 
     void Start();
     void Stop();
@@ -82,7 +99,6 @@ private:
     void Refuse(tcp::socket socket) const;
     void RemoveEnded();
 
-    CRemoteKernel& m_kernel;
     const tagTcpServerSettings m_settings;
 
     mutable std::mutex m_runMutex;                 // start and stop one at a time; taken before m_mutex
@@ -94,7 +110,7 @@ private:
     std::optional<asio::steady_timer> m_retry; // the same
 
     mutable std::mutex m_mutex;
-    std::list<CTcpConnection> m_connections; // guarded by m_mutex
+    std::list<CComPtr<CTcpChannelObject>> m_channels; // guarded by m_mutex
 };
 
 void CTcpServer::CImplementation::Start()
@@ -149,14 +165,20 @@ void CTcpServer::CImplementation::Stop()
     }
     StopAcceptingLocked();
 
-    std::list<CTcpConnection> connections;
+    std::list<CComPtr<CTcpChannelObject>> channels;
     {
-        const std::lock_guard connectionsLock(m_mutex);
-        connections.swap(m_connections);
+        const std::lock_guard channelsLock(m_mutex);
+        channels.swap(m_channels);
     }
     // All are woken first, so that they end side by side.
-    std::for_each(connections.begin(), connections.end(), [](auto& connection) { connection.Abort(); });
-    connections.clear();
+    for (const auto& spChannel : channels)
+    {
+        BreakOff(*spChannel);
+    }
+    for (const auto& spChannel : channels)
+    {
+        Disconnect(*spChannel);
+    }
     m_spContext.reset();
 }
 
@@ -197,11 +219,22 @@ void CTcpServer::CImplementation::OnAccept(const asio::error_code& error, tcp::s
 
 void CTcpServer::CImplementation::Serve(tcp::socket socket)
 {
-    std::list<CTcpConnection> added;
-    CTcpConnection& connection = added.emplace_back(std::move(socket), m_kernel, m_settings.limits);
-    connection.Start([this, &context = *m_spContext] { asio::post(context, [this] { RemoveEnded(); }); });
-    const std::lock_guard lock(m_mutex);
-    m_connections.splice(m_connections.end(), added);
+    std::list<CComPtr<CTcpChannelObject>> added;
+    added.push_back(CTcpChannelObject::Create(std::move(socket), [this, &context = *m_spContext] {
+        asio::post(context, [this] { RemoveEnded(); });
+    }));
+    CTcpChannelObject& channel = *added.front();
+    channel.Open();
+    CComPtr<IZOScpiChannelServiceProvider> spProvider;
+    channel.GetServiceProvider(&spProvider);
+    {
+        const std::lock_guard lock(m_mutex);
+        m_channels.splice(m_channels.end(), added);
+    }
+    if (FAILED(spProvider->SignalConnected()))
+    {
+        channel.Abort();
+    }
 }
 
 void CTcpServer::CImplementation::Refuse(tcp::socket socket) const
@@ -215,15 +248,21 @@ void CTcpServer::CImplementation::Refuse(tcp::socket socket) const
 
 void CTcpServer::CImplementation::RemoveEnded()
 {
-    std::list<CTcpConnection> ended;
-    const std::lock_guard lock(m_mutex);
-    for (auto connection = m_connections.begin(); connection != m_connections.end();)
+    std::list<CComPtr<CTcpChannelObject>> ended;
     {
-        const auto current = connection++;
-        if (!current->IsOpen())
+        const std::lock_guard lock(m_mutex);
+        for (auto spChannel = m_channels.begin(); spChannel != m_channels.end();)
         {
-            ended.splice(ended.end(), m_connections, current);
+            const auto current = spChannel++;
+            if (!(*current)->IsServed())
+            {
+                ended.splice(ended.end(), m_channels, current);
+            }
         }
+    }
+    for (const auto& spChannel : ended)
+    {
+        Disconnect(*spChannel);
     }
 }
 
@@ -236,14 +275,12 @@ tcp::endpoint CTcpServer::CImplementation::LocalEndpoint() const
 std::size_t CTcpServer::CImplementation::SessionCount() const
 {
     const std::lock_guard lock(m_mutex);
-    return static_cast<std::size_t>(
-        std::count_if(m_connections.begin(), m_connections.end(), [](const auto& connection) {
-            return connection.IsOpen();
-        }));
+    return static_cast<std::size_t>(std::count_if(
+        m_channels.begin(), m_channels.end(), [](const auto& spChannel) { return spChannel->IsServed(); }));
 }
 
-CTcpServer::CTcpServer(CRemoteKernel& kernel, tagTcpServerSettings settings)
-    : m_spImplementation(std::make_unique<CImplementation>(kernel, std::move(settings)))
+CTcpServer::CTcpServer(tagTcpServerSettings settings)
+    : m_spImplementation(std::make_unique<CImplementation>(std::move(settings)))
 {}
 
 CTcpServer::~CTcpServer()

@@ -135,7 +135,7 @@ protected:
 
     RemoteKernel::CRemoteKernel m_kernel{RemoteKernel::tagInstrumentIdentity()};
     std::optional<CAnalyzerApplication> m_analyzer;
-    RemoteKernel::CTcpServer m_server{m_kernel, {.iPort = 0}};
+    RemoteKernel::CTcpServer m_server{{.iPort = 0}};
     std::atomic<unsigned int> m_rounds = 0;
     std::atomic<bool> m_bDone = false;
 };

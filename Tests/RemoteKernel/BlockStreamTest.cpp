@@ -54,7 +54,7 @@ constexpr tagSessionLimits kSmall{
 std::string Converse(tagTestInstrument& instrument, const std::string& text, std::size_t piece)
 {
     CScriptedSource source(text, piece);
-    CSession session(instrument.kernel, kSmall, -1, &source);
+    CSession session(instrument.kernel, kSmall, {.pSource = &source});
     std::string responses;
     for (bool more = true; more;)
     {
@@ -263,7 +263,7 @@ protected:
     CTestSink& Sink() { return *m_instrument.spSink; }
 
     tagTestInstrument m_instrument;
-    CTcpServer m_server{m_instrument.kernel, {.iPort = 0}};
+    CTcpServer m_server{{.iPort = 0}};
 };
 
 TEST_F(BlockSocket, CommandRunsWhileTheClientSends)

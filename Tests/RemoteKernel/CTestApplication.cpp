@@ -323,7 +323,7 @@ CComPtr<IZOScpiParser> MakeParser(const std::vector<_CMD_SET_RECORD>& records,
 
 tagTestInstrument::tagTestInstrument()
 {
-    if (FAILED(Register(table, id)))
+    if (FAILED(kernel.Start()) || FAILED(Register(table, id)))
     {
         throw std::runtime_error("the test application is refused");
     }

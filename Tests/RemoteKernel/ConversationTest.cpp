@@ -29,7 +29,7 @@ protected:
 
     CErrorRecorder m_recorder;
     tagTestInstrument m_instrument;
-    CTcpServer m_server{m_instrument.kernel, {.iPort = 0}};
+    CTcpServer m_server{{.iPort = 0}};
 };
 
 TEST_P(Conversation, GoesAsWritten)

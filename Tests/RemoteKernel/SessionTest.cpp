@@ -90,7 +90,7 @@ TEST_F(Session, HoldsItsLimitsAndGoesOn)
         {"Block",        "BLOC #41000" + large.substr(1),  "",                         "0,No error"                                        },
         {"LongBlock",    "BLOC #41001" + large + ";*OPC?", "",                         "-223,Too much data;Block too long"                 },
         {"Response",     "TEXT '1234567890123';:LAST?",    "\"4:0:1234567890123;\"\n", "0,No error"                                        },
-        {"LongResponse", "*OPC?;:LAST?;*OPC?",             "1;1\n",                    "-200,Execution error"                              },
+        {"LongResponse", "*OPC?;:LAST?;*OPC?",             "",                         "-430,Query deadlocked;Response too long"           },
     };
     for (const tagLimitCase& row : cases)
     {

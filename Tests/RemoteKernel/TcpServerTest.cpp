@@ -59,7 +59,7 @@ protected:
 
     tagTestInstrument m_instrument;
     CTcpServer m_server{
-        m_instrument.kernel, {.iPort = 0, .iMaxSessions = 40}
+        {.iPort = 0, .iMaxSessions = 40}
     };
 };
 
@@ -175,7 +175,7 @@ void SignalServerThreads()
     {
         std::string name;
         std::getline(std::ifstream(task.path() / "comm"), name);
-        if (name.starts_with("scpi-tcp-"))
+        if (name.starts_with("scpi-"))
         {
             tgkill(getpid(), std::stoi(task.path().filename()), SIGUSR1);
         }
@@ -257,18 +257,18 @@ TEST_F(TcpServer, ChangeOfApplicationsIsSeenWholeBySessionsThatTalk)
 TEST(TcpServerStart, RefusesWhatItCannotListenOn)
 {
     tagTestInstrument instrument;
-    CTcpServer first(instrument.kernel, {.iPort = 0});
+    CTcpServer first({.iPort = 0});
     first.Start();
-    CTcpServer sameport(instrument.kernel, {.iPort = first.Port()});
+    CTcpServer sameport({.iPort = first.Port()});
     EXPECT_THROW(sameport.Start(), std::system_error);
-    CTcpServer name(instrument.kernel, {.sAddress = "not-an-address", .iPort = 0});
+    CTcpServer name({.sAddress = "not-an-address", .iPort = 0});
     EXPECT_THROW(name.Start(), std::system_error);
 }
 
 TEST(TcpServerStart, ListensOnIpv6)
 {
     tagTestInstrument instrument;
-    CTcpServer server(instrument.kernel, {.sAddress = "[::1]", .iPort = 0});
+    CTcpServer server({.sAddress = "[::1]", .iPort = 0});
     server.Start();
     EXPECT_EQ(server.Endpoint(), "[::1]:" + std::to_string(server.Port()));
     EXPECT_EQ(CScpiClient(server.Port(), "::1").Query("*OPC?"), "1");

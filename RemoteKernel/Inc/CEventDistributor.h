@@ -1,0 +1,83 @@
+#pragma once
+
+#include "CApplicationRegistry.h"
+#include "CComPtr.h"
+#include "GuardedEntry.h"
+#include "IZOScpiMultichannelEventObserver.h"
+
+#include <atomic>
+#include <shared_mutex>
+#include <utility>
+#include <vector>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+/// Tells the device handlers of the applications and the observers what happens on the remote paths.
+///
+/// Threads: any operation from any thread, but not from inside a handler or an observer.
+class CEventDistributor
+{
+public:
+    explicit CEventDistributor(CComPtr<CApplicationRegistryObject> spRegistry) noexcept
+        : m_spRegistry(std::move(spRegistry))
+    {}
+
+    /// Results as IZOScpiMultichannelAdministration::RegisterEventObserver and UnregisterEventObserver; the
+    /// observer is not null.
+    HRESULT RegisterObserver(IZOScpiMultichannelEventObserver* pObserver);
+    HRESULT UnregisterObserver(IZOScpiMultichannelEventObserver* pObserver);
+    /// Forgets all observers.
+    void Close();
+
+    /// Calls all device handlers, each under its application's lock.
+    ///
+    /// @return S_OK when one of them returned S_OK; E_FAIL when one failed; else S_FALSE
+    template <class TCall>
+    HRESULT TellHandlers(long remotePath, TCall call)
+    {
+        std::uint64_t generation = 0;
+        HRESULT total = S_FALSE;
+        const std::shared_ptr<const tagApplicationSet> spSet = m_spRegistry->Current(generation);
+        for (const auto& spApplication : spSet->applications)
+        {
+            const HRESULT result = spApplication->CallDeviceHandler(remotePath, call);
+            total = FAILED(result) || FAILED(total) ? E_FAIL : (result == S_OK ? S_OK : total);
+        }
+        return total;
+    }
+
+    bool HasObservers() const noexcept { return m_bObservers.load(std::memory_order_relaxed); }
+    template <class TCall>
+    void TellObservers(TCall call)
+    {
+        if (HasObservers())
+        {
+            const std::shared_lock lock(m_mutex);
+            for (const tagObserver& observer : m_observers)
+            {
+                static_cast<void>(GuardedEntry([&]() -> HRESULT { return call(*observer.spObserver); }));
+            }
+        }
+    }
+    /// An event that both know under the same name and that has no argument but the path.
+    HRESULT Tell(long remotePath,
+                 HRESULT (IZOScpiDeviceHandler::*handler)(),
+                 HRESULT (IZOScpiMultichannelEventObserver::*observer)(long));
+    void TellLockout(long remotePath, bool lockedOut);
+    void TellOpcReset(long remotePath);
+
+private:
+    struct tagObserver
+    {
+        GUID id;
+        CComPtr<IZOScpiMultichannelEventObserver> spObserver;
+    };
+
+    const CComPtr<CApplicationRegistryObject> m_spRegistry;
+    std::shared_mutex m_mutex;            // held shared while observers are called
+    std::vector<tagObserver> m_observers; // guarded by m_mutex
+    std::atomic<bool> m_bObservers{false};
+};
+
+} // namespace ZoVelkor::RemoteKernel

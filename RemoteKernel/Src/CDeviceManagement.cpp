@@ -1,0 +1,36 @@
+#include "CDeviceManagement.h"
+
+#include "GuardedEntry.h"
+
+namespace ZoVelkor::RemoteKernel
+{
+
+HRESULT CDeviceManagement::RegisterDeviceHandler(IZOScpiDeviceHandler* handler)
+{
+    return handler == nullptr ? E_POINTER : m_spRegistry->RegisterDeviceHandler(handler, m_iRemotePath);
+}
+
+HRESULT CDeviceManagement::UnregisterDeviceHandler(IZOScpiDeviceHandler* handler)
+{
+    return handler == nullptr ? E_POINTER : m_spRegistry->Unregister(handler, m_iRemotePath);
+}
+
+HRESULT CDeviceManagement::Tell(HRESULT (IZOScpiDeviceHandler::*handler)(),
+                                HRESULT (IZOScpiMultichannelEventObserver::*observer)(long))
+{
+    return GuardedEntry([&]() -> HRESULT {
+        return FAILED(m_spEvents->Tell(m_iRemotePath, handler, observer)) ? E_FAIL : S_OK;
+    });
+}
+
+HRESULT CDeviceManagement::Reset()
+{
+    return Tell(&IZOScpiDeviceHandler::Reset, &IZOScpiMultichannelEventObserver::Reset);
+}
+
+HRESULT CDeviceManagement::SystemPreset()
+{
+    return Tell(&IZOScpiDeviceHandler::SystemPreset, &IZOScpiMultichannelEventObserver::SystemPreset);
+}
+
+} // namespace ZoVelkor::RemoteKernel

@@ -1,0 +1,46 @@
+#include "CParserGate.h"
+
+namespace ZoVelkor::RemoteKernel
+{
+
+bool CParserGate::Start(long remotePath)
+{
+    const std::lock_guard lock(m_mutex);
+    const bool bChanged = m_stopped.erase(remotePath) != 0;
+    m_stops.store(m_stopped.size(), std::memory_order_release);
+    m_changed.notify_all();
+    return bChanged;
+}
+
+bool CParserGate::Stop(long remotePath)
+{
+    const std::lock_guard lock(m_mutex);
+    const bool bChanged = m_stopped.insert(remotePath).second;
+    m_stops.store(m_stopped.size(), std::memory_order_release);
+    return bChanged;
+}
+
+bool CParserGate::IsStarted(long remotePath) const
+{
+    const std::lock_guard lock(m_mutex);
+    return !m_stopped.contains(remotePath);
+}
+
+bool CParserGate::IsOpenSlow(long remotePath) const
+{
+    const std::lock_guard lock(m_mutex);
+    return IsOpenLocked(remotePath);
+}
+
+bool CParserGate::IsOpenLocked(long remotePath) const
+{
+    return !m_stopped.contains(remotePath) && !m_stopped.contains(kAllPaths);
+}
+
+void CParserGate::Wake() noexcept
+{
+    const std::lock_guard lock(m_mutex);
+    m_changed.notify_all();
+}
+
+} // namespace ZoVelkor::RemoteKernel

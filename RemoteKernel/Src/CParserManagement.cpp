@@ -1,0 +1,34 @@
+#include "CParserManagement.h"
+
+#include "GuardedEntry.h"
+#include "Variant.h"
+
+namespace ZoVelkor::RemoteKernel
+{
+
+HRESULT CParserManagement::GetObjectRegistration(IZOScpiObjectRegistration** registration)
+{
+    return m_spRegistry.CopyTo(registration);
+}
+
+HRESULT CParserManagement::StartParser()
+{
+    return GuardedEntry([&]() -> HRESULT { return m_spGate->Start(m_iRemotePath) ? S_OK : S_FALSE; });
+}
+
+HRESULT CParserManagement::StopParser()
+{
+    return GuardedEntry([&]() -> HRESULT { return m_spGate->Stop(m_iRemotePath) ? S_OK : S_FALSE; });
+}
+
+HRESULT CParserManagement::get_ParserStarted(short* started)
+{
+    if (started == nullptr)
+    {
+        return E_POINTER;
+    }
+    *started = m_spGate->IsStarted(m_iRemotePath) ? VARIANT_TRUE : VARIANT_FALSE;
+    return S_OK;
+}
+
+} // namespace ZoVelkor::RemoteKernel
