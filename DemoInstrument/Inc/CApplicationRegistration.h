@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CComPtr.h"
-#include "IZOScpiObjectRegistration.h"
+#include "CSwplScpiManager.h"
+#include "CSwplScpiParser.h"
 
 #include <span>
 
@@ -15,20 +15,17 @@ class CApplicationRegistration
 {
 public:
     /// @param name  for messages and listings
-    /// @param table  stays valid while registered
-    /// @param pSink, pDeviceHandler  counted while registered; pDeviceHandler may be null
+    /// @param table  the command tree
+    /// @param pParser  the application's parser object, see CApplicationParser; counted while registered
     /// @throws CShellError without remote control in this process, or when it refuses the table
-    CApplicationRegistration(const wchar_t* name,
-                             std::span<const _CMD_SET_RECORD> table,
-                             IZOScpiExecutionSink* pSink,
-                             IZOScpiDeviceHandler* pDeviceHandler);
+    CApplicationRegistration(const wchar_t* name, std::span<const _CMD_SET_RECORD> table, IUnknown* pParser);
     CApplicationRegistration(const CApplicationRegistration&) = delete;
     CApplicationRegistration& operator=(const CApplicationRegistration&) = delete;
     ~CApplicationRegistration();
 
 private:
-    CComPtr<IZOScpiObjectRegistration> m_spRegistration;
-    GUID m_objectId = GUID_NULL;
+    CSwplScpiManager m_manager;
+    CSwplScpiParser m_parser;
 };
 
 } // namespace ZoVelkor::Demo

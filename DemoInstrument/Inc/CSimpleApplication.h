@@ -1,9 +1,8 @@
 #pragma once
 
+#include "CApplicationParser.h"
 #include "CApplicationRegistration.h"
-#include "CComObject.h"
 #include "CResetHandler.h"
-#include "HandlerTable.h"
 
 namespace ZoVelkor::Demo
 {
@@ -17,10 +16,10 @@ class CSimpleApplication
 public:
     /// @throws CShellError when remote control is missing or refuses the application
     CSimpleApplication()
-        : m_registration(TCommands::kApplicationName,
-                         TCommands::Table(),
-                         CComObject<CHandlerSink<TCommands>, IZOScpiExecutionSink>::Create(m_commands),
-                         CComObject<CResetHandler<TInstrument>, IZOScpiDeviceHandler>::Create(m_instrument))
+        : m_registration(
+              TCommands::kApplicationName,
+              TCommands::Table(),
+              CApplicationParser<TCommands, CResetHandler<TInstrument>>::Create(m_commands, m_instrument))
     {}
 
 private:

@@ -1,6 +1,6 @@
 #include "CAnalyzerApplication.h"
 
-#include "CComObject.h"
+#include "CApplicationParser.h"
 #include "CResetHandler.h"
 
 namespace ZoVelkor::Demo
@@ -34,10 +34,10 @@ protected:
 } // namespace
 
 CAnalyzerApplication::CAnalyzerApplication()
-    : m_registration(L"analyzer",
-                     AnalyzerTable(),
-                     CComObject<CHandlerSink<CAnalyzerCommands>, IZOScpiExecutionSink>::Create(m_commands),
-                     CComObject<CAnalyzerDeviceHandler, IZOScpiDeviceHandler>::Create(m_analyzer))
+    : m_registration(
+          L"analyzer",
+          AnalyzerTable(),
+          CApplicationParser<CAnalyzerCommands, CAnalyzerDeviceHandler>::Create(m_commands, m_analyzer))
 {}
 
 } // namespace ZoVelkor::Demo

@@ -1,9 +1,6 @@
 #include "CApplicationRegistration.h"
 
-#include "CBScpiParser.h"
-#include "CComObject.h"
 #include "ErrorRaising.h"
-#include "Root.h"
 
 namespace ZoVelkor::Demo
 {
@@ -14,35 +11,28 @@ ZO_SOURCE_UNIT("DemoInstrument/Src/CApplicationRegistration")
 
 CApplicationRegistration::CApplicationRegistration(const wchar_t* name,
                                                    std::span<const _CMD_SET_RECORD> table,
-                                                   IZOScpiExecutionSink* pSink,
-                                                   IZOScpiDeviceHandler* pDeviceHandler)
+                                                   IUnknown* pParser)
 {
-    HRESULT hr = ZoGetRegisteredInterface(&IID_IZOScpiObjectRegistration, &m_spRegistration);
-    if (FAILED(hr))
+    m_manager.Find();
+    if (!m_manager.Available())
     {
-        ThrowError(ZO_ERROR(nullptr, "pRegistration != NULL", "Remote control is missing", hr));
+        ThrowError(ZO_ERROR(nullptr, "m_manager.Available()", "Remote control is missing", E_NOINTERFACE));
     }
-    hr = CoCreateGuid(&m_objectId);
-    if (SUCCEEDED(hr))
-    {
-        const auto spParser = CComObject<CBScpiParser, IZOScpiParser>::Create(pDeviceHandler);
-        CComBSTR bsName(name);
-        spParser->RegisterCommandTree(ZO_PARSER_TYPE_MEASUREMENT,
-                                      bsName,
-                                      {static_cast<std::uint32_t>(table.size_bytes()), table.data()},
-                                      pSink);
-        const tagZO_SCPI_PARSER_OBJECT object{name, ZO_PARSER_TYPE_MEASUREMENT, spParser, m_objectId};
-        hr = m_spRegistration->RegisterObject(&object);
-    }
-    if (FAILED(hr))
+    m_parser.Attach(pParser);
+    m_parser.RegisterCommandTree(static_cast<long>(table.size_bytes()),
+                                 reinterpret_cast<const char*>(table.data()),
+                                 ZO_PARSER_TYPE_MEASUREMENT,
+                                 name);
+    if (const HRESULT hr = m_manager.RegisterParser(&m_parser); hr != S_OK)
     {
         ThrowError(ZO_ERROR(nullptr, "hr == S_OK", "Remote control refuses the application", hr));
     }
+    m_manager.StartParser(false);
 }
 
 CApplicationRegistration::~CApplicationRegistration()
 {
-    static_cast<void>(m_spRegistration->UnregisterObject(m_objectId));
+    m_manager.UnregisterParser(&m_parser);
 }
 
 } // namespace ZoVelkor::Demo
