@@ -33,6 +33,7 @@ constexpr tagFaultRow kFaultRows[] = {
     {SQLITE_NOTADB,   ERROR_BADDB,              false},
     {SQLITE_SCHEMA,   ERROR_BADDB,              false},
     {SQLITE_ERROR,    ERROR_BADDB,              false},
+    {SQLITE_IOERR,    ERROR_REGISTRY_IO_FAILED, true },
     {SQLITE_CANTOPEN, ERROR_CANTOPEN,           false},
     {SQLITE_NOMEM,    ERROR_NOT_ENOUGH_MEMORY,  true },
     {SQLITE_TOOBIG,   ERROR_INVALID_PARAMETER,  true },

@@ -1,0 +1,223 @@
+#include "CTemporaryRegistry.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <sqlite3.h>
+#include <string>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace
+{
+DWORD Write(BYTE number)
+{
+    return static_cast<DWORD>(RegSetValueEx(HKEY_LOCAL_MACHINE, L"v", 0, REG_BINARY, &number, 1));
+}
+
+/// The error number and the value, 0 without one.
+std::pair<DWORD, int> Read()
+{
+    BYTE number = 0;
+    DWORD size = 1;
+    const LONG error = RegQueryValueEx(HKEY_LOCAL_MACHINE, L"v", nullptr, nullptr, &number, &size);
+    return {static_cast<DWORD>(error), number};
+}
+
+using Database = std::unique_ptr<sqlite3, decltype([](sqlite3* d) { sqlite3_close(d); })>;
+
+Database Execute(const std::string& file, const char* sql)
+{
+    sqlite3* database = nullptr;
+    sqlite3_open(file.c_str(), &database);
+    EXPECT_EQ(sqlite3_exec(database, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sql;
+    return Database(database);
+}
+
+std::size_t CountLines(const std::string& text)
+{
+    return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+class RegistryFaults : public testing::Test
+{
+protected:
+    RegistryFaults() { EXPECT_EQ(Write(1), ERROR_SUCCESS); }
+
+    /// Runs a body and gives what it said on stderr.
+    static std::string Said(const std::function<void()>& body)
+    {
+        testing::internal::CaptureStderr();
+        body();
+        return testing::internal::GetCapturedStderr();
+    }
+
+    CTemporaryRegistry m_registry;
+};
+
+TEST_F(RegistryFaults, OfTheFileAreResultsAndOneLineEach)
+{
+    const std::string file = m_registry.File();
+    const auto replace = [&](const std::string& content, std::streamoff offset = -1) {
+        std::fstream stream(file,
+                            offset < 0 ? std::ios::out | std::ios::trunc : std::ios::in | std::ios::out);
+        stream.seekp(std::max<std::streamoff>(offset, 0));
+        stream << content;
+    };
+    const struct
+    {
+        const char* name;
+        std::function<void()> spoil;
+        DWORD expected;
+    } cases[] = {
+        {"no database",        [&] { replace(std::string(20'000, '?')); },        ERROR_BADDB   },
+        {"beginning lost",     [&] { replace(std::string(50, '\0'), 0); },        ERROR_BADDB   },
+        {"content lost",       [&] { replace(std::string(40'000, '?'), 4096); },  ERROR_BADDB   },
+        {"cut off",            [&] { std::filesystem::resize_file(file, 5000); }, ERROR_BADDB   },
+        {"of another program",
+         [&] {
+             std::filesystem::remove(file);
+             Execute(file, "CREATE TABLE t (c)");
+         },                                                                       ERROR_BADDB   },
+        {"of a later version", [&] { Execute(file, "PRAGMA user_version = 2"); }, ERROR_BADDB   },
+        {"a folder",
+         [&] {
+             std::filesystem::remove(file);
+             std::filesystem::create_directory(file);
+         },                                                                       ERROR_CANTOPEN},
+    };
+    for (const auto& row : cases)
+    {
+        SetRegistryFile(nullptr);
+        std::filesystem::remove_all(file);
+        m_registry.Use();
+        ASSERT_EQ(Write(1), ERROR_SUCCESS) << row.name;
+        SetRegistryFile(nullptr);
+        row.spoil();
+        m_registry.Use();
+        const std::string said = Said([&] {
+            EXPECT_EQ(Read().first, row.expected) << row.name;
+            EXPECT_EQ(Read().first, row.expected) << row.name;
+        });
+        EXPECT_EQ(CountLines(said), 1U) << said;
+        EXPECT_EQ(said.find("[Registry] " + file + ": reading failed: "), 0U) << said;
+        Said([&] { EXPECT_EQ(Write(2), row.expected) << row.name; });
+    }
+}
+
+TEST_F(RegistryFaults, ALockedRegistryIsReadAndRefusesToBeWritten)
+{
+    const Database other = Execute(m_registry.File(), "BEGIN IMMEDIATE");
+    const auto begin = std::chrono::steady_clock::now();
+    const std::string said = Said([] { EXPECT_EQ(Write(2), ERROR_BUSY); });
+    EXPECT_GE(std::chrono::steady_clock::now() - begin,
+              std::chrono::milliseconds(kRegistryBusyTimeoutMs * 9 / 10));
+    EXPECT_EQ(CountLines(said), 1U) << said;
+    EXPECT_EQ(Read(), std::pair(ERROR_SUCCESS, 1));
+    sqlite3_exec(other.get(), "COMMIT", nullptr, nullptr, nullptr);
+    EXPECT_EQ(Write(2), ERROR_SUCCESS);
+}
+
+int diskError = 0;
+ssize_t RefusingWrite(int descriptor, const void* data, std::size_t size, off_t offset)
+{
+    errno = diskError;
+    return diskError != 0 ? -1 : ::pwrite(descriptor, data, size, offset);
+}
+
+TEST_F(RegistryFaults, OfTheDiskLeaveTheFormerValue)
+{
+    sqlite3_vfs* const system = sqlite3_vfs_find(nullptr);
+    for (const char* call : {"pwrite", "pwrite64"})
+    {
+        system->xSetSystemCall(system, call, reinterpret_cast<sqlite3_syscall_ptr>(&RefusingWrite));
+    }
+    const std::pair<int, DWORD> cases[] = {
+        {ENOSPC, ERROR_DISK_FULL         },
+        {EIO,    ERROR_REGISTRY_IO_FAILED}
+    };
+    for (const auto& [error, expected] : cases)
+    {
+        EXPECT_EQ(Write(1), ERROR_SUCCESS);
+        diskError = error;
+        const std::string said = Said([expected = expected] {
+            EXPECT_EQ(Write(2), expected);
+            EXPECT_EQ(Write(3), expected);
+            EXPECT_EQ(Read(), std::pair(ERROR_SUCCESS, 1));
+        });
+        diskError = 0;
+        EXPECT_EQ(CountLines(said), 1U) << said;
+        EXPECT_EQ(Write(4), ERROR_SUCCESS);
+        EXPECT_EQ(Read(), std::pair(ERROR_SUCCESS, 4));
+        EXPECT_EQ(CountLines(Said([] {
+                      diskError = ENOSPC;
+                      Write(5);
+                      diskError = 0;
+                  })),
+                  1U)
+            << "told anew";
+    }
+    system->xSetSystemCall(system, nullptr, nullptr);
+}
+
+TEST_F(RegistryFaults, WithoutRightsItIsReadButNotWritten)
+{
+    const std::string folder = std::filesystem::path(m_registry.File()).parent_path().string();
+    const std::pair<mode_t, std::string> cases[] = {
+        {0777, "0 0\n"                                                                     },
+        {0444, "0 " + std::to_string(ERROR_ACCESS_DENIED) + "\n"                           },
+        {0000, std::to_string(ERROR_CANTOPEN) + " " + std::to_string(ERROR_CANTOPEN) + "\n"},
+    };
+    ::chmod(folder.c_str(), 0777);
+    for (const auto& [mode, expected] : cases)
+    {
+        for (const char* part : {"", "-wal", "-shm", "-bell"})
+        {
+            ::chmod((m_registry.File() + part).c_str(), mode);
+        }
+        std::array<char, 64> answer{};
+        const std::string command = ZO_REGISTRY_CRASH " try " + m_registry.File() + " 2>/dev/null";
+        std::FILE* pipe = ::popen(command.c_str(), "r");
+        EXPECT_NE(std::fgets(answer.data(), answer.size(), pipe), nullptr);
+        ::pclose(pipe);
+        EXPECT_EQ(answer.data(), expected) << std::oct << mode;
+    }
+}
+
+TEST_F(RegistryFaults, ThePlaceComesFromTheEnvironment)
+{
+    const std::string folder = std::filesystem::path(m_registry.File()).parent_path().string();
+    const struct
+    {
+        std::string file;
+        std::string state;
+        std::string home;
+        std::string expected;
+    } cases[] = {
+        {folder + "/a.db", folder + "/s", folder + "/h", "/a.db"                                         },
+        {"",               folder + "/s", folder + "/h", "/s/zosoftwareplatform/registry.db"             },
+        {"",               "relative",    folder + "/h", "/h/.local/state/zosoftwareplatform/registry.db"},
+        {"",               "",            "",            ""                                              },
+    };
+    for (const auto& row : cases)
+    {
+        ::setenv("ZO_REGISTRY", row.file.c_str(), 1);
+        ::setenv("XDG_STATE_HOME", row.state.c_str(), 1);
+        ::setenv("HOME", row.home.c_str(), 1);
+        SetRegistryFile(nullptr);
+        Said([&] { EXPECT_EQ(Write(1), row.expected.empty() ? ERROR_CANTOPEN : ERROR_SUCCESS); });
+        EXPECT_TRUE(std::filesystem::is_regular_file(folder + row.expected) != row.expected.empty())
+            << row.expected;
+    }
+}
+} // namespace
