@@ -106,7 +106,7 @@ CRegistryKey::CRegistryKey(std::shared_ptr<CRegistryStore> store, std::int64_t i
 
 CRegistryKey::~CRegistryKey()
 {
-    EndNotification();
+    Close();
 }
 
 DWORD CRegistryKey::Open(const wchar_t* subKey, std::shared_ptr<CRegistryKey>& result) const
@@ -365,8 +365,9 @@ DWORD CRegistryKey::Notify(bool watchSubtree, DWORD filter, HANDLE event) const
     return m_store->Watcher().Arm(this, m_id, {filter, event, watchSubtree});
 }
 
-void CRegistryKey::EndNotification() const noexcept
+void CRegistryKey::Close() noexcept
 {
+    m_isClosed = true;
     if (CRegistryWatcher* watcher = m_store->ExistingWatcher(); watcher != nullptr)
     {
         watcher->Forget(this);

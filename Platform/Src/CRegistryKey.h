@@ -4,6 +4,7 @@
 #include "Handle.h"
 #include "RegistryNames.h"
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -69,8 +70,9 @@ public:
 
     DWORD Flush() const;
     DWORD Notify(bool watchSubtree, DWORD filter, HANDLE event) const;
-    /// Sets the events of pending requests.
-    void EndNotification() const noexcept;
+    /// Ends the use of the key's handle: sets the events of pending requests and refuses new ones.
+    void Close() noexcept;
+    [[nodiscard]] bool IsClosed() const noexcept { return m_isClosed; }
 
 private:
     /// The entry that an enumeration gave last, good while nothing has changed since.
@@ -96,6 +98,8 @@ private:
     const std::shared_ptr<CRegistryStore> m_store;
     const std::int64_t m_id;
     const std::size_t m_depth;
+
+    std::atomic<bool> m_isClosed{false};
 
     std::mutex m_lock; // no other lock is taken while it is held
     // Guarded by m_lock.

@@ -1,5 +1,6 @@
 #include "CRegistryWatcher.h"
 
+#include "CRegistryKey.h"
 #include "CRegistryStore.h"
 #include "Event.h"
 #include "ThreadBasics.h"
@@ -127,6 +128,11 @@ CRegistryWatcher::~CRegistryWatcher()
 DWORD CRegistryWatcher::Arm(const CRegistryKey* handle, std::int64_t key, const tagWatchRequest& request)
 {
     const std::lock_guard lock(m_lock);
+    // Whoever closes the key marks it before he takes the lock to end its requests.
+    if (handle->IsClosed())
+    {
+        return ERROR_INVALID_HANDLE;
+    }
     return m_store.Read([&](CRegistryConnection& connection) -> DWORD {
         {
             CRegistryStatement exists = connection.Use(tagRegistrySql::KeyExists);

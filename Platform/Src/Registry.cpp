@@ -187,7 +187,7 @@ LONG RegCloseKey(HKEY key) noexcept
             return ERROR_INVALID_HANDLE;
         }
         // Whoever waits holds the key too, so that its destructor would come too late.
-        closed->EndNotification();
+        closed->Close();
         return ERROR_SUCCESS;
     });
 }
