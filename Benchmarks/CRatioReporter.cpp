@@ -14,8 +14,12 @@ void CRatioReporter::ReportRuns(const std::vector<Run>& runs)
         // With repetitions the median stands for the benchmark, else the only run does.
         if (run.aggregate_name.empty() || run.aggregate_name == "median")
         {
-            m_nanoseconds[run.run_name.function_name] =
+            m_values[run.run_name.function_name] =
                 run.run_name.time_type.empty() ? run.GetAdjustedCPUTime() : run.GetAdjustedRealTime();
+            for (const auto& [name, counter] : run.counters)
+            {
+                m_values[run.run_name.function_name + '/' + name] = counter.value;
+            }
         }
     }
 }
@@ -25,9 +29,9 @@ void CRatioReporter::Finalize()
     ConsoleReporter::Finalize();
     for (const tagRatio& ratio : m_ratios)
     {
-        const auto numerator = m_nanoseconds.find(ratio.numerator);
-        const auto denominator = m_nanoseconds.find(ratio.denominator);
-        if (numerator != m_nanoseconds.end() && denominator != m_nanoseconds.end())
+        const auto numerator = m_values.find(ratio.numerator);
+        const auto denominator = m_values.find(ratio.denominator);
+        if (numerator != m_values.end() && denominator != m_values.end())
         {
             std::printf("%-60s %8.3f\n", ratio.meaning.c_str(), numerator->second / denominator->second);
         }

@@ -13,7 +13,7 @@ namespace ZoVelkor::Benchmarks
 /// Two benchmarks of one run, and which is to be divided by which.
 struct tagRatio
 {
-    std::string numerator;   ///< name of a benchmark
+    std::string numerator;   ///< name of a benchmark, or of one of its counters: "name/counter"
     std::string denominator; ///< name of another one
     std::string meaning;     ///< what the quotient says
 };
@@ -30,7 +30,7 @@ public:
 
 private:
     std::vector<tagRatio> m_ratios;
-    std::map<std::string, double> m_nanoseconds;
+    std::map<std::string, double> m_values; // times in nanoseconds, and counters
 };
 
 /// Runs all registered benchmarks; the body of main.

@@ -20,6 +20,7 @@
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 namespace ZoVelkor::Benchmarks
 {
@@ -221,31 +222,39 @@ void BlockDown(benchmark::State& state)
 }
 BENCHMARK(BlockDown)->UseRealTime();
 
+/// Sends a query and takes its answer of two bytes, again and again; reports the median and the 99th
+/// percentile of the round trips as counters.
+void RoundTrips(benchmark::State& state, int client, std::string_view query)
+{
+    using Clock = std::chrono::steady_clock;
+    std::vector<double> microseconds;
+    std::string answer(2, '\0');
+    for (auto _ : state)
+    {
+        const Clock::time_point begin = Clock::now();
+        SendAll(client, query);
+        ReceiveAll(client, answer.size(), answer);
+        microseconds.push_back(std::chrono::duration<double, std::micro>(Clock::now() - begin).count());
+    }
+    std::sort(microseconds.begin(), microseconds.end());
+    state.counters["p50_us"] = microseconds[microseconds.size() / 2];
+    state.counters["p99_us"] = microseconds[microseconds.size() * 99 / 100];
+}
+
 void BareRoundTrip(benchmark::State& state)
 {
     CBarePeer peer([message = std::string(16, '\0')](int socket) mutable {
         ReceiveAll(socket, message.size(), message);
         SendAll(socket, "0\n");
     });
-    const std::string query = "SENS1:FREQ:CENT?";
-    std::string answer(2, '\0');
-    for (auto _ : state)
-    {
-        SendAll(peer.Client(), query);
-        ReceiveAll(peer.Client(), answer.size(), answer);
-    }
+    RoundTrips(state, peer.Client(), "SENS1:FREQ:CENT?");
 }
 BENCHMARK(BareRoundTrip)->UseRealTime();
 
 void QueryRoundTrip(benchmark::State& state)
 {
     CServed served;
-    std::string answer(2, '\0');
-    for (auto _ : state)
-    {
-        SendAll(served.Client(), "SENS1:FREQ:CENT?\n");
-        ReceiveAll(served.Client(), answer.size(), answer);
-    }
+    RoundTrips(state, served.Client(), "SENS1:FREQ:CENT?\n");
 }
 BENCHMARK(QueryRoundTrip)->UseRealTime();
 
@@ -258,8 +267,10 @@ int main(int argc, char** argv)
         argc,
         argv,
         {
-            {"BareCopyUp",     "BlockUp",       "upload: throughput / bare copy"   },
-            {"BareCopyDown",   "BlockDown",     "download: throughput / bare copy" },
-            {"QueryRoundTrip", "BareRoundTrip", "query over socket / bare exchange"},
+            {"BareCopyUp",            "BlockUp",              "upload: throughput / bare copy"           },
+            {"BareCopyDown",          "BlockDown",            "download: throughput / bare copy"         },
+            {"QueryRoundTrip",        "BareRoundTrip",        "query over socket / bare exchange"        },
+            {"QueryRoundTrip/p50_us", "BareRoundTrip/p50_us", "query over socket / bare exchange, median"},
+            {"QueryRoundTrip/p99_us", "BareRoundTrip/p99_us", "query over socket / bare exchange, p99"   },
     });
 }
