@@ -7,7 +7,7 @@ namespace ZoVelkor
 {
 
 /// Base of observers: forwards each notification to the operation of the same name with the prefix Do, which
-/// succeeds and does nothing.
+/// succeeds and does nothing. An exception in it becomes a result.
 ///
 /// Threads: as the caller's; the identity is set before the observer is registered.
 class ZO_EXPORT CBScpiMultichannelEventObserver : public IZOScpiMultichannelEventObserver

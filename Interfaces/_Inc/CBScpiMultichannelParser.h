@@ -8,11 +8,15 @@ namespace ZoVelkor
 {
 
 /// Base of multichannel parsers: checks the pointers; the derived class makes and takes back the engines.
+///
+/// Results are those of the derived class; an exception in it becomes a result, unless it is a CShellError.
 class ZO_EXPORT CBScpiMultichannelParser : public IZOScpiMultichannelParser,
                                            public virtual CObjectDataReference
 {
 public:
+    /// @throws CShellError with E_POINTER when ppParserEngine is null
     HRESULT CreateClone(IUnknown** ppParserEngine) override;
+    /// @throws CShellError with E_POINTER when pParserEngine is null
     HRESULT ReleaseClone(IUnknown* pParserEngine) override;
 
 protected:

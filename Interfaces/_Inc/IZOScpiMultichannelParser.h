@@ -12,9 +12,9 @@ struct IZOScpiMultichannelParser : IUnknown
         0x92A1E343, 0xBC22, 0x41ED, {0xBD, 0xC0, 0xCD, 0x43, 0xEE, 0x1B, 0xD3, 0xE8}
     };
 
-    /// @param[out] engine  a new reference
-    /// @return E_POINTER, after an error report, when engine is null
+    /// @param[out] engine  a new reference; a null address is an internal error, which is raised
     virtual HRESULT CreateClone(IUnknown** engine) = 0;
+    /// @param engine  of CreateClone, lent for the call; null is an internal error, which is raised
     virtual HRESULT ReleaseClone(IUnknown* engine) = 0;
 
 protected:

@@ -1,66 +1,68 @@
 #include "CBScpiMultichannelEventObserver.h"
 
+#include "GuardedEntry.h"
+
 namespace ZoVelkor
 {
 
 HRESULT CBScpiMultichannelEventObserver::ConnectionAccepted(wchar_t* name, long remotePath)
 {
-    return DoConnectionAccepted(name, remotePath);
+    return GuardedEntry([&] { return DoConnectionAccepted(name, remotePath); });
 }
 
 HRESULT CBScpiMultichannelEventObserver::ConnectionBroken(wchar_t* name, long remotePath)
 {
-    return DoConnectionBroken(name, remotePath);
+    return GuardedEntry([&] { return DoConnectionBroken(name, remotePath); });
 }
 
 HRESULT CBScpiMultichannelEventObserver::GotoLocal(long remotePath)
 {
-    return DoGotoLocal(remotePath);
+    return GuardedEntry([&] { return DoGotoLocal(remotePath); });
 }
 
 HRESULT CBScpiMultichannelEventObserver::GotoRemote(long remotePath)
 {
-    return DoGotoRemote(remotePath);
+    return GuardedEntry([&] { return DoGotoRemote(remotePath); });
 }
 
 HRESULT CBScpiMultichannelEventObserver::LocalLockout(short on, long remotePath)
 {
-    return DoLocalLockout(on, remotePath);
+    return GuardedEntry([&] { return DoLocalLockout(on, remotePath); });
 }
 
 HRESULT CBScpiMultichannelEventObserver::DeviceClear(long remotePath)
 {
-    return DoDeviceClear(remotePath);
+    return GuardedEntry([&] { return DoDeviceClear(remotePath); });
 }
 
 HRESULT CBScpiMultichannelEventObserver::Trigger(long remotePath)
 {
-    return DoTrigger(remotePath);
+    return GuardedEntry([&] { return DoTrigger(remotePath); });
 }
 
 HRESULT CBScpiMultichannelEventObserver::Reset(long remotePath)
 {
-    return DoReset(remotePath);
+    return GuardedEntry([&] { return DoReset(remotePath); });
 }
 
 HRESULT CBScpiMultichannelEventObserver::SystemPreset(long remotePath)
 {
-    return DoSystemPreset(remotePath);
+    return GuardedEntry([&] { return DoSystemPreset(remotePath); });
 }
 
 HRESULT CBScpiMultichannelEventObserver::ProgramMessageBegin(long remotePath)
 {
-    return DoProgramMessageBegin(remotePath);
+    return GuardedEntry([&] { return DoProgramMessageBegin(remotePath); });
 }
 
 HRESULT CBScpiMultichannelEventObserver::ProgramMessageEnd(short aborted, long remotePath)
 {
-    return DoProgramMessageEnd(aborted, remotePath);
+    return GuardedEntry([&] { return DoProgramMessageEnd(aborted, remotePath); });
 }
 
 HRESULT CBScpiMultichannelEventObserver::OpcReset(long remotePath, unsigned long count, GUID* ids)
 {
-    return DoOpcReset(remotePath, count, ids);
+    return GuardedEntry([&] { return DoOpcReset(remotePath, count, ids); });
 }
 
 HRESULT CBScpiMultichannelEventObserver::put_EventClientId(GUID id)

@@ -1,6 +1,7 @@
 #include "CBScpiMultichannelParser.h"
 
 #include "ErrorRaising.h"
+#include "GuardedEntry.h"
 
 namespace ZoVelkor
 {
@@ -9,20 +10,24 @@ ZO_SOURCE_UNIT("Interfaces/_Src/CBScpiMultichannelParser")
 
 HRESULT CBScpiMultichannelParser::CreateClone(IUnknown** ppParserEngine)
 {
-    if (ppParserEngine == nullptr)
-    {
-        return RepairError(ZO_NULL_POINTER(this, "ppParserEngine"));
-    }
-    return DoCreateClone(ppParserEngine);
+    return GuardedRaisingEntry([&] {
+        if (ppParserEngine == nullptr)
+        {
+            ThrowError(ZO_NULL_POINTER(this, "ppParserEngine"));
+        }
+        return DoCreateClone(ppParserEngine);
+    });
 }
 
 HRESULT CBScpiMultichannelParser::ReleaseClone(IUnknown* pParserEngine)
 {
-    if (pParserEngine == nullptr)
-    {
-        return RepairError(ZO_NULL_POINTER(this, "pParserEngine"));
-    }
-    return DoReleaseClone(pParserEngine);
+    return GuardedRaisingEntry([&] {
+        if (pParserEngine == nullptr)
+        {
+            ThrowError(ZO_NULL_POINTER(this, "pParserEngine"));
+        }
+        return DoReleaseClone(pParserEngine);
+    });
 }
 
 } // namespace ZoVelkor

@@ -48,12 +48,13 @@ class CNotingObserver : public CBScpiMultichannelEventObserver
 {
 public:
     std::string m_seen;
+    bool m_bThrows = false;
 
 private:
     HRESULT Note(char const* name, long path, long more = 0)
     {
         m_seen += name + std::to_string(path) + "," + std::to_string(more) + ";";
-        return E_PENDING;
+        return m_bThrows ? throw std::bad_alloc() : E_PENDING;
     }
     HRESULT DoGotoLocal(long path) override { return Note("Local", path); }
     HRESULT DoGotoRemote(long path) override { return Note("Remote", path); }
@@ -103,6 +104,10 @@ TEST(SinkComponents, ObserverForwardsEachNotificationAndCarriesItsIdentity)
               "Accepted1,110;Broken2,110;Local3,0;Remote4,0;Lockout5,1;Clear6,0;Trigger7,0;"
               "Reset8,0;Preset9,0;Begin10,0;End11,0;Opc12,9;");
 
+    const CErrorRecorder recorder;
+    spObserver->m_bThrows = true;
+    NotifyAll(*spObserver, E_OUTOFMEMORY);
+
     const GUID id{1, 2, 3, {4}};
     GUID got{};
     EXPECT_EQ(spObserver->put_EventClientId(id), S_OK);
@@ -149,13 +154,14 @@ TEST(SinkComponents, MultichannelParserChecksAndForwards)
     EXPECT_EQ(CCloningParser::Slots(), std::pair(std::size_t{5}, std::size_t{6})) << "behind the interface";
 
     CErrorRecorder recorder;
-    EXPECT_EQ(spParser->CreateClone(nullptr), E_POINTER);
-    EXPECT_EQ(spParser->ReleaseClone(nullptr), E_POINTER);
+    EXPECT_THROW(static_cast<void>(spParser->CreateClone(nullptr)), CShellError);
+    EXPECT_THROW(static_cast<void>(spParser->ReleaseClone(nullptr)), CShellError);
     const auto entries = recorder.Take();
     EXPECT_EQ(Lines(entries),
               "ppParserEngine != NULL|Null pointer detected (ppParserEngine)\n"
               "pParserEngine != NULL|Null pointer detected (pParserEngine)\n");
     EXPECT_NE(entries.back().report.object, nullptr);
+    EXPECT_EQ(entries.back().report.result, E_POINTER);
 }
 
 } // namespace
