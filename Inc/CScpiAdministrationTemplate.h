@@ -23,10 +23,9 @@ class ZO_EXPORT CScpiAdministrationTemplate
 public:
     /// Fetches the parser management of every remote path; what was attached before is released.
     ///
-    /// @return S_OK; S_FALSE when a path gives none: that is reported, its entry is null and the others are
-    /// usable
-    /// @throws CShellError when the kernel is missing or does not tell how many paths there are; nothing is
-    /// attached then
+    /// @return S_OK
+    /// @throws CShellError when the kernel is missing, does not tell how many paths there are or has no parser
+    /// management for one of them; nothing is attached then
     HRESULT AttachRemoteSystem();
 
     /// Releases what AttachRemoteSystem fetched.

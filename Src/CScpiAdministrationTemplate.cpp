@@ -82,22 +82,15 @@ HRESULT CScpiAdministrationTemplate::AttachRemoteSystem()
     const auto pMultichannelFunc = Service<IZOScpiMultichannelFunctionality>("p_MultichannelFunc != NULL");
     const long count = RemotePathCount(*pMultichannelAdmin);
     std::vector<CComPtr<IZOScpiParserManagement>> parserManagements(static_cast<std::size_t>(count));
-    HRESULT result = S_OK;
     for (long i = 0; i < count; ++i)
     {
-        auto& entry = parserManagements[static_cast<std::size_t>(i)];
-        if (const HRESULT hr = pMultichannelFunc->GetScpiParserManagement(i, &entry); hr != S_OK)
-        {
-            entry.Release();
-            RepairError(ZO_ERROR(nullptr,
-                                 "p_MultichannelFunc->GetScpiParserManagement ( i, ... ) == S_OK",
-                                 fmt::format("No parser management for remote path {}", i),
-                                 hr));
-            result = S_FALSE;
-        }
+        RequireOk(
+            kSourceUnit,
+            pMultichannelFunc->GetScpiParserManagement(i, &parserManagements[static_cast<std::size_t>(i)]),
+            "p_MultichannelFunc->GetScpiParserManagement ( i, ... ) == S_OK");
     }
     m_parserManagements = std::move(parserManagements);
-    return result;
+    return S_OK;
 }
 
 void CScpiAdministrationTemplate::DetachRemoteSystem() noexcept

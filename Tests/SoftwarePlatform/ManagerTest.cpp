@@ -328,20 +328,21 @@ TEST(ManagerTest, RequestsInFlightHaveThreadsOfTheirOwn)
     EXPECT_EQ(thread->WaitUntilIdle(INFINITE), S_OK);
 }
 
-TEST(ManagerTest, AttachmentSkipsPathsWithoutParserManagement)
+TEST(ManagerTest, AttachmentHoldsEveryPathOrNone)
 {
-    tagWorld world("ParserManagement1@0");
+    tagWorld world;
     const ULONG held = world.kernel.references;
-    EXPECT_EQ(world.administration.AttachRemoteSystem() | world.administration.AttachRemoteSystem(), S_FALSE);
-    EXPECT_EQ(world.kernel.references, held + 2);
-    for (const long path : {-1L, 0L, 1L, 2L, 3L})
-    {
-        EXPECT_EQ(world.administration.GetScpiParserManagement(path) != nullptr, path == 0 || path == 2)
-            << path;
-    }
+    EXPECT_EQ(world.administration.AttachRemoteSystem() | world.administration.AttachRemoteSystem(), S_OK);
+    EXPECT_EQ(world.kernel.references, held + 3);
     EXPECT_EQ(world.administration.GetRemotePathCount(), 3);
-    world.administration.DetachRemoteSystem();
+    for (const long path : {-1L, 0L, 2L, 3L})
+    {
+        EXPECT_EQ(world.administration.GetScpiParserManagement(path) != nullptr, path == 0 || path == 2);
+    }
+    world.kernel.script.missing = "ParserManagement2";
+    EXPECT_THROW(world.administration.AttachRemoteSystem(), CShellError);
     EXPECT_EQ(world.kernel.references, held);
+    EXPECT_EQ(world.administration.GetScpiParserManagement(0), nullptr);
 }
 
 } // namespace
