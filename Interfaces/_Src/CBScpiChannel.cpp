@@ -333,14 +333,13 @@ HRESULT CBScpiChannel::RegisterNewClientChannel(IZOScpiChannel* channel)
     HANDLE deviceClear = 0;
     HANDLE shutdown = 0;
     const HRESULT fetched = spFunctionality->GetChannelEvents(remotePath, &deviceClear, &shutdown);
-    if (FAILED(fetched))
+    const bool isFetched = SUCCEEDED(fetched);
+    SetConnection(remotePath, isFetched ? deviceClear : 0, isFetched ? shutdown : 0);
+    SetServiceProvider(spProvider);
+    if (!isFetched)
     {
         RepairError(ZO_ERROR(this, "hr == S_OK", "No events for the connection", fetched));
-        deviceClear = 0;
-        shutdown = 0;
     }
-    SetConnection(remotePath, deviceClear, shutdown);
-    SetServiceProvider(spProvider);
     return added;
 }
 
@@ -451,12 +450,12 @@ void CBScpiChannel::SetConnection(long remotePath, HANDLE deviceClear, HANDLE sh
 
 short CBScpiChannel::DoGetCapabilityRemoteLocal()
 {
-    return S_OK;
+    return VARIANT_FALSE;
 }
 
 short CBScpiChannel::DoGetCapabilityStatus()
 {
-    return S_OK;
+    return VARIANT_FALSE;
 }
 
 HRESULT CBScpiChannel::DoOpenChannel()
