@@ -167,6 +167,10 @@ private:
         const char* condition;
     };
     using Pointers = std::initializer_list<tagPointer>;
+    static constexpr tagPointer NotNull(const void* value, const char* condition) noexcept
+    {
+        return {value, condition};
+    }
 
     template <class TBody>
     HRESULT Operate(Pointers pointers, TBody body, int line = __builtin_LINE());

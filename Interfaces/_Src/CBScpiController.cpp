@@ -237,113 +237,88 @@ void CBScpiController::CopySettings(const CBScpiController& other)
 
 HRESULT CBScpiController::WriteMessage(unsigned char* text)
 {
-    return Operate(
-        {
-            {text, "text != NULL"}
-    },
-        [&] {
-            const std::size_t length = std::strlen(reinterpret_cast<const char*>(text));
-            return length > static_cast<std::size_t>(std::numeric_limits<LONG>::max())
-                       ? E_INVALIDARG
-                       : Request("Fatal WriteMessage execution error",
-                                 [&] { return DoWrite(text, static_cast<long>(length), true); });
-        });
+    return Operate({NotNull(text, "text != NULL")}, [&] {
+        const std::size_t length = std::strlen(reinterpret_cast<const char*>(text));
+        return length > static_cast<std::size_t>(std::numeric_limits<LONG>::max())
+                   ? E_INVALIDARG
+                   : Request("Fatal WriteMessage execution error",
+                             [&] { return DoWrite(text, static_cast<long>(length), true); });
+    });
 }
 
 HRESULT CBScpiController::ReadResponse(unsigned char** text)
 {
-    return Operate(
+    return Operate({NotNull(text, "text != NULL")}, [&] {
+        *text = nullptr;
+        const HRESULT hWait = Request(kFatalReadResponse, [&] { return DoRead(true, false, 0); });
+        if (hWait != S_OK)
         {
-            {text, "text != NULL"}
-    },
-        [&] {
-            *text = nullptr;
-            const HRESULT hWait = Request(kFatalReadResponse, [&] { return DoRead(true, false, 0); });
-            if (hWait != S_OK)
-            {
-                return hWait;
-            }
-            long length = m_iReadLength;
-            RaiseUnlessOk(IsLength(length) ? S_OK : E_UNEXPECTED, kFatalReadResponse);
-            CTaskMemory memory(CoTaskMemAlloc(static_cast<std::size_t>(length) + 1));
-            if (!memory)
-            {
-                return E_OUTOFMEMORY;
-            }
-            auto* const bytes = static_cast<unsigned char*>(memory.Get());
-            RaiseUnlessOk(FetchData(bytes, length, &length), kFatalReadResponse);
-            bytes[length] = 0;
-            *text = static_cast<unsigned char*>(memory.Detach());
-            return S_OK;
-        });
+            return hWait;
+        }
+        long length = m_iReadLength;
+        RaiseUnlessOk(IsLength(length) ? S_OK : E_UNEXPECTED, kFatalReadResponse);
+        CTaskMemory memory(CoTaskMemAlloc(static_cast<std::size_t>(length) + 1));
+        if (!memory)
+        {
+            return E_OUTOFMEMORY;
+        }
+        auto* const bytes = static_cast<unsigned char*>(memory.Get());
+        RaiseUnlessOk(FetchData(bytes, length, &length), kFatalReadResponse);
+        bytes[length] = 0;
+        *text = static_cast<unsigned char*>(memory.Detach());
+        return S_OK;
+    });
 }
 
 HRESULT CBScpiController::WriteString(wchar_t* text)
 {
-    return Operate(
+    return Operate({NotNull(text, "text != NULL")}, [&] {
+        const int length = static_cast<int>(SysStringLen(text));
+        std::array<std::byte, kStackTextSize> stack;
+        std::pmr::monotonic_buffer_resource memory(stack.data(), stack.size());
+        std::pmr::string narrow(static_cast<std::size_t>(length), '\0', &memory);
+        if (length != 0)
         {
-            {text, "text != NULL"}
-    },
-        [&] {
-            const int length = static_cast<int>(SysStringLen(text));
-            std::array<std::byte, kStackTextSize> stack;
-            std::pmr::monotonic_buffer_resource memory(stack.data(), stack.size());
-            std::pmr::string narrow(static_cast<std::size_t>(length), '\0', &memory);
-            if (length != 0)
-            {
-                WideCharToMultiByte(CP_ACP, 0, text, length, narrow.data(), length, nullptr, nullptr);
-            }
-            return Request(kFatalMethod, [&] {
-                return DoWrite(reinterpret_cast<unsigned char*>(narrow.data()), length, true);
-            });
+            WideCharToMultiByte(CP_ACP, 0, text, length, narrow.data(), length, nullptr, nullptr);
+        }
+        return Request(kFatalMethod, [&] {
+            return DoWrite(reinterpret_cast<unsigned char*>(narrow.data()), length, true);
         });
+    });
 }
 
 HRESULT CBScpiController::ReadString(wchar_t** text)
 {
-    return Operate(
+    return Operate({NotNull(text, "text != NULL")}, [&] {
+        *text = nullptr;
+        const HRESULT hWait = Request(kFatalMethod, [&] { return DoRead(true, false, 0); });
+        if (hWait != S_OK)
         {
-            {text, "text != NULL"}
-    },
-        [&] {
-            *text = nullptr;
-            const HRESULT hWait = Request(kFatalMethod, [&] { return DoRead(true, false, 0); });
-            if (hWait != S_OK)
-            {
-                return hWait;
-            }
-            CComBSTR fetched;
-            const HRESULT hFetch = DoFetchString(&fetched);
-            if (hFetch == S_OK)
-            {
-                *text = fetched.Detach();
-            }
-            return hFetch;
-        });
+            return hWait;
+        }
+        CComBSTR fetched;
+        const HRESULT hFetch = DoFetchString(&fetched);
+        if (hFetch == S_OK)
+        {
+            *text = fetched.Detach();
+        }
+        return hFetch;
+    });
 }
 
 HRESULT CBScpiController::Write(unsigned char* data, long length, short end)
 {
-    return Operate(
-        {
-            {data, "data != NULL"}
-    },
-        [&] {
-            return IsLength(length)
-                       ? Request(kFatalMethod, [&] { return DoWrite(data, length, end == VARIANT_TRUE); })
-                       : E_INVALIDARG;
-        });
+    return Operate({NotNull(data, "data != NULL")}, [&] {
+        return IsLength(length)
+                   ? Request(kFatalMethod, [&] { return DoWrite(data, length, end == VARIANT_TRUE); })
+                   : E_INVALIDARG;
+    });
 }
 
 HRESULT CBScpiController::Read(long count, unsigned char* buffer, long* got, short* end)
 {
     return Operate(
-        {
-            {buffer, "buffer != NULL"},
-            {got,    "got != NULL"   },
-            {end,    "end != NULL"   }
-    },
-        [&] {
+        {NotNull(buffer, "buffer != NULL"), NotNull(got, "got != NULL"), NotNull(end, "end != NULL")}, [&] {
             *got = 0;
             *end = VARIANT_FALSE;
             if (!IsLength(count))
@@ -394,17 +369,13 @@ HRESULT CBScpiController::Remote()
 
 HRESULT CBScpiController::ReadStatusByte(unsigned char* stb)
 {
-    return Operate(
-        {
-            {stb, "stb != NULL"}
-    },
-        [&] {
-            *stb = 0;
-            const HRESULT hWait =
-                Request("Fatal ReadStatusByte execution error", [&] { return DoReadStatusByte(); });
-            *stb = static_cast<unsigned char>(m_cStatusByte.load());
-            return hWait;
-        });
+    return Operate({NotNull(stb, "stb != NULL")}, [&] {
+        *stb = 0;
+        const HRESULT hWait =
+            Request("Fatal ReadStatusByte execution error", [&] { return DoReadStatusByte(); });
+        *stb = static_cast<unsigned char>(m_cStatusByte.load());
+        return hWait;
+    });
 }
 
 HRESULT CBScpiController::LocalLockout(short on)
@@ -430,14 +401,10 @@ HRESULT CBScpiController::WaitInterrupt()
 
 HRESULT CBScpiController::SetInterruptCallback(IZOScpiInterrupt* cb)
 {
-    return Operate(
-        {
-            {cb, "cb != NULL"}
-    },
-        [&] {
-            std::atomic_store(&m_spInterrupt, MakeCallback(cb));
-            return S_OK;
-        });
+    return Operate({NotNull(cb, "cb != NULL")}, [&] {
+        std::atomic_store(&m_spInterrupt, MakeCallback(cb));
+        return S_OK;
+    });
 }
 
 HRESULT CBScpiController::ClearInterruptCallback()
@@ -489,32 +456,20 @@ HRESULT CBScpiController::UnlockDevice()
 HRESULT CBScpiController::ReadToFile(wchar_t* fileName, long count, long* got, short* end)
 {
     return Operate(
-        {
-            {fileName, "fileName != NULL"},
-            {got,      "got != NULL"     },
-            {end,      "end != NULL"     }
-    },
+        {NotNull(fileName, "fileName != NULL"), NotNull(got, "got != NULL"), NotNull(end, "end != NULL")},
         [&] { return ReceiveFile(fileName, count, got, end); });
 }
 
 HRESULT CBScpiController::WriteFromFile(wchar_t* fileName, long count, short end, long* sent)
 {
-    return Operate(
-        {
-            {fileName, "fileName != NULL"},
-            {sent,     "sent != NULL"    }
-    },
-        [&] { return SendFile(fileName, count, end, sent); });
+    return Operate({NotNull(fileName, "fileName != NULL"), NotNull(sent, "sent != NULL")},
+                   [&] { return SendFile(fileName, count, end, sent); });
 }
 
 HRESULT CBScpiController::GetLastError(wchar_t** text)
 {
     return GuardedEntry([&] {
-        const HRESULT hPointers = CheckPointers(
-            {
-                {text, "text != NULL"}
-        },
-            __LINE__);
+        const HRESULT hPointers = CheckPointers({NotNull(text, "text != NULL")}, __LINE__);
         if (hPointers == S_OK)
         {
             *text = SysAllocString(std::atomic_load(&m_spLastError).get());
@@ -527,11 +482,7 @@ HRESULT CBScpiController::GetLastError(wchar_t** text)
 HRESULT CBScpiController::get_OperationFailed(short* failed)
 {
     return GuardedEntry([&] {
-        const HRESULT hPointers = CheckPointers(
-            {
-                {failed, "failed != NULL"}
-        },
-            __LINE__);
+        const HRESULT hPointers = CheckPointers({NotNull(failed, "failed != NULL")}, __LINE__);
         if (hPointers == S_OK)
         {
             *failed = ToVariantBool(std::wcscmp(std::atomic_load(&m_spLastError).get(), kNoError) != 0);
