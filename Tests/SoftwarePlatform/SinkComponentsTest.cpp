@@ -158,8 +158,8 @@ TEST(SinkComponents, MultichannelParserChecksAndForwards)
     EXPECT_THROW(static_cast<void>(spParser->ReleaseClone(nullptr)), CShellError);
     const auto entries = recorder.Take();
     EXPECT_EQ(Lines(entries),
-              "ppParserEngine != NULL|Null pointer detected (ppParserEngine)\n"
-              "pParserEngine != NULL|Null pointer detected (pParserEngine)\n");
+              "ppParserEngine != NULL|Null pointer detected (ppParserEngine)|thrown\n"
+              "pParserEngine != NULL|Null pointer detected (pParserEngine)|thrown\n");
     EXPECT_NE(entries.back().report.object, nullptr);
     EXPECT_EQ(entries.back().report.result, E_POINTER);
 }
