@@ -4,6 +4,7 @@
 #include "KernelParts.h"
 #include "SessionLimits.h"
 
+#include <condition_variable>
 #include <cstddef>
 #include <mutex>
 #include <set>
@@ -30,7 +31,7 @@ public:
     explicit CRemoteKernel(tagInstrumentIdentity identity, const tagSessionLimits& limits = {});
     CRemoteKernel(const CRemoteKernel&) = delete;
     CRemoteKernel& operator=(const CRemoteKernel&) = delete;
-    /// Stops, if that was not done.
+    /// Stops, if that was not done, and waits for the end of all sessions.
     ~CRemoteKernel();
 
     /// Registers the services at the root: those of all remote paths (IZOScpi... ParserManagement,
@@ -77,6 +78,7 @@ private:
     bool m_bAtRoot = false; // guarded by m_startMutex
 
     mutable std::mutex m_mutex;
+    std::condition_variable m_noSession;
     std::set<CSession*> m_sessions; // guarded by m_mutex
     bool m_bStopped = false;        // guarded by m_mutex
 };

@@ -201,6 +201,7 @@ private:
     std::vector<CApplication*> m_remoteTold; // who know that the path is remote
     bool m_bTellsRemote = false;             // those who do not are to be told
     std::atomic<int> m_break{kRuns};
+    std::atomic<std::uint32_t> m_clearRequests{0};
 };
 
 } // namespace ZoVelkor::RemoteKernel

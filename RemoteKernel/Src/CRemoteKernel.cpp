@@ -78,6 +78,9 @@ void CRemoteKernel::MakeServices()
 CRemoteKernel::~CRemoteKernel()
 {
     Stop();
+    // A connection that was ended from within one of its own commands is still on its way back.
+    std::unique_lock lock(m_mutex);
+    m_noSession.wait(lock, [this] { return m_sessions.empty(); });
 }
 
 HRESULT CRemoteKernel::Start()
@@ -154,6 +157,7 @@ void CRemoteKernel::RemoveSession(CSession& session) noexcept
 {
     const std::lock_guard lock(m_mutex);
     m_sessions.erase(&session);
+    m_noSession.notify_all();
 }
 
 } // namespace ZoVelkor::RemoteKernel

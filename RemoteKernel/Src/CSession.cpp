@@ -124,8 +124,8 @@ void CSession::AddPath(const tagSessionTransport& transport)
 CSession::~CSession()
 {
     Cancel();
-    m_kernel.RemoveSession(*this);
     RemovePath();
+    m_kernel.RemoveSession(*this); // last: the kernel may go then
 }
 
 void CSession::RemovePath() noexcept
@@ -162,6 +162,7 @@ void CSession::Cancel() noexcept
 
 void CSession::DeviceClear() noexcept
 {
+    m_clearRequests.fetch_add(1);
     if (m_spPath->DeviceClearEvent() != nullptr)
     {
         SetEvent(m_spPath->DeviceClearEvent()->Get());
@@ -172,6 +173,7 @@ void CSession::DeviceClear() noexcept
 void CSession::FinishDeviceClear()
 {
     const long path = m_spPath->Number();
+    const std::uint32_t requests = m_clearRequests.load();
     m_input.Clear();
     m_framer.Reset();
     m_bInMessage = false;
@@ -195,6 +197,10 @@ void CSession::FinishDeviceClear()
     if (!m_break.compare_exchange_strong(pending, kRuns))
     {
         Break(kBreakForEver); // cancelled meanwhile
+    }
+    else if (m_clearRequests.load() != requests)
+    {
+        DeviceClear(); // asked for once more meanwhile, by who must not take this one for its own
     }
 }
 
