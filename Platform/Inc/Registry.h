@@ -106,7 +106,7 @@ ZO_EXPORT LONG RegDeleteTree(HKEY key, const wchar_t* subKey) noexcept;
 /// @param[in,out] size  size of data in bytes, then that of the value; may be null without data
 /// @return ERROR_FILE_NOT_FOUND; ERROR_MORE_DATA when data is too small (type and the needed size are stored)
 ZO_EXPORT LONG RegQueryValueEx(
-    HKEY key, const wchar_t* name, DWORD* reserved, DWORD* type, BYTE* data, DWORD* size) noexcept;
+    HKEY key, const wchar_t* name, const DWORD* reserved, DWORD* type, BYTE* data, DWORD* size) noexcept;
 
 /// Writes a value, of whatever type it was before.
 ///
@@ -133,7 +133,7 @@ ZO_EXPORT LONG RegDeleteValue(HKEY key, const wchar_t* name) noexcept;
 ZO_EXPORT LONG RegQueryInfoKey(HKEY key,
                                wchar_t* className,
                                DWORD* classLength,
-                               DWORD* reserved,
+                               const DWORD* reserved,
                                DWORD* subKeys,
                                DWORD* maxSubKeyLength,
                                DWORD* maxClassLength,
@@ -159,7 +159,7 @@ ZO_EXPORT LONG RegEnumValue(HKEY key,
                             DWORD index,
                             wchar_t* name,
                             DWORD* nameLength,
-                            DWORD* reserved,
+                            const DWORD* reserved,
                             DWORD* type,
                             BYTE* data,
                             DWORD* size) noexcept;

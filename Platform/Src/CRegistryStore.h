@@ -82,7 +82,7 @@ private:
     /// The failure that was told last, so that the same one is not told again and again.
     struct tagFault
     {
-        const char* operation;
+        const char* operation = "";
         int toldCode = 0;
     };
 

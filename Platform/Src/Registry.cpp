@@ -205,7 +205,7 @@ LONG RegDeleteTree(HKEY key, const wchar_t* subKey) noexcept
 }
 
 LONG RegQueryValueEx(
-    HKEY key, const wchar_t* name, DWORD* reserved, DWORD* type, BYTE* data, DWORD* size) noexcept
+    HKEY key, const wchar_t* name, const DWORD* reserved, DWORD* type, BYTE* data, DWORD* size) noexcept
 {
     return WithKey(key, [&](const CRegistryKey& open) {
         const bool isWrong = reserved != nullptr || (data != nullptr && size == nullptr);
@@ -232,7 +232,7 @@ LONG RegDeleteValue(HKEY key, const wchar_t* name) noexcept
 LONG RegQueryInfoKey(HKEY key,
                      wchar_t* className,
                      DWORD* classLength,
-                     DWORD* reserved,
+                     const DWORD* reserved,
                      DWORD* subKeys,
                      DWORD* maxSubKeyLength,
                      DWORD* maxClassLength,
@@ -273,7 +273,7 @@ LONG RegEnumValue(HKEY key,
                   DWORD index,
                   wchar_t* name,
                   DWORD* nameLength,
-                  DWORD* reserved,
+                  const DWORD* reserved,
                   DWORD* type,
                   BYTE* data,
                   DWORD* size) noexcept

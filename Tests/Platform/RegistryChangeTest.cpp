@@ -8,7 +8,7 @@
 #include <functional>
 #include <string>
 #include <thread>
-#include <tuple>
+#include <utility>
 
 namespace
 {
@@ -68,68 +68,43 @@ protected:
 
 TEST_F(RegistryChanges, AreToldByFilterAndPlace)
 {
+    // A change, and whether it is told as name, name below, value, value below.
     const struct
     {
-        const char* name;
         std::function<void()> change;
-        bool asName;
-        bool asNameBelow;
-        bool asValue;
-        bool asValueBelow;
+        std::array<bool, 5> expected;
     } cases[] = {
-        {"value set",          [&] { Set(m_top.Get()); },                           false, false, true,  true },
-        {"value deleted",
-         [&] {
-             Set(m_top.Get());
-             RegDeleteValue(m_top.Get(), L"v");
-         },                                                                         false,
-         false,                                                                                   true,
-         true                                                                                                 },
-        {"value below set",
-         [&] { Set(MakeKey(m_top.Get(), L"below\\deep").Get()); },
-         false,                                                                            false,
-         false,                                                                                          true },
-        {"key made",           [&] { MakeKey(m_top.Get(), L"made"); },              true,  true,  false, false},
-        {"key deleted",        [&] { RegDeleteKey(m_top.Get(), L"made"); },         true,  true,  false, false},
-        {"key below made",     [&] { MakeKey(m_top.Get(), L"below\\deep\\made"); }, false, true,  false, false},
-        {"tree below deleted",
-         [&] { RegDeleteTree(m_top.Get(), L"below\\deep"); },
-         false,                                                                            true,
-         false,                                                                                          false},
-        {"key opened",         [&] { MakeKey(m_top.Get(), L"below"); },             false, false, false, false},
-        {"elsewhere",
-         [&] {
-             Set(HKEY_CURRENT_USER);
-             MakeKey(HKEY_CURRENT_USER, L"x");
-         },                                                                         false,
-         false,                                                                                   false,
-         false                                                                                                },
-        {"deletion fails",     [&] { RegDeleteKey(HKEY_CURRENT_USER, L"top"); },    false, false, false, false},
-    };
-    for (const auto& row : cases)
+        // clang-format off
+        {[&] { Set(m_top.Get()); }, {false, false, true, true}},
+        {[&] { Set(m_top.Get()); RegDeleteValue(m_top.Get(), L"v"); }, {false, false, true, true}},
+        {[&] { Set(MakeKey(m_top.Get(), L"below\\deep").Get()); }, {false, false, false, true}},
+        {[&] { MakeKey(m_top.Get(), L"made"); }, {true, true, false, false}},
+        {[&] { RegDeleteKey(m_top.Get(), L"made"); }, {true, true, false, false}},
+        {[&] { MakeKey(m_top.Get(), L"below\\deep\\made"); }, {false, true, false, false}},
+        {[&] { RegDeleteTree(m_top.Get(), L"below\\deep"); }, {false, true, false, false}},
+        {[&] { MakeKey(m_top.Get(), L"below"); }, {}},
+        {[&] { Set(HKEY_CURRENT_USER); MakeKey(HKEY_CURRENT_USER, L"elsewhere"); }, {}},
+        {[&] { RegDeleteKey(HKEY_CURRENT_USER, L"top"); }, {}}};
+    constexpr std::pair<DWORD, bool> kWatches[] = {
+        {REG_NOTIFY_CHANGE_NAME, false}, {REG_NOTIFY_CHANGE_NAME, true}, {REG_NOTIFY_CHANGE_LAST_SET, false},
+        {REG_NOTIFY_CHANGE_LAST_SET, true}, {REG_NOTIFY_CHANGE_SECURITY | REG_NOTIFY_CHANGE_ATTRIBUTES, true}};
+    // clang-format on
+    for (const auto& [change, expected] : cases)
     {
-        const std::tuple<DWORD, bool, bool> watches[] = {
-            {REG_NOTIFY_CHANGE_NAME,                                    false, row.asName      },
-            {REG_NOTIFY_CHANGE_NAME,                                    true,  row.asNameBelow },
-            {REG_NOTIFY_CHANGE_LAST_SET,                                false, row.asValue     },
-            {REG_NOTIFY_CHANGE_LAST_SET,                                true,  row.asValueBelow},
-            {REG_NOTIFY_CHANGE_SECURITY | REG_NOTIFY_CHANGE_ATTRIBUTES, true,  false           },
-        };
-        std::array<CUniqueKey, std::size(watches)> keys;
-        std::array<CUniqueEvent, std::size(watches)> events;
+        std::array<CUniqueKey, std::size(kWatches)> keys;
+        std::array<CUniqueEvent, std::size(kWatches)> events;
         for (std::size_t i = 0; i < keys.size(); ++i)
         {
-            const auto& [filter, below, expected] = watches[i];
             keys[i] = MakeKey(m_top.Get(), L"");
             events[i] = CUniqueEvent(CreateEvent(TRUE, FALSE));
+            const auto [filter, below] = kWatches[i];
             EXPECT_EQ(RegNotifyChangeKeyValue(keys[i].Get(), below, filter, events[i].Get(), TRUE), 0);
         }
-        row.change();
+        change();
         static_cast<void>(IsToldByNow());
         for (std::size_t i = 0; i < keys.size(); ++i)
         {
-            EXPECT_EQ(WaitForSingleObject(events[i].Get(), 0) == WAIT_OBJECT_0, std::get<2>(watches[i]))
-                << row.name << " " << i;
+            EXPECT_EQ(WaitForSingleObject(events[i].Get(), 0) == WAIT_OBJECT_0, expected[i]) << i;
         }
     }
 }
