@@ -75,13 +75,9 @@ std::uint32_t StoredBlob(HKEY key)
     auto size = static_cast<DWORD>(words.size() * 4);
     const LONG error =
         RegQueryValueEx(key, kBlob, nullptr, nullptr, reinterpret_cast<BYTE*>(words.data()), &size);
-    if (error == static_cast<LONG>(ERROR_FILE_NOT_FOUND))
-    {
-        return 0;
-    }
-    Check(error == 0, "reading gives " + std::to_string(error));
-    words.resize(size / 4);
-    Check(!words.empty() && words == BlobOf(words[0]), "a value is half written");
+    Check(error == 0 || error == LONG{ERROR_FILE_NOT_FOUND}, "reading gives " + std::to_string(error));
+    words.resize(error == 0 ? size / 4 : 1);
+    Check(error != 0 || words == BlobOf(words[0]), "a value is half written");
     return words[0];
 }
 
@@ -158,13 +154,12 @@ void CheckWriter(const Board& board, std::size_t writer)
 void CheckIntegrity(const std::string& file)
 {
     sqlite3* database = nullptr;
+    sqlite3_stmt* statement = nullptr;
     sqlite3_open(file.c_str(), &database);
-    std::string answer;
-    const auto keep = [](void* text, int, char** columns, char**) {
-        *static_cast<std::string*>(text) += *columns;
-        return 0;
-    };
-    sqlite3_exec(database, "PRAGMA integrity_check", keep, &answer, nullptr);
+    sqlite3_prepare_v2(database, "PRAGMA integrity_check", -1, &statement, nullptr);
+    Check(sqlite3_step(statement) == SQLITE_ROW, "the file cannot be read");
+    const std::string answer(static_cast<const char*>(sqlite3_column_blob(statement, 0)));
+    sqlite3_finalize(statement);
     sqlite3_close(database);
     Check(answer == "ok", "the file is damaged: " + answer);
 }

@@ -194,23 +194,21 @@ TEST_F(Registry, KeepsValuesOfEveryTypeAndSize)
 
 TEST_F(Registry, ReadsIntoWhatTheCallerOffers)
 {
-    const CUniqueKey key = MakeKey(L"key");
-    Set(key.Get(), L"v", {1, 2, 3, 4}, REG_DWORD);
-    const auto read = [&](DWORD* type, BYTE* data, DWORD* size, DWORD* reserved = nullptr) {
-        return Code(RegQueryValueEx(key.Get(), L"V", reserved, type, data, size));
-    };
-    BYTE data[4] = {9, 9, 9, 9};
-    DWORD type = 0;
+    Set(HKEY_USERS, L"v", {1, 2, 3, 4}, REG_DWORD);
+    BYTE data[4] = {};
     DWORD size = 3;
-    EXPECT_EQ(read(&type, data, &size), ERROR_MORE_DATA);
-    EXPECT_TRUE(type == REG_DWORD && size == 4 && data[0] == 9) << "the buffer is left alone";
-    EXPECT_EQ(read(nullptr, data, &size), ERROR_SUCCESS);
-    EXPECT_EQ(data[3], 4);
-    EXPECT_EQ(read(nullptr, nullptr, nullptr), ERROR_SUCCESS) << "asks whether it is there";
-    EXPECT_EQ(read(nullptr, data, nullptr), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(read(&type, data, &size, &size), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(Code(RegSetValueEx(key.Get(), L"v", 0, 1, nullptr, 1)), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(Code(RegSetValueEx(key.Get(), L"v", 1, 1, data, 1)), ERROR_INVALID_PARAMETER);
+    const std::tuple<DWORD*, BYTE*, DWORD*, DWORD> cases[] = {
+        // clang-format off
+        {nullptr, data, &size, ERROR_MORE_DATA}, {nullptr, data, &size, 0}, {nullptr, nullptr, nullptr, 0},
+        {nullptr, data, nullptr, ERROR_INVALID_PARAMETER}, {&size, data, &size, ERROR_INVALID_PARAMETER}};
+    // clang-format on
+    for (const auto& [reserved, buffer, bufferSize, result] : cases)
+    {
+        EXPECT_EQ(Code(RegQueryValueEx(HKEY_USERS, L"V", reserved, nullptr, buffer, bufferSize)), result);
+        EXPECT_EQ(data[3], result == ERROR_MORE_DATA ? 0 : 4) << "a buffer that is too small is left alone";
+    }
+    EXPECT_EQ(Code(RegSetValueEx(HKEY_USERS, L"v", 0, 1, nullptr, 1)), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(Code(RegSetValueEx(HKEY_USERS, L"v", 1, 1, data, 1)), ERROR_INVALID_PARAMETER);
 }
 
 TEST_F(Registry, DeletesKeysAndValues)
