@@ -27,7 +27,7 @@ public:
     {
     public:
         /// @param type      the variable's type, see the table of SetScalarValue
-        /// @param dispId    dispatch identifier, 32 bits of it
+        /// @param dispId    dispatch identifier
         /// @param name      in code page 0
         /// @param variable  address of the component's variable; may be null for VT_EMPTY and VT_NULL
         CAnyProperty(VARTYPE type, long dispId, CAtlStringA name, void* variable);

@@ -9,7 +9,8 @@ namespace ZoVelkor
 /// Reads and writes the scalar settings of a component by dispatch identifier or by name, for remote tools
 /// and scripts.
 ///
-/// Dispatch identifiers are signed 32-bit numbers. Implementations say what they do with unknown ones.
+/// Dispatch identifiers are signed 32-bit numbers; higher bits of an argument are dropped. Implementations
+/// say what they do with unknown ones.
 struct IZOScalarPropertyAccess : IUnknown
 {
     static constexpr IID kInterfaceId{

@@ -258,11 +258,11 @@ HRESULT CBScalarPropertyAccess::DoGetPropertyName(long dispId, wchar_t** name)
 
 HRESULT CBScalarPropertyAccess::DoGetScalarValue(long dispId, VARIANT* /*value*/)
 {
-    if (Find(dispId) != nullptr)
+    if (const CAnyProperty* const pProperty = Find(dispId); pProperty != nullptr)
     {
         ReportStopOnError(*this,
                           "DoGetScalarValue not implemented for property with dispatch ID = " +
-                              std::to_string(dispId));
+                              std::to_string(pProperty->GetDisp()));
     }
     return S_FALSE;
 }
@@ -274,7 +274,8 @@ HRESULT CBScalarPropertyAccess::DoSetScalarValue(long dispId, VARIANT value)
     {
         return S_FALSE;
     }
-    // Deliberate: what cannot be converted stores zeros instead of stopping a script half-way.
+    // Deliberate: a script is not stopped half-way. What cannot be converted stores zeros, and an unsupported
+    // type is reported, but S_OK.
     const HRESULT hr = pProperty->Assign(value, CAnyProperty::tagConversion::MayFail);
     if (hr == E_POINTER)
     {
@@ -289,8 +290,9 @@ HRESULT CBScalarPropertyAccess::DoSetScalarValue(long dispId, VARIANT value)
 
 CBScalarPropertyAccess::CAnyProperty* CBScalarPropertyAccess::Find(long dispId)
 {
+    const auto wanted = static_cast<LONG>(dispId);
     const auto found = std::find_if(m_properties.begin(), m_properties.end(), [=](const CAnyProperty& each) {
-        return each.GetDisp() == dispId;
+        return each.GetDisp() == wanted;
     });
     return found == m_properties.end() ? nullptr : &*found;
 }
