@@ -20,14 +20,7 @@ inline void Require(const tagSourceUnit& unit,
 {
     if (!holds)
     {
-        ThrowError({condition,
-                    unit.name,
-                    unit.buildStamp,
-                    line,
-                    tagErrorSeverity::Error,
-                    nullptr,
-                    message,
-                    ZO_E_SHELL});
+        ThrowError(ErrorAt(unit, line, nullptr, condition, message, ZO_E_SHELL));
     }
 }
 

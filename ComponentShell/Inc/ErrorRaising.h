@@ -20,6 +20,18 @@ namespace ZoVelkor
 /// @return report.result, so that an operation can end with `return RepairError(...)`
 ZO_EXPORT HRESULT RepairError(const tagErrorReport& report) noexcept;
 
+/// The report of severity Error that a condition did not hold, for checks on behalf of another source file.
+///
+/// @param unit       the file at work
+/// @param object     the object at work; may be null
+/// @param condition  the failed condition, a literal
+ZO_EXPORT tagErrorReport ErrorAt(const tagSourceUnit& unit,
+                                 int line,
+                                 const CObjectDataReference* object,
+                                 const char* condition,
+                                 std::string message,
+                                 HRESULT result);
+
 /// The report about a null pointer argument: "Null pointer detected (<name>)", E_POINTER.
 ///
 /// @param object     the object at work; may be null

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <utility>
 
 namespace ZoVelkor
 {
@@ -72,11 +73,12 @@ HRESULT RepairError(const tagErrorReport& report) noexcept
     return report.result;
 }
 
-tagErrorReport NullPointerError(const tagSourceUnit& unit,
-                                const CObjectDataReference* object,
-                                const char* name,
-                                const char* condition,
-                                int line)
+tagErrorReport ErrorAt(const tagSourceUnit& unit,
+                       int line,
+                       const CObjectDataReference* object,
+                       const char* condition,
+                       std::string message,
+                       HRESULT result)
 {
     return {condition,
             unit.name,
@@ -84,8 +86,17 @@ tagErrorReport NullPointerError(const tagSourceUnit& unit,
             line,
             tagErrorSeverity::Error,
             object,
-            fmt::format("Null pointer detected ({})", name),
-            E_POINTER};
+            std::move(message),
+            result};
+}
+
+tagErrorReport NullPointerError(const tagSourceUnit& unit,
+                                const CObjectDataReference* object,
+                                const char* name,
+                                const char* condition,
+                                int line)
+{
+    return ErrorAt(unit, line, object, condition, fmt::format("Null pointer detected ({})", name), E_POINTER);
 }
 
 std::string FormatErrorReport(const tagErrorReport& report, bool thrown)

@@ -64,14 +64,7 @@ void CRegistryAccessChecks::Result(HRESULT hResult, int line) const
 
 void CRegistryAccessChecks::Raise(const char* condition, const char* message, HRESULT result, int line) const
 {
-    ThrowError({condition,
-                m_unit.name,
-                m_unit.buildStamp,
-                line,
-                tagErrorSeverity::Error,
-                &m_object,
-                message,
-                result});
+    ThrowError(ErrorAt(m_unit, line, &m_object, condition, message, result));
 }
 
 } // namespace ZoVelkor

@@ -94,14 +94,7 @@ void CTimeDateChecks::UnexpectedException(int line) const
 
 void CTimeDateChecks::Raise(const char* condition, const std::string& message, HRESULT result, int line) const
 {
-    ThrowError({condition,
-                m_unit.name,
-                m_unit.buildStamp,
-                line,
-                tagErrorSeverity::Error,
-                &m_object,
-                message,
-                result});
+    ThrowError(ErrorAt(m_unit, line, &m_object, condition, message, result));
 }
 
 template <class TStruct, class TFields>
