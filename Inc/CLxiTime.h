@@ -66,6 +66,7 @@ public:
     void Reset() noexcept;
 
     /// Seconds in the upper, nanoseconds in the lower 32 bits; the sign does not show.
+    /// Deliberate: the name is spelt as every caller writes it.
     unsigned long long GetTimeWihtoutEpoch() const noexcept;
     /// As GetTimeWihtoutEpoch, with the lower 32 bits in two's complement when the time is negative.
     unsigned long long GetUTC() const noexcept;

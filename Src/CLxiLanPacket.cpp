@@ -281,6 +281,7 @@ unsigned long CLxiLanPacket::addSerializedData(unsigned long length, const unsig
     const unsigned char* const begin = std::search(data, end, kMark.begin(), kMark.end());
     if (begin == end)
     {
+        // Deliberate: within a message, too, a chunk without the mark counts as foreign and is handed back.
         return reinterpret_cast<std::uintptr_t>(data);
     }
     const std::uint32_t size = m_dwReceivePhase == 0 ? kBasePartSize : m_wPendingFieldLength;

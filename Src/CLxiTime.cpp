@@ -89,8 +89,8 @@ bool CLxiTime::operator>(const CLxiTime& other) const noexcept
 
 void CLxiTime::Add(const CLxiTime& other) noexcept
 {
-    // Deliberate: epochs are counted apart here, so that an offset of epoch 0 never changes the epoch of a
-    // time; Sub has them in its difference.
+    // Deliberate: epochs are counted apart here, so that an offset of epoch 0 changes the epoch of a time by
+    // a carry alone; Sub has them in its difference.
     const unsigned epochs = unsigned{m_wEpoch} + other.m_wEpoch;
     SetDifference(SignedValue(0) + other.SignedValue(0));
     m_wEpoch = static_cast<std::uint16_t>(epochs + m_wEpoch);
