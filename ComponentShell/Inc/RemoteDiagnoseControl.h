@@ -25,6 +25,7 @@ struct tagRemoteDiagnoseControl
     std::atomic<bool> bTraceModeActive{false};      ///< trace lines are printed
     std::atomic<bool> bStatisticModeActive{false};  ///< execution times are collected
     std::atomic<bool> bCallStackTraceActive{false}; ///< CTraceCallStackObject prints
+    std::atomic<bool> bMessageTraceActive{false};   ///< program messages and responses are printed
 };
 
 /// The control block of the process; never null. Whoever configures the diagnosis writes into it.
@@ -32,7 +33,7 @@ ZO_EXPORT tagRemoteDiagnoseControl* get_RemoteDiagnoseControl() noexcept __attri
 
 /// Sets every switch that a text names and clears all others.
 ///
-/// The words are rpc, timing, nochecks, trace, statistic and calls, in this order those of the block's
+/// The words are rpc, timing, nochecks, trace, statistic, calls and messages, in this order those of the block's
 /// switches; between them stand commas, semicolons or blanks. Unknown words change nothing and are named in
 /// one log line on stderr. Timed lines count from the moment at which timing comes on.
 ///

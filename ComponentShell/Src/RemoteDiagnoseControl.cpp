@@ -32,7 +32,8 @@ constexpr tagSwitch kSwitches[] = {
     {"nochecks",  &tagRemoteDiagnoseControl::bScpiChecksDisabled  },
     {"trace",     &tagRemoteDiagnoseControl::bTraceModeActive     },
     {"statistic", &tagRemoteDiagnoseControl::bStatisticModeActive },
-    {"calls",     &tagRemoteDiagnoseControl::bCallStackTraceActive}
+    {"calls",     &tagRemoteDiagnoseControl::bCallStackTraceActive},
+    {"messages",  &tagRemoteDiagnoseControl::bMessageTraceActive  }
 };
 
 std::vector<std::string_view> Split(std::string_view text)

@@ -1,14 +1,14 @@
 #pragma once
 
 #include "IZOScpiTraceManagement.h"
+#include "RemoteDiagnoseControl.h"
 
-#include <atomic>
 #include <string_view>
 
 namespace ZoVelkor::RemoteKernel
 {
 
-/// Prints program messages and responses while somebody wants to see them. Threads: any.
+/// Prints program messages and responses while the switch of the diagnosis is on. Threads: any.
 class CMessageTrace : public IZOScpiTraceManagement
 {
 public:
@@ -17,14 +17,19 @@ public:
     HRESULT put_MessageTraceActive(short active) override;
     HRESULT get_MessageTraceActive(short* active) override;
 
-    bool IsActive() const noexcept { return m_bActive.load(std::memory_order_relaxed); }
-    /// Prints a line; the caller asks IsActive first.
+    /// Prints a line while the trace is active.
     ///
-    /// @param direction  '<' for what came in, '>' for what went out
-    static void Print(long remotePath, char direction, std::string_view message) noexcept;
+    /// @param direction  '<' for what came in, '>' for what went out; nothing is printed for an empty text
+    static void Print(long remotePath, char direction, std::string_view text) noexcept
+    {
+        if (get_RemoteDiagnoseControl()->bMessageTraceActive.load(std::memory_order_relaxed) && !text.empty())
+        {
+            PrintLine(remotePath, direction, text);
+        }
+    }
 
 private:
-    std::atomic<bool> m_bActive{false};
+    static void PrintLine(long remotePath, char direction, std::string_view message) noexcept;
 };
 
 } // namespace ZoVelkor::RemoteKernel

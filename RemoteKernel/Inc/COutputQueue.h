@@ -61,6 +61,8 @@ public:
 
     /// Everything that was answered and not cleared.
     std::string_view View() const noexcept { return m_buffer.View(); }
+    /// What the message at hand has answered so far.
+    std::string_view Message() const noexcept { return m_buffer.View().substr(m_messageStart); }
     bool IsEmpty() const noexcept { return m_buffer.IsEmpty(); }
     void Clear() noexcept;
     /// Memory in use, for what was answered and for what will be.

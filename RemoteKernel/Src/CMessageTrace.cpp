@@ -21,7 +21,7 @@ constexpr std::size_t kShownBytes = 200;
 
 HRESULT CMessageTrace::put_MessageTraceActive(short active)
 {
-    m_bActive.store(active != 0);
+    get_RemoteDiagnoseControl()->bMessageTraceActive.store(active != 0);
     return S_OK;
 }
 
@@ -31,11 +31,11 @@ HRESULT CMessageTrace::get_MessageTraceActive(short* active)
     {
         return E_POINTER;
     }
-    *active = m_bActive.load() ? VARIANT_TRUE : VARIANT_FALSE;
+    *active = get_RemoteDiagnoseControl()->bMessageTraceActive.load() ? VARIANT_TRUE : VARIANT_FALSE;
     return S_OK;
 }
 
-void CMessageTrace::Print(long remotePath, char direction, std::string_view message) noexcept
+void CMessageTrace::PrintLine(long remotePath, char direction, std::string_view message) noexcept
 {
     try
     {

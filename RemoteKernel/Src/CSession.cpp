@@ -322,6 +322,7 @@ void CSession::ExecuteUpToBlock(const tagFrame& frame)
     m_piece.Truncate(frame.iLength);
     m_stream.Begin(frame.iBlockLength);
     std::size_t heldFrom = 0;
+    CMessageTrace::Print(m_spPath->Number(), '<', {m_piece.Data(), m_piece.Size()});
     const tagPieceResult result = m_parser.ParsePiece(
         *m_spApplications->spIndex, {m_piece.Data(), m_piece.Size()}, m_stream, *this, heldFrom);
     if (result == tagPieceResult::Hold)
@@ -374,6 +375,7 @@ void CSession::RefreshApplications()
 
 void CSession::ExecuteMessage(std::span<char> message)
 {
+    CMessageTrace::Print(m_spPath->Number(), '<', {message.data(), message.size()});
     if (m_bInMessage)
     {
         m_parser.ParseRest(*m_spApplications->spIndex, message, *this);
@@ -434,6 +436,7 @@ void CSession::EndMessage()
 {
     m_bInMessage = false;
     TellMessageEnd();
+    CMessageTrace::Print(m_spPath->Number(), '>', m_spOutput->Message());
     m_spOutput->EndMessage();
     if (!m_spOutput->IsEmpty() && !IsBroken())
     {
