@@ -166,26 +166,23 @@ TEST_F(Controller, AnswersThatCannotBeTrueAreRefused)
 TEST_F(Controller, NullPointersAreReported)
 {
     C c;
-    const std::tuple<std::function<HRESULT()>, std::string, bool> kRows[] = {
-        {[&] { return c.WriteMessage(nullptr); }, "text", false}, {[&] { return c.ReadResponse(nullptr); }, "text", false},
-        {[&] { return c.WriteString(nullptr); }, "text", false}, {[&] { return c.ReadString(nullptr); }, "text", false},
-        {[&] { return c.Write(nullptr, 0, 0); }, "data", false}, {[&] { return c.Read(0, nullptr, &length, &end); }, "buffer", false},
-        {[&] { return c.Read(0, g_message, nullptr, &end); }, "got", false}, {[&] { return c.Read(0, g_message, &length, nullptr); }, "end", false},
-        {[&] { return c.ReadStatusByte(nullptr); }, "stb", false}, {[&] { return c.SetInterruptCallback(nullptr); }, "cb", false},
-        {[&] { return c.ReadToFile(nullptr, 0, &length, &end); }, "fileName", false},
-        {[&] { return c.ReadToFile(file, 0, nullptr, &end); }, "got", false},
-        {[&] { return c.ReadToFile(file, 0, &length, nullptr); }, "end", false},
-        {[&] { return c.WriteFromFile(nullptr, 0, 0, &length); }, "fileName", false},
-        {[&] { return c.WriteFromFile(file, 0, 0, nullptr); }, "sent", false}, {[&] { return c.GetLastError(nullptr); }, "text", false},
-        {[&] { return c.get_OperationFailed(nullptr); }, "failed", false}, {[&] { return c.get_Timeout(nullptr); }, "piTimeout", true},
-        {[&] { return c.get_RemoteState(nullptr); }, "pvtbRemoteState", true},
-        {[&] { return c.get_LocalLockoutState(nullptr); }, "pvtbLockoutState", true},
-        {[&] { return c.get_InterruptActive(nullptr); }, "pvtbInterruptActive", true}};
-    for (const auto& [run, parameter, raises] : kRows)
+    const std::pair<std::function<HRESULT()>, std::string> kRows[] = {
+        {[&] { return c.WriteMessage(nullptr); }, "text"}, {[&] { return c.ReadResponse(nullptr); }, "text"},
+        {[&] { return c.WriteString(nullptr); }, "text"}, {[&] { return c.ReadString(nullptr); }, "text"},
+        {[&] { return c.Write(nullptr, 0, 0); }, "data"}, {[&] { return c.Read(0, nullptr, &length, &end); }, "buffer"},
+        {[&] { return c.Read(0, g_message, nullptr, &end); }, "got"}, {[&] { return c.Read(0, g_message, &length, nullptr); }, "end"},
+        {[&] { return c.ReadStatusByte(nullptr); }, "stb"}, {[&] { return c.SetInterruptCallback(nullptr); }, "cb"},
+        {[&] { return c.ReadToFile(nullptr, 0, &length, &end); }, "fileName"}, {[&] { return c.ReadToFile(file, 0, nullptr, &end); }, "got"},
+        {[&] { return c.ReadToFile(file, 0, &length, nullptr); }, "end"}, {[&] { return c.WriteFromFile(nullptr, 0, 0, &length); }, "fileName"},
+        {[&] { return c.WriteFromFile(file, 0, 0, nullptr); }, "sent"}, {[&] { return c.GetLastError(nullptr); }, "text"},
+        {[&] { return c.get_OperationFailed(nullptr); }, "failed"}, {[&] { return c.get_Timeout(nullptr); }, "piTimeout"},
+        {[&] { return c.get_RemoteState(nullptr); }, "pvtbRemoteState"}, {[&] { return c.get_LocalLockoutState(nullptr); }, "pvtbLockoutState"},
+        {[&] { return c.get_InterruptActive(nullptr); }, "pvtbInterruptActive"}};
+    for (const auto& [run, parameter] : kRows)
     {
         HRESULT hr = E_POINTER;
         const std::string line = C::Line(parameter + " != NULL", "Null pointer detected (" + parameter + ")", E_POINTER);
-        EXPECT_EQ(Raised([&] { hr = run(); }), raises ? line : "") << parameter;
+        EXPECT_EQ(Raised([&] { hr = run(); }), parameter.starts_with('p') ? line : "") << "getters of properties raise";
         const auto reports = errors.Take();
         ASSERT_EQ(reports.size(), 1U) << parameter;
         EXPECT_EQ(C::Line(reports[0].report.condition, reports[0].report.message, hr), line);
@@ -237,17 +234,13 @@ TEST_F(Controller, WorksWithoutEventsAsFarAsPossible)
     EXPECT_EQ(Raised([&] { c.Abort(); }), C::Line("0 != bResult", "abort pending call failed.", ZO_E_SHELL));
 }
 
-struct CInterrupt final : IZOScpiInterrupt
+struct CInterrupt : CFake<IZOScpiInterrupt>
 {
     explicit CInterrupt(std::function<HRESULT()> onSignal = [] { return S_OK; }) : action(std::move(onSignal)) {}
-    HRESULT QueryInterface(const IID&, void**) override { return E_NOINTERFACE; }
-    ULONG AddRef() override { return ++references; }
-    ULONG Release() override { return --references; }
     HRESULT ResetSignal() override { return ADD_FAILURE(), E_FAIL; }
     HRESULT Signal() override { return ++calls, action(); }
 
     std::function<HRESULT()> action;
-    std::atomic<ULONG> references = 0;
     std::atomic<int> calls = 0;
 };
 
@@ -272,13 +265,12 @@ TEST_F(Controller, InterruptsReachTheCallback)
         EXPECT_EQ(c.Clear(), E_PENDING);
         EXPECT_EQ(c.WaitInterrupt(), S_OK) << "whatever the callback did, and requests leave it set";
         EXPECT_EQ(c.SetInterruptCallback(&second), S_OK);
-        EXPECT_EQ(callback.references, 0U);
         c.ResetInterrupt();
     }
     second.action = [&] { return c.ClearInterruptCallback(); };
     EXPECT_EQ(c.DoInterrupt(), S_OK) << "the callback may clear itself";
     EXPECT_EQ(c.DoInterrupt(), S_OK);
-    EXPECT_EQ(C::Line(second.calls, second.references), "1 0 ");
+    EXPECT_EQ(second.calls, 1);
     c.Abort();
     EXPECT_EQ(c.WaitInterrupt(), E_ABORT) << "an abort goes first";
     EXPECT_EQ(c.Clear(), E_PENDING);
@@ -289,56 +281,50 @@ TEST_F(Controller, InterruptsReachTheCallback)
 TEST_F(Controller, CopiesHaveTheirOwnEvents)
 {
     CInterrupt callback;
+    C original({kDone | kLate});
+    original.SetInterruptCallback(&callback);
+    original.put_InterruptActive(VARIANT_TRUE);
+    original.DoAcknowledgeClear();
+    original.DoInterrupt();
+    original.ReadToFile(CComBSTR(""), 0, &length, &end);
+    C assigned;
+    assigned.Abort();
+    const std::ptrdiff_t before = OpenDescriptors();
+    C copy(original);
+    assigned = original;
+    EXPECT_EQ(OpenDescriptors(), before + 4);
+    EXPECT_EQ(callback.m_references, 3);
+    EXPECT_EQ(original.LastError(), "Missing filename.");
+    for (C* const other : {&copy, &assigned})
     {
-        C original({kDone | kLate});
-        original.SetInterruptCallback(&callback);
-        original.put_InterruptActive(VARIANT_TRUE);
-        original.DoAcknowledgeClear();
-        original.DoInterrupt();
-        original.ReadToFile(CComBSTR(""), 0, &length, &end);
-        C assigned;
-        assigned.Abort();
-        const std::ptrdiff_t before = OpenDescriptors();
-        C copy(original);
-        assigned = original;
-        EXPECT_EQ(OpenDescriptors(), before + 4);
-        EXPECT_EQ(callback.references, 3U);
-        EXPECT_EQ(original.LastError(), "Missing filename.");
-        for (C* const other : {&copy, &assigned})
-        {
-            EXPECT_EQ(other->LastError(), "No error");
-            EXPECT_EQ(other->WaitInterrupt(), E_PENDING) << "the time-out is copied, the events are not";
-            EXPECT_EQ(other->Trigger(), E_PENDING);
-            EXPECT_EQ(other->DoInterrupt(), S_OK);
-        }
-        EXPECT_EQ(callback.calls, 3);
-        EXPECT_EQ(original.Trigger(), S_OK);
+        EXPECT_EQ(other->LastError(), "No error");
+        EXPECT_EQ(other->WaitInterrupt(), E_PENDING) << "the time-out is copied, the events are not";
+        EXPECT_EQ(other->Trigger(), E_PENDING);
+        EXPECT_EQ(other->DoInterrupt(), S_OK);
     }
-    EXPECT_EQ(callback.references, 0U);
+    EXPECT_EQ(callback.calls, 3);
+    EXPECT_EQ(original.Trigger(), S_OK);
 }
 
 TEST_F(Controller, TransportAndAbortRunBesideTheCaller)
 {
     CInterrupt callbacks[2];
+    C c;
+    c.isQuiet = true;
+    c.put_InterruptActive(VARIANT_TRUE);
+    const std::jthread transport([&](const std::stop_token& stop) {
+        while (!stop.stop_requested()) { c.DoInterrupt(), c.DoAcknowledgeStatus('a'); }
+    });
+    for (int i = 0; i < 300; ++i)
     {
-        C c;
-        c.isQuiet = true;
-        c.put_InterruptActive(VARIANT_TRUE);
-        std::jthread transport([&](const std::stop_token& stop) {
-            while (!stop.stop_requested()) { c.DoInterrupt(), c.DoAcknowledgeStatus('a'); }
-        });
-        for (int i = 0; i < 300; ++i)
-        {
-            c.SetInterruptCallback(&callbacks[i % 2]);
-            std::jthread aborting([&] { c.DoAcknowledgeError(), c.Abort(); });
-            EXPECT_EQ(c.ReadToFile(CComBSTR("/nowhere/file"), -1, &length, &end), S_FALSE);
-            CComBSTR text;
-            EXPECT_EQ(c.GetLastError(&text), S_OK);
-            c.WaitInterrupt();
-            c.ClearInterruptCallback();
-        }
+        c.SetInterruptCallback(&callbacks[i % 2]);
+        const std::jthread aborting([&] { c.DoAcknowledgeError(), c.Abort(); });
+        EXPECT_EQ(c.ReadToFile(CComBSTR("/nowhere/file"), -1, &length, &end), S_FALSE);
+        CComBSTR text;
+        EXPECT_EQ(c.GetLastError(&text), S_OK);
+        c.WaitInterrupt();
+        c.ClearInterruptCallback();
     }
-    EXPECT_EQ(callbacks[0].references + callbacks[1].references, 0U);
 }
 
 } // namespace

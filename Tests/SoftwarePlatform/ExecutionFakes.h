@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstring>
 #include <sstream>
 #include <string>
@@ -29,8 +30,8 @@ public:
         *object = pSelf;
         return hr;
     }
-    ULONG AddRef() override { return static_cast<ULONG>(++m_references); }
-    ULONG Release() override { return static_cast<ULONG>(--m_references); }
+    ULONG AddRef() override { return static_cast<ULONG>(++std::atomic_ref(m_references)); }
+    ULONG Release() override { return static_cast<ULONG>(--std::atomic_ref(m_references)); }
     /// Hands out a reference the way a service getter does.
     HRESULT Give(TInterface** target)
     {
