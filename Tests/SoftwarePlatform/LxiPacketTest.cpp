@@ -65,7 +65,7 @@ std::string FieldAt(const CLxiLanPacket& packet, unsigned short index)
 
 // clang-format off
 /// A header as it stands in the standard's layout: every field has bytes of its own.
-const std::string kHeader = "LXI\x05" "ERROR\0\0\0\0\0\0\0\0\0\0\0" "\x81\x02\x03\x04" "\x11\x12\x13\x14"
+const std::string kHeader = "LXH\x05" "ERROR\0\0\0\0\0\0\0\0\0\0\0" "\x81\x02\x03\x04" "\x11\x12\x13\x14"
                             "\x21\x22\x23\x24" "\x31\x32" "\x41\x42" "\0\x0A"s;
 
 TEST(LxiPacket, BytesOnTheWire)

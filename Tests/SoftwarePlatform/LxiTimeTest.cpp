@@ -127,8 +127,9 @@ TEST(LxiTimeInterval, LimitsNanoSeconds)
         EXPECT_EQ(TimeInterval(interval), std::clamp(set, -kLargest, kLargest) * kOne) << set;
         EXPECT_EQ(interval.IsOverFlow(), set > kLargest || set < -kLargest) << set;
     }
+    interval.Add(3);
     interval.Reset();
-    EXPECT_TRUE(interval.IsOverFlow() && !interval.IsNegative()) << "Reset leaves the flag";
+    EXPECT_TRUE(interval.IsOverFlow() && TimeInterval(interval) == 0) << "Reset leaves the flag alone";
 }
 
 // clang-format off

@@ -96,7 +96,7 @@ const std::tuple<bool, bool, HRESULT, HRESULT, Results, std::size_t, const char*
     {false, false, S_OK, S_OK, {E_POINTER, E_POINTER, E_POINTER, S_OK, S_OK, S_OK, S_OK, S_OK}, 6, "HResult was invalid"},
     {true, true, S_OK, S_FALSE, {S_OK, S_OK, S_OK, S_OK, S_FALSE, S_FALSE, S_FALSE, S_OK}, 0, ""},
     {true, true, S_FALSE, S_OK, {S_FALSE, S_FALSE, S_FALSE, S_OK, S_OK, S_FALSE, S_FALSE, S_OK}, 2, "DoGetTimeDate failed"},
-    {true, true, E_ABORT, E_FAIL, {E_ABORT, E_ABORT, E_ABORT, S_OK, E_FAIL, E_ABORT, E_ABORT, S_OK}, 11, "HResult was invalid"},
+    {true, true, E_ABORT, HRESULT{2}, {E_ABORT, E_ABORT, E_ABORT, S_OK, E_FAIL, E_ABORT, E_ABORT, S_OK}, 11, "HResult was invalid"},
     {true, true, kThrow, S_OK, {ZO_E_SHELL, ZO_E_SHELL, ZO_E_SHELL, S_OK, S_OK, ZO_E_SHELL, ZO_E_SHELL, S_OK}, 5, "unexpected exception occured"}};
 // clang-format on
 
