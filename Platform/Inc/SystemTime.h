@@ -17,7 +17,8 @@ struct SYSTEMTIME
 };
 static_assert(sizeof(SYSTEMTIME) == 16);
 
-/// Reads the system clock in UTC; milliseconds are cut, not rounded. A null pointer gets nothing.
+/// Reads the system clock, or what stands in for it, in UTC; milliseconds are cut, not rounded. A null
+/// pointer gets nothing.
 ZO_EXPORT void GetSystemTime(SYSTEMTIME* time) noexcept;
 
 /// Sets the system clock, the only place of the platform that does. The time is UTC.
@@ -42,3 +43,15 @@ using SystemClockPrimitive = int (*)(LONGLONG seconds, int milliseconds) noexcep
 /// @param primitive  null brings back the one that sets the machine's clock
 /// @return the former one; null when that was the one that sets the machine's clock
 ZO_EXPORT SystemClockPrimitive SetSystemClockPrimitive(SystemClockPrimitive primitive) noexcept;
+
+/// Tells the time in place of the machine's clock.
+///
+/// @return milliseconds since 1970-01-01 00:00:00 UTC, leap seconds not counted, in the years of SYSTEMTIME
+using SystemClockSource = LONGLONG (*)() noexcept;
+
+/// Replaces where GetSystemTime reads the time, for instruments whose time is not the machine's. Threads:
+/// any.
+///
+/// @param source  null brings back the machine's clock
+/// @return the former one; null when that was the machine's clock
+ZO_EXPORT SystemClockSource SetSystemClockSource(SystemClockSource source) noexcept;

@@ -23,6 +23,14 @@ int SetMachineClock(LONGLONG secondsSince1970, int millisecondsOfSecond) noexcep
 }
 
 std::atomic<SystemClockPrimitive> substitute{nullptr};
+std::atomic<SystemClockSource> substituteSource{nullptr};
+
+Stamp Now() noexcept
+{
+    const SystemClockSource source = substituteSource.load();
+    return source != nullptr ? Stamp(milliseconds(source()))
+                             : std::chrono::floor<milliseconds>(std::chrono::system_clock::now());
+}
 
 std::chrono::year_month_day DateOf(const SYSTEMTIME& time) noexcept
 {
@@ -72,7 +80,7 @@ void GetSystemTime(SYSTEMTIME* time) noexcept
 {
     if (time != nullptr)
     {
-        *time = FieldsOf(std::chrono::floor<milliseconds>(std::chrono::system_clock::now()));
+        *time = FieldsOf(Now());
     }
 }
 
@@ -100,4 +108,9 @@ BOOL SetSystemTime(const SYSTEMTIME* time) noexcept
 SystemClockPrimitive SetSystemClockPrimitive(SystemClockPrimitive primitive) noexcept
 {
     return substitute.exchange(primitive);
+}
+
+SystemClockSource SetSystemClockSource(SystemClockSource source) noexcept
+{
+    return substituteSource.exchange(source);
 }

@@ -51,6 +51,8 @@ inline constexpr short kScpiMediaFull = -254;
 inline constexpr short kScpiDirectoryFull = -255;
 inline constexpr short kScpiFileNameNotFound = -256;
 inline constexpr short kScpiFileNameError = -257;
+inline constexpr short kScpiSaveRecallMemoryLost = -314;
+inline constexpr short kScpiStorageFault = -320;
 inline constexpr short kScpiQueueOverflow = -350;
 inline constexpr short kScpiInputBufferOverrun = -363;
 inline constexpr short kScpiTimeOutError = -365;
@@ -58,6 +60,12 @@ inline constexpr short kScpiQueryInterrupted = -410;
 inline constexpr short kScpiQueryUnterminated = -420;
 inline constexpr short kScpiQueryDeadlocked = -430;
 inline constexpr short kScpiQueryAfterIndefinite = -440;
+
+/// Tells whether an error is of class -1xx: what follows in its message cannot be trusted any more.
+constexpr bool IsScpiCommandError(short code) noexcept
+{
+    return code <= kScpiCommandError && code > kScpiExecutionError;
+}
 
 /// Tells whether an error concerns its own command only (class -2xx).
 constexpr bool IsScpiExecutionError(short code) noexcept

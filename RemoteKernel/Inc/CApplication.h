@@ -12,6 +12,7 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace ZoVelkor::RemoteKernel
@@ -85,6 +86,18 @@ public:
             return S_FALSE;
         }
         return GuardedEntry([&]() -> HRESULT { return call(*m_parts.spDeviceHandler); });
+    }
+
+    /// Runs work on the application's state while none of its commands runs and none begins. Not from inside
+    /// a handler of the same application.
+    ///
+    /// @param work  of the form HRESULT()
+    /// @return its result; E_ABORT, and nothing was run, when the application has left
+    template <class TWork>
+    HRESULT RunBetweenCommands(TWork&& work)
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_parts.spSink == nullptr ? E_ABORT : GuardedEntry(std::forward<TWork>(work));
     }
 
     /// Gives the engine of a remote path back that has ended.

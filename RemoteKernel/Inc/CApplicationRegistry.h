@@ -63,6 +63,9 @@ public:
     /// @return as UnregisterObject
     HRESULT Unregister(IUnknown* pObject, long remotePath = tagApplicationParts::kAllPaths);
 
+    /// @return the application whose parser, plug-in or device handler this is; null when there is none
+    std::shared_ptr<CApplication> FindApplication(IUnknown* pObject);
+
     /// Tells the applications that a remote path has ended.
     void ReleaseEngines(long remotePath) noexcept;
 

@@ -6,6 +6,7 @@
 
 #include <condition_variable>
 #include <cstddef>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <utility>
@@ -48,6 +49,25 @@ public:
     /// or will run; an application that unregisters itself at the same time waits for its own. Calling it
     /// again does nothing.
     void Stop();
+
+    /// Gives the status that the instrument was switched on with (IEEE 488.2 section 10.25), before the first
+    /// session; without it the kernel keeps nothing.
+    ///
+    /// @param pStore  borrowed, as long as there are sessions; hears of *PSC, and of masks while it is 0
+    void PowerOn(const tagPowerOnStatus& status, IPowerOnStore* pStore)
+    {
+        m_parts.spStatus->PowerOn(status, pStore);
+    }
+
+    /// Finds an application, for work on its state beside its commands: CApplication::RunBetweenCommands. Not
+    /// from inside a handler.
+    ///
+    /// @param pParser  the object that it was registered with
+    /// @return null when there is none
+    std::shared_ptr<CApplication> FindApplication(IUnknown* pParser) const
+    {
+        return m_parts.spRegistry->FindApplication(pParser);
+    }
 
     /// Services by interface; borrowed, as long as the kernel lives.
     IZOScpiObjectRegistration& ObjectRegistration() noexcept { return *m_parts.spRegistry; }

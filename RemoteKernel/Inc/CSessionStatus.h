@@ -3,6 +3,7 @@
 #include "CErrorQueue.h"
 #include "CStandardEventRegister.h"
 #include "CStatusByteRegister.h"
+#include "IPowerOnStore.h"
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -19,6 +20,13 @@ public:
 
     CStatusByteObject& StatusByte() noexcept { return *m_spStatusByte; }
     CStandardEventObject& StandardEvent() noexcept { return *m_spStandardEvent; }
+
+    /// Sets the masks that the session begins with; its observers are there already.
+    void Enable(const tagEnableMasks& masks) noexcept
+    {
+        m_spStandardEvent->SetEnable(masks.event);
+        m_spStatusByte->SetEnable(masks.service);
+    }
 
     /// Latches an event of the standard event register.
     void SetEvent(wchar_t bit) noexcept;

@@ -11,7 +11,10 @@ namespace ZoVelkor::RemoteKernel
 class CStatusCommands
 {
 public:
-    explicit CStatusCommands(const tagBuiltInContext& context) noexcept : m_context(context) {}
+    explicit CStatusCommands(const tagBuiltInContext& context) noexcept
+        : m_context(context),
+          m_pollEnable(context.instrument.PowerOnMasks().poll)
+    {}
 
     /// Runs one command of BuiltInTable() from BUILTIN_STATUS_FIRST on; results as
     /// IZOScpiExecutionSink::Execute.
@@ -33,11 +36,15 @@ private:
     HRESULT ExecuteOnRegister(std::size_t form, const tagParsedCommand& command);
 
     wchar_t ReadStatusByte() noexcept;
+    tagEnableMasks Masks() const noexcept;
+    /// @return S_OK; E_FAIL with -320 when a mask or the flag could not be kept
+    HRESULT CheckKept(bool kept) const;
+    HRESULT NoteMasks(HRESULT result);
     using TWordReader = HRESULT (IZOScpiStatusRegister::*)(wchar_t*);
     HRESULT AnswerWord(IZOScpiStatusRegister& statusRegister, TWordReader reader) const;
 
     const tagBuiltInContext& m_context;
-    wchar_t m_pollEnable = 0;
+    wchar_t m_pollEnable;
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -3,10 +3,10 @@
 #include "CPendingOperations.h"
 #include "CSessionStatus.h"
 #include "CSummaryDistributor.h"
+#include "IPowerOnStore.h"
 #include "IZOScpiStatusManagement.h"
 
 #include <array>
-#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -53,20 +53,37 @@ public:
     /// STATus:PRESet (SCPI-99 vol. 2, 20.7): loads the preset defaults of the instrument's registers.
     void Preset() noexcept;
 
+    /// Gives the status that the instrument was switched on with; before the first session.
+    ///
+    /// @param pStore  borrowed; hears of changes. Null: nothing is kept
+    void PowerOn(const tagPowerOnStatus& status, IPowerOnStore* pStore);
+    /// The masks that a session begins with: each sees a power-on at its beginning.
+    const tagEnableMasks& PowerOnMasks() const noexcept { return m_powerOnMasks; }
     /// *PSC: whether the enable masks are cleared at power-on (IEEE 488.2 section 10.25).
-    void SetPowerOnClear(bool clear) noexcept { m_bPowerOnClear.store(clear); }
-    bool IsPowerOnClear() const noexcept { return m_bPowerOnClear.load(); }
+    ///
+    /// @param masks  of the session that says so
+    /// @return false when the store failed; the flag holds until the instrument is switched off
+    bool SetPowerOnClear(bool clear, const tagEnableMasks& masks);
+    bool IsPowerOnClear();
+    /// Notes the masks of a session that has set one. The last session to do so has its masks kept.
+    ///
+    /// @return as SetPowerOnClear
+    bool NoteMasks(const tagEnableMasks& masks);
 
     /// Ends all waits for bits of the instrument's registers; there will be no more.
     void Stop() noexcept { SetEvent(m_spStopEvent->Get()); }
 
 private:
     std::shared_ptr<CSessionStatus> Find(long remotePath);
+    bool KeepLocked(const tagPowerOnStatus& status);
 
     const SharedEvent m_spStopEvent;
     const CComPtr<CSummaryDistributorObject> m_spDistributor;
     std::array<CComPtr<CStatusRegisterObject>, kInstrumentRegisterCount> m_registers;
-    std::atomic<bool> m_bPowerOnClear{true};
+    tagEnableMasks m_powerOnMasks; // constant once there are sessions
+    std::mutex m_powerOnMutex;
+    tagPowerOnStatus m_powerOn;               // guarded by m_powerOnMutex
+    IPowerOnStore* m_pPowerOnStore = nullptr; // guarded by m_powerOnMutex
     std::mutex m_mutex;
     std::map<long, std::shared_ptr<CSessionStatus>> m_paths; // guarded by m_mutex
 };

@@ -209,6 +209,18 @@ bool CApplicationRegistry::IsRegistered(const tagApplicationParts& parts) const
     });
 }
 
+std::shared_ptr<CApplication> CApplicationRegistry::FindApplication(IUnknown* pObject)
+{
+    CComPtr<IUnknown> spObject;
+    static_cast<void>(CComPtr<IUnknown>(pObject).QueryInterface(&spObject));
+    const std::lock_guard changeLock(m_changeMutex);
+    const auto& applications = m_spCurrent->applications;
+    const auto found = std::find_if(applications.begin(), applications.end(), [&](const auto& spOther) {
+        return spObject != nullptr && spOther->Parts().spRegistered == spObject;
+    });
+    return found == applications.end() ? nullptr : *found;
+}
+
 HRESULT CApplicationRegistry::UnregisterObject(GUID id)
 {
     return RemoveWhere([&id](const tagApplicationParts& parts) { return parts.id == id; });

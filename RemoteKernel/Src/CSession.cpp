@@ -111,6 +111,7 @@ void CSession::AddPath(const tagSessionTransport& transport)
             m_spPath->AttachChannel(transport.pChannel);
             SetServiceRequestObserver(m_spPath.get());
         }
+        m_spStatus->Enable(m_kernel.m_parts.spStatus->PowerOnMasks());
         m_kernel.AddSession(*this);
         m_spPath->Publish();
     }

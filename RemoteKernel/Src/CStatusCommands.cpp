@@ -51,12 +51,32 @@ HRESULT CStatusCommands::AnswerWord(IZOScpiStatusRegister& statusRegister, TWord
     return FAILED(result) ? result : m_context.AnswerInteger(static_cast<std::size_t>(word));
 }
 
+tagEnableMasks CStatusCommands::Masks() const noexcept
+{
+    tagEnableMasks masks;
+    m_context.status.StandardEvent().GetEnable(&masks.event);
+    m_context.status.StatusByte().GetEnable(&masks.service);
+    masks.poll = m_pollEnable;
+    return masks;
+}
+
+HRESULT CStatusCommands::CheckKept(bool kept) const
+{
+    return kept ? S_OK : m_context.Fail(kScpiStorageFault, "Lost at power-off");
+}
+
+HRESULT CStatusCommands::NoteMasks(HRESULT result)
+{
+    return FAILED(result) ? result : CheckKept(m_context.instrument.NoteMasks(Masks()));
+}
+
 HRESULT CStatusCommands::SetEventEnable(const tagParsedCommand& command)
 {
     const tagRegisterMask mask =
         ReadRegisterMask(command, CScpiExpression::s_StandardEventTrafo, kHighestStandardMask);
-    return mask.iError != 0 ? m_context.Fail(mask.iError, mask.sDetail)
-                            : m_context.status.StandardEvent().SetEnable(static_cast<wchar_t>(mask.iValue));
+    return mask.iError != 0
+               ? m_context.Fail(mask.iError, mask.sDetail)
+               : NoteMasks(m_context.status.StandardEvent().SetEnable(static_cast<wchar_t>(mask.iValue)));
 }
 
 HRESULT CStatusCommands::QueryEventEnable(const tagParsedCommand&)
@@ -76,7 +96,7 @@ HRESULT CStatusCommands::SetServiceEnable(const tagParsedCommand& command)
     // A request for service cannot be its own reason: bit 6 stays clear (IEEE 488.2 section 11.3.2).
     const auto enable = static_cast<wchar_t>(mask.iValue & ~static_cast<std::uint32_t>(kStatusService));
     return mask.iError != 0 ? m_context.Fail(mask.iError, mask.sDetail)
-                            : m_context.status.StatusByte().SetEnable(enable);
+                            : NoteMasks(m_context.status.StatusByte().SetEnable(enable));
 }
 
 HRESULT CStatusCommands::QueryServiceEnable(const tagParsedCommand&)
@@ -104,8 +124,7 @@ HRESULT CStatusCommands::SetPowerOnClear(const tagParsedCommand& command)
     {
         return m_context.Fail(kScpiDataOutOfRange, std::string("parameter 1: ") + argument.szText);
     }
-    m_context.instrument.SetPowerOnClear(flag != 0);
-    return S_OK;
+    return CheckKept(m_context.instrument.SetPowerOnClear(flag != 0, Masks()));
 }
 
 HRESULT CStatusCommands::QueryPowerOnClear(const tagParsedCommand&)
@@ -122,7 +141,7 @@ HRESULT CStatusCommands::SetPollEnable(const tagParsedCommand& command)
         return m_context.Fail(mask.iError, mask.sDetail);
     }
     m_pollEnable = static_cast<wchar_t>(mask.iValue);
-    return S_OK;
+    return NoteMasks(S_OK);
 }
 
 HRESULT CStatusCommands::QueryPollEnable(const tagParsedCommand&)

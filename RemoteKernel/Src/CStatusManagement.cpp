@@ -173,6 +173,38 @@ void CStatusManagement::RemovePath(long remotePath) noexcept
     }
 }
 
+void CStatusManagement::PowerOn(const tagPowerOnStatus& status, IPowerOnStore* pStore)
+{
+    const std::lock_guard lock(m_powerOnMutex);
+    m_powerOnMasks = status.bClear ? tagEnableMasks{} : status.masks;
+    m_powerOn = status;
+    m_pPowerOnStore = pStore;
+}
+
+bool CStatusManagement::SetPowerOnClear(bool clear, const tagEnableMasks& masks)
+{
+    const std::lock_guard lock(m_powerOnMutex);
+    return KeepLocked({clear, clear ? tagEnableMasks{} : masks});
+}
+
+bool CStatusManagement::IsPowerOnClear()
+{
+    const std::lock_guard lock(m_powerOnMutex);
+    return m_powerOn.bClear;
+}
+
+bool CStatusManagement::NoteMasks(const tagEnableMasks& masks)
+{
+    const std::lock_guard lock(m_powerOnMutex);
+    return m_powerOn.bClear || KeepLocked({false, masks});
+}
+
+bool CStatusManagement::KeepLocked(const tagPowerOnStatus& status)
+{
+    const bool bChanged = status != std::exchange(m_powerOn, status);
+    return !bChanged || m_pPowerOnStore == nullptr || m_pPowerOnStore->Keep(status);
+}
+
 void CStatusManagement::ClearEvents() noexcept
 {
     // Children first, so that none sets the summary of a parent that is clear already. Reading withdraws the

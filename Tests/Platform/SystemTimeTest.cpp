@@ -67,6 +67,16 @@ TEST(SystemTime, ReadsTheClockInUtc)
     EXPECT_EQ(time.wDayOfWeek, (seconds / 86400 + 4) % 7) << "1970-01-01 was a Thursday";
 }
 
+TEST(SystemTime, ReadsWhatStandsInForTheClock)
+{
+    EXPECT_EQ(SetSystemClockSource([]() noexcept -> LONGLONG { return -1; }), nullptr);
+    SYSTEMTIME time{};
+    GetSystemTime(&time);
+    EXPECT_NE(SetSystemClockSource(nullptr), nullptr);
+    EXPECT_EQ(time.wYear, 1969);
+    EXPECT_EQ(time.wMilliseconds, 999);
+}
+
 /// Two safeguards: the process gives its rights up, and the kernel takes no year beyond 2232 from anyone.
 int SetMachineClockWithoutRights()
 {

@@ -1,0 +1,39 @@
+#pragma once
+
+namespace ZoVelkor::RemoteKernel
+{
+
+/// The enable registers that IEEE 488.2 section 10.25 speaks of.
+struct tagEnableMasks
+{
+    wchar_t event = 0;   ///< *ESE
+    wchar_t service = 0; ///< *SRE
+    wchar_t poll = 0;    ///< *PRE
+
+    bool operator==(const tagEnableMasks&) const = default;
+};
+
+/// The status that an instrument keeps while it is switched off; a new object is that of the first start.
+struct tagPowerOnStatus
+{
+    bool bClear = true;   ///< *PSC: the masks are 0 after power-on, whatever was kept
+    tagEnableMasks masks; ///< otherwise they begin with these
+
+    bool operator==(const tagPowerOnStatus&) const = default;
+};
+
+/// Keeps the power-on status from one start of the instrument to the next.
+class IPowerOnStore
+{
+public:
+    /// Keeps a status for the next start. Called one at a time, by the thread of the session that has changed
+    /// it, and only for a change.
+    ///
+    /// @return false when it cannot be kept; that becomes error -320 of the session
+    virtual bool Keep(const tagPowerOnStatus& status) noexcept = 0;
+
+protected:
+    ~IPowerOnStore() = default;
+};
+
+} // namespace ZoVelkor::RemoteKernel
