@@ -39,7 +39,7 @@ struct IZOScpiChannel : IUnknown
     /// @param[out] count  bytes that a Read would get
     virtual HRESULT DataAvailable(unsigned long* count) = 0;
 
-    /// Sends bytes of a response and waits until all are taken.
+    /// Sends bytes of a response and waits until the connection has taken all.
     ///
     /// @param[out] written  bytes taken, also on failure
     /// @return S_OK; E_ABORT when the rest of the response is to be dropped (device clear, query error);
@@ -49,7 +49,8 @@ struct IZOScpiChannel : IUnknown
     /// As Write, but returns after what the connection takes without waiting.
     virtual HRESULT WritePartial(unsigned long size, unsigned char* data, unsigned long* written) = 0;
 
-    /// Ends a response: everything written goes to the controller, with END where the connection knows one.
+    /// Ends a response: everything written goes to the controller, with END where the connection knows one,
+    /// and a connection whose controller asks for the bytes waits until it has them. Results as Write.
     virtual HRESULT Flush() = 0;
 
     /// Drops what the channel holds.
@@ -66,7 +67,8 @@ struct IZOScpiChannel : IUnknown
     /// @param status  lent for the call
     virtual HRESULT SetChannelStatus(tagZO_SCPI_CHANNEL_STATUS* status) = 0;
 
-    /// A device clear has been carried out; from SignalDeviceClear until here Read gives nothing.
+    /// A device clear has been carried out; from SignalDeviceClear until here Read gives nothing. The same
+    /// for input that is dropped, see ReportError of the service provider. It must not wait.
     virtual HRESULT DeviceClearAcknowledge() = 0;
 
     /// The instrument went to local by itself, as by its front panel.

@@ -72,6 +72,8 @@ public:
     ///
     /// @param blockRest  bytes of a block that come first, -1: an indefinite block
     void Skip(std::int64_t blockRest) noexcept;
+    /// Tells whether the message at hand is being dropped.
+    bool IsSkipping() const noexcept { return m_bSkips; }
 
 private:
     enum class tagStep

@@ -113,19 +113,28 @@ public:
     bool IsCancelled() const noexcept { return m_break.load(std::memory_order_relaxed) == kBreakForEver; }
 
     /// Device clear: ends the session's waits and drops the rest of the message at hand, its responses and
-    /// all input; does not wait. The session does nothing more until FinishDeviceClear. Threads: any.
+    /// all input; does not wait. The session does nothing more until FinishClear. Threads: any.
     void DeviceClear() noexcept;
-    bool IsDeviceClearPending() const noexcept
+    /// Drops input and message in the same way, and nothing else: what has arrived has no end. Threads: any.
+    void DropInput() noexcept { Break(kBreakForInput); }
+    /// Tells whether one of the two waits for FinishClear.
+    bool IsClearPending() const noexcept
     {
-        return m_break.load(std::memory_order_relaxed) == kBreakForDeviceClear;
+        const int reason = m_break.load(std::memory_order_relaxed);
+        return reason == kBreakForInput || reason == kBreakForDeviceClear;
     }
-    /// Carries the device clear out (IEEE 488.2 section 5.8): input, responses and *OPC are forgotten;
-    /// settings, status and errors stay. The device handlers and observers are told.
-    void FinishDeviceClear();
-    /// Group execute trigger; a message that has only begun is refused with -105.
+    /// Carries it out. After a device clear (IEEE 488.2 section 5.8) *OPC is forgotten, too, and the device
+    /// handlers and observers are told; settings, status and errors stay. When another clear has come
+    /// meanwhile that one is pending.
+    void FinishClear();
+    /// Tells those who have heard of the message at hand that it is over; for a session that is cancelled.
+    void Abandon();
+    /// Group execute trigger; inside a message it is refused with -105, which drops that message.
     ///
     /// @return S_OK; S_FALSE when nothing took it (an error is queued)
     HRESULT Trigger();
+    /// Refuses a trigger with -105.
+    void RefuseTrigger();
 
     /// Serial poll: the status byte with RQS, which ends the request for service (IEEE 488.2
     /// section 11.2.2.1). Threads: any.
@@ -145,7 +154,7 @@ public:
     const std::shared_ptr<CRemotePath>& Path() const noexcept { return m_spPath; }
     /// Services of the path, the context of its commands; borrowed.
     IUnknown* Context() const noexcept { return m_pContext; }
-    /// Readable while the session is broken off: cancelled, or a device clear is pending.
+    /// Readable while the session is broken off: cancelled, or a clear is pending.
     int BreakDescriptor() const noexcept { return GetEventDescriptor(m_spBreakEvent->Get()); }
 
 private:
@@ -155,8 +164,9 @@ private:
     static constexpr std::size_t kMinInputSpace = std::size_t{4} << 10;
     // States of m_break; a higher one is not replaced by a lower one.
     static constexpr int kRuns = 0;
-    static constexpr int kBreakForDeviceClear = 1;
-    static constexpr int kBreakForEver = 2;
+    static constexpr int kBreakForInput = 1;
+    static constexpr int kBreakForDeviceClear = 2;
+    static constexpr int kBreakForEver = 3;
 
     bool ExecuteCommand(const tagParsedCommand& command) override;
     void ReportError(short code, std::string_view detail) override;
@@ -169,6 +179,7 @@ private:
     void BeginMessage();
     void EndMessage();
     void TellMessageEnd();
+    void TellDeviceClear();
     bool CloseCommand(HRESULT result);
     bool RunApplication(const tagParsedCommand& command, HRESULT& result);
     bool IsBroken() const noexcept { return m_break.load(std::memory_order_relaxed) != kRuns; }
@@ -195,6 +206,7 @@ private:
     CByteBuffer m_piece; // the message up to the block that is being read
     CBlockStream m_stream;
     const bool m_bStreams;
+    bool m_bBegun = false;                   // observers and handlers have heard of the message at hand
     bool m_bInMessage = false;               // commands of the message at hand have run
     std::size_t m_bytesAnnounced = 0;        // still missing of the message at hand, as far as known
     std::vector<CApplication*> m_involved;   // whose commands the message at hand has run

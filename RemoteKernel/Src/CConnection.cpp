@@ -2,6 +2,7 @@
 
 #include "CSmartScpiChannelInfo.h"
 #include "GuardedEntry.h"
+#include "ScpiErrorCodes.h"
 #include "ThreadBasics.h"
 
 #include <iterator>
@@ -181,6 +182,7 @@ HRESULT CConnection::SignalGotoLocal()
         }
         m_parts.spEvents->Tell(
             RemotePath(), &IZOScpiDeviceHandler::GotoLocal, &IZOScpiMultichannelEventObserver::GotoLocal);
+        m_spPath->PublishStatus();
         return S_OK;
     });
 }
@@ -194,6 +196,7 @@ HRESULT CConnection::SignalGotoRemote()
         }
         m_parts.spEvents->Tell(
             RemotePath(), &IZOScpiDeviceHandler::GotoRemote, &IZOScpiMultichannelEventObserver::GotoRemote);
+        m_spPath->PublishStatus();
         return S_OK;
     });
 }
@@ -206,6 +209,7 @@ HRESULT CConnection::SignalLocalLockout(short on)
             return S_FALSE;
         }
         m_parts.spEvents->TellLockout(RemotePath(), on != 0);
+        m_spPath->PublishStatus();
         return S_OK;
     });
 }
@@ -230,7 +234,20 @@ HRESULT CConnection::SignalStbChange(unsigned char)
 
 HRESULT CConnection::ReportError(short code, wchar_t* text)
 {
-    return m_spPath->IsOpen() ? m_parts.spErrors->SetError(RemotePath(), code, text) : E_UNEXPECTED;
+    if (!m_spPath->IsOpen())
+    {
+        return E_UNEXPECTED;
+    }
+    const HRESULT result = m_parts.spErrors->SetError(RemotePath(), code, text);
+    if (code == kScpiQueryUnterminated || IsScpiCommandError(code))
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_spSession != nullptr)
+        {
+            m_spSession->DropInput();
+        }
+    }
+    return result;
 }
 
 HRESULT CConnection::GetScpiManager(IUnknown** manager)
@@ -252,6 +269,10 @@ void CConnection::Run(CSession& session)
         Serve(session);
         return S_OK;
     }));
+    static_cast<void>(GuardedEntry([&session]() -> HRESULT {
+        session.Abandon();
+        return S_OK;
+    }));
     CloseTriggers(E_ABORT, true);
     static_cast<void>(GuardedEntry([this] { return m_spChannel->Abort(); }));
     bool bTakesDown = false;
@@ -269,9 +290,12 @@ void CConnection::Serve(CSession& session)
 {
     while (!session.IsCancelled())
     {
-        if (session.IsDeviceClearPending())
+        if (session.IsClearPending())
         {
-            session.FinishDeviceClear();
+            do
+            {
+                session.FinishClear();
+            } while (session.IsClearPending());
             CloseTriggers(E_ABORT, false);
             static_cast<void>(m_spChannel->DeviceClearAcknowledge());
         }
@@ -307,8 +331,10 @@ bool CConnection::Drain(CSession& session)
         {
             return false;
         }
-        // Whatever comes after a read that was not filled ends the wait that follows.
-        if (received < space.size() || session.IsDeviceClearPending() || session.IsCancelled())
+        // Whatever comes after a read that was not filled ends the wait that follows, if there is a
+        // descriptor to wait for; another channel is read until it has nothing.
+        const bool bAll = received == 0 || (m_descriptor >= 0 && received < space.size());
+        if (bAll || session.IsClearPending() || session.IsCancelled())
         {
             return true;
         }
@@ -328,7 +354,7 @@ HRESULT CConnection::ReadInto(std::span<char> space, std::size_t& received) noex
 
 bool CConnection::RunMessages(CSession& session)
 {
-    while (session.ExecuteNext() && !session.IsDeviceClearPending())
+    while (session.ExecuteNext() && !session.IsClearPending())
     {
         if (!Send(session.Response()))
         {
@@ -349,8 +375,9 @@ bool CConnection::Send(std::string_view response)
     unsigned long written = 0;
     // The channel's operations take what they only read as changeable.
     auto* const pBytes = reinterpret_cast<unsigned char*>(const_cast<char*>(response.data()));
-    const HRESULT result = m_spChannel->Write(response.size(), pBytes, &written);
-    return result == E_ABORT || (SUCCEEDED(result) && SUCCEEDED(m_spChannel->Flush()));
+    HRESULT result = m_spChannel->Write(response.size(), pBytes, &written);
+    result = SUCCEEDED(result) ? m_spChannel->Flush() : result;
+    return SUCCEEDED(result) || result == E_ABORT;
 }
 
 bool CConnection::WaitForWork(CSession& session, int timeoutMs) noexcept
@@ -380,6 +407,12 @@ tagReceived CConnection::Receive(std::span<char> space, int timeoutMs, int cance
         if (received != 0)
         {
             return {tagReceiveStatus::Received, received};
+        }
+        if (TriggersRequested() != TriggersDone())
+        {
+            // It has come inside the block and cannot wait for the rest.
+            m_spSession->RefuseTrigger();
+            CloseTriggers(S_FALSE, false);
         }
         pollfd descriptors[] = {
             {GetEventDescriptor(m_wake.Get()), POLLIN, 0},
@@ -415,8 +448,7 @@ std::uint64_t CConnection::TriggersDone()
 
 void CConnection::RunTrigger(CSession& session, std::uint64_t requested)
 {
-    const HRESULT result =
-        session.IsDeviceClearPending() || session.IsCancelled() ? E_ABORT : session.Trigger();
+    const HRESULT result = session.IsClearPending() || session.IsCancelled() ? E_ABORT : session.Trigger();
     const std::lock_guard lock(m_mutex);
     m_trigger.iDone = requested;
     m_trigger.result = result;

@@ -111,7 +111,6 @@ void CSession::AddPath(const tagSessionTransport& transport)
             m_spPath->AttachChannel(transport.pChannel);
             SetServiceRequestObserver(m_spPath.get());
         }
-        m_spStatus->Enable(m_kernel.m_parts.spStatus->PowerOnMasks());
         m_kernel.AddSession(*this);
         m_spPath->Publish();
     }
@@ -171,33 +170,27 @@ void CSession::DeviceClear() noexcept
     Break(kBreakForDeviceClear);
 }
 
-void CSession::FinishDeviceClear()
+void CSession::FinishClear()
 {
-    const long path = m_spPath->Number();
     const std::uint32_t requests = m_clearRequests.load();
+    int reason = m_break.load();
     m_input.Clear();
     m_framer.Reset();
     m_bInMessage = false;
     m_bytesAnnounced = 0;
+    Abandon();
     m_spOutput->EndMessage();
     ClearResponse();
     ReleaseMemory();
-    if (m_kernel.m_parts.spOperations->CancelOperationComplete(path))
+    if (reason == kBreakForDeviceClear)
     {
-        m_kernel.m_parts.spEvents->TellOpcReset(path);
+        TellDeviceClear();
     }
-    m_kernel.m_parts.spEvents->Tell(
-        path, &IZOScpiDeviceHandler::DeviceClear, &IZOScpiMultichannelEventObserver::DeviceClear);
     ResetEvent(m_spBreakEvent->Get());
-    if (m_spPath->DeviceClearEvent() != nullptr)
-    {
-        ResetEvent(m_spPath->DeviceClearEvent()->Get());
-    }
     m_spOutput->Resume();
-    int pending = kBreakForDeviceClear;
-    if (!m_break.compare_exchange_strong(pending, kRuns))
+    if (!m_break.compare_exchange_strong(reason, kRuns))
     {
-        Break(kBreakForEver); // cancelled meanwhile
+        Break(reason); // cancelled or cleared meanwhile
     }
     else if (m_clearRequests.load() != requests)
     {
@@ -205,11 +198,38 @@ void CSession::FinishDeviceClear()
     }
 }
 
+void CSession::TellDeviceClear()
+{
+    const long path = m_spPath->Number();
+    if (m_kernel.m_parts.spOperations->CancelOperationComplete(path))
+    {
+        m_kernel.m_parts.spEvents->TellOpcReset(path);
+    }
+    m_kernel.m_parts.spEvents->Tell(
+        path, &IZOScpiDeviceHandler::DeviceClear, &IZOScpiMultichannelEventObserver::DeviceClear);
+    if (m_spPath->DeviceClearEvent() != nullptr)
+    {
+        ResetEvent(m_spPath->DeviceClearEvent()->Get());
+    }
+}
+
+void CSession::Abandon()
+{
+    if (m_bBegun)
+    {
+        TellMessageEnd();
+    }
+}
+
 HRESULT CSession::Trigger()
 {
-    if (!m_input.IsEmpty())
+    if (!m_input.IsEmpty() || m_bInMessage || m_framer.IsSkipping())
     {
-        ReportError(kScpiGetNotAllowed, {});
+        RefuseTrigger();
+        if (!m_framer.IsSkipping())
+        {
+            m_framer.Skip(0);
+        }
         return S_FALSE;
     }
     RefreshApplications();
@@ -219,6 +239,11 @@ HRESULT CSession::Trigger()
         return S_FALSE;
     }
     return m_spBuiltIns->GroupExecuteTrigger() == S_OK ? S_OK : S_FALSE;
+}
+
+void CSession::RefuseTrigger()
+{
+    ReportError(kScpiGetNotAllowed, {});
 }
 
 std::string_view CSession::Process(std::span<char> bytes)
@@ -353,7 +378,7 @@ void CSession::FinishBlock(bool bContinue)
     {
         return;
     }
-    if (m_stream.State() == CBlockStream::tagState::Lost && !IsDeviceClearPending())
+    if (m_stream.State() == CBlockStream::tagState::Lost && !IsClearPending())
     {
         Cancel();
     }
@@ -397,6 +422,7 @@ void CSession::BeginMessage()
         m_kernel.m_parts.spGate->Wait(path, [this] { return IsBroken(); });
     }
     RefreshApplications();
+    m_bBegun = true;
     CEventDistributor& events = *m_kernel.m_parts.spEvents;
     if (m_spPath->EntersRemote() && m_spPath->State().GotoRemote() == tagStateChange::Changed)
     {
@@ -417,6 +443,7 @@ void CSession::BeginMessage()
 
 void CSession::TellMessageEnd()
 {
+    m_bBegun = false;
     const long path = m_spPath->Number();
     const short aborted = IsBroken() ? VARIANT_TRUE : VARIANT_FALSE;
     for (CApplication* pApplication : m_involved)
