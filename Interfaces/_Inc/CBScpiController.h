@@ -108,8 +108,8 @@ public:
     /// acknowledgement: the read begins anew at the next byte of the instrument. Always true from here
     /// @param counted  ends after count bytes or END; false: ends with END alone
     virtual HRESULT DoRead(bool first, bool counted, long count) = 0;
-    /// Answered through DoAcknowledgeWrite. The data stays valid until the operation ends, which may be
-    /// before the answer.
+    /// Answered through DoAcknowledgeWrite. The data stays valid until CheckProtocolError has ended the
+    /// operation, which may be before the answer.
     /// @param end  END goes with the last byte
     virtual HRESULT DoWrite(unsigned char* data, long length, bool end) = 0;
     /// The remote state as VARIANT_BOOL; no answer follows.

@@ -272,11 +272,13 @@ HRESULT CBScpiController::ReadResponse(unsigned char** text)
 
 HRESULT CBScpiController::WriteString(wchar_t* text)
 {
+    // Outside of the operation: a transport may read it until CheckProtocolError takes the request back.
+    std::array<std::byte, kStackTextSize> stack; // NOLINT(cppcoreguidelines-pro-type-member-init): memory
+    std::pmr::monotonic_buffer_resource memory(stack.data(), stack.size());
+    std::pmr::string narrow(&memory);
     return Operate({NotNull(text, "text != NULL")}, [&] {
         const int length = static_cast<int>(SysStringLen(text));
-        std::array<std::byte, kStackTextSize> stack;
-        std::pmr::monotonic_buffer_resource memory(stack.data(), stack.size());
-        std::pmr::string narrow(static_cast<std::size_t>(length), '\0', &memory);
+        narrow.resize(static_cast<std::size_t>(length));
         if (length != 0)
         {
             WideCharToMultiByte(CP_ACP, 0, text, length, narrow.data(), length, nullptr, nullptr);

@@ -1,6 +1,8 @@
 #include "CScriptedController.h"
 #include "TaskMemory.h"
+#include "VirtualSlots.h"
 
+#include <span>
 #include <sys/resource.h>
 
 namespace
@@ -18,9 +20,7 @@ TEST(ControllerSlots, AreInOrder)
 {
     using I = IZOScpiController;
     using B = CBScpiController;
-    // Pointers to virtual members carry the offset of the slot plus 1.
-    const auto slots = [](auto... operations) { return std::vector{std::bit_cast<std::array<std::size_t, 2>>(operations)[0] / sizeof(void*)...}; };
-    const std::vector found = slots(
+    const auto found = VirtualSlots(
         &I::WriteMessage, &I::ReadResponse, &I::WriteString, &I::ReadString, &I::Write, &I::Read, &I::Clear, &I::Trigger, &I::Local, &I::Remote,
         &I::ReadStatusByte, &I::LocalLockout, &I::ResetInterrupt, &I::WaitInterrupt, &I::SetInterruptCallback, &I::ClearInterruptCallback,
         &I::EnableInterruptCallback, &I::DisableInterruptCallback, &I::Abort, &I::LockDevice, &I::UnlockDevice, &I::ReadToFile, &I::WriteFromFile,
@@ -33,7 +33,7 @@ TEST(ControllerSlots, AreInOrder)
     {
         EXPECT_EQ(found[i], i + (i < 33 ? 3 : 5)) << "a destructor takes two slots";
     }
-    EXPECT_EQ(slots(&IZOScpiInterrupt::Signal).front(), 4U);
+    EXPECT_EQ(VirtualSlots(&IZOScpiInterrupt::Signal).front(), 4U);
 }
 
 /// One request: what the transport is asked, and what is got when it answers and when it does not.
@@ -158,9 +158,23 @@ TEST_F(Controller, AnswersThatCannotBeTrueAreRefused)
     c.incoming = "abc";
     EXPECT_EQ(RunRead(c, out), S_OK);
     EXPECT_EQ(out, "abc-- 3 -1 ") << "with END";
+}
+
+/// A transport that looks at what it was lent when the operation takes an unanswered request back.
+struct CLentController : C
+{
+    using C::C;
+    HRESULT DoWrite(unsigned char* data, long length, bool) override { return lent = {data, data + length}, S_OK; }
+    HRESULT CheckProtocolError() override { return outgoing.assign(lent.begin(), lent.end()), S_OK; }
+    std::span<unsigned char> lent;
+};
+
+TEST_F(Controller, DataIsLentUntilTheRequestIsTakenBack)
+{
+    CLentController c({0});
     const std::string longText(3000, '\xE4');
-    EXPECT_EQ(c.WriteString(CComBSTR(longText.c_str())), S_OK);
-    EXPECT_EQ(c.outgoing, longText);
+    EXPECT_EQ(c.WriteString(CComBSTR(longText.c_str())), E_PENDING);
+    EXPECT_TRUE(c.outgoing == longText);
 }
 
 TEST_F(Controller, NullPointersAreReported)
