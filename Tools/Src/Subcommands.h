@@ -18,4 +18,7 @@ void AddTableCommands(CLI::App& tool, tagExitCode& result);
 /// `zo scpi`: talks to an instrument.
 void AddScpiCommands(CLI::App& tool, tagExitCode& result);
 
+/// `zo registry`: reads, writes and watches the registry.
+void AddRegistryCommands(CLI::App& tool, tagExitCode& result);
+
 } // namespace ZoVelkor::Tools

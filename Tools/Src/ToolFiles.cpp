@@ -41,8 +41,17 @@ CFile Open(const std::string& name, const char* mode, const char* verb)
 
 std::string ReadStream(std::FILE* file, const std::string& name, std::size_t limit)
 {
-    std::string bytes(limit, '\0');
-    bytes.resize(std::fread(bytes.data(), 1, limit, file));
+    constexpr std::size_t kPortion = std::size_t{1} << 16U;
+    std::string bytes;
+    std::size_t read = kPortion;
+    while (read == kPortion && bytes.size() < limit)
+    {
+        const std::size_t former = bytes.size();
+        const std::size_t portion = std::min(kPortion, limit - former);
+        bytes.resize(former + portion);
+        read = std::fread(bytes.data() + former, 1, portion, file);
+        bytes.resize(former + read);
+    }
     if (std::ferror(file) != 0)
     {
         Fail("read", name);

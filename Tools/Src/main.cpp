@@ -18,13 +18,14 @@ namespace
 using namespace ZoVelkor::Tools;
 
 /// A further subcommand is one more row.
-constexpr AddSubcommand kSubcommands[] = {AddTableCommands, AddScpiCommands};
+constexpr AddSubcommand kSubcommands[] = {AddTableCommands, AddScpiCommands, AddRegistryCommands};
 
 constexpr const char* kFooter =
-    "Exit codes: 0 success; 1 what was asked for failed (damaged table, instrument "
-    "refused); 2 wrong usage; 3 a file or an instrument cannot be reached; 130 Ctrl-C.\n"
+    "Exit codes: 0 success; 1 what was asked for failed (damaged table, no such key, "
+    "instrument refused); 2 wrong usage; 3 a file or an instrument cannot be reached; 130 Ctrl-C.\n"
     "Example: zo table headers localhost:5025\n"
-    "Example: zo scpi query localhost:5025 '*IDN?'";
+    "Example: zo scpi query localhost:5025 '*IDN?'\n"
+    "Example: zo registry list HKLM";
 
 tagExitCode Fail(tagExitCode code, const char* message)
 {
@@ -43,7 +44,7 @@ tagExitCode Answer(const CLI::App& tool, const CLI::ParseError& fault)
 
 tagExitCode RunTool(int argc, char** argv)
 {
-    CLI::App tool("Tools for instruments and their command tables.", "zo");
+    CLI::App tool("Tools for instruments, their command tables and their registry.", "zo");
     tool.set_version_flag("--version", "zo " ZO_TOOL_VERSION);
     tool.require_subcommand(1);
     tool.footer(kFooter);

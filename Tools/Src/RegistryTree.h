@@ -1,0 +1,82 @@
+#pragma once
+
+#include "Event.h"
+#include "Registry.h"
+#include "RegistryText.h"
+#include "RegistryValue.h"
+
+#include <limits>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ZoVelkor::Tools
+{
+
+/// A key with all that it holds, in the registry's order.
+struct tagRegistryKey
+{
+    std::wstring name; ///< empty for the key from which on was read
+    std::vector<tagRegistryValue> values;
+    std::vector<tagRegistryKey> keys;
+    DWORD unreadKeys = 0; ///< keys below that were too deep to be read
+};
+
+/// A tree and where it stands.
+struct tagRegistryTree
+{
+    tagRegistryPath path;
+    tagRegistryKey top;
+};
+
+inline constexpr unsigned kAnyDepth = std::numeric_limits<unsigned>::max();
+
+/// Does nothing for ERROR_SUCCESS.
+///
+/// @param subject  what the failed call was about
+/// @throws CToolError
+void CheckRegistry(LONG error, const std::string& subject);
+
+/// @throws CToolError when there is no such key
+CUniqueKey OpenRegistryKey(const tagRegistryPath& path);
+
+/// @return none when there is no such value
+/// @throws CToolError
+std::optional<tagRegistryValue>
+ReadRegistryValue(HKEY key, const std::wstring& name, const tagRegistryPath& path);
+
+/// Reads a key and so many levels of keys below it.
+///
+/// What others change meanwhile may be missing or be there.
+/// @throws CToolError
+tagRegistryTree ReadRegistryTree(const tagRegistryPath& path, unsigned depth = kAnyDepth);
+
+/// Keys that are read again and again while others change them. One thread at a time.
+class CWatchedTrees
+{
+public:
+    /// @throws CToolError when there is no such key
+    explicit CWatchedTrees(std::vector<tagRegistryPath> paths);
+
+    /// Reads all as they are at one moment.
+    ///
+    /// @throws CToolError, also when they do not stop changing
+    std::vector<tagRegistryTree> ReadAtOneMoment();
+
+    /// Reads all; later changes end the next Wait.
+    ///
+    /// @throws CToolError
+    std::vector<tagRegistryTree> Read();
+
+    /// Waits until something has changed since the beginning of the last Read.
+    void Wait() const;
+
+private:
+    void Arm() const;
+
+    std::vector<tagRegistryPath> m_paths;
+    std::vector<CUniqueKey> m_keys; ///< in the order of the paths
+    CUniqueEvent m_changed;
+};
+
+} // namespace ZoVelkor::Tools

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "Registry.h"
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace ZoVelkor::Tools
+{
+
+/// A value as it stands in the registry.
+struct tagRegistryValue
+{
+    std::wstring name;
+    DWORD type = REG_NONE;
+    std::vector<BYTE> data;
+
+    bool operator==(const tagRegistryValue&) const = default;
+};
+
+/// How the data of a type are understood.
+enum class tagValueForm : std::uint8_t
+{
+    Text,
+    List,
+    Number,
+    Bytes
+};
+
+struct tagValueType
+{
+    const char* name;
+    DWORD type;
+    tagValueForm form;
+    std::size_t size; ///< of a number, in bytes
+};
+
+/// The types that have a name here; null for another one.
+const tagValueType* FindValueType(std::string_view name) noexcept;
+const tagValueType* FindValueType(DWORD type) noexcept;
+
+/// Their names for a message.
+std::string ValueTypeNames();
+
+/// What the data mean: a text, a list of texts, or a number; bytes when the type has no meaning here or the
+/// data have not its form, so that making data of the meaning always gives the same data.
+using ValueContent =
+    std::variant<std::wstring, std::vector<std::wstring>, std::uint64_t, std::span<const BYTE>>;
+ValueContent ContentOf(const tagRegistryValue& value);
+
+/// The data of a text, with its terminator.
+std::vector<BYTE> TextData(std::wstring_view text);
+
+/// The data of a list with no text in it.
+std::vector<BYTE> EmptyListData();
+
+/// @throws CTextFault when the text holds a NUL
+void AppendToList(std::vector<BYTE>& data, std::wstring_view text);
+
+/// @param text  decimal, with a minus sign maybe, or hexadecimal behind 0x
+/// @throws CTextFault
+std::vector<BYTE> NumberData(std::wstring_view text, const tagValueType& type);
+
+/// @param text  pairs of hexadecimal digits, with blanks in between or not
+/// @throws CTextFault
+void AppendBytes(std::vector<BYTE>& data, std::wstring_view text);
+
+/// Pairs of digits with blanks in between.
+std::string HexText(std::span<const BYTE> bytes);
+
+/// The data of a type from what was typed; several texts of a list are lines.
+///
+/// @throws CTextFault
+std::vector<BYTE> DataOf(std::wstring_view text, const tagValueType& type);
+
+/// The type that a text looks like, for a value that there was not before.
+const tagValueType& GuessType(std::wstring_view text);
+
+/// A value in the words of the export file.
+struct tagValueText
+{
+    std::string head;               ///< name, type, and the data when they are short
+    std::vector<std::string> items; ///< texts of a list, or bytes in portions
+};
+tagValueText DescribeValue(const tagRegistryValue& value);
+
+/// The same on one line, and not all of many bytes.
+std::string SummarizeValue(const tagRegistryValue& value);
+
+} // namespace ZoVelkor::Tools

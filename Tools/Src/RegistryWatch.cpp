@@ -1,0 +1,144 @@
+#include "RegistryWatch.h"
+
+#include "RegistryJson.h"
+
+#include <fmt/format.h>
+
+#include <map>
+
+namespace ZoVelkor::Tools
+{
+
+namespace
+{
+
+struct tagEventText
+{
+    const char* word;
+    const char* jsonWord;
+    bool isOfValue;
+    bool hasData;
+};
+
+/// In the order of tagRegistryEvent.
+constexpr tagEventText kEvents[] = {
+    {"made",    "keyMade",      false, false},
+    {"deleted", "keyDeleted",   false, false},
+    {"set",     "valueSet",     true,  true },
+    {"deleted", "valueDeleted", true,  false},
+};
+
+const tagEventText& TextOf(tagRegistryEvent event) noexcept
+{
+    return kEvents[static_cast<std::size_t>(event)];
+}
+
+template <class TItem>
+std::map<std::wstring_view, const TItem*> ByName(const std::vector<TItem>& items)
+{
+    std::map<std::wstring_view, const TItem*> found;
+    for (const TItem& item : items)
+    {
+        found.emplace(item.name, &item);
+    }
+    return found;
+}
+
+class CDifferenceFinder
+{
+public:
+    void Compare(const tagRegistryPath& path, const tagRegistryKey& former, const tagRegistryKey& now)
+    {
+        CompareValues(path, former, now);
+        const auto formerKeys = ByName(former.keys);
+        const auto keys = ByName(now.keys);
+        for (const tagRegistryKey& key : former.keys)
+        {
+            if (!keys.contains(key.name))
+            {
+                Add(tagRegistryEvent::KeyDeleted, path.Below(key.name));
+            }
+        }
+        for (const tagRegistryKey& key : now.keys)
+        {
+            static const tagRegistryKey kNothing;
+            const auto known = formerKeys.find(key.name);
+            const bool isNew = known == formerKeys.end();
+            const tagRegistryPath place = path.Below(key.name);
+            if (isNew)
+            {
+                Add(tagRegistryEvent::KeyMade, place);
+            }
+            Compare(place, isNew ? kNothing : *known->second, key);
+        }
+    }
+
+    std::vector<tagRegistryDifference> Take() noexcept { return std::move(m_found); }
+
+private:
+    void CompareValues(const tagRegistryPath& path, const tagRegistryKey& former, const tagRegistryKey& now)
+    {
+        const auto formerValues = ByName(former.values);
+        const auto values = ByName(now.values);
+        for (const tagRegistryValue& value : former.values)
+        {
+            if (!values.contains(value.name))
+            {
+                Add(tagRegistryEvent::ValueDeleted, path, value);
+            }
+        }
+        for (const tagRegistryValue& value : now.values)
+        {
+            const auto known = formerValues.find(value.name);
+            if (known == formerValues.end() || !(*known->second == value))
+            {
+                Add(tagRegistryEvent::ValueSet, path, value);
+            }
+        }
+    }
+
+    void Add(tagRegistryEvent event, const tagRegistryPath& path, const tagRegistryValue& value = {})
+    {
+        m_found.push_back({event, path, value});
+    }
+
+    std::vector<tagRegistryDifference> m_found;
+};
+
+} // namespace
+
+std::vector<tagRegistryDifference> FindDifferences(std::span<const tagRegistryTree> former,
+                                                   std::span<const tagRegistryTree> now)
+{
+    CDifferenceFinder finder;
+    for (std::size_t i = 0; i < now.size(); ++i)
+    {
+        finder.Compare(now[i].path, former[i].top, now[i].top);
+    }
+    return finder.Take();
+}
+
+std::string DifferenceText(const tagRegistryDifference& difference)
+{
+    const tagEventText& text = TextOf(difference.event);
+    std::string line = fmt::format("{} {}", text.word, PathText(difference.path));
+    if (text.isOfValue)
+    {
+        line += ' ' + (text.hasData ? SummarizeValue(difference.value) : QuotedText(difference.value.name));
+    }
+    return line;
+}
+
+std::string JsonDifference(const tagRegistryDifference& difference)
+{
+    const tagEventText& text = TextOf(difference.event);
+    std::string json = fmt::format(
+        R"({{"event":"{}","key":{})", text.jsonWord, JsonText(WideText(PathText(difference.path))));
+    if (text.isOfValue)
+    {
+        json += R"(,"name":)" + JsonText(difference.value.name);
+    }
+    return json + (text.hasData ? ',' + JsonMembers(difference.value) : "") + '}';
+}
+
+} // namespace ZoVelkor::Tools
