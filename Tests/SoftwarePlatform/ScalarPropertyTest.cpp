@@ -2,6 +2,7 @@
 #include "CComObject.h"
 #include "CComVariant.h"
 #include "CErrorRecorder.h"
+#include "VirtualSlots.h"
 
 #include <gtest/gtest.h>
 
@@ -35,6 +36,17 @@ const std::tuple<int, CComVariant, std::uint64_t, HRESULT, const char*> kStored[
     {VT_DISPATCH, 1, kOnes, DISP_E_BADVARTYPE, "Unknown property type"},
     {VT_ARRAY | VT_R8, 1, kOnes, DISP_E_BADVARTYPE, "Unknown property type"}};
 // clang-format on
+
+TEST(ScalarPropertySlots, AreInOrder)
+{
+    using I = IZOScalarPropertyAccess;
+    using P = CProperty;
+    EXPECT_EQ(
+        VirtualSlots(&I::GetPropertyDispId, &I::GetPropertyName, &I::GetScalarValue, &I::SetScalarValue),
+        (std::vector<std::size_t>{3, 4, 5, 6}));
+    EXPECT_EQ(VirtualSlots(&P::GetDisp, &P::GetName, &P::Get, &P::Set, &P::GetType),
+              (std::vector<std::size_t>{0, 1, 2, 3, 4}));
+}
 
 /// A component with properties, and the reports of one test.
 struct ScalarProperty : testing::Test

@@ -3,9 +3,8 @@
 #include "ExecutionFakes.h"
 #include "RoundTripTable.h"
 #include "ScpiTableMacros.h"
+#include "VirtualSlots.h"
 
-#include <array>
-#include <bit>
 #include <fstream>
 
 namespace
@@ -25,13 +24,7 @@ struct CTestCommands : CBScpiCommands
     {}
     explicit CTestCommands(std::nullptr_t) : m_pTree(nullptr) {}
 
-    template <class TOperation>
-    static std::size_t Slot(TOperation operation)
-    {
-        // Pointers to virtual members carry the offset of the slot plus 1.
-        return std::bit_cast<std::array<std::size_t, 2>>(operation)[0] / sizeof(void*);
-    }
-    static std::size_t TreeSlot() { return Slot(&CTestCommands::DoGetParserTree); }
+    static std::size_t TreeSlot() { return VirtualSlots(&CTestCommands::DoGetParserTree).front(); }
 
 private:
     const tagZO_SCPI_PARSER_TREE* DoGetParserTree() override { return m_pTree; }
@@ -46,13 +39,11 @@ TEST(ScpiCommands, SlotsAreInOrder)
 {
     // clang-format off
     using I = IZOScpiCommands;
-    using C = CTestCommands;
-    const std::vector slots = {
-        C::Slot(&I::SendCommandTree), C::Slot(&I::GetCommandHeader), C::Slot(&I::GetCommandSyntax),
-        C::Slot(&I::IsImplemented), C::Slot(&I::GetHeaderSyntax), C::Slot(&I::GetCommandHeaderDiag),
-        C::Slot(&I::GetCommandSyntaxDiag), C::Slot(&I::GetParserTableSource), C::Slot(&I::GetParserTableReference), C::TreeSlot()};
-    // A destructor takes two slots.
-    EXPECT_EQ(slots, (std::vector<std::size_t>{3, 4, 5, 6, 7, 8, 9, 10, 11, 14}));
+    const auto slots = VirtualSlots(
+        &I::SendCommandTree, &I::GetCommandHeader, &I::GetCommandSyntax, &I::IsImplemented, &I::GetHeaderSyntax,
+        &I::GetCommandHeaderDiag, &I::GetCommandSyntaxDiag, &I::GetParserTableSource, &I::GetParserTableReference);
+    EXPECT_EQ(slots, (std::vector<std::size_t>{3, 4, 5, 6, 7, 8, 9, 10, 11}));
+    EXPECT_EQ(CTestCommands::TreeSlot(), 14U) << "behind a destructor";
     // clang-format on
 }
 

@@ -5,9 +5,8 @@
 #include "CBScpiMultichannelParser.h"
 #include "CComObject.h"
 #include "ExecutionFakes.h"
+#include "VirtualSlots.h"
 
-#include <array>
-#include <bit>
 #include <cstddef>
 #include <utility>
 
@@ -118,13 +117,9 @@ TEST(SinkComponents, ObserverForwardsEachNotificationAndCarriesItsIdentity)
 class CCloningParser : public CBScpiMultichannelParser
 {
 public:
-    /// Places of the overridable operations in the table of virtual functions; pointers to members carry the
-    /// offset plus 1.
-    static std::pair<std::size_t, std::size_t> Slots()
+    static auto Slots()
     {
-        using Words = std::array<std::size_t, 2>;
-        return {std::bit_cast<Words>(&CCloningParser::DoCreateClone)[0] / sizeof(void*),
-                std::bit_cast<Words>(&CCloningParser::DoReleaseClone)[0] / sizeof(void*)};
+        return VirtualSlots(&CCloningParser::DoCreateClone, &CCloningParser::DoReleaseClone);
     }
 
     IUnknown* m_pReleased = nullptr;
@@ -151,7 +146,7 @@ TEST(SinkComponents, MultichannelParserChecksAndForwards)
     EXPECT_NE(spEngine.Get(), nullptr);
     EXPECT_EQ(spParser->ReleaseClone(spEngine), S_FALSE);
     EXPECT_EQ(spParser->m_pReleased, spEngine.Get());
-    EXPECT_EQ(CCloningParser::Slots(), std::pair(std::size_t{5}, std::size_t{6})) << "behind the interface";
+    EXPECT_EQ(CCloningParser::Slots(), (std::vector<std::size_t>{5, 6})) << "behind the interface";
 
     CErrorRecorder recorder;
     EXPECT_THROW(static_cast<void>(spParser->CreateClone(nullptr)), CShellError);

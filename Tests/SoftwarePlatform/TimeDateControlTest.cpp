@@ -5,6 +5,7 @@
 #include "CErrorRecorder.h"
 #include "CTraceRecorder.h"
 #include "ModuleServices.h"
+#include "VirtualSlots.h"
 
 #include <gtest/gtest.h>
 
@@ -37,6 +38,11 @@ struct CHandClock : CETimeDateControl<CBTimeDateControl>
     {
         m_now = {Time, Date};
         return m_setResult;
+    }
+    static auto Slots()
+    {
+        using B = CHandClock;
+        return VirtualSlots(&B::DoGetTimeDate, &B::DoSetTimeDate, &B::DoGetTimeZone, &B::DoSetTimeZone);
     }
     std::pair<tagTimeStruct, tagDateStruct> m_now{kTime, kDate};
     HRESULT m_readResult = S_OK;
@@ -114,6 +120,17 @@ TEST_F(TimeDateControl, EveryOperationChecksItsArgumentsAndItsResult)
         EXPECT_EQ(entries.empty() ? "" : entries.back().report.message, last);
         m_spClock->m_now = {kTime, kDate};
     }
+}
+
+TEST(TimeDateSlots, AreInOrder)
+{
+    using I = IZOTimeDateControl;
+    // clang-format off
+    const auto slots = VirtualSlots(&I::GetTimeAndDate, &I::GetTime, &I::GetDate, &I::SetTimeAndDate, &I::SetTime,
+                                    &I::SetDate, &I::GetTimeZone, &I::SetTimeZone);
+    // clang-format on
+    EXPECT_EQ(slots, (std::vector<std::size_t>{3, 4, 5, 6, 7, 8, 9, 10}));
+    EXPECT_EQ(CHandClock::Slots(), (std::vector<std::size_t>{11, 12, 13, 14}));
 }
 
 TEST_F(TimeDateControl, WithoutPrimitivesNothingIsImplementedButTheZone)
