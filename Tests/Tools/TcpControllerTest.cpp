@@ -181,6 +181,7 @@ TEST_F(TcpController, AWriteCutOffNeedsAClear)
 TEST_F(TcpController, AResponseBeyondTheLimitIsNotKept)
 {
     auto sender = std::async(std::launch::async, [this] {
+        m_peer.Send("#9999999999");
         const std::string piece(std::size_t{1} << 20, 'x');
         // The connection ends in the middle.
         EXPECT_THROW(

@@ -69,9 +69,10 @@ CLineEditor::CLineEditor(std::string prompt, std::string historyFile, CHeaderCom
     el_set(editor, EL_PROMPT, &CLineEditor::Prompt);
     el_set(editor, EL_HIST, &::history, m_spHistory.get());
     el_set(editor, EL_EDITOR, "emacs");
-    el_set(editor, EL_ADDFN, "zo-complete", "Complete the header", &CLineEditor::OnTab);
-    el_set(editor, EL_ADDFN, "zo-cancel", "Throw the line away", &CLineEditor::OnInterrupt);
-    el_set(editor, EL_ADDFN, "zo-suspend", "Stop the program", &CLineEditor::OnSuspend);
+    // Narrow names would be copied and never freed.
+    el_wset(editor, EL_ADDFN, L"zo-complete", L"Complete the header", &CLineEditor::OnTab);
+    el_wset(editor, EL_ADDFN, L"zo-cancel", L"Throw the line away", &CLineEditor::OnInterrupt);
+    el_wset(editor, EL_ADDFN, L"zo-suspend", L"Stop the program", &CLineEditor::OnSuspend);
     el_set(editor, EL_BIND, "^R", "em-inc-search-prev", nullptr);
     el_source(editor, nullptr);
     el_set(editor, EL_BIND, "^I", "zo-complete", nullptr);
