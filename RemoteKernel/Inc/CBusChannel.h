@@ -53,6 +53,8 @@ public:
     /// @throws CShellError as GetServiceProvider
     HRESULT Connect();
     /// Ends the connection; waits for a command that is running for it. Calls that wait end.
+    ///
+    /// @return S_OK, also when the kernel has stopped before; S_FALSE when there was no connection
     HRESULT Disconnect();
 
     /// Sends bytes of a program message; makes the instrument remote while remote enable is asserted.

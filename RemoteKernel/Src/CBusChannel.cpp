@@ -1,6 +1,7 @@
 #include "CBusChannel.h"
 
 #include "Bstr.h"
+#include "GuardedEntry.h"
 #include "IZOScpiManager.h"
 #include "ScpiErrorCodes.h"
 
@@ -109,9 +110,11 @@ HRESULT CBusChannel::Disconnect()
     }
     spProvider->SignalDisconnected();
     DoAbort();
-    const HRESULT result = DisconnectRemotePath();
-    Close();
-    return result;
+    if (FAILED(GuardedEntry([this] { return DisconnectRemotePath(); })))
+    {
+        SetServiceProvider(nullptr); // the kernel has stopped, and let go before
+    }
+    return Close();
 }
 
 HRESULT CBusChannel::Send(std::string_view bytes, bool end, DWORD timeoutMs)
