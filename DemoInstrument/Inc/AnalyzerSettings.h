@@ -41,7 +41,8 @@ enum class tagDetector : long
 enum class tagTriggerSource : long
 {
     Immediate = 1, ///< nothing
-    Bus            ///< *TRG or TRIGger[:IMMediate]
+    Bus,           ///< *TRG or TRIGger[:IMMediate]
+    Lxi            ///< an LXI event that is enabled, or TRIGger[:IMMediate]
 };
 
 /// Settings of one measurement channel.

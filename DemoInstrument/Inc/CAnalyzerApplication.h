@@ -13,6 +13,8 @@ public:
     /// @throws CShellError when remote control is missing or refuses the application
     CAnalyzerApplication();
 
+    CSweepEngine& Sweeps() { return m_analyzer.Sweeps(); }
+
 private:
     CAnalyzer m_analyzer;
     CAnalyzerCommands m_commands{m_analyzer};

@@ -26,6 +26,8 @@ namespace ZoVelkor::Demo
 class CSweepEngine : private CThreadRunObject
 {
 public:
+    using Clock = std::chrono::steady_clock;
+
     /// @param traces, status  borrowed
     CSweepEngine(CTraceMemory& traces, const CInstrumentStatus& status);
     CSweepEngine(const CSweepEngine&) = delete;
@@ -42,10 +44,16 @@ public:
     /// @return false while a sweep runs: the initiation is ignored
     bool Initiate(CPendingOperation operation);
 
-    /// Releases the sweep that waits for a trigger.
+    /// Releases the sweep that waits for a trigger, whatever its source.
     ///
     /// @return false when none waits: the trigger is ignored
     bool Trigger();
+    /// Releases the sweep that waits for a trigger of the source Bus, and no other.
+    bool TriggerByBus();
+    /// Releases the sweep that waits for a trigger of the source Lxi, and no other.
+    ///
+    /// @param time  when; a time that has passed is now. Of several times the earliest counts.
+    bool TriggerByLxi(Clock::time_point time);
 
     /// True: a sweep follows the other. False: the sweep at hand is the last one.
     void SetContinuous(bool on);
@@ -64,8 +72,6 @@ public:
     long SweepCount() const;
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     struct tagSweep
     {
         tagAnalyzerSettings settings;
@@ -87,6 +93,7 @@ private:
     std::optional<Clock::time_point> EndOfPhase(const SweepPtr& spSweep) const;
 
     // The steps of a sweep; nothing else changes the phase.
+    bool IsWaitingForLocked(tagTriggerSource source) const ZO_REQUIRES(m_section);
     void BeginSweepLocked() ZO_REQUIRES(m_section);
     void PassTriggerLocked() ZO_REQUIRES(m_section);
     void StartSweepingLocked() ZO_REQUIRES(m_section);
@@ -102,7 +109,9 @@ private:
     mutable CCritSection m_section;
     SweepPtr m_spSweep ZO_GUARDED_BY(m_section); // null: idle
     tagSweepPhase m_phase ZO_GUARDED_BY(m_section) = tagSweepPhase::Idle;
-    Clock::time_point m_endOfPhase ZO_GUARDED_BY(m_section);        // when settling or sweeping
+    Clock::time_point m_endOfPhase ZO_GUARDED_BY(m_section); // when settling or sweeping
+    std::optional<Clock::time_point>
+        m_release ZO_GUARDED_BY(m_section);                         // when waiting for a trigger; null: open
     std::optional<Ranges> m_settledRanges ZO_GUARDED_BY(m_section); // null: no sweep has settled
     CPendingOperation m_operation ZO_GUARDED_BY(m_section);
     tagAnalyzerSettings m_nextSettings ZO_GUARDED_BY(m_section);

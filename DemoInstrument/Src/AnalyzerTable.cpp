@@ -52,7 +52,7 @@ constexpr tagGroup kHertz = After(kChannelsParameter, 1);
 constexpr tagGroup kLevel = After(kHertz, 1);
 constexpr tagGroup kSecond = After(kLevel, 1);
 constexpr tagGroup kDetectorWords = After(kSecond, 5);
-constexpr tagGroup kSourceWords = After(kDetectorWords, 2);
+constexpr tagGroup kSourceWords = After(kDetectorWords, 3);
 constexpr tagGroup kFormatWords = After(kSourceWords, 2);
 constexpr tagGroup kBorderWords = After(kFormatWords, 2);
 constexpr tagGroup kSuffixes = After(kBorderWords, 3);
@@ -186,6 +186,7 @@ constexpr _CMD_SET_RECORD kTable[] = {
 
     CHR("IMMediate", WordOf(tagTriggerSource::Immediate), kSourceWords.count),
     CHR("BUS",       WordOf(tagTriggerSource::Bus),       NONE),
+    CHR("LXI",       WordOf(tagTriggerSource::Lxi),       NONE),
 
     CHR("ASCii",     FORMAT_WORD_ASCII,                   kFormatWords.count),
     CHR("REAL",      FORMAT_WORD_REAL,                    NONE),

@@ -14,8 +14,8 @@ class CAnalyzerDeviceHandler : public CResetHandler<CAnalyzer>
 public:
     using CResetHandler::CResetHandler;
 
-    /// @return S_FALSE when no sweep waits for a trigger
-    HRESULT Trigger() override { return Instrument().Sweeps().Trigger() ? S_OK : S_FALSE; }
+    /// @return S_FALSE when no sweep waits for a trigger by the bus
+    HRESULT Trigger() override { return Instrument().Sweeps().TriggerByBus() ? S_OK : S_FALSE; }
 
     HRESULT Selftest(short* passed) override
     {

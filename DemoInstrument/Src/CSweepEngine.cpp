@@ -85,6 +85,28 @@ bool CSweepEngine::Trigger()
     return true;
 }
 
+bool CSweepEngine::TriggerByBus()
+{
+    const CCritSectionLocker locker(m_section);
+    return IsWaitingForLocked(tagTriggerSource::Bus) && Trigger();
+}
+
+bool CSweepEngine::TriggerByLxi(Clock::time_point time)
+{
+    const CCritSectionLocker locker(m_section);
+    if (!IsWaitingForLocked(tagTriggerSource::Lxi))
+    {
+        return false;
+    }
+    if (time <= Clock::now())
+    {
+        return Trigger();
+    }
+    m_release = std::min(m_release.value_or(time), time);
+    WakeThread();
+    return true;
+}
+
 void CSweepEngine::SetContinuous(bool on)
 {
     {
@@ -171,18 +193,24 @@ CSweepEngine::SweepPtr CSweepEngine::WaitForSweep()
 {
     for (;;)
     {
+        DWORD waitMs = INFINITE;
         {
             const CCritSectionLocker locker(m_section);
             if (m_bQuit)
             {
                 return nullptr;
             }
+            waitMs = m_release ? RemainingMs(*m_release) : INFINITE;
+            if (waitMs == 0)
+            {
+                PassTriggerLocked();
+            }
             if (m_spSweep && m_phase != tagSweepPhase::WaitingForTrigger)
             {
                 return m_spSweep;
             }
         }
-        WaitForSingleObject(m_wakeEvent.Get(), INFINITE);
+        WaitForSingleObject(m_wakeEvent.Get(), waitMs);
     }
 }
 
@@ -278,16 +306,21 @@ std::optional<CSweepEngine::Clock::time_point> CSweepEngine::EndOfPhase(const Sw
     return m_spSweep == spSweep ? std::optional(m_endOfPhase) : std::nullopt;
 }
 
+bool CSweepEngine::IsWaitingForLocked(tagTriggerSource source) const
+{
+    return m_phase == tagSweepPhase::WaitingForTrigger && m_spSweep->settings.triggerSource == source;
+}
+
 void CSweepEngine::BeginSweepLocked()
 {
     m_spSweep = std::make_shared<const tagSweep>(tagSweep{m_nextSettings, ++m_iStarted});
-    if (m_nextSettings.triggerSource == tagTriggerSource::Bus)
+    if (m_nextSettings.triggerSource == tagTriggerSource::Immediate)
     {
-        EnterPhaseLocked(tagSweepPhase::WaitingForTrigger);
+        PassTriggerLocked();
     }
     else
     {
-        PassTriggerLocked();
+        EnterPhaseLocked(tagSweepPhase::WaitingForTrigger);
     }
 }
 
@@ -321,6 +354,7 @@ CPendingOperation CSweepEngine::EndSweepLocked()
 void CSweepEngine::EnterPhaseLocked(tagSweepPhase phase, Clock::duration duration)
 {
     m_phase = phase;
+    m_release.reset();
     m_endOfPhase = Clock::now() + duration;
     m_status.SetPhase(phase);
 }

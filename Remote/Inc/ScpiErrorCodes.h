@@ -47,6 +47,7 @@ inline constexpr short kScpiTooMuchData = -223;
 inline constexpr short kScpiIllegalParameterValue = -224;
 inline constexpr short kScpiDataCorruptOrStale = -230;
 inline constexpr short kScpiDataQuestionable = -231;
+inline constexpr short kScpiHardwareMissing = -241;
 inline constexpr short kScpiMediaFull = -254;
 inline constexpr short kScpiDirectoryFull = -255;
 inline constexpr short kScpiFileNameNotFound = -256;
