@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CAnalyzerCommands.h"
+#include "CApplicationAccess.h"
 #include "CApplicationRegistration.h"
 
 namespace ZoVelkor::Demo
@@ -14,6 +15,11 @@ public:
     CAnalyzerApplication();
 
     CSweepEngine& Sweeps() { return m_analyzer.Sweeps(); }
+
+    CApplicationAccess<CAnalyzer> Access(const RemoteKernel::CRemoteKernel& kernel)
+    {
+        return {m_analyzer, kernel, m_registration};
+    }
 
 private:
     CAnalyzer m_analyzer;

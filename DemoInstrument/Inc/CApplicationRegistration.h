@@ -23,6 +23,9 @@ public:
     CApplicationRegistration& operator=(const CApplicationRegistration&) = delete;
     ~CApplicationRegistration();
 
+    /// Under which remote control knows the application.
+    GUID Id() const { return m_parser.GetGuid(); }
+
 private:
     CSwplScpiManager m_manager;
     CSwplScpiParser m_parser;

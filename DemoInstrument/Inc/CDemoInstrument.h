@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace ZoVelkor::Demo
@@ -9,6 +10,9 @@ namespace ZoVelkor::Demo
 
 /// The port that raw SCPI over TCP is expected on.
 inline constexpr std::uint16_t kDefaultPort = 5025;
+
+/// The port that LXI events are expected on.
+inline constexpr std::uint16_t kDefaultLxiPort = 5044;
 
 /// What the instrument is.
 enum class tagDemoProfile
@@ -23,6 +27,11 @@ struct tagDemoOptions
     std::string sBindAddress = "127.0.0.1"; ///< an IP address
     std::uint16_t iPort = kDefaultPort;     ///< 0: a free one
     tagDemoProfile eProfile = tagDemoProfile::Analyzer;
+    std::string sRegistryFile{}; ///< database of the registry; empty: the one that the environment names. The
+                               ///< conformance profile keeps nothing
+    std::optional<std::uint16_t> lxiPort{}; ///< UDP and TCP port of LXI events, 0: a free one; null: there are
+                                            ///< none, nor are there in the conformance profile
+    std::uint16_t iLxiMulticastPort = kDefaultLxiPort; ///< 0: the same as lxiPort
 };
 
 /// The whole instrument: remote control, its applications, and the server that clients connect to.
@@ -46,6 +55,14 @@ public:
 
     /// Address and port, as a client writes them.
     std::string Address() const;
+
+    /// The ports of LXI events; 0 without.
+    std::uint16_t LxiPort() const;
+    std::uint16_t LxiMulticastPort() const;
+
+    /// Why there are no LXI events though they were asked for; empty when all is well. The instrument works
+    /// without them.
+    std::string LxiFault() const;
 
 private:
     struct tagParts;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CApplicationAccess.h"
 #include "CApplicationParser.h"
 #include "CApplicationRegistration.h"
 #include "CResetHandler.h"
@@ -21,6 +22,11 @@ public:
               TCommands::Table(),
               CApplicationParser<TCommands, CResetHandler<TInstrument>>::Create(m_commands, m_instrument))
     {}
+
+    CApplicationAccess<TInstrument> Access(const RemoteKernel::CRemoteKernel& kernel)
+    {
+        return {m_instrument, kernel, m_registration};
+    }
 
 private:
     TInstrument m_instrument;

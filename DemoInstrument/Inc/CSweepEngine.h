@@ -109,10 +109,9 @@ private:
     mutable CCritSection m_section;
     SweepPtr m_spSweep ZO_GUARDED_BY(m_section); // null: idle
     tagSweepPhase m_phase ZO_GUARDED_BY(m_section) = tagSweepPhase::Idle;
-    Clock::time_point m_endOfPhase ZO_GUARDED_BY(m_section); // when settling or sweeping
-    std::optional<Clock::time_point>
-        m_release ZO_GUARDED_BY(m_section);                         // when waiting for a trigger; null: open
-    std::optional<Ranges> m_settledRanges ZO_GUARDED_BY(m_section); // null: no sweep has settled
+    Clock::time_point m_endOfPhase ZO_GUARDED_BY(m_section);             // when settling or sweeping
+    std::optional<Clock::time_point> m_release ZO_GUARDED_BY(m_section); // null: no time is known
+    std::optional<Ranges> m_settledRanges ZO_GUARDED_BY(m_section);      // null: no sweep has settled
     CPendingOperation m_operation ZO_GUARDED_BY(m_section);
     tagAnalyzerSettings m_nextSettings ZO_GUARDED_BY(m_section);
     bool m_bContinuous ZO_GUARDED_BY(m_section) = false;

@@ -25,6 +25,10 @@ public:
     /// Opens all.
     void Reset() { m_closed.reset(); }
 
+    /// All switches as a number: bit n - 1 is set when switch n is closed.
+    unsigned long Closed() const { return m_closed.to_ulong(); }
+    void SetClosed(unsigned long closed) { m_closed = closed; }
+
 private:
     static HRESULT ReadSwitches(CCommandExecutionData& record, std::vector<std::size_t>& switches);
 

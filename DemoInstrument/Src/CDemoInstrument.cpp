@@ -1,11 +1,17 @@
 #include "CDemoInstrument.h"
 
 #include "CAnalyzerApplication.h"
+#include "CAnalyzerProperties.h"
 #include "CConformanceCommands.h"
 #include "CGeneratorCommands.h"
+#include "CInstrumentApplication.h"
+#include "CLxiApplication.h"
+#include "CPowerOnStore.h"
 #include "CRemoteKernel.h"
+#include "CRootRegistration.h"
 #include "CTcpServer.h"
 #include "ErrorRaising.h"
+#include "KeptSettings.h"
 
 #include <optional>
 
@@ -16,11 +22,19 @@ namespace
 
 ZO_SOURCE_UNIT("DemoInstrument/Src/CDemoInstrument")
 
-RemoteKernel::tagInstrumentIdentity Identity(tagDemoProfile profile)
+/// What the instrument remembers of its former starts.
+struct tagMemory
 {
-    const char* const model = profile == tagDemoProfile::Analyzer ? "Demo Analyser" : "Demo Conformance";
-    return {"Zo", model, "0", ZO_DEMO_VERSION};
-}
+    explicit tagMemory(const std::string& file) : registry(file)
+    {
+        clock.Load(registry);
+        ApplyDiagnosis(registry);
+    }
+
+    CInstrumentClock clock; // first: nothing can set the machine's clock
+    CInstrumentRegistry registry;
+    CPowerOnStore powerOn{registry};
+};
 
 RemoteKernel::tagTcpServerSettings ServerSettings(const tagDemoOptions& options)
 {
@@ -30,18 +44,59 @@ RemoteKernel::tagTcpServerSettings ServerSettings(const tagDemoOptions& options)
     return settings;
 }
 
+std::optional<RemoteKernel::tagLxiEndpointSettings> LxiSettings(const tagDemoOptions& options)
+{
+    if (!options.lxiPort)
+    {
+        return std::nullopt;
+    }
+    RemoteKernel::tagLxiEndpointSettings settings;
+    settings.sAddress = options.sBindAddress;
+    settings.iPort = *options.lxiPort;
+    settings.iMulticastPort = options.iLxiMulticastPort;
+    return settings;
+}
+
 /// Remote control that applications can find from the moment it is made.
 struct tagStartedKernel
 {
-    explicit tagStartedKernel(tagDemoProfile profile) : kernel(Identity(profile))
+    explicit tagStartedKernel(tagMemory* pMemory)
+        : kernel(pMemory == nullptr
+                     ? RemoteKernel::tagInstrumentIdentity{"Zo", "Demo Conformance", "0", ZO_DEMO_VERSION}
+                     : ReadIdentity(pMemory->registry))
     {
         if (const HRESULT hr = kernel.Start(); FAILED(hr))
         {
             ThrowError(ZO_ERROR(nullptr, "hr == S_OK", "Remote control does not start", hr));
         }
+        if (pMemory != nullptr)
+        {
+            kernel.PowerOn(pMemory->powerOn.Load(), &pMemory->powerOn);
+            ApplyDataFormat(pMemory->registry);
+        }
     }
 
     RemoteKernel::CRemoteKernel kernel;
+};
+
+/// The applications of the measuring instrument and what gives access to their settings.
+struct tagMeasuringInstrument
+{
+    tagMeasuringInstrument(const RemoteKernel::CRemoteKernel& kernel,
+                           tagMemory& memory,
+                           const std::optional<RemoteKernel::tagLxiEndpointSettings>& lxiSettings)
+        : lxi(analyzer.Sweeps(), lxiSettings),
+          instrument(memory.registry, memory.clock, analyzer.Access(kernel), generator.Access(kernel)),
+          properties(
+              IID_IZOScalarPropertyAccess,
+              CComObject<CAnalyzerProperties, IZOScalarPropertyAccess>::Create(analyzer.Access(kernel)))
+    {}
+
+    CAnalyzerApplication analyzer;
+    CGeneratorApplication generator;
+    CLxiApplication lxi;
+    CInstrumentApplication instrument;
+    CRootRegistration properties;
 };
 
 } // namespace
@@ -50,13 +105,15 @@ struct tagStartedKernel
 struct CDemoInstrument::tagParts
 {
     explicit tagParts(const tagDemoOptions& options)
-        : remoteControl(options.eProfile),
+        : memory(options.eProfile == tagDemoProfile::Conformance
+                     ? nullptr
+                     : std::make_unique<tagMemory>(options.sRegistryFile)),
+          remoteControl(memory.get()),
           server(ServerSettings(options))
     {
-        if (options.eProfile == tagDemoProfile::Analyzer)
+        if (memory != nullptr)
         {
-            analyzer.emplace();
-            generator.emplace();
+            measuring.emplace(remoteControl.kernel, *memory, LxiSettings(options));
         }
         else
         {
@@ -65,9 +122,9 @@ struct CDemoInstrument::tagParts
         server.Start();
     }
 
+    std::unique_ptr<tagMemory> memory; // null: nothing is kept
     tagStartedKernel remoteControl;
-    std::optional<CAnalyzerApplication> analyzer;
-    std::optional<CGeneratorApplication> generator;
+    std::optional<tagMeasuringInstrument> measuring;
     std::optional<Conformance::CConformanceApplication> conformance;
     RemoteKernel::CTcpServer server;
 };
@@ -86,6 +143,22 @@ std::uint16_t CDemoInstrument::Port() const
 std::string CDemoInstrument::Address() const
 {
     return m_spParts->server.Endpoint();
+}
+
+std::uint16_t CDemoInstrument::LxiPort() const
+{
+    return m_spParts->measuring ? m_spParts->measuring->lxi.Trigger().Endpoint().Port() : std::uint16_t{0};
+}
+
+std::uint16_t CDemoInstrument::LxiMulticastPort() const
+{
+    return m_spParts->measuring ? m_spParts->measuring->lxi.Trigger().Endpoint().MulticastPort()
+                                : std::uint16_t{0};
+}
+
+std::string CDemoInstrument::LxiFault() const
+{
+    return m_spParts->measuring ? m_spParts->measuring->lxi.Trigger().Fault() : std::string();
 }
 
 } // namespace ZoVelkor::Demo

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include <charconv>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -22,11 +23,37 @@ constexpr int kExitUsage = 2;
 
 constexpr const char* kAnalyzerProfile = "analyzer";
 constexpr const char* kConformanceProfile = "conformance";
+constexpr const char* kNoLxi = "off";
 
 void SayReady(const CDemoInstrument& instrument)
 {
     fmt::print("zo-demo-instrument ready on {} (raw SCPI)\n", instrument.Address());
+    if (!instrument.LxiFault().empty())
+    {
+        fmt::print(stderr, "zo-demo-instrument: no LXI events: {}\n", instrument.LxiFault());
+    }
+    else if (instrument.LxiPort() != 0)
+    {
+        fmt::print("LXI events on port {}, multicast port {}\n",
+                   instrument.LxiPort(),
+                   instrument.LxiMulticastPort());
+    }
     std::fflush(stdout);
+}
+
+/// Sets the port of LXI events from its option; false for what is none.
+bool ReadLxiPort(const std::string& text, tagDemoOptions& options)
+{
+    if (text == kNoLxi)
+    {
+        options.lxiPort.reset();
+        return true;
+    }
+    std::uint16_t port = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, fault] = std::from_chars(text.data(), end, port);
+    options.lxiPort = port;
+    return fault == std::errc() && stop == end;
 }
 
 void PrepareProcess() noexcept
@@ -74,6 +101,18 @@ int main(int argc, char** argv)
         ->capture_default_str();
     app.add_option("--bind", options.sBindAddress, "IP address to listen on; 0.0.0.0 for all")
         ->capture_default_str();
+    app.add_option("--registry", options.sRegistryFile, "Database file of what the instrument remembers");
+    options.lxiPort = kDefaultLxiPort;
+    app.add_option_function<std::string>(
+           "--lxi-port",
+           [&options](const std::string& text) {
+               if (!ReadLxiPort(text, options))
+               {
+                   throw CLI::ValidationError("--lxi-port", "a port, or \"off\"");
+               }
+           },
+           "UDP and TCP port of LXI events; 0 takes a free one, \"off\" has none. Multicast stays at 5044")
+        ->default_str(std::to_string(kDefaultLxiPort));
     app.set_version_flag("--version", "zo-demo-instrument " ZO_DEMO_VERSION);
     try
     {

@@ -63,8 +63,8 @@ public:
     /// @return as UnregisterObject
     HRESULT Unregister(IUnknown* pObject, long remotePath = tagApplicationParts::kAllPaths);
 
-    /// @return the application whose parser, plug-in or device handler this is; null when there is none
-    std::shared_ptr<CApplication> FindApplication(IUnknown* pObject);
+    /// @return the application of this identifier; null when there is none
+    std::shared_ptr<CApplication> FindApplication(const GUID& id) const;
 
     /// Tells the applications that a remote path has ended.
     void ReleaseEngines(long remotePath) noexcept;

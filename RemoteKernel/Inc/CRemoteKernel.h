@@ -59,14 +59,13 @@ public:
         m_parts.spStatus->PowerOn(status, pStore);
     }
 
-    /// Finds an application, for work on its state beside its commands: CApplication::RunBetweenCommands. Not
-    /// from inside a handler.
+    /// Finds an application, for work on its state beside its commands: CApplication::RunBetweenCommands.
     ///
-    /// @param pParser  the object that it was registered with
+    /// @param id  that it is unregistered with
     /// @return null when there is none
-    std::shared_ptr<CApplication> FindApplication(IUnknown* pParser) const
+    std::shared_ptr<CApplication> FindApplication(const GUID& id) const
     {
-        return m_parts.spRegistry->FindApplication(pParser);
+        return m_parts.spRegistry->FindApplication(id);
     }
 
     /// Services by interface; borrowed, as long as the kernel lives.

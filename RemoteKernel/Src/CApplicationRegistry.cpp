@@ -209,14 +209,13 @@ bool CApplicationRegistry::IsRegistered(const tagApplicationParts& parts) const
     });
 }
 
-std::shared_ptr<CApplication> CApplicationRegistry::FindApplication(IUnknown* pObject)
+std::shared_ptr<CApplication> CApplicationRegistry::FindApplication(const GUID& id) const
 {
-    CComPtr<IUnknown> spObject;
-    static_cast<void>(CComPtr<IUnknown>(pObject).QueryInterface(&spObject));
-    const std::lock_guard changeLock(m_changeMutex);
-    const auto& applications = m_spCurrent->applications;
-    const auto found = std::find_if(applications.begin(), applications.end(), [&](const auto& spOther) {
-        return spObject != nullptr && spOther->Parts().spRegistered == spObject;
+    std::uint64_t generation = 0;
+    const std::shared_ptr<const tagApplicationSet> spSet = Current(generation);
+    const auto& applications = spSet->applications;
+    const auto found = std::find_if(applications.begin(), applications.end(), [&id](const auto& spOther) {
+        return !spOther->IsBuiltIn() && spOther->Parts().id == id;
     });
     return found == applications.end() ? nullptr : *found;
 }

@@ -94,7 +94,8 @@ void DemoFixture::ExpectConversations(std::span<const tagConversation> rows)
 
 void DemoFixture::Start()
 {
-    m_instrument = std::make_unique<CDemoInstrument>(tagDemoOptions{"127.0.0.1", 0, m_profile});
+    m_instrument =
+        std::make_unique<CDemoInstrument>(tagDemoOptions{"127.0.0.1", 0, m_profile, m_registry.File()});
     m_client.emplace(m_instrument->Port());
 }
 

@@ -2,6 +2,7 @@
 
 #include "CDemoInstrument.h"
 #include "CScpiClient.h"
+#include "CTemporaryRegistry.h"
 
 #include <gtest/gtest.h>
 
@@ -59,6 +60,7 @@ protected:
 private:
     void Start();
 
+    const CTemporaryRegistry m_registry;
     const tagDemoProfile m_profile;
     std::unique_ptr<CDemoInstrument> m_instrument;
     std::optional<CScpiClient> m_client;

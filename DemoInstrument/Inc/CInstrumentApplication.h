@@ -1,0 +1,26 @@
+#pragma once
+
+#include "CApplicationRegistration.h"
+#include "CInstrumentCommands.h"
+
+namespace ZoVelkor::Demo
+{
+
+/// The application "instrument": what belongs to the whole instrument and outlives its power-off.
+class CInstrumentApplication
+{
+public:
+    /// @param registry, clock  borrowed
+    /// @throws CShellError when remote control is missing or refuses the application
+    CInstrumentApplication(const CInstrumentRegistry& registry,
+                           CInstrumentClock& clock,
+                           const CApplicationAccess<CAnalyzer>& analyzer,
+                           const CApplicationAccess<CGenerator>& generator);
+
+private:
+    tagInstrumentParts m_instrument;
+    CInstrumentCommands m_commands{m_instrument};
+    CApplicationRegistration m_registration; // last: it goes before what the handlers use
+};
+
+} // namespace ZoVelkor::Demo
