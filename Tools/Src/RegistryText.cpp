@@ -335,10 +335,11 @@ std::string PathText(const tagRegistryPath& path)
 {
     const auto* root = std::ranges::find(kRoots, path.root, &tagRoot::key);
     std::string text = root == std::end(kRoots) ? "?" : Utf8Text(root->name);
-    CPathSplitter names(path.keys, L"\\");
-    while (!names.IsAtEnd())
+    for (std::wstring_view rest = path.keys; !rest.empty();)
     {
-        text += '\\' + KeyNameText(names.TakeName());
+        const std::size_t length = std::min(rest.find(L'\\'), rest.size());
+        text += '\\' + KeyNameText(rest.substr(0, length));
+        rest.remove_prefix(std::min(length + 1, rest.size()));
     }
     return text;
 }

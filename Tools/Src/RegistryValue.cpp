@@ -127,6 +127,21 @@ std::string NameOfType(DWORD type)
                                                                   : fmt::format("type {}", type);
 }
 
+unsigned DigitOf(wchar_t character)
+{
+    if (character >= L'0' && character <= L'9')
+    {
+        return static_cast<unsigned>(character - L'0');
+    }
+    constexpr wchar_t kCaseBit = 0x20;
+    const wchar_t letter = character | kCaseBit;
+    if (letter < L'a' || letter > L'f')
+    {
+        throw CTextFault(fmt::format("{} is no hexadecimal digit", QuotedText({&character, 1})));
+    }
+    return static_cast<unsigned>(letter - L'a') + 10;
+}
+
 /// Fills in what stands behind the name of a value.
 struct tagDescription
 {
@@ -256,16 +271,6 @@ std::vector<BYTE> NumberData(std::wstring_view text, const tagValueType& type)
 
 void AppendBytes(std::vector<BYTE>& data, std::wstring_view text)
 {
-    const auto digitOf = [](wchar_t character) -> unsigned {
-        constexpr std::wstring_view kDigits = L"0123456789abcdef0123456789ABCDEF";
-        const std::size_t place = kDigits.find(character);
-        if (place == std::wstring_view::npos)
-        {
-            throw CTextFault(
-                fmt::format("{} is no hexadecimal digit", QuotedText(std::wstring(1, character))));
-        }
-        return place % 16;
-    };
     while (!text.empty())
     {
         if (text.front() == L' ')
@@ -273,22 +278,25 @@ void AppendBytes(std::vector<BYTE>& data, std::wstring_view text)
             text.remove_prefix(1);
             continue;
         }
-        const unsigned high = digitOf(text.front());
+        const unsigned high = DigitOf(text.front());
         if (text.size() < 2)
         {
             throw CTextFault("the last byte has one digit only");
         }
-        data.push_back(static_cast<BYTE>(high * 16 + digitOf(text[1])));
+        data.push_back(static_cast<BYTE>(high * 16 + DigitOf(text[1])));
         text.remove_prefix(2);
     }
 }
 
 std::string HexText(std::span<const BYTE> bytes)
 {
+    constexpr const char* kDigits = "0123456789abcdef";
     std::string text;
+    text.reserve(3 * bytes.size());
     for (const BYTE byte : bytes)
     {
-        fmt::format_to(std::back_inserter(text), "{}{:02x}", text.empty() ? "" : " ", byte);
+        text += text.empty() ? "" : " ";
+        text += {kDigits[byte / 16], kDigits[byte % 16]};
     }
     return text;
 }
