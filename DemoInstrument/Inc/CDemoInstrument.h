@@ -28,9 +28,9 @@ struct tagDemoOptions
     std::uint16_t iPort = kDefaultPort;     ///< 0: a free one
     tagDemoProfile eProfile = tagDemoProfile::Analyzer;
     std::string sRegistryFile{}; ///< database of the registry; empty: the one that the environment names. The
-                               ///< conformance profile keeps nothing
-    std::optional<std::uint16_t> lxiPort{}; ///< UDP and TCP port of LXI events, 0: a free one; null: there are
-                                            ///< none, nor are there in the conformance profile
+                                 ///< conformance profile keeps nothing
+    std::optional<std::uint16_t> lxiPort{}; ///< UDP and TCP port of LXI events, 0: a free one; null: there
+                                            ///< are none, nor are there in the conformance profile
     std::uint16_t iLxiMulticastPort = kDefaultLxiPort; ///< 0: the same as lxiPort
 };
 

@@ -12,10 +12,7 @@ class CInstrumentApplication
 public:
     /// @param registry, clock  borrowed
     /// @throws CShellError when remote control is missing or refuses the application
-    CInstrumentApplication(const CInstrumentRegistry& registry,
-                           CInstrumentClock& clock,
-                           const CApplicationAccess<CAnalyzer>& analyzer,
-                           const CApplicationAccess<CGenerator>& generator);
+    CInstrumentApplication(const CInstrumentRegistry& registry, CInstrumentClock& clock, CSavedStates states);
 
 private:
     tagInstrumentParts m_instrument;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CApplicationAccess.h"
 #include "CApplicationRegistration.h"
 #include "CLxiCommands.h"
 
@@ -17,6 +18,11 @@ public:
                     const std::optional<RemoteKernel::tagLxiEndpointSettings>& settings);
 
     CLxiTrigger& Trigger() { return m_trigger; }
+
+    CApplicationAccess<CLxiTrigger> Access(const RemoteKernel::CRemoteKernel& kernel)
+    {
+        return {m_trigger, kernel, m_registration};
+    }
 
 private:
     CLxiTrigger m_trigger;

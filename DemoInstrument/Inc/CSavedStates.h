@@ -5,6 +5,7 @@
 #include "InstrumentState.h"
 
 #include <string>
+#include <utility>
 
 namespace ZoVelkor::Demo
 {
@@ -18,20 +19,22 @@ struct tagStateError
     std::string detail;
 };
 
-/// The saved states of analyser and generator, in the registry.
+/// The saved states of the measuring applications, in the registry.
 ///
-/// No command of either runs while a state is read or put in force. Threads: one at a time, and not from
-/// inside a command of either.
+/// None of their commands runs while a state is read or put in force. Threads: one at a time, and not from
+/// inside one of their commands.
 class CSavedStates
 {
 public:
     /// @param registry  borrowed
     CSavedStates(const CInstrumentRegistry& registry,
                  CApplicationAccess<CAnalyzer> analyzer,
-                 CApplicationAccess<CGenerator> generator)
+                 CApplicationAccess<CGenerator> generator,
+                 CApplicationAccess<CLxiTrigger> lxi)
         : m_registry(registry),
           m_analyzer(std::move(analyzer)),
-          m_generator(std::move(generator))
+          m_generator(std::move(generator)),
+          m_lxi(std::move(lxi))
     {}
 
     /// @param number  0 to kSavedStateCount - 1
@@ -44,11 +47,12 @@ public:
 
 private:
     template <class TWork>
-    HRESULT RunOnBoth(TWork&& work);
+    HRESULT RunOnAll(TWork&& work);
 
     const CInstrumentRegistry& m_registry;
     CApplicationAccess<CAnalyzer> m_analyzer;
     CApplicationAccess<CGenerator> m_generator;
+    CApplicationAccess<CLxiTrigger> m_lxi;
 };
 
 } // namespace ZoVelkor::Demo

@@ -2,8 +2,10 @@
 
 #include "CAnalyzer.h"
 #include "CGenerator.h"
+#include "CLxiTrigger.h"
 #include "CStateText.h"
 
+#include <array>
 #include <string>
 
 namespace ZoVelkor::Demo
@@ -17,13 +19,16 @@ struct tagInstrumentState
     CSwitchBoard switches;
     std::string displayText;
     CGenerator generator;
+    std::array<tagLanSettings, kLanEventCount> lan{};
 };
 
 /// Names every value of a state, with its limits.
 void Describe(CStateText& text, tagInstrumentState& state);
 
-/// Reads the analyser's part of a state; puts it in force, without a sweep at hand.
+/// Reads a part of a state, or puts it in force; the sweep at hand is aborted then.
 void ReadState(CAnalyzer& analyzer, tagInstrumentState& state);
 void PutState(CAnalyzer& analyzer, const tagInstrumentState& state);
+void ReadState(const CLxiTrigger& trigger, tagInstrumentState& state);
+void PutState(CLxiTrigger& trigger, const tagInstrumentState& state);
 
 } // namespace ZoVelkor::Demo

@@ -46,7 +46,7 @@ constexpr tagPropertyRow kRows[] = {
      .count = 0,
      .type = VT_I4,
      .word = &kTriggerSource,
-     .lastWord = static_cast<long>(tagTriggerSource::Bus)},
+     .lastWord = static_cast<long>(tagTriggerSource::Lxi)},
     {.name = "Marker", .count = kMarkerCount,                       .type = VT_R8,                       .number = &kMarkerX                           },
 };
 

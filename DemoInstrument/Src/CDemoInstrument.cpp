@@ -86,7 +86,10 @@ struct tagMeasuringInstrument
                            tagMemory& memory,
                            const std::optional<RemoteKernel::tagLxiEndpointSettings>& lxiSettings)
         : lxi(analyzer.Sweeps(), lxiSettings),
-          instrument(memory.registry, memory.clock, analyzer.Access(kernel), generator.Access(kernel)),
+          instrument(
+              memory.registry,
+              memory.clock,
+              {memory.registry, analyzer.Access(kernel), generator.Access(kernel), lxi.Access(kernel)}),
           properties(
               IID_IZOScalarPropertyAccess,
               CComObject<CAnalyzerProperties, IZOScalarPropertyAccess>::Create(analyzer.Access(kernel)))

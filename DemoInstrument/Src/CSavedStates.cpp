@@ -15,12 +15,14 @@ constexpr HRESULT kInvalidData = HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
 } // namespace
 
 template <class TWork>
-HRESULT CSavedStates::RunOnBoth(TWork&& work)
+HRESULT CSavedStates::RunOnAll(TWork&& work)
 {
     return m_analyzer.Run([&](CAnalyzer& analyzer) {
-        return m_generator.Run([&](CGenerator& generator) -> HRESULT {
-            work(analyzer, generator);
-            return S_OK;
+        return m_generator.Run([&](CGenerator& generator) {
+            return m_lxi.Run([&](CLxiTrigger& lxi) -> HRESULT {
+                work(analyzer, generator, lxi);
+                return S_OK;
+            });
         });
     });
 }
@@ -28,8 +30,9 @@ HRESULT CSavedStates::RunOnBoth(TWork&& work)
 tagStateError CSavedStates::Save(long number)
 {
     tagInstrumentState state;
-    HRESULT hr = RunOnBoth([&state](CAnalyzer& analyzer, const CGenerator& generator) {
+    HRESULT hr = RunOnAll([&state](CAnalyzer& analyzer, const CGenerator& generator, const CLxiTrigger& lxi) {
         ReadState(analyzer, state);
+        ReadState(lxi, state);
         state.generator = generator;
     });
     if (SUCCEEDED(hr))
@@ -62,7 +65,8 @@ tagStateError CSavedStates::Recall(long number)
     {
         return {kScpiSaveRecallMemoryLost, fmt::format("State {}: {}", number, text.Fault())};
     }
-    const HRESULT result = RunOnBoth([&state](CAnalyzer& analyzer, CGenerator& generator) {
+    const HRESULT result = RunOnAll([&state](CAnalyzer& analyzer, CGenerator& generator, CLxiTrigger& lxi) {
+        PutState(lxi, state);
         PutState(analyzer, state);
         generator = std::move(state.generator);
     });

@@ -72,6 +72,12 @@ void Describe(CStateText& text, tagInstrumentState& state)
     {
         Describe(text, "source" + std::to_string(i + 1) + '.', state.generator.sources[i]);
     }
+    for (std::size_t i = 0; i < kLanEventCount; ++i)
+    {
+        const std::string name = "lan" + std::to_string(i) + '.';
+        text.Flag(name + "enabled", state.lan[i].bEnabled);
+        text.Value(name + "delay", state.lan[i].delayS, 0, kMaxLxiDelayS);
+    }
     text.Value("brightness", state.generator.brightness, kBrightness.minimum, kBrightness.maximum);
 }
 
@@ -91,6 +97,22 @@ void PutState(CAnalyzer& analyzer, const tagInstrumentState& state)
     analyzer.Apply(state.settings);
     analyzer.Switches() = state.switches;
     analyzer.Sweeps().SetContinuous(state.bContinuous);
+}
+
+void ReadState(const CLxiTrigger& trigger, tagInstrumentState& state)
+{
+    for (std::size_t i = 0; i < kLanEventCount; ++i)
+    {
+        state.lan[i] = trigger.Get(static_cast<long>(i));
+    }
+}
+
+void PutState(CLxiTrigger& trigger, const tagInstrumentState& state)
+{
+    for (std::size_t i = 0; i < kLanEventCount; ++i)
+    {
+        trigger.Put(static_cast<long>(i), state.lan[i]);
+    }
 }
 
 } // namespace ZoVelkor::Demo
