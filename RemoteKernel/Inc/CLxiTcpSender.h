@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <unistd.h>
 
@@ -31,6 +32,11 @@ public:
     /// @return S_OK; E_INVALIDARG for a packet that no message can be made of; E_FAIL when the connection is
     /// over, which it then stays
     HRESULT Send(CLxiLanPacket& packet);
+
+    /// Sends a written message.
+    ///
+    /// @return S_OK; E_FAIL when the connection is over, which it then stays
+    HRESULT Send(std::span<const std::uint8_t> message);
 
 private:
     CUniqueHandle<&::close, int, -1> m_socket;

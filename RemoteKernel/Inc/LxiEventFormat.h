@@ -33,7 +33,9 @@ enum class tagLxiMessageState
 struct tagLxiMessageExtent
 {
     tagLxiMessageState state;
-    std::size_t size = 0; ///< of the message, when it is complete
+    std::size_t size = 0;       ///< of the message, when it is complete
+    const char* fault = "";     ///< what is wrong or missing, when it is not
+    std::size_t faultPlace = 0; ///< offset of the fault
 };
 
 /// Finds the end of the message that bytes begin with. Nanoseconds of a second or more, or a length above
@@ -54,6 +56,9 @@ bool DecodeLxiMessage(std::span<const std::uint8_t> bytes, CLxiLanPacket& packet
 /// nothing, which would end the message
 /// @throws std::bad_alloc
 std::vector<std::uint8_t> EncodeLxiMessage(CLxiLanPacket& packet);
+
+/// Gives a written message another sequence number.
+void SetLxiSequenceNumber(std::span<std::uint8_t> message, std::uint32_t number) noexcept;
 
 /// Marks a written message as sent once more.
 void MarkLxiRetransmission(std::span<std::uint8_t> message) noexcept;

@@ -56,10 +56,11 @@ CLxiTcpSender::CLxiTcpSender(const std::string& address, std::uint16_t port)
 HRESULT CLxiTcpSender::Send(CLxiLanPacket& packet)
 {
     const std::vector<std::uint8_t> message = EncodeLxiMessage(packet);
-    if (message.empty())
-    {
-        return E_INVALIDARG;
-    }
+    return message.empty() ? E_INVALIDARG : Send(std::span(message));
+}
+
+HRESULT CLxiTcpSender::Send(std::span<const std::uint8_t> message)
+{
     std::span<const std::uint8_t> rest = message;
     while (m_socket && !rest.empty())
     {

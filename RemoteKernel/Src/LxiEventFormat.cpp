@@ -13,6 +13,8 @@ namespace
 
 using Bytes = std::span<const std::uint8_t>;
 
+constexpr std::size_t kSequenceNumberOffset = 20;
+constexpr std::size_t kSequenceNumberSize = 4;
 constexpr std::size_t kNanoSecondOffset = 28;
 constexpr std::size_t kFlagOffset = 36;
 constexpr std::size_t kHeaderSize = 38;
@@ -22,6 +24,7 @@ static_assert(kHeaderSize + kLengthSize == kMinLxiMessageSize);
 constexpr std::uint32_t kNanoSecondsPerSecond = 1'000'000'000;
 constexpr std::uint32_t kMaxFieldSize = 0xFFFF;
 constexpr std::uint8_t kRetransmissionFlag = 2;
+static_assert(kMaxLxiMessageSize == 8192, "stands in a message");
 
 /// What a message begins with; hardware may write the third byte of the mark.
 constexpr std::string_view kMark = "LX";
@@ -99,33 +102,39 @@ bool AppendFields(const CLxiLanPacket& packet, std::vector<std::uint8_t>& messag
 
 tagLxiMessageExtent MeasureLxiMessage(Bytes bytes) noexcept
 {
+    using State = tagLxiMessageState;
     if (!HasMark(bytes))
     {
-        return {tagLxiMessageState::Malformed};
+        return {State::Malformed, 0, "it does not begin with LX"};
     }
     if (bytes.size() < kHeaderSize)
     {
-        return {tagLxiMessageState::Incomplete};
+        return {State::Incomplete, 0, "the header is cut off", bytes.size()};
     }
     if (Number(bytes, kNanoSecondOffset, 4) >= kNanoSecondsPerSecond)
     {
-        return {tagLxiMessageState::Malformed};
+        return {State::Malformed, 0, "the nanoseconds are a second or more", kNanoSecondOffset};
     }
-    std::size_t end = kMinLxiMessageSize;
-    while (end <= bytes.size())
+    std::size_t length = kHeaderSize; // place of a length
+    while (length + kLengthSize <= bytes.size())
     {
-        const std::size_t size = Number(bytes, end - kLengthSize, kLengthSize);
+        const std::size_t size = Number(bytes, length, kLengthSize);
         if (size == 0)
         {
-            return {tagLxiMessageState::Complete, end};
+            return {State::Complete, length + kLengthSize};
         }
-        end += kIdentifierSize + size + kLengthSize;
-        if (end > kMaxLxiMessageSize)
+        const std::size_t next = length + kLengthSize + kIdentifierSize + size;
+        if (next + kLengthSize > kMaxLxiMessageSize)
         {
-            return {tagLxiMessageState::Malformed};
+            return {State::Malformed, 0, "the data field makes the message longer than 8192 bytes", length};
         }
+        if (next > bytes.size())
+        {
+            return {State::Incomplete, 0, "the data field is cut off", length};
+        }
+        length = next;
     }
-    return {tagLxiMessageState::Incomplete};
+    return {State::Incomplete, 0, "the end mark is missing", bytes.size()};
 }
 
 bool DecodeLxiMessage(Bytes bytes, CLxiLanPacket& packet)
@@ -163,6 +172,14 @@ std::vector<std::uint8_t> EncodeLxiMessage(CLxiLanPacket& packet)
     const std::unique_ptr<unsigned char[]> owner(stream);
     std::copy_n(stream, kHeaderSize, message.begin());
     return message;
+}
+
+void SetLxiSequenceNumber(std::span<std::uint8_t> message, std::uint32_t number) noexcept
+{
+    for (std::size_t i = kSequenceNumberSize; i != 0; --i, number >>= 8U)
+    {
+        message[kSequenceNumberOffset + i - 1] = static_cast<std::uint8_t>(number);
+    }
 }
 
 void MarkLxiRetransmission(std::span<std::uint8_t> message) noexcept
