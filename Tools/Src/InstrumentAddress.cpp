@@ -18,7 +18,6 @@ namespace
 constexpr std::string_view kInterface = "TCPIP";
 constexpr std::string_view kSeparator = "::";
 constexpr std::string_view kClass = "::SOCKET";
-constexpr const char* kDefaultPort = "5025";
 
 bool IsEqualNoCase(std::string_view left, std::string_view right)
 {
@@ -101,7 +100,7 @@ std::optional<tagInstrumentAddress> ParseInstrumentAddress(const std::string& te
     return address;
 }
 
-tagInstrumentAddress TakeInstrumentAddress(const std::string& text)
+tagInstrumentAddress TakeInstrumentAddress(const std::string& text, const std::string& defaultPort)
 {
     if (auto address = ParseInstrumentAddress(text))
     {
@@ -109,7 +108,7 @@ tagInstrumentAddress TakeInstrumentAddress(const std::string& text)
     }
     if (const auto host = HostOf(text))
     {
-        return {*host, kDefaultPort};
+        return {*host, defaultPort};
     }
     throw CToolError(tagExitCode::Usage,
                      fmt::format("{}: neither TCPIP::host::port::SOCKET nor host:port", text));

@@ -23,9 +23,10 @@ struct tagInstrumentAddress
 /// @throws CToolError (Usage) for an address that begins like the first form and is not of that form
 std::optional<tagInstrumentAddress> ParseInstrumentAddress(const std::string& text);
 
-/// The same where nothing but an address can stand: without a port it is 5025, the usual one for raw SCPI.
+/// The same where nothing but an address can stand.
 ///
+/// @param defaultPort  when the text has none; unless given, the usual one for raw SCPI
 /// @throws CToolError (Usage)
-tagInstrumentAddress TakeInstrumentAddress(const std::string& text);
+tagInstrumentAddress TakeInstrumentAddress(const std::string& text, const std::string& defaultPort = "5025");
 
 } // namespace ZoVelkor::Tools

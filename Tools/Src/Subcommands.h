@@ -21,4 +21,7 @@ void AddScpiCommands(CLI::App& tool, tagExitCode& result);
 /// `zo registry`: reads, writes and watches the registry.
 void AddRegistryCommands(CLI::App& tool, tagExitCode& result);
 
+/// `zo lxi`: sends, receives and decodes LXI events.
+void AddLxiCommands(CLI::App& tool, tagExitCode& result);
+
 } // namespace ZoVelkor::Tools

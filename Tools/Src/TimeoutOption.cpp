@@ -21,12 +21,12 @@ std::string FindTimeoutFault(const std::string& text)
 
 } // namespace
 
-void AddTimeoutOption(CLI::App& command, double& seconds)
+CLI::Option& AddTimeoutOption(CLI::App& command, double& seconds)
 {
-    command.add_option("--timeout", seconds, "Longest wait for an instrument, in seconds")
-        ->type_name("SECONDS")
-        ->check(CLI::Validator(FindTimeoutFault, "0.001 to 86400"))
-        ->capture_default_str();
+    return *command.add_option("--timeout", seconds, "Longest wait for an instrument, in seconds")
+                ->type_name("SECONDS")
+                ->check(CLI::Validator(FindTimeoutFault, "0.001 to 86400"))
+                ->capture_default_str();
 }
 
 std::chrono::milliseconds Milliseconds(double seconds)

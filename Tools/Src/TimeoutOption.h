@@ -10,7 +10,7 @@ namespace ZoVelkor::Tools
 inline constexpr double kDefaultTimeoutSeconds = 10.0;
 
 /// Adds `--timeout SECONDS` to a command that talks to an instrument.
-void AddTimeoutOption(CLI::App& command, double& seconds);
+CLI::Option& AddTimeoutOption(CLI::App& command, double& seconds);
 
 std::chrono::milliseconds Milliseconds(double seconds);
 

@@ -18,7 +18,8 @@ namespace
 using namespace ZoVelkor::Tools;
 
 /// A further subcommand is one more row.
-constexpr AddSubcommand kSubcommands[] = {AddTableCommands, AddScpiCommands, AddRegistryCommands};
+constexpr AddSubcommand kSubcommands[] = {
+    AddTableCommands, AddScpiCommands, AddRegistryCommands, AddLxiCommands};
 
 constexpr const char* kFooter =
     "Exit codes: 0 success; 1 what was asked for failed (damaged table, no such key, "
