@@ -43,13 +43,21 @@ protected:
     CScpiClient& Client() { return *m_client; }
     CScpiClient Connect() const { return CScpiClient(m_instrument->Port()); }
 
-    /// Ends the instrument with its client and starts another.
-    void Restart()
+    /// Ends the instrument with its client; its registry is that of this process still.
+    void Stop()
     {
         m_client.reset();
         m_instrument.reset();
+        m_registry.Use();
+    }
+    void Start();
+    /// Ends the instrument with its client and starts another on the same registry.
+    void Restart()
+    {
+        Stop();
         Start();
     }
+    std::string RegistryFile() const { return m_registry.File(); }
 
     /// Takes the oldest error of the client's session; 0 when there is none.
     int NextError();
@@ -58,8 +66,6 @@ protected:
     void ExpectConversations(std::span<const tagConversation> rows);
 
 private:
-    void Start();
-
     const CTemporaryRegistry m_registry;
     const tagDemoProfile m_profile;
     std::unique_ptr<CDemoInstrument> m_instrument;

@@ -34,7 +34,7 @@ protected:
     }
 
     const Demo::CDemoInstrument m_instrument{
-        {"127.0.0.1", 0}
+        {.iPort = 0, .sRegistryFile = (Folder() / "registry.db").string()}
     };
 };
 
