@@ -10,7 +10,7 @@
 //
 // All processes of a user share it. It lies in the database file $ZO_REGISTRY, else
 // $XDG_STATE_HOME/zosoftwareplatform/registry.db, where ~/.local/state stands for an unset or relative
-// XDG_STATE_HOME. The file and its folder are made at the first use.
+// XDG_STATE_HOME. The file and its folder are made at the first use, for their user alone.
 //
 // Every change is one transaction: it is done as a whole or not at all, whatever becomes of the process, and
 // other processes see it as soon as the call returns. What the system has not yet written out when the power

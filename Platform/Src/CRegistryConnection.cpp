@@ -44,11 +44,10 @@ PRAGMA user_version = 1;
 )sql";
 
 #define ZO_TREE_BELOW                                                                                        \
-    "WITH RECURSIVE tree(id) AS (VALUES (?1) UNION ALL "                                                     \
+    "WITH RECURSIVE tree(id) AS (VALUES (?1) UNION "                                                         \
     "SELECT keys.id FROM keys JOIN tree ON keys.parent = tree.id) "
-#define ZO_VALUE_COLUMNS                                                                                     \
-    "SELECT (SELECT max(sequence) FROM changes), folded, name, type, data FROM \"values\" WHERE key = ?1 "
-#define ZO_KEY_COLUMNS "SELECT (SELECT max(sequence) FROM changes), folded, name FROM keys WHERE parent = ?1 "
+#define ZO_VALUE_COLUMNS "SELECT folded, name, type, data FROM \"values\" WHERE key = ?1 "
+#define ZO_KEY_COLUMNS "SELECT folded, name, 0, NULL FROM keys WHERE parent = ?1 "
 
 /// In the order of tagRegistrySql.
 constexpr const char* kStatements[] = {
@@ -73,15 +72,13 @@ constexpr const char* kStatements[] = {
     "INSERT INTO changes (key, kind) VALUES (?1, ?2)",
     "DELETE FROM changes WHERE sequence < ?1",
     "SELECT key, kind FROM changes WHERE sequence > ?1 ORDER BY sequence",
-    "SELECT (SELECT max(sequence) FROM changes), EXISTS (SELECT 1 FROM keys WHERE id = ?1), "
+    "SELECT EXISTS (SELECT 1 FROM keys WHERE id = ?1), "
     "k.n, k.name, v.n, v.name, v.data "
     "FROM (SELECT count(*) n, max(length(name)) name FROM keys WHERE parent = ?1) k, "
     "(SELECT count(*) n, max(length(name)) name, max(length(data)) data FROM \"values\" WHERE key = ?1) v",
-    ZO_VALUE_COLUMNS "AND folded >= ?2 ORDER BY folded LIMIT 1",
-    ZO_VALUE_COLUMNS "AND folded > ?2 ORDER BY folded LIMIT 1",
+    ZO_VALUE_COLUMNS "AND folded > ?2 ORDER BY folded",
     ZO_VALUE_COLUMNS "ORDER BY folded LIMIT 1 OFFSET ?2",
-    ZO_KEY_COLUMNS "AND folded >= ?2 ORDER BY folded LIMIT 1",
-    ZO_KEY_COLUMNS "AND folded > ?2 ORDER BY folded LIMIT 1",
+    ZO_KEY_COLUMNS "AND folded > ?2 ORDER BY folded",
     ZO_KEY_COLUMNS "ORDER BY folded LIMIT 1 OFFSET ?2",
     "PRAGMA wal_checkpoint(FULL)",
 };
@@ -198,6 +195,35 @@ CRegistryStatement CRegistryConnection::Use(tagRegistrySql sql)
         statement = Compile(kStatements[index]);
     }
     return CRegistryStatement(statement.get());
+}
+
+std::optional<RegistryCommitMark> CRegistryConnection::CommitMark() const noexcept
+{
+    // The index begins with two copies of its header, which is written anew at each commit, with a counter
+    // and a checksum: one is the mark. See "WAL-Index Format" of SQLite's documentation.
+    constexpr std::uint32_t kFormat = 3007000;
+    constexpr int kRegionSize = 32768;
+    sqlite3_file* file = nullptr;
+    sqlite3_file_control(m_database.get(), "main", SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&file));
+    volatile void* region = nullptr;
+    if (file != nullptr && file->pMethods != nullptr && file->pMethods->iVersion >= 2)
+    {
+        file->pMethods->xShmMap(file, 0, kRegionSize, 0, &region);
+    }
+    if (region == nullptr)
+    {
+        return std::nullopt;
+    }
+    std::array<RegistryCommitMark, 2> copies{};
+    const auto* word = static_cast<const volatile std::uint32_t*>(region);
+    for (RegistryCommitMark& copy : copies)
+    {
+        for (std::uint32_t& target : copy)
+        {
+            target = *word++;
+        }
+    }
+    return copies[0] == copies[1] && copies[0][0] == kFormat ? std::optional(copies[0]) : std::nullopt;
 }
 
 void CRegistryConnection::Execute(const char* sql)

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <span>
 #include <sqlite3.h>
 #include <string>
@@ -32,11 +34,9 @@ enum class tagRegistrySql : std::size_t
     TrimChanges,
     ChangesSince,
     KeyInfo,
-    ValueFrom,
-    ValueAfter,
+    ValuesAfter,
     ValueAt,
-    KeyFrom,
-    KeyAfter,
+    KeysAfter,
     KeyAt,
     Checkpoint,
     Count
@@ -87,6 +87,10 @@ private:
     int m_bound = 0;
 };
 
+/// State of a database: every commit of every process changes it, and it does not come back while a
+/// connection of this process stays open.
+using RegistryCommitMark = std::array<std::uint32_t, 12>;
+
 /// Connection to the registry's database. Belongs to one thread at a time.
 class CRegistryConnection
 {
@@ -115,6 +119,11 @@ public:
         (statement.Bind(values), ...);
         statement.Step();
     }
+
+    /// Looks at the index of the log, which all processes have in their memory: costs no system call.
+    ///
+    /// @return nothing while a commit is under way, and when the database has no log
+    [[nodiscard]] std::optional<RegistryCommitMark> CommitMark() const noexcept;
 
     /// Rows that the last statement changed.
     [[nodiscard]] int ChangedRows() const noexcept { return sqlite3_changes(m_database.get()); }

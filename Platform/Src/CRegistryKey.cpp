@@ -56,6 +56,9 @@ std::int64_t MakePath(CRegistryConnection& connection, std::int64_t id, Names pa
     return id;
 }
 
+/// Bytes of names and data that an open key reads ahead; a larger value stands alone and is not kept.
+constexpr std::size_t kPageSize = 8192;
+
 DWORD ToDword(std::int64_t value) noexcept
 {
     return static_cast<DWORD>(value);
@@ -270,81 +273,109 @@ DWORD CRegistryKey::DeleteValue(const wchar_t* name) const
 DWORD CRegistryKey::QueryInfo(tagRegistryKeyInfo& info)
 {
     return m_store->Read([&](CRegistryConnection& connection) -> DWORD {
-        {
-            CRegistryStatement last = connection.Use(tagRegistrySql::LastChange);
-            const std::lock_guard lock(m_lock);
-            if (last.Step() && last.Integer(0) == m_infoSequence)
-            {
-                info = m_info;
-                return ERROR_SUCCESS;
-            }
-        }
-        CRegistryStatement statement = connection.Use(tagRegistrySql::KeyInfo);
-        if (!statement.Bind(m_id).Step() || statement.Integer(1) == 0)
-        {
-            return ERROR_KEY_DELETED;
-        }
-        info = {ToDword(statement.Integer(2)),
-                ToDword(statement.Integer(3)),
-                ToDword(statement.Integer(4)),
-                ToDword(statement.Integer(5)),
-                ToDword(statement.Integer(6))};
+        const auto moment = m_store->Moment(connection);
         const std::lock_guard lock(m_lock);
-        m_info = info;
-        m_infoSequence = statement.Integer(0);
+        if (!moment || moment != m_infoMoment)
+        {
+            CRegistryStatement statement = connection.Use(tagRegistrySql::KeyInfo);
+            if (!statement.Bind(m_id).Step() || statement.Integer(0) == 0)
+            {
+                return ERROR_KEY_DELETED;
+            }
+            m_info = {ToDword(statement.Integer(1)),
+                      ToDword(statement.Integer(2)),
+                      ToDword(statement.Integer(3)),
+                      ToDword(statement.Integer(4)),
+                      ToDword(statement.Integer(5))};
+            m_infoMoment = m_store->Moment(connection) == moment ? moment : std::nullopt;
+        }
+        info = m_info;
         return ERROR_SUCCESS;
     });
 }
 
 DWORD CRegistryKey::EnumValue(DWORD index, tagNameTarget& name, const tagValueTarget& target)
 {
-    constexpr tagEnumeration kValues{
-        tagRegistrySql::ValueFrom, tagRegistrySql::ValueAfter, tagRegistrySql::ValueAt};
-    return Enumerate(kValues, m_valuePlace, index, [&](const CRegistryStatement& row) {
-        const DWORD error = name.Store(row.Text(2));
-        return error == ERROR_SUCCESS ? target.Store(ToDword(row.Integer(3)), row.Bytes(4)) : error;
-    });
+    constexpr tagEnumeration kValues{tagRegistrySql::ValuesAfter, tagRegistrySql::ValueAt};
+    return Enumerate(kValues, m_valuePage, index, name, target);
 }
 
 DWORD CRegistryKey::EnumKey(DWORD index, tagNameTarget& name)
 {
-    constexpr tagEnumeration kKeys{tagRegistrySql::KeyFrom, tagRegistrySql::KeyAfter, tagRegistrySql::KeyAt};
-    return Enumerate(
-        kKeys, m_keyPlace, index, [&](const CRegistryStatement& row) { return name.Store(row.Text(2)); });
+    constexpr tagEnumeration kKeys{tagRegistrySql::KeysAfter, tagRegistrySql::KeyAt};
+    return Enumerate(kKeys, m_keyPage, index, name, {});
 }
 
-template <class TStore>
 DWORD CRegistryKey::Enumerate(const tagEnumeration& enumeration,
-                              tagPlace& place,
+                              tagPage& page,
                               DWORD index,
-                              const TStore& store)
+                              tagNameTarget& name,
+                              const tagValueTarget& target)
 {
-    tagPlace former;
-    {
-        const std::lock_guard lock(m_lock);
-        former = place;
-    }
-    const auto give = [&](CRegistryStatement& row) {
-        const std::lock_guard lock(m_lock);
-        place = {row.Integer(0), index, std::string(row.Text(1))};
-        return store(row);
-    };
     return m_store->Read([&](CRegistryConnection& connection) -> DWORD {
-        if (former.sequence >= 0 && (index == former.index || index == former.index + 1))
+        const std::lock_guard lock(m_lock);
+        const auto moment = m_store->Moment(connection);
+        const bool isSame = moment && moment == page.moment;
+        const std::size_t offset = index - page.first;
+        if (!isSame || offset >= page.entries.size())
         {
-            CRegistryStatement row =
-                connection.Use(index == former.index ? enumeration.from : enumeration.after);
-            const bool isRow = row.Bind(m_id).Bind(std::string_view(former.folded)).Step();
-            if (isRow && row.Integer(0) == former.sequence)
+            const bool isNext = isSame && offset == page.entries.size();
+            ReadAheadLocked(connection, enumeration, page, index, isNext);
+            const bool isStillSame = m_store->Moment(connection) == moment;
+            if (isNext && !isStillSame)
             {
-                return give(row);
+                ReadAheadLocked(connection, enumeration, page, index, false);
             }
+            page.moment = isStillSame ? moment : std::nullopt;
         }
-        CRegistryStatement row = connection.Use(enumeration.at);
-        return row.Bind(m_id).Bind(std::int64_t{index}).Step()
-                   ? give(row)
-                   : ErrorOfMissing(connection, ERROR_NO_MORE_ITEMS);
+        if (page.entries.empty())
+        {
+            page = {};
+            return ErrorOfMissing(connection, ERROR_NO_MORE_ITEMS);
+        }
+        const tagEntry& entry = page.entries[index - page.first];
+        const char* bytes = page.bytes.data() + entry.begin;
+        DWORD error = name.Store({bytes, entry.nameSize});
+        if (error == ERROR_SUCCESS)
+        {
+            error =
+                target.Store(entry.type, std::as_bytes(std::span(bytes + entry.nameSize, entry.dataSize)));
+        }
+        if (page.bytes.size() > kPageSize)
+        {
+            page = {};
+        }
+        return error;
     });
+}
+
+void CRegistryKey::ReadAheadLocked(CRegistryConnection& connection,
+                                   const tagEnumeration& enumeration,
+                                   tagPage& page,
+                                   DWORD index,
+                                   bool isNext) const
+{
+    CRegistryStatement statement = connection.Use(isNext ? enumeration.after : enumeration.at);
+    statement.Bind(m_id);
+    isNext ? statement.Bind(std::string_view(page.lastFolded)) : statement.Bind(std::int64_t{index});
+    page.moment.reset();
+    page.first = index;
+    page.entries.clear();
+    page.bytes.clear();
+    while (statement.Step())
+    {
+        const std::string_view name = statement.Text(1);
+        const std::span<const std::byte> data = statement.Bytes(3);
+        const std::size_t size = page.bytes.size();
+        if (!page.entries.empty() && size + name.size() + data.size() > kPageSize)
+        {
+            return;
+        }
+        page.lastFolded = statement.Text(0);
+        page.entries.push_back({size, name.size(), data.size(), ToDword(statement.Integer(2))});
+        page.bytes += name;
+        page.bytes.append(reinterpret_cast<const char*>(data.data()), data.size());
+    }
 }
 
 DWORD CRegistryKey::ErrorOfMissing(CRegistryConnection& connection, DWORD error) const
@@ -362,7 +393,9 @@ DWORD CRegistryKey::Flush() const
 
 DWORD CRegistryKey::Notify(bool watchSubtree, DWORD filter, HANDLE event) const
 {
-    return m_store->Watcher().Arm(this, m_id, {filter, event, watchSubtree});
+    // The watcher needs the files, which the first use makes.
+    const DWORD error = m_store->Read([](CRegistryConnection& /*connection*/) { return ERROR_SUCCESS; });
+    return error != ERROR_SUCCESS ? error : m_store->Watcher().Arm(this, m_id, {filter, event, watchSubtree});
 }
 
 void CRegistryKey::Close() noexcept

@@ -10,6 +10,8 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <vector>
 
 /// What a key holds; lengths in characters, sizes in bytes.
 struct tagRegistryKeyInfo
@@ -75,23 +77,41 @@ public:
     [[nodiscard]] bool IsClosed() const noexcept { return m_isClosed; }
 
 private:
-    /// The entry that an enumeration gave last, good while nothing has changed since.
-    struct tagPlace
+    /// One entry of a page.
+    struct tagEntry
     {
-        std::int64_t sequence = -1;
-        DWORD index = 0;
-        std::string folded;
+        std::size_t begin; ///< of the name in the page's bytes; the data follow
+        std::size_t nameSize;
+        std::size_t dataSize;
+        DWORD type;
     };
-    /// The statements of one enumeration: from a name on, behind it, at a number.
+    /// Entries that an enumeration has read ahead, good while nothing has changed since.
+    struct tagPage
+    {
+        std::optional<tagRegistryMoment> moment; ///< nothing: good for one call only
+        DWORD first = 0;                         ///< number of the first entry
+        std::vector<tagEntry> entries;
+        std::string bytes;
+        std::string lastFolded; ///< of the last entry
+    };
+    /// The statements of one enumeration.
     struct tagEnumeration
     {
-        tagRegistrySql from;
-        tagRegistrySql after;
-        tagRegistrySql at;
+        tagRegistrySql after; ///< a name
+        tagRegistrySql at;    ///< a number
     };
 
-    template <class TStore>
-    DWORD Enumerate(const tagEnumeration& enumeration, tagPlace& place, DWORD index, const TStore& store);
+    DWORD Enumerate(const tagEnumeration& enumeration,
+                    tagPage& page,
+                    DWORD index,
+                    tagNameTarget& name,
+                    const tagValueTarget& target);
+    /// @param isNext  the number is that behind the page
+    void ReadAheadLocked(CRegistryConnection& connection,
+                         const tagEnumeration& enumeration,
+                         tagPage& page,
+                         DWORD index,
+                         bool isNext) const;
     DWORD ErrorOfMissing(CRegistryConnection& connection, DWORD error) const;
     DWORD Remove(const wchar_t* subKey, bool withTree) const;
 
@@ -103,8 +123,8 @@ private:
 
     std::mutex m_lock; // no other lock is taken while it is held
     // Guarded by m_lock.
-    tagPlace m_valuePlace;
-    tagPlace m_keyPlace;
-    std::int64_t m_infoSequence = -1;
+    tagPage m_valuePage;
+    tagPage m_keyPage;
+    std::optional<tagRegistryMoment> m_infoMoment;
     tagRegistryKeyInfo m_info;
 };

@@ -7,12 +7,16 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <utility>
 
 namespace
 {
 constexpr std::size_t kIdleConnections = 8;
 constexpr std::int64_t kTrimInterval = 256;
+// Settings may be secrets: the registry is its user's own unless he opens it to others himself.
+constexpr mode_t kOwnFolder = 0700;
+constexpr mode_t kOwnFile = 0600;
 
 /// What becomes of the database's result codes.
 struct tagFaultRow
@@ -72,9 +76,26 @@ public:
 private:
     int m_descriptor;
 };
+
+/// The same file whatever becomes of the current folder; all names of a file have the same bell.
+std::string Resolved(const std::string& file)
+{
+    std::error_code error;
+    const auto path = std::filesystem::weakly_canonical(std::filesystem::absolute(file, error), error);
+    return file.empty() || error ? file : path.string();
+}
+
+void MakeFolder(const std::filesystem::path& folder)
+{
+    if (!folder.empty() && ::access(folder.c_str(), F_OK) != 0)
+    {
+        MakeFolder(folder.parent_path());
+        ::mkdir(folder.c_str(), kOwnFolder);
+    }
+}
 } // namespace
 
-CRegistryStore::CRegistryStore(std::string file) : m_file(std::move(file))
+CRegistryStore::CRegistryStore(const std::string& file) : m_file(Resolved(file))
 {}
 
 CRegistryStore::~CRegistryStore() = default;
@@ -128,7 +149,9 @@ std::unique_ptr<CRegistryConnection> CRegistryStore::Open()
         throw CSqliteError(SQLITE_CANTOPEN, "neither ZO_REGISTRY nor HOME says where the registry is");
     }
     const std::lock_guard lock(m_openLock);
+    MakeFile();
     OpenBell();
+    ++m_openings;
     auto connection = std::make_unique<CRegistryConnection>(m_file);
     if (!m_isPrepared)
     {
@@ -139,16 +162,27 @@ std::unique_ptr<CRegistryConnection> CRegistryStore::Open()
     return connection;
 }
 
+std::optional<tagRegistryMoment> CRegistryStore::Moment(const CRegistryConnection& connection) const noexcept
+{
+    const auto mark = connection.CommitMark();
+    return mark ? std::optional(tagRegistryMoment{m_openings, *mark}) : std::nullopt;
+}
+
+void CRegistryStore::MakeFile() const
+{
+    // What fails here fails once more when the database is opened, which tells of it.
+    MakeFolder(std::filesystem::path(m_file).parent_path());
+    // Not opened: closing it would end the locks that SQLite holds for other connections of this process.
+    ::mknod(m_file.c_str(), S_IFREG | kOwnFile, 0);
+}
+
 void CRegistryStore::OpenBell()
 {
     if (Bell() >= 0)
     {
         return;
     }
-    std::error_code ignored; // the database then tells what is wrong
-    std::filesystem::create_directories(std::filesystem::path(m_file).parent_path(), ignored);
-    constexpr mode_t kReadWriteForAll = 0666; // less the umask
-    CUniqueDescriptor bell(::open(BellFile().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kReadWriteForAll));
+    CUniqueDescriptor bell(::open(BellFile().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnFile));
     const std::lock_guard lock(m_lock);
     m_bell = std::move(bell);
 }
@@ -169,7 +203,12 @@ void CRegistryStore::GiveBack(std::unique_ptr<CRegistryConnection> connection, t
 {
     const std::lock_guard lock(m_lock);
     fault.toldCode = SQLITE_OK;
-    if (m_idle.size() < kIdleConnections)
+    KeepLocked(std::move(connection));
+}
+
+void CRegistryStore::KeepLocked(std::unique_ptr<CRegistryConnection> connection)
+{
+    if (m_idle.size() < kIdleConnections && !connection->IsInTransaction())
     {
         m_idle.push_back(std::move(connection));
     }
@@ -202,9 +241,9 @@ DWORD CRegistryStore::Tell(const CSqliteError& error,
     {
         m_idle.clear();
     }
-    else if (connection != nullptr && m_idle.size() < kIdleConnections)
+    else if (connection != nullptr)
     {
-        m_idle.push_back(std::move(connection));
+        KeepLocked(std::move(connection));
     }
     return row.error;
 }

@@ -4,8 +4,10 @@
 #include "CRegistryConnection.h"
 #include "LastError.h"
 
+#include <atomic>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,13 +21,22 @@ enum class tagRegistryChange : std::int64_t
     Delete = 17 ///< a key below the key was deleted: Name, and open keys may be gone
 };
 
+/// A moment of a store: what was read at two equal ones is the same.
+struct tagRegistryMoment
+{
+    std::uint32_t openings;
+    RegistryCommitMark mark;
+
+    bool operator==(const tagRegistryMoment&) const = default;
+};
+
 /// One database file: its connections, its transactions and the telling of its failures. Any operation from
 /// any thread.
 class CRegistryStore
 {
 public:
     /// @param file  empty: there is no place for a file, every operation fails
-    explicit CRegistryStore(std::string file);
+    explicit CRegistryStore(const std::string& file);
     CRegistryStore(const CRegistryStore&) = delete;
     CRegistryStore& operator=(const CRegistryStore&) = delete;
     ~CRegistryStore();
@@ -67,6 +78,10 @@ public:
     static std::int64_t
     NoteChange(CRegistryConnection& connection, std::int64_t key, tagRegistryChange change);
 
+    /// Now, for a body that reads; nothing when it cannot be told.
+    [[nodiscard]] std::optional<tagRegistryMoment>
+    Moment(const CRegistryConnection& connection) const noexcept;
+
     /// The oldest change that is surely kept.
     static constexpr std::int64_t kKeptChanges = 4096;
 
@@ -105,14 +120,17 @@ private:
 
     std::unique_ptr<CRegistryConnection> TakeConnection();
     std::unique_ptr<CRegistryConnection> Open();
+    void MakeFile() const;
     void OpenBell();
     void RingBell() noexcept;
     /// Stays open once it is; -1 before.
     int Bell() noexcept;
     void GiveBack(std::unique_ptr<CRegistryConnection> connection, tagFault& fault);
+    void KeepLocked(std::unique_ptr<CRegistryConnection> connection);
     DWORD Tell(const CSqliteError& error, std::unique_ptr<CRegistryConnection> connection, tagFault& fault);
 
     const std::string m_file;
+    std::atomic<std::uint32_t> m_openings{0};
     std::mutex m_writeLock;
     std::mutex m_openLock; // taken before m_lock
     // Guarded by m_openLock.

@@ -3,6 +3,7 @@
 #include "CRegistryKey.h"
 #include "CRegistryStore.h"
 #include "Event.h"
+#include "Registry.h"
 #include "ThreadBasics.h"
 
 #include <algorithm>
@@ -80,7 +81,8 @@ private:
     /// Of a key that is gone nobody knows where it was: it counts as below every key.
     bool IsBelow(std::int64_t key, std::int64_t ancestor)
     {
-        while (key > 0 && key != ancestor)
+        // In a damaged tree a key may be below itself.
+        for (DWORD depth = 0; depth <= kRegistryMaximumDepth && key > 0 && key != ancestor; ++depth)
         {
             key = ParentOf(key);
         }
@@ -141,14 +143,13 @@ DWORD CRegistryWatcher::Arm(const CRegistryKey* handle, std::int64_t key, const 
                 return ERROR_KEY_DELETED;
             }
         }
-        const auto [position, isNew] = m_watches.try_emplace(handle);
-        tagWatch& watch = position->second;
-        if (isNew)
-        {
-            watch = {key, QueryInteger(connection, tagRegistrySql::LastChange), {}};
-        }
+        const auto found = m_watches.find(handle);
+        tagWatch watch = found != m_watches.end()
+                             ? found->second
+                             : tagWatch{key, QueryInteger(connection, tagRegistrySql::LastChange), {}};
         watch.pending.push_back(request);
         ExamineLocked(connection, watch);
+        m_watches.insert_or_assign(handle, std::move(watch));
         return ERROR_SUCCESS;
     });
 }

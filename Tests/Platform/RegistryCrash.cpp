@@ -1,58 +1,44 @@
-// Processes that change one registry while some of them are killed at random moments, until the time is over.
+// Processes that change one registry while some of them are killed at random moments.
 //
-//   registry_crash SECONDS [SEED]   the test; exit code 0 when nothing was lost
+//   registry_crash ROUNDS [SEED]    the test; exit code 0 when nothing was lost
 //   registry_crash writer FILE N    one of its processes: changes its own key for ever
 //   registry_crash set FILE TEXT    writes one value
 //   registry_crash try FILE         reads and writes as a user without rights; prints both results
 //
-// A writer notes in shared memory what has been committed: that must be there after its death, whole, and at
-// most the change under way may be there too.
+// A writer reports on a pipe what has been committed: that must be there after its death, whole, and at most
+// the change under way may be there too. Each round lets a random number of reports come before it kills.
 
 #include "CTemporaryRegistry.h"
 
+#include <algorithm>
 #include <array>
-#include <atomic>
-#include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <fcntl.h>
+#include <poll.h>
 #include <random>
 #include <spawn.h>
 #include <sqlite3.h>
 #include <stdexcept>
 #include <string>
-#include <sys/mman.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 #include <vector>
 
 namespace
 {
-constexpr std::size_t kWriters = 4;
+constexpr std::uint32_t kWriters = 4;
+constexpr int kPatienceMs = 60'000;
 constexpr const wchar_t* kBlob = L"blob";
 
 /// What one writer has surely committed: the number of its blob and of its newest key.
-struct tagCommitted
+struct tagReport
 {
-    std::atomic<std::uint32_t> blob;
-    std::atomic<std::uint32_t> key;
+    std::uint32_t writer;
+    std::uint32_t blob;
+    std::uint32_t key;
 };
-using Board = std::array<tagCommitted, kWriters>;
-
-Board& MapBoard(const std::string& file)
-{
-    const int descriptor = ::open((file + "-board").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    if (::ftruncate(descriptor, sizeof(Board)) != 0)
-    {
-        throw std::runtime_error("no board");
-    }
-    void* memory = ::mmap(nullptr, sizeof(Board), PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
-    ::close(descriptor);
-    return *static_cast<Board*>(memory);
-}
 
 void Check(bool condition, const std::string& what)
 {
@@ -81,7 +67,7 @@ std::uint32_t StoredBlob(HKEY key)
     return words[0];
 }
 
-CUniqueKey MakeWriterKey(std::size_t writer)
+CUniqueKey MakeWriterKey(std::uint32_t writer)
 {
     HKEY key = 0;
     const std::wstring path = L"Writers\\" + std::to_wstring(writer);
@@ -94,62 +80,105 @@ std::wstring StepPath(std::uint32_t number)
     return L"steps\\" + std::to_wstring(number) + L"\\a\\b";
 }
 
-[[noreturn]] void WriteForEver(const std::string& file, std::size_t writer)
+[[noreturn]] void WriteForEver(std::uint32_t writer)
 {
-    tagCommitted& committed = MapBoard(file)[writer];
     const CUniqueKey key = MakeWriterKey(writer);
-    for (std::uint32_t number = std::max(StoredBlob(key.Get()), committed.key.load()) + 1;; ++number)
+    tagReport report{writer, StoredBlob(key.Get()), 0};
+    const auto send = [&] {
+        Check(::write(STDOUT_FILENO, &report, sizeof report) == sizeof report, "nobody hears the report");
+    };
+    for (;;)
     {
-        const auto blob = BlobOf(number);
+        const auto blob = BlobOf(++report.blob);
         const auto* data = reinterpret_cast<const BYTE*>(blob.data());
         const LONG written =
             RegSetValueEx(key.Get(), kBlob, 0, REG_BINARY, data, static_cast<DWORD>(blob.size() * 4));
         Check(written == 0, "writing gives " + std::to_string(written));
-        committed.blob = number;
+        send();
         HKEY made = 0;
-        Check(RegCreateKey(key.Get(), StepPath(number).c_str(), &made) == 0, "a key is not made");
+        Check(RegCreateKey(key.Get(), StepPath(report.blob).c_str(), &made) == 0, "a key is not made");
         RegCloseKey(made);
-        committed.key = number;
-        RegDeleteTree(key.Get(), (L"steps\\" + std::to_wstring(number - 1)).c_str());
+        report.key = report.blob;
+        send();
+        RegDeleteTree(key.Get(), (L"steps\\" + std::to_wstring(report.key - 1)).c_str());
     }
 }
 
-pid_t Start(std::vector<std::string> arguments)
+/// The writers, and what they have reported.
+class CWriters
 {
-    arguments.insert(arguments.begin(), "registry_crash");
-    std::vector<char*> pointers;
-    for (std::string& argument : arguments)
+public:
+    explicit CWriters(std::string file) : m_file(std::move(file))
     {
-        pointers.push_back(argument.data());
+        Check(::pipe2(m_pipe.data(), O_CLOEXEC) == 0, "no pipe");
+        ::fcntl(m_pipe[0], F_SETFL, O_NONBLOCK);
+        for (std::uint32_t i = 0; i < kWriters; ++i)
+        {
+            Begin(i);
+        }
     }
-    pointers.push_back(nullptr);
-    pid_t process = 0;
-    Check(::posix_spawn(&process, "/proc/self/exe", nullptr, nullptr, pointers.data(), environ) == 0,
-          "no process");
-    return process;
-}
 
-void Kill(pid_t process)
-{
-    ::kill(process, SIGKILL);
-    int status = 0;
-    ::waitpid(process, &status, 0);
-    Check(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL, "a writer ended by itself");
-}
+    void Begin(std::uint32_t writer)
+    {
+        std::string arguments[] = {"registry_crash", "writer", m_file, std::to_string(writer)};
+        char* const pointers[] = {
+            arguments[0].data(), arguments[1].data(), arguments[2].data(), arguments[3].data(), nullptr};
+        posix_spawn_file_actions_t actions;
+        ::posix_spawn_file_actions_init(&actions);
+        ::posix_spawn_file_actions_adddup2(&actions, m_pipe[1], STDOUT_FILENO);
+        Check(::posix_spawn(&m_processes[writer], "/proc/self/exe", &actions, nullptr, pointers, environ) ==
+                  0,
+              "no process");
+        ::posix_spawn_file_actions_destroy(&actions);
+    }
 
-/// Compares what is stored with what a dead writer had committed.
-void CheckWriter(const Board& board, std::size_t writer)
-{
-    const CUniqueKey key = MakeWriterKey(writer);
-    const std::uint32_t committed = board[writer].blob;
-    const std::uint32_t stored = StoredBlob(key.Get());
-    Check(stored == committed || stored == committed + 1,
-          "committed " + std::to_string(committed) + ", found " + std::to_string(stored));
-    const std::uint32_t step = board[writer].key;
-    HKEY opened = 0;
-    Check(step == 0 || RegOpenKey(key.Get(), StepPath(step).c_str(), &opened) == 0, "a key is lost");
-    RegCloseKey(opened);
-}
+    void Kill(std::uint32_t writer)
+    {
+        ::kill(m_processes[writer], SIGKILL);
+        int status = 0;
+        ::waitpid(m_processes[writer], &status, 0);
+        Check(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL, "a writer ended by itself");
+    }
+
+    /// Waits for so many reports, and takes all that are there.
+    void Hear(std::size_t count)
+    {
+        std::array<tagReport, 64> reports{};
+        for (;;)
+        {
+            const ssize_t size = ::read(m_pipe[0], reports.data(), sizeof reports);
+            const std::size_t heard = size < 0 ? 0 : static_cast<std::size_t>(size) / sizeof reports[0];
+            std::for_each_n(reports.begin(), heard, [this](const auto& r) { m_reports[r.writer] = r; });
+            if (heard == 0 && count == 0)
+            {
+                return;
+            }
+            count -= std::min(count, heard);
+            pollfd waiting{m_pipe[0], POLLIN, 0};
+            Check(count == 0 || ::poll(&waiting, 1, kPatienceMs) == 1, "no writer reports");
+        }
+    }
+
+    /// Compares what is stored with what a dead writer had committed; the next one goes on from there.
+    void Examine(std::uint32_t writer)
+    {
+        const CUniqueKey key = MakeWriterKey(writer);
+        const auto [number, committed, step] = m_reports[writer];
+        const std::uint32_t stored = StoredBlob(key.Get());
+        m_reports[writer].blob = stored;
+        Check(stored == committed || stored == committed + 1,
+              "committed " + std::to_string(committed) + ", found " + std::to_string(stored));
+        HKEY opened = 0;
+        Check(step == 0 || RegOpenKey(key.Get(), StepPath(step).c_str(), &opened) == 0, "a key is lost");
+        RegCloseKey(opened);
+    }
+
+private:
+    std::string m_file;
+    std::array<int, 2> m_pipe{};
+    std::array<pid_t, kWriters> m_processes{};
+    std::array<tagReport, kWriters> m_reports{};
+};
 
 void CheckIntegrity(const std::string& file)
 {
@@ -164,55 +193,38 @@ void CheckIntegrity(const std::string& file)
     Check(answer == "ok", "the file is damaged: " + answer);
 }
 
-void Run(std::chrono::seconds duration, unsigned seed)
+void Run(unsigned long rounds, unsigned seed)
 {
     const CTemporaryRegistry registry;
-    ::setenv("ZO_REGISTRY", registry.File().c_str(), 1);
-    const Board& board = MapBoard(registry.File());
+    CWriters writers(registry.File());
     std::mt19937 random(seed);
-    std::array<pid_t, kWriters> writers{};
-    const auto begin = [&](std::size_t writer) {
-        writers[writer] = Start({"writer", registry.File(), std::to_string(writer)});
-    };
-    for (std::size_t i = 0; i < kWriters; ++i)
+    for (unsigned long round = 1; round <= rounds; ++round)
     {
-        begin(i);
-    }
-    int kills = 0;
-    const auto end = std::chrono::steady_clock::now() + duration;
-    while (std::chrono::steady_clock::now() < end)
-    {
-        // The rest between two kills is at random; nothing depends on its length.
-        std::this_thread::sleep_for(std::chrono::microseconds(random() % 60'000));
+        writers.Hear(random() % 200);
         // Now and then all at once, this process too: then the next one finds a log that nobody has open.
-        const bool isEveryone = random() % 8 == 0;
-        const std::size_t first = isEveryone ? 0 : random() % kWriters;
-        const std::size_t last = isEveryone ? kWriters : first + 1;
-        for (std::size_t i = first; i < last; ++i, ++kills)
+        const bool isEveryone = round == rounds || random() % 8 == 0;
+        const std::uint32_t first = isEveryone ? 0 : random() % kWriters;
+        const std::uint32_t last = isEveryone ? kWriters : first + 1;
+        for (std::uint32_t i = first; i < last; ++i)
         {
-            Kill(writers[i]);
+            writers.Kill(i);
         }
         if (isEveryone)
         {
             registry.Use();
         }
-        for (std::size_t i = first; i < last; ++i)
+        writers.Hear(0);
+        for (std::uint32_t i = first; i < last; ++i)
         {
-            CheckWriter(board, i);
-            begin(i);
+            writers.Examine(i);
+            if (round < rounds)
+            {
+                writers.Begin(i);
+            }
         }
-    }
-    std::uint64_t changes = 0;
-    for (std::size_t i = 0; i < kWriters; ++i)
-    {
-        Kill(writers[i]);
-        CheckWriter(board, i);
-        changes += 3ULL * board[i].blob;
     }
     SetRegistryFile(nullptr);
     CheckIntegrity(registry.File());
-    Check(changes > 0, "no writer came to writing");
-    std::printf("%d kills, %llu changes, nothing lost\n", kills, static_cast<unsigned long long>(changes));
 }
 
 int TryWithoutRights(const std::string& file)
@@ -237,7 +249,8 @@ try
     const std::string mode = arguments.at(0);
     if (mode == "writer")
     {
-        WriteForEver(arguments.at(1), std::stoul(arguments.at(2)));
+        SetRegistryFile(arguments.at(1).c_str());
+        WriteForEver(static_cast<std::uint32_t>(std::stoul(arguments.at(2))));
     }
     if (mode == "try")
     {
@@ -253,7 +266,7 @@ try
     const unsigned seed =
         arguments.size() > 1 ? static_cast<unsigned>(std::stoul(arguments[1])) : std::random_device()();
     std::printf("seed %u\n", seed);
-    Run(std::chrono::seconds(std::stoul(mode)), seed);
+    Run(std::stoul(mode), seed);
     return 0;
 }
 catch (const std::exception& error)

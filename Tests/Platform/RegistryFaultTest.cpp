@@ -1,4 +1,5 @@
 #include "CTemporaryRegistry.h"
+#include "Event.h"
 
 #include <gtest/gtest.h>
 
@@ -183,16 +184,32 @@ TEST_F(RegistryFaults, WithoutRightsItIsReadButNotWritten)
     }
 }
 
-TEST_F(RegistryFaults, ThePlaceComesFromTheEnvironment)
+TEST_F(RegistryFaults, AKeyBelowItselfHoldsNothingUp)
 {
+    HKEY key = 0;
+    EXPECT_EQ(RegCreateKey(HKEY_USERS, L"loop", &key), 0);
+    const CUniqueKey loop(key);
+    const CUniqueEvent event(CreateEvent(TRUE, FALSE));
+    EXPECT_EQ(RegNotifyChangeKeyValue(HKEY_USERS, TRUE, REG_NOTIFY_CHANGE_LAST_SET, event.Get(), TRUE), 0);
+    Execute(m_registry.File(), "UPDATE keys SET parent = id WHERE folded = 'LOOP'");
+    EXPECT_EQ(RegSetValueEx(key, nullptr, 0, REG_SZ, nullptr, 0), 0);
+    EXPECT_EQ(WaitForSingleObject(event.Get(), INFINITE), WAIT_OBJECT_0) << "where it was nobody knows";
+    EXPECT_EQ(RegDeleteTree(key, nullptr), 0);
+}
+
+TEST_F(RegistryFaults, ThePlaceComesFromTheEnvironmentAndIsItsUsersOwn)
+{
+    const CUniqueEvent event(CreateEvent(TRUE, FALSE));
     const std::string folder = std::filesystem::path(m_registry.File()).parent_path().string();
     const std::tuple<std::string, std::string, std::string, std::string> cases[] = {
         // clang-format off
         {folder + "/a.db", folder + "/s", folder + "/h", "/a.db"},
         {"", folder + "/s", folder + "/h", "/s/zosoftwareplatform/registry.db"},
         {"", "relative", folder + "/h", "/h/.local/state/zosoftwareplatform/registry.db"},
+        {folder + "/link.db", "", "", "/a.db"},
         {"", "", "", ""}};
     // clang-format on
+    std::filesystem::create_symlink("a.db", folder + "/link.db");
     for (const auto& [file, state, home, expected] : cases)
     {
         ::setenv("ZO_REGISTRY", file.c_str(), 1);
@@ -200,9 +217,14 @@ TEST_F(RegistryFaults, ThePlaceComesFromTheEnvironment)
         ::setenv("HOME", home.c_str(), 1);
         SetRegistryFile(nullptr);
         DWORD result = 0;
-        Said([&] { result = Write(1); });
-        EXPECT_EQ(result, expected.empty() ? ERROR_CANTOPEN : ERROR_SUCCESS);
-        EXPECT_TRUE(std::filesystem::is_regular_file(folder + expected) != expected.empty()) << expected;
+        Said([&] {
+            result = static_cast<DWORD>(RegNotifyChangeKeyValue(HKEY_USERS, FALSE, 1, event.Get(), TRUE));
+        });
+        EXPECT_EQ(result, expected.empty() ? ERROR_CANTOPEN : ERROR_SUCCESS) << "as the first use too";
+        const auto mode = std::filesystem::status(folder + expected).permissions();
+        EXPECT_EQ(static_cast<unsigned>(mode), expected.empty() ? 0700U : 0600U) << expected;
     }
+    EXPECT_EQ(static_cast<unsigned>(std::filesystem::status(folder + "/h/.local").permissions()), 0700U);
+    EXPECT_FALSE(std::filesystem::exists(folder + "/link.db-bell")) << "all names have one bell";
 }
 } // namespace
