@@ -17,16 +17,20 @@
 namespace ZoVelkor::RemoteKernel::Testing
 {
 
-/// Waits until a condition holds, half a minute at most; the condition is then checked once more.
+/// Waits until a condition holds, half a minute at most.
 template <class TCondition>
 bool Eventually(TCondition condition)
 {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (!condition() && std::chrono::steady_clock::now() < deadline)
+    while (!condition())
     {
+        if (std::chrono::steady_clock::now() > deadline)
+        {
+            return false;
+        }
         std::this_thread::yield();
     }
-    return condition();
+    return true;
 }
 
 /// A controller with one instrument on its bus, connected and remote.
