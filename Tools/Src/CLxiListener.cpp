@@ -96,6 +96,10 @@ CLxiListener::CLxiListener(const std::string& address,
 
 CLxiListener::~CLxiListener()
 {
+    // A signal that is still there would do what it usually does.
+    signalfd_siginfo info{};
+    while (read(m_signals.Get(), &info, sizeof info) > 0)
+    {}
     pthread_sigmask(SIG_SETMASK, &m_formerMask, nullptr);
 }
 

@@ -63,6 +63,10 @@ public:
         SkipFront(line, kBlanks);
         if (line == "*")
         {
+            if (m_lineSize == 0)
+            {
+                Refuse("* stands for no line");
+            }
             m_isSqueezed = true;
             return;
         }
@@ -124,12 +128,9 @@ private:
         {
             Refuse(fmt::format("{} is no offset", digits));
         }
-        if (m_isSqueezed && m_lineSize != 0)
+        while (m_isSqueezed && m_bytes.size() < offset)
         {
-            while (m_bytes.size() < offset)
-            {
-                m_bytes.push_back(m_bytes[m_bytes.size() - m_lineSize]);
-            }
+            m_bytes.push_back(m_bytes[m_bytes.size() - m_lineSize]);
         }
         m_isSqueezed = false;
         if (m_hasWords && m_bytes.size() == offset + 1)
