@@ -26,7 +26,8 @@ constexpr const char* kFooter =
     "instrument refused); 2 wrong usage; 3 a file or an instrument cannot be reached; 130 Ctrl-C.\n"
     "Example: zo table headers localhost:5025\n"
     "Example: zo scpi query localhost:5025 '*IDN?'\n"
-    "Example: zo registry list HKLM";
+    "Example: zo registry list HKLM\n"
+    "Example: zo lxi listen";
 
 tagExitCode Fail(tagExitCode code, const char* message)
 {
