@@ -6,7 +6,10 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <functional>
+#include <thread>
 
 namespace ZoVelkor::Tools::Testing
 {
@@ -66,7 +69,7 @@ constexpr tagRegistryRow kRows[] = {
     {"set",    "HKLM/New n 1 -t word",           2, "", "word is none of string|expand|dword|qword|multi|binary"},
     {"list",   "HKLM/New",                       1, "", "no such key"},
     {"list",   "HKLM --depth 1",                 0, R"(HKEY_LOCAL_MACHINE
-  Zo  (1 keys)
+  Zo  (1 below)
     "" = string ""
     "e" = expand "a%HOME%"
     "h" = string "-0x1"
@@ -91,7 +94,7 @@ constexpr tagRegistryRow kRows[] = {
     {"get",    "HKLM x y",                       2, "", "y"},
     {"get",    "HKLM/a\xFF x",                   2, "", "zo: the text is not UTF-8"},
     {"delete", "HKLM",                           1, "", "a root stays; --recursive deletes"},
-    {"delete", "HKLM/Zo",                        1, "", "zo: HKEY_LOCAL_MACHINE\\Zo has 1 keys below it; --recursive deletes them too\n"},
+    {"delete", "HKLM/Zo",                        1, "", "zo: HKEY_LOCAL_MACHINE\\Zo has keys below it (1); --recursive deletes them too\n"},
     {"delete", "HKLM/Zo e -r",                   2, "", "--recursive goes with a key"},
     {"delete", "HKLM/Zo ''",                     0, "", ""},
     {"delete", "HKLM/Zo ''",                     1, "", "Zo \"\": no such value"},
@@ -331,6 +334,48 @@ TEST_F(RegistryTool, DamagedFilesAreNotImportedAtAll)
     EXPECT_THAT(run.err, HasSubstr("; the lines above it are imported, those from it on are not\n"));
 }
 
+TEST_F(RegistryTool, ReadingAtOneMomentNeverMixesOldAndNew)
+{
+    const auto write = [](const std::string& name, DWORD number) {
+        const auto* data = reinterpret_cast<const BYTE*>(&number);
+        EXPECT_EQ(RegSetValueEx(HKEY_CURRENT_USER, WideText(name).c_str(), 0, REG_DWORD, data, sizeof number),
+                  0);
+    };
+    for (int i = 0; i < 30; ++i)
+    {
+        write("between" + std::to_string(i), 0);
+    }
+    write("a", 0);
+    write("z", 0);
+    constexpr DWORD kWrites = 1280;
+    std::atomic<bool> isWriting = true;
+    std::jthread writer([&] {
+        for (DWORD number = 1; number <= kWrites; ++number)
+        {
+            write("a", number);
+            write("z", number);
+            // Bursts, with a moment in between in which nothing changes.
+            std::this_thread::sleep_for(std::chrono::milliseconds(number % 32 == 0 ? 5 : 0));
+        }
+        isWriting = false;
+    });
+    CWatchedTrees watched({
+        {HKEY_CURRENT_USER, L""}
+    });
+    std::uint64_t last = 0;
+    while (isWriting || last != kWrites)
+    {
+        if (const auto trees = watched.ReadAtOneMoment())
+        {
+            const auto& values = trees->front().top.values;
+            const auto first = std::get<std::uint64_t>(ContentOf(values.front()));
+            last = std::get<std::uint64_t>(ContentOf(values.back()));
+            EXPECT_TRUE(first == last || first == last + 1) << first << " " << last;
+        }
+    }
+}
+
+// clang-format off
 constexpr struct
 {
     const char* change;
@@ -338,14 +383,19 @@ constexpr struct
     const char* json;
 } kChanges[] = {
     {"set HKLM/Zo/new v 5",
-     "made HKEY_LOCAL_MACHINE\\Zo\\new\r\nset HKEY_LOCAL_MACHINE\\Zo\\new \"v\" = dword 5\r\n", R"({"event":"valueSet","key":"HKEY_LOCAL_MACHINE\\Zo\\new","name":"v","type":"dword","data":5})"},
+     "made HKEY_LOCAL_MACHINE\\Zo\\new\r\nset HKEY_LOCAL_MACHINE\\Zo\\new \"v\" = dword 5\r\n",
+     R"({"event":"valueSet","key":"HKEY_LOCAL_MACHINE\\Zo\\new","name":"v","type":"dword","data":5})"},
     {"set HKLM/Zo old x",
-     "set HKEY_LOCAL_MACHINE\\Zo \"old\" = string \"x\"\r\n",                                   R"({"event":"valueSet","key":"HKEY_LOCAL_MACHINE\\Zo","name":"old","type":"string","data":"x"})"},
+     "set HKEY_LOCAL_MACHINE\\Zo \"old\" = string \"x\"\r\n",
+     R"({"event":"valueSet","key":"HKEY_LOCAL_MACHINE\\Zo","name":"old","type":"string","data":"x"})"},
     {"delete HKLM/Zo old",
-     "deleted HKEY_LOCAL_MACHINE\\Zo \"old\"\r\n",                                              R"({"event":"valueDeleted","key":"HKEY_LOCAL_MACHINE\\Zo","name":"old"})"                       },
+     "deleted HKEY_LOCAL_MACHINE\\Zo \"old\"\r\n",
+     R"({"event":"valueDeleted","key":"HKEY_LOCAL_MACHINE\\Zo","name":"old"})"},
     {"delete HKLM/Zo/new",
-     "deleted HKEY_LOCAL_MACHINE\\Zo\\new\r\n",                                                 R"({"event":"keyDeleted","key":"HKEY_LOCAL_MACHINE\\Zo\\new"})"                                 },
+     "deleted HKEY_LOCAL_MACHINE\\Zo\\new\r\n",
+     R"({"event":"keyDeleted","key":"HKEY_LOCAL_MACHINE\\Zo\\new"})"},
 };
+// clang-format on
 
 TEST_F(RegistryTool, WatchShowsWhatOtherProcessesChange)
 {

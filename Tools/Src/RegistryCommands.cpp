@@ -172,7 +172,7 @@ void AppendListing(const tagRegistryKey& key, std::size_t indent, std::string& t
     }
     for (const tagRegistryKey& below : key.keys)
     {
-        const std::string unread = below.unreadKeys == 0 ? "" : fmt::format("  ({} keys)", below.unreadKeys);
+        const std::string unread = below.unreadKeys == 0 ? "" : fmt::format("  ({} below)", below.unreadKeys);
         text += fmt::format("{:{}}{}{}\n", "", indent, KeyNameText(below.name), unread);
         AppendListing(below, indent + 2, text);
     }
@@ -221,7 +221,7 @@ void DeleteKey(const tagRegistryOptions& options, const tagRegistryPath& path)
         {
             throw CToolError(
                 tagExitCode::Failed,
-                fmt::format("{} has {} keys below it; --recursive deletes them too", text, count));
+                fmt::format("{} has keys below it ({}); --recursive deletes them too", text, count));
         }
     }
     CheckRegistry(error, text);
@@ -266,7 +266,14 @@ void CheckFileSize(std::size_t size, const std::string& name)
 
 tagExitCode Export(const tagRegistryOptions& options)
 {
-    const std::string text = FormatRegistryFile(CWatchedTrees(options.Paths()).ReadAtOneMoment());
+    CWatchedTrees watched(options.Paths());
+    auto trees = watched.ReadAtOneMoment();
+    if (!trees)
+    {
+        Tell("the registry does not stop changing; some values may be older than others");
+        trees = watched.Read();
+    }
+    const std::string text = FormatRegistryFile(*trees);
     CheckFileSize(text.size(), options.sFile);
     WriteOutput(options.sFile, text);
     return tagExitCode::Success;

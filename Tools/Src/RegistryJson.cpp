@@ -50,7 +50,7 @@ std::string JsonText(std::wstring_view text)
     std::wstring json(1, L'"');
     for (const wchar_t character : text)
     {
-        const auto code = static_cast<std::uint32_t>(character);
+        const std::uint32_t code = static_cast<char32_t>(character);
         if (character == L'"' || character == L'\\')
         {
             json += {L'\\', character};

@@ -207,9 +207,9 @@ std::vector<tagRegistryTree> CWatchedTrees::Read()
     return trees;
 }
 
-std::vector<tagRegistryTree> CWatchedTrees::ReadAtOneMoment()
+std::optional<std::vector<tagRegistryTree>> CWatchedTrees::ReadAtOneMoment()
 {
-    constexpr int kAttempts = 100;
+    constexpr int kAttempts = 10;
     for (int i = 0; i < kAttempts; ++i)
     {
         auto trees = Read();
@@ -220,7 +220,7 @@ std::vector<tagRegistryTree> CWatchedTrees::ReadAtOneMoment()
             return trees;
         }
     }
-    throw CToolError(tagExitCode::Failed, "the registry does not stop changing");
+    return std::nullopt;
 }
 
 void CWatchedTrees::Wait() const

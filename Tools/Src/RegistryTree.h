@@ -60,8 +60,9 @@ public:
 
     /// Reads all as they are at one moment.
     ///
-    /// @throws CToolError, also when they do not stop changing
-    std::vector<tagRegistryTree> ReadAtOneMoment();
+    /// @return none when they do not stop changing
+    /// @throws CToolError
+    std::optional<std::vector<tagRegistryTree>> ReadAtOneMoment();
 
     /// Reads all; later changes end the next Wait.
     ///
