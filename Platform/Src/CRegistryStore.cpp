@@ -159,6 +159,7 @@ std::unique_ptr<CRegistryConnection> CRegistryStore::Open()
         connection->Prepare();
         m_isPrepared = true;
     }
+    connection->OpenLog();
     return connection;
 }
 

@@ -44,8 +44,7 @@ public:
     /// Runs a body that reads.
     ///
     /// @param body  gets a connection, gives an error number; a CSqliteError that it throws is told and
-    /// becomes
-    ///              one
+    ///              becomes one
     template <class TBody>
     DWORD Read(const TBody& body)
     {

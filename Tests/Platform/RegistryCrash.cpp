@@ -2,7 +2,6 @@
 //
 //   registry_crash ROUNDS [SEED]    the test; exit code 0 when nothing was lost
 //   registry_crash writer FILE N    one of its processes: changes its own key for ever
-//   registry_crash set FILE TEXT    writes one value
 //   registry_crash try FILE         reads and writes as a user without rights; prints both results
 //
 // A writer reports on a pipe what has been committed: that must be there after its death, whole, and at most
@@ -255,13 +254,6 @@ try
     if (mode == "try")
     {
         return TryWithoutRights(arguments.at(1));
-    }
-    if (mode == "set")
-    {
-        SetRegistryFile(arguments.at(1).c_str());
-        const auto* data = reinterpret_cast<const BYTE*>(arguments.at(2).data());
-        return RegSetValueEx(
-            HKEY_LOCAL_MACHINE, L"v", 0, REG_BINARY, data, static_cast<DWORD>(arguments.at(2).size()));
     }
     const unsigned seed =
         arguments.size() > 1 ? static_cast<unsigned>(std::stoul(arguments[1])) : std::random_device()();

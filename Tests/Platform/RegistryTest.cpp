@@ -54,11 +54,6 @@ std::pair<DWORD, Bytes> Get(HKEY key, const wchar_t* name)
     return error == ERROR_SUCCESS ? std::pair(type, data) : std::pair(error, Bytes());
 }
 
-std::wstring Repeat(DWORD count, const std::wstring& text)
-{
-    return count == 0 ? std::wstring() : text + Repeat(count - 1, text);
-}
-
 /// Every function that works on a key.
 std::vector<std::pair<const char*, std::function<LONG(HKEY)>>> RegistryUses()
 {
@@ -92,8 +87,12 @@ protected:
 
 TEST_F(Registry, FindsKeysByPath)
 {
-    const std::wstring longest = Repeat(kRegistryMaximumKeyName, L"n");
-    const std::wstring deepest = Repeat(kRegistryMaximumDepth, L"d\\");
+    const std::wstring longest(kRegistryMaximumKeyName, L'n');
+    std::wstring deepest;
+    for (DWORD i = 0; i < kRegistryMaximumDepth; ++i)
+    {
+        deepest += L"d\\";
+    }
     // The path made and the path opened, with their results.
     const std::tuple<std::wstring, std::wstring, DWORD, DWORD> cases[] = {
         // clang-format off
@@ -187,7 +186,7 @@ TEST_F(Registry, KeepsValuesOfEveryTypeAndSize)
             << type;
     }
     EXPECT_EQ(RegFlushKey(key.Get()), 0);
-    const std::wstring longest = Repeat(kRegistryMaximumValueName, L"n");
+    const std::wstring longest(kRegistryMaximumValueName, L'n');
     EXPECT_EQ(Set(key.Get(), longest.c_str(), {1}), ERROR_SUCCESS);
     EXPECT_EQ(Set(key.Get(), (longest + L"n").c_str(), {1}), ERROR_INVALID_PARAMETER);
 }

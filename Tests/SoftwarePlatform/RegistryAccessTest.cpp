@@ -186,6 +186,9 @@ TEST_F(RegistryAccess, EveryFailureToReadANumberIsInvalidData)
     }
     EXPECT_EQ(m_spService->ReadLong(m_key, nullptr, &value), kInvalidData) << "missing";
     EXPECT_EQ(value, 99);
+    Set(4, L"\x89ABCDEF", 2);
+    EXPECT_EQ(m_spService->ReadLong(m_key, m_name, &value), S_OK);
+    EXPECT_EQ(value, 0xCDEF) << "a short number";
 }
 
 TEST_F(RegistryAccess, QueriesAndEnumeratesLikeThePlatform)
