@@ -438,6 +438,29 @@ TEST_F(Bus, RemoteLocalAndLockout)
     }
 }
 
+TEST_F(Bus, TellsTheDeviceHandlerOfTheApplication)
+{
+    const std::pair<std::function<void()>, const char*> rows[] = {
+        {[&] { m_bus.Query("*OPC?"); },                              "R"  },
+        {[&] { m_bus.Query("INT 1;:LIST? 1;*OPC?"); },               "be" },
+        {[&] { m_bus->GroupExecuteTrigger(); },                      "T"  },
+        {[&] { m_bus->LocalLockout(); },                             "K"  },
+        {[&] { m_bus->GotoLocal(); },                                "L"  },
+        {[&] { m_bus->SetRemoteEnable(false); },                     "k"  },
+        {[&] { AtRoot<IZOScpiDeviceManagement>()->SystemPreset(); }, "P"  },
+        {[&] { m_bus->GotoRemote(); },                               "R"  },
+        {[&] {
+             Enter(m_bus, "TAKE 2000000,#72000000abc", m_instrument.spSink->m_takeEntered, false);
+             m_bus->DeviceClear(CBusController::kTimeoutMs);
+         },                                                 "baC"},
+    };
+    for (const auto& [act, events] : rows)
+    {
+        act();
+        EXPECT_EQ(m_instrument.spDevice->TakeEvents(), events);
+    }
+}
+
 TEST_F(Bus, TellsObserversAndItsProperties)
 {
     m_spEvents->Take();

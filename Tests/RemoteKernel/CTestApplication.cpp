@@ -310,6 +310,19 @@ HRESULT CTestDevice::GetDeviceOptions(wchar_t** text)
     return S_OK;
 }
 
+std::string CTestDevice::TakeEvents()
+{
+    const std::lock_guard lock(m_mutex);
+    return std::exchange(m_events, {});
+}
+
+HRESULT CTestDevice::Note(char event)
+{
+    const std::lock_guard lock(m_mutex);
+    m_events += event;
+    return S_OK;
+}
+
 CComPtr<IZOScpiParser> MakeParser(const std::vector<_CMD_SET_RECORD>& records,
                                   IZOScpiExecutionSink* pSink,
                                   IZOScpiDeviceHandler* pDevice)

@@ -87,10 +87,26 @@ public:
     HRESULT Reset() override;
     HRESULT Selftest(short* passed) override;
     HRESULT GetDeviceOptions(wchar_t** text) override;
+    HRESULT GotoLocal() override { return Note('L'); }
+    HRESULT GotoRemote() override { return Note('R'); }
+    HRESULT LocalLockout(short on) override { return Note(on != 0 ? 'K' : 'k'); }
+    HRESULT DeviceClear() override { return Note('C'); }
+    HRESULT Trigger() override { return Note('T'); }
+    HRESULT SystemPreset() override { return Note('P'); }
+    HRESULT ProgramMessageBegin() override { return Note('b'); }
+    HRESULT ProgramMessageEnd(short aborted) override { return Note(aborted != 0 ? 'a' : 'e'); }
+    /// The events since the last call, a letter each.
+    std::string TakeEvents();
 
     std::atomic<int> m_resets{0};
     std::atomic<bool> m_bHealthy{true};
     std::wstring m_options;
+
+private:
+    HRESULT Note(char event);
+
+    std::mutex m_mutex;
+    std::string m_events; // guarded by m_mutex
 };
 
 using CSinkObject = CComObject<CTestSink, IZOScpiExecutionSink>;
