@@ -6,14 +6,27 @@
 //   receive    the header out of a datagram with the same field: what it does for each event it gets
 //   readable   the log line of a packet with 16 bytes
 //
+// And the way from a datagram of 40 bytes on the loopback interface to a sweep that has started, beside a
+// bare echo of the same datagram by a thread that does nothing else. Both wake one thread, which wakes the
+// measuring one in turn; they are timed by the clock.
+//
 // items_per_second are packets.
 
 #include "CLxiLanPacket.h"
+#include "CLxiTrigger.h"
 #include "CRatioReporter.h"
+#include "CRemoteKernel.h"
+#include "CUniqueHandle.h"
+#include "LxiEventFormat.h"
 
 #include <array>
+#include <chrono>
 #include <cstring>
 #include <memory>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <thread>
+#include <unistd.h>
 
 namespace
 {
@@ -131,6 +144,139 @@ void Readable(benchmark::State& state)
 }
 BENCHMARK(Readable)->Name("ReadableShort")->Arg(kShort);
 
+/// A UDP socket of the loopback interface.
+class CLoopbackSocket
+{
+public:
+    CLoopbackSocket() : m_socket(socket(AF_INET, SOCK_DGRAM, 0))
+    {
+        Use(&bind, 0);
+        socklen_t size = sizeof m_name;
+        getsockname(m_socket.Get(), Name(), &size);
+        m_port = ntohs(m_name.sin_port);
+    }
+
+    std::uint16_t Port() const { return m_port; }
+    void ConnectTo(std::uint16_t port) { Use(&connect, port); }
+    void Send(std::span<const std::uint8_t> bytes) { send(m_socket.Get(), bytes.data(), bytes.size(), 0); }
+    std::size_t Receive()
+    {
+        return static_cast<std::size_t>(recv(m_socket.Get(), m_bytes.data(), m_bytes.size(), 0));
+    }
+    std::span<const std::uint8_t> Bytes(std::size_t size) const { return std::span(m_bytes).first(size); }
+
+private:
+    sockaddr* Name() { return reinterpret_cast<sockaddr*>(&m_name); }
+    void Use(int (*operation)(int, const sockaddr*, socklen_t), std::uint16_t port)
+    {
+        m_name.sin_family = AF_INET;
+        m_name.sin_port = htons(port);
+        m_name.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        operation(m_socket.Get(), Name(), sizeof m_name);
+    }
+
+    CUniqueHandle<&::close, int, -1> m_socket;
+    sockaddr_in m_name{};
+    std::uint16_t m_port = 0;
+    std::array<std::uint8_t, 64> m_bytes{};
+};
+
+/// Times one way there and back by the clock.
+template <class TWork>
+void Time(benchmark::State& state, TWork work)
+{
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    state.SetIterationTime(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+}
+
+std::vector<std::uint8_t> NextMessage()
+{
+    CLxiLanPacket packet;
+    ZoVelkor::RemoteKernel::SetLxiEvent(packet, ZoVelkor::ZO_LXI_LAN0);
+    return ZoVelkor::RemoteKernel::EncodeLxiMessage(packet);
+}
+
+void Echo(benchmark::State& state)
+{
+    CLoopbackSocket here;
+    CLoopbackSocket there;
+    here.ConnectTo(there.Port());
+    there.ConnectTo(here.Port());
+    std::thread echo([&there] {
+        while (const std::size_t size = there.Receive())
+        {
+            there.Send(there.Bytes(size));
+        }
+    });
+    for (auto _ : state)
+    {
+        const std::vector<std::uint8_t> message = NextMessage();
+        Time(state, [&] {
+            here.Send(message);
+            here.Receive();
+        });
+    }
+    here.Send({});
+    echo.join();
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(Echo)->UseManualTime();
+
+/// Hears of an event after the trigger has, when the sweep has begun.
+class CStartedSignal : public ZoVelkor::RemoteKernel::ILxiEventObserver
+{
+public:
+    virtual ~CStartedSignal() = default;
+    void OnLxiEvent(const ZoVelkor::RemoteKernel::tagLxiEvent&) override { SetEvent(m_event.Get()); }
+    void Wait() const { WaitForSingleObject(m_event.Get(), INFINITE); }
+
+private:
+    CUniqueEvent m_event{CreateEvent(false, false)};
+};
+
+void SweepStart(benchmark::State& state)
+{
+    using namespace ZoVelkor::Demo;
+    ZoVelkor::RemoteKernel::CRemoteKernel kernel({"Zo", "Benchmark", "0", "0"});
+    if (FAILED(kernel.Start()))
+    {
+        state.SkipWithError("no remote control");
+        return;
+    }
+    CStartedSignal started;
+    CTraceMemory traces;
+    const CInstrumentStatus status;
+    CSweepEngine sweeps(traces, status);
+    tagAnalyzerSettings settings;
+    settings.triggerSource = tagTriggerSource::Lxi;
+    settings.sweepPoints = kMinSweepPoints;
+    sweeps.SetSettings(settings);
+    CLxiTrigger trigger(sweeps,
+                        ZoVelkor::RemoteKernel::tagLxiEndpointSettings{.iPort = 0, .iMulticastPort = 0});
+    trigger.Put(0, {.bEnabled = true});
+    trigger.Endpoint().AddObserver(0, &started);
+    CLoopbackSocket here;
+    here.ConnectTo(trigger.Endpoint().Port());
+    for (auto _ : state)
+    {
+        sweeps.AbortSweep();
+        sweeps.Initiate({});
+        const std::vector<std::uint8_t> message = NextMessage();
+        Time(state, [&] {
+            here.Send(message);
+            started.Wait();
+        });
+        if (sweeps.Trigger())
+        {
+            state.SkipWithError("the sweep has not begun");
+            return;
+        }
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(SweepStart)->UseManualTime();
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -146,5 +292,6 @@ int main(int argc, char** argv)
             {"ReceiveShort",  "CopyShort", "receive, 16 bytes / copy"          },
             {"ReceiveLong",   "CopyLong",  "receive, 1400 bytes / copy"        },
             {"ReadableShort", "CopyShort", "log line, 16 bytes / copy"         },
+            {"SweepStart",    "Echo",      "datagram to sweep start / echo"    },
     });
 }
