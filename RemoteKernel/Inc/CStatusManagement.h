@@ -83,6 +83,7 @@ private:
     tagEnableMasks m_powerOnMasks; // constant once there are sessions
     std::mutex m_powerOnMutex;
     tagPowerOnStatus m_powerOn;               // guarded by m_powerOnMutex
+    bool m_bPowerOnKept = true;               // guarded by m_powerOnMutex
     IPowerOnStore* m_pPowerOnStore = nullptr; // guarded by m_powerOnMutex
     std::mutex m_mutex;
     std::map<long, std::shared_ptr<CSessionStatus>> m_paths; // guarded by m_mutex

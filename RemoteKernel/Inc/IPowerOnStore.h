@@ -27,7 +27,7 @@ class IPowerOnStore
 {
 public:
     /// Keeps a status for the next start. Called one at a time, by the thread of the session that has changed
-    /// it, and only for a change.
+    /// it; for a change, and again after a failure.
     ///
     /// @return false when it cannot be kept; that becomes error -320 of the session
     virtual bool Keep(const tagPowerOnStatus& status) noexcept = 0;

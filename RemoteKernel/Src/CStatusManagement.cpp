@@ -201,8 +201,12 @@ bool CStatusManagement::NoteMasks(const tagEnableMasks& masks)
 
 bool CStatusManagement::KeepLocked(const tagPowerOnStatus& status)
 {
-    const bool bChanged = status != std::exchange(m_powerOn, status);
-    return !bChanged || m_pPowerOnStore == nullptr || m_pPowerOnStore->Keep(status);
+    if (status != m_powerOn || !m_bPowerOnKept)
+    {
+        m_powerOn = status;
+        m_bPowerOnKept = m_pPowerOnStore == nullptr || m_pPowerOnStore->Keep(status);
+    }
+    return m_bPowerOnKept;
 }
 
 void CStatusManagement::ClearEvents() noexcept

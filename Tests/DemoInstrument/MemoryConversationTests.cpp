@@ -247,8 +247,7 @@ TEST_F(MemoryConversation, BeginsWithDefaultsWithoutRegistry)
     EXPECT_EQ(Query("*IDN?;*PSC?;:SYST:COMM:LAN:HOST?"), "Zo,Demo Analyser,0,1.0.0;1;\"zo-demo\"");
     EXPECT_EQ(Query(kNothingKept), "4");
     EXPECT_EQ(NextError(), -320);
-    Client().Write("*CLS;*RCL 1");
-    EXPECT_EQ(NextError(), -320);
+    EXPECT_EQ(Query("*CLS;*RCL 1;*PSC 0;:SYST:ERR:COUN?"), "2");
 }
 
 } // namespace
