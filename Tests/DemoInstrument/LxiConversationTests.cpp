@@ -7,6 +7,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace ZoVelkor::Demo
 {
@@ -73,15 +74,9 @@ protected:
     std::optional<RemoteKernel::CLxiEventEndpoint> m_peer;
 };
 
-struct tagLxiCase
-{
-    const char* message;
-    const char* answer;
-};
-
 TEST_F(LxiConversation, Settings)
 {
-    constexpr tagLxiCase kCases[] = {
+    constexpr std::pair<const char*, const char*> kCases[] = {
         {"*RST;TRIG:LXI:LAN0:ENAB?;DEL?",                                   "0;0"                                                   },
         {"TRIG:SEQ:LXI:LAN7:SET:ENAB ON;DEL 10;:TRIG:LXI:LAN7:ENAB?;DEL?",  "1;10"                                                  },
         {"TRIG:LXI:LAN6:ENAB?;DEL?;:TRIG:LXI:LAN7:DEL? MAX",                "0;0;10"                                                },
@@ -94,9 +89,9 @@ TEST_F(LxiConversation, Settings)
         {"*CLS;:LXI:EVEN:LAN0:SEND -0.1\nSYST:ERR?",                        "-222,\"Data out of range\""                            },
         {"LXI:EVEN:LOG:COUN?;ALL?;:LXI:ERR?",                               "0;\"\";0,\"No error\""                                 },
     };
-    for (const tagLxiCase& row : kCases)
+    for (const auto& [message, answer] : kCases)
     {
-        EXPECT_EQ(Query(row.message), row.answer) << row.message;
+        EXPECT_EQ(Query(message), answer) << message;
     }
 }
 
