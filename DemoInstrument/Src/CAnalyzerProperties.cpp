@@ -17,9 +17,9 @@ ZO_SOURCE_UNIT("DemoInstrument/Src/CAnalyzerProperties")
 /// A property of each channel or marker, or one of the whole analyser; exactly one setting is given.
 struct tagPropertyRow
 {
-    const char* name;
-    long count; ///< of channels or markers; 0: one without number in its name
-    VARTYPE type;
+    const char* name = nullptr;
+    long count = 0; ///< of channels or markers; 0: one without number in its name
+    VARTYPE type = VT_EMPTY;
     const tagNumericSetting* number = nullptr;
     const tagBooleanSetting* boolean = nullptr;
     const tagWordSetting* word = nullptr;
@@ -125,7 +125,7 @@ CAnalyzerProperties::CAnalyzerProperties(const CApplicationAccess<CAnalyzer>& an
         {
             const std::string name = row.name + (row.count == 0 ? std::string() : std::to_string(suffix));
             // Without variable: the value is the analyser's, and is read and written there.
-            AddPropertyReference({row.type, firstId + suffix, name.c_str(), nullptr});
+            AddPropertyReference({row.type, firstId + suffix, name, nullptr});
         }
     }
 }
