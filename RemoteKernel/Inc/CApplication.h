@@ -100,7 +100,7 @@ public:
         return m_parts.spSink == nullptr ? E_ABORT : GuardedEntry(std::forward<TWork>(work));
     }
 
-    /// Gives the engine of a remote path back that has ended.
+    /// Gives the engine of a remote path back that has ended. Does not wait for a command of another path.
     void ReleaseEngine(long remotePath) noexcept;
 
     /// Lets go of sink and device handler; when it returns, none of them is running or will be called.
@@ -111,6 +111,7 @@ private:
 
     struct tagEngine
     {
+        CComPtr<IZOScpiMultichannelParser> spMaker;
         CComPtr<IUnknown> spObject;
         CComPtr<IZOScpiExecutionSink> spSink; // null: it could not be made
     };
@@ -122,7 +123,7 @@ private:
     /// @return borrowed, while the lock is held; null when the path's engine cannot be made
     IZOScpiExecutionSink* SinkLocked(long remotePath);
     tagEngine MakeEngineLocked();
-    void ReleaseEngines(std::map<long, tagEngine> engines, IZOScpiMultichannelParser* pMaker) noexcept;
+    static void GiveBack(tagEngine& engine) noexcept;
     HRESULT RunLocked(const tagParsedCommand& command,
                       IUnknown* context,
                       long remotePath,
@@ -134,10 +135,10 @@ private:
 
     const std::vector<_CMD_SET_RECORD> m_table;
     const bool m_bBuiltIn;
-    const bool m_bEngines; // has one for each path
     std::mutex m_mutex;
     tagApplicationParts m_parts;         // its counted interfaces are guarded by m_mutex
-    std::map<long, tagEngine> m_engines; // guarded by m_mutex
+    std::mutex m_enginesMutex;           // taken after m_mutex; held while engines are given back
+    std::map<long, tagEngine> m_engines; // guarded by m_enginesMutex
 };
 
 } // namespace ZoVelkor::RemoteKernel

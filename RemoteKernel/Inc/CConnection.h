@@ -79,7 +79,8 @@ private:
     tagReceived Receive(std::span<char> space, int timeoutMs, int cancelDescriptor) noexcept override;
     HRESULT ReadInto(std::span<char> space, std::size_t& received) noexcept;
     void TakeDown();
-    std::wstring ChannelName();
+    HRESULT StartThread();
+    void TellBroken(std::wstring name);
 
     const tagKernelParts m_parts;
     CComPtr<IZOScpiChannel> m_spChannel; // constant until TakeDown
@@ -90,6 +91,7 @@ private:
     std::unique_ptr<CSession> m_spSession; // guarded by m_mutex; the thread has it without lock
     const std::shared_ptr<CRemotePath> m_spPath;
     bool m_bConnected = false;     // guarded by m_mutex
+    bool m_bServed = false;        // guarded by m_mutex: the thread has begun
     bool m_bEnded = false;         // guarded by m_mutex
     bool m_bEndedByThread = false; // guarded by m_mutex
     std::thread m_thread;          // guarded by m_mutex

@@ -33,7 +33,7 @@ public:
     HRESULT RegisterEventObserver(IZOScpiMultichannelEventObserver* observer) override;
     HRESULT UnregisterEventObserver(IZOScpiMultichannelEventObserver* observer) override;
 
-    /// Ends all connections and takes no further ones.
+    /// Ends all connections, whose sessions are cancelled already, and takes no further ones.
     void Close();
 
 private:

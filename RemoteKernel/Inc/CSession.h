@@ -17,6 +17,7 @@
 #include <atomic>
 #include <cstddef>
 #include <memory>
+#include <mutex>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -114,7 +115,7 @@ public:
 
     /// Device clear: ends the session's waits and drops the rest of the message at hand, its responses and
     /// all input; does not wait. The session does nothing more until FinishClear. Threads: any.
-    void DeviceClear() noexcept;
+    void DeviceClear() noexcept { Break(kBreakForDeviceClear); }
     /// Drops input and message in the same way, and nothing else: what has arrived has no end. Threads: any.
     void DropInput() noexcept { Break(kBreakForInput); }
     /// Tells whether one of the two waits for FinishClear.
@@ -184,6 +185,7 @@ private:
     bool RunApplication(const tagParsedCommand& command, HRESULT& result);
     bool IsBroken() const noexcept { return m_break.load(std::memory_order_relaxed) != kRuns; }
     void Break(int reason) noexcept;
+    void GoOn() noexcept;
     void AddPath(const tagSessionTransport& transport);
     void RefreshApplications();
     void RemovePath() noexcept;
@@ -212,8 +214,9 @@ private:
     std::vector<CApplication*> m_involved;   // whose commands the message at hand has run
     std::vector<CApplication*> m_remoteTold; // who know that the path is remote
     bool m_bTellsRemote = false;             // those who do not are to be told
-    std::atomic<int> m_break{kRuns};
-    std::atomic<std::uint32_t> m_clearRequests{0};
+    std::mutex m_breakMutex;
+    std::atomic<int> m_break{kRuns}; // changed under m_breakMutex
+    int m_breakNext = kRuns;         // guarded by m_breakMutex: what has come since FinishClear began
 };
 
 } // namespace ZoVelkor::RemoteKernel

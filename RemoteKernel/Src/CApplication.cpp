@@ -45,8 +45,7 @@ void TraceCommand(const tagParsedCommand& command,
 
 CApplication::CApplication(std::string name, const _CMD_SET_RECORD* table, std::size_t count)
     : m_table(table, table + count),
-      m_bBuiltIn(true),
-      m_bEngines(false)
+      m_bBuiltIn(true)
 {
     m_parts.sName = std::move(name);
 }
@@ -54,7 +53,6 @@ CApplication::CApplication(std::string name, const _CMD_SET_RECORD* table, std::
 CApplication::CApplication(tagApplicationParts parts)
     : m_table(parts.tree.pTable, parts.tree.pTable + parts.tree.iSize / sizeof(_CMD_SET_RECORD)),
       m_bBuiltIn(false),
-      m_bEngines(parts.spEngines != nullptr),
       m_parts(std::move(parts))
 {
     m_parts.tree = {};
@@ -66,18 +64,23 @@ IZOScpiExecutionSink* CApplication::SinkLocked(long remotePath)
     {
         return m_parts.spSink;
     }
-    auto found = m_engines.find(remotePath);
-    if (found == m_engines.end())
     {
-        found = m_engines.emplace(remotePath, MakeEngineLocked()).first;
+        const std::lock_guard lock(m_enginesMutex);
+        if (const auto found = m_engines.find(remotePath); found != m_engines.end())
+        {
+            return found->second.spSink;
+        }
     }
-    return found->second.spSink;
+    tagEngine engine = MakeEngineLocked();
+    const std::lock_guard lock(m_enginesMutex);
+    return m_engines.emplace(remotePath, std::move(engine)).first->second.spSink;
 }
 
 CApplication::tagEngine CApplication::MakeEngineLocked()
 {
     tagEngine engine;
-    const HRESULT result = m_parts.spEngines->CreateClone(&engine.spObject);
+    engine.spMaker = m_parts.spEngines;
+    const HRESULT result = engine.spMaker->CreateClone(&engine.spObject);
     if (SUCCEEDED(result) && engine.spObject != nullptr &&
         FAILED(engine.spObject.QueryInterface(&engine.spSink)))
     {
@@ -88,33 +91,22 @@ CApplication::tagEngine CApplication::MakeEngineLocked()
 
 void CApplication::ReleaseEngine(long remotePath) noexcept
 {
-    if (!m_bEngines)
+    // No command of the path is running any more, so nobody uses the engine.
+    std::map<long, tagEngine>::node_type engine; // released without lock
+    const std::lock_guard lock(m_enginesMutex);
+    engine = m_engines.extract(remotePath);
+    if (!engine.empty())
     {
-        return; // without waiting for a handler that is running
+        GiveBack(engine.mapped());
     }
-    std::map<long, tagEngine> engines;
-    CComPtr<IZOScpiMultichannelParser> spMaker;
-    {
-        const std::lock_guard lock(m_mutex);
-        if (auto node = m_engines.extract(remotePath); !node.empty())
-        {
-            engines.insert(std::move(node));
-            spMaker = m_parts.spEngines;
-        }
-    }
-    ReleaseEngines(std::move(engines), spMaker);
 }
 
-void CApplication::ReleaseEngines(std::map<long, tagEngine> engines,
-                                  IZOScpiMultichannelParser* pMaker) noexcept
+void CApplication::GiveBack(tagEngine& engine) noexcept
 {
-    for (auto& [path, engine] : engines)
+    if (engine.spObject != nullptr)
     {
-        if (engine.spObject != nullptr)
-        {
-            static_cast<void>(
-                GuardedEntry([&]() -> HRESULT { return pMaker->ReleaseClone(engine.spObject); }));
-        }
+        static_cast<void>(
+            GuardedEntry([&]() -> HRESULT { return engine.spMaker->ReleaseClone(engine.spObject); }));
     }
 }
 
@@ -205,9 +197,13 @@ void CApplication::Close()
         std::swap(spSink, m_parts.spSink);
         std::swap(spDeviceHandler, m_parts.spDeviceHandler);
         std::swap(spEngines, m_parts.spEngines);
-        std::swap(engines, m_engines);
     }
-    ReleaseEngines(std::move(engines), spEngines);
+    const std::lock_guard lock(m_enginesMutex);
+    std::swap(engines, m_engines);
+    for (auto& [path, engine] : engines)
+    {
+        GiveBack(engine);
+    }
 }
 
 } // namespace ZoVelkor::RemoteKernel

@@ -41,6 +41,15 @@ int WaitDescriptor(IZOScpiChannel* pChannel)
     return descriptor;
 }
 
+std::wstring ChannelName(IZOScpiChannel* pChannel)
+{
+    tag_ScpiChannelInfo info{};
+    const HRESULT result = GuardedEntry([&] { return pChannel->get_ChannelProperties(&info); });
+    std::wstring name = SUCCEEDED(result) && info.bsName != nullptr ? info.bsName : L"";
+    CSmartScpiChannelInfo::ClearData(info);
+    return name;
+}
+
 } // namespace
 
 CConnection::CConnection(CRemoteKernel& kernel,
@@ -91,58 +100,66 @@ void CConnection::End()
 void CConnection::TakeDown()
 {
     std::unique_ptr<CSession> spSession;
-    bool bConnected = false;
+    bool bServed = false;
     {
         const std::lock_guard lock(m_mutex);
         spSession = std::move(m_spSession);
-        bConnected = m_bConnected;
+        bServed = m_bServed;
     }
-    if (bConnected)
+    if (bServed)
     {
-        const std::wstring name = ChannelName();
-        m_parts.spEvents->TellObservers([&](IZOScpiMultichannelEventObserver& observer) {
-            return observer.ConnectionBroken(const_cast<wchar_t*>(name.c_str()), RemotePath());
-        });
+        TellBroken(ChannelName(m_spChannel));
     }
     spSession.reset();
     m_spChannel.Release();
 }
 
-std::wstring CConnection::ChannelName()
+void CConnection::TellBroken(std::wstring name)
 {
-    tag_ScpiChannelInfo info{};
-    const HRESULT result = GuardedEntry([&] { return m_spChannel->get_ChannelProperties(&info); });
-    std::wstring name = SUCCEEDED(result) && info.bsName != nullptr ? info.bsName : L"";
-    CSmartScpiChannelInfo::ClearData(info);
-    return name;
+    m_parts.spEvents->TellObservers([&](IZOScpiMultichannelEventObserver& observer) {
+        return observer.ConnectionBroken(name.data(), RemotePath());
+    });
 }
 
 HRESULT CConnection::SignalConnected()
 {
-    return GuardedEntry([&]() -> HRESULT {
-        {
-            const std::lock_guard lock(m_mutex);
-            if (m_bEnded || m_bConnected)
-            {
-                return m_bEnded ? E_UNEXPECTED : S_FALSE;
-            }
-            m_bConnected = true;
-        }
-        const std::wstring name = ChannelName();
-        m_parts.spEvents->TellObservers([&](IZOScpiMultichannelEventObserver& observer) {
-            return observer.ConnectionAccepted(const_cast<wchar_t*>(name.c_str()), RemotePath());
-        });
+    CComPtr<IZOScpiChannel> spChannel; // the end of the connection may come at any moment
+    {
         const std::lock_guard lock(m_mutex);
-        if (m_bEnded)
+        if (m_bEnded || m_bConnected)
         {
-            return E_UNEXPECTED;
+            return m_bEnded ? E_UNEXPECTED : S_FALSE;
         }
-        // The thread keeps the connection until it is back, whoever lets go of it meanwhile.
-        m_thread = std::thread([this,
-                                spSelf = CComPtr<IZOScpiChannelServiceProvider>(this),
-                                pSession = m_spSession.get()] { Run(*pSession); });
-        return S_OK;
+        m_bConnected = true;
+        spChannel = m_spChannel;
+    }
+    return GuardedEntry([&]() -> HRESULT {
+        std::wstring name = ChannelName(spChannel);
+        m_parts.spEvents->TellObservers([&](IZOScpiMultichannelEventObserver& observer) {
+            return observer.ConnectionAccepted(name.data(), RemotePath());
+        });
+        const HRESULT result = GuardedEntry([this] { return StartThread(); });
+        if (FAILED(result))
+        {
+            TellBroken(std::move(name));
+        }
+        return result;
     });
+}
+
+HRESULT CConnection::StartThread()
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_bEnded)
+    {
+        return E_UNEXPECTED;
+    }
+    // The thread keeps the connection until it is back, whoever lets go of it meanwhile.
+    m_thread = std::thread([this,
+                            spSelf = CComPtr<IZOScpiChannelServiceProvider>(this),
+                            pSession = m_spSession.get()] { Run(*pSession); });
+    m_bServed = true;
+    return S_OK;
 }
 
 HRESULT CConnection::SignalDisconnected()
@@ -304,7 +321,8 @@ void CConnection::Serve(CSession& session)
         {
             return;
         }
-        if (triggers != TriggersDone())
+        // One that has come inside a block is over by now, and may be a later one.
+        if (triggers > TriggersDone())
         {
             RunTrigger(session, triggers);
         }

@@ -134,11 +134,6 @@ void CMultichannelAdministration::Close()
         m_bClosed = true;
         connections.swap(m_connections);
     }
-    // All are broken off first, so that they end side by side.
-    for (const auto& [identity, spConnection] : connections)
-    {
-        spConnection->SignalDisconnected();
-    }
     for (const auto& [identity, spConnection] : connections)
     {
         spConnection->End();

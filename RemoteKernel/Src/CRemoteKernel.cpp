@@ -123,7 +123,6 @@ void CRemoteKernel::Stop()
         const std::lock_guard lock(m_startMutex);
         UnregisterAtRoot();
     }
-    m_spAdministration->Close();
     {
         const std::lock_guard lock(m_mutex);
         m_bStopped = true;
@@ -132,7 +131,9 @@ void CRemoteKernel::Stop()
             pSession->Cancel();
         }
     }
+    // Before the connections' threads are waited for, which may be in such a wait.
     m_parts.spStatus->Stop();
+    m_spAdministration->Close();
     m_parts.spRegistry->Close();
     m_parts.spEvents->Close();
 }

@@ -111,6 +111,7 @@ void CSession::AddPath(const tagSessionTransport& transport)
             m_spPath->AttachChannel(transport.pChannel);
             SetServiceRequestObserver(m_spPath.get());
         }
+        m_spStatus->Enable(m_kernel.m_parts.spStatus->PowerOnMasks());
         m_kernel.AddSession(*this);
         m_spPath->Publish();
     }
@@ -143,12 +144,35 @@ void CSession::RemovePath() noexcept
 
 void CSession::Break(int reason) noexcept
 {
-    int running = kRuns;
-    while (running < reason && !m_break.compare_exchange_weak(running, reason))
-    {}
-    m_spOutput->Cancel();
-    SetEvent(m_spBreakEvent->Get());
+    const bool bDeviceClear = reason == kBreakForDeviceClear && m_spPath->DeviceClearEvent() != nullptr;
+    {
+        const std::lock_guard lock(m_breakMutex);
+        m_break.store(std::max(m_break.load(), reason));
+        m_breakNext = std::max(m_breakNext, reason);
+        m_spOutput->Cancel();
+        SetEvent(m_spBreakEvent->Get());
+        if (bDeviceClear)
+        {
+            SetEvent(m_spPath->DeviceClearEvent()->Get());
+        }
+    }
     m_kernel.m_parts.spGate->Wake();
+}
+
+void CSession::GoOn() noexcept
+{
+    const std::lock_guard lock(m_breakMutex);
+    m_break.store(m_breakNext);
+    if (m_breakNext != kRuns)
+    {
+        return;
+    }
+    m_spOutput->Resume();
+    ResetEvent(m_spBreakEvent->Get());
+    if (m_spPath->DeviceClearEvent() != nullptr)
+    {
+        ResetEvent(m_spPath->DeviceClearEvent()->Get());
+    }
 }
 
 void CSession::Cancel() noexcept
@@ -160,20 +184,14 @@ void CSession::Cancel() noexcept
     }
 }
 
-void CSession::DeviceClear() noexcept
-{
-    m_clearRequests.fetch_add(1);
-    if (m_spPath->DeviceClearEvent() != nullptr)
-    {
-        SetEvent(m_spPath->DeviceClearEvent()->Get());
-    }
-    Break(kBreakForDeviceClear);
-}
-
 void CSession::FinishClear()
 {
-    const std::uint32_t requests = m_clearRequests.load();
-    int reason = m_break.load();
+    int reason = kRuns;
+    {
+        const std::lock_guard lock(m_breakMutex);
+        reason = m_break.load();
+        m_breakNext = reason == kBreakForEver ? reason : kRuns;
+    }
     m_input.Clear();
     m_framer.Reset();
     m_bInMessage = false;
@@ -186,16 +204,7 @@ void CSession::FinishClear()
     {
         TellDeviceClear();
     }
-    ResetEvent(m_spBreakEvent->Get());
-    m_spOutput->Resume();
-    if (!m_break.compare_exchange_strong(reason, kRuns))
-    {
-        Break(reason); // cancelled or cleared meanwhile
-    }
-    else if (m_clearRequests.load() != requests)
-    {
-        DeviceClear(); // asked for once more meanwhile, by who must not take this one for its own
-    }
+    GoOn();
 }
 
 void CSession::TellDeviceClear()
@@ -207,10 +216,6 @@ void CSession::TellDeviceClear()
     }
     m_kernel.m_parts.spEvents->Tell(
         path, &IZOScpiDeviceHandler::DeviceClear, &IZOScpiMultichannelEventObserver::DeviceClear);
-    if (m_spPath->DeviceClearEvent() != nullptr)
-    {
-        ResetEvent(m_spPath->DeviceClearEvent()->Get());
-    }
 }
 
 void CSession::Abandon()
@@ -510,7 +515,8 @@ bool CSession::RunApplication(const tagParsedCommand& command, HRESULT& result)
     CApplication& application = *command.pApplication;
     tagApplicationNews news;
     news.bMessageBegin = AddOnce(m_involved, &application);
-    news.bRemote = m_bTellsRemote && AddOnce(m_remoteTold, &application);
+    // What a front panel has made local meanwhile is told so already.
+    news.bRemote = m_bTellsRemote && m_spPath->State().IsRemote() && AddOnce(m_remoteTold, &application);
     return application.Execute(command, news, m_pContext, m_spPath->Number(), m_spOutput, result);
 }
 

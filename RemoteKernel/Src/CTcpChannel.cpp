@@ -41,18 +41,17 @@ int Prepare(asio::ip::tcp::socket socket)
     return descriptor;
 }
 
-using FEndpoint = int (*)(int, sockaddr*, socklen_t*);
-
-/// One end of a connection; all zero when the connection is gone.
-asio::ip::tcp::endpoint EndOf(int socket, FEndpoint getEndpoint)
+// The ends are all zero when the connection is gone already.
+asio::ip::tcp::endpoint LocalEnd(const asio::ip::tcp::socket& socket)
 {
-    asio::ip::tcp::endpoint endpoint;
-    auto size = static_cast<socklen_t>(endpoint.capacity());
-    if (getEndpoint(socket, endpoint.data(), &size) == 0)
-    {
-        endpoint.resize(size);
-    }
-    return endpoint;
+    asio::error_code ignored;
+    return socket.local_endpoint(ignored);
+}
+
+asio::ip::tcp::endpoint RemoteEnd(const asio::ip::tcp::socket& socket)
+{
+    asio::error_code ignored;
+    return socket.remote_endpoint(ignored);
 }
 
 bool WaitForRoom(int socket) noexcept
@@ -76,7 +75,9 @@ std::string Text(const asio::ip::tcp::endpoint& endpoint)
 } // namespace
 
 CTcpChannel::CTcpChannel(asio::ip::tcp::socket socket, std::function<void()> onEnd)
-    : m_socket(Prepare(std::move(socket))),
+    : m_local(LocalEnd(socket)),
+      m_remote(RemoteEnd(socket)),
+      m_socket(Prepare(std::move(socket))),
       m_onEnd(std::move(onEnd))
 {}
 
@@ -168,15 +169,13 @@ HRESULT CTcpChannel::DoAbort()
 
 HRESULT CTcpChannel::do_get_ChannelProperties(tag_ScpiChannelInfo* info)
 {
-    const asio::ip::tcp::endpoint local = EndOf(m_socket.Get(), &getsockname);
-    const asio::ip::tcp::endpoint remote = EndOf(m_socket.Get(), &getpeername);
-    Replace(info->bsName, "TCPIP " + Text(remote));
-    Replace(info->bsLocalAddress, local.address().to_string());
-    Replace(info->bsRemoteAddress, remote.address().to_string());
+    Replace(info->bsName, "TCPIP " + Text(m_remote));
+    Replace(info->bsLocalAddress, m_local.address().to_string());
+    Replace(info->bsRemoteAddress, m_remote.address().to_string());
     info->iKind = ZO_CHANNEL_KIND_RAW_SOCKET;
     info->iRemotePath = static_cast<std::int32_t>(GetRemotePath());
-    info->iLocalPort = local.port();
-    info->iRemotePort = remote.port();
+    info->iLocalPort = m_local.port();
+    info->iRemotePort = m_remote.port();
     info->iSecondaryAddress = -1;
     info->iBytesReceived = static_cast<std::int32_t>(m_received.load());
     info->iBytesSent = static_cast<std::int32_t>(m_sent.load());

@@ -44,6 +44,8 @@ protected:
 private:
     using CUniqueSocket = CUniqueHandle<&::close, int, -1>;
 
+    const asio::ip::tcp::endpoint m_local; // as long as it is served a client goes by the same name
+    const asio::ip::tcp::endpoint m_remote;
     const CUniqueSocket m_socket; // open until destruction, so that DoAbort may use it; no socket of Asio,
                                   // which must not outlive the server
     const std::function<void()> m_onEnd;

@@ -101,15 +101,15 @@ private:
 
     const tagTcpServerSettings m_settings;
 
-    mutable std::mutex m_runMutex;                 // start and stop one at a time; taken before m_mutex
-    std::unique_ptr<asio::io_context> m_spContext; // guarded by m_runMutex; set while running
-    tcp::endpoint m_endpoint;                      // guarded by m_runMutex
+    std::mutex m_runMutex;                         // start and stop one at a time; taken before m_mutex
+    std::shared_ptr<asio::io_context> m_spContext; // guarded by m_runMutex; set while running
     std::thread m_acceptThread;                    // guarded by m_runMutex
 
     std::optional<tcp::acceptor> m_acceptor;   // the accepting thread's, while it runs
     std::optional<asio::steady_timer> m_retry; // the same
 
     mutable std::mutex m_mutex;
+    tcp::endpoint m_endpoint;                         // guarded by m_mutex
     std::list<CComPtr<CTcpChannelObject>> m_channels; // guarded by m_mutex
 };
 
@@ -120,12 +120,15 @@ void CTcpServer::CImplementation::Start()
     {
         return;
     }
-    m_spContext = std::make_unique<asio::io_context>(1);
+    m_spContext = std::make_shared<asio::io_context>(1);
     try
     {
         m_acceptor.emplace(Listen(*m_spContext, m_settings));
         m_retry.emplace(*m_spContext);
-        m_endpoint = m_acceptor->local_endpoint();
+        {
+            const std::lock_guard endpointLock(m_mutex);
+            m_endpoint = m_acceptor->local_endpoint();
+        }
         AcceptNext();
         m_acceptThread = std::thread([&context = *m_spContext] {
             SetThreadName("scpi-tcp-accept");
@@ -220,13 +223,17 @@ void CTcpServer::CImplementation::OnAccept(const asio::error_code& error, tcp::s
 void CTcpServer::CImplementation::Serve(tcp::socket socket)
 {
     std::list<CComPtr<CTcpChannelObject>> added;
-    added.push_back(CTcpChannelObject::Create(std::move(socket), [this, &context = *m_spContext] {
-        asio::post(context, [this] { RemoveEnded(); });
+    // A kernel that stops at the same time may still be ending a channel when the server has stopped.
+    added.push_back(CTcpChannelObject::Create(std::move(socket), [this, spContext = m_spContext] {
+        asio::post(*spContext, [this] { RemoveEnded(); });
     }));
     CTcpChannelObject& channel = *added.front();
     channel.Open();
     CComPtr<IZOScpiChannelServiceProvider> spProvider;
-    channel.GetServiceProvider(&spProvider);
+    if (FAILED(channel.GetServiceProvider(&spProvider)))
+    {
+        return;
+    }
     {
         const std::lock_guard lock(m_mutex);
         m_channels.splice(m_channels.end(), added);
@@ -268,7 +275,7 @@ void CTcpServer::CImplementation::RemoveEnded()
 
 tcp::endpoint CTcpServer::CImplementation::LocalEndpoint() const
 {
-    const std::lock_guard lock(m_runMutex);
+    const std::lock_guard lock(m_mutex);
     return m_endpoint;
 }
 

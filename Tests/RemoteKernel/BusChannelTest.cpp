@@ -368,6 +368,7 @@ TEST_F(Bus, TriggerInsideAStreamedBlockIsRefusedAtOnce)
     EXPECT_EQ(m_bus.Query("LAST?"),
               "\"2000000/2000000:" + std::to_string(1'999'997 * 10 + 'a' + 'b' + 'c') + '"');
     EXPECT_EQ(Errors(), kNotAllowed);
+    EXPECT_EQ(m_spEvents->Count("Trigger"), 0U);
 }
 
 TEST_F(Bus, ReadingInsideAStreamedBlockDropsIt)

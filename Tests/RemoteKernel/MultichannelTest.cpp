@@ -155,14 +155,14 @@ class CCloningParser : public CBScpiParser, public CBScpiMultichannelParser
 public:
     std::atomic<int> m_created{0};
     std::atomic<int> m_released{0};
+    CComPtr<CSinkObject> m_spFirst;
 
 protected:
     HRESULT DoCreateClone(IUnknown** engine) override
     {
-        ++m_created;
-        CComPtr<IZOScpiExecutionSink> spSink(CSinkObject::Create());
-        *engine = spSink.Detach();
-        return S_OK;
+        const auto spSink = CSinkObject::Create();
+        m_spFirst = m_created++ == 0 ? spSink : m_spFirst;
+        return CComPtr<IUnknown>(static_cast<IZOScpiExecutionSink*>(spSink)).CopyTo(engine);
     }
     HRESULT DoReleaseClone(IUnknown*) override
     {
@@ -205,6 +205,98 @@ TEST_F(Multichannel, GivesEachPathAnEngineOfItsOwn)
     EXPECT_EQ(spParser->m_released, 2);
     EXPECT_EQ(Administration().UnregisterParser(spParser), S_FALSE);
     EXPECT_EQ(bus.Query("LAST?"), "\"\"") << "the instrument's own application has it again";
+}
+
+TEST_F(Multichannel, ABusyApplicationHoldsUpNoOtherConnection)
+{
+    const auto spParser = MakeCloning(CTestSink::Table());
+    ASSERT_EQ(Administration().RegisterParser(spParser), S_OK);
+    CBusController busy;
+    auto spOther = std::make_unique<CBusController>();
+    busy.Query("*CLS;:INT 1;*OPC?");
+    spOther->Query("INT 1;*OPC?");
+    busy.Send("HOLD");
+    WaitForSingleObject(spParser->m_spFirst->m_holdEntered.Get(), CBusController::kTimeoutMs);
+    std::thread leaving([&spOther] { spOther.reset(); });
+    EXPECT_TRUE(Eventually([&] { return spParser->m_released == 1; })) << "its engine is given back";
+    SetEvent(spParser->m_spFirst->m_holdRelease.Get());
+    leaving.join();
+    EXPECT_EQ(Administration().UnregisterParser(spParser), S_OK);
+}
+
+/// Its command waits for a bit that never comes.
+class CWaitingSink : public CBScpiExecutionSink
+{
+public:
+    CUniqueEvent m_entered{CreateEvent(FALSE, FALSE)};
+
+    HRESULT Execute(IUnknown*,
+                    long,
+                    unsigned long,
+                    short,
+                    long*,
+                    unsigned long,
+                    tagZO_SCPI_PARAMETER*,
+                    wchar_t*,
+                    IZOScpiOutputBuffer*) override
+    {
+        CComPtr<IZOScpiStatusRegister> spRegister;
+        AtRoot<IZOScpiStatusManagement>()->GetRegister(kScpiInstrumentPath, L"STAT:OPER", &spRegister);
+        SetEvent(m_entered.Get());
+        wchar_t bits = 0;
+        return spRegister->WaitConditionBits(CBusController::kTimeoutMs, 1, &bits);
+    }
+};
+
+TEST_F(Multichannel, KernelStopEndsACommandThatWaitsForTheInstrument)
+{
+    const auto spSink = CComObject<CWaitingSink, IZOScpiExecutionSink>::Create();
+    const auto table = CTableBuilder().Add("WAIT", 0, DEF, 0).Build();
+    GUID id{};
+    ASSERT_EQ(m_instrument.Register(table, id, spSink), S_OK);
+    CBusController bus;
+    bus.Send("WAIT");
+    WaitForSingleObject(spSink->m_entered.Get(), CBusController::kTimeoutMs);
+    const auto start = std::chrono::steady_clock::now();
+    m_instrument.kernel.Stop();
+    EXPECT_LT(std::chrono::steady_clock::now() - start,
+              std::chrono::milliseconds(CBusController::kTimeoutMs));
+    const CErrorRecorder errors; // the kernel is not found any more
+    bus->Disconnect();
+}
+
+class CNameRecorder : public CEventRecorder
+{
+public:
+    std::vector<std::wstring> m_names; // read when the connections are over
+
+protected:
+    HRESULT DoConnectionAccepted(wchar_t* name, long) override { return NoteName(name); }
+    HRESULT DoConnectionBroken(wchar_t* name, long) override { return NoteName(name); }
+
+private:
+    HRESULT NoteName(const wchar_t* name)
+    {
+        m_names.emplace_back(name);
+        return S_OK;
+    }
+};
+
+TEST_F(Multichannel, AConnectionKeepsItsNameToTheEnd)
+{
+    const auto spNames = CComObject<CNameRecorder, IZOScpiMultichannelEventObserver>::Create();
+    ASSERT_EQ(Administration().RegisterEventObserver(spNames), S_OK);
+    CTcpServer server({.iPort = 0});
+    server.Start();
+    {
+        CScpiClient client(server.Port());
+        EXPECT_EQ(client.Query("*OPC?"), "1");
+    }
+    EXPECT_TRUE(Eventually([&] { return m_instrument.kernel.SessionCount() == 0; }));
+    Administration().UnregisterEventObserver(spNames);
+    ASSERT_EQ(spNames->m_names.size(), 2U);
+    EXPECT_TRUE(spNames->m_names[0].starts_with(L"TCPIP 127.0.0.1:"));
+    EXPECT_EQ(spNames->m_names[0], spNames->m_names[1]);
 }
 
 TEST_F(Multichannel, ComponentsComeAndGoWhileClientsTalk)
