@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CComBSTR.h"
 #include "CComPtr.h"
 #include "GuardedEntry.h"
 #include "Guid.h"
@@ -53,12 +54,15 @@ public:
     /// The kernel's own commands, which only touch their session and run without lock.
     CApplication(std::string name, const _CMD_SET_RECORD* table, std::size_t count);
 
+    /// Asks the device handler, if it hears of all paths, for its firmware level.
     explicit CApplication(tagApplicationParts parts);
 
     const std::string& Name() const noexcept { return m_parts.sName; }
     const GUID& ObjectId() const noexcept { return m_parts.id; }
     const tagApplicationParts& Parts() const noexcept { return m_parts; }
     const std::vector<_CMD_SET_RECORD>& Table() const noexcept { return m_table; }
+    /// Empty: that of the instrument holds.
+    const CComBSTR& FirmwareLevel() const noexcept { return m_bsFirmwareLevel; }
     bool IsBuiltIn() const noexcept { return m_bBuiltIn; }
 
     /// Runs one command; no exception of the handler gets out, it gives E_FAIL.
@@ -135,6 +139,7 @@ private:
 
     const std::vector<_CMD_SET_RECORD> m_table;
     const bool m_bBuiltIn;
+    CComBSTR m_bsFirmwareLevel; // constant after construction
     std::mutex m_mutex;
     tagApplicationParts m_parts;         // its counted interfaces are guarded by m_mutex
     std::mutex m_enginesMutex;           // taken after m_mutex; held while engines are given back

@@ -6,6 +6,7 @@
 #include "IZOScpiMultichannelEventObserver.h"
 
 #include <atomic>
+#include <mutex>
 #include <shared_mutex>
 #include <utility>
 #include <vector>
@@ -53,7 +54,7 @@ public:
     {
         if (HasObservers())
         {
-            const std::shared_lock lock(m_mutex);
+            const std::shared_lock lock = LockShared();
             for (const tagObserver& observer : m_observers)
             {
                 static_cast<void>(GuardedEntry([&]() -> HRESULT { return call(*observer.spObserver); }));
@@ -74,7 +75,15 @@ private:
         CComPtr<IZOScpiMultichannelEventObserver> spObserver;
     };
 
+    std::shared_lock<std::shared_mutex> LockShared()
+    {
+        const std::lock_guard turn(m_turn);
+        return std::shared_lock(m_mutex);
+    }
+
     const CComPtr<CApplicationRegistryObject> m_spRegistry;
+    std::mutex m_turn;                    // taken before m_mutex; who changes the list waits holding it, so
+                                          // that a steady flow of events lets it through
     std::shared_mutex m_mutex;            // held shared while observers are called
     std::vector<tagObserver> m_observers; // guarded by m_mutex
     std::atomic<bool> m_bObservers{false};

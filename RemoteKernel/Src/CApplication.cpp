@@ -56,6 +56,14 @@ CApplication::CApplication(tagApplicationParts parts)
       m_parts(std::move(parts))
 {
     m_parts.tree = {};
+    const HRESULT result =
+        CallDeviceHandler(tagApplicationParts::kAllPaths, [this](IZOScpiDeviceHandler& handler) {
+            return handler.GetFirmwareLevel(&m_bsFirmwareLevel);
+        });
+    if (result != S_OK)
+    {
+        m_bsFirmwareLevel.Empty();
+    }
 }
 
 IZOScpiExecutionSink* CApplication::SinkLocked(long remotePath)

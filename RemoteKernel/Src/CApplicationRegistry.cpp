@@ -230,7 +230,7 @@ HRESULT CApplicationRegistry::Unregister(IUnknown* pObject, long remotePath)
     CComPtr<IUnknown> spObject;
     static_cast<void>(CComPtr<IUnknown>(pObject).QueryInterface(&spObject));
     return RemoveWhere([&](const tagApplicationParts& parts) {
-        return parts.spRegistered == spObject && parts.iRemotePath == remotePath;
+        return spObject != nullptr && parts.spRegistered == spObject && parts.iRemotePath == remotePath;
     });
 }
 
@@ -312,17 +312,12 @@ std::string
 CApplicationRegistry::IdentityResponse(const std::vector<std::shared_ptr<CApplication>>& applications) const
 {
     std::string firmware = m_identity.sFirmwareLevel;
-    for (const auto& spApplication : applications)
+    const auto found = std::find_if(applications.begin(), applications.end(), [](const auto& spApplication) {
+        return spApplication->FirmwareLevel().Length() != 0;
+    });
+    if (found != applications.end())
     {
-        CComBSTR level;
-        const HRESULT result = spApplication->CallDeviceHandler(
-            tagApplicationParts::kAllPaths,
-            [&level](IZOScpiDeviceHandler& handler) { return handler.GetFirmwareLevel(&level); });
-        if (result == S_OK && level.Length() != 0)
-        {
-            firmware = ReadableName(level);
-            break;
-        }
+        firmware = ReadableName((*found)->FirmwareLevel());
     }
     std::string response;
     for (const std::string& field :

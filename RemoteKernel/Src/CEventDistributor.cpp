@@ -3,7 +3,6 @@
 #include "Variant.h"
 
 #include <algorithm>
-#include <mutex>
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -17,6 +16,7 @@ HRESULT CEventDistributor::RegisterObserver(IZOScpiMultichannelEventObserver* pO
         {
             return FAILED(result) ? result : E_INVALIDARG;
         }
+        const std::lock_guard turn(m_turn);
         const std::lock_guard lock(m_mutex);
         if (std::any_of(m_observers.begin(), m_observers.end(), [&id](const auto& o) { return o.id == id; }))
         {
@@ -38,6 +38,7 @@ HRESULT CEventDistributor::UnregisterObserver(IZOScpiMultichannelEventObserver* 
             return result;
         }
         CComPtr<IZOScpiMultichannelEventObserver> spGone; // released without lock
+        const std::lock_guard turn(m_turn);
         const std::lock_guard lock(m_mutex);
         const auto found =
             std::find_if(m_observers.begin(), m_observers.end(), [&id](const auto& o) { return o.id == id; });
@@ -55,6 +56,7 @@ HRESULT CEventDistributor::UnregisterObserver(IZOScpiMultichannelEventObserver* 
 void CEventDistributor::Close()
 {
     std::vector<tagObserver> observers;
+    const std::lock_guard turn(m_turn);
     const std::lock_guard lock(m_mutex);
     observers.swap(m_observers);
     m_bObservers.store(false);
@@ -87,7 +89,7 @@ void CEventDistributor::TellOpcReset(long remotePath)
     }
     std::vector<GUID> ids;
     {
-        const std::shared_lock lock(m_mutex);
+        const std::shared_lock lock = LockShared();
         std::transform(m_observers.begin(), m_observers.end(), std::back_inserter(ids), [](const auto& o) {
             return o.id;
         });

@@ -207,7 +207,7 @@ TEST_F(Multichannel, GivesEachPathAnEngineOfItsOwn)
     EXPECT_EQ(bus.Query("LAST?"), "\"\"") << "the instrument's own application has it again";
 }
 
-TEST_F(Multichannel, ABusyApplicationHoldsUpNoOtherConnection)
+TEST_F(Multichannel, ABusyApplicationHoldsUpNobodyElse)
 {
     const auto spParser = MakeCloning(CTestSink::Table());
     ASSERT_EQ(Administration().RegisterParser(spParser), S_OK);
@@ -219,8 +219,15 @@ TEST_F(Multichannel, ABusyApplicationHoldsUpNoOtherConnection)
     WaitForSingleObject(spParser->m_spFirst->m_holdEntered.Get(), CBusController::kTimeoutMs);
     std::thread leaving([&spOther] { spOther.reset(); });
     EXPECT_TRUE(Eventually([&] { return spParser->m_released == 1; })) << "its engine is given back";
+    std::atomic<bool> bRegistered{false};
+    std::thread coming([&] {
+        AtRoot<IZOScpiDeviceManagement>()->RegisterDeviceHandler(CDeviceObject::Create());
+        bRegistered = true;
+    });
+    EXPECT_TRUE(Eventually([&] { return bRegistered.load(); })) << "others register";
     SetEvent(spParser->m_spFirst->m_holdRelease.Get());
     leaving.join();
+    coming.join();
     EXPECT_EQ(Administration().UnregisterParser(spParser), S_OK);
 }
 
@@ -263,6 +270,48 @@ TEST_F(Multichannel, KernelStopEndsACommandThatWaitsForTheInstrument)
               std::chrono::milliseconds(CBusController::kTimeoutMs));
     const CErrorRecorder errors; // the kernel is not found any more
     bus->Disconnect();
+}
+
+/// Takes long enough over each message that two connections keep one of them busy at any time.
+class CSlowObserver : public CEventRecorder
+{
+public:
+    std::atomic<bool> m_bHurry{false};
+
+protected:
+    HRESULT DoProgramMessageBegin(long) override
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(m_bHurry ? 0 : 2));
+        return S_OK;
+    }
+};
+
+TEST_F(Multichannel, ObserversLeaveWhileMessagesFlow)
+{
+    const auto spObserver = CComObject<CSlowObserver, IZOScpiMultichannelEventObserver>::Create();
+    ASSERT_EQ(Administration().RegisterEventObserver(spObserver), S_OK);
+    std::atomic<bool> bLeft{false};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 16; ++i)
+    {
+        threads.emplace_back([&] {
+            for (CBusController bus; !bLeft && !spObserver->m_bHurry;)
+            {
+                bus.Query("*OPC?");
+            }
+        });
+    }
+    ASSERT_TRUE(Eventually([&] { return spObserver->Count("End") > 100; }));
+    threads.emplace_back([&] {
+        EXPECT_EQ(Administration().UnregisterEventObserver(spObserver), S_OK);
+        bLeft = true;
+    });
+    EXPECT_TRUE(Eventually([&] { return bLeft.load(); }));
+    spObserver->m_bHurry = true;
+    for (std::thread& thread : threads)
+    {
+        thread.join();
+    }
 }
 
 class CNameRecorder : public CEventRecorder
