@@ -19,13 +19,23 @@
 namespace ZoVelkor::RemoteKernel
 {
 
+/// How an application has come in; one object may come in several ways.
+enum class tagApplicationKind
+{
+    Object,
+    Parser,
+    PlugIn,
+    DeviceHandler
+};
+
 /// What an application brings along when it is registered.
 struct tagApplicationParts
 {
-    std::string sName;              ///< for messages and listings, as UTF-8
-    tagZO_SCPI_PARSER_TREE tree{};  ///< lent until the application is made; without size for one without
-                                    ///< commands, which hears device events alone
-    GUID id = GUID_NULL;            ///< under which it is unregistered
+    std::string sName;             ///< for messages and listings, as UTF-8
+    tagZO_SCPI_PARSER_TREE tree{}; ///< lent until the application is made; without size for one without
+                                   ///< commands, which hears device events alone
+    GUID id = GUID_NULL;           ///< under which it is unregistered
+    tagApplicationKind eKind = tagApplicationKind::Object;
     CComPtr<IUnknown> spRegistered; ///< the object that was registered, its identity
     CComPtr<IZOScpiExecutionSink> spSink;
     CComPtr<IZOScpiDeviceHandler> spDeviceHandler;

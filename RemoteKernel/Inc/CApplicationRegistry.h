@@ -61,7 +61,8 @@ public:
     /// Takes back what one of these three has registered.
     ///
     /// @return as UnregisterObject
-    HRESULT Unregister(IUnknown* pObject, long remotePath = tagApplicationParts::kAllPaths);
+    HRESULT
+    Unregister(tagApplicationKind kind, IUnknown* pObject, long remotePath = tagApplicationParts::kAllPaths);
 
     /// @return the application of this identifier; null when there is none
     std::shared_ptr<CApplication> FindApplication(const GUID& id) const;
@@ -81,6 +82,10 @@ public:
     void Close();
 
 private:
+    static bool IsSame(const tagApplicationParts& parts,
+                       tagApplicationKind kind,
+                       IUnknown* pIdentity,
+                       long remotePath) noexcept;
     HRESULT RegisterFrom(IZOScpiParser* pParser, tagApplicationParts& parts);
     HRESULT CheckTable(const CApplication& application) const;
     HRESULT Add(tagApplicationParts& parts);

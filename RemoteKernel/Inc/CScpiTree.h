@@ -19,7 +19,7 @@ public:
     }
     HRESULT UnregisterPlugIn(IUnknown* plugIn) override
     {
-        return plugIn == nullptr ? E_POINTER : m_spRegistry->Unregister(plugIn);
+        return plugIn == nullptr ? E_POINTER : m_spRegistry->Unregister(tagApplicationKind::PlugIn, plugIn);
     }
 
 private:

@@ -99,6 +99,7 @@ HRESULT CApplicationRegistry::RegisterParser(IZOScpiParser* pParser)
 {
     return GuardedEntry([&]() -> HRESULT {
         tagApplicationParts parts;
+        parts.eKind = tagApplicationKind::Parser;
         CComBSTR bsName;
         pParser->get_ParserName(&bsName);
         parts.sName = bsName.IsNull() ? std::string() : ReadableName(bsName);
@@ -130,6 +131,7 @@ HRESULT CApplicationRegistry::RegisterPlugIn(IUnknown* pPlugIn)
 {
     return GuardedEntry([&]() -> HRESULT {
         tagApplicationParts parts;
+        parts.eKind = tagApplicationKind::PlugIn;
         parts.sName = "plug-in";
         CComPtr<IZOScpiCommands> spCommands;
         const CComPtr<IUnknown> spPlugIn(pPlugIn);
@@ -156,6 +158,7 @@ HRESULT CApplicationRegistry::RegisterDeviceHandler(IZOScpiDeviceHandler* pHandl
 {
     return GuardedEntry([&]() -> HRESULT {
         tagApplicationParts parts;
+        parts.eKind = tagApplicationKind::DeviceHandler;
         parts.spDeviceHandler = pHandler;
         parts.spDeviceHandler.QueryInterface(&parts.spRegistered);
         parts.iRemotePath = remotePath;
@@ -198,13 +201,21 @@ HRESULT CApplicationRegistry::Add(tagApplicationParts& parts)
     return S_OK;
 }
 
+bool CApplicationRegistry::IsSame(const tagApplicationParts& parts,
+                                  tagApplicationKind kind,
+                                  IUnknown* pIdentity,
+                                  long remotePath) noexcept
+{
+    return pIdentity != nullptr && parts.spRegistered.Get() == pIdentity && parts.eKind == kind &&
+           parts.iRemotePath == remotePath;
+}
+
 bool CApplicationRegistry::IsRegistered(const tagApplicationParts& parts) const
 {
     const auto& applications = m_spCurrent->applications;
     return std::any_of(applications.begin(), applications.end(), [&parts](const auto& spOther) {
         const tagApplicationParts& other = spOther->Parts();
-        const bool bSameObject = parts.spRegistered != nullptr && other.spRegistered == parts.spRegistered &&
-                                 other.iRemotePath == parts.iRemotePath;
+        const bool bSameObject = IsSame(other, parts.eKind, parts.spRegistered, parts.iRemotePath);
         return !spOther->IsBuiltIn() && (other.id == parts.id || bSameObject);
     });
 }
@@ -225,13 +236,12 @@ HRESULT CApplicationRegistry::UnregisterObject(GUID id)
     return RemoveWhere([&id](const tagApplicationParts& parts) { return parts.id == id; });
 }
 
-HRESULT CApplicationRegistry::Unregister(IUnknown* pObject, long remotePath)
+HRESULT CApplicationRegistry::Unregister(tagApplicationKind kind, IUnknown* pObject, long remotePath)
 {
     CComPtr<IUnknown> spObject;
     static_cast<void>(CComPtr<IUnknown>(pObject).QueryInterface(&spObject));
-    return RemoveWhere([&](const tagApplicationParts& parts) {
-        return spObject != nullptr && parts.spRegistered == spObject && parts.iRemotePath == remotePath;
-    });
+    return RemoveWhere(
+        [&](const tagApplicationParts& parts) { return IsSame(parts, kind, spObject, remotePath); });
 }
 
 template <class TCondition>

@@ -12,7 +12,9 @@ HRESULT CDeviceManagement::RegisterDeviceHandler(IZOScpiDeviceHandler* handler)
 
 HRESULT CDeviceManagement::UnregisterDeviceHandler(IZOScpiDeviceHandler* handler)
 {
-    return handler == nullptr ? E_POINTER : m_spRegistry->Unregister(handler, m_iRemotePath);
+    return handler == nullptr
+               ? E_POINTER
+               : m_spRegistry->Unregister(tagApplicationKind::DeviceHandler, handler, m_iRemotePath);
 }
 
 HRESULT CDeviceManagement::Tell(HRESULT (IZOScpiDeviceHandler::*handler)(),

@@ -111,7 +111,7 @@ HRESULT CMultichannelAdministration::RegisterParser(IZOScpiParser* parser)
 HRESULT CMultichannelAdministration::UnregisterParser(IZOScpiParser* parser)
 {
     return parser == nullptr ? RepairError(ZO_NULL_POINTER(nullptr, "parser"))
-                             : m_parts.spRegistry->Unregister(parser);
+                             : m_parts.spRegistry->Unregister(tagApplicationKind::Parser, parser);
 }
 
 HRESULT CMultichannelAdministration::RegisterEventObserver(IZOScpiMultichannelEventObserver* observer)

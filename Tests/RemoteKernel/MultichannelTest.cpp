@@ -443,7 +443,7 @@ TEST_F(Multichannel, DeviceHandlersStandAloneAndPerPath)
 }
 
 /// A command tree with its sink, as it is plugged in.
-class CPlugIn : public CBScpiCommands, public CTestSink
+class CPlugIn : public CBScpiCommands, public CTestSink, public CTestDevice
 {
 public:
     ~CPlugIn() override = default;
@@ -457,12 +457,14 @@ private:
     const tagZO_SCPI_PARSER_TREE m_tree{static_cast<std::uint32_t>(m_table.size() * sizeof(_CMD_SET_RECORD)),
                                         m_table.data()};
 };
-using CPlugInObject = CComObject<CPlugIn, IZOScpiCommands, IZOScpiExecutionSink>;
+using CPlugInObject = CComObject<CPlugIn, IZOScpiCommands, IZOScpiExecutionSink, IZOScpiDeviceHandler>;
 
 TEST_F(Multichannel, PlugInsExtendTheTree)
 {
     const auto spTree = AtRoot<IZOScpiTree>();
     const CComPtr<IUnknown> spPlugIn(static_cast<IZOScpiCommands*>(CPlugInObject::Create()));
+    CComPtr<IZOScpiDeviceHandler> spHandler;
+    ASSERT_EQ(spPlugIn.QueryInterface(&spHandler), S_OK);
     CBusController bus;
     EXPECT_EQ(
         spTree->RegisterPlugIn(CComPtr<IUnknown>(static_cast<IZOScpiExecutionSink*>(CSinkObject::Create()))),
@@ -470,6 +472,10 @@ TEST_F(Multichannel, PlugInsExtendTheTree)
     EXPECT_EQ(spTree->UnregisterPlugIn(spPlugIn), S_FALSE);
     EXPECT_EQ(spTree->RegisterPlugIn(spPlugIn), S_OK);
     EXPECT_EQ(bus.Query("PLUG:LIST? 2"), "0,0.5");
+    const auto spDevices = AtRoot<IZOScpiDeviceManagement>();
+    EXPECT_EQ(spDevices->UnregisterDeviceHandler(spHandler), S_FALSE) << "it is no device handler";
+    EXPECT_EQ(spDevices->RegisterDeviceHandler(spHandler), S_OK) << "but may be one beside";
+    EXPECT_EQ(spDevices->UnregisterDeviceHandler(spHandler), S_OK);
     const CErrorRecorder errors;
     EXPECT_EQ(spTree->RegisterPlugIn(spPlugIn), E_INVALIDARG);
     EXPECT_EQ(spTree->UnregisterPlugIn(spPlugIn), S_OK);
