@@ -36,7 +36,7 @@ struct IZOScpiDeviceHandler : IUnknown
     /// *OPT? (IEEE 488.2 section 10.20).
     /// @param[out] text  options separated by commas, a new BSTR; null: none
     virtual HRESULT GetDeviceOptions(wchar_t** text) = 0;
-    /// Fourth field of *IDN? (IEEE 488.2 section 10.14).
+    /// Fourth field of *IDN? (IEEE 488.2 section 10.14); asked for once, when the application is registered.
     /// @param[out] text  a new BSTR; null: the kernel's own identity holds
     virtual HRESULT GetFirmwareLevel(wchar_t** text) = 0;
 
