@@ -17,6 +17,9 @@ namespace
 /// repeated after so many milliseconds until there is no call any more.
 constexpr int kRepeatMs = 20;
 
+/// Between two calls of one command the next one ends at once and says so; it has so much time to begin.
+constexpr int kGraceMs = 250;
+
 sigset_t InterruptSet()
 {
     sigset_t set;
@@ -63,17 +66,19 @@ void CInterruptWatcher::Watch()
         {m_signals.Get(),                  POLLIN, 0}
     };
     int timeoutMs = -1;
+    bool isExitDue = false;
     while (poll(descriptors, 2, timeoutMs) < 0 || descriptors[0].revents == 0)
     {
         const bool isSignal = descriptors[1].revents != 0;
         TakeSignal();
         const bool isCall = (isSignal || timeoutMs >= 0) && AbortCall(isSignal);
-        if (isSignal && !isCall && m_eIdle == tagIdleInterrupt::Exit)
+        if (isExitDue && !isCall)
         {
-            // The other thread may be in the look-up of a name or in a read that nothing else ends.
+            // The other thread is in the look-up of a name or in a read that nothing else ends.
             std::_Exit(static_cast<int>(tagExitCode::Interrupted));
         }
-        timeoutMs = isCall ? kRepeatMs : -1;
+        isExitDue = isSignal && !isCall && m_eIdle == tagIdleInterrupt::Exit;
+        timeoutMs = isCall ? kRepeatMs : (isExitDue ? kGraceMs : -1);
     }
 }
 

@@ -136,6 +136,8 @@ std::optional<std::string> CLineEditor::ReadLine()
 {
     m_isCancelled = false;
     el_resize(m_spEditor.get());
+    // Before the prompt is shown: what is typed at once would still be taken by the terminal itself.
+    el_set(m_spEditor.get(), EL_PREP_TERM, 1);
     int count = 0;
     const char* const text = el_gets(m_spEditor.get(), &count);
     if (m_isCancelled)
