@@ -349,13 +349,17 @@ TEST_F(RegistryTool, ReadingAtOneMomentNeverMixesOldAndNew)
     write("z", 0);
     constexpr DWORD kWrites = 1280;
     std::atomic<bool> isWriting = true;
+    std::atomic<int> reads = 0;
     std::jthread writer([&] {
         for (DWORD number = 1; number <= kWrites; ++number)
         {
             write("a", number);
             write("z", number);
-            // Bursts, with a moment in between in which nothing changes.
-            std::this_thread::sleep_for(std::chrono::milliseconds(number % 32 == 0 ? 5 : 0));
+            // Bursts; in between nothing changes until a reading has succeeded.
+            for (const int before = reads; number % 32 == 0 && reads == before;)
+            {
+                reads.wait(before);
+            }
         }
         isWriting = false;
     });
@@ -367,6 +371,8 @@ TEST_F(RegistryTool, ReadingAtOneMomentNeverMixesOldAndNew)
     {
         if (const auto trees = watched.ReadAtOneMoment())
         {
+            ++reads;
+            reads.notify_one();
             const auto& values = trees->front().top.values;
             const auto first = std::get<std::uint64_t>(ContentOf(values.front()));
             last = std::get<std::uint64_t>(ContentOf(values.back()));
