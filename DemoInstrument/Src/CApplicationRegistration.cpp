@@ -27,7 +27,6 @@ CApplicationRegistration::CApplicationRegistration(const wchar_t* name,
     {
         ThrowError(ZO_ERROR(nullptr, "hr == S_OK", "Remote control refuses the application", hr));
     }
-    m_manager.StartParser(false);
 }
 
 CApplicationRegistration::~CApplicationRegistration()

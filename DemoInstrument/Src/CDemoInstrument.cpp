@@ -9,6 +9,7 @@
 #include "CPowerOnStore.h"
 #include "CRemoteKernel.h"
 #include "CRootRegistration.h"
+#include "CSwplScpiManager.h"
 #include "CTcpServer.h"
 #include "ErrorRaising.h"
 #include "KeptSettings.h"
@@ -122,6 +123,10 @@ struct CDemoInstrument::tagParts
         {
             conformance.emplace();
         }
+        // Once, when all applications are there: none of them lifts a stop that somebody has made since.
+        CSwplScpiManager manager;
+        manager.Find();
+        manager.StartParser(false);
         server.Start();
     }
 

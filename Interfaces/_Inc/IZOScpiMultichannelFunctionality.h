@@ -33,6 +33,7 @@ struct IZOScpiMultichannelFunctionality : IUnknown
     virtual HRESULT GetScpiRemoteManagement(long remotePath, IZOScpiRemoteControl** service) = 0;
     virtual HRESULT GetScpiChannelManagement(long remotePath, IZOScpiChannelManagement** service) = 0;
     virtual HRESULT GetScpiDeviceManagement(long remotePath, IZOScpiDeviceManagement** service) = 0;
+    /// The format works on the commands of its path: it is used from inside them only.
     virtual HRESULT GetScpiFormatManagement(long remotePath, IZOScpiSubsystemFormat** service) = 0;
     virtual HRESULT GetScpiLanguageManagement(long remotePath, IZOScpiParserLanguage** service) = 0;
 
