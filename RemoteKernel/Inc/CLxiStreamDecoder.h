@@ -34,6 +34,9 @@ public:
         return extent.state == tagLxiMessageState::Incomplete;
     }
 
+    /// Whether bytes of an unfinished message have come.
+    bool IsInMessage() const noexcept { return !m_pending.empty(); }
+
 private:
     std::vector<std::uint8_t> m_pending;
 };

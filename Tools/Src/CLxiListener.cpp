@@ -37,8 +37,7 @@ enum tagWatched : std::size_t
 
 std::string Place(in_addr address, std::uint16_t port)
 {
-    const std::string text = PeerOf(SocketName(address, port), false).Text();
-    return text.substr(text.find(' ') + 1);
+    return fmt::format("{}:{}", AddressText(address), port);
 }
 
 [[noreturn]] void Fail(in_addr address, std::uint16_t port, int error)
@@ -173,6 +172,13 @@ void CLxiListener::OpenMulticast()
         {
             throw std::system_error(errno, std::generic_category());
         }
+        if (m_address.s_addr == htonl(INADDR_ANY))
+        {
+            // That was the interface of the system's choice; events of this machine come by loopback.
+            const ip_mreq local{group, {htonl(INADDR_LOOPBACK)}};
+            static_cast<void>(
+                setsockopt(m_multicast.Get(), IPPROTO_IP, IP_ADD_MEMBERSHIP, &local, sizeof local));
+        }
     }
     catch (const std::system_error& error)
     {
@@ -264,14 +270,19 @@ bool CLxiListener::Read(tagConnection& connection)
     const ssize_t count = recv(connection.socket.Get(), bytes.data(), bytes.size(), 0);
     if (count <= 0)
     {
-        return count < 0 && (errno == EAGAIN || errno == EINTR);
+        const bool isOpen = count < 0 && (errno == EAGAIN || errno == EINTR);
+        if (!isOpen && connection.decoder.IsInMessage())
+        {
+            m_onDamage(connection.peer, "the connection ends within a message");
+        }
+        return isOpen;
     }
     const bool isStream =
         connection.decoder.Feed(std::span(bytes).first(static_cast<std::size_t>(count)),
                                 [&](auto message) { m_onMessage(message, connection.peer); });
     if (!isStream)
     {
-        m_onDamage(connection.peer);
+        m_onDamage(connection.peer, "what follows is no event message; the connection is closed");
     }
     return isStream;
 }

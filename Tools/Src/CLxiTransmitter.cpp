@@ -6,7 +6,6 @@
 
 #include <fmt/format.h>
 
-#include <arpa/inet.h>
 #include <cerrno>
 #include <cstring>
 #include <memory>
@@ -59,7 +58,7 @@ CLxiTransmitter::CLxiTransmitter(const tagLxiReceiver& receiver) : m_name(FindRe
     }
     try
     {
-        m_tcp.emplace(inet_ntoa(m_name.sin_addr), ntohs(m_name.sin_port));
+        m_tcp.emplace(AddressText(m_name.sin_addr), ntohs(m_name.sin_port));
     }
     catch (const std::system_error& error)
     {

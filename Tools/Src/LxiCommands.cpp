@@ -39,7 +39,6 @@ struct tagLxiOptions
     std::size_t count = 0;
     std::uint16_t port = RemoteKernel::kLxiPort;
     double timeoutSeconds = 0.0;
-    bool isMulticast = false;
     bool isTcp = false;
     bool isDryRun = false;
     bool isHex = false;
@@ -111,8 +110,8 @@ tagExitCode Listen(const tagLxiOptions& options)
                 deadline = nextDeadline();
             }
         },
-        [&](const RemoteKernel::tagLxiPeer& sender) {
-            printer.PrintFault(HeardFrom(sender), "no event message follows; the connection is closed");
+        [&](const RemoteKernel::tagLxiPeer& sender, const char* fault) {
+            printer.PrintFault(HeardFrom(sender), fault);
         });
     Tell("listening on " + listener.Text());
     tagLxiWait wait = tagLxiWait::Heard;
@@ -224,10 +223,7 @@ void AddEventOptions(CLI::App& command, tagLxiEventWords& event)
         ->type_name("N")
         ->check(CLI::Range(0U, kMaxDomain))
         ->capture_default_str();
-    command
-        .add_option("--flags",
-                    event.flags,
-                    "error, retransmission, hardware, acknowledgement, with commas in between")
+    command.add_option("--flags", event.flags, LxiFlagNames() + ", with commas in between")
         ->type_name("FLAGS")
         ->delimiter(',')
         ->allow_extra_args(false);
@@ -240,7 +236,9 @@ void AddReceiverOptions(CLI::App& command, tagLxiOptions& options)
 {
     CLI::Option* const receiver =
         command.add_option("--to", options.sReceiver, "One receiver")->type_name("HOST[:PORT]");
-    command.add_flag("--multicast", options.isMulticast, "To the multicast group, which is usual")
+    command
+        .add_flag_callback(
+            "--multicast", [] {}, "To the multicast group, which is usual")
         ->excludes(receiver);
     command.add_flag("--tcp", options.isTcp, "By TCP instead of UDP");
     command.add_option("--sequence", options.sequenceNumber, "Sequence number of the first message")

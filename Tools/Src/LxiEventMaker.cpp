@@ -75,8 +75,7 @@ void SetFlag(CLxiLanPacket& packet, const std::string& name)
     const auto* const row = std::ranges::find(kLxiFlags, std::string_view(name), &tagLxiFlag::name);
     if (row == std::end(kLxiFlags))
     {
-        Refuse(fmt::format("--flags {}: none of error, retransmission, hardware, acknowledgement",
-                           Printable(name)));
+        Refuse(fmt::format("--flags {}: none of {}", Printable(name), LxiFlagNames()));
     }
     (packet.*row->set)(1);
 }
@@ -128,8 +127,17 @@ CLxiTime TakeLxiTime(const std::string& text)
         Refuse(fmt::format("--time {}: not now, SECONDS or +SECONDS with at most 9 digits behind the point",
                            Printable(text)));
     }
+    if (!isFromNow)
+    {
+        return *given;
+    }
+    const std::uint64_t now = SecondsOf(time);
+    if (now + SecondsOf(*given) > kMaxSeconds)
+    {
+        Refuse(fmt::format("--time {}: beyond what 48 bits of seconds can tell", Printable(text)));
+    }
     time.Add(*given);
-    return isFromNow ? time : *given;
+    return time;
 }
 
 std::vector<std::uint8_t> MakeLxiMessage(const tagLxiEventWords& words, std::uint32_t sequenceNumber)

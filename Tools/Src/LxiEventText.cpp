@@ -184,6 +184,16 @@ tagFault FindFault(Bytes bytes, std::size_t missing)
 
 } // namespace
 
+std::string LxiFlagNames()
+{
+    std::string names;
+    for (const tagLxiFlag& flag : kLxiFlags)
+    {
+        names += fmt::format("{}{}", names.empty() ? "" : ", ", flag.name);
+    }
+    return names;
+}
+
 bool CLxiEventPrinter::Print(const tagLxiOrigin& origin, Bytes bytes)
 {
     CLxiLanPacket packet;

@@ -25,6 +25,9 @@ inline constexpr tagLxiFlag kLxiFlags[] = {
     {"acknowledgement", &CLxiLanPacket::setIsAcknowledgement, &CLxiLanPacket::getIsAcknowledgement},
 };
 
+/// Names of all flags, with commas in between.
+std::string LxiFlagNames();
+
 /// Where an event message was found.
 struct tagLxiOrigin
 {

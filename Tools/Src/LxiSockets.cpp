@@ -19,6 +19,13 @@ in_addr TakeIpAddress(const std::string& text)
     return address;
 }
 
+std::string AddressText(in_addr address)
+{
+    char text[INET_ADDRSTRLEN] = {};
+    inet_ntop(AF_INET, &address, text, sizeof text);
+    return text;
+}
+
 sockaddr_in SocketName(in_addr address, std::uint16_t port) noexcept
 {
     sockaddr_in name{};

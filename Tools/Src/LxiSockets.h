@@ -18,6 +18,8 @@ using CSocket = CUniqueHandle<&::close, int, -1>;
 /// @throws CToolError (Usage)
 in_addr TakeIpAddress(const std::string& text);
 
+std::string AddressText(in_addr address);
+
 sockaddr_in SocketName(in_addr address, std::uint16_t port) noexcept;
 
 RemoteKernel::tagLxiPeer PeerOf(const sockaddr_in& name, bool isTcp) noexcept;
