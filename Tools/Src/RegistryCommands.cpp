@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <limits>
 #include <memory>
 #include <system_error>
 
@@ -267,11 +268,11 @@ void CheckFileSize(std::size_t size, const std::string& name)
 tagExitCode Export(const tagRegistryOptions& options)
 {
     CWatchedTrees watched(options.Paths());
-    auto trees = watched.ReadAtOneMoment();
+    const auto trees = watched.ReadAtOneMoment();
     if (!trees)
     {
-        Tell("the registry does not stop changing; some values may be older than others");
-        trees = watched.Read();
+        throw CToolError(tagExitCode::NoAccess,
+                         "the registry does not stop changing; nothing is exported, try again");
     }
     const std::string text = FormatRegistryFile(*trees);
     CheckFileSize(text.size(), options.sFile);
@@ -347,16 +348,27 @@ tagExitCode Import(const tagRegistryOptions& options)
     return tagExitCode::Success;
 }
 
+/// A read that changes overtook could miss keys and values that nobody has deleted.
+std::vector<tagRegistryTree> ReadWhenQuiet(CWatchedTrees& watched)
+{
+    auto trees = watched.ReadAtOneMoment();
+    while (!trees)
+    {
+        trees = watched.ReadAtOneMoment();
+    }
+    return std::move(*trees);
+}
+
 tagExitCode Watch(const tagRegistryOptions& options)
 {
     CWatchedTrees watched(options.Paths());
-    std::vector<tagRegistryTree> former = watched.Read();
+    std::vector<tagRegistryTree> former = ReadWhenQuiet(watched);
     Tell(fmt::format("watching {}", options.sKey.empty() ? "all keys" : PathText(options.Path())));
     std::size_t shown = 0;
     for (;;)
     {
         watched.Wait();
-        std::vector<tagRegistryTree> now = watched.Read();
+        std::vector<tagRegistryTree> now = ReadWhenQuiet(watched);
         for (const tagRegistryDifference& difference : FindDifferences(former, now))
         {
             WriteOutput("-",
@@ -473,7 +485,7 @@ void AddOptions(CLI::App& command, unsigned takes, tagRegistryOptions& options)
     {
         command.add_option("--count", options.count, "End after so many changes")
             ->type_name("N")
-            ->check(CLI::PositiveNumber);
+            ->check(CLI::Range(1, std::numeric_limits<int>::max(), "POSITIVE"));
     }
     if ((takes & kJson) != 0)
     {
