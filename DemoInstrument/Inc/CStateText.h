@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <map>
 #include <string>
@@ -22,12 +23,16 @@ public:
     /// Gives back the values of a text.
     explicit CStateText(std::string_view text);
 
-    /// A number, a boolean or an enumeration, within limits.
+    /// A number, a boolean or an enumeration, within limits; all but a floating-point number are whole.
     template <class TValue>
     void Value(const std::string& name, TValue& value, double minimum, double maximum)
     {
         double number = static_cast<double>(value);
         Number(name, number, minimum, maximum);
+        if (!std::is_floating_point_v<TValue> && number != std::trunc(number))
+        {
+            return SetFault(name);
+        }
         value = static_cast<TValue>(number);
     }
     template <class TEnumeration>
