@@ -13,6 +13,9 @@ namespace ZoVelkor::Demo
 /// Value of the registry's network key: the instrument's name in the network.
 inline constexpr const wchar_t* kHostNameValue = L"HostName";
 
+/// Up to 63 letters, digits and inner hyphens.
+bool IsHostName(const std::string& name);
+
 /// What the instrument has beside its measuring applications; *RST leaves it alone.
 struct tagInstrumentParts
 {

@@ -50,6 +50,8 @@ HRESULT AnswerFields(CCommandExecutionData& record, const Fields& fields)
     return bAnswered ? S_OK : S_FALSE;
 }
 
+} // namespace
+
 bool IsHostName(const std::string& name)
 {
     const auto isLetterOrDigit = [](char c) {
@@ -58,8 +60,6 @@ bool IsHostName(const std::string& name)
     return !name.empty() && name.size() <= kMaxHostName && name.front() != '-' && name.back() != '-' &&
            std::ranges::all_of(name, [&](char c) { return c == '-' || isLetterOrDigit(c); });
 }
-
-} // namespace
 
 std::span<const tagHandlerRow<CInstrumentCommands>> CInstrumentCommands::Handlers()
 {
