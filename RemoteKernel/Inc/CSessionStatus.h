@@ -4,6 +4,7 @@
 #include "CStandardEventRegister.h"
 #include "CStatusByteRegister.h"
 #include "IPowerOnStore.h"
+#include "StatusBits.h"
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -21,11 +22,12 @@ public:
     CStatusByteObject& StatusByte() noexcept { return *m_spStatusByte; }
     CStandardEventObject& StandardEvent() noexcept { return *m_spStandardEvent; }
 
-    /// Sets the masks that the session begins with; its observers are there already.
+    /// Sets the masks that the session begins with, without bit 6 of the service mask as *SRE does; its
+    /// observers are there already.
     void Enable(const tagEnableMasks& masks) noexcept
     {
         m_spStandardEvent->SetEnable(masks.event);
-        m_spStatusByte->SetEnable(masks.service);
+        m_spStatusByte->SetEnable(static_cast<wchar_t>(masks.service & ~kStatusService));
     }
 
     /// Latches an event of the standard event register.
