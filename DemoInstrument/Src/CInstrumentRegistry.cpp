@@ -129,8 +129,16 @@ CInstrumentRegistry::ReadOr(const wchar_t* key, const wchar_t* name, const std::
 HRESULT CInstrumentRegistry::Write(const wchar_t* key, const wchar_t* name, const std::string& text) const
 {
     const CSubKey subKey(*this, key, &IZORegistryAccess::RegCreateKey);
-    return FAILED(subKey.Result()) ? subKey.Result()
-                                   : m_spAccess->WriteString(subKey.Get(), CComBSTR(name), Widen(text));
+    const HRESULT hr = FAILED(subKey.Result())
+                           ? subKey.Result()
+                           : m_spAccess->WriteString(subKey.Get(), CComBSTR(name), Widen(text));
+    if (FAILED(hr))
+    {
+        return hr;
+    }
+    // Who is answered may switch off at once. A busy registry has the value, if not yet on the disk.
+    const LONG error = RegFlushKey(static_cast<HKEY>(subKey.Get()));
+    return error == ERROR_SUCCESS || error == ERROR_BUSY ? hr : HRESULT_FROM_WIN32(static_cast<DWORD>(error));
 }
 
 } // namespace ZoVelkor::Demo
