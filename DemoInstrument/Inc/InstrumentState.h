@@ -27,7 +27,7 @@ void Describe(CStateText& text, tagInstrumentState& state);
 
 /// Reads a part of a state, or puts it in force; the sweep at hand is aborted then.
 void ReadState(CAnalyzer& analyzer, tagInstrumentState& state);
-void PutState(CAnalyzer& analyzer, const tagInstrumentState& state);
+void PutState(CAnalyzer& analyzer, tagInstrumentState&& state);
 void ReadState(const CLxiTrigger& trigger, tagInstrumentState& state);
 void PutState(CLxiTrigger& trigger, const tagInstrumentState& state);
 

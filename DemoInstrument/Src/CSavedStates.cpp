@@ -5,6 +5,8 @@
 
 #include <fmt/format.h>
 
+#include <utility>
+
 namespace ZoVelkor::Demo
 {
 namespace
@@ -14,6 +16,7 @@ constexpr HRESULT kInvalidData = HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
 
 } // namespace
 
+/// Locks the analyser, the generator and LXI in this order; whoever needs two of them keeps to it.
 template <class TWork>
 HRESULT CSavedStates::RunOnAll(TWork&& work)
 {
@@ -67,8 +70,9 @@ tagStateError CSavedStates::Recall(long number)
     }
     const HRESULT result = RunOnAll([&state](CAnalyzer& analyzer, CGenerator& generator, CLxiTrigger& lxi) {
         PutState(lxi, state);
-        PutState(analyzer, state);
         generator = std::move(state.generator);
+        // Last, as only the beginning of its sweep can run out of memory.
+        PutState(analyzer, std::move(state));
     });
     return SUCCEEDED(result) ? tagStateError{} : tagStateError{kScpiExecutionError, "No state to change"};
 }

@@ -2,6 +2,8 @@
 
 #include "ScpiParameter.h"
 
+#include <utility>
+
 namespace ZoVelkor::Demo
 {
 namespace
@@ -89,9 +91,9 @@ void ReadState(CAnalyzer& analyzer, tagInstrumentState& state)
     state.displayText = analyzer.DisplayText();
 }
 
-void PutState(CAnalyzer& analyzer, const tagInstrumentState& state)
+void PutState(CAnalyzer& analyzer, tagInstrumentState&& state)
 {
-    analyzer.DisplayText() = state.displayText;
+    analyzer.DisplayText() = std::move(state.displayText);
     analyzer.Sweeps().SetContinuous(false);
     analyzer.Sweeps().AbortSweep();
     analyzer.Apply(state.settings);
