@@ -29,7 +29,7 @@ namespace ZoVelkor::Demo
 /// S_FALSE for an unknown identifier; E_POINTER; E_INVALIDARG for a value outside the limits; the failures of
 /// VariantChangeType for one that is no such value; E_ABORT when the analyser has left. A value that is
 /// refused changes nothing.
-/// Threads: any operation from any thread, but not from inside a command of the analyser.
+/// Threads: any operation from any thread, but not from inside a command of any application.
 class CAnalyzerProperties : public CBScalarPropertyAccess
 {
 public:

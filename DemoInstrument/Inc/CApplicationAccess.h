@@ -25,7 +25,8 @@ public:
           m_spApplication(kernel.FindApplication(registration.Id()))
     {}
 
-    /// Runs work while none of the application's commands runs; not from inside one of them.
+    /// Runs work while none of the application's commands runs. Not from inside a command of any application, as two
+    /// that wait for each other would wait for ever; but "instrument" may, for which none of the others waits.
     ///
     /// @param work  of the form HRESULT(TInstrument&)
     /// @return its result; E_ABORT when the application has left
