@@ -1,9 +1,8 @@
 // LXI event packets beside a bare copy of the same bytes into a new block.
 //
-//   build      a packet from its parameters with one user data field of 16 or 1400 bytes, and its bytes: what
-//              the instrument does for each event it sends
+//   build      a packet from its parameters with one user data field of 16 or 1400 bytes, and its bytes
 //   write      the bytes alone, of a packet that exists
-//   receive    the header out of a datagram with the same field: what it does for each event it gets
+//   receive    the header out of a datagram with the same field
 //   readable   the log line of a packet with 16 bytes
 //
 // And the way from a datagram of 40 bytes on the loopback interface to a sweep that has started, beside a

@@ -23,7 +23,8 @@ inline constexpr unsigned kMaxLxiRetransmissions = 8;
 
 struct tagLxiEndpointSettings
 {
-    /// IPv4 address of the interface that events come and go by; 0.0.0.0 receives by all.
+    /// IPv4 address of the interface that events come and go by; 0.0.0.0 receives by all, multicast by
+    /// the one that the system chooses and by loopback.
     std::string sAddress = "127.0.0.1";
     std::uint16_t iPort = kLxiPort;          ///< UDP unicast and TCP; 0: a free one, see Port
     std::uint16_t iMulticastPort = kLxiPort; ///< 0: the same as Port

@@ -52,8 +52,8 @@ bool DecodeLxiMessage(std::span<const std::uint8_t> bytes, CLxiLanPacket& packet
 /// Writes a packet by the standard's layout, as long as the packet announces. It gets the next sequence
 /// number of the process.
 ///
-/// @return empty, and no sequence number is taken, when the message would be too long or a data field holds
-/// nothing, which would end the message
+/// @return empty, and no sequence number is taken, when the message would be too long, a data field holds
+/// nothing, which would end the message, or the nanoseconds are a second or more
 /// @throws std::bad_alloc
 std::vector<std::uint8_t> EncodeLxiMessage(CLxiLanPacket& packet);
 

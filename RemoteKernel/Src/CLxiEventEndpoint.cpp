@@ -58,6 +58,19 @@ private:
     udp::socket m_socket;
 };
 
+std::unique_ptr<CLxiSender> MakeSender(const std::string& address)
+{
+    const asio::ip::address_v4 parsed = LxiAddress(address);
+    try
+    {
+        return std::make_unique<CLxiSender>(parsed);
+    }
+    catch (const std::system_error& error)
+    {
+        throw std::system_error(error.code(), "Cannot send LXI events by " + address);
+    }
+}
+
 } // namespace
 
 class CLxiEventEndpoint::CImplementation
@@ -114,14 +127,15 @@ void CLxiEventEndpoint::CImplementation::Start()
     }
     try
     {
-        auto spSender = std::make_unique<CLxiSender>(LxiAddress(m_settings.sAddress));
+        auto spSender = MakeSender(m_settings.sAddress);
         m_self = spSender->Self();
         m_filter = {};
+        // Held, so that an observer of the very first event can send.
+        const std::lock_guard sendLock(m_sendMutex);
         m_spReceiver = std::make_unique<CLxiReceiver>(
             m_settings, [this](auto message, const tagLxiPeer& peer) { OnMessage(message, peer); });
         m_port = m_spReceiver->Port();
         m_multicastPort = m_spReceiver->MulticastPort();
-        const std::lock_guard sendLock(m_sendMutex);
         m_spSender = std::move(spSender);
     }
     catch (...)
@@ -135,6 +149,8 @@ void CLxiEventEndpoint::CImplementation::Stop()
 {
     const std::lock_guard lock(m_runMutex);
     m_spReceiver.reset();
+    m_port = 0;
+    m_multicastPort = 0;
     const std::lock_guard sendLock(m_sendMutex);
     m_spSender.reset();
 }
@@ -209,11 +225,13 @@ void CLxiEventEndpoint::CImplementation::OnMessage(std::span<const std::uint8_t>
     {
         return;
     }
-    const bool isNew = m_filter.Accept(peer,
-                                       static_cast<std::uint32_t>(packet.getSequenceNumber()),
-                                       packet.getIsRetransmission() != 0,
-                                       CLxiDuplicateFilter::Clock::now());
     const bool isAcknowledgement = packet.getIsAcknowledgement() != 0;
+    // An acknowledgement bears the number of what it answers, which is none of its sender's own.
+    const bool isNew =
+        isAcknowledgement || m_filter.Accept(peer,
+                                             static_cast<std::uint32_t>(packet.getSequenceNumber()),
+                                             packet.getIsRetransmission() != 0,
+                                             CLxiDuplicateFilter::Clock::now());
     const tagLxiLogKind kind = isAcknowledgement ? tagLxiLogKind::Acknowledgement : tagLxiLogKind::Received;
     m_log.Add(isNew ? kind : tagLxiLogKind::Duplicate, peer, message);
     const long event = LxiEventNumber(packet);

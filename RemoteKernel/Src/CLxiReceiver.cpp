@@ -113,6 +113,13 @@ void CLxiReceiver::OpenMulticast(const asio::ip::address_v4& address, std::uint1
         TakeOwnGroupsOnly(socket);
         socket.bind({group, port});
         socket.set_option(asio::ip::multicast::join_group(group, address));
+        if (address.is_unspecified())
+        {
+            // That was the interface of the system's choice; events of this machine come by loopback.
+            asio::error_code ignored;
+            socket.set_option(asio::ip::multicast::join_group(group, asio::ip::address_v4::loopback()),
+                              ignored);
+        }
     }
     catch (const std::system_error& error)
     {

@@ -18,7 +18,9 @@ namespace
 
 [[noreturn]] void Fail(const std::string& address, std::uint16_t port)
 {
-    throw std::system_error(errno,
+    // The limit of time shows up as what a socket that must not wait would report.
+    const bool isTimeOut = errno == EINPROGRESS || errno == EAGAIN;
+    throw std::system_error(isTimeOut ? ETIMEDOUT : errno,
                             std::generic_category(),
                             "Cannot send LXI events to " + address + " port " + std::to_string(port));
 }

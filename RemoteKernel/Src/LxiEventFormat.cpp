@@ -162,7 +162,8 @@ bool DecodeLxiMessage(Bytes bytes, CLxiLanPacket& packet)
 std::vector<std::uint8_t> EncodeLxiMessage(CLxiLanPacket& packet)
 {
     std::vector<std::uint8_t> message(kHeaderSize);
-    if (!AppendFields(packet, message))
+    const bool isTime = static_cast<std::uint32_t>(packet.getTimestamp()) < kNanoSecondsPerSecond;
+    if (!isTime || !AppendFields(packet, message))
     {
         return {};
     }

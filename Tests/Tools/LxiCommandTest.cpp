@@ -9,7 +9,6 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <regex>
 #include <sys/socket.h>
 
 namespace ZoVelkor::Tools::Testing
@@ -132,7 +131,7 @@ constexpr const char* kSqueezed[] = {
     "*\n0000060 0000 0000 0000                         \n0000065\n",
     "000000 4c 58 49 00 4c 41 4e 33 00 00 00 00 00 00 00 00\n"
     "000010 00 00 00 00 00 00 00 01 00 00 00 05 00 00 00 06\n000020 00 00 00 00 00 00 00 3a 01 00 00 00 00 00 00 00\n"
-    "000030 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n*\n000060 00 00 00 00 00\n000065\n",
+    "000030 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\r\n*\r\n\r\n000060 00 00 00 00 00\n000065\n",
 };
 
 struct tagBadDump
@@ -337,11 +336,11 @@ public:
     CListening(const std::filesystem::path& folder, const std::vector<std::string>& options)
         : m_terminal(folder, Arguments(options))
     {
-        std::smatch place;
+        constexpr std::string_view kGroup = "multicast 224.0.23.159:";
         const std::string text = m_terminal.WaitFor("\r\n");
-        EXPECT_TRUE(std::regex_search(text, place, std::regex("multicast 224\\.0\\.23\\.159:(\\d+)")))
-            << text;
-        m_port = place.str(1);
+        const std::size_t place = text.find(kGroup);
+        EXPECT_NE(place, std::string::npos) << text;
+        m_port = text.substr(place + kGroup.size(), PortEnd(text, place + kGroup.size()));
     }
 
     const std::string& Port() const { return m_port; }
@@ -349,11 +348,22 @@ public:
     /// A line of output, with all ports of senders as 1.
     std::string Line()
     {
-        return std::regex_replace(
-            m_terminal.WaitFor("\r\n"), std::regex("(127\\.0\\.0\\.1:)\\d+"), std::string("$011"));
+        constexpr std::string_view kHost = "127.0.0.1:";
+        std::string line = m_terminal.WaitFor("\r\n");
+        for (std::size_t at = line.find(kHost); at != std::string::npos; at = line.find(kHost, at + 1))
+        {
+            line.replace(at + kHost.size(), PortEnd(line, at + kHost.size()), "1");
+        }
+        return line;
     }
 
 private:
+    /// @return digits from a place on
+    static std::size_t PortEnd(const std::string& text, std::size_t place)
+    {
+        return std::min(text.find_first_not_of("0123456789", place), text.size()) - place;
+    }
+
     static std::vector<std::string> Arguments(const std::vector<std::string>& options)
     {
         std::vector<std::string> arguments{"lxi", "listen", "--port"};

@@ -39,7 +39,8 @@ public:
     /// Takes what is wrong with a TCP stream, which is over.
     using OnDamage = std::function<void(const RemoteKernel::tagLxiPeer&, const char* fault)>;
 
-    /// @param address  IPv4; 0.0.0.0 are all interfaces; multicast then comes by the system's choice and by loopback
+    /// @param address  IPv4; 0.0.0.0 are all interfaces; multicast then comes by the system's choice and by
+    /// loopback
     /// @param port     0: a free one
     /// @throws CToolError (Usage, NoAccess)
     CLxiListener(const std::string& address, std::uint16_t port, OnMessage onMessage, OnDamage onDamage);

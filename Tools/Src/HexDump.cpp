@@ -61,13 +61,14 @@ public:
     {
         ++m_line;
         SkipFront(line, kBlanks);
+        line = line.substr(0, line.find_last_not_of(kBlanks) + 1);
         if (line == "*")
         {
             if (m_lineSize == 0)
             {
                 Refuse("* stands for no line");
             }
-            m_isSqueezed = true;
+            m_squeezedSize = m_lineSize;
             return;
         }
         TakeOffset(line);
@@ -128,11 +129,11 @@ private:
         {
             Refuse(fmt::format("{} is no offset", digits));
         }
-        while (m_isSqueezed && m_bytes.size() < offset)
+        while (m_squeezedSize != 0 && m_bytes.size() < offset)
         {
-            m_bytes.push_back(m_bytes[m_bytes.size() - m_lineSize]);
+            m_bytes.push_back(m_bytes[m_bytes.size() - m_squeezedSize]);
         }
-        m_isSqueezed = false;
+        m_squeezedSize = 0;
         if (m_hasWords && m_bytes.size() == offset + 1)
         {
             m_bytes.pop_back();
@@ -172,7 +173,7 @@ private:
     std::size_t m_lineSize = 0;
     bool m_hasOffsets = false;
     bool m_hasWords = false;
-    bool m_isSqueezed = false;
+    std::size_t m_squeezedSize = 0; // of the line that a * repeats; 0: none is open
 };
 
 } // namespace

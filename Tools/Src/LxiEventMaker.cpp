@@ -111,6 +111,11 @@ void AppendField(CLxiLanPacket& packet, const std::string& text)
     }
 }
 
+std::uint64_t SecondsOf(const CLxiTime& time) noexcept
+{
+    return (std::uint64_t{time.GetEpoch()} << 32U) | time.GetSeconds();
+}
+
 } // namespace
 
 CLxiTime TakeLxiTime(const std::string& text)
@@ -131,8 +136,7 @@ CLxiTime TakeLxiTime(const std::string& text)
     {
         return *given;
     }
-    const std::uint64_t now = SecondsOf(time);
-    if (now + SecondsOf(*given) > kMaxSeconds)
+    if (SecondsOf(time) + SecondsOf(*given) >= kMaxSeconds)
     {
         Refuse(fmt::format("--time {}: beyond what 48 bits of seconds can tell", Printable(text)));
     }
