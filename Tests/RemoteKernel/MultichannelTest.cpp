@@ -276,12 +276,14 @@ TEST_F(Multichannel, KernelStopEndsACommandThatWaitsForTheInstrument)
 class CSlowObserver : public CEventRecorder
 {
 public:
-    std::atomic<bool> m_bHurry{false};
+    CUniqueEvent m_hurry{CreateEvent(TRUE, FALSE)};
+
+    bool IsHurried() const { return WaitForSingleObject(m_hurry.Get(), 0) == WAIT_OBJECT_0; }
 
 protected:
     HRESULT DoProgramMessageBegin(long) override
     {
-        std::this_thread::sleep_for(std::chrono::milliseconds(m_bHurry ? 0 : 2));
+        WaitForSingleObject(m_hurry.Get(), 2);
         return S_OK;
     }
 };
@@ -295,7 +297,7 @@ TEST_F(Multichannel, ObserversLeaveWhileMessagesFlow)
     for (int i = 0; i < 16; ++i)
     {
         threads.emplace_back([&] {
-            for (CBusController bus; !bLeft && !spObserver->m_bHurry;)
+            for (CBusController bus; !bLeft && !spObserver->IsHurried();)
             {
                 bus.Query("*OPC?");
             }
@@ -307,7 +309,7 @@ TEST_F(Multichannel, ObserversLeaveWhileMessagesFlow)
         bLeft = true;
     });
     EXPECT_TRUE(Eventually([&] { return bLeft.load(); }));
-    spObserver->m_bHurry = true;
+    SetEvent(spObserver->m_hurry.Get());
     for (std::thread& thread : threads)
     {
         thread.join();
