@@ -3,6 +3,7 @@
 #include "Bstr.h"
 #include "GuardedEntry.h"
 #include "IZOScpiManager.h"
+#include "ReplaceText.h"
 #include "ScpiErrorCodes.h"
 
 #include <algorithm>
@@ -23,11 +24,6 @@ CUniqueEvent MakeLine()
         throw std::system_error(EMFILE, std::generic_category(), "No event for a bus channel");
     }
     return event;
-}
-
-void Replace(BSTR& target, const std::string& text)
-{
-    SysFreeString(std::exchange(target, A2WBSTR(text.c_str())));
 }
 
 } // namespace

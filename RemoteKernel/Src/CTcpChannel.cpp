@@ -2,6 +2,7 @@
 
 #include "Bstr.h"
 #include "GuardedEntry.h"
+#include "ReplaceText.h"
 
 #include <cerrno>
 #include <netinet/in.h>
@@ -58,11 +59,6 @@ bool WaitForRoom(int socket) noexcept
 {
     pollfd descriptor{socket, POLLOUT, 0};
     return poll(&descriptor, 1, -1) > 0 || errno == EINTR;
-}
-
-void Replace(BSTR& target, const std::string& text)
-{
-    SysFreeString(std::exchange(target, A2WBSTR(text.c_str())));
 }
 
 std::string Text(const asio::ip::tcp::endpoint& endpoint)
