@@ -22,7 +22,7 @@
 #include "CCommandTree.h"
 #include "CRatioReporter.h"
 #include "CRemoteKernel.h"
-#include "CSession.h"
+#include "Sessions/CSession.h"
 
 #include <algorithm>
 #include <cctype>

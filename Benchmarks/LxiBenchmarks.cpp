@@ -12,10 +12,10 @@
 // items_per_second are packets.
 
 #include "CLxiLanPacket.h"
-#include "CLxiTrigger.h"
 #include "CRatioReporter.h"
 #include "CRemoteKernel.h"
 #include "CUniqueHandle.h"
+#include "Lxi/CLxiTrigger.h"
 #include "LxiEventFormat.h"
 
 #include <array>

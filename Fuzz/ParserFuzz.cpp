@@ -1,8 +1,8 @@
 // Feeds bytes through the framer, in pieces and at once, and every message through the parser.
-#include "CMessageFramer.h"
-#include "CProgramMessageParser.h"
 #include "IZOScpiBlockData.h"
 #include "ParserTestTable.h"
+#include "Parsing/CMessageFramer.h"
+#include "Parsing/CProgramMessageParser.h"
 
 #include <cstdlib>
 #include <span>

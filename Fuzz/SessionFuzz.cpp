@@ -1,7 +1,7 @@
 // Feeds bytes through a session whose blocks are streamed, in pieces and at once: both must do the same.
-#include "CSession.h"
 #include "CTestApplication.h"
 #include "ErrorSink.h"
+#include "Sessions/CSession.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -24,8 +24,8 @@ public:
     /// Fetches the parser management of every remote path; what was attached before is released.
     ///
     /// @return S_OK
-    /// @throws CShellError when the kernel is missing, does not tell how many paths there are or has no parser
-    /// management for one of them; nothing is attached then
+    /// @throws CShellError when the kernel is missing, does not tell how many paths there are or has no
+    /// parser management for one of them; nothing is attached then
     HRESULT AttachRemoteSystem();
 
     /// Releases what AttachRemoteSystem fetched.

@@ -33,9 +33,9 @@ ZO_EXPORT tagRemoteDiagnoseControl* get_RemoteDiagnoseControl() noexcept __attri
 
 /// Sets every switch that a text names and clears all others.
 ///
-/// The words are rpc, timing, nochecks, trace, statistic, calls and messages, in this order those of the block's
-/// switches; between them stand commas, semicolons or blanks. Unknown words change nothing and are named in
-/// one log line on stderr. Timed lines count from the moment at which timing comes on.
+/// The words are rpc, timing, nochecks, trace, statistic, calls and messages, in this order those of the
+/// block's switches; between them stand commas, semicolons or blanks. Unknown words change nothing and are
+/// named in one log line on stderr. Timed lines count from the moment at which timing comes on.
 ///
 /// @param words  may be empty: all switches off
 /// @param source  where the text comes from, for the log line

@@ -36,8 +36,8 @@ struct IZOScpiChannelServiceProvider : IUnknown
     /// a call of the kernel.
     ///
     /// -420 and the command errors -1xx say that what the kernel has read of a message has no end: it is
-    /// dropped. As after SignalDeviceClear, DeviceClearAcknowledge says when that is done, and until then Read
-    /// gives nothing.
+    /// dropped. As after SignalDeviceClear, DeviceClearAcknowledge says when that is done, and until then
+    /// Read gives nothing.
     ///
     /// @param text  device-dependent part, lent for the call; may be null
     virtual HRESULT ReportError(short code, wchar_t* text) = 0;

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CMultichannelAdministration.h"
-#include "KernelParts.h"
+#include "Services/CMultichannelAdministration.h"
 #include "SessionLimits.h"
+#include "Sessions/KernelParts.h"
 
 #include <condition_variable>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CMessageFramer.h"
+#include "Parsing/CMessageFramer.h"
 
 #include <cstddef>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CDemoInstrument.h"
 #include "CScpiClient.h"
 #include "CTemporaryRegistry.h"
+#include "Instrument/CDemoInstrument.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "AnalyzerTable.h"
-#include "CGeneratorCommands.h"
+#include "Analyzer/AnalyzerTable.h"
 #include "CScpiParserTable.h"
 #include "CScpiPropErrorStrategy.h"
+#include "Generator/CGeneratorCommands.h"
 #include "RoundTripTable.h"
 
 #include <list>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "InstrumentAddress.h"
+#include "Instrument/InstrumentAddress.h"
 
 #include <string>
 #include <string_view>

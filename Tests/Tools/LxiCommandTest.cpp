@@ -1,9 +1,9 @@
 #include "CTerminal.h"
-#include "CToolError.h"
+#include "Common/CToolError.h"
+#include "Lxi/LxiEventMaker.h"
+#include "Lxi/LxiSockets.h"
+#include "Lxi/PcapFile.h"
 #include "LxiClock.h"
-#include "LxiEventMaker.h"
-#include "LxiSockets.h"
-#include "PcapFile.h"
 #include "ToolRunner.h"
 
 #include <gmock/gmock.h>

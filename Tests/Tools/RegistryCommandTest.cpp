@@ -1,6 +1,6 @@
 #include "CTerminal.h"
-#include "CToolError.h"
-#include "RegistryFile.h"
+#include "Common/CToolError.h"
+#include "Registry/RegistryFile.h"
 #include "ToolRunner.h"
 
 #include <gmock/gmock.h>

@@ -1,7 +1,7 @@
-#include "CDemoInstrument.h"
-#include "CHeaderCompletion.h"
 #include "CScriptedServer.h"
 #include "CTerminal.h"
+#include "Instrument/CDemoInstrument.h"
+#include "Scpi/CHeaderCompletion.h"
 #include "ToolRunner.h"
 
 #include <fmt/format.h>

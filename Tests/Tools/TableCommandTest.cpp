@@ -1,7 +1,7 @@
-#include "AnalyzerTable.h"
-#include "CDemoInstrument.h"
-#include "CGeneratorCommands.h"
+#include "Analyzer/AnalyzerTable.h"
 #include "CScriptedServer.h"
+#include "Generator/CGeneratorCommands.h"
+#include "Instrument/CDemoInstrument.h"
 #include "ScpiTableMacros.h"
 #include "ToolRunner.h"
 

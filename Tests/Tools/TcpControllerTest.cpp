@@ -1,7 +1,7 @@
 #include "CComObject.h"
 #include "CScriptedServer.h"
 #include "CShellError.h"
-#include "CTcpController.h"
+#include "Instrument/CTcpController.h"
 #include "TaskMemory.h"
 
 #include <gmock/gmock.h>

@@ -1,0 +1,43 @@
+#include "CAnalyzerApplication.h"
+
+#include "Common/CApplicationParser.h"
+#include "Common/CResetHandler.h"
+
+namespace ZoVelkor::Demo
+{
+namespace
+{
+
+/// Passes the device events of IEEE 488.2 on to the analyser.
+class CAnalyzerDeviceHandler : public CResetHandler<CAnalyzer>
+{
+public:
+    using CResetHandler::CResetHandler;
+
+    /// @return S_FALSE when no sweep waits for a trigger by the bus
+    HRESULT Trigger() override { return Instrument().Sweeps().TriggerByBus() ? S_OK : S_FALSE; }
+
+    HRESULT Selftest(short* passed) override
+    {
+        const HRESULT hr = CBScpiDeviceHandler::Selftest(passed);
+        if (SUCCEEDED(hr))
+        {
+            *passed = CAnalyzer::Selftest() ? VARIANT_TRUE : VARIANT_FALSE;
+        }
+        return hr;
+    }
+
+protected:
+    ~CAnalyzerDeviceHandler() override = default;
+};
+
+} // namespace
+
+CAnalyzerApplication::CAnalyzerApplication()
+    : m_registration(
+          L"analyzer",
+          AnalyzerTable(),
+          CApplicationParser<CAnalyzerCommands, CAnalyzerDeviceHandler>::Create(m_commands, m_analyzer))
+{}
+
+} // namespace ZoVelkor::Demo

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "CAnalyzerCommands.h"
+#include "Common/CApplicationAccess.h"
+#include "Common/CApplicationRegistration.h"
+
+namespace ZoVelkor::Demo
+{
+
+/// The application "analyzer": the analyser, its commands and its place in remote control.
+class CAnalyzerApplication
+{
+public:
+    /// @throws CShellError when remote control is missing or refuses the application
+    CAnalyzerApplication();
+
+    CSweepEngine& Sweeps() { return m_analyzer.Sweeps(); }
+
+    CApplicationAccess<CAnalyzer> Access(const RemoteKernel::CRemoteKernel& kernel)
+    {
+        return {m_analyzer, kernel, m_registration};
+    }
+
+private:
+    CAnalyzer m_analyzer;
+    CAnalyzerCommands m_commands{m_analyzer};
+    CApplicationRegistration m_registration; // last: it goes before what the handlers use
+};
+
+} // namespace ZoVelkor::Demo

@@ -1,0 +1,159 @@
+#pragma once
+
+#include "CComBSTR.h"
+#include "CComPtr.h"
+#include "GuardedEntry.h"
+#include "Guid.h"
+#include "IZOScpiDeviceHandler.h"
+#include "IZOScpiExecutionSink.h"
+#include "IZOScpiMultichannelParser.h"
+#include "Parsing/ParsedCommand.h"
+#include "ScpiParserTree.h"
+
+#include <map>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+/// How an application has come in; one object may come in several ways.
+enum class tagApplicationKind
+{
+    Object,
+    Parser,
+    PlugIn,
+    DeviceHandler
+};
+
+/// What an application brings along when it is registered.
+struct tagApplicationParts
+{
+    std::string sName;             ///< for messages and listings, as UTF-8
+    tagZO_SCPI_PARSER_TREE tree{}; ///< lent until the application is made; without size for one without
+                                   ///< commands, which hears device events alone
+    GUID id = GUID_NULL;           ///< under which it is unregistered
+    tagApplicationKind eKind = tagApplicationKind::Object;
+    CComPtr<IUnknown> spRegistered; ///< the object that was registered, its identity
+    CComPtr<IZOScpiExecutionSink> spSink;
+    CComPtr<IZOScpiDeviceHandler> spDeviceHandler;
+    CComPtr<IZOScpiMultichannelParser> spEngines; ///< gives each path an engine that runs its commands
+    long iRemotePath = kAllPaths;                 ///< whose device events it hears
+    bool bActivated = false;                      ///< runs a header that others define as well
+
+    static constexpr long kAllPaths = -1;
+};
+
+/// What an application has not heard yet when one of its commands comes.
+struct tagApplicationNews
+{
+    bool bRemote = false;       ///< the path has become remote
+    bool bMessageBegin = false; ///< it is the first of its commands in the program message
+};
+
+/// An application whose commands the kernel runs.
+///
+/// It has its own copy of the command table, so sessions that still hold an old command index never read
+/// memory that the application has freed. Sink and device handler are called one at a time, under the
+/// application's lock. Threads: any operation from any thread, but not from inside a handler.
+class CApplication
+{
+public:
+    /// The kernel's own commands, which only touch their session and run without lock.
+    CApplication(std::string name, const _CMD_SET_RECORD* table, std::size_t count);
+
+    /// Asks the device handler, if it hears of all paths, for its firmware level.
+    explicit CApplication(tagApplicationParts parts);
+
+    const std::string& Name() const noexcept { return m_parts.sName; }
+    const GUID& ObjectId() const noexcept { return m_parts.id; }
+    const tagApplicationParts& Parts() const noexcept { return m_parts; }
+    const std::vector<_CMD_SET_RECORD>& Table() const noexcept { return m_table; }
+    /// Empty: that of the instrument holds.
+    const CComBSTR& FirmwareLevel() const noexcept { return m_bsFirmwareLevel; }
+    bool IsBuiltIn() const noexcept { return m_bBuiltIn; }
+
+    /// Runs one command; no exception of the handler gets out, it gives E_FAIL.
+    ///
+    /// @param news  of which the device handler is told before
+    /// @param[out] result  what the sink returned
+    /// @return false, and nothing was run, when the application has left
+    bool Execute(const tagParsedCommand& command,
+                 const tagApplicationNews& news,
+                 IUnknown* context,
+                 long remotePath,
+                 IZOScpiOutputBuffer* output,
+                 HRESULT& result);
+
+    /// Calls the device handler with a function of the form HRESULT(IZOScpiDeviceHandler&).
+    ///
+    /// @param remotePath  where the event comes from; kAllPaths: from the instrument itself
+    /// @return its result; S_FALSE when there is no device handler for this path or the application has left
+    template <class TCall>
+    HRESULT CallDeviceHandler(long remotePath, TCall&& call)
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_parts.spDeviceHandler == nullptr || !Hears(remotePath))
+        {
+            return S_FALSE;
+        }
+        return GuardedEntry([&]() -> HRESULT { return call(*m_parts.spDeviceHandler); });
+    }
+
+    /// Runs work on the application's state while none of its commands runs and none begins. Not from inside
+    /// a handler of the same application.
+    ///
+    /// @param work  of the form HRESULT()
+    /// @return its result; E_ABORT, and nothing was run, when the application has left
+    template <class TWork>
+    HRESULT RunBetweenCommands(TWork&& work)
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_parts.spSink == nullptr ? E_ABORT : GuardedEntry(std::forward<TWork>(work));
+    }
+
+    /// Gives the engine of a remote path back that has ended. Does not wait for a command of another path.
+    void ReleaseEngine(long remotePath) noexcept;
+
+    /// Lets go of sink and device handler; when it returns, none of them is running or will be called.
+    void Close();
+
+private:
+    void TellLocked(const tagApplicationNews& news) noexcept;
+
+    struct tagEngine
+    {
+        CComPtr<IZOScpiMultichannelParser> spMaker;
+        CComPtr<IUnknown> spObject;
+        CComPtr<IZOScpiExecutionSink> spSink; // null: it could not be made
+    };
+
+    bool Hears(long remotePath) const noexcept
+    {
+        return m_parts.iRemotePath == tagApplicationParts::kAllPaths || m_parts.iRemotePath == remotePath;
+    }
+    /// @return borrowed, while the lock is held; null when the path's engine cannot be made
+    IZOScpiExecutionSink* SinkLocked(long remotePath);
+    tagEngine MakeEngineLocked();
+    static void GiveBack(tagEngine& engine) noexcept;
+    HRESULT RunLocked(const tagParsedCommand& command,
+                      IUnknown* context,
+                      long remotePath,
+                      IZOScpiOutputBuffer* output) noexcept;
+    HRESULT RunTracedLocked(const tagParsedCommand& command,
+                            IUnknown* context,
+                            long remotePath,
+                            IZOScpiOutputBuffer* output) noexcept;
+
+    const std::vector<_CMD_SET_RECORD> m_table;
+    const bool m_bBuiltIn;
+    CComBSTR m_bsFirmwareLevel; // constant after construction
+    std::mutex m_mutex;
+    tagApplicationParts m_parts;         // its counted interfaces are guarded by m_mutex
+    std::mutex m_enginesMutex;           // taken after m_mutex; held while engines are given back
+    std::map<long, tagEngine> m_engines; // guarded by m_enginesMutex
+};
+
+} // namespace ZoVelkor::RemoteKernel

@@ -1,0 +1,111 @@
+#pragma once
+
+#include "CApplication.h"
+#include "CComObject.h"
+#include "IZOScpiObjectRegistration.h"
+#include "Parsing/CCommandIndex.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+/// The four fields of *IDN? (IEEE 488.2 section 10.14). An empty field is answered as 0; commas, semicolons
+/// and what is not printable ASCII are answered as blanks.
+struct tagInstrumentIdentity
+{
+    std::string sManufacturer;
+    std::string sModel;
+    std::string sSerialNumber;
+    std::string sFirmwareLevel;
+};
+
+/// All that a program message needs to know of the registered applications; never changes.
+struct tagApplicationSet
+{
+    std::vector<std::shared_ptr<CApplication>> applications; ///< the kernel's own first
+    std::unique_ptr<const CCommandIndex> spIndex;
+    std::string sIdentity; ///< response to *IDN?
+};
+
+/// Where applications enter and leave; hands out the current set to the sessions.
+///
+/// Threads: any operation from any thread, but registration not from inside a handler.
+class CApplicationRegistry : public IZOScpiObjectRegistration
+{
+public:
+    explicit CApplicationRegistry(tagInstrumentIdentity identity);
+    virtual ~CApplicationRegistry() = default;
+
+    /// Results as the interface says; E_UNEXPECTED, reported, after Close.
+    HRESULT RegisterObject(tagZO_SCPI_PARSER_OBJECT const* object) override;
+    HRESULT UnregisterObject(GUID id) override;
+
+    /// Registers a parser of all paths, which may have an engine for each.
+    ///
+    /// @return as RegisterObject; E_INVALIDARG, reported, when it is registered so already
+    HRESULT RegisterParser(IZOScpiParser* pParser);
+    /// Registers a plug-in: its commands, who runs them, and its device handler if it has one.
+    ///
+    /// @return as RegisterParser; E_NOINTERFACE when the object is none
+    HRESULT RegisterPlugIn(IUnknown* pPlugIn);
+    /// Registers a device handler without commands; the same one once for each path.
+    ///
+    /// @return S_OK; S_FALSE when it is registered already
+    HRESULT RegisterDeviceHandler(IZOScpiDeviceHandler* pHandler, long remotePath);
+    /// Takes back what one of these three has registered.
+    ///
+    /// @return as UnregisterObject
+    HRESULT
+    Unregister(tagApplicationKind kind, IUnknown* pObject, long remotePath = tagApplicationParts::kAllPaths);
+
+    /// @return the application of this identifier; null when there is none
+    std::shared_ptr<CApplication> FindApplication(const GUID& id) const;
+
+    /// Tells the applications that a remote path has ended.
+    void ReleaseEngines(long remotePath) noexcept;
+
+    /// Number of the current set; changes with every registration.
+    std::uint64_t Generation() const noexcept { return m_generation.load(std::memory_order_acquire); }
+
+    /// Fetches the current set.
+    ///
+    /// @param[out] generation  its number
+    std::shared_ptr<const tagApplicationSet> Current(std::uint64_t& generation) const;
+
+    /// Unregisters everything and accepts no more.
+    void Close();
+
+private:
+    static bool IsSame(const tagApplicationParts& parts,
+                       tagApplicationKind kind,
+                       IUnknown* pIdentity,
+                       long remotePath) noexcept;
+    HRESULT RegisterFrom(IZOScpiParser* pParser, tagApplicationParts& parts);
+    HRESULT CheckTable(const CApplication& application) const;
+    HRESULT Add(tagApplicationParts& parts);
+    bool IsRegistered(const tagApplicationParts& parts) const;
+    /// Takes the first application out for which a condition holds.
+    ///
+    /// @return as UnregisterObject
+    template <class TCondition>
+    HRESULT RemoveWhere(TCondition condition);
+    void Publish(std::vector<std::shared_ptr<CApplication>> applications);
+    std::string IdentityResponse(const std::vector<std::shared_ptr<CApplication>>& applications) const;
+
+    const tagInstrumentIdentity m_identity;
+    std::mutex m_changeMutex; // one change at a time; taken before m_mutex
+    bool m_bClosed = false;   // guarded by m_changeMutex
+    mutable std::mutex m_mutex;
+    std::shared_ptr<const tagApplicationSet> m_spCurrent; // guarded by m_mutex
+    std::atomic<std::uint64_t> m_generation{0};
+};
+
+using CApplicationRegistryObject = CComObject<CApplicationRegistry, IZOScpiObjectRegistration>;
+
+} // namespace ZoVelkor::RemoteKernel

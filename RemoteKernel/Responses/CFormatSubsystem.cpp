@@ -1,0 +1,612 @@
+#include "CFormatSubsystem.h"
+
+#include "CComVariant.h"
+#include "GuardedEntry.h"
+#include "Parsing/NumberText.h"
+#include "ResponseNumber.h"
+#include "ResponseText.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+namespace
+{
+
+/// Values that are formatted between two requests for room.
+constexpr std::size_t kTextChunk = 256;
+/// Room that WriteReal and a separator need.
+constexpr std::size_t kMaxRealText = 48;
+
+struct tagFormatRow
+{
+    const char* szName;
+    long iMaxDigits;
+    tagEnumFormatDataType eType;
+    unsigned iBitsPerDigit; // 0: decimal
+};
+
+constexpr tagFormatRow kTextFormats[] = {
+    {"ASC", CFormatSubsystem::kMaxDigits, ZO_FORMAT_ASCII,  0},
+    {"HEX", 16,                           ZO_FORMAT_HEX,    4},
+    {"OCT", 22,                           ZO_FORMAT_OCTAL,  3},
+    {"BIN", 64,                           ZO_FORMAT_BINARY, 1},
+};
+
+const tagFormatRow* FindTextFormat(tagEnumFormatDataType type) noexcept
+{
+    const auto* found = std::find_if(std::begin(kTextFormats),
+                                     std::end(kTextFormats),
+                                     [type](const auto& row) { return row.eType == type; });
+    return found == std::end(kTextFormats) ? nullptr : found;
+}
+
+bool IsValidFormat(tagEnumFormatDataType type, long width) noexcept
+{
+    switch (type)
+    {
+    case ZO_FORMAT_REAL:
+        return width == 32 || width == 64;
+    case ZO_FORMAT_INTEGER:
+        return width == 8 || width == 16 || width == 32 || width == 64;
+    default:
+        const tagFormatRow* row = FindTextFormat(type);
+        return row != nullptr && width >= 0 && width <= row->iMaxDigits;
+    }
+}
+
+/// The element of a binary format of one C++ type.
+template <class T>
+T ToElement(double value) noexcept
+{
+    if constexpr (std::is_same_v<T, double>)
+    {
+        return ReplaceNonFinite(value);
+    }
+    else if constexpr (std::is_same_v<T, float>)
+    {
+        return static_cast<float>(ReplaceNonFinite(static_cast<double>(static_cast<float>(value))));
+    }
+    else
+    {
+        const tagResponseNumber number{tagResponseNumber::tagKind::Double, 0, 0, value};
+        return static_cast<T>(number.AsInteger(std::numeric_limits<T>::min(), std::numeric_limits<T>::max()));
+    }
+}
+
+template <class T>
+T ToElement(const tagResponseNumber& number) noexcept
+{
+    if constexpr (std::is_floating_point_v<T>)
+    {
+        return ToElement<T>(number.AsDouble());
+    }
+    else
+    {
+        return static_cast<T>(number.AsInteger(std::numeric_limits<T>::min(), std::numeric_limits<T>::max()));
+    }
+}
+
+template <std::size_t TSize>
+using UnsignedOf =
+    std::conditional_t<TSize == 1,
+                       std::uint8_t,
+                       std::conditional_t<TSize == 2,
+                                          std::uint16_t,
+                                          std::conditional_t<TSize == 4, std::uint32_t, std::uint64_t>>>;
+
+template <class T>
+T ReverseBytes(T value) noexcept
+{
+    if constexpr (sizeof(T) == 8)
+    {
+        return __builtin_bswap64(value);
+    }
+    else if constexpr (sizeof(T) == 4)
+    {
+        return __builtin_bswap32(value);
+    }
+    else if constexpr (sizeof(T) == 2)
+    {
+        return __builtin_bswap16(value);
+    }
+    else
+    {
+        return value;
+    }
+}
+
+template <class T>
+void StoreElement(char* place, T value, bool bMostSignificantFirst) noexcept
+{
+    auto bits = std::bit_cast<UnsignedOf<sizeof(T)>>(value);
+    if (bMostSignificantFirst == (std::endian::native == std::endian::little))
+    {
+        bits = ReverseBytes(bits);
+    }
+    std::memcpy(place, &bits, sizeof bits);
+}
+
+/// Calls a function with a value of the C++ type of a binary format.
+template <class TCall>
+void VisitElementType(tagEnumFormatDataType type, long width, TCall&& call)
+{
+    if (type == ZO_FORMAT_REAL)
+    {
+        width == 32 ? call(float{}) : call(double{});
+        return;
+    }
+    switch (width)
+    {
+    case 8:
+        return call(std::int8_t{});
+    case 16:
+        return call(std::int16_t{});
+    case 32:
+        return call(std::int32_t{});
+    default:
+        return call(std::int64_t{});
+    }
+}
+
+char* WriteNumberText(char* place,
+                      const tagResponseNumber& number,
+                      tagEnumFormatDataType type,
+                      long width) noexcept
+{
+    using tagKind = tagResponseNumber::tagKind;
+    if (const tagFormatRow* row = FindTextFormat(type); row != nullptr && row->iBitsPerDigit != 0)
+    {
+        auto pattern =
+            number.eKind == tagKind::Unsigned
+                ? number.iUnsigned
+                : static_cast<std::uint64_t>(number.AsInteger(std::numeric_limits<std::int64_t>::min(),
+                                                              std::numeric_limits<std::int64_t>::max()));
+        if (static_cast<std::int64_t>(pattern) < 0 && number.eKind != tagKind::Unsigned &&
+            static_cast<std::int64_t>(pattern) >= std::numeric_limits<std::int32_t>::min())
+        {
+            pattern &= std::numeric_limits<std::uint32_t>::max();
+        }
+        return WriteNonDecimal(place, pattern, row->iBitsPerDigit, static_cast<unsigned>(width));
+    }
+    switch (number.eKind)
+    {
+    case tagKind::Signed:
+        return WriteInteger(place, number.iSigned);
+    case tagKind::Unsigned:
+        return WriteInteger(place, number.iUnsigned);
+    default:
+        break;
+    }
+    if (width != 0)
+    {
+        return WriteRealWithDigits(place, number.dReal, static_cast<int>(width));
+    }
+    return number.eKind == tagKind::Float ? WriteReal(place, static_cast<float>(number.dReal))
+                                          : WriteReal(place, number.dReal);
+}
+
+} // namespace
+
+/// One data item: a scalar, or the elements of an array.
+struct CFormatSubsystem::tagItem
+{
+    CComVariant value; // references resolved
+    tagEnumFormatDataInterpretation eInterpretation = ZO_INTERPRETATION_NUMERIC;
+    bool bArray = false;
+    std::size_t iLength = 1;
+
+    HRESULT Set(const VARIANT* source, tagEnumFormatDataInterpretation interpretation) noexcept
+    {
+        if (source == nullptr)
+        {
+            return E_POINTER;
+        }
+        eInterpretation = interpretation;
+        // Arrays are only looked at, so the variant shares them instead of copying (see Element).
+        pSource = source;
+        if ((source->vt & VT_BYREF) != 0)
+        {
+            const HRESULT result = VariantCopyInd(&value, source);
+            if (FAILED(result))
+            {
+                return result;
+            }
+            pSource = &value;
+        }
+        bArray = (pSource->vt & VT_ARRAY) != 0;
+        if (bArray && pSource->parray == nullptr)
+        {
+            return E_INVALIDARG;
+        }
+        iLength = bArray ? pSource->parray->rgsabound[0].cElements : 1;
+        return interpretation <= ZO_INTERPRETATION_STRING ? S_OK : E_INVALIDARG;
+    }
+
+    /// An element as a variant that owns nothing.
+    VARIANT Element(std::size_t index) const noexcept
+    {
+        if (!bArray)
+        {
+            return *pSource;
+        }
+        const SAFEARRAY& array = *pSource->parray;
+        VARIANT element{};
+        element.vt = array.elementType;
+        std::memcpy(&element.llVal,
+                    static_cast<const char*>(array.pvData) + index * array.cbElements,
+                    std::min<std::size_t>(array.cbElements, sizeof element.llVal));
+        return element;
+    }
+
+    const VARIANT* pSource = nullptr;
+};
+
+HRESULT CFormatSubsystem::WriteRaw(std::string_view text) noexcept
+{
+    char* place = nullptr;
+    const HRESULT result = m_spOutput->Prepare(text.size(), &place);
+    if (SUCCEEDED(result))
+    {
+        std::memcpy(place, text.data(), text.size());
+        m_spOutput->Commit(text.size());
+    }
+    return result;
+}
+
+HRESULT CFormatSubsystem::InsertDataSeparator()
+{
+    return WriteRaw(",");
+}
+
+HRESULT CFormatSubsystem::NumericVariant(VARIANT const* value, tagEnumFormatDataType type, long width)
+{
+    if (value == nullptr)
+    {
+        return E_POINTER;
+    }
+    const tagFormatRow* row = FindTextFormat(type == ZO_FORMAT_DEFAULT ? ZO_FORMAT_ASCII : type);
+    if (row == nullptr || width < 0 || width > row->iMaxDigits)
+    {
+        return E_INVALIDARG;
+    }
+    if ((value->vt & VT_BYREF) == 0)
+    {
+        return WriteNumber(*value, type, width);
+    }
+    CComVariant copy;
+    const HRESULT result = VariantCopyInd(&copy, value);
+    return FAILED(result) ? result : WriteNumber(copy, type, width);
+}
+
+HRESULT CFormatSubsystem::WriteNumber(const VARIANT& value, tagEnumFormatDataType type, long width) noexcept
+{
+    tagResponseNumber number;
+    HRESULT result = ReadResponseNumber(value, number);
+    char* place = nullptr;
+    if (SUCCEEDED(result))
+    {
+        result = m_spOutput->Prepare(kMaxNumberText, &place);
+    }
+    if (SUCCEEDED(result))
+    {
+        m_spOutput->Commit(static_cast<std::size_t>(WriteNumberText(place, number, type, width) - place));
+    }
+    return result;
+}
+
+HRESULT CFormatSubsystem::NumericText(unsigned long length, char const* text)
+{
+    return text == nullptr && length != 0 ? E_POINTER : WriteRaw({text, length});
+}
+
+HRESULT CFormatSubsystem::StringText(unsigned long length, char const* text)
+{
+    if (text == nullptr && length != 0)
+    {
+        return E_POINTER;
+    }
+    const std::string_view contents(text, length);
+    const auto quotes = static_cast<std::size_t>(std::count(contents.begin(), contents.end(), '"'));
+    char* place = nullptr;
+    const HRESULT result = m_spOutput->Prepare(length + quotes + 2, &place);
+    if (FAILED(result))
+    {
+        return result;
+    }
+    char* end = place;
+    *end++ = '"';
+    for (const char c : contents)
+    {
+        if (c == '"')
+        {
+            *end++ = '"';
+        }
+        *end++ = c;
+    }
+    *end++ = '"';
+    m_spOutput->Commit(static_cast<std::size_t>(end - place));
+    return S_OK;
+}
+
+HRESULT CFormatSubsystem::OutputData(VARIANT const* data,
+                                     tagEnumFormatDataInterpretation interpretation,
+                                     VARIANT_BOOL separator)
+{
+    return OutputScatteredData(1, &data, &interpretation, separator);
+}
+
+HRESULT CFormatSubsystem::OutputScatteredData(unsigned long count,
+                                              VARIANT const* const* data,
+                                              tagEnumFormatDataInterpretation const* interpretations,
+                                              VARIANT_BOOL separator)
+{
+    if (data == nullptr || interpretations == nullptr)
+    {
+        return E_POINTER;
+    }
+    if (count == 0)
+    {
+        return E_INVALIDARG;
+    }
+    return GuardedEntry([&]() -> HRESULT {
+        std::vector<tagItem> items(count);
+        for (std::size_t i = 0; i < count; ++i)
+        {
+            const HRESULT result = items[i].Set(data[i], interpretations[i]);
+            if (FAILED(result))
+            {
+                return result;
+            }
+            if (items[i].iLength != items[0].iLength)
+            {
+                return E_INVALIDARG;
+            }
+        }
+        const HRESULT result = separator != VARIANT_FALSE ? InsertDataSeparator() : S_OK;
+        return FAILED(result) ? result : WriteItems(items, items[0].iLength);
+    });
+}
+
+HRESULT CFormatSubsystem::WriteItems(std::span<const tagItem> items, std::size_t length)
+{
+    const auto isBlockData = [this](const tagItem& item) {
+        return IsBinary() && item.eInterpretation == ZO_INTERPRETATION_NUMERIC;
+    };
+    if (length == 0)
+    {
+        return isBlockData(items[0]) ? WriteBlockHeader(0) : S_OK;
+    }
+    if (items.size() == 1 && items[0].bArray && items[0].pSource->parray->elementType == VT_R8 &&
+        items[0].eInterpretation == ZO_INTERPRETATION_NUMERIC)
+    {
+        return OutputDoubles(static_cast<const double*>(items[0].pSource->parray->pvData), length);
+    }
+    const std::size_t total = items.size() * length;
+    const auto itemOf = [items](std::size_t place) -> const tagItem& { return items[place % items.size()]; };
+    std::size_t blockEnd = 0; // up to here the elements belong to the block that was begun
+    for (std::size_t place = 0; place < total; ++place)
+    {
+        const tagItem& item = itemOf(place);
+        const VARIANT element = item.Element(place / items.size());
+        HRESULT result = place != 0 && place >= blockEnd ? InsertDataSeparator() : S_OK;
+        if (SUCCEEDED(result) && isBlockData(item) && place >= blockEnd)
+        {
+            for (blockEnd = place + 1; blockEnd < total && isBlockData(itemOf(blockEnd)); ++blockEnd)
+            {}
+            result = WriteBlockHeader((blockEnd - place) * ElementSize());
+        }
+        if (SUCCEEDED(result))
+        {
+            result =
+                isBlockData(item) ? WriteBinaryNumber(element) : WriteElement(element, item.eInterpretation);
+        }
+        if (FAILED(result))
+        {
+            return result;
+        }
+    }
+    return S_OK;
+}
+
+HRESULT CFormatSubsystem::WriteElement(const VARIANT& value, tagEnumFormatDataInterpretation interpretation)
+{
+    switch (interpretation)
+    {
+    case ZO_INTERPRETATION_STRING:
+        return WriteString(value);
+    case ZO_INTERPRETATION_BOOLEAN: {
+        tagResponseNumber number;
+        const HRESULT result = ReadResponseNumber(value, number);
+        return FAILED(result) ? result : WriteRaw(number.AsDouble() != 0 ? "1" : "0");
+    }
+    case ZO_INTERPRETATION_ASCII:
+        return WriteNumber(value, ZO_FORMAT_ASCII, m_eType == ZO_FORMAT_ASCII ? m_iWidth : 0);
+    default:
+        return WriteNumber(value, m_eType, m_iWidth);
+    }
+}
+
+HRESULT CFormatSubsystem::WriteString(const VARIANT& value)
+{
+    CComVariant text;
+    const HRESULT result = text.ChangeType(VT_BSTR, &value);
+    if (FAILED(result))
+    {
+        return result;
+    }
+    const std::string narrow = NarrowResponseText(text.bstrVal);
+    return StringText(narrow.size(), narrow.data());
+}
+
+HRESULT CFormatSubsystem::WriteBinaryNumber(const VARIANT& value) noexcept
+{
+    tagResponseNumber number;
+    HRESULT result = ReadResponseNumber(value, number);
+    char* place = nullptr;
+    if (SUCCEEDED(result))
+    {
+        result = m_spOutput->Prepare(ElementSize(), &place);
+    }
+    if (SUCCEEDED(result))
+    {
+        VisitElementType(m_eType, m_iWidth, [&](auto sample) {
+            StoreElement(place, ToElement<decltype(sample)>(number), m_eByteOrder == ZO_BYTE_ORDER_NORMAL);
+        });
+        m_spOutput->Commit(ElementSize());
+    }
+    return result;
+}
+
+HRESULT CFormatSubsystem::WriteBlockHeader(std::size_t dataBytes) noexcept
+{
+    char length[24];
+    const std::string_view digits(
+        length, static_cast<std::size_t>(WriteInteger(length, std::uint64_t{dataBytes}) - length));
+    const char begin[] = {'#', static_cast<char>('0' + digits.size())};
+    const HRESULT result = WriteRaw({begin, sizeof begin});
+    return FAILED(result) ? result : WriteRaw(digits);
+}
+
+HRESULT CFormatSubsystem::OutputDoubles(double const* values, unsigned long count)
+{
+    if (values == nullptr && count != 0)
+    {
+        return E_POINTER;
+    }
+    const std::span<const double> all(values, count);
+    return IsBinary() ? WriteDoublesAsBlock(all) : WriteDoublesAsText(all);
+}
+
+HRESULT CFormatSubsystem::WriteDoublesAsText(std::span<const double> values) noexcept
+{
+    const bool bPlain = m_eType == ZO_FORMAT_ASCII && m_iWidth == 0;
+    const std::size_t room = bPlain ? kMaxRealText : kMaxNumberText + 1;
+    for (std::size_t first = 0; first < values.size(); first += kTextChunk)
+    {
+        const auto chunk = values.subspan(first, std::min(kTextChunk, values.size() - first));
+        char* place = nullptr;
+        const HRESULT result = m_spOutput->Prepare(chunk.size() * room, &place);
+        if (FAILED(result))
+        {
+            return result;
+        }
+        char* end = place;
+        for (const double value : chunk)
+        {
+            end = bPlain ? WriteReal(end, value)
+                         : WriteNumberText(
+                               end, {tagResponseNumber::tagKind::Double, 0, 0, value}, m_eType, m_iWidth);
+            *end++ = ',';
+        }
+        const bool bLast = first + chunk.size() == values.size();
+        m_spOutput->Commit(static_cast<std::size_t>(end - place) - (bLast ? 1 : 0));
+    }
+    return S_OK;
+}
+
+HRESULT CFormatSubsystem::WriteDoublesAsBlock(std::span<const double> values) noexcept
+{
+    const std::size_t bytes = values.size() * ElementSize();
+    HRESULT result = WriteBlockHeader(bytes);
+    char* place = nullptr;
+    if (SUCCEEDED(result))
+    {
+        result = m_spOutput->Prepare(bytes, &place);
+    }
+    if (SUCCEEDED(result))
+    {
+        const bool bMostSignificantFirst = m_eByteOrder == ZO_BYTE_ORDER_NORMAL;
+        VisitElementType(m_eType, m_iWidth, [&](auto sample) {
+            using TElement = decltype(sample);
+            char* end = place;
+            for (const double value : values)
+            {
+                StoreElement(end, ToElement<TElement>(value), bMostSignificantFirst);
+                end += sizeof(TElement);
+            }
+        });
+        m_spOutput->Commit(bytes);
+    }
+    return result;
+}
+
+HRESULT CFormatSubsystem::get_DataFormat(tagEnumFormatDataType* type, long* width)
+{
+    if (type == nullptr || width == nullptr)
+    {
+        return E_POINTER;
+    }
+    *type = m_eType;
+    *width = m_iWidth;
+    return S_OK;
+}
+
+HRESULT CFormatSubsystem::put_DataFormat(tagEnumFormatDataType type, long width)
+{
+    if (!IsValidFormat(type, width))
+    {
+        return E_INVALIDARG;
+    }
+    m_eType = type;
+    m_iWidth = width;
+    return S_OK;
+}
+
+HRESULT CFormatSubsystem::get_ByteOrder(tagEnumFormatByteOrder* order)
+{
+    if (order == nullptr)
+    {
+        return E_POINTER;
+    }
+    *order = m_eByteOrder;
+    return S_OK;
+}
+
+HRESULT CFormatSubsystem::put_ByteOrder(tagEnumFormatByteOrder order)
+{
+    if (order != ZO_BYTE_ORDER_NORMAL && order != ZO_BYTE_ORDER_SWAPPED)
+    {
+        return E_INVALIDARG;
+    }
+    m_eByteOrder = order;
+    return S_OK;
+}
+
+HRESULT CFormatSubsystem::GetDataFormatText(wchar_t** text)
+{
+    if (text == nullptr)
+    {
+        return E_POINTER;
+    }
+    if (*text != nullptr)
+    {
+        return E_INVALIDARG;
+    }
+    return GuardedEntry([&]() -> HRESULT {
+        const tagFormatRow* row = FindTextFormat(m_eType);
+        std::string name = row != nullptr ? row->szName : m_eType == ZO_FORMAT_REAL ? "REAL" : "INT";
+        name += ',' + std::to_string(m_iWidth);
+        *text = A2WBSTR(name.c_str());
+        return *text != nullptr ? S_OK : E_OUTOFMEMORY;
+    });
+}
+
+HRESULT CFormatSubsystem::Reset()
+{
+    m_eType = ZO_FORMAT_ASCII;
+    m_iWidth = 0;
+    m_eByteOrder = ZO_BYTE_ORDER_NORMAL;
+    return S_OK;
+}
+
+} // namespace ZoVelkor::RemoteKernel

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "IZOScpiMultichannelAdministration.h"
+#include "SessionLimits.h"
+#include "Sessions/CConnection.h"
+#include "Sessions/KernelParts.h"
+
+#include <map>
+#include <mutex>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+class CRemoteKernel;
+
+/// The connections of a kernel, by channel. Threads: as the interface says.
+class CMultichannelAdministration : public IZOScpiMultichannelAdministration
+{
+public:
+    /// @param kernel  used until Close
+    CMultichannelAdministration(CRemoteKernel& kernel,
+                                const tagKernelParts& parts,
+                                const tagSessionLimits& limits);
+    virtual ~CMultichannelAdministration() = default;
+
+    HRESULT get_RemotePathCount(long* count) override;
+    HRESULT AddConnection(IZOScpiChannel* channel,
+                          long* remotePath,
+                          IZOScpiChannelServiceProvider** provider) override;
+    HRESULT RemoveConnection(IZOScpiChannel* channel) override;
+    HRESULT RegisterParser(IZOScpiParser* parser) override;
+    HRESULT UnregisterParser(IZOScpiParser* parser) override;
+    HRESULT RegisterEventObserver(IZOScpiMultichannelEventObserver* observer) override;
+    HRESULT UnregisterEventObserver(IZOScpiMultichannelEventObserver* observer) override;
+
+    /// Ends all connections, whose sessions are cancelled already, and takes no further ones.
+    void Close();
+
+private:
+    CRemoteKernel& m_kernel; // not used after Close
+    const tagKernelParts m_parts;
+    const tagSessionLimits m_limits;
+    std::mutex m_mutex;
+    bool m_bClosed = false;                                        // guarded by m_mutex
+    std::map<IUnknown*, CComPtr<CConnectionObject>> m_connections; // guarded by m_mutex, by identity
+};
+
+} // namespace ZoVelkor::RemoteKernel

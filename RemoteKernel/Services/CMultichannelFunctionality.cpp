@@ -1,0 +1,125 @@
+#include "CMultichannelFunctionality.h"
+
+#include "CChannelManagement.h"
+#include "CDeviceManagement.h"
+#include "CParserLanguage.h"
+#include "CParserManagement.h"
+#include "GuardedEntry.h"
+#include "Sessions/CPathErrorManagement.h"
+#include "Sessions/CPathStatusManagement.h"
+#include "Sessions/CRemoteControl.h"
+
+namespace ZoVelkor::RemoteKernel
+{
+namespace
+{
+
+/// Hands out a service of a path that has a connection, made by a function of the path.
+template <class TService, class TMake>
+HRESULT GiveOfPath(const tagKernelParts& parts, long remotePath, TService** service, TMake make)
+{
+    if (service == nullptr)
+    {
+        return E_POINTER;
+    }
+    *service = nullptr;
+    return GuardedEntry([&]() -> HRESULT {
+        std::shared_ptr<CRemotePath> spPath = parts.spPaths->Find(remotePath);
+        if (spPath == nullptr)
+        {
+            return E_INVALIDARG;
+        }
+        return CComPtr<TService>(make(std::move(spPath))).CopyTo(service);
+    });
+}
+
+/// Hands out a service that every path has, whether it is connected or not.
+template <class TObject, class TService, class... TArguments>
+HRESULT GiveOfNumber(long remotePath, TService** service, const TArguments&... arguments)
+{
+    if (service == nullptr)
+    {
+        return E_POINTER;
+    }
+    *service = nullptr;
+    return GuardedEntry([&]() -> HRESULT {
+        return CPathTable::IsNumber(remotePath)
+                   ? CComPtr<TService>(CComObject<TObject, TService>::Create(arguments...)).CopyTo(service)
+                   : E_INVALIDARG;
+    });
+}
+
+} // namespace
+
+HRESULT CMultichannelFunctionality::GetScpiStatusManagement(long remotePath,
+                                                            IZOScpiStatusManagement** service)
+{
+    return GiveOfPath(m_parts, remotePath, service, [&](auto spPath) {
+        return CComObject<CPathStatusManagement, IZOScpiStatusManagement>::Create(std::move(spPath),
+                                                                                  m_parts.spStatus);
+    });
+}
+
+HRESULT CMultichannelFunctionality::GetScpiParserManagement(long remotePath,
+                                                            IZOScpiParserManagement** service)
+{
+    return GiveOfNumber<CParserManagement>(remotePath, service, m_parts, remotePath);
+}
+
+HRESULT CMultichannelFunctionality::GetScpiErrorManagement(long remotePath, IZOScpiErrorManagement** service)
+{
+    return GiveOfPath(m_parts, remotePath, service, [&](auto spPath) {
+        return CComObject<CPathErrorManagement, IZOScpiErrorManagement>::Create(std::move(spPath),
+                                                                                m_parts.spErrors);
+    });
+}
+
+HRESULT CMultichannelFunctionality::GetScpiRemoteManagement(long remotePath, IZOScpiRemoteControl** service)
+{
+    return GiveOfPath(m_parts, remotePath, service, [&](auto spPath) {
+        return CComObject<CRemoteControl, IZOScpiRemoteControl>::Create(m_parts, std::move(spPath));
+    });
+}
+
+HRESULT CMultichannelFunctionality::GetScpiChannelManagement(long remotePath,
+                                                             IZOScpiChannelManagement** service)
+{
+    return GiveOfPath(m_parts, remotePath, service, [&](auto spPath) {
+        return CComObject<CChannelManagement, IZOScpiChannelManagement>::Create(m_parts, std::move(spPath));
+    });
+}
+
+HRESULT CMultichannelFunctionality::GetScpiDeviceManagement(long remotePath,
+                                                            IZOScpiDeviceManagement** service)
+{
+    return GiveOfNumber<CDeviceManagement>(remotePath, service, m_parts, remotePath);
+}
+
+HRESULT CMultichannelFunctionality::GetScpiFormatManagement(long remotePath, IZOScpiSubsystemFormat** service)
+{
+    return GiveOfPath(m_parts, remotePath, service, [](const auto& spPath) { return spPath->Format(); });
+}
+
+HRESULT CMultichannelFunctionality::GetScpiLanguageManagement(long remotePath,
+                                                              IZOScpiParserLanguage** service)
+{
+    return GiveOfNumber<CParserLanguage>(remotePath, service, m_parts);
+}
+
+HRESULT CMultichannelFunctionality::GetChannelEvents(long remotePath, HANDLE* deviceClear, HANDLE* shutdown)
+{
+    if (deviceClear == nullptr || shutdown == nullptr)
+    {
+        return E_POINTER;
+    }
+    const std::shared_ptr<CRemotePath> spPath = m_parts.spPaths->Find(remotePath);
+    if (spPath == nullptr || spPath->ShutdownEvent() == nullptr)
+    {
+        return E_INVALIDARG;
+    }
+    *deviceClear = spPath->DeviceClearEvent()->Get();
+    *shutdown = spPath->ShutdownEvent()->Get();
+    return S_OK;
+}
+
+} // namespace ZoVelkor::RemoteKernel

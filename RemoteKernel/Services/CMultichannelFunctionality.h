@@ -1,0 +1,30 @@
+#pragma once
+
+#include "IZOScpiMultichannelFunctionality.h"
+#include "Sessions/KernelParts.h"
+
+namespace ZoVelkor::RemoteKernel
+{
+
+/// Finds the services of one remote path. Threads: any operation from any thread.
+class CMultichannelFunctionality : public IZOScpiMultichannelFunctionality
+{
+public:
+    explicit CMultichannelFunctionality(const tagKernelParts& parts) : m_parts(parts) {}
+    virtual ~CMultichannelFunctionality() = default;
+
+    HRESULT GetScpiStatusManagement(long remotePath, IZOScpiStatusManagement** service) override;
+    HRESULT GetScpiParserManagement(long remotePath, IZOScpiParserManagement** service) override;
+    HRESULT GetScpiErrorManagement(long remotePath, IZOScpiErrorManagement** service) override;
+    HRESULT GetScpiRemoteManagement(long remotePath, IZOScpiRemoteControl** service) override;
+    HRESULT GetScpiChannelManagement(long remotePath, IZOScpiChannelManagement** service) override;
+    HRESULT GetScpiDeviceManagement(long remotePath, IZOScpiDeviceManagement** service) override;
+    HRESULT GetScpiFormatManagement(long remotePath, IZOScpiSubsystemFormat** service) override;
+    HRESULT GetScpiLanguageManagement(long remotePath, IZOScpiParserLanguage** service) override;
+    HRESULT GetChannelEvents(long remotePath, HANDLE* deviceClear, HANDLE* shutdown) override;
+
+private:
+    const tagKernelParts m_parts;
+};
+
+} // namespace ZoVelkor::RemoteKernel

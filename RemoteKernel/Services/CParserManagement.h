@@ -1,0 +1,31 @@
+#pragma once
+
+#include "IZOScpiParserManagement.h"
+#include "Sessions/KernelParts.h"
+
+namespace ZoVelkor::RemoteKernel
+{
+
+/// Parser management of one remote path or of the instrument. Threads: any operation from any thread.
+class CParserManagement : public IZOScpiParserManagement
+{
+public:
+    CParserManagement(const tagKernelParts& parts, long remotePath)
+        : m_spRegistry(parts.spRegistry),
+          m_spGate(parts.spGate),
+          m_iRemotePath(remotePath)
+    {}
+    virtual ~CParserManagement() = default;
+
+    HRESULT GetObjectRegistration(IZOScpiObjectRegistration** registration) override;
+    HRESULT StartParser() override;
+    HRESULT StopParser() override;
+    HRESULT get_ParserStarted(short* started) override;
+
+private:
+    const CComPtr<IZOScpiObjectRegistration> m_spRegistry;
+    const std::shared_ptr<CParserGate> m_spGate;
+    const long m_iRemotePath;
+};
+
+} // namespace ZoVelkor::RemoteKernel

@@ -1,0 +1,104 @@
+#pragma once
+
+#include "CComObject.h"
+#include "CSession.h"
+#include "IZOScpiChannelServiceProvider.h"
+#include "IZOScpiWaitableChannel.h"
+#include "KernelParts.h"
+#include "Parsing/IByteSource.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+/// One connected channel: its session, the thread that serves both, and what the channel reports.
+///
+/// The thread begins with SignalConnected. When the connection is over it calls the channel's Abort and ends;
+/// who owns the channel then disconnects it. Threads: as the interface says; End, any.
+class CConnection : public IZOScpiChannelServiceProvider, private IByteSource
+{
+public:
+    /// @param channel  counted until End
+    /// @throws std::system_error, std::bad_alloc
+    CConnection(CRemoteKernel& kernel,
+                const tagKernelParts& parts,
+                const tagSessionLimits& limits,
+                IZOScpiChannel* channel);
+    CConnection(const CConnection&) = delete;
+    CConnection& operator=(const CConnection&) = delete;
+    virtual ~CConnection();
+
+    HRESULT SignalDataAvailable() override;
+    HRESULT SignalGotoLocal() override;
+    HRESULT SignalGotoRemote() override;
+    HRESULT SignalLocalLockout(short on) override;
+    HRESULT SignalDeviceClear() override;
+    HRESULT SignalTrigger() override;
+    HRESULT SignalStbChange(unsigned char stb) override;
+    HRESULT ReportError(short code, wchar_t* text) override;
+    HRESULT SignalConnected() override;
+    HRESULT SignalDisconnected() override;
+    HRESULT GetScpiManager(IUnknown** manager) override;
+
+    long RemotePath() const noexcept { return m_spPath->Number(); }
+    /// Ends the connection and waits for its thread, unless that calls. Calling it again does nothing.
+    void End();
+
+private:
+    struct tagTrigger
+    {
+        std::uint64_t iRequested = 0;
+        std::uint64_t iDone = 0;  // requests that are over, carried out or not
+        HRESULT result = S_FALSE; // of the latest
+        bool bOver = false;       // the thread takes no further ones
+    };
+
+    void Run(CSession& session);
+    void Serve(CSession& session);
+    /// Runs what has arrived.
+    ///
+    /// @return false when nothing will come any more
+    bool Drain(CSession& session);
+    bool RunMessages(CSession& session);
+    bool Send(std::string_view response);
+    void RunTrigger(CSession& session, std::uint64_t requested);
+    void CloseTriggers(HRESULT result, bool over);
+    std::uint64_t TriggersRequested();
+    std::uint64_t TriggersDone();
+    /// Waits until there may be something to do.
+    ///
+    /// @return false on time-out
+    bool WaitForWork(CSession& session, int timeoutMs) noexcept;
+    tagReceived Receive(std::span<char> space, int timeoutMs, int cancelDescriptor) noexcept override;
+    HRESULT ReadInto(std::span<char> space, std::size_t& received) noexcept;
+    void TakeDown();
+    HRESULT StartThread();
+    void TellBroken(std::wstring name);
+
+    const tagKernelParts m_parts;
+    CComPtr<IZOScpiChannel> m_spChannel; // constant until TakeDown
+    const int m_descriptor;              // of a waitable channel, else -1
+    const CUniqueEvent m_wake;           // auto-reset: the thread is to look around
+
+    std::mutex m_mutex;
+    std::unique_ptr<CSession> m_spSession; // guarded by m_mutex; the thread has it without lock
+    const std::shared_ptr<CRemotePath> m_spPath;
+    bool m_bConnected = false;     // guarded by m_mutex
+    bool m_bServed = false;        // guarded by m_mutex: the thread has begun
+    bool m_bEnded = false;         // guarded by m_mutex
+    bool m_bEndedByThread = false; // guarded by m_mutex
+    std::thread m_thread;          // guarded by m_mutex
+    tagTrigger m_trigger;          // guarded by m_mutex
+    std::condition_variable m_triggerDone;
+};
+
+using CConnectionObject = CComObject<CConnection, IZOScpiChannelServiceProvider>;
+
+} // namespace ZoVelkor::RemoteKernel

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "CComPtr.h"
+#include "CRemoteLocalState.h"
+#include "IZOScpiChannel.h"
+#include "IZOScpiSubsystemFormat.h"
+#include "Status/IServiceRequestObserver.h"
+#include "Status/SharedEvent.h"
+
+#include <atomic>
+#include <mutex>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+/// What belongs to one remote path whatever runs on it: its remote and local state, its channel, the events
+/// that the channel can wait for. It can be held longer than the path exists.
+///
+/// Threads: any operation from any thread, AttachChannel apart.
+class CRemotePath final : public IServiceRequestObserver
+{
+public:
+    explicit CRemotePath(long number) noexcept : m_iNumber(number) {}
+
+    long Number() const noexcept { return m_iNumber; }
+    /// Tells whether the path exists; its number may mean another one if not any more.
+    bool IsOpen() const noexcept { return m_bOpen.load(std::memory_order_acquire); }
+    /// The path is set up: others may find it.
+    void Publish() noexcept { m_bOpen.store(true, std::memory_order_release); }
+    /// The path has ended; its channel is not called any more when this returns.
+    void Close() noexcept;
+
+    CRemoteLocalState& State() noexcept { return m_state; }
+    /// Its controller has made it local and will make it remote again; a message does not.
+    bool IsHeldLocal() const noexcept { return m_bRemoteLocal && !m_state.IsRemote(); }
+    /// A program message makes it remote.
+    bool EntersRemote() const noexcept { return !m_bRemoteLocal && !m_state.IsRemote(); }
+
+    /// Called before Publish.
+    ///
+    /// @throws std::system_error when the system is short of descriptors
+    void AttachChannel(IZOScpiChannel* pChannel);
+    /// @return a new reference; null without channel or after the end
+    CComPtr<IZOScpiChannel> Channel() const;
+    /// Null before AttachChannel.
+    const SharedEvent& DeviceClearEvent() const noexcept { return m_spDeviceClear; }
+    const SharedEvent& ShutdownEvent() const noexcept { return m_spShutdown; }
+
+    /// Called before Publish.
+    void SetFormat(const CComPtr<IZOScpiSubsystemFormat>& spFormat) { m_spFormat = spFormat; }
+    const CComPtr<IZOScpiSubsystemFormat>& Format() const noexcept { return m_spFormat; }
+
+    void ServiceRequest(bool requested) noexcept override;
+    /// Passes the states on to a channel that wants them.
+    void PublishStatus() noexcept;
+    /// Tells the channel that the instrument went to local by itself.
+    void TellReturnToLocal() noexcept;
+
+private:
+    const long m_iNumber;
+    std::atomic<bool> m_bOpen{false};
+    CRemoteLocalState m_state;
+    std::atomic<bool> m_bServiceRequest{false};
+    bool m_bRemoteLocal = false; // constant after Publish, like the following
+    bool m_bWantsStatus = false;
+    SharedEvent m_spDeviceClear;
+    SharedEvent m_spShutdown;
+    CComPtr<IZOScpiSubsystemFormat> m_spFormat;
+    mutable std::mutex m_mutex;          // held while the channel is told something
+    CComPtr<IZOScpiChannel> m_spChannel; // guarded by m_mutex
+};
+
+} // namespace ZoVelkor::RemoteKernel

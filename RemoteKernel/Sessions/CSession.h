@@ -1,0 +1,222 @@
+#pragma once
+
+#include "CRemotePathServices.h"
+#include "Event.h"
+#include "KernelParts.h"
+#include "Parsing/CBlockStream.h"
+#include "Parsing/CByteBuffer.h"
+#include "Parsing/CMessageFramer.h"
+#include "Parsing/CProgramMessageParser.h"
+#include "Parsing/ICommandExecutor.h"
+#include "Responses/CFormatSubsystem.h"
+#include "Responses/COutputQueue.h"
+#include "SessionLimits.h"
+#include "Status/CErrorQueue.h"
+#include "Status/CSessionStatus.h"
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+class CBuiltInCommands;
+class CRemoteKernel;
+
+/// What a session may know of its transport; outlives the session.
+struct tagSessionTransport
+{
+    int iConnection = -1;           ///< descriptor whose error or hang-up ends the waits of *OPC? and *WAI
+    IByteSource* pSource = nullptr; ///< where large blocks are read from while their commands run; null: they
+                                    ///< are collected
+    IZOScpiChannel* pChannel = nullptr; ///< hears of states
+};
+
+/// One remote path: takes bytes of program messages, runs their commands, gives the response bytes.
+///
+/// A program message ends with a line feed. What a client may send and gets is described in
+/// Docs/RemoteInterface.md. A query whose execution fails answers nothing; the answers of the other queries
+/// of its message stay.
+///
+/// In process, without a transport:
+/// @code
+/// CSession session(kernel);
+/// std::string_view response = session.Process(bytes);
+/// @endcode
+/// A transport reads into InputSpace() and sends after each message:
+/// @code
+/// session.CommitInput(received);
+/// while (session.ExecuteNext()) { Send(session.Response()); session.ClearResponse(); }
+/// @endcode
+/// A message whose blocks are large is not collected first: its commands run as soon as the header of such a
+/// block is there, and read on from the transport (IByteSource). Without one, as in process, it is collected.
+///
+/// Threads: one at a time, except where said.
+class CSession final : private ICommandExecutor
+{
+public:
+    /// Opens a session.
+    ///
+    /// @param kernel  outlives the session
+    /// @throws std::system_error when the system is short of descriptors or all remote paths are taken,
+    ///         std::bad_alloc
+    explicit CSession(CRemoteKernel& kernel,
+                      const tagSessionLimits& limits = {},
+                      const tagSessionTransport& transport = {});
+    CSession(const CSession&) = delete;
+    CSession& operator=(const CSession&) = delete;
+    /// Ends the session. Operations that it began and that go on are forgotten.
+    ~CSession();
+
+    /// Takes bytes and runs every message that is complete.
+    ///
+    /// A message that lies completely in these bytes is parsed in place; the bytes may be changed by that.
+    /// @return the responses of these messages, each with its line feed; valid until the next call
+    std::string_view Process(std::span<char> bytes);
+
+    /// Room for bytes to be received: as much as the message at hand announces, in bounded steps.
+    std::span<char> InputSpace();
+    /// Takes bytes over that were received into InputSpace().
+    void CommitInput(std::size_t count) noexcept { m_input.Commit(count); }
+    /// Runs the next complete message of the input; waits while the path's parsing is stopped.
+    ///
+    /// @return false when there is none, or the session is broken off
+    bool ExecuteNext();
+
+    /// Response bytes that were not cleared; empty when the messages answered nothing.
+    std::string_view Response() const noexcept { return m_spOutput->View(); }
+    void ClearResponse() noexcept
+    {
+        if (!m_spOutput->IsEmpty())
+        {
+            m_spOutput->Clear();
+            m_spStatus->StatusByte().SetMessageAvailable(false);
+        }
+    }
+
+    /// Tells whether the session, with no message at hand, keeps memory of a large one for the next one.
+    bool HoldsMemory() const noexcept
+    {
+        return m_input.IsEmpty() &&
+               (m_input.Capacity() > kKeptInput || m_spOutput->Capacity() > COutputQueue::kKeptCapacity);
+    }
+    /// Gives such memory back; for a transport whose client has become quiet.
+    void ReleaseMemory() noexcept;
+
+    /// Ends the session's waits, drops the rest of the message at hand and refuses further ones; does not
+    /// wait. A handler that is running is not interrupted, its next write gives E_ABORT. Threads: any.
+    void Cancel() noexcept;
+    bool IsCancelled() const noexcept { return m_break.load(std::memory_order_relaxed) == kBreakForEver; }
+
+    /// Device clear: ends the session's waits and drops the rest of the message at hand, its responses and
+    /// all input; does not wait. The session does nothing more until FinishClear. Threads: any.
+    void DeviceClear() noexcept { Break(kBreakForDeviceClear); }
+    /// Drops input and message in the same way, and nothing else: what has arrived has no end. Threads: any.
+    void DropInput() noexcept { Break(kBreakForInput); }
+    /// Tells whether one of the two waits for FinishClear.
+    bool IsClearPending() const noexcept
+    {
+        const int reason = m_break.load(std::memory_order_relaxed);
+        return reason == kBreakForInput || reason == kBreakForDeviceClear;
+    }
+    /// Carries it out. After a device clear (IEEE 488.2 section 5.8) *OPC is forgotten, too, and the device
+    /// handlers and observers are told; settings, status and errors stay. When another clear has come
+    /// meanwhile that one is pending.
+    void FinishClear();
+    /// Tells those who have heard of the message at hand that it is over; for a session that is cancelled.
+    void Abandon();
+    /// Group execute trigger; inside a message it is refused with -105, which drops that message.
+    ///
+    /// @return S_OK; S_FALSE when nothing took it (an error is queued)
+    HRESULT Trigger();
+    /// Refuses a trigger with -105.
+    void RefuseTrigger();
+
+    /// Serial poll: the status byte with RQS, which ends the request for service (IEEE 488.2
+    /// section 11.2.2.1). Threads: any.
+    unsigned char SerialPoll() noexcept
+    {
+        return static_cast<unsigned char>(m_spStatus->StatusByte().SerialPoll());
+    }
+    /// @param pObserver  borrowed until another one is set or the session has ended; null: none. Threads:
+    /// any.
+    void SetServiceRequestObserver(IServiceRequestObserver* pObserver) noexcept
+    {
+        m_spStatus->StatusByte().SetObserver(pObserver);
+    }
+
+    /// The number by which services know this session.
+    long RemotePath() const noexcept { return m_spPath->Number(); }
+    const std::shared_ptr<CRemotePath>& Path() const noexcept { return m_spPath; }
+    /// Services of the path, the context of its commands; borrowed.
+    IUnknown* Context() const noexcept { return m_pContext; }
+    /// Readable while the session is broken off: cancelled, or a clear is pending.
+    int BreakDescriptor() const noexcept { return GetEventDescriptor(m_spBreakEvent->Get()); }
+
+private:
+    /// Memory that stays with an idle session.
+    static constexpr std::size_t kKeptInput = std::size_t{16} << 10;
+    /// Smallest room for a receive when nothing is announced.
+    static constexpr std::size_t kMinInputSpace = std::size_t{4} << 10;
+    // States of m_break; a higher one is not replaced by a lower one.
+    static constexpr int kRuns = 0;
+    static constexpr int kBreakForInput = 1;
+    static constexpr int kBreakForDeviceClear = 2;
+    static constexpr int kBreakForEver = 3;
+
+    bool ExecuteCommand(const tagParsedCommand& command) override;
+    void ReportError(short code, std::string_view detail) override;
+    /// @return true when the message at the start of the input is incomplete
+    bool HandleFrame(const tagFrame& frame);
+    void ExecuteMessage(std::span<char> message);
+    void ExecuteUpToBlock(const tagFrame& frame);
+    void CollectFrom(std::size_t place);
+    void FinishBlock(bool bContinue);
+    void BeginMessage();
+    void EndMessage();
+    void TellMessageEnd();
+    void TellDeviceClear();
+    bool CloseCommand(HRESULT result);
+    bool RunApplication(const tagParsedCommand& command, HRESULT& result);
+    bool IsBroken() const noexcept { return m_break.load(std::memory_order_relaxed) != kRuns; }
+    void Break(int reason) noexcept;
+    void GoOn() noexcept;
+    void AddPath(const tagSessionTransport& transport);
+    void RefreshApplications();
+    void RemovePath() noexcept;
+
+    CRemoteKernel& m_kernel;
+    const CComPtr<CSessionOutput> m_spOutput;
+    const CComPtr<CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>> m_spFormat;
+    const SharedEvent m_spBreakEvent;
+    const std::shared_ptr<CSessionStatus> m_spStatus;
+    const std::shared_ptr<CErrorQueue> m_spErrors;
+    const std::shared_ptr<CRemotePath> m_spPath;
+    const CComPtr<CComObject<CRemotePathServices, IZOScpiManager>> m_spServices;
+    IUnknown* const m_pContext; // m_spServices
+    std::shared_ptr<const tagApplicationSet> m_spApplications;
+    std::uint64_t m_generation = 0;
+    std::unique_ptr<CBuiltInCommands> m_spBuiltIns;
+    CProgramMessageParser m_parser;
+    CMessageFramer m_framer;
+    CByteBuffer m_input;
+    CByteBuffer m_piece; // the message up to the block that is being read
+    CBlockStream m_stream;
+    const bool m_bStreams;
+    bool m_bBegun = false;                   // observers and handlers have heard of the message at hand
+    bool m_bInMessage = false;               // commands of the message at hand have run
+    std::size_t m_bytesAnnounced = 0;        // still missing of the message at hand, as far as known
+    std::vector<CApplication*> m_involved;   // whose commands the message at hand has run
+    std::vector<CApplication*> m_remoteTold; // who know that the path is remote
+    bool m_bTellsRemote = false;             // those who do not are to be told
+    std::mutex m_breakMutex;
+    std::atomic<int> m_break{kRuns}; // changed under m_breakMutex
+    int m_breakNext = kRuns;         // guarded by m_breakMutex: what has come since FinishClear began
+};
+
+} // namespace ZoVelkor::RemoteKernel

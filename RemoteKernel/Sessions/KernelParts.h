@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Applications/CApplicationRegistry.h"
+#include "Applications/CEventDistributor.h"
+#include "CComObject.h"
+#include "CMessageTrace.h"
+#include "CParserGate.h"
+#include "CPathTable.h"
+#include "Responses/CDefaultFormat.h"
+#include "Status/CErrorManagement.h"
+#include "Status/CPendingOperations.h"
+#include "Status/CStatusManagement.h"
+
+#include <memory>
+
+namespace ZoVelkor::RemoteKernel
+{
+
+using CErrorObject = CComObject<CErrorManagement, IZOScpiErrorManagement>;
+using CStatusObject = CComObject<CStatusManagement, IZOScpiStatusManagement>;
+using COperationsObject = CComObject<CPendingOperations, IZOScpiPendingOperations>;
+using CMessageTraceObject = CComObject<CMessageTrace, IZOScpiTraceManagement>;
+
+/// What the sessions and services of one kernel share; each holds what it needs as long as it lives.
+struct tagKernelParts
+{
+    CComPtr<CApplicationRegistryObject> spRegistry;
+    CComPtr<CErrorObject> spErrors;
+    CComPtr<CStatusObject> spStatus;
+    CComPtr<COperationsObject> spOperations;
+    CComPtr<CDefaultFormatObject> spFormat;
+    CComPtr<CMessageTraceObject> spTrace;
+    std::shared_ptr<CPathTable> spPaths;
+    std::shared_ptr<CParserGate> spGate;
+    std::shared_ptr<CEventDistributor> spEvents;
+};
+
+} // namespace ZoVelkor::RemoteKernel

@@ -1,0 +1,421 @@
+#include "CCommandExecutionData.h"
+#include "CScpiSinkFramework.h"
+#include "CTestApplication.h"
+#include "Root.h"
+#include "ScpiErrorCodes.h"
+#include "ScpiParserData.h"
+#include "ScpiStatusData.h"
+#include "Sessions/CSession.h"
+#include "Status/StatusBits.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <thread>
+
+namespace ZoVelkor::RemoteKernel::Testing
+{
+
+namespace
+{
+
+constexpr unsigned char kService = static_cast<unsigned char>(kStatusService);
+
+class CServiceRecorder final : public IServiceRequestObserver
+{
+public:
+    void ServiceRequest(bool requested) noexcept override { m_requests += requested ? '1' : '0'; }
+    std::string m_requests;
+};
+
+class Status : public testing::Test
+{
+protected:
+    static std::string Run(CSession& session, std::string message)
+    {
+        message += '\n';
+        std::string answer(session.Process({message.data(), message.size()}));
+        return answer.empty() ? answer : answer.substr(0, answer.size() - 1);
+    }
+    std::string Run(std::string message) { return Run(m_session, std::move(message)); }
+
+    CComPtr<IZOScpiStatusRegister> Find(long path, const wchar_t* name)
+    {
+        CComPtr<IZOScpiStatusRegister> spRegister;
+        m_instrument.kernel.StatusManagement().GetRegister(path, name, &spRegister);
+        return spRegister;
+    }
+    CComPtr<IZOScpiStatusRegister> Instrument(const wchar_t* name) { return Find(kScpiInstrumentPath, name); }
+
+    tagTestInstrument m_instrument;
+    CSession m_session{m_instrument.kernel};
+};
+
+TEST_F(Status, Conversations)
+{
+    struct tagRow
+    {
+        const char* message;
+        const char* answer;
+    };
+    // clang-format off
+    const tagRow rows[] = {
+        {"*ESR?;*ESR?", "128;0"},
+        {"*ESE?;*SRE?;*PRE?;*PSC?;*STB?;*IST?", "0;0;0;1;16;0"},
+        // Masks: numbers, other bases, names, lists of both; rounded as every integer.
+        {"*ESE 37;*ESE?;*ESE #H25;*ESE?;*ESE 1.4;*ESE?;*ESE 0;*ESE?", "37;37;1;0"},
+        {"*ESE pon,OPC;*ESE?;*ESE OPC,16,#B10;*ESE?;*ESE (CME, exe,2);*ESE?;*ESE 0", "129;19;50"},
+        {"*SRE OPER,MAV;*SRE?;*SRE 255;*SRE?;*SRE RQS;*SRE?", "144;191;0"},
+        {"*PRE PP7,ESBit,dd1;*PRE?;*PRE 65535;*PRE?;*PRE 0", "32801;65535"},
+        {"*PSC 0;*PSC?;*PSC -32767;*PSC?;*PSC 0.4;*PSC?;*PSC 2;*PSC?", "0;1;0;1"},
+        {"*ESE 256;*ESE -1;*SRE 1e30;*PSC 32768;*ESE (16,300);SYST:ERR:COUN?", "5"},
+        {"*ESR?;*STB?", "16;20"}, // EXE; error queue and the answer before
+        {"SYST:ERR:ALL?", "-222,\"Data out of range;parameter 1: 256\",-222,\"Data out of range;parameter 1: -1\","
+         "-222,\"Data out of range;parameter 1: 1000000000000000000000000000000\","
+         "-222,\"Data out of range;parameter 1: 32768\",-222,\"Data out of range;parameter 1: (16,300)\""},
+        {"*ESE?;*SRE?;*PSC?;*STB?", "0;0;1;16"},
+        {"*ESE ( );:SYST:ERR?;*CLS", "-171,\"Invalid expression;parameter 1: \""},
+        {"*ESE (CME,XYZ)", ""},
+        {"STAT:QUE?;*ESR?", "-171,\"Invalid expression;parameter 1: XYZ\";32"},
+        {"*ESE XYZ", ""},
+        {"STAT:QUE:NEXT?;:STAT:QUE?", "-141,\"Invalid character data;parameter 1: XYZ\";0,\"No error\""},
+        // Classes of errors; -350 is one of them.
+        {"*CLS;FAIL? 1;*ESR?;FAIL? 1;*CLS;*ESR?", "16;0"},
+        {"BOGUS", ""},
+        {"*ESR?;*CLS", "32"},
+        // The summary follows mask and events.
+        {"*ESE 16;FAIL? 1;*STB?;*SRE 32;*STB?;*ESE 0;*STB?;*ESE 16;*STB?;*ESR?;*STB?;*CLS;*STB?", "36;116;20;116;16;20;16"},
+        {"*PRE 4;*IST?;FAIL? 1;*IST?;*CLS;*IST?;*PRE RQS;*SRE 16;*IST?;*SRE 0;*IST?;*PRE 0", "0;1;0;1;0"},
+        // SCPI registers.
+        {"STAT:OPER?;:STAT:OPER:COND?;ENAB?;PTR?;NTR?;:STAT:QUES:POW:ENAB?;PTR?", "0;0;0;32767;0;32767;32767"},
+        {"STAT:OPER:ENAB TRIG,SWE;ENAB?;PTR 65535;PTR?;NTR #HFF;NTR?;ENAB #Q17;ENAB?", "40;32767;255;15"},
+        {"STAT:OPER:ENAB 65536;:STAT:QUES:FREQ:ENAB CAL;:STAT:QUES:ENAB POW,FREQ;ENAB?", ""},
+        {"SYST:ERR?;:SYST:ERR?", "-222,\"Data out of range;parameter 1: 65536\";-148,\"Character data not allowed;parameter 1: "
+         "CAL\""},
+        {"STAT:OPER:ENAB 1;:STAT:QUES:POW:ENAB 1;:STAT:PRES;:STAT:OPER:ENAB?;PTR?;NTR?;:STAT:QUES:POW:ENAB?", "0;32767;0;32767"},
+        {"*RST;*ESE 5;:STAT:QUES:ENAB 8;*RST;*ESE?;:STAT:QUES:ENAB?;:STAT:PRES;*ESE?", "5;8;5"},
+    };
+    // clang-format on
+    for (const tagRow& row : rows)
+    {
+        EXPECT_EQ(Run(row.message), row.answer) << row.message;
+    }
+}
+
+TEST_F(Status, ErrorsSetTheBitOfTheirClass)
+{
+    // clang-format off
+    const std::pair<short, int> rows[] = {
+        {-100, 32}, {-199, 32}, {-200, 16}, {-299, 16}, {-300, 8}, {-399, 8}, {1, 8}, {32767, 8}, {-400, 4},
+        {-499, 4}, {-500, 128}, {-600, 64}, {-700, 2}, {-800, 1}, {-99, 0}, {-900, 0}};
+    // clang-format on
+    for (const auto& [code, bit] : rows)
+    {
+        Run("*CLS");
+        m_instrument.kernel.ErrorManagement().SetError(m_session.RemotePath(), code, nullptr);
+        EXPECT_EQ(Run("*ESR?"), std::to_string(bit)) << code;
+    }
+    Run("*CLS");
+    for (int i = 0; i <= 100; ++i)
+    {
+        m_instrument.kernel.ErrorManagement().SetError(m_session.RemotePath(), kScpiExecutionError, nullptr);
+    }
+    EXPECT_EQ(Run("*ESR?"), "24") << "a full queue adds -350";
+}
+
+TEST_F(Status, InstrumentStateReachesEverySessionAndOnlyItsOwnErrorsDo)
+{
+    CSession other(m_instrument.kernel);
+    const auto spPower = Instrument(L"stat:ques:POWER");
+    ASSERT_NE(spPower, nullptr);
+    Run("STAT:QUES:ENAB POW");
+    spPower->ModifyCondition(2, 2);
+    CSession late(m_instrument.kernel);
+    Run("BOGUS");
+    EXPECT_EQ(Run("*STB?"), "12");
+    EXPECT_EQ(Run(other, "*STB?;*ESR?"), "8;128");
+    EXPECT_EQ(Run(late, "*STB?"), "8");
+    EXPECT_EQ(Run(other, "STAT:QUES:COND?;EVEN?"), "8;8");
+    EXPECT_EQ(Run("*STB?"), "4") << "somebody has read the event";
+    EXPECT_EQ(Run("STAT:QUES:POW?;:STAT:QUES:COND?"), "2;0");
+    spPower->PulseCondition(1);
+    EXPECT_EQ(Run(late, "STAT:QUES:COND?;*CLS;:STAT:QUES:COND?;*STB?"), "8;0;16");
+    EXPECT_EQ(Run("STAT:OPER:ENAB 8;*SRE OPER"), "");
+    Instrument(L"STATus:OPERation")->ModifyCondition(8, 8);
+    EXPECT_EQ(Run("*STB?;:STAT:PRES;*STB?"), "196;20") << "the summary follows the mask of STATus:PRESet";
+}
+
+TEST_F(Status, ServiceIsRequestedOnceForEachReason)
+{
+    CServiceRecorder recorder;
+    m_session.SetServiceRequestObserver(&recorder);
+    Run("*CLS;*ESE 16;*SRE ESB");
+    Run("FAIL? 1");
+    EXPECT_EQ(recorder.m_requests, "1");
+    EXPECT_EQ(m_session.SerialPoll(), 36 | kService);
+    EXPECT_EQ(m_session.SerialPoll(), 36) << "the poll has ended the request";
+    EXPECT_EQ(Run("*STB?"), "100") << "the master summary stays";
+    Run("FAIL? 1");
+    EXPECT_EQ(m_session.SerialPoll() & kService, 0) << "no new reason";
+    Run("*ESR?;:FAIL? 1");
+    EXPECT_NE(m_session.SerialPoll() & kService, 0) << "the bit has risen again";
+    Run("*CLS");
+    EXPECT_EQ(recorder.m_requests, "1010");
+    Run("FAIL? 1;*ESR?");
+    EXPECT_EQ(m_session.SerialPoll() & kService, 0) << "the reason is gone";
+    Run("*SRE 0;:FAIL? 1");
+    EXPECT_EQ(m_session.SerialPoll() & kService, 0);
+    Run("*SRE ESB");
+    EXPECT_NE(m_session.SerialPoll() & kService, 0) << "enabled while the bit is set";
+    Run("*SRE 0;*SRE ESB");
+    EXPECT_NE(m_session.SerialPoll() & kService, 0) << "enabled once more";
+}
+
+TEST_F(Status, MessageAvailableFollowsTheOutputQueue)
+{
+    CServiceRecorder recorder;
+    m_session.SetServiceRequestObserver(&recorder);
+    EXPECT_EQ(Run("*STB?;*STB?"), "0;16");
+    EXPECT_EQ(m_session.SerialPoll(), kStatusMessageAvailable);
+    m_session.ClearResponse();
+    EXPECT_EQ(m_session.SerialPoll(), 0);
+    const auto spStatusByte = Find(m_session.RemotePath(), L"*stb");
+    const auto condition = [&spStatusByte] {
+        wchar_t word = 0;
+        spStatusByte->GetCondition(&word);
+        return word;
+    };
+    Run("*OPC?");
+    EXPECT_EQ(condition(), kStatusMessageAvailable);
+    Run("*SRE MAV");
+    EXPECT_EQ(condition(), 0);
+    recorder.m_requests.clear();
+    Run("*OPC?");
+    m_session.ClearResponse();
+    EXPECT_EQ(recorder.m_requests, "10");
+}
+
+TEST_F(Status, OperationCompleteIsSetBeforeTheWaitEnds)
+{
+    for (int i = 0; i < 100; ++i)
+    {
+        std::thread ending([this] {
+            WaitForSingleObject(m_instrument.spSink->m_operationBegun.Get(), INFINITE);
+            m_instrument.spSink->EndOperations();
+        });
+        EXPECT_EQ(Run("*CLS;OVER;*OPC;*OPC?;*ESR?"), "1;1");
+        ending.join();
+    }
+    EXPECT_EQ(Run("OVER;*OPC;*CLS"), "");
+    m_instrument.spSink->EndOperations();
+    EXPECT_EQ(Run("*ESR?;*OPC;*ESR?"), "0;1") << "*CLS has taken the request back";
+}
+
+TEST_F(Status, RegistersAreFoundByName)
+{
+    const long path = m_session.RemotePath();
+    IZOScpiStatusManagement& management = m_instrument.kernel.StatusManagement();
+    struct tagRow
+    {
+        long path;
+        const wchar_t* name;
+        HRESULT result;
+    };
+    // clang-format off
+    const tagRow rows[] = {
+        {path, L"STATus:OPERation", S_OK}, {path, L"stat:OPERATION", S_OK},
+        {kScpiInstrumentPath, L"STAT:QUES:FREQ", S_OK}, {path, L"*ESR", S_OK},
+        {kScpiInstrumentPath, L"*ESR", S_FALSE}, {path, L"STAT", S_FALSE}, {path, L"STATu:OPER", S_FALSE},
+        {path, L"STAT:OPER:", S_FALSE}, {path, L"", S_FALSE}, {path + 1, L"STAT:OPER", E_INVALIDARG},
+        {path, nullptr, E_POINTER}};
+    // clang-format on
+    for (const tagRow& row : rows)
+    {
+        CComPtr<IZOScpiStatusRegister> spRegister;
+        EXPECT_EQ(management.GetRegister(row.path, row.name, &spRegister), row.result);
+        EXPECT_EQ(spRegister != nullptr, row.result == S_OK);
+    }
+    EXPECT_EQ(management.GetRegister(path, L"*ESR", nullptr), E_POINTER);
+    tagScpiStatusData data{};
+    ASSERT_EQ(Find(path, L"STAT:QUES:POW")->GetData(&data), S_OK);
+    EXPECT_EQ(std::wstring(data.szName), L"STATus:QUEStionable:POWer");
+    EXPECT_EQ(data.enable, 0x7FFF);
+    EXPECT_EQ(data.parentMask, 8);
+}
+
+/// REGister? <name>,<part>: answers a word of a register.
+class CRegisterSink : public CBScpiExecutionSink
+{
+public:
+    // clang-format off
+    HRESULT Execute(IUnknown* context, long remotePath, unsigned long command, short isQuery,
+                    long* numericSuffixes, unsigned long argumentCount, tagZO_SCPI_PARAMETER* arguments,
+                    wchar_t* header, IZOScpiOutputBuffer* output) override
+    // clang-format on
+    {
+        const tagZO_SCPI_PARSER_DATA data = MakeScpiParserData(
+            context, remotePath, command, isQuery, numericSuffixes, argumentCount, arguments, header, output);
+        CCommandExecutionData record(data, this);
+        return CScpiSinkFramework::RunCommand(record, [&](CCommandExecutionData& call) {
+            return call.OutputRegisterValue(arguments[0].szText, std::atol(arguments[1].szText));
+        });
+    }
+};
+
+TEST_F(Status, HandlersAnswerWordsOfRegisters)
+{
+    const auto spSink = CComObject<CRegisterSink, IZOScpiExecutionSink>::Create();
+    const std::vector<_CMD_SET_RECORD> table =
+        CTableBuilder().Add("REGister", 0, DEF, QMARK, {{ARG_STRG}, {ARG_SINT}}).Build();
+    GUID id{};
+    ASSERT_EQ(m_instrument.Register(table, id, spSink), S_OK);
+    Run("*CLS;*ESE 20;:STAT:OPER:NTR 9");
+    Instrument(L"STAT:OPER")->ModifyCondition(6, 6);
+    EXPECT_EQ(Run("REG? 'STAT:OPER',0;REG? 'STAT:OPER',3;REG? '*ESR',2;REG? 'STAT:OPER',4"), "6;9;20;32767");
+    EXPECT_EQ(Run("REG? 'STAT:OPER',1;REG? 'STAT:OPER',1"), "6;0") << "reading events clears them";
+    EXPECT_EQ(Run("REG? 'STAT:NONE',0;:SYST:ERR?"), "-200,\"Execution error\"");
+}
+
+TEST_F(Status, WaitsEndWithTheSessionAndWithTheKernel)
+{
+    const auto spOwn = Find(m_session.RemotePath(), L"*ESR");
+    const auto spShared = Instrument(L"STAT:OPER");
+    const auto wait = [](IZOScpiStatusRegister* pRegister, HRESULT& result) {
+        return std::thread([pRegister, &result] {
+            wchar_t bits = 0;
+            result = pRegister->WaitConditionBits(-1, 0x10, &bits);
+        });
+    };
+    HRESULT own = S_OK;
+    HRESULT shared = S_OK;
+    std::thread waitingOwn = wait(spOwn, own);
+    std::thread waitingShared = wait(spShared, shared);
+    m_session.Cancel();
+    waitingOwn.join();
+    m_instrument.kernel.Stop();
+    waitingShared.join();
+    EXPECT_EQ(own, E_ABORT);
+    EXPECT_EQ(shared, E_ABORT);
+}
+
+TEST_F(Status, RegistersOutliveSessionAndObserver)
+{
+    CComPtr<IZOScpiStatusRegister> spEvents;
+    CComPtr<IZOScpiStatusRegister> spStatusByte;
+    {
+        CServiceRecorder recorder;
+        CSession session(m_instrument.kernel);
+        session.SetServiceRequestObserver(&recorder);
+        Run(session, "*CLS;*ESE 255;*SRE 255");
+        spEvents = Find(session.RemotePath(), L"*ESR");
+        spStatusByte = Find(session.RemotePath(), L"*STB");
+    }
+    EXPECT_EQ(spEvents->SetCondition(0, VARIANT_TRUE), S_OK);
+    wchar_t bits = 0;
+    EXPECT_EQ(spStatusByte->WaitConditionBits(-1, kStatusErrorQueue, &bits), E_ABORT);
+}
+
+TEST_F(Status, ComponentsMayChangeAnyRegister)
+{
+    const auto spEvents = Find(m_session.RemotePath(), L"*ESR");
+    Run("*CLS");
+    spEvents->SetCondition(4, VARIANT_TRUE);
+    EXPECT_EQ(Run("*ESR?;:FAIL? 1;*ESR?;*CLS"), "16;16") << "a set bit hides no further event";
+    const auto spOperation = Instrument(L"STAT:OPER");
+    CComPtr<IZOScpiStatusRegister> spParent;
+    spOperation->GetParentRegister(&spParent, nullptr);
+    spParent->SetCondition(7, VARIANT_TRUE);
+    EXPECT_EQ(Run("*STB?"), "128");
+    spParent->ClearSummaryCondition(7);
+    EXPECT_EQ(Run("*STB?"), "0");
+    std::thread changing([&] {
+        for (wchar_t i = 0; i < 2000; ++i)
+        {
+            spOperation->ModifyCondition(1, i & 1);
+        }
+    });
+    for (int i = 0; i < 2000; ++i)
+    {
+        spParent->PulseCondition(kStatusQuestionable);
+    }
+    changing.join();
+    spOperation->SetPresetDefaults(0, 0x7FFF, 8);
+    spOperation->ModifyCondition(8, 8);
+    EXPECT_EQ(Run("STAT:PRES;:STAT:OPER:ENAB?;*STB?"), "8;144") << "the register's own default";
+}
+
+/// A parent at which another session strikes while a command of the first one is at work.
+class CInterruptedRegister : public CBScpiStatusRegister
+{
+public:
+    HRESULT ModifyCondition(wchar_t mask, wchar_t value) override
+    {
+        const HRESULT result = CBScpiStatusRegister::ModifyCondition(mask, value);
+        if (const auto other = std::exchange(m_other, nullptr); other != nullptr)
+        {
+            other();
+        }
+        return result;
+    }
+    std::function<void()> m_other;
+};
+
+TEST_F(Status, SessionsDoNotUndoEachOthersSettings)
+{
+    const auto spParent = CComObject<CInterruptedRegister, IZOScpiStatusRegister>::Create();
+    const auto spOperation = Instrument(L"STAT:OPER");
+    spOperation->SetupParentRegister(spParent, 1);
+    Run("STAT:OPER:ENAB 8");
+    spOperation->PulseCondition(8);
+    wchar_t word = 0;
+    spParent->m_other = [&] { spOperation->SetEnable(8); };
+    Run("STAT:PRES");
+    short summary = 0;
+    spOperation->GetSummary(&summary);
+    spParent->GetCondition(&word);
+    EXPECT_EQ(word != 0, summary != 0) << "the parent knows of the mask that was set meanwhile";
+    Run("STAT:OPER:ENAB 8");
+    spParent->m_other = [&] { spParent->SetNegTrans(5); };
+    Run("*CLS");
+    spParent->GetNegTrans(&word);
+    EXPECT_EQ(word, 5) << "a filter that was set meanwhile";
+    spOperation->SetupParentRegister(nullptr, 0);
+}
+
+TEST_F(Status, SessionsComeAndGoWhileTheStateChanges)
+{
+    const auto spPower = Instrument(L"STAT:QUES:POW");
+    Run("STAT:QUES:ENAB POW");
+    std::atomic<bool> bEnd{false};
+    std::thread changing([&] {
+        for (wchar_t value = 0; !bEnd; value ^= 1)
+        {
+            spPower->ModifyCondition(1, value);
+        }
+    });
+    std::thread reading([&] {
+        CSession session(m_instrument.kernel);
+        while (!bEnd)
+        {
+            Run(session, "*STB?;:STAT:QUES:POW?;:STAT:QUES?;*CLS");
+        }
+    });
+    for (int i = 0; i < 200; ++i)
+    {
+        CSession session(m_instrument.kernel);
+        Run(session, "*SRE 255;BOGUS");
+        Run(session, "*STB?;*CLS");
+    }
+    bEnd = true;
+    changing.join();
+    reading.join();
+    spPower->ModifyCondition(1, 0);
+    Run("*CLS");
+    spPower->ModifyCondition(1, 1);
+    CSession late(m_instrument.kernel);
+    EXPECT_EQ(Run("*STB?") + Run(late, "*STB?"), "88");
+}
+
+} // namespace
+
+} // namespace ZoVelkor::RemoteKernel::Testing

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "CComObject.h"
+#include "CTransferController.h"
+#include "Common/CInterruptWatcher.h"
+#include "InstrumentAddress.h"
+
+#include <chrono>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace ZoVelkor::Tools
+{
+
+/// A part of a response.
+struct tagResponsePart
+{
+    std::string bytes;
+    bool isEnd = false; ///< the response ends with it
+};
+
+/// The connection of a subcommand to an instrument: a controller whose failures are CToolError.
+///
+/// Codes: NoAccess when the connection fails or the time-out passes, Interrupted after Ctrl-C. After either
+/// the instrument may still answer to what was before; Connect begins anew. Threads: one at a time.
+class CInstrumentLink
+{
+public:
+    /// Does not connect.
+    ///
+    /// @param timeout  limit of each wait
+    /// @param watcher  turns Ctrl-C into an abort; may be null
+    CInstrumentLink(const tagInstrumentAddress& address,
+                    std::chrono::milliseconds timeout,
+                    CInterruptWatcher* watcher = nullptr);
+
+    const std::string& Address() const noexcept { return m_sAddress; }
+
+    /// Opens the connection, instead of a former one; an earlier Ctrl-C is forgotten.
+    void Connect();
+
+    /// Sends bytes as they are, and an LF behind them when they end a message.
+    void Send(std::string_view bytes, bool isEnd);
+
+    /// Reads so many bytes of a response, fewer at its end.
+    tagResponsePart Read(std::size_t count);
+
+    /// Reads a response, or what is left of one, in one piece.
+    ///
+    /// @throws CToolError (Failed) when it is longer than 64 KiB
+    std::string ReadLine();
+
+    /// Sends the content of a file and ends the message.
+    ///
+    /// @param size  its length
+    /// @throws CToolError (NoAccess), also when the file has another length by now
+    void SendFile(const std::string& name, std::size_t size);
+
+    /// Reads so many bytes of a response into a file, which is made or overwritten.
+    void FetchFile(const std::string& name, std::size_t size);
+
+private:
+    template <class TCall>
+    HRESULT Call(TCall call);
+    template <class TTransfer>
+    void Transfer(const char* what, const std::string& name, std::size_t size, TTransfer transfer);
+    [[noreturn]] void Fail(HRESULT hResult, const std::string& pending) const;
+    [[noreturn]] void FailSend(HRESULT hResult) const;
+    [[noreturn]] void FailRead(HRESULT hResult) const;
+
+    const std::string m_sAddress;
+    const std::chrono::milliseconds m_timeout;
+    CInterruptWatcher* const m_pWatcher;
+    const CComPtr<CComObject<CTransferController, IZOScpiController>> m_spController;
+};
+
+} // namespace ZoVelkor::Tools

@@ -1,0 +1,369 @@
+#include "CScpiParserTable.h"
+#include "CScpiPropErrorStrategy.h"
+#include "Common/Subcommands.h"
+#include "Common/TimeoutOption.h"
+#include "Common/ToolFiles.h"
+#include "InstrumentTable.h"
+#include "ScpiTableCheck.h"
+#include "TableFile.h"
+#include "TableGroupList.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <list>
+#include <memory>
+#include <sstream>
+#include <string_view>
+#include <valarray>
+
+namespace ZoVelkor::Tools
+{
+
+namespace
+{
+
+/// What the actions of `zo table` are given.
+struct tagTableOptions
+{
+    std::vector<std::string> sources;
+    std::string sOutput;
+    bool isDiagnostic = false;
+    bool isForced = false;
+    double timeoutSeconds = kDefaultTimeoutSeconds;
+};
+
+std::chrono::milliseconds Timeout(const tagTableOptions& options)
+{
+    return Milliseconds(options.timeoutSeconds);
+}
+
+/// An existing file counts as a file, whatever its name looks like.
+std::string ReadSource(const std::string& source, const tagTableOptions& options)
+{
+    std::error_code ignored;
+    if (source != kStandardStream && !std::filesystem::exists(source, ignored))
+    {
+        if (const auto address = ParseInstrumentAddress(source))
+        {
+            return FetchInstrumentTable(*address, Timeout(options));
+        }
+    }
+    // One byte more than there may be, so that a longer file is noticed and an endless one does no harm.
+    return ReadInput(source, TableFileLimit() + 1);
+}
+
+std::string NameOf(const std::string& source)
+{
+    return source == kStandardStream ? "standard input" : source;
+}
+
+/// A table that is safe to walk through and that the kernel takes.
+tagTable TakeTable(const std::string& name, std::string_view bytes)
+{
+    tagTable table{name, {}};
+    std::string fault = ParseTableFile(bytes, table.records);
+    if (fault.empty())
+    {
+        const auto found =
+            CheckScpiTable(table.records.data(), table.records.size(), tagScpiTableRules::Keywords);
+        fault = found ? Printable(found->Message()) : std::string();
+    }
+    if (!fault.empty())
+    {
+        throw CToolError(tagExitCode::Failed, fmt::format("{}: {}", table.sName, fault));
+    }
+    return table;
+}
+
+tagTable LoadTable(const std::string& source, const tagTableOptions& options)
+{
+    return TakeTable(NameOf(source), ReadSource(source, options));
+}
+
+CScpiParserTable ParserTableOf(tagTable& table)
+{
+    CScpiParserTable parserTable;
+    parserTable.SetParserTable(table.records.data(), static_cast<long>(table.records.size()));
+    return parserTable;
+}
+
+std::list<std::string> ListCommands(tagTable& table, bool diagnostic, bool syntax)
+{
+    std::list<std::string> lines;
+    ParserTableOf(table).GetAllCommands(diagnostic, syntax, lines);
+    return lines;
+}
+
+tagExitCode PrintCommands(const tagTableOptions& options, bool syntax)
+{
+    tagTable table = LoadTable(options.sources.front(), options);
+    std::string text;
+    for (const std::string& line : ListCommands(table, options.isDiagnostic, syntax))
+    {
+        text += Printable(line) + '\n';
+    }
+    WriteOutput("-", text);
+    return tagExitCode::Success;
+}
+
+tagExitCode PrintHeaders(const tagTableOptions& options)
+{
+    return PrintCommands(options, false);
+}
+
+tagExitCode PrintSyntax(const tagTableOptions& options)
+{
+    return PrintCommands(options, true);
+}
+
+tagExitCode PrintGroups(const tagTableOptions& options)
+{
+    tagTable table = LoadTable(options.sources.front(), options);
+    WriteOutput("-", DescribeGroups(table));
+    return tagExitCode::Success;
+}
+
+/// Says what is wrong with one table, or what is in it.
+tagExitCode CheckSource(const std::string& source, const tagTableOptions& options)
+{
+    tagTable table{NameOf(source), {}};
+    std::vector<std::string> faults;
+    if (const std::string fault = ParseTableFile(ReadSource(source, options), table.records); !fault.empty())
+    {
+        faults.push_back(fault);
+    }
+    else
+    {
+        faults = FindTableFaults(table.records);
+    }
+    std::string text;
+    for (const std::string& fault : faults)
+    {
+        text += fmt::format("{}: {}\n", table.sName, fault);
+    }
+    if (faults.empty())
+    {
+        text = fmt::format("{}: sound, {} records, {} commands and {} diagnostic ones\n",
+                           table.sName,
+                           table.records.size(),
+                           ListCommands(table, false, false).size(),
+                           ListCommands(table, true, false).size());
+    }
+    WriteOutput("-", text);
+    return faults.empty() ? tagExitCode::Success : tagExitCode::Failed;
+}
+
+tagExitCode CheckAll(const tagTableOptions& options)
+{
+    tagExitCode result = tagExitCode::Success;
+    for (const std::string& source : options.sources)
+    {
+        tagExitCode code = tagExitCode::Success;
+        try
+        {
+            code = CheckSource(source, options);
+        }
+        catch (const CToolError& error)
+        {
+            Tell(error.what());
+            code = error.Code();
+        }
+        result = std::max(result, code);
+    }
+    return result;
+}
+
+/// Joins tables and tells what the merger has to say about them.
+///
+/// @param[out] records  keeps the joined table
+CScpiParserTable
+JoinTables(std::vector<tagTable>& tables, std::valarray<_CMD_SET_RECORD>& records, unsigned long& size)
+{
+    std::list<CScpiParserTable::PlugInData> plugins;
+    for (tagTable& table : tables)
+    {
+        const auto bytes = static_cast<std::uint32_t>(std::span(table.records).size_bytes());
+        plugins.push_back({table.records.data(), bytes, nullptr, table.sName});
+    }
+    CScpiPropErrorStrategy errors;
+    errors.SetMember(nullptr, ZO_SCPI_NODE_CAPTURE, false, false, false);
+    CScpiParserTable joined;
+    std::valarray<CAdapt<CComPtr<IZOScpiExecutionSink>>> sinks;
+    joined.MergePlugins(errors, plugins, records, sinks, size);
+    std::istringstream messages(errors.ReportCapturedErrors(0));
+    for (std::string message; std::getline(messages, message);)
+    {
+        Tell(Printable(message));
+    }
+    return joined;
+}
+
+tagExitCode Merge(const tagTableOptions& options)
+{
+    std::vector<tagTable> tables;
+    for (const std::string& source : options.sources)
+    {
+        tables.push_back(LoadTable(source, options));
+    }
+    std::valarray<_CMD_SET_RECORD> records;
+    unsigned long size = 0;
+    const CScpiParserTable joined = JoinTables(tables, records, size);
+    const std::size_t count = size / sizeof(_CMD_SET_RECORD);
+    if (const auto fault = CheckScpiTable(joined.GetParserTable(), count))
+    {
+        throw CToolError(tagExitCode::Failed, fmt::format("joined table: {}", Printable(fault->Message())));
+    }
+    WriteOutput(options.sOutput, FormatTableFile({joined.GetParserTable(), count}));
+    return tagExitCode::Success;
+}
+
+/// A record between others that the text cannot give a kind would be missing, and later indexes be wrong.
+void CheckForHoles(tagTable& table)
+{
+    const std::vector<std::size_t> outside = RecordsOutsideGroups(table);
+    if (outside.empty())
+    {
+        return;
+    }
+    const std::string text = fmt::format("{}: {} records belong to no group, the first is record {}",
+                                         table.sName,
+                                         outside.size(),
+                                         outside.front());
+    if (outside.front() + outside.size() != table.records.size())
+    {
+        throw CToolError(tagExitCode::Failed, text + "; the source would not be the same table");
+    }
+    Tell(text + "; left out");
+}
+
+tagExitCode WriteSource(const tagTableOptions& options)
+{
+    tagTable table = LoadTable(options.sources.front(), options);
+    CheckForHoles(table);
+    const std::filesystem::path folder(options.sOutput.empty() ? "." : options.sOutput);
+    const std::string sourceName = (folder / "PrsTab.cpp").string();
+    const std::string headerName = (folder / "PrsTab.hpp").string();
+    for (const std::string& name : {sourceName, headerName})
+    {
+        std::error_code ignored;
+        if (!options.isForced && std::filesystem::exists(name, ignored))
+        {
+            throw CToolError(tagExitCode::Failed, fmt::format("{} exists; --force overwrites it", name));
+        }
+    }
+    std::ostringstream source;
+    std::ostringstream header;
+    ParserTableOf(table).DumpSourceHeader(source, header);
+    WriteOutput(sourceName, source.view());
+    WriteOutput(headerName, header.view());
+    return tagExitCode::Success;
+}
+
+tagExitCode Save(const tagTableOptions& options)
+{
+    const std::string& source = options.sources.front();
+    const tagInstrumentAddress address = TakeInstrumentAddress(source);
+    const tagTable table = TakeTable(source, FetchInstrumentTable(address, Timeout(options)));
+    WriteOutput(options.sOutput, FormatTableFile(table.records));
+    return tagExitCode::Success;
+}
+
+// What an action takes on the command line.
+constexpr unsigned kOneSource = 0x1;
+constexpr unsigned kManySources = 0x2;
+constexpr unsigned kAddress = 0x4;
+constexpr unsigned kDiagnostic = 0x8;
+constexpr unsigned kOutputFile = 0x10;
+constexpr unsigned kOutputFolder = 0x20;
+
+struct tagTableAction
+{
+    const char* name;
+    const char* description;
+    unsigned takes;
+    const char* example;
+    tagExitCode (*run)(const tagTableOptions& options);
+};
+
+// clang-format off
+constexpr tagTableAction kActions[] = {
+    {"headers", "List the commands, one a line", kOneSource | kDiagnostic,
+     "zo table headers TCPIP::localhost::5025::SOCKET", PrintHeaders},
+    {"syntax", "List the commands with their parameters", kOneSource | kDiagnostic,
+     "zo table syntax demo.tab", PrintSyntax},
+    {"groups", "Show the groups of records that a table consists of", kOneSource,
+     "zo table groups demo.tab", PrintGroups},
+    {"check", "Examine tables and say all that is wrong with them; 1 when one is damaged", kManySources,
+     "zo table check analyser.tab generator.tab", CheckAll},
+    {"merge", "Join tables; later definitions of a command replace earlier ones, which is told", kManySources | kOutputFile,
+     "zo table merge analyser.tab generator.tab -o joined.tab", Merge},
+    {"source", "Write a table as C++ text: PrsTab.hpp and PrsTab.cpp", kOneSource | kOutputFolder,
+     "zo table source demo.tab -o generated", WriteSource},
+    {"save", "Fetch the joined table of a running instrument into a file", kAddress | kOutputFile,
+     "zo table save localhost:5025 -o demo.tab", Save},
+};
+// clang-format on
+
+constexpr const char* kTableFooter =
+    "FILE is a table file, - standard input. ADDRESS is a running instrument: TCPIP::host::port::SOCKET or "
+    "host:port; it is asked SYSTem:HELP:TABLe?.\n"
+    "Example: zo table save localhost:5025 -o demo.tab";
+
+void AddOptions(CLI::App& command, unsigned takes, tagTableOptions& options)
+{
+    if ((takes & kManySources) != 0)
+    {
+        command.add_option("source", options.sources, "Table files or instruments")
+            ->type_name("FILE|ADDRESS")
+            ->required();
+    }
+    else
+    {
+        const bool isAddress = (takes & kAddress) != 0;
+        command.add_option("source", options.sources, isAddress ? "Instrument" : "Table file or instrument")
+            ->type_name(isAddress ? "ADDRESS" : "FILE|ADDRESS")
+            ->required()
+            ->expected(1);
+    }
+    if ((takes & kDiagnostic) != 0)
+    {
+        command.add_flag(
+            "--diagnostic", options.isDiagnostic, "The diagnostic commands instead of the others");
+    }
+    if ((takes & kOutputFile) != 0)
+    {
+        command.add_option("-o,--output", options.sOutput, "File to write; - is standard output")
+            ->type_name("FILE")
+            ->required();
+    }
+    if ((takes & kOutputFolder) != 0)
+    {
+        command
+            .add_option("-o,--output", options.sOutput, "Folder to write to; the current one unless given")
+            ->type_name("DIR");
+        command.add_flag("--force", options.isForced, "Overwrite existing files");
+    }
+    AddTimeoutOption(command, options.timeoutSeconds);
+}
+
+} // namespace
+
+void AddTableCommands(CLI::App& tool, tagExitCode& result)
+{
+    CLI::App& table = *tool.add_subcommand("table", "Command tables: list, check, merge, write as source");
+    table.require_subcommand(1);
+    table.footer(kTableFooter);
+    const auto spOptions = std::make_shared<tagTableOptions>();
+    for (const tagTableAction& action : kActions)
+    {
+        CLI::App& command = *table.add_subcommand(action.name, action.description);
+        command.footer(fmt::format("Example: {}", action.example));
+        AddOptions(command, action.takes, *spOptions);
+        command.callback([spOptions, &action, &result] { result = action.run(*spOptions); });
+    }
+}
+
+} // namespace ZoVelkor::Tools
