@@ -108,9 +108,7 @@ void RegisterBenchmarkApplication(RemoteKernel::CRemoteKernel& kernel,
     CComBSTR name(L"benchmark");
     const auto size = static_cast<std::uint32_t>(tree.Records().size() * sizeof(_CMD_SET_RECORD));
     spParser->RegisterCommandTree(ZO_PARSER_TYPE_MEASUREMENT, name, {size, tree.Records().data()}, pSink);
-    const tagZO_SCPI_PARSER_OBJECT object{
-        name, ZO_PARSER_TYPE_MEASUREMENT, spParser, {1, 0, 0, {}}
-    };
+    const tagZO_SCPI_PARSER_OBJECT object{name, ZO_PARSER_TYPE_MEASUREMENT, spParser, {1, 0, 0, {}}};
     if (kernel.ObjectRegistration().RegisterObject(&object) != S_OK)
     {
         throw std::runtime_error("the generated table was refused");

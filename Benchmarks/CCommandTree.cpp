@@ -19,17 +19,17 @@ struct tagKind
 };
 
 constexpr tagKind kKinds[] = {
-    {"filler-set",   tagTarget::Filler  },
-    {"filler-query", tagTarget::Filler  },
-    {"set",          tagTarget::Setting },
-    {"span",         tagTarget::Setting },
-    {"start",        tagTarget::Setting },
-    {"stop",         tagTarget::Setting },
-    {"step",         tagTarget::Setting },
-    {"query",        tagTarget::Query   },
-    {"idn",          tagTarget::Identity},
-    {"block",        tagTarget::Block   },
-    {"list",         tagTarget::List    },
+    {"filler-set", tagTarget::Filler},
+    {"filler-query", tagTarget::Filler},
+    {"set", tagTarget::Setting},
+    {"span", tagTarget::Setting},
+    {"start", tagTarget::Setting},
+    {"stop", tagTarget::Setting},
+    {"step", tagTarget::Setting},
+    {"query", tagTarget::Query},
+    {"idn", tagTarget::Identity},
+    {"block", tagTarget::Block},
+    {"list", tagTarget::List},
 };
 
 /// A header with its forms; DEF: it does not have that form.
@@ -69,9 +69,7 @@ std::vector<RemoteKernel::Testing::tagTestParameter> ParametersOf(const tagHeade
     {
         return {{.iType = ARG_BLOCK}};
     }
-    return {
-        {.iType = ARG_SFLOAT | ARG_MINMAX | ARG_DEFAULT, .units = {{"HZ", 1}}}
-    };
+    return {{.iType = ARG_SFLOAT | ARG_MINMAX | ARG_DEFAULT, .units = {{"HZ", 1}}}};
 }
 
 } // namespace

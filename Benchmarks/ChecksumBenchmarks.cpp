@@ -48,7 +48,7 @@ int main(int argc, char** argv)
         argc,
         argv,
         {
-            {"Table/64",    "Bitwise/64",    "64 bytes: table / bitwise"},
-            {"Table/65536", "Bitwise/65536", "64 KiB: table / bitwise"  },
-    });
+            {"Table/64", "Bitwise/64", "64 bytes: table / bitwise"},
+            {"Table/65536", "Bitwise/65536", "64 KiB: table / bitwise"},
+        });
 }

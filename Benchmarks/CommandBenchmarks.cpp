@@ -49,12 +49,12 @@ struct tagWorkload
 };
 
 constexpr tagWorkload kWorkloads[] = {
-    {"set",       "SENS1:FREQ:CENT 10 MHz\n"                                            },
-    {"longset",   ":SENSe1:FREQuency:CENTer 10.000000000E+6 HZ\n"                       },
-    {"query",     "SENS1:FREQ:CENT?\n"                                                  },
-    {"idn",       "*IDN?\n"                                                             },
+    {"set", "SENS1:FREQ:CENT 10 MHz\n"},
+    {"longset", ":SENSe1:FREQuency:CENTer 10.000000000E+6 HZ\n"},
+    {"query", "SENS1:FREQ:CENT?\n"},
+    {"idn", "*IDN?\n"},
     {"compound5", "SENS1:FREQ:CENT 10 MHz;SPAN 1 MHz;STAR 9.5 MHz;STOP 10.5 MHz;CENT?\n"},
-    {"undef",     "SENS1:FREQ:NOSUCH 1\n"                                               },
+    {"undef", "SENS1:FREQ:NOSUCH 1\n"},
 };
 
 /// A kernel with one generated tree, and a session.

@@ -284,13 +284,13 @@ int main(int argc, char** argv)
         argc,
         argv,
         {
-            {"BuildShort",    "CopyShort", "build and write, 16 bytes / copy"  },
-            {"BuildLong",     "CopyLong",  "build and write, 1400 bytes / copy"},
-            {"WriteShort",    "CopyShort", "write, 16 bytes / copy"            },
-            {"WriteLong",     "CopyLong",  "write, 1400 bytes / copy"          },
-            {"ReceiveShort",  "CopyShort", "receive, 16 bytes / copy"          },
-            {"ReceiveLong",   "CopyLong",  "receive, 1400 bytes / copy"        },
-            {"ReadableShort", "CopyShort", "log line, 16 bytes / copy"         },
-            {"SweepStart",    "Echo",      "datagram to sweep start / echo"    },
-    });
+            {"BuildShort", "CopyShort", "build and write, 16 bytes / copy"},
+            {"BuildLong", "CopyLong", "build and write, 1400 bytes / copy"},
+            {"WriteShort", "CopyShort", "write, 16 bytes / copy"},
+            {"WriteLong", "CopyLong", "write, 1400 bytes / copy"},
+            {"ReceiveShort", "CopyShort", "receive, 16 bytes / copy"},
+            {"ReceiveLong", "CopyLong", "receive, 1400 bytes / copy"},
+            {"ReadableShort", "CopyShort", "log line, 16 bytes / copy"},
+            {"SweepStart", "Echo", "datagram to sweep start / echo"},
+        });
 }

@@ -278,9 +278,9 @@ int main(int argc, char** argv)
     return ZoVelkor::Benchmarks::RunWithRatios(argc,
                                                argv,
                                                {
-                                                   {"Read",      "ReadPlain",      "read of a value / plain"  },
-                                                   {"Write",     "WritePlain",     "write of a value / plain" },
-                                                   {"Enumerate", "EnumeratePlain", "value of 10,000 / plain"  },
-                                                   {"Open",      "OpenPlain",      "key 8 levels deep / plain"},
-    });
+                                                   {"Read", "ReadPlain", "read of a value / plain"},
+                                                   {"Write", "WritePlain", "write of a value / plain"},
+                                                   {"Enumerate", "EnumeratePlain", "value of 10,000 / plain"},
+                                                   {"Open", "OpenPlain", "key 8 levels deep / plain"},
+                                               });
 }

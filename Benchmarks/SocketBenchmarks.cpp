@@ -267,10 +267,10 @@ int main(int argc, char** argv)
         argc,
         argv,
         {
-            {"BareCopyUp",            "BlockUp",              "upload: throughput / bare copy"           },
-            {"BareCopyDown",          "BlockDown",            "download: throughput / bare copy"         },
-            {"QueryRoundTrip",        "BareRoundTrip",        "query over socket / bare exchange"        },
+            {"BareCopyUp", "BlockUp", "upload: throughput / bare copy"},
+            {"BareCopyDown", "BlockDown", "download: throughput / bare copy"},
+            {"QueryRoundTrip", "BareRoundTrip", "query over socket / bare exchange"},
             {"QueryRoundTrip/p50_us", "BareRoundTrip/p50_us", "query over socket / bare exchange, median"},
-            {"QueryRoundTrip/p99_us", "BareRoundTrip/p99_us", "query over socket / bare exchange, p99"   },
-    });
+            {"QueryRoundTrip/p99_us", "BareRoundTrip/p99_us", "query over socket / bare exchange, p99"},
+        });
 }

@@ -165,12 +165,12 @@ int RunAll(int argc, char** argv)
         argc,
         argv,
         {
-            {"ChainChange",     "Lock",      "change through three registers / lock"     },
-            {"SharedChain",     "OneThread", "rounds: 8 threads on one chain / 1 thread" },
-            {"OwnChains",       "OneThread", "rounds: 8 threads on own chains / 1 thread"},
-            {"ReadExpression",  "Lock",      "expression to value / lock"                },
-            {"WriteExpression", "Lock",      "value to expression / lock"                },
-    });
+            {"ChainChange", "Lock", "change through three registers / lock"},
+            {"SharedChain", "OneThread", "rounds: 8 threads on one chain / 1 thread"},
+            {"OwnChains", "OneThread", "rounds: 8 threads on own chains / 1 thread"},
+            {"ReadExpression", "Lock", "expression to value / lock"},
+            {"WriteExpression", "Lock", "value to expression / lock"},
+        });
 }
 
 } // namespace

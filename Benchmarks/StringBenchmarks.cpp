@@ -136,10 +136,10 @@ int main(int argc, char** argv)
         argc,
         argv,
         {
-            {"AppendZoString",  "AppendWideString",  "append: CZoString / std::wstring" },
+            {"AppendZoString", "AppendWideString", "append: CZoString / std::wstring"},
             {"CompareZoString", "CompareWideString", "compare: CZoString / std::wstring"},
-            {"FindZoString",    "FindQString",       "find: CZoString / QString"        },
-            {"ArgZoString",     "ArgQString",        "arg: CZoString / QString"         },
-            {"NumberZoString",  "NumberQString",     "number: CZoString / QString"      },
-    });
+            {"FindZoString", "FindQString", "find: CZoString / QString"},
+            {"ArgZoString", "ArgQString", "arg: CZoString / QString"},
+            {"NumberZoString", "NumberQString", "number: CZoString / QString"},
+        });
 }

@@ -147,8 +147,8 @@ int main(int argc, char** argv)
         argc,
         argv,
         {
-            {"Merge/Large",    "Merge/Small",    "merging 10.2 times the records (10.2: in proportion)"  },
-            {"List/Large",     "List/Small",     "listing 10.2 times the records (10.2: in proportion)"  },
+            {"Merge/Large", "Merge/Small", "merging 10.2 times the records (10.2: in proportion)"},
+            {"List/Large", "List/Small", "listing 10.2 times the records (10.2: in proportion)"},
             {"Generate/Large", "Generate/Small", "source of 10.2 times the records (10.2: in proportion)"},
-    });
+        });
 }

@@ -81,9 +81,8 @@ public:
 const CCommandIndex& Index()
 {
     static const std::vector<_CMD_SET_RECORD> table = MakeParserTestTable();
-    static const CCommandIndex index(std::vector<tagCommandSource>{
-        {table.data(), table.size(), MakeOwner()}
-    });
+    static const CCommandIndex index(
+        std::vector<tagCommandSource>{{table.data(), table.size(), MakeOwner()}});
     return index;
 }
 } // namespace

@@ -14,9 +14,7 @@ using namespace ZoVelkor;
 using namespace ZoVelkor::RemoteKernel;
 using namespace ZoVelkor::RemoteKernel::Testing;
 
-constexpr tagSessionLimits kLimits{
-    .message = {.iMaxText = 4096, .iMaxBlock = 4096, .iMaxHeld = 8}
-};
+constexpr tagSessionLimits kLimits{.message = {.iMaxText = 4096, .iMaxBlock = 4096, .iMaxHeld = 8}};
 
 /// Gives a text in pieces of one size.
 class CPieces final : public IByteSource

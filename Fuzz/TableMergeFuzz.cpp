@@ -40,7 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Damage(damaged, data, size);
     std::list<CScpiParserTable::PlugInData> plugins = {
         {damaged.data(), SizeOf(damaged), {}, "damaged"},
-        {sound.data(),   SizeOf(sound),   {}, "sound"  },
+        {sound.data(), SizeOf(sound), {}, "sound"},
     };
     CScpiPropErrorStrategy errors;
     errors.SetMember(nullptr, ZO_SCPI_NODE_CAPTURE, false, false, false);

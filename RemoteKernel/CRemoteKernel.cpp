@@ -55,14 +55,14 @@ void CRemoteKernel::MakeServices()
 {
     constexpr long kAllPaths = tagApplicationParts::kAllPaths;
     m_services = {
-        {&IID_IZOScpiObjectRegistration,         CComPtr<IUnknown>(&ObjectRegistration())      },
-        {&IID_IZOScpiErrorManagement,            CComPtr<IUnknown>(&ErrorManagement())         },
-        {&IID_IZOScpiPendingOperations,          CComPtr<IUnknown>(&PendingOperations())       },
-        {&IID_IZOScpiStatusManagement,           CComPtr<IUnknown>(&StatusManagement())        },
+        {&IID_IZOScpiObjectRegistration, CComPtr<IUnknown>(&ObjectRegistration())},
+        {&IID_IZOScpiErrorManagement, CComPtr<IUnknown>(&ErrorManagement())},
+        {&IID_IZOScpiPendingOperations, CComPtr<IUnknown>(&PendingOperations())},
+        {&IID_IZOScpiStatusManagement, CComPtr<IUnknown>(&StatusManagement())},
         {&IID_IZOScpiSubsystemFormat,
-         CComPtr<IUnknown>(static_cast<IZOScpiSubsystemFormat*>(m_parts.spFormat))             },
+         CComPtr<IUnknown>(static_cast<IZOScpiSubsystemFormat*>(m_parts.spFormat))},
         {&IID_IZOScpiTraceManagement,
-         CComPtr<IUnknown>(static_cast<IZOScpiTraceManagement*>(m_parts.spTrace))              },
+         CComPtr<IUnknown>(static_cast<IZOScpiTraceManagement*>(m_parts.spTrace))},
         {&IID_IZOScpiMultichannelAdministration,
          CComPtr<IUnknown>(static_cast<IZOScpiMultichannelAdministration*>(m_spAdministration))},
     };

@@ -21,28 +21,27 @@ using enum EnumLxiErrors;
 
 // Deliberate: 5000 lacks a word in every log and in every client that compares texts.
 constexpr tagErrorText kErrorTexts[] = {
-    {NoError,                     L"No error"                                                    },
-    {CapabilityConnection,        L"Error during connection a capability"                        },
-    {AlarmExists,                 L"Alarm could not be added, because it already exists"         },
-    {AlarmNotFound,               L"Alarm not found"                                             },
-    {ArmingSourceExists,          L"Arming source could not be added, because it already exists" },
-    {ArmingSourceNotFound,        L"Arming source not found"                                     },
-    {SoftwareCapabilityExists,    L"Software capability already exists"                          },
-    {HardwareCapabilityExists,    L"Hardware capability already exists"                          },
-    {LanCapabilityExists,         L"LAN capability already exists"                               },
-    {TimerCapabilityExists,       L"Timer capability already exists"                             },
-    {CapabilityNotFound,          L"Capability not found"                                        },
-    {EventExists,                 L"Event could not be added, because it already exists"         },
-    {EventNotFound,               L"Event not found"                                             },
-    {EventNotEnabled,             L"Event could not be enabled"                                  },
-    {EventNotDisabled,            L"Event could not be disabled"                                 },
-    {TriggerSourceExists,         L"Trigger source could not be added, because it already exists"},
-    {TriggerSourceNotFound,       L"Trigger source not found"                                    },
-    {InstanceNotEnabled,          L"Instance could not be enabled"                               },
-    {InstanceNotDisabled,         L"Instance could not be disabled"                              },
-    {TriggerSourceNotActivated,   L"Trigger source could not be activated"                       },
-    {TriggerSourceNotDeactivated, L"Trigger source could not be deactivated"                     }
-};
+    {NoError, L"No error"},
+    {CapabilityConnection, L"Error during connection a capability"},
+    {AlarmExists, L"Alarm could not be added, because it already exists"},
+    {AlarmNotFound, L"Alarm not found"},
+    {ArmingSourceExists, L"Arming source could not be added, because it already exists"},
+    {ArmingSourceNotFound, L"Arming source not found"},
+    {SoftwareCapabilityExists, L"Software capability already exists"},
+    {HardwareCapabilityExists, L"Hardware capability already exists"},
+    {LanCapabilityExists, L"LAN capability already exists"},
+    {TimerCapabilityExists, L"Timer capability already exists"},
+    {CapabilityNotFound, L"Capability not found"},
+    {EventExists, L"Event could not be added, because it already exists"},
+    {EventNotFound, L"Event not found"},
+    {EventNotEnabled, L"Event could not be enabled"},
+    {EventNotDisabled, L"Event could not be disabled"},
+    {TriggerSourceExists, L"Trigger source could not be added, because it already exists"},
+    {TriggerSourceNotFound, L"Trigger source not found"},
+    {InstanceNotEnabled, L"Instance could not be enabled"},
+    {InstanceNotDisabled, L"Instance could not be disabled"},
+    {TriggerSourceNotActivated, L"Trigger source could not be activated"},
+    {TriggerSourceNotDeactivated, L"Trigger source could not be deactivated"}};
 
 CComBSTR TextOf(EnumLxiErrors code)
 {

@@ -65,13 +65,11 @@ struct tagOperator
     std::optional<long> stepAbove;
 };
 
-constexpr tagOperator kOperators[] = {
-    {"<=", 0,            std::nullopt},
-    {"<",  -1,           std::nullopt},
-    {">=", std::nullopt, 0           },
-    {">",  std::nullopt, 1           },
-    {"!",  -1,           1           }
-};
+constexpr tagOperator kOperators[] = {{"<=", 0, std::nullopt},
+                                      {"<", -1, std::nullopt},
+                                      {">=", std::nullopt, 0},
+                                      {">", std::nullopt, 1},
+                                      {"!", -1, 1}};
 
 constexpr bool IsDigit(char c) noexcept
 {

@@ -129,9 +129,9 @@ static_assert(kBooleanType == 0x81CF02);
 
 /// The first row whose bits are all set names the number.
 constexpr tagTypeWord kNumberWords[] = {
-    {ARG_SFLOAT,                  "<numeric_value>"},
-    {ARG_SINT,                    "<integer>"      },
-    {ARG_PFLOAT_S | ARG_NFLOAT_S, "<float>"        },
+    {ARG_SFLOAT, "<numeric_value>"},
+    {ARG_SINT, "<integer>"},
+    {ARG_PFLOAT_S | ARG_NFLOAT_S, "<float>"},
 };
 
 /// The number notations of types that none of the rows above covers.
@@ -143,17 +143,17 @@ constexpr tagTypeWord kNotationWords[] = {
 
 /// Each row of which one bit is set adds its word.
 constexpr tagTypeWord kTypeWords[] = {
-    {ARG_MINMAX,  "MINimum"     },
-    {ARG_MINMAX,  "MAXimum"     },
-    {ARG_DEFAULT, "DEFault"     },
-    {ARG_UPDOWN,  "UP"          },
-    {ARG_UPDOWN,  "DOWN"        },
-    {ARG_OFF,     "ON"          },
-    {ARG_OFF,     "OFF"         },
-    {ARG_KEEP,    "KEEP"        },
-    {ARG_STRG,    "<string>"    },
-    {ARG_EXPR,    "<expression>"},
-    {ARG_BLOCK,   "<block_data>"},
+    {ARG_MINMAX, "MINimum"},
+    {ARG_MINMAX, "MAXimum"},
+    {ARG_DEFAULT, "DEFault"},
+    {ARG_UPDOWN, "UP"},
+    {ARG_UPDOWN, "DOWN"},
+    {ARG_OFF, "ON"},
+    {ARG_OFF, "OFF"},
+    {ARG_KEEP, "KEEP"},
+    {ARG_STRG, "<string>"},
+    {ARG_EXPR, "<expression>"},
+    {ARG_BLOCK, "<block_data>"},
 };
 
 struct tagCollapse
@@ -163,9 +163,9 @@ struct tagCollapse
 };
 
 constexpr tagCollapse kCollapses[] = {
-    {"<numeric_value>|ON|OFF",                          "<boolean>"      },
-    {"<numeric_value>|OFF|ON",                          "<boolean>"      },
-    {"<boolean>|OFF|ON",                                "<boolean>"      },
+    {"<numeric_value>|ON|OFF", "<boolean>"},
+    {"<numeric_value>|OFF|ON", "<boolean>"},
+    {"<boolean>|OFF|ON", "<boolean>"},
     {"<numeric_value>|DEFault|DOWN|MAXimum|MINimum|UP", "<numeric_value>"},
 };
 

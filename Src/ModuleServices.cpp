@@ -18,7 +18,7 @@ using CTimeService = CComObject<CSystemTimeDateControl, IZOTimeDateControl>;
 
 constexpr tagServiceEntry kServices[] = {
     {L"RegistryServices", &MakeService<CRegistryService>},
-    {L"TimeServices",     &MakeService<CTimeService>    },
+    {L"TimeServices", &MakeService<CTimeService>},
 };
 } // namespace
 

@@ -26,15 +26,13 @@ struct tagSwitch
     std::atomic<bool> tagRemoteDiagnoseControl::*flag;
 };
 
-constexpr tagSwitch kSwitches[] = {
-    {"rpc",       &tagRemoteDiagnoseControl::bRpcModeActive       },
-    {"timing",    &tagRemoteDiagnoseControl::bTimingActive        },
-    {"nochecks",  &tagRemoteDiagnoseControl::bScpiChecksDisabled  },
-    {"trace",     &tagRemoteDiagnoseControl::bTraceModeActive     },
-    {"statistic", &tagRemoteDiagnoseControl::bStatisticModeActive },
-    {"calls",     &tagRemoteDiagnoseControl::bCallStackTraceActive},
-    {"messages",  &tagRemoteDiagnoseControl::bMessageTraceActive  }
-};
+constexpr tagSwitch kSwitches[] = {{"rpc", &tagRemoteDiagnoseControl::bRpcModeActive},
+                                   {"timing", &tagRemoteDiagnoseControl::bTimingActive},
+                                   {"nochecks", &tagRemoteDiagnoseControl::bScpiChecksDisabled},
+                                   {"trace", &tagRemoteDiagnoseControl::bTraceModeActive},
+                                   {"statistic", &tagRemoteDiagnoseControl::bStatisticModeActive},
+                                   {"calls", &tagRemoteDiagnoseControl::bCallStackTraceActive},
+                                   {"messages", &tagRemoteDiagnoseControl::bMessageTraceActive}};
 
 std::vector<std::string_view> Split(std::string_view text)
 {

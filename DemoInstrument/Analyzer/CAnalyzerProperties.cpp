@@ -27,16 +27,16 @@ struct tagPropertyRow
 };
 
 constexpr tagPropertyRow kRows[] = {
-    {.name = "Center",                                     .count = kChannelCount, .type = VT_R8,   .number = &kCenter        },
-    {.name = "Span",                                       .count = kChannelCount, .type = VT_R8,   .number = &kSpan          },
-    {.name = "Start",                                      .count = kChannelCount, .type = VT_R8,   .number = &kStart         },
-    {.name = "Stop",                                       .count = kChannelCount, .type = VT_R8,   .number = &kStop          },
-    {.name = "Bandwidth",                                  .count = kChannelCount, .type = VT_R8,   .number = &kBandwidth     },
-    {.name = "BandwidthAuto",                              .count = kChannelCount, .type = VT_BOOL, .boolean = &kBandwidthAuto},
-    {.name = "ReferenceLevel",                             .count = kChannelCount, .type = VT_R8,   .number = &kReferenceLevel},
-    {.name = "SweepPoints",                                .count = 0,             .type = VT_I4,   .number = &kPoints        },
-    {.name = "SweepTime",                                  .count = 0,             .type = VT_R8,   .number = &kSweepTime     },
-    {.name = "SweepTimeAuto",                              .count = 0,             .type = VT_BOOL, .boolean = &kSweepTimeAuto},
+    {.name = "Center", .count = kChannelCount, .type = VT_R8, .number = &kCenter},
+    {.name = "Span", .count = kChannelCount, .type = VT_R8, .number = &kSpan},
+    {.name = "Start", .count = kChannelCount, .type = VT_R8, .number = &kStart},
+    {.name = "Stop", .count = kChannelCount, .type = VT_R8, .number = &kStop},
+    {.name = "Bandwidth", .count = kChannelCount, .type = VT_R8, .number = &kBandwidth},
+    {.name = "BandwidthAuto", .count = kChannelCount, .type = VT_BOOL, .boolean = &kBandwidthAuto},
+    {.name = "ReferenceLevel", .count = kChannelCount, .type = VT_R8, .number = &kReferenceLevel},
+    {.name = "SweepPoints", .count = 0, .type = VT_I4, .number = &kPoints},
+    {.name = "SweepTime", .count = 0, .type = VT_R8, .number = &kSweepTime},
+    {.name = "SweepTimeAuto", .count = 0, .type = VT_BOOL, .boolean = &kSweepTimeAuto},
     {.name = "Detector",
      .count = 0,
      .type = VT_I4,
@@ -47,7 +47,7 @@ constexpr tagPropertyRow kRows[] = {
      .type = VT_I4,
      .word = &kTriggerSource,
      .lastWord = static_cast<long>(tagTriggerSource::Lxi)},
-    {.name = "Marker", .count = kMarkerCount,                       .type = VT_R8,                       .number = &kMarkerX                           },
+    {.name = "Marker", .count = kMarkerCount, .type = VT_R8, .number = &kMarkerX},
 };
 
 /// Distance of the identifiers of two rows; the suffix is added.

@@ -18,13 +18,13 @@ struct tagCarrier
 /// What is connected to the input: local-oscillator feed-through, a signal with harmonics, a strong signal
 /// with a weak neighbour, and a lonely one.
 inline constexpr tagCarrier kCarriers[] = {
-    {0.0,      -15.0},
-    {100e6,    -20.0},
-    {200e6,    -55.0},
-    {300e6,    -62.0},
-    {1e9,      -10.0},
+    {0.0, -15.0},
+    {100e6, -20.0},
+    {200e6, -55.0},
+    {300e6, -62.0},
+    {1e9, -10.0},
     {1.0005e9, -45.0},
-    {2.4e9,    -30.0},
+    {2.4e9, -30.0},
 };
 
 /// Noise of the input in 1 Hz; it grows with the bandwidth.

@@ -81,9 +81,7 @@ template <std::size_t TCount>
 constexpr _CMD_SET_RECORD SuffixesUpTo(std::uint32_t header)
 {
     static_assert(TCount >= 1 && TCount <= 9, "written as one digit");
-    return {
-        .nse = {{'1', '-', static_cast<char>('0' + TCount)}, NSE_HEADER | header}
-    };
+    return {.nse = {{'1', '-', static_cast<char>('0' + TCount)}, NSE_HEADER | header}};
 }
 
 /// Checks that each header that takes a numeric suffix, and no other one, has its expression, in the order of

@@ -37,10 +37,10 @@ struct tagSourceLimit
 
 /// Where the sources keep their specified level accuracy.
 inline constexpr auto kSourceLimits = std::to_array<tagSourceLimit>({
-    {0, &tagSignalSource::frequencyHz, 10e6,   3e9 },
-    {0, &tagSignalSource::powerDbm,    -100.0, 10.0},
-    {1, &tagSignalSource::frequencyHz, 10e6,   3e9 },
-    {1, &tagSignalSource::powerDbm,    -100.0, 10.0},
+    {0, &tagSignalSource::frequencyHz, 10e6, 3e9},
+    {0, &tagSignalSource::powerDbm, -100.0, 10.0},
+    {1, &tagSignalSource::frequencyHz, 10e6, 3e9},
+    {1, &tagSignalSource::powerDbm, -100.0, 10.0},
 });
 
 /// The signal generator without remote control: two sources and a display; a new object is the reset state.

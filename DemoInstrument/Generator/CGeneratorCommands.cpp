@@ -14,12 +14,12 @@ std::span<const tagHandlerRow<CGeneratorCommands>> CGeneratorCommands::Handlers(
 {
     using Self = CGeneratorCommands;
     static constexpr tagHandlerRow<Self> kRows[] = {
-        {SOURCE_FREQUENCY,   &Self::Frequency    },
-        {SOURCE_POWER,       &Self::Power        },
-        {LIST_FREQUENCY,     &Self::ListFrequency},
-        {OUTPUT_STATE,       &Self::OutputState  },
-        {LIMIT_FAIL,         &Self::LimitFail    },
-        {DISPLAY_BRIGHTNESS, &Self::Brightness   },
+        {SOURCE_FREQUENCY, &Self::Frequency},
+        {SOURCE_POWER, &Self::Power},
+        {LIST_FREQUENCY, &Self::ListFrequency},
+        {OUTPUT_STATE, &Self::OutputState},
+        {LIMIT_FAIL, &Self::LimitFail},
+        {DISPLAY_BRIGHTNESS, &Self::Brightness},
     };
     static_assert(IsHandlerTable(kRows, GENERATOR_HANDLER_COUNT));
     return kRows;

@@ -65,10 +65,10 @@ std::span<const tagHandlerRow<CInstrumentCommands>> CInstrumentCommands::Handler
 {
     using Self = CInstrumentCommands;
     static constexpr tagHandlerRow<Self> kRows[] = {
-        {SAVE_STATE,    &Self::Save    },
-        {RECALL_STATE,  &Self::Recall  },
-        {SYSTEM_DATE,   &Self::Date    },
-        {SYSTEM_TIME,   &Self::Time    },
+        {SAVE_STATE, &Self::Save},
+        {RECALL_STATE, &Self::Recall},
+        {SYSTEM_DATE, &Self::Date},
+        {SYSTEM_TIME, &Self::Time},
         {LAN_HOST_NAME, &Self::HostName},
     };
     static_assert(IsHandlerTable(kRows, INSTRUMENT_HANDLER_COUNT));

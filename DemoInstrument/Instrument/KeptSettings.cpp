@@ -25,8 +25,8 @@ struct tagFormatName
     tagEnumFormatDataType type;
 };
 constexpr tagFormatName kFormats[] = {
-    {"ASC",  ZO_FORMAT_ASCII},
-    {"REAL", ZO_FORMAT_REAL },
+    {"ASC", ZO_FORMAT_ASCII},
+    {"REAL", ZO_FORMAT_REAL},
 };
 
 struct tagOrderName
@@ -35,7 +35,7 @@ struct tagOrderName
     tagEnumFormatByteOrder order;
 };
 constexpr tagOrderName kOrders[] = {
-    {"NORM", ZO_BYTE_ORDER_NORMAL },
+    {"NORM", ZO_BYTE_ORDER_NORMAL},
     {"SWAP", ZO_BYTE_ORDER_SWAPPED},
 };
 

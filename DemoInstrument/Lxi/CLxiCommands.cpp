@@ -33,14 +33,14 @@ std::span<const tagHandlerRow<CLxiCommands>> CLxiCommands::Handlers()
 {
     using Self = CLxiCommands;
     static constexpr tagHandlerRow<Self> kRows[] = {
-        {LXI_LAN_ENABLED, &Self::Enabled },
-        {LXI_LAN_DELAY,   &Self::Delay   },
-        {LXI_IDENTIFY,    &Self::Identify},
-        {LXI_SEND,        &Self::Send    },
-        {LXI_LOG_ALL,     &Self::LogAll  },
-        {LXI_LOG_COUNT,   &Self::LogCount},
-        {LXI_LOG_CLEAR,   &Self::LogClear},
-        {LXI_ERROR_NEXT,  &Self::Error   },
+        {LXI_LAN_ENABLED, &Self::Enabled},
+        {LXI_LAN_DELAY, &Self::Delay},
+        {LXI_IDENTIFY, &Self::Identify},
+        {LXI_SEND, &Self::Send},
+        {LXI_LOG_ALL, &Self::LogAll},
+        {LXI_LOG_COUNT, &Self::LogCount},
+        {LXI_LOG_CLEAR, &Self::LogClear},
+        {LXI_ERROR_NEXT, &Self::Error},
     };
     static_assert(IsHandlerTable(kRows, LXI_HANDLER_COUNT));
     return kRows;

@@ -22,8 +22,7 @@ struct IZONotificationSink;
 struct IZORegistryAccess : IUnknown
 {
     static constexpr IID kInterfaceId{
-        0xB0A1C6E2, 0x4D53, 0x4E0F, {0x8A, 0x37, 0x1C, 0x92, 0xD6, 0x0B, 0x5E, 0x48}
-    };
+        0xB0A1C6E2, 0x4D53, 0x4E0F, {0x8A, 0x37, 0x1C, 0x92, 0xD6, 0x0B, 0x5E, 0x48}};
 
     /// Gives the predefined roots, zero-extended. A null pointer is skipped.
     virtual HRESULT GetBasicKeys(long* classesRoot,

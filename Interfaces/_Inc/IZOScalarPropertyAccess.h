@@ -14,8 +14,7 @@ namespace ZoVelkor
 struct IZOScalarPropertyAccess : IUnknown
 {
     static constexpr IID kInterfaceId{
-        0xC4B3C174, 0xA9E4, 0x4557, {0x80, 0x0E, 0x0D, 0xE1, 0xB1, 0x1E, 0x67, 0x45}
-    };
+        0xC4B3C174, 0xA9E4, 0x4557, {0x80, 0x0E, 0x0D, 0xE1, 0xB1, 0x1E, 0x67, 0x45}};
 
     /// @param[out] dispId  identifier of the property of this name
     virtual HRESULT GetPropertyDispId(wchar_t* name, long* dispId) = 0;

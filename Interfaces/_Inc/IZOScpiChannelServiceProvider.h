@@ -11,8 +11,7 @@ namespace ZoVelkor
 struct IZOScpiChannelServiceProvider : IUnknown
 {
     static constexpr IID kInterfaceId{
-        0x3140C092, 0x7A29, 0x492D, {0xB6, 0xCE, 0x62, 0xA0, 0x4F, 0x94, 0x0E, 0xB7}
-    };
+        0x3140C092, 0x7A29, 0x492D, {0xB6, 0xCE, 0x62, 0xA0, 0x4F, 0x94, 0x0E, 0xB7}};
 
     /// Bytes can be read, or the connection has ended. Also from inside a call of the kernel.
     virtual HRESULT SignalDataAvailable() = 0;

@@ -17,8 +17,7 @@ struct IZOScpiOutputBuffer;
 struct IZOScpiCommands : IUnknown
 {
     static constexpr IID kInterfaceId{
-        0x40B83701, 0x7B11, 0x4896, {0xA6, 0x14, 0x9A, 0xFF, 0x02, 0xE3, 0x7D, 0x3C}
-    };
+        0x40B83701, 0x7B11, 0x4896, {0xA6, 0x14, 0x9A, 0xFF, 0x02, 0xE3, 0x7D, 0x3C}};
 
     /// Writes the table to a response: version, comma, definite-length block (IEEE 488.2 section 8.7.9).
     virtual HRESULT SendCommandTree(IZOScpiOutputBuffer* output) = 0;

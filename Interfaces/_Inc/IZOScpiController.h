@@ -21,8 +21,7 @@ struct IZOScpiInterrupt;
 struct IZOScpiController : IUnknown
 {
     static constexpr IID kInterfaceId{
-        0x9D205153, 0x38CA, 0x42DA, {0xB6, 0x18, 0xAC, 0xA8, 0x9D, 0xD6, 0xE6, 0xC2}
-    };
+        0x9D205153, 0x38CA, 0x42DA, {0xB6, 0x18, 0xAC, 0xA8, 0x9D, 0xD6, 0xE6, 0xC2}};
 
     /// Sends a terminated text as one message, with END on its last byte.
     virtual HRESULT WriteMessage(unsigned char* text) = 0;

@@ -15,8 +15,7 @@ struct IZOScpiDeviceHandler;
 struct IZOScpiDeviceManagement : IUnknown
 {
     static constexpr IID kInterfaceId{
-        0x833E058E, 0x3034, 0x422D, {0x83, 0x18, 0x5E, 0xDB, 0x97, 0xBA, 0xB3, 0x1B}
-    };
+        0x833E058E, 0x3034, 0x422D, {0x83, 0x18, 0x5E, 0xDB, 0x97, 0xBA, 0xB3, 0x1B}};
 
     /// @param handler  counted until it is unregistered
     /// @return S_OK; S_FALSE when it is registered here already; E_POINTER

@@ -9,8 +9,7 @@ namespace ZoVelkor
 struct IZOScpiEmulationCallback : IUnknown
 {
     static constexpr IID kInterfaceId{
-        0x0D71AC6B, 0x1206, 0x490F, {0x9A, 0x3F, 0x85, 0x98, 0xF4, 0x4E, 0x1D, 0xCD}
-    };
+        0x0D71AC6B, 0x1206, 0x490F, {0x9A, 0x3F, 0x85, 0x98, 0xF4, 0x4E, 0x1D, 0xCD}};
 
     /// Maps the standard event register to the status byte.
     /// @return S_OK when mapped; E_NOTIMPL: the kernel's own mapping holds

@@ -11,8 +11,7 @@ namespace ZoVelkor
 struct IZOScpiInterrupt : IUnknown
 {
     static constexpr IID kInterfaceId{
-        0x86CB8F64, 0xDAA5, 0x4578, {0xA4, 0xBE, 0xDE, 0x58, 0x4C, 0x06, 0x59, 0xFE}
-    };
+        0x86CB8F64, 0xDAA5, 0x4578, {0xA4, 0xBE, 0xDE, 0x58, 0x4C, 0x06, 0x59, 0xFE}};
 
     /// Forgets the service requests signalled so far. It serves the owner of the receiver, who gets it ready
     /// for the next request this way; a controller never calls it.

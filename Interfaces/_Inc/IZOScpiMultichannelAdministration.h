@@ -16,8 +16,7 @@ struct IZOScpiParser;
 struct IZOScpiMultichannelAdministration : IUnknown
 {
     static constexpr IID kInterfaceId{
-        0x107134E9, 0x80B1, 0x406D, {0xA6, 0x35, 0x51, 0xD9, 0x63, 0x36, 0x63, 0xC3}
-    };
+        0x107134E9, 0x80B1, 0x406D, {0xA6, 0x35, 0x51, 0xD9, 0x63, 0x36, 0x63, 0xC3}};
 
     /// @param[out] count  remote paths that the kernel can serve; they are numbered from 0
     virtual HRESULT get_RemotePathCount(long* count) = 0;

@@ -10,8 +10,7 @@ namespace ZoVelkor
 struct IZOScpiMultichannelEventObserver : IUnknown
 {
     static constexpr IID kInterfaceId{
-        0x40A4C617, 0x83DA, 0x49EC, {0xB9, 0x4D, 0xEB, 0xE2, 0x26, 0x3C, 0x51, 0xB6}
-    };
+        0x40A4C617, 0x83DA, 0x49EC, {0xB9, 0x4D, 0xEB, 0xE2, 0x26, 0x3C, 0x51, 0xB6}};
 
     /// @param name  identity of the connection, lent for the call
     virtual HRESULT ConnectionAccepted(wchar_t* name, long remotePath) = 0;

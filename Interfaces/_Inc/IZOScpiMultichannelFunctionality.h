@@ -24,8 +24,7 @@ struct IZOScpiSubsystemFormat;
 struct IZOScpiMultichannelFunctionality : IUnknown
 {
     static constexpr IID kInterfaceId{
-        0xBB487760, 0xFED4, 0x402B, {0xB7, 0xD4, 0xAA, 0x1E, 0xEB, 0xCC, 0x9F, 0xDE}
-    };
+        0xBB487760, 0xFED4, 0x402B, {0xB7, 0xD4, 0xAA, 0x1E, 0xEB, 0xCC, 0x9F, 0xDE}};
 
     virtual HRESULT GetScpiStatusManagement(long remotePath, IZOScpiStatusManagement** service) = 0;
     virtual HRESULT GetScpiParserManagement(long remotePath, IZOScpiParserManagement** service) = 0;

@@ -9,8 +9,7 @@ namespace ZoVelkor
 struct IZOScpiMultichannelParser : IUnknown
 {
     static constexpr IID kInterfaceId{
-        0x92A1E343, 0xBC22, 0x41ED, {0xBD, 0xC0, 0xCD, 0x43, 0xEE, 0x1B, 0xD3, 0xE8}
-    };
+        0x92A1E343, 0xBC22, 0x41ED, {0xBD, 0xC0, 0xCD, 0x43, 0xEE, 0x1B, 0xD3, 0xE8}};
 
     /// @param[out] engine  a new reference; a null address is an internal error, which is raised
     virtual HRESULT CreateClone(IUnknown** engine) = 0;

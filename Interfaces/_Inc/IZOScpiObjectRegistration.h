@@ -25,8 +25,7 @@ struct tagZO_SCPI_PARSER_OBJECT
 struct IZOScpiObjectRegistration : IUnknown
 {
     static constexpr IID kInterfaceId{
-        0x7C6BF0EC, 0xBB06, 0x42B1, {0xA0, 0x57, 0xCE, 0x96, 0x9D, 0xC5, 0x56, 0x69}
-    };
+        0x7C6BF0EC, 0xBB06, 0x42B1, {0xA0, 0x57, 0xCE, 0x96, 0x9D, 0xC5, 0x56, 0x69}};
 
     /// @return S_OK; E_POINTER; E_INVALIDARG, with an error report that says why, for a table that is
     /// damaged, an

@@ -15,8 +15,7 @@ struct IZOScpiObjectRegistration;
 struct IZOScpiParserManagement : IUnknown
 {
     static constexpr IID kInterfaceId{
-        0x21EDAFC2, 0xE240, 0x4AED, {0xAE, 0xF9, 0x2F, 0xE5, 0x1D, 0x8F, 0x67, 0xBE}
-    };
+        0x21EDAFC2, 0xE240, 0x4AED, {0xAE, 0xF9, 0x2F, 0xE5, 0x1D, 0x8F, 0x67, 0xBE}};
 
     /// @param[out] registration  a new reference; there is one registration for all paths
     virtual HRESULT GetObjectRegistration(IZOScpiObjectRegistration** registration) = 0;

@@ -17,8 +17,7 @@ inline constexpr long kScpiInstrumentPath = -1;
 struct IZOScpiStatusManagement : IUnknown
 {
     static constexpr IID kInterfaceId{
-        0xC4A0AC9B, 0x1D12, 0x46EE, {0x8C, 0x5D, 0x8B, 0x7B, 0xD1, 0xAA, 0xD0, 0x46}
-    };
+        0xC4A0AC9B, 0x1D12, 0x46EE, {0x8C, 0x5D, 0x8B, 0x7B, 0xD1, 0xAA, 0xD0, 0x46}};
 
     /// @param remotePath  a session's path, or kScpiInstrumentPath
     /// @param name  in long or short form, in any case

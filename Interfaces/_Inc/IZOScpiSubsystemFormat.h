@@ -44,8 +44,7 @@ enum tagEnumFormatByteOrder : std::uint32_t
 struct IZOScpiSubsystemFormat : IUnknown
 {
     static constexpr IID kInterfaceId{
-        0x20F4098E, 0xFB48, 0x413B, {0x97, 0x36, 0xBF, 0x20, 0x2A, 0x56, 0xB1, 0xAF}
-    };
+        0x20F4098E, 0xFB48, 0x413B, {0x97, 0x36, 0xBF, 0x20, 0x2A, 0x56, 0xB1, 0xAF}};
 
     /// Writes the separator between two response items of one query, ",".
     virtual HRESULT InsertDataSeparator() = 0;

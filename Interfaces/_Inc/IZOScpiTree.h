@@ -13,8 +13,7 @@ namespace ZoVelkor
 struct IZOScpiTree : IUnknown
 {
     static constexpr IID kInterfaceId{
-        0xE6B2D584, 0x9F90, 0x4772, {0x97, 0x8C, 0xB6, 0x6A, 0x33, 0x50, 0x15, 0xC9}
-    };
+        0xE6B2D584, 0x9F90, 0x4772, {0x97, 0x8C, 0xB6, 0x6A, 0x33, 0x50, 0x15, 0xC9}};
 
     /// @return S_OK; E_POINTER; E_NOINTERFACE; E_INVALIDARG, reported, for one without usable table or one
     /// that is plugged in already

@@ -11,8 +11,7 @@ namespace ZoVelkor
 struct IZOScpiWaitableChannel : IUnknown
 {
     static constexpr IID kInterfaceId{
-        0x56924C5E, 0xC48A, 0x4A85, {0xAC, 0xE0, 0xF7, 0x5F, 0x12, 0x5B, 0x51, 0xCA}
-    };
+        0x56924C5E, 0xC48A, 0x4A85, {0xAC, 0xE0, 0xF7, 0x5F, 0x12, 0x5B, 0x51, 0xCA}};
 
     /// @param[out] descriptor  readable while Read would get something or the connection has ended; it stays
     /// the same until the channel is closed

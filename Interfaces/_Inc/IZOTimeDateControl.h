@@ -18,8 +18,7 @@ inline constexpr HRESULT ZO_E_ARGUMENT_RANGE = MakeResult(0x80040202);
 struct IZOTimeDateControl : IUnknown
 {
     static constexpr IID kInterfaceId{
-        0x43CA4F47, 0x1E41, 0x4F81, {0xAE, 0x0D, 0xD8, 0x1A, 0xDB, 0x35, 0xF1, 0xF8}
-    };
+        0x43CA4F47, 0x1E41, 0x4F81, {0xAE, 0x0D, 0xD8, 0x1A, 0xDB, 0x35, 0xF1, 0xF8}};
 
     virtual HRESULT GetTimeAndDate(tagTimeStruct* pTime, tagDateStruct* pDate) = 0;
     virtual HRESULT GetTime(tagTimeStruct* pTime) = 0;

@@ -30,22 +30,20 @@ struct tagStoredType
     std::size_t size; ///< bytes
 };
 
-constexpr tagStoredType kStoredTypes[] = {
-    {VT_EMPTY, 0           },
-    {VT_NULL,  0           },
-    {VT_I1,    1           },
-    {VT_UI1,   1           },
-    {VT_I2,    2           },
-    {VT_BOOL,  2           },
-    {VT_UI2,   2           },
-    {VT_I4,    4           },
-    {VT_R4,    4           },
-    {VT_UI4,   4           },
-    {VT_INT,   4           },
-    {VT_UINT,  4           },
-    {VT_R8,    8           },
-    {VT_BSTR,  sizeof(BSTR)}
-};
+constexpr tagStoredType kStoredTypes[] = {{VT_EMPTY, 0},
+                                          {VT_NULL, 0},
+                                          {VT_I1, 1},
+                                          {VT_UI1, 1},
+                                          {VT_I2, 2},
+                                          {VT_BOOL, 2},
+                                          {VT_UI2, 2},
+                                          {VT_I4, 4},
+                                          {VT_R4, 4},
+                                          {VT_UI4, 4},
+                                          {VT_INT, 4},
+                                          {VT_UINT, 4},
+                                          {VT_R8, 8},
+                                          {VT_BSTR, sizeof(BSTR)}};
 
 struct tagNamedType
 {
@@ -53,36 +51,34 @@ struct tagNamedType
     const char* name;
 };
 
-constexpr tagNamedType kUnsupportedTypes[] = {
-    {VT_CY,               "VT_CY"              },
-    {VT_DATE,             "VT_DATE"            },
-    {VT_ERROR,            "VT_ERROR"           },
-    {VT_VARIANT,          "VT_VARIANT"         },
-    {VT_I8,               "VT_I8"              },
-    {VT_UI8,              "VT_UI8"             },
-    {VT_VOID,             "VT_VOID"            },
-    {VT_HRESULT,          "VT_HRESULT"         },
-    {VT_PTR,              "VT_PTR"             },
-    {VT_SAFEARRAY,        "VT_SAFEARRAY"       },
-    {VT_CARRAY,           "VT_CARRAY"          },
-    {VT_USERDEFINED,      "VT_USERDEFINED"     },
-    {VT_LPSTR,            "VT_LPSTR"           },
-    {VT_LPWSTR,           "VT_LPWSTR"          },
-    {VT_RECORD,           "VT_RECORD"          },
-    {VT_INT_PTR,          "VT_INT_PTR"         },
-    {VT_UINT_PTR,         "VT_UINT_PTR"        },
-    {VT_FILETIME,         "VT_FILETIME"        },
-    {VT_BLOB,             "VT_BLOB"            },
-    {VT_STREAM,           "VT_STREAM"          },
-    {VT_STORAGE,          "VT_STORAGE"         },
-    {VT_STREAMED_OBJECT,  "VT_STREAMED_OBJECT" },
-    {VT_STORED_OBJECT,    "VT_STORED_OBJECT"   },
-    {VT_BLOB_OBJECT,      "VT_BLOB_OBJECT"     },
-    {VT_CF,               "VT_CF"              },
-    {VT_CLSID,            "VT_CLSID"           },
-    {VT_VERSIONED_STREAM, "VT_VERSIONED_STREAM"},
-    {VT_VECTOR,           "VT_VECTOR"          }
-};
+constexpr tagNamedType kUnsupportedTypes[] = {{VT_CY, "VT_CY"},
+                                              {VT_DATE, "VT_DATE"},
+                                              {VT_ERROR, "VT_ERROR"},
+                                              {VT_VARIANT, "VT_VARIANT"},
+                                              {VT_I8, "VT_I8"},
+                                              {VT_UI8, "VT_UI8"},
+                                              {VT_VOID, "VT_VOID"},
+                                              {VT_HRESULT, "VT_HRESULT"},
+                                              {VT_PTR, "VT_PTR"},
+                                              {VT_SAFEARRAY, "VT_SAFEARRAY"},
+                                              {VT_CARRAY, "VT_CARRAY"},
+                                              {VT_USERDEFINED, "VT_USERDEFINED"},
+                                              {VT_LPSTR, "VT_LPSTR"},
+                                              {VT_LPWSTR, "VT_LPWSTR"},
+                                              {VT_RECORD, "VT_RECORD"},
+                                              {VT_INT_PTR, "VT_INT_PTR"},
+                                              {VT_UINT_PTR, "VT_UINT_PTR"},
+                                              {VT_FILETIME, "VT_FILETIME"},
+                                              {VT_BLOB, "VT_BLOB"},
+                                              {VT_STREAM, "VT_STREAM"},
+                                              {VT_STORAGE, "VT_STORAGE"},
+                                              {VT_STREAMED_OBJECT, "VT_STREAMED_OBJECT"},
+                                              {VT_STORED_OBJECT, "VT_STORED_OBJECT"},
+                                              {VT_BLOB_OBJECT, "VT_BLOB_OBJECT"},
+                                              {VT_CF, "VT_CF"},
+                                              {VT_CLSID, "VT_CLSID"},
+                                              {VT_VERSIONED_STREAM, "VT_VERSIONED_STREAM"},
+                                              {VT_VECTOR, "VT_VECTOR"}};
 
 template <class TRow, std::size_t count>
 const TRow* RowOf(const TRow (&rows)[count], VARTYPE type) noexcept

@@ -26,22 +26,22 @@ struct tagFaultRow
     bool isPassing; ///< the connection stays good
 };
 constexpr tagFaultRow kFaultRows[] = {
-    {SQLITE_BUSY,     ERROR_BUSY,               true },
-    {SQLITE_LOCKED,   ERROR_BUSY,               true },
-    {SQLITE_PROTOCOL, ERROR_BUSY,               true },
-    {SQLITE_READONLY, ERROR_ACCESS_DENIED,      false},
-    {SQLITE_PERM,     ERROR_ACCESS_DENIED,      false},
-    {SQLITE_AUTH,     ERROR_ACCESS_DENIED,      false},
-    {SQLITE_FULL,     ERROR_DISK_FULL,          true },
-    {SQLITE_CORRUPT,  ERROR_BADDB,              false},
-    {SQLITE_NOTADB,   ERROR_BADDB,              false},
-    {SQLITE_SCHEMA,   ERROR_BADDB,              false},
-    {SQLITE_ERROR,    ERROR_BADDB,              false},
-    {SQLITE_IOERR,    ERROR_REGISTRY_IO_FAILED, true },
-    {SQLITE_CANTOPEN, ERROR_CANTOPEN,           false},
-    {SQLITE_NOMEM,    ERROR_NOT_ENOUGH_MEMORY,  true },
-    {SQLITE_TOOBIG,   ERROR_INVALID_PARAMETER,  true },
-    {SQLITE_OK,       ERROR_REGISTRY_IO_FAILED, false}, // every other code
+    {SQLITE_BUSY, ERROR_BUSY, true},
+    {SQLITE_LOCKED, ERROR_BUSY, true},
+    {SQLITE_PROTOCOL, ERROR_BUSY, true},
+    {SQLITE_READONLY, ERROR_ACCESS_DENIED, false},
+    {SQLITE_PERM, ERROR_ACCESS_DENIED, false},
+    {SQLITE_AUTH, ERROR_ACCESS_DENIED, false},
+    {SQLITE_FULL, ERROR_DISK_FULL, true},
+    {SQLITE_CORRUPT, ERROR_BADDB, false},
+    {SQLITE_NOTADB, ERROR_BADDB, false},
+    {SQLITE_SCHEMA, ERROR_BADDB, false},
+    {SQLITE_ERROR, ERROR_BADDB, false},
+    {SQLITE_IOERR, ERROR_REGISTRY_IO_FAILED, true},
+    {SQLITE_CANTOPEN, ERROR_CANTOPEN, false},
+    {SQLITE_NOMEM, ERROR_NOT_ENOUGH_MEMORY, true},
+    {SQLITE_TOOBIG, ERROR_INVALID_PARAMETER, true},
+    {SQLITE_OK, ERROR_REGISTRY_IO_FAILED, false}, // every other code
 };
 
 const tagFaultRow& FindFaultRow(int code) noexcept

@@ -169,7 +169,7 @@ void CRegistryWatcher::Loop()
     SetThreadName("RegistryWatcher");
     pollfd polls[] = {
         {m_inotify.Get(), POLLIN, 0},
-        {m_stop.Get(),    POLLIN, 0},
+        {m_stop.Get(), POLLIN, 0},
     };
     alignas(inotify_event) std::array<char, 4096> events{};
     for (;;)

@@ -67,9 +67,9 @@ struct tagUtf8Lead
     char32_t lowest;
 };
 constexpr tagUtf8Lead kUtf8Leads[] = {
-    {0x80, 0x00, 0, 0      },
-    {0xE0, 0xC0, 1, 0x80   },
-    {0xF0, 0xE0, 2, 0x800  },
+    {0x80, 0x00, 0, 0},
+    {0xE0, 0xC0, 1, 0x80},
+    {0xF0, 0xE0, 2, 0x800},
     {0xF8, 0xF0, 3, 0x10000},
 };
 
@@ -154,16 +154,16 @@ constexpr tagCaseRange kCaseRanges[] = {
     {0x00E0, 0x00F6, 1, -32},
     {0x00F8, 0x00FE, 1, -32},
     {0x00FF, 0x00FF, 1, 121},
-    {0x0101, 0x012F, 2, -1 },
-    {0x0133, 0x0137, 2, -1 },
-    {0x013A, 0x0148, 2, -1 },
-    {0x014B, 0x0177, 2, -1 },
-    {0x017A, 0x017E, 2, -1 },
+    {0x0101, 0x012F, 2, -1},
+    {0x0133, 0x0137, 2, -1},
+    {0x013A, 0x0148, 2, -1},
+    {0x014B, 0x0177, 2, -1},
+    {0x017A, 0x017E, 2, -1},
     {0x03AC, 0x03AC, 1, -38},
     {0x03AD, 0x03AF, 1, -37},
     {0x03B1, 0x03C1, 1, -32},
     {0x03C3, 0x03CB, 1, -32},
- // The final sigma shares its capital with the row above, which is found first on the way back.
+    // The final sigma shares its capital with the row above, which is found first on the way back.
     {0x03C2, 0x03C2, 1, -31},
     {0x03CC, 0x03CC, 1, -64},
     {0x03CD, 0x03CE, 1, -63},

@@ -169,14 +169,14 @@ HRESULT CStatusCommands::ExecuteOnRegister(std::size_t form, const tagParsedComm
         TWordReader get;
     };
     static constexpr tagForm kForms[] = {
-        {nullptr,                             &IZOScpiStatusRegister::GetEvents   }, // REGISTER_EVENT_QUERY
-        {nullptr,                             &IZOScpiStatusRegister::GetCondition},
-        {&IZOScpiStatusRegister::SetEnable,   nullptr                             }, // REGISTER_ENABLE
-        {nullptr,                             &IZOScpiStatusRegister::GetEnable   },
-        {&IZOScpiStatusRegister::SetPosTrans, nullptr                             }, // REGISTER_POSITIVE
-        {nullptr,                             &IZOScpiStatusRegister::GetPosTrans },
-        {&IZOScpiStatusRegister::SetNegTrans, nullptr                             }, // REGISTER_NEGATIVE
-        {nullptr,                             &IZOScpiStatusRegister::GetNegTrans },
+        {nullptr, &IZOScpiStatusRegister::GetEvents}, // REGISTER_EVENT_QUERY
+        {nullptr, &IZOScpiStatusRegister::GetCondition},
+        {&IZOScpiStatusRegister::SetEnable, nullptr}, // REGISTER_ENABLE
+        {nullptr, &IZOScpiStatusRegister::GetEnable},
+        {&IZOScpiStatusRegister::SetPosTrans, nullptr}, // REGISTER_POSITIVE
+        {nullptr, &IZOScpiStatusRegister::GetPosTrans},
+        {&IZOScpiStatusRegister::SetNegTrans, nullptr}, // REGISTER_NEGATIVE
+        {nullptr, &IZOScpiStatusRegister::GetNegTrans},
     };
     static_assert(std::size(kForms) == REGISTER_FORM_COUNT);
     const auto index = static_cast<tagInstrumentRegister>(form / REGISTER_FORM_COUNT);

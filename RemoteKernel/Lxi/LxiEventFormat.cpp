@@ -38,16 +38,16 @@ struct tagEventName
 // The first name of an event is the one that is sent. Errors have the name of the standard there; the other
 // one is what a packet is made with.
 constexpr tagEventName kEventNames[] = {
-    {"LAN0",     ZO_LXI_LAN0 },
-    {"LAN1",     ZO_LXI_LAN1 },
-    {"LAN2",     ZO_LXI_LAN2 },
-    {"LAN3",     ZO_LXI_LAN3 },
-    {"LAN4",     ZO_LXI_LAN4 },
-    {"LAN5",     ZO_LXI_LAN5 },
-    {"LAN6",     ZO_LXI_LAN6 },
-    {"LAN7",     ZO_LXI_LAN7 },
+    {"LAN0", ZO_LXI_LAN0},
+    {"LAN1", ZO_LXI_LAN1},
+    {"LAN2", ZO_LXI_LAN2},
+    {"LAN3", ZO_LXI_LAN3},
+    {"LAN4", ZO_LXI_LAN4},
+    {"LAN5", ZO_LXI_LAN5},
+    {"LAN6", ZO_LXI_LAN6},
+    {"LAN7", ZO_LXI_LAN7},
     {"LXIERROR", ZO_LXI_ERROR},
-    {"ERROR",    ZO_LXI_ERROR},
+    {"ERROR", ZO_LXI_ERROR},
 };
 
 std::uint32_t Number(Bytes bytes, std::size_t offset, std::size_t size) noexcept

@@ -260,11 +260,7 @@ short CParameterParser::ReadHash(tagZO_SCPI_PARAMETER& record)
         unsigned int iBits;
         std::uint32_t iType;
     };
-    constexpr tagBase kBases[] = {
-        {'H', 4, ARG_HEX},
-        {'Q', 3, ARG_OCT},
-        {'B', 1, ARG_BIN}
-    };
+    constexpr tagBase kBases[] = {{'H', 4, ARG_HEX}, {'Q', 3, ARG_OCT}, {'B', 1, ARG_BIN}};
     const char second = m_cursor.pPlace + 1 == m_cursor.pEnd ? '\0' : ToCapital(m_cursor.pPlace[1]);
     for (const tagBase& base : kBases)
     {

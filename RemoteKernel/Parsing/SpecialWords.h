@@ -38,17 +38,17 @@ struct tagSpecialWord
 };
 
 inline constexpr tagSpecialWord kSpecialWords[] = {
-    {"MINIMUM",   "MIN",  ZO_SCPI_SPECIAL_MINIMUM,           ARG_MINMAX,                  ""       },
-    {"MAXIMUM",   "MAX",  ZO_SCPI_SPECIAL_MAXIMUM,           ARG_MINMAX,                  ""       },
-    {"DEFAULT",   "DEF",  ZO_SCPI_SPECIAL_DEFAULT,           ARG_DEFAULT,                 ""       },
-    {"UP",        "UP",   ZO_SCPI_SPECIAL_UP,                ARG_UPDOWN,                  ""       },
-    {"DOWN",      "DOWN", ZO_SCPI_SPECIAL_DOWN,              ARG_UPDOWN,                  ""       },
-    {"ON",        "ON",   ZO_SCPI_SPECIAL_ON,                ARG_OFF,                     ""       },
-    {"OFF",       "OFF",  ZO_SCPI_SPECIAL_OFF,               ARG_OFF,                     ""       },
-    {"KEEP",      "KEEP", ZO_SCPI_SPECIAL_KEEP,              ARG_KEEP,                    ""       },
-    {"INFINITY",  "INF",  ZO_SCPI_SPECIAL_INFINITY,          ARG_PFLOAT_S,                "9.9E37" },
-    {"NINFINITY", "NINF", ZO_SCPI_SPECIAL_NEGATIVE_INFINITY, ARG_NFLOAT_S,                "-9.9E37"},
-    {"NAN",       "NAN",  ZO_SCPI_SPECIAL_NOT_A_NUMBER,      ARG_PFLOAT_S | ARG_NFLOAT_S, "9.91E37"},
+    {"MINIMUM", "MIN", ZO_SCPI_SPECIAL_MINIMUM, ARG_MINMAX, ""},
+    {"MAXIMUM", "MAX", ZO_SCPI_SPECIAL_MAXIMUM, ARG_MINMAX, ""},
+    {"DEFAULT", "DEF", ZO_SCPI_SPECIAL_DEFAULT, ARG_DEFAULT, ""},
+    {"UP", "UP", ZO_SCPI_SPECIAL_UP, ARG_UPDOWN, ""},
+    {"DOWN", "DOWN", ZO_SCPI_SPECIAL_DOWN, ARG_UPDOWN, ""},
+    {"ON", "ON", ZO_SCPI_SPECIAL_ON, ARG_OFF, ""},
+    {"OFF", "OFF", ZO_SCPI_SPECIAL_OFF, ARG_OFF, ""},
+    {"KEEP", "KEEP", ZO_SCPI_SPECIAL_KEEP, ARG_KEEP, ""},
+    {"INFINITY", "INF", ZO_SCPI_SPECIAL_INFINITY, ARG_PFLOAT_S, "9.9E37"},
+    {"NINFINITY", "NINF", ZO_SCPI_SPECIAL_NEGATIVE_INFINITY, ARG_NFLOAT_S, "-9.9E37"},
+    {"NAN", "NAN", ZO_SCPI_SPECIAL_NOT_A_NUMBER, ARG_PFLOAT_S | ARG_NFLOAT_S, "9.91E37"},
 };
 
 /// Types that let a parameter take words, besides its own list.

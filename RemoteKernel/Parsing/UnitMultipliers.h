@@ -13,18 +13,18 @@ struct tagUnitMultiplier
 };
 
 inline constexpr tagUnitMultiplier kUnitMultipliers[] = {
-    {"EX", 18 },
-    {"PE", 15 },
-    {"T",  12 },
-    {"G",  9  },
-    {"MA", 6  },
-    {"K",  3  },
-    {"M",  -3 },
-    {"U",  -6 },
-    {"N",  -9 },
-    {"P",  -12},
-    {"F",  -15},
-    {"A",  -18},
+    {"EX", 18},
+    {"PE", 15},
+    {"T", 12},
+    {"G", 9},
+    {"MA", 6},
+    {"K", 3},
+    {"M", -3},
+    {"U", -6},
+    {"N", -9},
+    {"P", -12},
+    {"F", -15},
+    {"A", -18},
 };
 
 /// Units before which M means mega; MHZ and MOHM were in use long before the rule.

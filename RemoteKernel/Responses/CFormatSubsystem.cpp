@@ -36,10 +36,10 @@ struct tagFormatRow
 };
 
 constexpr tagFormatRow kTextFormats[] = {
-    {"ASC", CFormatSubsystem::kMaxDigits, ZO_FORMAT_ASCII,  0},
-    {"HEX", 16,                           ZO_FORMAT_HEX,    4},
-    {"OCT", 22,                           ZO_FORMAT_OCTAL,  3},
-    {"BIN", 64,                           ZO_FORMAT_BINARY, 1},
+    {"ASC", CFormatSubsystem::kMaxDigits, ZO_FORMAT_ASCII, 0},
+    {"HEX", 16, ZO_FORMAT_HEX, 4},
+    {"OCT", 22, ZO_FORMAT_OCTAL, 3},
+    {"BIN", 64, ZO_FORMAT_BINARY, 1},
 };
 
 const tagFormatRow* FindTextFormat(tagEnumFormatDataType type) noexcept

@@ -402,8 +402,8 @@ bool CConnection::WaitForWork(CSession& session, int timeoutMs) noexcept
 {
     pollfd descriptors[] = {
         {GetEventDescriptor(m_wake.Get()), POLLIN, 0},
-        {session.BreakDescriptor(),        POLLIN, 0},
-        {m_descriptor,                     POLLIN, 0}, // a negative one is passed over
+        {session.BreakDescriptor(), POLLIN, 0},
+        {m_descriptor, POLLIN, 0}, // a negative one is passed over
     };
     const bool bSomething = poll(descriptors, std::size(descriptors), timeoutMs) != 0;
     if (descriptors[0].revents != 0)
@@ -434,8 +434,8 @@ tagReceived CConnection::Receive(std::span<char> space, int timeoutMs, int cance
         }
         pollfd descriptors[] = {
             {GetEventDescriptor(m_wake.Get()), POLLIN, 0},
-            {cancelDescriptor,                 POLLIN, 0},
-            {m_descriptor,                     POLLIN, 0},
+            {cancelDescriptor, POLLIN, 0},
+            {m_descriptor, POLLIN, 0},
         };
         if (poll(descriptors, std::size(descriptors), timeoutMs) == 0)
         {

@@ -16,11 +16,7 @@ namespace
 bool PollIdle(int idleDescriptor, int cancelDescriptor, int connection) noexcept
 {
     // A descriptor of -1 is skipped; error and hang-up are always reported.
-    pollfd descriptors[] = {
-        {cancelDescriptor, POLLIN, 0},
-        {connection,       0,      0},
-        {idleDescriptor,   POLLIN, 0}
-    };
+    pollfd descriptors[] = {{cancelDescriptor, POLLIN, 0}, {connection, 0, 0}, {idleDescriptor, POLLIN, 0}};
     while (poll(descriptors, std::size(descriptors), -1) < 0)
     {
         if (errno != EINTR)

@@ -26,10 +26,10 @@ struct tagRegisterDefinition
 ///
 /// A register below another one reports all its bits unless told otherwise (SCPI-99 vol. 2, 20.7).
 constexpr tagRegisterDefinition kDefinitions[] = {
-    {L"STATus:OPERation",              kInstrumentRegisterCount, kStatusOperation,    0                },
-    {L"STATus:QUEStionable",           kInstrumentRegisterCount, kStatusQuestionable, 0                },
-    {L"STATus:QUEStionable:POWer",     kQuestionableRegister,    1 << 3,              kScpiRegisterMask},
-    {L"STATus:QUEStionable:FREQuency", kQuestionableRegister,    1 << 5,              kScpiRegisterMask},
+    {L"STATus:OPERation", kInstrumentRegisterCount, kStatusOperation, 0},
+    {L"STATus:QUEStionable", kInstrumentRegisterCount, kStatusQuestionable, 0},
+    {L"STATus:QUEStionable:POWer", kQuestionableRegister, 1 << 3, kScpiRegisterMask},
+    {L"STATus:QUEStionable:FREQuency", kQuestionableRegister, 1 << 5, kScpiRegisterMask},
 };
 static_assert(std::size(kDefinitions) == kInstrumentRegisterCount);
 

@@ -38,15 +38,15 @@ constexpr wchar_t StandardEventOf(short code) noexcept
         wchar_t bit;
     };
     constexpr tagClass kClasses[] = {
-        {-199, -100,  kEventCommandError     },
-        {-299, -200,  kEventExecutionError   },
-        {-399, -300,  kEventDeviceError      },
-        {1,    32767, kEventDeviceError      },
-        {-499, -400,  kEventQueryError       },
-        {-599, -500,  kEventPowerOn          },
-        {-699, -600,  kEventUserRequest      },
-        {-799, -700,  kEventRequestControl   },
-        {-899, -800,  kEventOperationComplete},
+        {-199, -100, kEventCommandError},
+        {-299, -200, kEventExecutionError},
+        {-399, -300, kEventDeviceError},
+        {1, 32767, kEventDeviceError},
+        {-499, -400, kEventQueryError},
+        {-599, -500, kEventPowerOn},
+        {-699, -600, kEventUserRequest},
+        {-799, -700, kEventRequestControl},
+        {-899, -800, kEventOperationComplete},
     };
     for (const tagClass& range : kClasses)
     {

@@ -110,12 +110,12 @@ const struct
     HRESULT expected;
     std::size_t reports;
 } kEntryCases[] = {
-    {"ResultPasses",                  []() -> HRESULT { return S_FALSE; },              S_FALSE,       0},
-    {"ShellErrorGivesItsResult",      [] { return Raise(E_ABORT); },                    E_ABORT,       1},
-    {"ShellErrorNeverBecomesSuccess", [] { return Raise(S_OK); },                       E_FAIL,        1},
-    {"NoMemory",                      []() -> HRESULT { throw std::bad_alloc(); },      E_OUTOFMEMORY, 1},
-    {"StandardException",             []() -> HRESULT { throw std::logic_error("x"); }, E_FAIL,        1},
-    {"AnythingElse",                  []() -> HRESULT { throw 1; },                     E_FAIL,        1},
+    {"ResultPasses", []() -> HRESULT { return S_FALSE; }, S_FALSE, 0},
+    {"ShellErrorGivesItsResult", [] { return Raise(E_ABORT); }, E_ABORT, 1},
+    {"ShellErrorNeverBecomesSuccess", [] { return Raise(S_OK); }, E_FAIL, 1},
+    {"NoMemory", []() -> HRESULT { throw std::bad_alloc(); }, E_OUTOFMEMORY, 1},
+    {"StandardException", []() -> HRESULT { throw std::logic_error("x"); }, E_FAIL, 1},
+    {"AnythingElse", []() -> HRESULT { throw 1; }, E_FAIL, 1},
 };
 
 TEST(GuardedEntry, MapsEveryOutcomeToAResultReportedOnce)

@@ -77,17 +77,17 @@ protected:
 TEST_F(LxiConversation, Settings)
 {
     constexpr std::pair<const char*, const char*> kCases[] = {
-        {"*RST;TRIG:LXI:LAN0:ENAB?;DEL?",                                   "0;0"                                                   },
-        {"TRIG:SEQ:LXI:LAN7:SET:ENAB ON;DEL 10;:TRIG:LXI:LAN7:ENAB?;DEL?",  "1;10"                                                  },
-        {"TRIG:LXI:LAN6:ENAB?;DEL?;:TRIG:LXI:LAN7:DEL? MAX",                "0;0;10"                                                },
-        {"TRIG:LXI:LAN:DEL 20 MS;:TRIG:LXI:LAN1:DEL?",                      "0.02"                                                  },
-        {"*RST;TRIG:LXI:LAN7:ENAB?;DEL?;:TRIG:LXI:LAN1:DEL?",               "0;0;0"                                                 },
-        {"LXI:IDEN?;:LXI:IDEN:STAT ON;*RST;:LXI:IDEN?;:LXI:IDEN OFF;IDEN?", "0;1;0"                                                 },
-        {"TRIG:SOUR LXI;SOUR?",                                             "LXI"                                                   },
-        {"*CLS\nTRIG:LXI:LAN8:ENAB ON\nSYST:ERR?",                          "-114,\"Header suffix out of range;TRIG:LXI:LAN8:ENAB\""},
-        {"*CLS;:TRIG:LXI:LAN0:DEL 10.1\nSYST:ERR?",                         "-222,\"Data out of range\""                            },
-        {"*CLS;:LXI:EVEN:LAN0:SEND -0.1\nSYST:ERR?",                        "-222,\"Data out of range\""                            },
-        {"LXI:EVEN:LOG:COUN?;ALL?;:LXI:ERR?",                               "0;\"\";0,\"No error\""                                 },
+        {"*RST;TRIG:LXI:LAN0:ENAB?;DEL?", "0;0"},
+        {"TRIG:SEQ:LXI:LAN7:SET:ENAB ON;DEL 10;:TRIG:LXI:LAN7:ENAB?;DEL?", "1;10"},
+        {"TRIG:LXI:LAN6:ENAB?;DEL?;:TRIG:LXI:LAN7:DEL? MAX", "0;0;10"},
+        {"TRIG:LXI:LAN:DEL 20 MS;:TRIG:LXI:LAN1:DEL?", "0.02"},
+        {"*RST;TRIG:LXI:LAN7:ENAB?;DEL?;:TRIG:LXI:LAN1:DEL?", "0;0;0"},
+        {"LXI:IDEN?;:LXI:IDEN:STAT ON;*RST;:LXI:IDEN?;:LXI:IDEN OFF;IDEN?", "0;1;0"},
+        {"TRIG:SOUR LXI;SOUR?", "LXI"},
+        {"*CLS\nTRIG:LXI:LAN8:ENAB ON\nSYST:ERR?", "-114,\"Header suffix out of range;TRIG:LXI:LAN8:ENAB\""},
+        {"*CLS;:TRIG:LXI:LAN0:DEL 10.1\nSYST:ERR?", "-222,\"Data out of range\""},
+        {"*CLS;:LXI:EVEN:LAN0:SEND -0.1\nSYST:ERR?", "-222,\"Data out of range\""},
+        {"LXI:EVEN:LOG:COUN?;ALL?;:LXI:ERR?", "0;\"\";0,\"No error\""},
     };
     for (const auto& [message, answer] : kCases)
     {
@@ -120,12 +120,12 @@ struct tagStampCase
 TEST_F(LxiConversation, SweepStartsAtTheTimeStamp)
 {
     constexpr tagStampCase kStamps[] = {
-        {"Past",            "TRIG:LXI:LAN2:ENAB ON",           std::nullopt, -3'600'000, 0  },
-        {"Future",          "TRIG:LXI:LAN2:ENAB ON",           std::nullopt, 120,        120},
-        {"TheEarlierFirst", "TRIG:LXI:LAN2:ENAB ON",           120,          1'000'000,  120},
-        {"TheEarlierLast",  "TRIG:LXI:LAN2:ENAB ON",           1'000'000,    120,        120},
-        {"Delay",           "TRIG:LXI:LAN2:ENAB ON;DEL 120MS", std::nullopt, 0,          120},
-        {"DelayOfThePast",  "TRIG:LXI:LAN2:ENAB ON;DEL 120MS", std::nullopt, -3'600'000, 0  },
+        {"Past", "TRIG:LXI:LAN2:ENAB ON", std::nullopt, -3'600'000, 0},
+        {"Future", "TRIG:LXI:LAN2:ENAB ON", std::nullopt, 120, 120},
+        {"TheEarlierFirst", "TRIG:LXI:LAN2:ENAB ON", 120, 1'000'000, 120},
+        {"TheEarlierLast", "TRIG:LXI:LAN2:ENAB ON", 1'000'000, 120, 120},
+        {"Delay", "TRIG:LXI:LAN2:ENAB ON;DEL 120MS", std::nullopt, 0, 120},
+        {"DelayOfThePast", "TRIG:LXI:LAN2:ENAB ON;DEL 120MS", std::nullopt, -3'600'000, 0},
     };
     for (const tagStampCase& row : kStamps)
     {

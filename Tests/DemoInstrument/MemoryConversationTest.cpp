@@ -135,21 +135,21 @@ TEST_F(MemoryConversation, DamagedStatesAreNotRecalled)
         const wchar_t* damaged;
     };
     const tagDamage damages[] = {
-        {L"sweep.points 1001",  L"sweep.points 100"      },
-        {L"sweep.time.auto 1",  L"sweep.time.auto 2"     },
-        {L"channel1.start 0",   L"channel1.start 6.1e9"  },
-        {L"channel2.stop 6",    L"channel2.stop nan"     },
-        {L"detector 1",         L"detector 6"            },
-        {L"detector 1",         L"detector 1.5"          },
-        {L"sweep.points 1001",  L"sweep.points 201.5"    },
-        {L"continuous 0",       L"continuous 0.5"        },
-        {L"marker8 ",           L"marker9 "              },
-        {L"switches 0",         L"switches 256"          },
-        {L"display.text ",      L"display.text 4"        },
+        {L"sweep.points 1001", L"sweep.points 100"},
+        {L"sweep.time.auto 1", L"sweep.time.auto 2"},
+        {L"channel1.start 0", L"channel1.start 6.1e9"},
+        {L"channel2.stop 6", L"channel2.stop nan"},
+        {L"detector 1", L"detector 6"},
+        {L"detector 1", L"detector 1.5"},
+        {L"sweep.points 1001", L"sweep.points 201.5"},
+        {L"continuous 0", L"continuous 0.5"},
+        {L"marker8 ", L"marker9 "},
+        {L"switches 0", L"switches 256"},
+        {L"display.text ", L"display.text 4"},
         {L"source2.list 1e+09", L"source2.list 1e+09 9e9"},
-        {L"source1.list 1e+09", L"source1.list "         },
-        {L"brightness 0.5\n",   L""                      },
-        {L"continuous",         L"\x4e2d"                },
+        {L"source1.list 1e+09", L"source1.list "},
+        {L"brightness 0.5\n", L""},
+        {L"continuous", L"\x4e2d"},
     };
     EXPECT_EQ(Query("*SAV 1;:SWE:POIN 201;:SOUR1:POW -9;:SYST:ERR?"), "0,\"No error\"");
     const std::wstring good = Get(kStatesKey, L"1");
@@ -178,18 +178,18 @@ TEST_F(MemoryConversation, RegistrySaysHowToBegin)
         const char* answer;
     };
     const tagValue values[] = {
-        {kIdentificationKey, L"SerialNumber", L"4711",                           "*IDN?",       "Zo,Demo Analyser,4711,1.0.0" },
-        {kIdentificationKey, L"Manufacturer", L"A,B",                            "*IDN?",       "A B,Demo Analyser,4711,1.0.0"},
-        {kFormatKey,         L"Data",         L"REAL,32",                        "FORM?",       "REAL,32"                     },
-        {kFormatKey,         L"Data",         L"REAL,33",                        "FORM?",       "ASC,0"                       },
-        {kFormatKey,         L"Data",         L"HEX",                            "FORM?",       "ASC,0"                       },
-        {kFormatKey,         L"ByteOrder",    L"SWAP",                           "FORM:BORD?",  "SWAP"                        },
-        {kFormatKey,         L"ByteOrder",    L"swapped",                        "FORM:BORD?",  "NORM"                        },
-        {kStatusKey,         L"PowerOn",      L"psc 0\nese 7\nsre 8\npre 9\n",   "*PSC?;*ESE?", "0;7"                         },
-        {kStatusKey,         L"PowerOn",      L"psc 0\nese 256\nsre 8\npre 9\n", "*PSC?;*ESE?", "1;0"                         },
-        {kClockKey,          L"OffsetMs",     L"99999999999999999999",           "SYST:DATE?",  nullptr                       },
-        {kClockKey,          L"OffsetMs",     L"900000000000000000",             "SYST:DATE?",  nullptr                       },
-        {kClockKey,          L"OffsetMs",     L"10x",                            "SYST:DATE?",  nullptr                       },
+        {kIdentificationKey, L"SerialNumber", L"4711", "*IDN?", "Zo,Demo Analyser,4711,1.0.0"},
+        {kIdentificationKey, L"Manufacturer", L"A,B", "*IDN?", "A B,Demo Analyser,4711,1.0.0"},
+        {kFormatKey, L"Data", L"REAL,32", "FORM?", "REAL,32"},
+        {kFormatKey, L"Data", L"REAL,33", "FORM?", "ASC,0"},
+        {kFormatKey, L"Data", L"HEX", "FORM?", "ASC,0"},
+        {kFormatKey, L"ByteOrder", L"SWAP", "FORM:BORD?", "SWAP"},
+        {kFormatKey, L"ByteOrder", L"swapped", "FORM:BORD?", "NORM"},
+        {kStatusKey, L"PowerOn", L"psc 0\nese 7\nsre 8\npre 9\n", "*PSC?;*ESE?", "0;7"},
+        {kStatusKey, L"PowerOn", L"psc 0\nese 256\nsre 8\npre 9\n", "*PSC?;*ESE?", "1;0"},
+        {kClockKey, L"OffsetMs", L"99999999999999999999", "SYST:DATE?", nullptr},
+        {kClockKey, L"OffsetMs", L"900000000000000000", "SYST:DATE?", nullptr},
+        {kClockKey, L"OffsetMs", L"10x", "SYST:DATE?", nullptr},
     };
     const std::string today = Query("SYST:DATE?");
     for (const tagValue& row : values)

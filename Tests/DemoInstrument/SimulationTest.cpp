@@ -42,11 +42,11 @@ struct tagCarrierCase
 
 // The last row: a filter far narrower than a point still meets the carrier somewhere in its point.
 constexpr tagCarrierCase kCarrierCases[] = {
-    {"Strongest",        1e9,       1e5, 1e3, -10.0, 0.1},
+    {"Strongest", 1e9, 1e5, 1e3, -10.0, 0.1},
     {"HalfBandwidthOff", 1e9 + 5e2, 0.0, 1e3, -13.0, 0.1},
-    {"WeakNeighbour",    1.0005e9,  1e5, 1e3, -45.0, 0.1},
-    {"SecondHarmonic",   200e6,     1e6, 1e4, -55.0, 0.2},
-    {"WideSpan",         2.4e9,     1e9, 1e3, -30.0, 3.1},
+    {"WeakNeighbour", 1.0005e9, 1e5, 1e3, -45.0, 0.1},
+    {"SecondHarmonic", 200e6, 1e6, 1e4, -55.0, 0.2},
+    {"WideSpan", 2.4e9, 1e9, 1e3, -30.0, 3.1},
 };
 
 TEST(Simulation, ShowsCarriersAtTheirLevel)
@@ -79,10 +79,10 @@ TEST(Simulation, DetectorsOrderTheNoise)
         double aboveRmsDb;
     };
     constexpr tagDetectorCase kCases[] = {
-        {tagDetector::Positive, 5.1  },
-        {tagDetector::Rms,      -0.1 },
-        {tagDetector::Average,  -2.5 },
-        {tagDetector::Sample,   -2.5 },
+        {tagDetector::Positive, 5.1},
+        {tagDetector::Rms, -0.1},
+        {tagDetector::Average, -2.5},
+        {tagDetector::Sample, -2.5},
         {tagDetector::Negative, -14.5},
     };
     const tagChannelSettings noise = ChannelAt(5e9, 1e6, 1e3);
@@ -112,17 +112,17 @@ struct tagRangeCase
 
 // From a range of 1 to 2 GHz.
 constexpr tagRangeCase kRangeCases[] = {
-    {"CenterKeepsSpan",           &CFrequencyRange::SetCenter, 3e9,   2.5e9, 3.5e9},
-    {"CenterNearZeroShrinksSpan", &CFrequencyRange::SetCenter, 1e8,   0.0,   2e8  },
-    {"CenterNearEndShrinksSpan",  &CFrequencyRange::SetCenter, 5.9e9, 5.8e9, 6e9  },
-    {"CenterAtEndIsZeroSpan",     &CFrequencyRange::SetCenter, 6e9,   6e9,   6e9  },
-    {"SpanKeepsCenter",           &CFrequencyRange::SetSpan,   2e9,   0.5e9, 2.5e9},
-    {"WideSpanMovesCenter",       &CFrequencyRange::SetSpan,   4e9,   0.0,   4e9  },
-    {"FullSpan",                  &CFrequencyRange::SetSpan,   6e9,   0.0,   6e9  },
-    {"StartKeepsStop",            &CFrequencyRange::SetStart,  1.5e9, 1.5e9, 2e9  },
-    {"StartTakesStopAlong",       &CFrequencyRange::SetStart,  3e9,   3e9,   3e9  },
-    {"StopKeepsStart",            &CFrequencyRange::SetStop,   5e9,   1e9,   5e9  },
-    {"StopTakesStartAlong",       &CFrequencyRange::SetStop,   5e8,   5e8,   5e8  },
+    {"CenterKeepsSpan", &CFrequencyRange::SetCenter, 3e9, 2.5e9, 3.5e9},
+    {"CenterNearZeroShrinksSpan", &CFrequencyRange::SetCenter, 1e8, 0.0, 2e8},
+    {"CenterNearEndShrinksSpan", &CFrequencyRange::SetCenter, 5.9e9, 5.8e9, 6e9},
+    {"CenterAtEndIsZeroSpan", &CFrequencyRange::SetCenter, 6e9, 6e9, 6e9},
+    {"SpanKeepsCenter", &CFrequencyRange::SetSpan, 2e9, 0.5e9, 2.5e9},
+    {"WideSpanMovesCenter", &CFrequencyRange::SetSpan, 4e9, 0.0, 4e9},
+    {"FullSpan", &CFrequencyRange::SetSpan, 6e9, 0.0, 6e9},
+    {"StartKeepsStop", &CFrequencyRange::SetStart, 1.5e9, 1.5e9, 2e9},
+    {"StartTakesStopAlong", &CFrequencyRange::SetStart, 3e9, 3e9, 3e9},
+    {"StopKeepsStart", &CFrequencyRange::SetStop, 5e9, 1e9, 5e9},
+    {"StopTakesStartAlong", &CFrequencyRange::SetStop, 5e8, 5e8, 5e8},
 };
 
 TEST(FrequencyRange, CouplesItsFourQuantities)
@@ -148,14 +148,14 @@ TEST(Settings, StepsFollowTheirSequence)
         double expected;
     };
     constexpr tagStepCase kCases[] = {
-        {1e3,  true,  3e3 },
-        {3e3,  true,  1e4 },
-        {1e3,  false, 3e2 },
-        {3e3,  false, 1e3 },
-        {2e3,  true,  3e3 },
-        {2e3,  false, 1e3 },
-        {9e3,  true,  1e4 },
-        {1e-3, true,  3e-3},
+        {1e3, true, 3e3},
+        {3e3, true, 1e4},
+        {1e3, false, 3e2},
+        {3e3, false, 1e3},
+        {2e3, true, 3e3},
+        {2e3, false, 1e3},
+        {9e3, true, 1e4},
+        {1e-3, true, 3e-3},
     };
     for (const tagStepCase& row : kCases)
     {

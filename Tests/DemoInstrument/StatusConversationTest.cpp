@@ -72,12 +72,12 @@ struct tagQuestionableCase
 };
 
 constexpr tagQuestionableCase kQuestionable[] = {
-    {"Reset",           "*CLS",                            "0", "0"},
-    {"LevelAbove",      ":SENS4:POW:RLEV -11 DBM",         "8", "0"},
-    {"LevelBelow",      ":SENS4:POW:RLEV -9 DBM",          "0", "0"},
-    {"SweepTooShort",   ":SWE:TIME 24 ms;:SENS2:BAND 100", "0", "2"},
+    {"Reset", "*CLS", "0", "0"},
+    {"LevelAbove", ":SENS4:POW:RLEV -11 DBM", "8", "0"},
+    {"LevelBelow", ":SENS4:POW:RLEV -9 DBM", "0", "0"},
+    {"SweepTooShort", ":SWE:TIME 24 ms;:SENS2:BAND 100", "0", "2"},
     {"SweepLongEnough", ":SWE:TIME 26 ms;:SENS2:BAND 100", "0", "0"},
-    {"CoupledTime",     ":SENS2:BAND 100",                 "0", "0"},
+    {"CoupledTime", ":SENS2:BAND 100", "0", "0"},
 };
 
 TEST_F(StatusConversation, QuestionableTellsOfTheLastSweep)

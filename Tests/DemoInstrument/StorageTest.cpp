@@ -21,25 +21,25 @@ struct tagListCase
 TEST(ChannelList, GivesChannelsOrNothing)
 {
     const tagListCase cases[] = {
-        {"(@1)",                     Channels{1}                        },
-        {"(@1,3:5)",                 Channels{1, 3, 4, 5}               },
-        {"(@5:3)",                   Channels{5, 4, 3}                  },
-        {"( @ 1 , 2 : 3 ) ",         Channels{1, 2, 3}                  },
-        {"(@)",                      Channels{}                         },
-        {"(@1:8)",                   Channels{1, 2, 3, 4, 5, 6, 7, 8}   },
-        {"(@1:9)",                   Channels{1, 2, 3, 4, 5, 6, 7, 8, 9}},
-        {"(@1:4,1:5,7)",             Channels{1, 2, 3, 4, 1, 2, 3, 4, 5}},
+        {"(@1)", Channels{1}},
+        {"(@1,3:5)", Channels{1, 3, 4, 5}},
+        {"(@5:3)", Channels{5, 4, 3}},
+        {"( @ 1 , 2 : 3 ) ", Channels{1, 2, 3}},
+        {"(@)", Channels{}},
+        {"(@1:8)", Channels{1, 2, 3, 4, 5, 6, 7, 8}},
+        {"(@1:9)", Channels{1, 2, 3, 4, 5, 6, 7, 8, 9}},
+        {"(@1:4,1:5,7)", Channels{1, 2, 3, 4, 1, 2, 3, 4, 5}},
         {"(@1:9223372036854775807)", Channels{1, 2, 3, 4, 5, 6, 7, 8, 9}},
-        {"(@9223372036854775807)",   Channels{9223372036854775807}      },
-        {"(@9223372036854775808)",   Channels{9223372036854775807}      },
-        {"(1)",                      std::nullopt                       },
-        {"(@1",                      std::nullopt                       },
-        {"(@1,)",                    std::nullopt                       },
-        {"(@1:)",                    std::nullopt                       },
-        {"(@-1)",                    std::nullopt                       },
-        {"(@1)2",                    std::nullopt                       },
-        {"(@a)",                     std::nullopt                       },
-        {"",                         std::nullopt                       },
+        {"(@9223372036854775807)", Channels{9223372036854775807}},
+        {"(@9223372036854775808)", Channels{9223372036854775807}},
+        {"(1)", std::nullopt},
+        {"(@1", std::nullopt},
+        {"(@1,)", std::nullopt},
+        {"(@1:)", std::nullopt},
+        {"(@-1)", std::nullopt},
+        {"(@1)2", std::nullopt},
+        {"(@a)", std::nullopt},
+        {"", std::nullopt},
     };
     for (const tagListCase& row : cases)
     {
@@ -135,14 +135,14 @@ TEST(BlockReading, ReadsToTheEndInPiecesAndRefusesTooMuch)
 {
     constexpr std::size_t kLimit = 600'000;
     constexpr tagBlockCase kCases[] = {
-        {"Announced",        100'000, 100'000, S_OK,    100'000, S_OK,    1},
-        {"InPieces",         600'000, 600'000, S_OK,    600'000, S_OK,    3},
-        {"Empty",            0,       0,       S_FALSE, 0,       S_OK,    1},
-        {"NotAnnounced",     100'000, -1,      S_FALSE, 100'000, S_OK,    2},
-        {"Largest",          kLimit,  -1,      S_OK,    kLimit,  S_OK,    4},
-        {"AnnouncedTooMuch", 800'000, 800'000, S_OK,    0,       S_FALSE, 0},
-        {"TooMuch",          800'000, -1,      S_OK,    0,       S_FALSE, 3},
-        {"Cancelled",        10,      20,      E_ABORT, 0,       E_ABORT, 1},
+        {"Announced", 100'000, 100'000, S_OK, 100'000, S_OK, 1},
+        {"InPieces", 600'000, 600'000, S_OK, 600'000, S_OK, 3},
+        {"Empty", 0, 0, S_FALSE, 0, S_OK, 1},
+        {"NotAnnounced", 100'000, -1, S_FALSE, 100'000, S_OK, 2},
+        {"Largest", kLimit, -1, S_OK, kLimit, S_OK, 4},
+        {"AnnouncedTooMuch", 800'000, 800'000, S_OK, 0, S_FALSE, 0},
+        {"TooMuch", 800'000, -1, S_OK, 0, S_FALSE, 3},
+        {"Cancelled", 10, 20, E_ABORT, 0, E_ABORT, 1},
     };
     for (const tagBlockCase& row : kCases)
     {
@@ -157,10 +157,7 @@ TEST(BlockReading, ReadsToTheEndInPiecesAndRefusesTooMuch)
 
 TEST(Trace, FindsFrequenciesAndPeak)
 {
-    tagTrace trace{
-        {   },
-        { -80, -20, -20, -90}
-    };
+    tagTrace trace{{}, {-80, -20, -20, -90}};
     EXPECT_EQ(trace.PeakIndex(), 1U);
     EXPECT_DOUBLE_EQ(trace.FrequencyHz(3), kMaxFrequencyHz);
     EXPECT_EQ(trace.NearestIndex(0), 0U);

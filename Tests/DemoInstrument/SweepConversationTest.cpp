@@ -73,10 +73,7 @@ struct tagEndCase
 
 TEST_F(SweepConversation, AbortedSweepEndsWithoutTrace)
 {
-    for (const tagEndCase row : {
-             tagEndCase{"Abort", "ABOR"},
-             {"Reset", "*RST"}
-    })
+    for (const tagEndCase row : {tagEndCase{"Abort", "ABOR"}, {"Reset", "*RST"}})
     {
         SCOPED_TRACE(row.name);
         Client().Write("SWE:TIME 1000;:INIT");
@@ -99,10 +96,7 @@ TEST_F(SweepConversation, OnlyTheSessionThatStartedItWaits)
 
 TEST_F(SweepConversation, OnlyTheSessionThatStartedItWaitsForTheTrigger)
 {
-    for (const tagEndCase row : {
-             tagEndCase{"Query", "*OPC?"           },
-             {"Wait",  "*WAI;:INIT:CONT?"}
-    })
+    for (const tagEndCase row : {tagEndCase{"Query", "*OPC?"}, {"Wait", "*WAI;:INIT:CONT?"}})
     {
         SCOPED_TRACE(row.name);
         auto starter = Connect();
@@ -124,13 +118,11 @@ struct tagIgnoredCase
 
 TEST_F(SweepConversation, TriggersAreIgnoredWhenNothingWaits)
 {
-    for (const tagIgnoredCase row : {
-             tagIgnoredCase{"Idle",            "TRIG:SOUR BUS"                    },
-             {"ImmediateSource", "INIT"                             },
-             {"SecondTrigger",   "TRIG:SOUR BUS;:INIT;:TRIG:SEQ:IMM"},
-             {"Aborted",         "TRIG:SOUR BUS;:INIT;:ABOR"        },
-             {"Reset",           "TRIG:SOUR BUS;:INIT;*RST"         }
-    })
+    for (const tagIgnoredCase row : {tagIgnoredCase{"Idle", "TRIG:SOUR BUS"},
+                                     {"ImmediateSource", "INIT"},
+                                     {"SecondTrigger", "TRIG:SOUR BUS;:INIT;:TRIG:SEQ:IMM"},
+                                     {"Aborted", "TRIG:SOUR BUS;:INIT;:ABOR"},
+                                     {"Reset", "TRIG:SOUR BUS;:INIT;*RST"}})
     {
         SCOPED_TRACE(row.name);
         Client().Write("*RST;:SWE:TIME 1000;:" + std::string(row.before));
@@ -186,10 +178,10 @@ using namespace std::string_view_literals;
 
 // The values -1.5 and 2 as IEEE 754 has them.
 constexpr tagBlockFormatCase kBlockFormats[] = {
-    {"Real64Normal",  "REAL,64;:FORM:BORD NORM", "#216", "\xBF\xF8\0\0\0\0\0\0\x40\0\0\0\0\0\0\0"sv},
+    {"Real64Normal", "REAL,64;:FORM:BORD NORM", "#216", "\xBF\xF8\0\0\0\0\0\0\x40\0\0\0\0\0\0\0"sv},
     {"Real64Swapped", "REAL,64;:FORM:BORD SWAP", "#216", "\0\0\0\0\0\0\xF8\xBF\0\0\0\0\0\0\0\x40"sv},
-    {"Real32Normal",  "REAL,32;:FORM:BORD NORM", "#18",  "\xBF\xC0\0\0\x40\0\0\0"sv                },
-    {"Real32Swapped", "REAL,32;:FORM:BORD SWAP", "#18",  "\0\0\xC0\xBF\0\0\0\x40"sv                },
+    {"Real32Normal", "REAL,32;:FORM:BORD NORM", "#18", "\xBF\xC0\0\0\x40\0\0\0"sv},
+    {"Real32Swapped", "REAL,32;:FORM:BORD SWAP", "#18", "\0\0\xC0\xBF\0\0\0\x40"sv},
 };
 
 TEST_F(SweepConversation, TracesTravelInEveryFormat)

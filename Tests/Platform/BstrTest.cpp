@@ -127,12 +127,12 @@ struct tagAppendCase
 TEST(ComBstr, Appends)
 {
     const tagAppendCase cases[] = {
-        {"Object",    [](CComBSTR& s) { return s.Append(CComBSTR(2, L"\0x")); }, L"ab\0x"s   },
-        {"Itself",    [](CComBSTR& s) { return s.Append(s); },                   L"abab"     },
-        {"WidePart",  [](CComBSTR& s) { return s.Append(L"cde", 2); },           L"abcd"     },
-        {"Narrow",    [](CComBSTR& s) { return s.Append("c\x80"); },             L"abc\u20AC"},
-        {"Character", [](CComBSTR& s) { return s.Append('\x80'); },              L"ab\u20AC" },
-        {"Bytes",     [](CComBSTR& s) { return s.AppendBytes("c\0\0\0", 4); },   L"abc"      },
+        {"Object", [](CComBSTR& s) { return s.Append(CComBSTR(2, L"\0x")); }, L"ab\0x"s},
+        {"Itself", [](CComBSTR& s) { return s.Append(s); }, L"abab"},
+        {"WidePart", [](CComBSTR& s) { return s.Append(L"cde", 2); }, L"abcd"},
+        {"Narrow", [](CComBSTR& s) { return s.Append("c\x80"); }, L"abc\u20AC"},
+        {"Character", [](CComBSTR& s) { return s.Append('\x80'); }, L"ab\u20AC"},
+        {"Bytes", [](CComBSTR& s) { return s.AppendBytes("c\0\0\0", 4); }, L"abc"},
     };
     for (const tagAppendCase& row : cases)
     {

@@ -123,13 +123,13 @@ TEST(Utf8, ReplacesOrRefusesWhatIsNotUtf8)
         std::string text;
         std::wstring expected;
     } rows[] = {
-        {"LoneFollower", "a\x80z",           L"a\uFFFDz"    },
-        {"Truncated",    "a\xE2\x82",        L"a\uFFFD"     },
-        {"CutShort",     "\xE2\x82z",        L"\uFFFDz"     },
-        {"Overlong",     "\xC0\x80",         L"\uFFFD"      },
-        {"Surrogate",    "\xED\xA0\x80",     L"\uFFFD"      },
-        {"AboveUnicode", "\xF4\x90\x80\x80", L"\uFFFD"      },
-        {"NeverUsed",    "\xFF\xFE",         L"\uFFFD\uFFFD"},
+        {"LoneFollower", "a\x80z", L"a\uFFFDz"},
+        {"Truncated", "a\xE2\x82", L"a\uFFFD"},
+        {"CutShort", "\xE2\x82z", L"\uFFFDz"},
+        {"Overlong", "\xC0\x80", L"\uFFFD"},
+        {"Surrogate", "\xED\xA0\x80", L"\uFFFD"},
+        {"AboveUnicode", "\xF4\x90\x80\x80", L"\uFFFD"},
+        {"NeverUsed", "\xFF\xFE", L"\uFFFD\uFFFD"},
     };
     for (const auto& row : rows)
     {
@@ -151,13 +151,13 @@ struct tagCaseRow
 };
 
 const tagCaseRow kCaseRows[] = {
-    {"Ascii",      L"az",                                         L"AZ"                                        },
-    {"Latin1",     L"\u00E0\u00F6\u00F8\u00FE",                   L"\u00C0\u00D6\u00D8\u00DE"                  },
-    {"YDiaeresis", L"\u00FF",                                     L"\u0178"                                    },
-    {"CodePage",   L"\u0161\u0153\u017E",                         L"\u0160\u0152\u017D"                        },
-    {"LatinA",     L"\u0101\u0137\u013A\u0148\u014B\u0177\u017A", L"\u0100\u0136\u0139\u0147\u014A\u0176\u0179"},
-    {"Greek",      L"\u03B1\u03C3\u03C9\u03AC\u03CC\u03CE",       L"\u0391\u03A3\u03A9\u0386\u038C\u038F"      },
-    {"Cyrillic",   L"\u0430\u044F\u0451",                         L"\u0410\u042F\u0401"                        },
+    {"Ascii", L"az", L"AZ"},
+    {"Latin1", L"\u00E0\u00F6\u00F8\u00FE", L"\u00C0\u00D6\u00D8\u00DE"},
+    {"YDiaeresis", L"\u00FF", L"\u0178"},
+    {"CodePage", L"\u0161\u0153\u017E", L"\u0160\u0152\u017D"},
+    {"LatinA", L"\u0101\u0137\u013A\u0148\u014B\u0177\u017A", L"\u0100\u0136\u0139\u0147\u014A\u0176\u0179"},
+    {"Greek", L"\u03B1\u03C3\u03C9\u03AC\u03CC\u03CE", L"\u0391\u03A3\u03A9\u0386\u038C\u038F"},
+    {"Cyrillic", L"\u0430\u044F\u0451", L"\u0410\u042F\u0401"},
 };
 
 TEST(CharacterCase, MapsOneToOne)

@@ -22,17 +22,17 @@ constexpr short kShort = -1;
 constexpr const wchar_t* kNoText = nullptr;
 
 const tagSource kSources[] = {
-    {"Default",                  {},           VT_EMPTY, 0                 },
-    {"Bool",                     true,         VT_BOOL,  0xFFFF            },
-    {"Char",                     '\xFF',       VT_I1,    0xFF              },
-    {"Short",                    kShort,       VT_I2,    0xFFFF            },
-    {"Int",                      -1,           VT_I4,    0xFFFFFFFF        },
-    {"Long",                     -1L,          VT_I4,    0xFFFFFFFF        },
-    {"LongBeyond32Bits",         2147483648L,  VT_I8,    2147483648        },
-    {"Error",                    kError,       VT_ERROR, 5                 },
-    {"UnsignedLongBeyond32Bits", 4294967296UL, VT_UI8,   4294967296        },
-    {"Double",                   1.0,          VT_R8,    0x3FF0000000000000},
-    {"NullText",                 kNoText,      VT_BSTR,  0                 },
+    {"Default", {}, VT_EMPTY, 0},
+    {"Bool", true, VT_BOOL, 0xFFFF},
+    {"Char", '\xFF', VT_I1, 0xFF},
+    {"Short", kShort, VT_I2, 0xFFFF},
+    {"Int", -1, VT_I4, 0xFFFFFFFF},
+    {"Long", -1L, VT_I4, 0xFFFFFFFF},
+    {"LongBeyond32Bits", 2147483648L, VT_I8, 2147483648},
+    {"Error", kError, VT_ERROR, 5},
+    {"UnsignedLongBeyond32Bits", 4294967296UL, VT_UI8, 4294967296},
+    {"Double", 1.0, VT_R8, 0x3FF0000000000000},
+    {"NullText", kNoText, VT_BSTR, 0},
 };
 
 TEST(ComVariant, TakesItsTypeFromItsSource)
@@ -115,16 +115,16 @@ constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr auto kLargest = std::numeric_limits<unsigned long long>::max();
 
 const tagComparison kComparisons[] = {
-    {"Same",          1,                  1,                  true,  VARCMP_EQ  },
-    {"SignMatters",   -1LL,               kLargest,           false, VARCMP_LT  },
-    {"Exact64",       9007199254740993LL, 9007199254740992LL, false, VARCMP_GT  },
-    {"Empty",         {},                 {},                 true,  VARCMP_EQ  },
-    {"Texts",         L"a",               L"b",               false, VARCMP_LT  },
-    {"ZeroInside",    kZeroInside,        L"a",               false, VARCMP_GT  },
-    {"NullText",      kNoText,            L"",                true,  VARCMP_EQ  },
-    {"TextAndNumber", L"1",               1,                  false, VARCMP_NULL},
-    {"NotANumber",    kNotANumber,        kNotANumber,        false, VARCMP_NULL},
-    {"Errors",        kError,             kError,             true,  VARCMP_EQ  },
+    {"Same", 1, 1, true, VARCMP_EQ},
+    {"SignMatters", -1LL, kLargest, false, VARCMP_LT},
+    {"Exact64", 9007199254740993LL, 9007199254740992LL, false, VARCMP_GT},
+    {"Empty", {}, {}, true, VARCMP_EQ},
+    {"Texts", L"a", L"b", false, VARCMP_LT},
+    {"ZeroInside", kZeroInside, L"a", false, VARCMP_GT},
+    {"NullText", kNoText, L"", true, VARCMP_EQ},
+    {"TextAndNumber", L"1", 1, false, VARCMP_NULL},
+    {"NotANumber", kNotANumber, kNotANumber, false, VARCMP_NULL},
+    {"Errors", kError, kError, true, VARCMP_EQ},
 };
 
 TEST(ComVariant, ComparesValues)

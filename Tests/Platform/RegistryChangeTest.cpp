@@ -73,8 +73,7 @@ TEST_F(RegistryChanges, AreToldByFilterAndPlace)
     {
         std::function<void()> change;
         std::array<bool, 5> expected;
-    } cases[] = {
-        // clang-format off
+    } cases[] = {// clang-format off
         {[&] { Set(m_top.Get()); }, {false, false, true, true}},
         {[&] { Set(stranger.Get()); }, {false, false, true, true}},
         {[&] { Set(m_top.Get()); RegDeleteValue(m_top.Get(), L"v"); }, {false, false, true, true}},

@@ -134,8 +134,7 @@ TEST_F(RegistryFaults, OfTheDiskLeaveTheFormerValue)
     {
         system->xSetSystemCall(system, call, reinterpret_cast<sqlite3_syscall_ptr>(&RefusingWrite));
     }
-    const std::pair<int, DWORD> cases[] = {
-        {ENOSPC, ERROR_DISK_FULL}, {EIO, ERROR_REGISTRY_IO_FAILED}};
+    const std::pair<int, DWORD> cases[] = {{ENOSPC, ERROR_DISK_FULL}, {EIO, ERROR_REGISTRY_IO_FAILED}};
     for (const auto& [error, expected] : cases)
     {
         EXPECT_EQ(Write(1), ERROR_SUCCESS);

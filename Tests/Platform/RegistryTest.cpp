@@ -329,8 +329,7 @@ TEST_F(Registry, OwnerReadsAndWritesTypedValues)
     EXPECT_EQ(Set(key, L"open end", Bytes(4, 'x'), REG_SZ), ERROR_SUCCESS);
     wchar_t text[3] = {};
     // Room, result, length afterwards.
-    const std::tuple<const wchar_t*, ULONG, DWORD, ULONG> cases[] = {
-        // clang-format off
+    const std::tuple<const wchar_t*, ULONG, DWORD, ULONG> cases[] = {// clang-format off
         {L"text", 2, ERROR_MORE_DATA, 3}, {L"text", 3, 0, 3}, {L"wide", 3, ERROR_INVALID_DATA, 3},
         {L"open end", 1, ERROR_MORE_DATA, 2}, {L"open end", 3, 0, 2}};
     // clang-format on
@@ -374,8 +373,7 @@ TEST(Environment, ExpandsVariables)
 {
     ::setenv("ZO_ONE", "\xC3\xA4", 1);
     ::setenv("ZO_EMPTY", "", 1);
-    const std::pair<const wchar_t*, const wchar_t*> cases[] = {
-        // clang-format off
+    const std::pair<const wchar_t*, const wchar_t*> cases[] = {// clang-format off
         {L"", L""}, {L"plain", L"plain"}, {L"<%ZO_ONE%%ZO_ONE%>", L"<\u00E4\u00E4>"}, {L"%ZO_EMPTY%", L""},
         {L"%ZO_NONE%", L"%ZO_NONE%"}, {L"100% of %ZO_ONE%", L"100% of \u00E4"}, {L"%%", L"%%"},
         {L"%ZO_NONE%ZO_ONE%", L"%ZO_NONE\u00E4"}, {L"%zo_one%", L"%zo_one%"}};

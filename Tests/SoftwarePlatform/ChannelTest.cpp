@@ -164,19 +164,19 @@ tagZO_SCPI_CHANNEL_STATUS g_status{0, 65, 0};
 
 using Call = HRESULT (*)(CBScpiChannel&);
 const std::pair<const char*, Call> kCalls[] = {
-    {"Open0 ",      [](CBScpiChannel& c) { return c.Open(); }                                  },
-    {"Close0 ",     [](CBScpiChannel& c) { return c.Close(); }                                 },
-    {"R0ab ",       [](CBScpiChannel& c) { return c.Read(2, g_bytes, &(g_count = 9)); }        },
-    {"Count0 ",     [](CBScpiChannel& c) { return c.DataAvailable(&(g_count = 9)); }           },
-    {"W0ab ",       [](CBScpiChannel& c) { return c.Write(2, g_bytes, &(g_count = 9)); }       },
-    {"P0a ",        [](CBScpiChannel& c) { return c.WritePartial(1, g_bytes, &(g_count = 9)); }},
-    {"W0&000\r\n ", [](CBScpiChannel& c) { return c.GenericIeee1174PolResponse(0); }           },
-    {"W0&065\r\n ", [](CBScpiChannel& c) { return c.GenericIeee1174PolResponse(65); }          },
-    {"W0&255\r\n ", [](CBScpiChannel& c) { return c.GenericIeee1174PolResponse(255); }         },
-    {"Delete2 ",    [](CBScpiChannel& c) { return c.Delete(ZO_CHANNEL_OUTPUT); }               },
-    {"Mode1 ",      [](CBScpiChannel& c) { return c.SetProtocolMode({ZO_PROTOCOL_IEEE_1174}); }},
-    {"Status65 ",   [](CBScpiChannel& c) { return c.SetChannelStatus(&g_status); }             },
-    {"Abort0 ",     [](CBScpiChannel& c) { return c.Abort(); }                                 },
+    {"Open0 ", [](CBScpiChannel& c) { return c.Open(); }},
+    {"Close0 ", [](CBScpiChannel& c) { return c.Close(); }},
+    {"R0ab ", [](CBScpiChannel& c) { return c.Read(2, g_bytes, &(g_count = 9)); }},
+    {"Count0 ", [](CBScpiChannel& c) { return c.DataAvailable(&(g_count = 9)); }},
+    {"W0ab ", [](CBScpiChannel& c) { return c.Write(2, g_bytes, &(g_count = 9)); }},
+    {"P0a ", [](CBScpiChannel& c) { return c.WritePartial(1, g_bytes, &(g_count = 9)); }},
+    {"W0&000\r\n ", [](CBScpiChannel& c) { return c.GenericIeee1174PolResponse(0); }},
+    {"W0&065\r\n ", [](CBScpiChannel& c) { return c.GenericIeee1174PolResponse(65); }},
+    {"W0&255\r\n ", [](CBScpiChannel& c) { return c.GenericIeee1174PolResponse(255); }},
+    {"Delete2 ", [](CBScpiChannel& c) { return c.Delete(ZO_CHANNEL_OUTPUT); }},
+    {"Mode1 ", [](CBScpiChannel& c) { return c.SetProtocolMode({ZO_PROTOCOL_IEEE_1174}); }},
+    {"Status65 ", [](CBScpiChannel& c) { return c.SetChannelStatus(&g_status); }},
+    {"Abort0 ", [](CBScpiChannel& c) { return c.Abort(); }},
 };
 TEST_F(Channel, CallsReachTheirHookAndReturnItsResult)
 {

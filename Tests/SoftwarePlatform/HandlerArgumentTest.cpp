@@ -115,15 +115,14 @@ TEST(HandlerArgument, EachTypeHasItsErrorWhereAnotherIsRequired)
 {
     constexpr short kErrors[] = {-100, -109, -128, -148, -158, -168, -178, -100, -100};
     const std::tuple<long, tagGetter const&, HRESULT (CRecord::*)(long)> kGetters[] = {
-        {2, kDouble,     &CRecord::CheckNumericParamType   },
-        {2, kInteger,    &CRecord::CheckNumericParamType   },
-        {2, kUnit,       &CRecord::CheckNumericParamType   },
-        {3, kCharacter,  &CRecord::CheckCharParamType      },
-        {4, kString,     &CRecord::CheckStringParamType    },
-        {5, kBlock,      &CRecord::CheckBlockParamType     },
+        {2, kDouble, &CRecord::CheckNumericParamType},
+        {2, kInteger, &CRecord::CheckNumericParamType},
+        {2, kUnit, &CRecord::CheckNumericParamType},
+        {3, kCharacter, &CRecord::CheckCharParamType},
+        {4, kString, &CRecord::CheckStringParamType},
+        {5, kBlock, &CRecord::CheckBlockParamType},
         {6, kExpression, &CRecord::CheckExpressionParamType},
-        {7, kWord,       nullptr                           }
-    };
+        {7, kWord, nullptr}};
     for (long type = 0; type < std::ssize(kErrors); ++type)
     {
         tagCommand command({Parameter(static_cast<std::uint32_t>(type), "1")});
@@ -149,14 +148,12 @@ TEST(HandlerArgument, EachTypeHasItsErrorWhereAnotherIsRequired)
 
 TEST(HandlerArgument, CountIsCheckedByTheLastIndexNotByANumber)
 {
-    constexpr std::tuple<unsigned, unsigned, bool, short> kRows[] = {
-        {2, 1, true,  0   },
-        {2, 2, false, -109},
-        {3, 1, true,  -115},
-        {3, 1, false, 0   },
-        {1, 0, true,  0   },
-        {0, 0, true,  -109}
-    };
+    constexpr std::tuple<unsigned, unsigned, bool, short> kRows[] = {{2, 1, true, 0},
+                                                                     {2, 2, false, -109},
+                                                                     {3, 1, true, -115},
+                                                                     {3, 1, false, 0},
+                                                                     {1, 0, true, 0},
+                                                                     {0, 0, true, -109}};
     for (auto const& [count, last, isExact, error] : kRows)
     {
         SCOPED_TRACE(testing::Message() << count << " arguments, last " << last);
@@ -276,10 +273,7 @@ struct tagFakeBlock : CFake<IZOScpiBlockData>
 TEST(HandlerArgument, BlockBytesAreLent)
 {
     constexpr std::pair<HRESULT, HRESULT> kAccesses[] = {
-        {S_OK,      S_OK   },
-        {E_ABORT,   E_ABORT},
-        {E_PENDING, S_FALSE}
-    };
+        {S_OK, S_OK}, {E_ABORT, E_ABORT}, {E_PENDING, S_FALSE}};
     tagFakeBlock block;
     tagCommand command({Parameter(5, ""), Parameter(5, "")});
     command.arguments[0].pBlockData = &block;

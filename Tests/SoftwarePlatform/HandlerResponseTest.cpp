@@ -239,10 +239,9 @@ TEST(HandlerResponse, OutputFilterIsDefinedWhenNoneIsActive)
 TEST(HandlerResponse, BlockDataErrorNamesTheDataFormat)
 {
     const std::tuple<bool, int, char const*, char const*> kRows[] = {
-        {true,  9, "bad (%FORMDATA%) %FORMDATA%", "bad (REAL,32) REAL,32"},
-        {false, 9, "bad (%FORMDATA%)x()",         "bad x"                },
-        {true,  0, "bad (%FORMDATA%)",            "bad "                 }
-    };
+        {true, 9, "bad (%FORMDATA%) %FORMDATA%", "bad (REAL,32) REAL,32"},
+        {false, 9, "bad (%FORMDATA%)x()", "bad x"},
+        {true, 0, "bad (%FORMDATA%)", "bad "}};
     for (auto const& [hasFormat, failing, text, expected] : kRows)
     {
         tagCommand command;

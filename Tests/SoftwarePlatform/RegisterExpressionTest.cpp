@@ -32,7 +32,7 @@ TEST(RegisterExpression, Reads)
         long value;
         const char* error; ///< null: success
     } kRows[] = {
-  // clang-format off
+        // clang-format off
         {kByte, "oper, mav", 144, nullptr},               {kByte, "OPER,16", 144, nullptr},
         {kByte, " 1 ,\tDD2", 3, nullptr},                 {kByte, " ", 0, nullptr},
         {kPoll, "PP7,DD1", 0x8001, nullptr},              {kPoll, "ESBit", 0, "ESBIT"},
@@ -41,7 +41,7 @@ TEST(RegisterExpression, Reads)
         {kByte, "-1", 0, "-1"},                           {kByte, "OPER,", 128, ""},
         {wide, "n0,N31", 0x80000001, nullptr},            {tooWide, "N0,N1", 0x80000000, nullptr},
         {kByte, "99999999999999999999", 0, "99999999999999999999"},
-  // clang-format on
+        // clang-format on
     };
     for (const auto& row : kRows)
     {
@@ -62,12 +62,12 @@ TEST(RegisterExpression, Writes)
         long value;
         const char* text;
     } kRows[] = {
-        {kByte,  0,      ""                                                                   },
-        {kByte,  256,    "256"                                                                },
-        {kByte,  0x181,  "OPER,DD1,256"                                                       },
-        {kByte,  -256,   "4294967040"                                                         },
-        {kEvent, 255,    "PON,URQ,CME,EXE,DDE,QYE,RQC,OPC"                                    },
-        {kPoll,  0xFFFF, "PP7,PP6,PP5,PP4,PP3,PP2,PP1,PP0,OPER,RQS,ESBit,MAV,QUES,ERR,DD2,DD1"},
+        {kByte, 0, ""},
+        {kByte, 256, "256"},
+        {kByte, 0x181, "OPER,DD1,256"},
+        {kByte, -256, "4294967040"},
+        {kEvent, 255, "PON,URQ,CME,EXE,DDE,QYE,RQC,OPC"},
+        {kPoll, 0xFFFF, "PP7,PP6,PP5,PP4,PP3,PP2,PP1,PP0,OPER,RQS,ESBit,MAV,QUES,ERR,DD2,DD1"},
     };
     for (const auto& row : kRows)
     {

@@ -106,7 +106,7 @@ TEST_F(RegistryAccess, ReadsOnlyWholeTexts)
     const auto whole = [](const std::wstring& text) { return static_cast<long>(4 * text.size() + 4); };
     // Type, data, size; then result and text of ReadString and of ReadExpandedString.
     const std::tuple<long, std::wstring, long, HRESULT, std::wstring, HRESULT, std::wstring> cases[] = {
-  // clang-format off
+        // clang-format off
         {1, L"abc", 16, S_OK, L"abc", S_OK, L"abc"},
         {2, L"<%ZO_LONG%>", 48, S_OK, L"<%ZO_LONG%>", S_OK, L"<" + xs(100) + L">"},
         {1, L"%ZO_LONG%", 40, S_OK, L"%ZO_LONG%", S_OK, L"%ZO_LONG%"},
@@ -121,7 +121,7 @@ TEST_F(RegistryAccess, ReadsOnlyWholeTexts)
         {1, most + L"m", whole(most + L"m"), S_OK, most + L"m", kMoreData, L""},
         {2, expanding + xs(47), whole(expanding + xs(47)), S_OK, expanding + xs(47), S_OK, xs(2047)},
         {2, expanding + xs(48), whole(expanding + xs(48)), S_OK, expanding + xs(48), kTooSmall, L""},
-  // clang-format on
+        // clang-format on
     };
     for (const auto& [type, data, size, result, text, expandedResult, expanded] : cases)
     {
@@ -151,8 +151,7 @@ TEST_F(RegistryAccess, WritesTextsNumbersAndGuids)
     EXPECT_EQ(m_spService->WriteExpandedString(m_key, m_name, nullptr), E_POINTER);
     EXPECT_EQ(m_spService->WriteString(99, m_name, text), kBadHandle);
 
-    const std::tuple<long, HRESULT, long> numbers[] = {
-        // clang-format off
+    const std::tuple<long, HRESULT, long> numbers[] = {// clang-format off
         {0x7FFFFFFF, S_OK, 0x7FFFFFFF}, {-0x80000000L, S_OK, -0x80000000L}, {0xFFFFFFFFL, S_OK, -1},
         {0x100000000L, kBadParameter, -1}, {7, S_OK, 7}, {-0x80000001L, kBadParameter, 7}};
     // clang-format on
@@ -163,8 +162,7 @@ TEST_F(RegistryAccess, WritesTextsNumbersAndGuids)
         EXPECT_EQ(m_spService->ReadLong(m_key, m_name, &value), S_OK);
         EXPECT_EQ(value, read);
     }
-    const GUID id = {
-        0x12345678, 0x9ABC, 0xDEF0, {1, 2, 3, 4, 5, 6, 7, 8}};
+    const GUID id = {0x12345678, 0x9ABC, 0xDEF0, {1, 2, 3, 4, 5, 6, 7, 8}};
     GUID got{};
     EXPECT_EQ(m_spService->ReadGuid(m_key, m_name, &got), kInvalidData) << "a number";
     EXPECT_EQ(m_spService->WriteGuid(m_key, m_name, &id), S_OK);
@@ -178,8 +176,7 @@ TEST_F(RegistryAccess, WritesTextsNumbersAndGuids)
 TEST_F(RegistryAccess, EveryFailureToReadANumberIsInvalidData)
 {
     long value = 99;
-    for (const auto& [type, size, key] : {
-             std::tuple(3, 4, m_key), {4, 8, m_key}, {1, 4, m_key}, {4, 4, 99L}})
+    for (const auto& [type, size, key] : {std::tuple(3, 4, m_key), {4, 8, m_key}, {1, 4, m_key}, {4, 4, 99L}})
     {
         Set(type, L"ab", size);
         EXPECT_EQ(m_spService->ReadLong(key, m_name, &value), kInvalidData);
@@ -353,8 +350,7 @@ TEST_F(RegistryAccess, RegistersNotificationsUnderTheLock)
     EXPECT_EQ(m_spService->UnregisterNotificationRegKey(sink), S_OK);
 
     const auto spFailing = CFailing::Create();
-    const std::tuple<HRESULT, HRESULT, bool> cases[] = {
-        // clang-format off
+    const std::tuple<HRESULT, HRESULT, bool> cases[] = {// clang-format off
         {S_OK, S_OK, false}, {S_FALSE, S_FALSE, false}, {E_FAIL, E_FAIL, false}, {E_NOTIMPL, E_NOTIMPL, true},
         {2, E_FAIL, true}};
     // clang-format on

@@ -22,18 +22,16 @@ TYPED_TEST_SUITE(ScpiExecution, BothStyles);
 
 TYPED_TEST(ScpiExecution, ResultIsMappedAndTheErrorDelivered)
 {
-    const std::tuple<long, short, HRESULT, char const*> kRows[] = {
-        {0,           0,    S_OK,    ""       },
-        {0,           -222, S_OK,    "2:-222;"},
-        {1,           -222, S_OK,    "2:-222;"},
-        {1,           0,    S_OK,    ""       },
-        {E_ABORT,     0,    E_ABORT, ""       },
-        {0x80000007L, 0,    E_ABORT, ""       },
-        {E_ABORT,     -108, E_ABORT, "2:-108;"},
-        {E_FAIL,      0,    S_OK,    "2:-200;"},
-        {E_FAIL,      -109, S_OK,    "2:-109;"},
-        {2,           0,    S_OK,    "2:-200;"}
-    };
+    const std::tuple<long, short, HRESULT, char const*> kRows[] = {{0, 0, S_OK, ""},
+                                                                   {0, -222, S_OK, "2:-222;"},
+                                                                   {1, -222, S_OK, "2:-222;"},
+                                                                   {1, 0, S_OK, ""},
+                                                                   {E_ABORT, 0, E_ABORT, ""},
+                                                                   {0x80000007L, 0, E_ABORT, ""},
+                                                                   {E_ABORT, -108, E_ABORT, "2:-108;"},
+                                                                   {E_FAIL, 0, S_OK, "2:-200;"},
+                                                                   {E_FAIL, -109, S_OK, "2:-109;"},
+                                                                   {2, 0, S_OK, "2:-200;"}};
     for (auto const& [result, error, returned, delivered] : kRows)
     {
         SCOPED_TRACE(testing::Message() << "result " << result << ", error " << error);
@@ -143,18 +141,16 @@ TEST(ScpiExecutionPool, EarlierErrorStaysUnlessReplaced)
 
 TYPED_TEST(ScpiExecution, NumericSettingTakesNumbersAndSpecialWords)
 {
-    const std::tuple<tagZO_SCPI_PARAMETER, short, double> kRows[] = {
-        {Number("7.5"),    0,    7.5},
-        {Special(1),       0,    0  },
-        {Special(2),       0,    11 },
-        {Special(3),       0,    5  },
-        {Special(4),       0,    9  },
-        {Special(5),       0,    2  },
-        {Number("11.001"), -222, 5  },
-        {Number("-1E-9"),  -222, 5  },
-        {Number("nan"),    -222, 5  },
-        {Special(6),       -224, 5  }
-    };
+    const std::tuple<tagZO_SCPI_PARAMETER, short, double> kRows[] = {{Number("7.5"), 0, 7.5},
+                                                                     {Special(1), 0, 0},
+                                                                     {Special(2), 0, 11},
+                                                                     {Special(3), 0, 5},
+                                                                     {Special(4), 0, 9},
+                                                                     {Special(5), 0, 2},
+                                                                     {Number("11.001"), -222, 5},
+                                                                     {Number("-1E-9"), -222, 5},
+                                                                     {Number("nan"), -222, 5},
+                                                                     {Special(6), -224, 5}};
     CNumericSetting setting({0, 11, 5, 4, 3});
     for (auto const& [argument, error, value] : kRows)
     {
@@ -178,13 +174,11 @@ TYPED_TEST(ScpiExecution, NumericSettingTakesNumbersAndSpecialWords)
 
 TYPED_TEST(ScpiExecution, NumericSettingAnswersItsValueOrALimit)
 {
-    const std::pair<std::vector<tagZO_SCPI_PARAMETER>, char const*> kAnswers[] = {
-        {{},            "5"   },
-        {{Special(1)},  "1"   },
-        {{Special(2)},  "10"  },
-        {{Special(4)},  "-224"},
-        {{Number("1")}, "-128"}
-    };
+    const std::pair<std::vector<tagZO_SCPI_PARAMETER>, char const*> kAnswers[] = {{{}, "5"},
+                                                                                  {{Special(1)}, "1"},
+                                                                                  {{Special(2)}, "10"},
+                                                                                  {{Special(4)}, "-224"},
+                                                                                  {{Number("1")}, "-128"}};
     for (auto const& [arguments, expected] : kAnswers)
     {
         tagCommand command(arguments);

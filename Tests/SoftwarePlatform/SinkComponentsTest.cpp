@@ -76,10 +76,7 @@ private:
 void NotifyAll(IZOScpiMultichannelEventObserver& observer, HRESULT expected)
 {
     wchar_t name[] = L"n";
-    GUID ids[2] = {
-        {  },
-        { 0, 9, 0, {}}
-    };
+    GUID ids[2] = {{}, {0, 9, 0, {}}};
     EXPECT_EQ(observer.ConnectionAccepted(name, 1), expected);
     EXPECT_EQ(observer.ConnectionBroken(name, 2), expected);
     EXPECT_EQ(observer.GotoLocal(3), expected);

@@ -215,14 +215,14 @@ struct tagCompareCase
 
 // A null on the left is both less and greater than a text.
 constexpr tagCompareCase kCompareCases[] = {
-    {"Smaller",      "a",     "b",     false, true,  false},
-    {"Larger",       "b",     "a",     false, false, true },
-    {"Same",         "a",     "a",     true,  false, false},
-    {"NullAndText",  nullptr, "a",     false, true,  true },
-    {"NullAndEmpty", nullptr, "",      false, true,  true },
-    {"TextAndNull",  "a",     nullptr, false, false, false},
-    {"Nulls",        nullptr, nullptr, true,  false, false},
-    {"PrefixFirst",  "a",     "aa",    false, true,  false},
+    {"Smaller", "a", "b", false, true, false},
+    {"Larger", "b", "a", false, false, true},
+    {"Same", "a", "a", true, false, false},
+    {"NullAndText", nullptr, "a", false, true, true},
+    {"NullAndEmpty", nullptr, "", false, true, true},
+    {"TextAndNull", "a", nullptr, false, false, false},
+    {"Nulls", nullptr, nullptr, true, false, false},
+    {"PrefixFirst", "a", "aa", false, true, false},
 };
 
 template <class TLeft, class TRight>

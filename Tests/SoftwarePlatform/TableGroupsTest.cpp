@@ -79,10 +79,10 @@ TEST(TableGroups, EmptyRootAndMissingTableHaveNoGroups)
 TEST(TableGroups, WidthIsThatOfTheLargestIndex)
 {
     constexpr std::pair<long, int> kWidths[] = {
-        {1,   0},
-        {2,   1},
-        {10,  1},
-        {11,  2},
+        {1, 0},
+        {2, 1},
+        {10, 1},
+        {11, 2},
         {100, 2},
         {101, 3},
     };

@@ -27,18 +27,18 @@ struct tagTokenCase
 };
 
 constexpr tagTokenCase kTokenCases[] = {
-    {"FREQuency", "FREQUENCY", "FREQ", "FREQuency", "FREQ"  },
-    {"frequency", "FREQUENCY", "FREQ", "FREQuency", "FREQ"  },
-    {"power",     "POWER",     "POW",  "POWer",     "POW"   },
-    {"trace",     "TRACE",     "TRAC", "TRACe",     "TRAC"  },
-    {"POWE1",     "POWE1",     "POWE", "POWE1",     "POWE1" },
-    {"powe12x3",  "POWE12X3",  "POWE", "POWE12x3",  "POWE12"},
-    {"TRAC12X",   "TRAC12X",   "TRAC", "TRAC12x",   "TRAC12"},
-    {"TRACE1",    "TRACE1",    "TRAC", "TRACe1",    "TRAC"  },
-    {"abcd",      "ABCD",      "ABCD", "ABCD",      "ABCD"  },
-    {"abce",      "ABCE",      "ABCE", "ABCE",      "ABCE"  },
-    {"ab1",       "AB1",       "AB1",  "AB1",       "AB1"   },
-    {"",          "",          "",     "",          ""      },
+    {"FREQuency", "FREQUENCY", "FREQ", "FREQuency", "FREQ"},
+    {"frequency", "FREQUENCY", "FREQ", "FREQuency", "FREQ"},
+    {"power", "POWER", "POW", "POWer", "POW"},
+    {"trace", "TRACE", "TRAC", "TRACe", "TRAC"},
+    {"POWE1", "POWE1", "POWE", "POWE1", "POWE1"},
+    {"powe12x3", "POWE12X3", "POWE", "POWE12x3", "POWE12"},
+    {"TRAC12X", "TRAC12X", "TRAC", "TRAC12x", "TRAC12"},
+    {"TRACE1", "TRACE1", "TRAC", "TRACe1", "TRAC"},
+    {"abcd", "ABCD", "ABCD", "ABCD", "ABCD"},
+    {"abce", "ABCE", "ABCE", "ABCE", "ABCE"},
+    {"ab1", "AB1", "AB1", "AB1", "AB1"},
+    {"", "", "", "", ""},
 };
 
 TEST(Token, FormsOfAKeyword)
@@ -82,21 +82,21 @@ struct tagErrorTextCase
 };
 
 constexpr tagErrorTextCase kErrorTextCases[] = {
-    {0,      "No error"                         },
-    {-100,   "Command error"                    },
-    {-115,   "Unexpected number of parameter"   },
-    {-170,   "Expression error"                 },
-    {-225,   "Out of memory"                    },
-    {-260,   "Expression error"                 },
-    {-291,   "Out of memory"                    },
-    {-300,   "Device specific error"            },
-    {-321,   "Out of memory"                    },
-    {-440,   "Query unterminated indef response"},
-    {-800,   "Operation complete"               },
-    {-106,   "Device specific error"            },
-    {-801,   "Device specific error"            },
-    {-32768, "Device specific error"            },
-    {1,      "Device specific error"            },
+    {0, "No error"},
+    {-100, "Command error"},
+    {-115, "Unexpected number of parameter"},
+    {-170, "Expression error"},
+    {-225, "Out of memory"},
+    {-260, "Expression error"},
+    {-291, "Out of memory"},
+    {-300, "Device specific error"},
+    {-321, "Out of memory"},
+    {-440, "Query unterminated indef response"},
+    {-800, "Operation complete"},
+    {-106, "Device specific error"},
+    {-801, "Device specific error"},
+    {-32768, "Device specific error"},
+    {1, "Device specific error"},
 };
 
 TEST(ErrorMap, TextsOfKnownAndUnknownCodes)
@@ -223,22 +223,22 @@ struct tagParameterCase
 
 // Mnemonics of a parameter with MNEM are SLOW and FAST.
 constexpr tagParameterCase kParameterCases[] = {
-    {"Nothing",         0,                                                  "<any>"                                  },
-    {"PositiveInteger", ARG_PINT,                                           "<any>"                                  },
-    {"Integer",         ARG_SINT,                                           "<integer>"                              },
-    {"Float",           ARG_PFLOAT_S | ARG_NFLOAT_S,                        "<float>"                                },
-    {"FloatBeforeHex",  ARG_PFLOAT_S | ARG_NFLOAT_S | ARG_HEX,              "<float>"                                },
-    {"Notations",       ARG_HEX | ARG_OCT | ARG_BIN,                        "<bin>|<hex>|<oct>"                      },
-    {"Numeric",         ARG_SFLOAT,                                         "<numeric_value>"                        },
-    {"AllLimits",       ARG_SFLOAT | ARG_MINMAX | ARG_DEFAULT | ARG_UPDOWN, "<numeric_value>"                        },
-    {"SomeLimits",      ARG_SFLOAT | ARG_MINMAX | ARG_DEFAULT,              "<numeric_value>|DEFault|MAXimum|MINimum"},
-    {"Switch",          ARG_SFLOAT | ARG_OFF,                               "<boolean>"                              },
-    {"SwitchAndKeep",   ARG_SFLOAT | ARG_OFF | ARG_KEEP,                    "<numeric_value>|KEEP|OFF|ON"            },
-    {"NotAdjacent",     ARG_SFLOAT | ARG_OFF | ARG_STRG,                    "<numeric_value>|<string>|OFF|ON"        },
-    {"OnlyOnAndOff",    ARG_OFF,                                            "OFF|ON"                                 },
-    {"Mnemonics",       MNEM,                                               "FAST|SLOW"                              },
-    {"Block",           ARG_IBLOCK,                                         "<block_data>"                           },
-    {"Expression",      ARG_EXPR | ARG_STRG,                                "<expression>|<string>"                  },
+    {"Nothing", 0, "<any>"},
+    {"PositiveInteger", ARG_PINT, "<any>"},
+    {"Integer", ARG_SINT, "<integer>"},
+    {"Float", ARG_PFLOAT_S | ARG_NFLOAT_S, "<float>"},
+    {"FloatBeforeHex", ARG_PFLOAT_S | ARG_NFLOAT_S | ARG_HEX, "<float>"},
+    {"Notations", ARG_HEX | ARG_OCT | ARG_BIN, "<bin>|<hex>|<oct>"},
+    {"Numeric", ARG_SFLOAT, "<numeric_value>"},
+    {"AllLimits", ARG_SFLOAT | ARG_MINMAX | ARG_DEFAULT | ARG_UPDOWN, "<numeric_value>"},
+    {"SomeLimits", ARG_SFLOAT | ARG_MINMAX | ARG_DEFAULT, "<numeric_value>|DEFault|MAXimum|MINimum"},
+    {"Switch", ARG_SFLOAT | ARG_OFF, "<boolean>"},
+    {"SwitchAndKeep", ARG_SFLOAT | ARG_OFF | ARG_KEEP, "<numeric_value>|KEEP|OFF|ON"},
+    {"NotAdjacent", ARG_SFLOAT | ARG_OFF | ARG_STRG, "<numeric_value>|<string>|OFF|ON"},
+    {"OnlyOnAndOff", ARG_OFF, "OFF|ON"},
+    {"Mnemonics", MNEM, "FAST|SLOW"},
+    {"Block", ARG_IBLOCK, "<block_data>"},
+    {"Expression", ARG_EXPR | ARG_STRG, "<expression>|<string>"},
 };
 
 TEST(ParserTable, ParameterSyntax)

@@ -62,21 +62,10 @@ struct CTestSink::tagCall
 
 std::vector<_CMD_SET_RECORD> CTestSink::Table()
 {
-    const tagWords units{
-        {"HZ", 1}
-    };
-    const tagWords modes{
-        {"POSitive", 1},
-        {"NEGative", 2}
-    };
+    const tagWords units{{"HZ", 1}};
+    const tagWords modes{{"POSitive", 1}, {"NEGative", 2}};
     return CTableBuilder()
-        .Add("CHANnel#1-3:FREQuency",
-             DEF,
-             CmdStoreWithSuffix,
-             HDR_SET,
-             {
-                 {kNumber, 0, units, {}}
-    })
+        .Add("CHANnel#1-3:FREQuency", DEF, CmdStoreWithSuffix, HDR_SET, {{kNumber, 0, units, {}}})
         .Add("INTeger", DEF, CmdStore, HDR_SET, {{ARG_SINT}})
         .Add("SWITch", DEF, CmdStore, HDR_SET, {{kBoolean}})
         .Add("MODE", DEF, CmdStore, HDR_SET, {{MNEM, 0, {}, modes}})
@@ -120,16 +109,13 @@ HRESULT CTestSink::Execute(IUnknown* context,
         std::atomic<int>& running;
         ~tagLeave() { --running; }
     } leave{m_running};
-    return Run(
-        {
-            *spManager,
-            remotePath,
-            isQuery != 0,
-            numericSuffixes,
-            {arguments, arguments + argumentCount},
-            *output
-    },
-        command);
+    return Run({*spManager,
+                remotePath,
+                isQuery != 0,
+                numericSuffixes,
+                {arguments, arguments + argumentCount},
+                *output},
+               command);
 }
 
 HRESULT CTestSink::Run(const tagCall& call, unsigned long command)

@@ -131,9 +131,7 @@ struct tagTestInstrument
     CComPtr<CSinkObject> spSink = CSinkObject::Create();
     CComPtr<CDeviceObject> spDevice = CDeviceObject::Create();
     std::vector<_CMD_SET_RECORD> table = CTestSink::Table();
-    CRemoteKernel kernel{
-        {"Maker", "Model", "123", "1.0"}
-    };
+    CRemoteKernel kernel{{"Maker", "Model", "123", "1.0"}};
     GUID id{};
 };
 

@@ -363,9 +363,7 @@ TEST_F(RegistryTool, ReadingAtOneMomentNeverMixesOldAndNew)
         }
         isWriting = false;
     });
-    CWatchedTrees watched({
-        {HKEY_CURRENT_USER, L""}
-    });
+    CWatchedTrees watched({{HKEY_CURRENT_USER, L""}});
     std::uint64_t last = 0;
     while (isWriting || last != kWrites)
     {

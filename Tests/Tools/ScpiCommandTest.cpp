@@ -34,8 +34,7 @@ protected:
     }
 
     const Demo::CDemoInstrument m_instrument{
-        {.iPort = 0, .sRegistryFile = (Folder() / "registry.db").string()}
-    };
+        {.iPort = 0, .sRegistryFile = (Folder() / "registry.db").string()}};
 };
 
 struct tagScpiRow

@@ -103,17 +103,17 @@ std::vector<tagBadFile> BadFiles()
     const std::string sound = TableFile({&kSound, 1});
     const std::string records(80, 'x');
     return {
-        {"",                                 "no command table of version 1.00: begins with ''"       },
-        {"\x1B[2J\n",                        "no command table of version 1.00: begins with '?[2J'"   },
-        {"2.00" + sound.substr(4),           "no command table of version 1.00: begins with '2.00,#6'"},
-        {"1.00,#240" + sound.substr(13),     "no command table of version 1.00: begins with '1.00,#2'"},
-        {"1.00,#600040",                     "the block header has no 6 length digits"                },
-        {"1.00,#6-00040" + records,          "the block header has no 6 length digits"                },
-        {"1.00,#6000041" + records.substr(0, 41),                                                       "41 bytes are no whole number of 40-byte records"},
-        {"1.00,#6000000",                                  "the table has no records"                                                                            },
-        {TableFile(bracket),                                  "record 0, keyword: a bracket has no partner"},
-        {sound + "\n\n",                                  "something follows the 40 bytes of the table"                                                                                },
-        {TableFile(outside),                                  "record 0, SubStart: index 900 is outside the table (1 records)"},
+        {"", "no command table of version 1.00: begins with ''"},
+        {"\x1B[2J\n", "no command table of version 1.00: begins with '?[2J'"},
+        {"2.00" + sound.substr(4), "no command table of version 1.00: begins with '2.00,#6'"},
+        {"1.00,#240" + sound.substr(13), "no command table of version 1.00: begins with '1.00,#2'"},
+        {"1.00,#600040", "the block header has no 6 length digits"},
+        {"1.00,#6-00040" + records, "the block header has no 6 length digits"},
+        {"1.00,#6000041" + records.substr(0, 41), "41 bytes are no whole number of 40-byte records"},
+        {"1.00,#6000000", "the table has no records"},
+        {TableFile(bracket), "record 0, keyword: a bracket has no partner"},
+        {sound + "\n\n", "something follows the 40 bytes of the table"},
+        {TableFile(outside), "record 0, SubStart: index 900 is outside the table (1 records)"},
     };
 }
 
@@ -279,8 +279,7 @@ protected:
 
 private:
     const Demo::CDemoInstrument m_instrument{
-        {.iPort = 0, .sRegistryFile = (Folder() / "registry.db").string()}
-    };
+        {.iPort = 0, .sRegistryFile = (Folder() / "registry.db").string()}};
 };
 
 TEST_F(DemoTable, IsTheSameFromInstrumentAndFile)

@@ -132,9 +132,9 @@ TEST_F(TcpController, AVanishedPeerIsAnErrorUntilTheNextClear)
     const tagLostPeer rows[] = {
         {"",
          [](CPeer& peer) { peer.FinishSending(); },
-         "closed the connection in the middle of an answer (0 "                                   },
-        {"#19abc", [](CPeer& peer) { peer.FinishSending(); }, "(6 bytes of it came)"              },
-        {"",       [](CPeer& peer) { peer.Reset(); },         ": cannot receive: Connection reset"},
+         "closed the connection in the middle of an answer (0 "},
+        {"#19abc", [](CPeer& peer) { peer.FinishSending(); }, "(6 bytes of it came)"},
+        {"", [](CPeer& peer) { peer.Reset(); }, ": cannot receive: Connection reset"},
     };
     for (const tagLostPeer& row : rows)
     {
@@ -256,12 +256,8 @@ TEST_F(TcpController, TheStatusByteIsAskedForBetweenMessagesOnly)
         HRESULT hResult;
         int status;
     };
-    for (const tagRow& row : {
-             tagRow{"80\n",     S_OK,   80 },
-             {"+255\r\n", S_OK,   255},
-             {"256\n",    E_FAIL, 0  },
-             {"x\n",      E_FAIL, 0  }
-    })
+    for (const tagRow& row :
+         {tagRow{"80\n", S_OK, 80}, {"+255\r\n", S_OK, 255}, {"256\n", E_FAIL, 0}, {"x\n", E_FAIL, 0}})
     {
         m_peer.Send(row.answer);
         unsigned char status = 1;

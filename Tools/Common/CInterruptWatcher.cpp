@@ -61,10 +61,7 @@ void CInterruptWatcher::TakeSignal()
 
 void CInterruptWatcher::Watch()
 {
-    pollfd descriptors[] = {
-        {GetEventDescriptor(m_stop.Get()), POLLIN, 0},
-        {m_signals.Get(),                  POLLIN, 0}
-    };
+    pollfd descriptors[] = {{GetEventDescriptor(m_stop.Get()), POLLIN, 0}, {m_signals.Get(), POLLIN, 0}};
     int timeoutMs = -1;
     bool isExitDue = false;
     while (poll(descriptors, 2, timeoutMs) < 0 || descriptors[0].revents == 0)

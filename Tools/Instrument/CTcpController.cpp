@@ -309,10 +309,7 @@ void CTcpController::Advance(CLock& lock)
 /// @return the socket has something to say
 bool CTcpController::Wait(CLock& lock, short events, CClock::time_point deadline)
 {
-    pollfd descriptors[] = {
-        {GetEventDescriptor(m_wake.Get()), POLLIN, 0},
-        {m_socket.Get(),                   events, 0}
-    };
+    pollfd descriptors[] = {{GetEventDescriptor(m_wake.Get()), POLLIN, 0}, {m_socket.Get(), events, 0}};
     lock.unlock();
     const int ready = poll(descriptors, events != 0 ? 2 : 1, PollTimeout(deadline));
     lock.lock();

@@ -190,10 +190,10 @@ std::vector<pollfd> CLxiListener::Watched() const
 {
     // A descriptor of -1 is passed over.
     std::vector<pollfd> watched{
-        {m_signals.Get(),   POLLIN, 0},
+        {m_signals.Get(), POLLIN, 0},
         {m_multicast.Get(), POLLIN, 0},
-        {m_unicast.Get(),   POLLIN, 0},
-        {m_acceptor.Get(),  POLLIN, 0},
+        {m_unicast.Get(), POLLIN, 0},
+        {m_acceptor.Get(), POLLIN, 0},
     };
     for (const tagConnection& connection : m_connections)
     {

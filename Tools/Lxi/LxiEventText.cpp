@@ -90,9 +90,7 @@ std::vector<tagField> Fields(const CLxiLanPacket& packet)
         tagLxiLanUserDataType field;
         packet.getUserData(static_cast<unsigned short>(i), field);
         const std::unique_ptr<std::uint8_t[]> owner(field.pData);
-        fields.push_back({
-            field.iIdentifier, {field.pData, field.pData + field.iSize}
-        });
+        fields.push_back({field.iIdentifier, {field.pData, field.pData + field.iSize}});
     }
     return fields;
 }

@@ -19,9 +19,9 @@ struct tagLxiFlag
 };
 
 inline constexpr tagLxiFlag kLxiFlags[] = {
-    {"error",           &CLxiLanPacket::setIsErrorMessage,    &CLxiLanPacket::getIsErrorMessage   },
-    {"retransmission",  &CLxiLanPacket::setIsRetransmission,  &CLxiLanPacket::getIsRetransmission },
-    {"hardware",        &CLxiLanPacket::setIsHwFlagSet,       &CLxiLanPacket::getIsHwFlagSet      },
+    {"error", &CLxiLanPacket::setIsErrorMessage, &CLxiLanPacket::getIsErrorMessage},
+    {"retransmission", &CLxiLanPacket::setIsRetransmission, &CLxiLanPacket::getIsRetransmission},
+    {"hardware", &CLxiLanPacket::setIsHwFlagSet, &CLxiLanPacket::getIsHwFlagSet},
     {"acknowledgement", &CLxiLanPacket::setIsAcknowledgement, &CLxiLanPacket::getIsAcknowledgement},
 };
 

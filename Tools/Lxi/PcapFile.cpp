@@ -71,8 +71,8 @@ struct tagMagic
 
 /// Stamps in microseconds or nanoseconds.
 constexpr tagMagic kMagics[] = {
-    {0xA1B2C3D4, tagByteOrder::Big   },
-    {0xA1B23C4D, tagByteOrder::Big   },
+    {0xA1B2C3D4, tagByteOrder::Big},
+    {0xA1B23C4D, tagByteOrder::Big},
     {0xD4C3B2A1, tagByteOrder::Little},
     {0x4D3CB2A1, tagByteOrder::Little},
 };
@@ -96,15 +96,15 @@ struct tagLinkType
 constexpr std::uint32_t kEthernet = 1;
 
 constexpr tagLinkType kLinkTypes[] = {
-    {0,         4,  kNoProtocol}, // loopback of BSD
-    {kEthernet, 14, 12         },
-    {12,        0,  kNoProtocol}, // raw IP
-    {14,        0,  kNoProtocol}, // raw IP
-    {101,       0,  kNoProtocol}, // raw IP
-    {108,       4,  kNoProtocol}, // loopback of OpenBSD
-    {113,       16, 14         }, // Linux cooked
-    {228,       0,  kNoProtocol}, // raw IPv4
-    {276,       20, 0          }, // Linux cooked, version 2
+    {0, 4, kNoProtocol}, // loopback of BSD
+    {kEthernet, 14, 12},
+    {12, 0, kNoProtocol},  // raw IP
+    {14, 0, kNoProtocol},  // raw IP
+    {101, 0, kNoProtocol}, // raw IP
+    {108, 4, kNoProtocol}, // loopback of OpenBSD
+    {113, 16, 14},         // Linux cooked
+    {228, 0, kNoProtocol}, // raw IPv4
+    {276, 20, 0},          // Linux cooked, version 2
 };
 
 constexpr std::uint16_t kIpV4EtherType = 0x0800;
@@ -185,13 +185,11 @@ std::optional<tagCapturedDatagram> ReadDatagram(Bytes bytes, const tagLinkType& 
     }
     const std::size_t payloadSize = size - kUdpHeaderSize;
     const std::size_t captured = std::min(payloadSize, udp.Rest().size());
-    return tagCapturedDatagram{
-        0,
-        {packet->sender,   senderPort,   false},
-        {packet->receiver, receiverPort, false},
-        udp.Rest().first(captured),
-        payloadSize - captured
-    };
+    return tagCapturedDatagram{0,
+                               {packet->sender, senderPort, false},
+                               {packet->receiver, receiverPort, false},
+                               udp.Rest().first(captured),
+                               payloadSize - captured};
 }
 
 const tagLinkType& FindLinkType(std::uint32_t number)

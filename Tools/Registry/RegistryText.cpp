@@ -22,13 +22,13 @@ struct tagRoot
 };
 
 constexpr tagRoot kRoots[] = {
-    {L"HKEY_CLASSES_ROOT",     L"HKCR", HKEY_CLASSES_ROOT    },
-    {L"HKEY_CURRENT_USER",     L"HKCU", HKEY_CURRENT_USER    },
-    {L"HKEY_LOCAL_MACHINE",    L"HKLM", HKEY_LOCAL_MACHINE   },
-    {L"HKEY_USERS",            L"HKU",  HKEY_USERS           },
+    {L"HKEY_CLASSES_ROOT", L"HKCR", HKEY_CLASSES_ROOT},
+    {L"HKEY_CURRENT_USER", L"HKCU", HKEY_CURRENT_USER},
+    {L"HKEY_LOCAL_MACHINE", L"HKLM", HKEY_LOCAL_MACHINE},
+    {L"HKEY_USERS", L"HKU", HKEY_USERS},
     {L"HKEY_PERFORMANCE_DATA", L"HKPD", HKEY_PERFORMANCE_DATA},
-    {L"HKEY_CURRENT_CONFIG",   L"HKCC", HKEY_CURRENT_CONFIG  },
-    {L"HKEY_DYN_DATA",         L"HKDD", HKEY_DYN_DATA        },
+    {L"HKEY_CURRENT_CONFIG", L"HKCC", HKEY_CURRENT_CONFIG},
+    {L"HKEY_DYN_DATA", L"HKDD", HKEY_DYN_DATA},
 };
 
 struct tagRange
@@ -38,14 +38,14 @@ struct tagRange
 };
 
 constexpr tagRange kNoCharacters[] = {
-    {0xD800,   0xDFFF    },
+    {0xD800, 0xDFFF},
     {0x110000, 0xFFFFFFFF},
 };
 
 /// Control characters, zero-width ones and those that turn the direction of writing.
 constexpr tagRange kHidden[] = {
-    {0x00,   0x1F  },
-    {0x7F,   0x9F  },
+    {0x00, 0x1F},
+    {0x7F, 0x9F},
     {0x200B, 0x200F},
     {0x2028, 0x202E},
     {0x2066, 0x2069},
@@ -68,10 +68,10 @@ struct tagEscape
 
 constexpr tagEscape kEscapes[] = {
     {L'\\', L'\\'},
-    {L'"',  L'"' },
-    {L'n',  L'\n'},
-    {L'r',  L'\r'},
-    {L't',  L'\t'},
+    {L'"', L'"'},
+    {L'n', L'\n'},
+    {L'r', L'\r'},
+    {L't', L'\t'},
 };
 
 constexpr std::wstring_view kNumberEscape = L"\\u{";

@@ -22,17 +22,17 @@ struct tagFaultText
 };
 
 constexpr tagFaultText kFaults[] = {
-    {ERROR_FILE_NOT_FOUND,      tagExitCode::Failed,   "no such key"                                    },
-    {ERROR_KEY_DELETED,         tagExitCode::Failed,   "has been deleted meanwhile"                     },
-    {ERROR_INVALID_PARAMETER,   tagExitCode::Failed,   "too long, too large or too deep"                },
-    {ERROR_BUSY,                tagExitCode::NoAccess, "another program keeps the registry locked"      },
-    {ERROR_ACCESS_DENIED,       tagExitCode::NoAccess, "the registry may not be read, or not be written"},
-    {ERROR_DISK_FULL,           tagExitCode::NoAccess, "the disk is full"                               },
-    {ERROR_REGISTRY_IO_FAILED,  tagExitCode::NoAccess, "the disk fails"                                 },
-    {ERROR_CANTOPEN,            tagExitCode::NoAccess, "the registry cannot be opened"                  },
-    {ERROR_BADDB,               tagExitCode::NoAccess, "the registry is damaged, or the file is none"   },
-    {ERROR_NOT_ENOUGH_MEMORY,   tagExitCode::NoAccess, "not enough memory"                              },
-    {ERROR_TOO_MANY_OPEN_FILES, tagExitCode::NoAccess, "too many open files"                            },
+    {ERROR_FILE_NOT_FOUND, tagExitCode::Failed, "no such key"},
+    {ERROR_KEY_DELETED, tagExitCode::Failed, "has been deleted meanwhile"},
+    {ERROR_INVALID_PARAMETER, tagExitCode::Failed, "too long, too large or too deep"},
+    {ERROR_BUSY, tagExitCode::NoAccess, "another program keeps the registry locked"},
+    {ERROR_ACCESS_DENIED, tagExitCode::NoAccess, "the registry may not be read, or not be written"},
+    {ERROR_DISK_FULL, tagExitCode::NoAccess, "the disk is full"},
+    {ERROR_REGISTRY_IO_FAILED, tagExitCode::NoAccess, "the disk fails"},
+    {ERROR_CANTOPEN, tagExitCode::NoAccess, "the registry cannot be opened"},
+    {ERROR_BADDB, tagExitCode::NoAccess, "the registry is damaged, or the file is none"},
+    {ERROR_NOT_ENOUGH_MEMORY, tagExitCode::NoAccess, "not enough memory"},
+    {ERROR_TOO_MANY_OPEN_FILES, tagExitCode::NoAccess, "too many open files"},
 };
 
 /// Reads trees; keeps its buffers from one value to the next.
@@ -69,10 +69,7 @@ private:
             {
                 return error == ERROR_NO_MORE_ITEMS ? LONG{ERROR_SUCCESS} : error;
             }
-            values.push_back({
-                {m_name.data(), nameLength          },
-                type, {m_data.data(), m_data.data() + size}
-            });
+            values.push_back({{m_name.data(), nameLength}, type, {m_data.data(), m_data.data() + size}});
             ++index;
         }
     }

@@ -18,12 +18,12 @@ namespace
 {
 
 constexpr tagValueType kTypes[] = {
-    {"string", REG_SZ,        tagValueForm::Text,   0},
-    {"expand", REG_EXPAND_SZ, tagValueForm::Text,   0},
-    {"dword",  REG_DWORD,     tagValueForm::Number, 4},
-    {"qword",  REG_QWORD,     tagValueForm::Number, 8},
-    {"multi",  REG_MULTI_SZ,  tagValueForm::List,   0},
-    {"binary", REG_BINARY,    tagValueForm::Bytes,  0},
+    {"string", REG_SZ, tagValueForm::Text, 0},
+    {"expand", REG_EXPAND_SZ, tagValueForm::Text, 0},
+    {"dword", REG_DWORD, tagValueForm::Number, 4},
+    {"qword", REG_QWORD, tagValueForm::Number, 8},
+    {"multi", REG_MULTI_SZ, tagValueForm::List, 0},
+    {"binary", REG_BINARY, tagValueForm::Bytes, 0},
 };
 
 constexpr std::size_t kBytesOfLine = 32;

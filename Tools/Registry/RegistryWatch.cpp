@@ -22,10 +22,10 @@ struct tagEventText
 
 /// In the order of tagRegistryEvent.
 constexpr tagEventText kEvents[] = {
-    {"made",    "keyMade",      false, false},
-    {"deleted", "keyDeleted",   false, false},
-    {"set",     "valueSet",     true,  true },
-    {"deleted", "valueDeleted", true,  false},
+    {"made", "keyMade", false, false},
+    {"deleted", "keyDeleted", false, false},
+    {"set", "valueSet", true, true},
+    {"deleted", "valueDeleted", true, false},
 };
 
 const tagEventText& TextOf(tagRegistryEvent event) noexcept

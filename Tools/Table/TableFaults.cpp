@@ -23,21 +23,21 @@ struct tagRepair
 };
 
 constexpr tagRepair kRepairs[] = {
-    {"length",      [](_CMD_SET_RECORD& record) { record.hdr.iLength = 0; }        },
-    {"keyword",     [](_CMD_SET_RECORD& record) { record.hdr.szKeyword[0] = '\0'; }},
-    {"SubStart",    [](_CMD_SET_RECORD& record) { record.hdr.iSubStart = 0; }      },
-    {"datatype",    [](_CMD_SET_RECORD& record) { record.hdr.iDatatype = 0; }      },
-    {"name",        [](_CMD_SET_RECORD& record) { record.par.szName[0] = '\0'; }   },
-    {"suffix list", [](_CMD_SET_RECORD& record) { record.par.iSuffixList = 0; }    },
-    {"count",       [](_CMD_SET_RECORD& record) { record.par.iKeywords = 0; }      },
-    {"keywords",    [](_CMD_SET_RECORD& record) { record.par.iKeywords = 0; }      },
-    {"nextpar",     [](_CMD_SET_RECORD& record) { record.par.iNextPar = 0; }       },
-    {"text",        [](_CMD_SET_RECORD& record) { record.chr.szKeyword[0] = '\0'; }},
+    {"length", [](_CMD_SET_RECORD& record) { record.hdr.iLength = 0; }},
+    {"keyword", [](_CMD_SET_RECORD& record) { record.hdr.szKeyword[0] = '\0'; }},
+    {"SubStart", [](_CMD_SET_RECORD& record) { record.hdr.iSubStart = 0; }},
+    {"datatype", [](_CMD_SET_RECORD& record) { record.hdr.iDatatype = 0; }},
+    {"name", [](_CMD_SET_RECORD& record) { record.par.szName[0] = '\0'; }},
+    {"suffix list", [](_CMD_SET_RECORD& record) { record.par.iSuffixList = 0; }},
+    {"count", [](_CMD_SET_RECORD& record) { record.par.iKeywords = 0; }},
+    {"keywords", [](_CMD_SET_RECORD& record) { record.par.iKeywords = 0; }},
+    {"nextpar", [](_CMD_SET_RECORD& record) { record.par.iNextPar = 0; }},
+    {"text", [](_CMD_SET_RECORD& record) { record.chr.szKeyword[0] = '\0'; }},
     {"expression",
      [](_CMD_SET_RECORD& record) {
          record.nse = {"1", record.nse.iValue};
-     }                                                                             },
-    {"value",       [](_CMD_SET_RECORD& record) { record.nse.iValue = NSE_HEADER; }},
+     }},
+    {"value", [](_CMD_SET_RECORD& record) { record.nse.iValue = NSE_HEADER; }},
 };
 
 /// @return false when nothing can be done about the fault

@@ -26,10 +26,10 @@ struct tagKindTitle
 };
 
 constexpr tagKindTitle kKinds[] = {
-    {tagScpiTableKind::Header,        "Headers"                   },
-    {tagScpiTableKind::Parameter,     "Parameters"                },
-    {tagScpiTableKind::UnitSuffix,    "Units"                     },
-    {tagScpiTableKind::CharacterData, "Mnemonics"                 },
+    {tagScpiTableKind::Header, "Headers"},
+    {tagScpiTableKind::Parameter, "Parameters"},
+    {tagScpiTableKind::UnitSuffix, "Units"},
+    {tagScpiTableKind::CharacterData, "Mnemonics"},
     {tagScpiTableKind::NumericSuffix, "Numeric-suffix expressions"},
 };
 

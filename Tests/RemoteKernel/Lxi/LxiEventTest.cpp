@@ -113,12 +113,7 @@ TEST(LxiEventFormat, MalformedMessages)
 TEST(LxiEventFormat, FieldsThatNoMessageCanHold)
 {
     for (const auto& [size, written] : std::map<std::size_t, std::size_t>{
-             {0,     0                 },
-             {1,     44                },
-             {8149,  kMaxLxiMessageSize},
-             {8150,  0                 },
-             {65536, 0                 }
-    })
+             {0, 0}, {1, 44}, {8149, kMaxLxiMessageSize}, {8150, 0}, {65536, 0}})
     {
         Bytes data(size);
         CLxiLanPacket packet;
@@ -131,14 +126,14 @@ TEST(LxiEventFormat, FieldsThatNoMessageCanHold)
 TEST(LxiEventFormat, EventsHaveTheirWholeName)
 {
     constexpr std::tuple<std::string_view, int, long> kNames[] = {
-        {"LAN0",     0, 0               },
-        {"LAN7",     0, 7               },
-        {"LAN8",     0, kUnknownLxiEvent},
-        {"LAN30",    0, kUnknownLxiEvent},
-        {"lan3",     0, kUnknownLxiEvent},
-        {"LXIERROR", 0, ZO_LXI_ERROR    },
-        {"ERROR",    0, ZO_LXI_ERROR    },
-        {"LAN3",     1, ZO_LXI_ERROR    },
+        {"LAN0", 0, 0},
+        {"LAN7", 0, 7},
+        {"LAN8", 0, kUnknownLxiEvent},
+        {"LAN30", 0, kUnknownLxiEvent},
+        {"lan3", 0, kUnknownLxiEvent},
+        {"LXIERROR", 0, ZO_LXI_ERROR},
+        {"ERROR", 0, ZO_LXI_ERROR},
+        {"LAN3", 1, ZO_LXI_ERROR},
     };
     for (const auto& [name, isError, event] : kNames)
     {
@@ -164,25 +159,25 @@ struct tagSequenceCase
 TEST(LxiDuplicates, AreKnownBySenderAndNumber)
 {
     constexpr tagSequenceCase kSequence[] = {
-        {"First",                    1, 100,        false, 0,  true },
-        {"Again",                    1, 100,        false, 0,  false},
-        {"SentAgain",                1, 100,        true,  0,  false},
-        {"OtherSender",              2, 100,        false, 0,  true },
-        {"Overtaken",                1, 102,        false, 1,  true },
-        {"Late",                     1, 101,        false, 1,  true },
-        {"LateAgain",                1, 101,        true,  1,  false},
-        {"OnlyTheCopyCame",          1, 103,        true,  1,  true },
-        {"LowestOfTheWindow",        1, 103 - 63,   false, 1,  true },
-        {"LowestAgain",              1, 103 - 63,   false, 1,  false},
-        {"CopyBelowTheWindow",       1, 103 - 64,   true,  1,  false},
-        {"SenderStartedAnew",        1, 1,          false, 1,  true },
-        {"KnownSinceThen",           1, 1,          true,  1,  false},
-        {"FarAbove",                 1, 0x7FFFFFFF, false, 1,  true },
-        {"TopOfTheRange",            1, 0xFFFFFFFE, false, 1,  true },
-        {"WrapsAround",              1, 1,          false, 1,  true },
-        {"BeforeTheWrap",            1, 0xFFFFFFFE, false, 1,  false},
-        {"StillKnownAtTheTimeOut",   1, 1,          false, 11, false},
-        {"ForgottenAfterTheTimeOut", 1, 1,          true,  22, true },
+        {"First", 1, 100, false, 0, true},
+        {"Again", 1, 100, false, 0, false},
+        {"SentAgain", 1, 100, true, 0, false},
+        {"OtherSender", 2, 100, false, 0, true},
+        {"Overtaken", 1, 102, false, 1, true},
+        {"Late", 1, 101, false, 1, true},
+        {"LateAgain", 1, 101, true, 1, false},
+        {"OnlyTheCopyCame", 1, 103, true, 1, true},
+        {"LowestOfTheWindow", 1, 103 - 63, false, 1, true},
+        {"LowestAgain", 1, 103 - 63, false, 1, false},
+        {"CopyBelowTheWindow", 1, 103 - 64, true, 1, false},
+        {"SenderStartedAnew", 1, 1, false, 1, true},
+        {"KnownSinceThen", 1, 1, true, 1, false},
+        {"FarAbove", 1, 0x7FFFFFFF, false, 1, true},
+        {"TopOfTheRange", 1, 0xFFFFFFFE, false, 1, true},
+        {"WrapsAround", 1, 1, false, 1, true},
+        {"BeforeTheWrap", 1, 0xFFFFFFFE, false, 1, false},
+        {"StillKnownAtTheTimeOut", 1, 1, false, 11, false},
+        {"ForgottenAfterTheTimeOut", 1, 1, true, 22, true},
     };
     CLxiDuplicateFilter filter;
     for (const tagSequenceCase& row : kSequence)
@@ -373,10 +368,9 @@ TEST_F(LxiEndpoint, LastErrorsTellWhatFailed)
 
 TEST_F(LxiEndpoint, TakenPortAndWrongAddressAreNamed)
 {
-    for (const auto& [address, words] : std::map<std::string, std::string>{
-             {"127.0.0.1", "127.0.0.1 port " + std::to_string(m_port)},
-             {"::1",       "\"::1\" is no IPv4 address"              }
-    })
+    for (const auto& [address, words] :
+         std::map<std::string, std::string>{{"127.0.0.1", "127.0.0.1 port " + std::to_string(m_port)},
+                                            {"::1", "\"::1\" is no IPv4 address"}})
     {
         CLxiEventEndpoint second({.sAddress = address, .iPort = m_port});
         EXPECT_THAT([&] { second.Start(); }, testing::ThrowsMessage<std::system_error>(HasSubstr(words)));

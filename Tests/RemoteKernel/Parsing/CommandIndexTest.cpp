@@ -72,14 +72,14 @@ TEST(CommandIndex, CompilesSuffixExpressions)
         const char* szAccepted;
     };
     constexpr tagRow kRows[] = {
-        {"",          ""                             },
-        {"<0",        ""                             },
-        {"*",         "1,0,1,2,3,4,5,8,10,2147483647"},
-        {"1..n",      "1,1,2,3,4,5,8,10,2147483647"  },
-        {"!4",        "1,0,1,2,3,5,8,10,2147483647"  },
-        {"2-3",       "2,3"                          },
-        {"8,0;2-4,3", "0,2,3,4,8"                    },
-        {"010",       "8"                            },
+        {"", ""},
+        {"<0", ""},
+        {"*", "1,0,1,2,3,4,5,8,10,2147483647"},
+        {"1..n", "1,1,2,3,4,5,8,10,2147483647"},
+        {"!4", "1,0,1,2,3,5,8,10,2147483647"},
+        {"2-3", "2,3"},
+        {"8,0;2-4,3", "0,2,3,4,8"},
+        {"010", "8"},
     };
     tagTable table(2);
     table[0].hdr = {"A", 1, DEF, 0, 1, 0, NSUFF};
@@ -89,9 +89,7 @@ TEST(CommandIndex, CompilesSuffixExpressions)
         std::strcpy(table[1].nse.szExpression, row.szExpression);
         EXPECT_EQ(Accepted(table), row.szAccepted) << row.szExpression;
     }
-    table.push_back({
-        .nse = {"5", NSE_HEADER}
-    });
+    table.push_back({.nse = {"5", NSE_HEADER}});
     EXPECT_EQ(Accepted(table), "8") << "the first expression counts";
     table.resize(1);
     EXPECT_EQ(Accepted(table), "1,0,1,2,3,4,5,8,10,2147483647");

@@ -21,13 +21,7 @@ using tagTable = std::vector<_CMD_SET_RECORD>;
 tagTable MakeSmallTable()
 {
     return CTableBuilder()
-        .Add("A:C",
-             1,
-             2,
-             QMARK,
-             {
-                 {ARG_SFLOAT | MNEM, 0, {{"HZ", 1}, {"S", 2}}, {{"WORD", 1}}}
-    })
+        .Add("A:C", 1, 2, QMARK, {{ARG_SFLOAT | MNEM, 0, {{"HZ", 1}, {"S", 2}}, {{"WORD", 1}}}})
         .Add("B", 3, DEF, 0)
         .Build();
 }
@@ -124,9 +118,7 @@ TEST(CommandTableCheck, NodeWithoutNameHidesNothing)
     table[0].hdr = {"RST", 1, DEF, 0, 1, 0, CCMD};
     table[1].hdr = {"", DEF, DEF, 0, 2, 0, 0};
     table[2].hdr = {"undef", 2, DEF, 0, 0, 0, 0};
-    const CCommandIndex index(std::vector<tagCommandSource>{
-        {table.data(), table.size(), MakeOwner()}
-    });
+    const CCommandIndex index(std::vector<tagCommandSource>{{table.data(), table.size(), MakeOwner()}});
     CProgramMessageParser parser;
     CCommandRecorder recorder;
     for (std::string message : {"*RST;UNDEF", ":*RST", "::UNDEF", "FOO"})
@@ -151,9 +143,7 @@ TEST(CommandTableCheck, RandomDamageIsFoundOrHarmless)
             bytes[random() % (table.size() * sizeof(_CMD_SET_RECORD))] = static_cast<unsigned char>(random());
         }
         // A sound remainder must compile and parse; the sanitizers watch.
-        const CCommandIndex index(std::vector<tagCommandSource>{
-            {table.data(), table.size(), MakeOwner()}
-        });
+        const CCommandIndex index(std::vector<tagCommandSource>{{table.data(), table.size(), MakeOwner()}});
         std::string message = "SENS:FREQ:CENT 1 MHZ;:TRIG:SOUR TIM1;:CALC:SUM? 1,2,3;:OUTP2 ON";
         parser.Parse(index, message, recorder);
     }

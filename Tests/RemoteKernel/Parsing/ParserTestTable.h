@@ -19,25 +19,12 @@ inline std::vector<_CMD_SET_RECORD> MakeParserTestTable()
     const tagTestParameter string{ARG_STRG};
     const tagTestParameter block{ARG_BLOCK};
     const tagTestParameter words{
-        MNEM, 0, {             },
-          { {"IMMediate", 1}, {"EXTernal", 2}, {"TIMer1", 3}, {"TIMer2", 4}}
-    };
-    const tagTestParameter maximumMode{
-        kNumeric | MNEM, 0, {           },
-            { {"MAXimum", 7}, {"PEAK", 8}}
-    };
-    const tagTestParameter kilohertz{
-        ARG_SFLOAT, 0, {{"HZ", 1}, {"KHZ", 2}, {"DBM", 3}, {"V/S", 4}}
-    };
+        MNEM, 0, {}, {{"IMMediate", 1}, {"EXTernal", 2}, {"TIMer1", 3}, {"TIMer2", 4}}};
+    const tagTestParameter maximumMode{kNumeric | MNEM, 0, {}, {{"MAXimum", 7}, {"PEAK", 8}}};
+    const tagTestParameter kilohertz{ARG_SFLOAT, 0, {{"HZ", 1}, {"KHZ", 2}, {"DBM", 3}, {"V/S", 4}}};
     return CTableBuilder()
         .Add("*IDN", 2, DEF, QMARK)
-        .Add("*ESE",
-             4,
-             5,
-             kBoth,
-             {
-                 {ARG_PINT | ARG_PFLOAT_S}
-    })
+        .Add("*ESE", 4, 5, kBoth, {{ARG_PINT | ARG_PFLOAT_S}})
         .Add("*CLS", 6, DEF, 0)
         .Add("[:SENSe#]:FREQuency:CENTer", 10, 11, kBoth, {hertz})
         .Add("[:SENSe#]:FREQuency:SPAN", 12, 13, kBoth, {hertz})

@@ -110,14 +110,14 @@ TEST_F(Multichannel, LooksServicesUpByPath)
     const auto paths = {-1L, Path(bus), Path(bus) + 1, count - 1, count};
     using F = CFunctionality;
     const std::pair<const char*, std::string> rows[] = {
-        {"P-+---", Lookups<IZOScpiStatusManagement,  &F::GetScpiStatusManagement>(Functionality(),   paths)},
-        {"P-+++-", Lookups<IZOScpiParserManagement,  &F::GetScpiParserManagement>(Functionality(),   paths)},
-        {"P-+---", Lookups<IZOScpiErrorManagement,   &F::GetScpiErrorManagement>(Functionality(),    paths)},
-        {"P-+---", Lookups<IZOScpiRemoteControl,     &F::GetScpiRemoteManagement>(Functionality(),   paths)},
-        {"P-+---", Lookups<IZOScpiChannelManagement, &F::GetScpiChannelManagement>(Functionality(),  paths)},
-        {"P-+++-", Lookups<IZOScpiDeviceManagement,  &F::GetScpiDeviceManagement>(Functionality(),   paths)},
-        {"P-+---", Lookups<IZOScpiSubsystemFormat,   &F::GetScpiFormatManagement>(Functionality(),   paths)},
-        {"P-+++-", Lookups<IZOScpiParserLanguage,    &F::GetScpiLanguageManagement>(Functionality(), paths)},
+        {"P-+---", Lookups<IZOScpiStatusManagement, &F::GetScpiStatusManagement>(Functionality(), paths)},
+        {"P-+++-", Lookups<IZOScpiParserManagement, &F::GetScpiParserManagement>(Functionality(), paths)},
+        {"P-+---", Lookups<IZOScpiErrorManagement, &F::GetScpiErrorManagement>(Functionality(), paths)},
+        {"P-+---", Lookups<IZOScpiRemoteControl, &F::GetScpiRemoteManagement>(Functionality(), paths)},
+        {"P-+---", Lookups<IZOScpiChannelManagement, &F::GetScpiChannelManagement>(Functionality(), paths)},
+        {"P-+++-", Lookups<IZOScpiDeviceManagement, &F::GetScpiDeviceManagement>(Functionality(), paths)},
+        {"P-+---", Lookups<IZOScpiSubsystemFormat, &F::GetScpiFormatManagement>(Functionality(), paths)},
+        {"P-+++-", Lookups<IZOScpiParserLanguage, &F::GetScpiLanguageManagement>(Functionality(), paths)},
     };
     for (std::size_t i = 0; i < std::size(rows); ++i)
     {

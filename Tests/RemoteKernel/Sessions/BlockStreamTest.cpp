@@ -46,9 +46,7 @@ private:
     std::size_t m_place = 0;
 };
 
-constexpr tagSessionLimits kSmall{
-    .message = {.iMaxText = 64, .iMaxBlock = 60, .iMaxHeld = 16}
-};
+constexpr tagSessionLimits kSmall{.message = {.iMaxText = 64, .iMaxBlock = 60, .iMaxHeld = 16}};
 
 /// Has a session with small limits run a text as a transport does; gives the responses.
 std::string Converse(tagTestInstrument& instrument, const std::string& text, std::size_t piece)
@@ -342,9 +340,9 @@ TEST_F(BlockSocket, MemoryStaysSmallHoweverLargeTheBlockIs)
     };
     const tagCase kMessages[] = {
         {"TAKE 999999999,#9200000000", "\"200000000/200000000:2525163520\""},
-        {"TAKE 1,#9200000000",         "\"1/200000000:120\""               },
-        {"BOGUS #9200000000",          "\"1/200000000:120\""               },
-        {"TAKE 999999999,#0",          "\"200000000/200000000:2525163520\""},
+        {"TAKE 1,#9200000000", "\"1/200000000:120\""},
+        {"BOGUS #9200000000", "\"1/200000000:120\""},
+        {"TAKE 999999999,#0", "\"200000000/200000000:2525163520\""},
     };
     CScpiClient client(m_server.Port());
     for (const tagCase& row : kMessages)

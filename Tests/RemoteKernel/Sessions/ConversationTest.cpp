@@ -202,23 +202,23 @@ struct tagErrorCase
 };
 
 constexpr tagErrorCase kErrorCases[] = {
-    {"INT 1 2",           -103},
-    {"INT 1,2",           -108},
-    {"INT",               -109},
+    {"INT 1 2", -103},
+    {"INT 1,2", -108},
+    {"INT", -109},
     {"TOOLONGMNEMONIC 1", -112},
-    {"NOSUCH",            -113},
-    {"LAST",              -113},
-    {"INT 1a",            -138},
+    {"NOSUCH", -113},
+    {"LAST", -113},
+    {"INT 1a", -138},
     {"CHAN:FREQ 1E99999", -123},
-    {"TEXT 1",            -128},
-    {"CHAN:FREQ 1 VOLT",  -131},
-    {"MODE SIDEways",     -141},
-    {"INT MAX",           -148},
-    {"TEXT \"open",       -151},
-    {"INT 'text'",        -158},
-    {"INT #13abc",        -168},
-    {"INT (1)",           -178},
-    {"ROUT (1",           -171},
+    {"TEXT 1", -128},
+    {"CHAN:FREQ 1 VOLT", -131},
+    {"MODE SIDEways", -141},
+    {"INT MAX", -148},
+    {"TEXT \"open", -151},
+    {"INT 'text'", -158},
+    {"INT #13abc", -168},
+    {"INT (1)", -178},
+    {"ROUT (1", -171},
 };
 
 using ErrorClasses = Conversation;

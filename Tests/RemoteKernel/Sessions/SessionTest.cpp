@@ -35,9 +35,8 @@ protected:
     }
 
     tagTestInstrument m_instrument;
-    CSession m_session{
-        m_instrument.kernel, {.message = {.iMaxText = 64, .iMaxBlock = 1000}, .iMaxResponse = 20}
-    };
+    CSession m_session{m_instrument.kernel,
+                       {.message = {.iMaxText = 64, .iMaxBlock = 1000}, .iMaxResponse = 20}};
 };
 
 TEST_F(Session, GivesTheSameAnswerHoweverTheBytesAreCut)
@@ -85,12 +84,12 @@ TEST_F(Session, HoldsItsLimitsAndGoesOn)
     const std::string blanks(59, ' ');
     const std::string large(1001, '\n');
     const tagLimitCase cases[] = {
-        {"Text",         blanks + "*OPC?",                 "1\n",                      "0,No error"                                        },
-        {"LongText",     blanks + " *OPC?",                "",                         "-363,Input buffer overrun;Program message too long"},
-        {"Block",        "BLOC #41000" + large.substr(1),  "",                         "0,No error"                                        },
-        {"LongBlock",    "BLOC #41001" + large + ";*OPC?", "",                         "-223,Too much data;Block too long"                 },
-        {"Response",     "TEXT '1234567890123';:LAST?",    "\"4:0:1234567890123;\"\n", "0,No error"                                        },
-        {"LongResponse", "*OPC?;:LAST?;*OPC?",             "",                         "-430,Query deadlocked;Response too long"           },
+        {"Text", blanks + "*OPC?", "1\n", "0,No error"},
+        {"LongText", blanks + " *OPC?", "", "-363,Input buffer overrun;Program message too long"},
+        {"Block", "BLOC #41000" + large.substr(1), "", "0,No error"},
+        {"LongBlock", "BLOC #41001" + large + ";*OPC?", "", "-223,Too much data;Block too long"},
+        {"Response", "TEXT '1234567890123';:LAST?", "\"4:0:1234567890123;\"\n", "0,No error"},
+        {"LongResponse", "*OPC?;:LAST?;*OPC?", "", "-430,Query deadlocked;Response too long"},
     };
     for (const tagLimitCase& row : cases)
     {
@@ -219,9 +218,7 @@ TEST(Registration, ApplicationThatGoesMayUnregisterAnother)
     auto spSink = CComObject<CLeadingSink, IZOScpiExecutionSink>::Create(registration, instrument.id);
     const auto table = CTableBuilder().Add("LEADer", CTestSink::kAnswerList, DEF, QMARK, {}).Build();
     CComPtr<IZOScpiParser> spParser = MakeParser(table, spSink);
-    const tagZO_SCPI_PARSER_OBJECT leader{
-        L"leader", ZO_PARSER_TYPE_INSTRUMENT, spParser, {1, 2, 3, {}}
-    };
+    const tagZO_SCPI_PARSER_OBJECT leader{L"leader", ZO_PARSER_TYPE_INSTRUMENT, spParser, {1, 2, 3, {}}};
     ASSERT_EQ(registration.RegisterObject(&leader), S_OK);
     spParser.Release();
     spSink.Release();

@@ -91,33 +91,33 @@ struct tagExchangeRow
 };
 
 constexpr tagExchangeRow kExchangeRows[] = {
-    {"END stands for the line feed",           ">ab. r m r t",               "[ab~] [] -420 "               },
-    {"line feed with END is one message",      ">ab~. r m r t",              "[ab~] [] -420 "               },
-    {"line feed without END",                  ">ab~ r m r t",               "[ab~] [] -420 "               },
-    {"END alone, after all was handed out",    ">ab r > >. r m r",           "[ab] [~] [] "                 },
-    {"END with nothing is nothing",            ">. r t",                     "[] -420 "                     },
-    {"no room for the line feed of END",       ">abcdef. r r m r",           "[abcdef] [~] [] "             },
-    {"line feed is data, END ends",            ">#1~. r r m r",              "[#1~] [~] [] "                },
-    {"END inside a block",                     ">#1. r r r a >b. r",         "[#1~] [] -161 [] [b~] "       },
-    {"END inside a block, message waits",      ">#1. >b. r r a r",           "[#1~] [] -161 [b~] "          },
-    {"one message at a time",                  ">a~b~. r r m r m r",         "[a~] [b~] [] [] "             },
-    {"answer, in parts",                       ">q. r <xyz f g2 g9 m r",     "[q~] 3 (xy) (z.) [] "         },
-    {"last byte waits for its END",            ">q. r <x g9 f g9",           "[q~] 1 () (x.) "              },
-    {"answer beyond the buffer",               ">q. r <abcdef g9 <def f g9", "[q~] 4 (abc) 3 (ddef.) "      },
-    {"interrupted before reading",             ">q. r <x f >b. g9 m r",      "[q~] 1 -410 () [b~] "         },
-    {"interrupted half way",                   ">q. r <xy f g1 >b. <z m r",  "[q~] 2 (x) -410 dropped [b~] "},
-    {"interrupted before the answer",          ">q. >b. r <x m r",           "[q~] -410 dropped [b~] "      },
-    {"interrupted by a trigger",               ">q. r <x f T g9",            "[q~] 1 -410 () "              },
-    {"interrupted by a trigger before",        ">q. T r <x",                 "[q~] -410 dropped "           },
-    {"read to its end is not interrupted",     ">q. r <x f g9 >b. m r",      "[q~] 1 (x.) [b~] "            },
-    {"nothing asked, kernel has not looked",   "t >a. t r t m t r t",        "[a~] [] -420 "                },
-    {"half a message",                         ">ab r r t r a >c. r",        "[ab] [] -420 [] [c~] "        },
-    {"reading a response is not unterminated", ">q. r <x f t g1 t m r t",    "[q~] 1 (x.) [] -420 "         },
-    {"deadlock, sender waits first",           ">abcdefgh+ r >bcd w <xyzvw", "+8 [abcdef] -430 dropped "    },
-    {"full input alone is no deadlock",        ">abcdefghi w r <xy",         "+8 [abcdef] 2 "               },
-    {"clear drops both",                       ">q. r <x f >b. c r g9 a r",  "[q~] 1 -410 [] () [] "        },
-    {"clear half way through a message",       ">ab r c a >c. r",            "[ab] [c~] "                   },
-    {"clear while answering",                  ">q. r c <x a r t",           "[q~] dropped [] -420 "        },
+    {"END stands for the line feed", ">ab. r m r t", "[ab~] [] -420 "},
+    {"line feed with END is one message", ">ab~. r m r t", "[ab~] [] -420 "},
+    {"line feed without END", ">ab~ r m r t", "[ab~] [] -420 "},
+    {"END alone, after all was handed out", ">ab r > >. r m r", "[ab] [~] [] "},
+    {"END with nothing is nothing", ">. r t", "[] -420 "},
+    {"no room for the line feed of END", ">abcdef. r r m r", "[abcdef] [~] [] "},
+    {"line feed is data, END ends", ">#1~. r r m r", "[#1~] [~] [] "},
+    {"END inside a block", ">#1. r r r a >b. r", "[#1~] [] -161 [] [b~] "},
+    {"END inside a block, message waits", ">#1. >b. r r a r", "[#1~] [] -161 [b~] "},
+    {"one message at a time", ">a~b~. r r m r m r", "[a~] [b~] [] [] "},
+    {"answer, in parts", ">q. r <xyz f g2 g9 m r", "[q~] 3 (xy) (z.) [] "},
+    {"last byte waits for its END", ">q. r <x g9 f g9", "[q~] 1 () (x.) "},
+    {"answer beyond the buffer", ">q. r <abcdef g9 <def f g9", "[q~] 4 (abc) 3 (ddef.) "},
+    {"interrupted before reading", ">q. r <x f >b. g9 m r", "[q~] 1 -410 () [b~] "},
+    {"interrupted half way", ">q. r <xy f g1 >b. <z m r", "[q~] 2 (x) -410 dropped [b~] "},
+    {"interrupted before the answer", ">q. >b. r <x m r", "[q~] -410 dropped [b~] "},
+    {"interrupted by a trigger", ">q. r <x f T g9", "[q~] 1 -410 () "},
+    {"interrupted by a trigger before", ">q. T r <x", "[q~] -410 dropped "},
+    {"read to its end is not interrupted", ">q. r <x f g9 >b. m r", "[q~] 1 (x.) [b~] "},
+    {"nothing asked, kernel has not looked", "t >a. t r t m t r t", "[a~] [] -420 "},
+    {"half a message", ">ab r r t r a >c. r", "[ab] [] -420 [] [c~] "},
+    {"reading a response is not unterminated", ">q. r <x f t g1 t m r t", "[q~] 1 (x.) [] -420 "},
+    {"deadlock, sender waits first", ">abcdefgh+ r >bcd w <xyzvw", "+8 [abcdef] -430 dropped "},
+    {"full input alone is no deadlock", ">abcdefghi w r <xy", "+8 [abcdef] 2 "},
+    {"clear drops both", ">q. r <x f >b. c r g9 a r", "[q~] 1 -410 [] () [] "},
+    {"clear half way through a message", ">ab r c a >c. r", "[ab] [c~] "},
+    {"clear while answering", ">q. r c <x a r t", "[q~] dropped [] -420 "},
 };
 
 TEST(MessageExchange, KeepsTheRules)
@@ -137,9 +137,7 @@ protected:
 
     tagTestInstrument m_instrument;
     CComPtr<CRecorderObject> m_spEvents = CRecorderObject::Create();
-    CBusController m_bus{
-        tagBusSettings{.iPrimaryAddress = 7, .iInputBuffer = 64, .iOutputBuffer = 8}
-    };
+    CBusController m_bus{tagBusSettings{.iPrimaryAddress = 7, .iInputBuffer = 64, .iOutputBuffer = 8}};
 };
 
 /// One conversation. Steps: "> text" message with END, "+ text" without END, '~' being a line feed;
@@ -206,24 +204,26 @@ constexpr char kNotAllowed[] = "-105,\"Get not allowed\"";
 
 constexpr tagConversation kConversations[] = {
     {"Terminators",
-     "> *IDN?\n< Maker,Model,123,1.0\n> *OPC?~\n< 1\n+ *OPC?~\n< 1\n+ *OP\n> C?\n< 1",               kNoError                       },
-    {"ReadInParts",              "> *IDN?\n<5 Maker\n<4 ,Mod\n< el,123,1.0",                         kNoError                       },
-    {"NothingAsked",             "<0\n> *OPC?\n< 1",                                                 kUnterminated                  },
-    {"SettingAnswersNothing",    "> INT 5\n<0\n> LAST?\n< \"2:0:5;\"",                               kUnterminated                  },
-    {"HalfAMessage",             "+ *ID\n<0\n> *OPC?\n< 1",                                          kUnterminated                  },
-    {"ReadTwice",                "> *OPC?\n< 1\n<0",                                                 kUnterminated                  },
-    {"Interrupted",              "> *IDN?\n> *OPC?\n< 1",                                            kInterrupted                   },
-    {"InterruptedHalfWay",       "> *IDN?\n<5 Maker\n> *OPC?\n< 1",                                  kInterrupted                   },
-    {"TwoMessagesInOneTransfer", "> *IDN?~*OPC?\n< 1",                                               kInterrupted                   },
-    {"BlockWithLineFeeds",       "> BLOC #14~~~~\n> BLOC?\n< #14~~~~",                               kNoError                       },
-    {"EndInsideABlock",          "> BLOC #210ab\n> *OPC?\n< 1",                                      "-161,\"Invalid block data\""  },
-    {"IndefiniteBlock",          "> BLOC #0abc\n> BLOC?\n< #13abc",                                  kNoError                       },
-    {"Trigger",                  "> *OPC\nT 0\n> *OPC?\n< 1",                                        kNoError                       },
-    {"TriggerInsideAMessage",    "+ INT 1;LA\nT 1\n> ST?\n> *OPC?\n< 1",                             kNotAllowed                    },
-    {"TriggerInterrupts",        "> *IDN?\nT 0\n> *OPC?\n< 1",                                       kInterrupted                   },
-    {"MessageAvailable",         "> *SRE 16;*OPC?\nS 1\nP 80\nS 0\nP 16\n< 1\nP 0",                  kNoError                       },
+     "> *IDN?\n< Maker,Model,123,1.0\n> *OPC?~\n< 1\n+ *OPC?~\n< 1\n+ *OP\n> C?\n< 1",
+     kNoError},
+    {"ReadInParts", "> *IDN?\n<5 Maker\n<4 ,Mod\n< el,123,1.0", kNoError},
+    {"NothingAsked", "<0\n> *OPC?\n< 1", kUnterminated},
+    {"SettingAnswersNothing", "> INT 5\n<0\n> LAST?\n< \"2:0:5;\"", kUnterminated},
+    {"HalfAMessage", "+ *ID\n<0\n> *OPC?\n< 1", kUnterminated},
+    {"ReadTwice", "> *OPC?\n< 1\n<0", kUnterminated},
+    {"Interrupted", "> *IDN?\n> *OPC?\n< 1", kInterrupted},
+    {"InterruptedHalfWay", "> *IDN?\n<5 Maker\n> *OPC?\n< 1", kInterrupted},
+    {"TwoMessagesInOneTransfer", "> *IDN?~*OPC?\n< 1", kInterrupted},
+    {"BlockWithLineFeeds", "> BLOC #14~~~~\n> BLOC?\n< #14~~~~", kNoError},
+    {"EndInsideABlock", "> BLOC #210ab\n> *OPC?\n< 1", "-161,\"Invalid block data\""},
+    {"IndefiniteBlock", "> BLOC #0abc\n> BLOC?\n< #13abc", kNoError},
+    {"Trigger", "> *OPC\nT 0\n> *OPC?\n< 1", kNoError},
+    {"TriggerInsideAMessage", "+ INT 1;LA\nT 1\n> ST?\n> *OPC?\n< 1", kNotAllowed},
+    {"TriggerInterrupts", "> *IDN?\nT 0\n> *OPC?\n< 1", kInterrupted},
+    {"MessageAvailable", "> *SRE 16;*OPC?\nS 1\nP 80\nS 0\nP 16\n< 1\nP 0", kNoError},
     {"ServiceRequest",
-     "> *ESE 32;*SRE 32;*CLS\nP 0\nS 0\n> BAD\n> *OPC?\n< 1\nS 1\nP 100\nS 0\nP 36\n> *STB?\n< 100", "-113,\"Undefined header;BAD\""},
+     "> *ESE 32;*SRE 32;*CLS\nP 0\nS 0\n> BAD\n> *OPC?\n< 1\nS 1\nP 100\nS 0\nP 36\n> *STB?\n< 100",
+     "-113,\"Undefined header;BAD\""},
 };
 
 TEST_F(Bus, Conversations)
@@ -253,32 +253,36 @@ void Enter(CBusController& bus, std::string_view text, const CUniqueEvent& reach
 }
 
 const tagBusState kBusStates[] = {
-    {"Idle",                [](auto&,     auto&) {},                                                                            0},
-    {"HalfAMessage",        [](auto& bus, auto&) { bus.Send("INT 1;*ID", false); },                                             0},
+    {"Idle", [](auto&, auto&) {}, 0},
+    {"HalfAMessage", [](auto& bus, auto&) { bus.Send("INT 1;*ID", false); }, 0},
     {"ResponseUnread",
-     [](auto& bus,                        auto&) {
+     [](auto& bus, auto&) {
          bus.Send("*IDN?");
          EXPECT_TRUE(Eventually([&bus] { return (bus.Poll() & 16) != 0; }));
-     },                                                                                                       0},
+     },
+     0},
     {"ResponseHalfRead",
-     [](auto& bus,                        auto&) {
+     [](auto& bus, auto&) {
          bus.Send("*IDN?");
          EXPECT_EQ(bus->Receive(3, CBusController::kTimeoutMs).sBytes, "Mak");
-     },                                                                                                       0},
+     },
+     0},
     {"OperationPending",
-     [](auto& bus,                        auto& instrument) { Enter(bus, "OVER;*OPC?", instrument.spSink->m_operationBegun); },
-     1                                                                                                                           },
-    {"CompletionRequested", [](auto& bus, auto&) { EXPECT_EQ(bus.Query("OVER;*OPC;LIST? 1"), "0"); },                           0},
+     [](auto& bus, auto& instrument) { Enter(bus, "OVER;*OPC?", instrument.spSink->m_operationBegun); },
+     1},
+    {"CompletionRequested", [](auto& bus, auto&) { EXPECT_EQ(bus.Query("OVER;*OPC;LIST? 1"), "0"); }, 0},
     {"StreamedBlock",
-     [](auto& bus,                        auto& instrument) {
+     [](auto& bus, auto& instrument) {
          Enter(bus, "TAKE 2000000,#72000000abc", instrument.spSink->m_takeEntered, false);
-     },                                                                                                       1},
-    {"CollectedBlock",      [](auto& bus, auto&) { bus.Send("BLOC #6100000abc", false); },                                      0},
+     },
+     1},
+    {"CollectedBlock", [](auto& bus, auto&) { bus.Send("BLOC #6100000abc", false); }, 0},
     {"ParsingStopped",
-     [](auto& bus,                        auto&) {
+     [](auto& bus, auto&) {
          AtRoot<IZOScpiParserManagement>()->StopParser();
          bus.Send("*IDN?");
-     },                                                                                                       0},
+     },
+     0},
 };
 
 class BusState : public Bus, public testing::WithParamInterface<tagBusState>
@@ -411,17 +415,18 @@ TEST_F(Bus, RemoteLocalAndLockout)
     const tagStep steps[] = {
         {"message",
          [&] { return m_bus.Query("*OPC?") == "1" ? S_OK : E_FAIL; },
-         S_OK,                                                                                 "Remote Begin End",
-         "R-"                                                                                                          },
-        {"panel",               [&] { return spPanel->GotoLocal(); },          S_OK,           "Local",            "--"},
-        {"panel again",         [&] { return spPanel->GotoLocal(); },          S_FALSE,        "",                 "--"},
-        {"LLO",                 [&] { return m_bus->LocalLockout(); },         S_OK,           "Lock",             "-L"},
-        {"addressed",           [&] { return m_bus->GotoRemote(); },           S_OK,           "Remote",           "RL"},
-        {"panel, locked",       [&] { return spPanel->GotoLocal(); },          E_ACCESSDENIED, "",                 "RL"},
-        {"GTL",                 [&] { return m_bus->GotoLocal(); },            S_OK,           "Local",            "-L"},
-        {"remote by the panel", [&] { return spPanel->GotoRemote(); },         S_OK,           "Remote",           "RL"},
-        {"REN off",             [&] { return m_bus->SetRemoteEnable(false); }, S_OK,           "Unlock Local",     "--"},
-        {"LLO without REN",     [&] { return m_bus->LocalLockout(); },         S_FALSE,        "",                 "--"},
+         S_OK,
+         "Remote Begin End",
+         "R-"},
+        {"panel", [&] { return spPanel->GotoLocal(); }, S_OK, "Local", "--"},
+        {"panel again", [&] { return spPanel->GotoLocal(); }, S_FALSE, "", "--"},
+        {"LLO", [&] { return m_bus->LocalLockout(); }, S_OK, "Lock", "-L"},
+        {"addressed", [&] { return m_bus->GotoRemote(); }, S_OK, "Remote", "RL"},
+        {"panel, locked", [&] { return spPanel->GotoLocal(); }, E_ACCESSDENIED, "", "RL"},
+        {"GTL", [&] { return m_bus->GotoLocal(); }, S_OK, "Local", "-L"},
+        {"remote by the panel", [&] { return spPanel->GotoRemote(); }, S_OK, "Remote", "RL"},
+        {"REN off", [&] { return m_bus->SetRemoteEnable(false); }, S_OK, "Unlock Local", "--"},
+        {"LLO without REN", [&] { return m_bus->LocalLockout(); }, S_FALSE, "", "--"},
     };
     for (const tagStep& step : steps)
     {
@@ -442,18 +447,19 @@ TEST_F(Bus, RemoteLocalAndLockout)
 TEST_F(Bus, TellsTheDeviceHandlerOfTheApplication)
 {
     const std::pair<std::function<void()>, const char*> rows[] = {
-        {[&] { m_bus.Query("*OPC?"); },                              "R"  },
-        {[&] { m_bus.Query("INT 1;:LIST? 1;*OPC?"); },               "be" },
-        {[&] { m_bus->GroupExecuteTrigger(); },                      "T"  },
-        {[&] { m_bus->LocalLockout(); },                             "K"  },
-        {[&] { m_bus->GotoLocal(); },                                "L"  },
-        {[&] { m_bus->SetRemoteEnable(false); },                     "k"  },
-        {[&] { AtRoot<IZOScpiDeviceManagement>()->SystemPreset(); }, "P"  },
-        {[&] { m_bus->GotoRemote(); },                               "R"  },
+        {[&] { m_bus.Query("*OPC?"); }, "R"},
+        {[&] { m_bus.Query("INT 1;:LIST? 1;*OPC?"); }, "be"},
+        {[&] { m_bus->GroupExecuteTrigger(); }, "T"},
+        {[&] { m_bus->LocalLockout(); }, "K"},
+        {[&] { m_bus->GotoLocal(); }, "L"},
+        {[&] { m_bus->SetRemoteEnable(false); }, "k"},
+        {[&] { AtRoot<IZOScpiDeviceManagement>()->SystemPreset(); }, "P"},
+        {[&] { m_bus->GotoRemote(); }, "R"},
         {[&] {
              Enter(m_bus, "TAKE 2000000,#72000000abc", m_instrument.spSink->m_takeEntered, false);
              m_bus->DeviceClear(CBusController::kTimeoutMs);
-         },                                                 "baC"},
+         },
+         "baC"},
     };
     for (const auto& [act, events] : rows)
     {

@@ -58,9 +58,7 @@ protected:
     }
 
     tagTestInstrument m_instrument;
-    CTcpServer m_server{
-        {.iPort = 0, .iMaxSessions = 40}
-    };
+    CTcpServer m_server{{.iPort = 0, .iMaxSessions = 40}};
 };
 
 TEST_F(TcpServer, ServesManyClientsAtOnceAndOneCommandAtATime)
