@@ -45,19 +45,19 @@ HRESULT CBenchmarkApplication::Execute(IUnknown* context,
             context, remotePath, command, isQuery, numericSuffixes, argumentCount, arguments, header, output),
         this);
     return CScpiSinkFramework::RunCommand(pool, [&](CScpiFunctionExecutionDataPool& data) -> HRESULT {
-        switch (static_cast<tagTarget>(command))
+        switch (static_cast<Target>(command))
         {
-        case tagTarget::Setting:
+        case Target::Setting:
             return data.GetDoubleArgument(m_frequency, 0);
-        case tagTarget::Query:
+        case Target::Query:
             return data.NumericResponse(m_frequency);
-        case tagTarget::Identity:
+        case Target::Identity:
             return data.ArbitraryResponse("Zo,Benchmark,1,1.0");
-        case tagTarget::Block:
+        case Target::Block:
             return TakeBlock(data);
-        case tagTarget::List:
+        case Target::List:
             return AnswerList(data);
-        case tagTarget::Filler:
+        case Target::Filler:
             break;
         }
         return E_UNEXPECTED;
@@ -67,28 +67,28 @@ HRESULT CBenchmarkApplication::Execute(IUnknown* context,
 /// Takes a block where it lies, or as it arrives.
 HRESULT CBenchmarkApplication::TakeBlock(CScpiFunctionExecutionDataPool& data)
 {
-    CComPtr<IZOScpiBlockData> spBlock;
+    CComPtr<IZOScpiBlockData> block;
     long length = 0;
-    HRESULT hr = data.GetBlockArgument(&spBlock, length, 0);
-    if (hr != S_OK)
+    HRESULT result = data.GetBlockArgument(&block, length, 0);
+    if (result != S_OK)
     {
-        return hr;
+        return result;
     }
     unsigned char* bytes = nullptr;
-    hr = spBlock->Access(&bytes, &m_blockLength);
+    result = block->Access(&bytes, &m_blockLength);
     benchmark::DoNotOptimize(bytes);
-    if (hr != E_PENDING)
+    if (result != E_PENDING)
     {
-        return hr;
+        return result;
     }
     m_piece.resize(kPiece);
     unsigned long got = kPiece;
-    for (hr = S_OK; hr == S_OK && got == kPiece; m_blockLength += got)
+    for (result = S_OK; result == S_OK && got == kPiece; m_blockLength += got)
     {
-        hr = spBlock->Read(kPiece, m_piece.data(), &got);
+        result = block->Read(kPiece, m_piece.data(), &got);
         benchmark::DoNotOptimize(m_piece.data());
     }
-    return FAILED(hr) ? hr : S_OK;
+    return FAILED(result) ? result : S_OK;
 }
 
 HRESULT CBenchmarkApplication::AnswerList(CScpiFunctionExecutionDataPool& data)
@@ -102,13 +102,13 @@ HRESULT CBenchmarkApplication::AnswerList(CScpiFunctionExecutionDataPool& data)
 
 void RegisterBenchmarkApplication(RemoteKernel::CRemoteKernel& kernel,
                                   const CCommandTree& tree,
-                                  IZOScpiExecutionSink* pSink)
+                                  IZOScpiExecutionSink* sink)
 {
-    const auto spParser = CComObject<CBScpiParser, IZOScpiParser>::Create();
+    const auto parser = CComObject<CBScpiParser, IZOScpiParser>::Create();
     CComBSTR name(L"benchmark");
     const auto size = static_cast<std::uint32_t>(tree.Records().size() * sizeof(_CMD_SET_RECORD));
-    spParser->RegisterCommandTree(ZO_PARSER_TYPE_MEASUREMENT, name, {size, tree.Records().data()}, pSink);
-    const tagZO_SCPI_PARSER_OBJECT object{name, ZO_PARSER_TYPE_MEASUREMENT, spParser, {1, 0, 0, {}}};
+    parser->RegisterCommandTree(ZO_PARSER_TYPE_MEASUREMENT, name, {size, tree.Records().data()}, sink);
+    const tagZO_SCPI_PARSER_OBJECT object{name, ZO_PARSER_TYPE_MEASUREMENT, parser, {1, 0, 0, {}}};
     if (kernel.ObjectRegistration().RegisterObject(&object) != S_OK)
     {
         throw std::runtime_error("the generated table was refused");

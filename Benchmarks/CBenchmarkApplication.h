@@ -50,6 +50,6 @@ private:
 /// @throws std::runtime_error when the kernel refuses the table
 void RegisterBenchmarkApplication(RemoteKernel::CRemoteKernel& kernel,
                                   const CCommandTree& tree,
-                                  IZOScpiExecutionSink* pSink);
+                                  IZOScpiExecutionSink* sink);
 
 } // namespace ZoVelkor::Benchmarks

@@ -12,38 +12,38 @@ namespace ZoVelkor::Benchmarks
 namespace
 {
 
-struct tagKind
+struct Kind
 {
     std::string_view name;
-    tagTarget target;
+    Target target;
 };
 
-constexpr tagKind kKinds[] = {
-    {"filler-set", tagTarget::Filler},
-    {"filler-query", tagTarget::Filler},
-    {"set", tagTarget::Setting},
-    {"span", tagTarget::Setting},
-    {"start", tagTarget::Setting},
-    {"stop", tagTarget::Setting},
-    {"step", tagTarget::Setting},
-    {"query", tagTarget::Query},
-    {"idn", tagTarget::Identity},
-    {"block", tagTarget::Block},
-    {"list", tagTarget::List},
+constexpr Kind kKinds[] = {
+    {"filler-set", Target::Filler},
+    {"filler-query", Target::Filler},
+    {"set", Target::Setting},
+    {"span", Target::Setting},
+    {"start", Target::Setting},
+    {"stop", Target::Setting},
+    {"step", Target::Setting},
+    {"query", Target::Query},
+    {"idn", Target::Identity},
+    {"block", Target::Block},
+    {"list", Target::List},
 };
 
 /// A header with its forms; DEF: it does not have that form.
-struct tagHeader
+struct Header
 {
     std::string pattern;
-    std::int32_t iQuery = DEF;
-    std::int32_t iSetting = DEF;
+    std::int32_t query = DEF;
+    std::int32_t setting = DEF;
 };
 
-void AddLine(std::vector<tagHeader>& headers, std::string_view line)
+void AddLine(std::vector<Header>& headers, std::string_view line)
 {
     const std::size_t tab = line.find('\t');
-    const auto kind = std::ranges::find(kKinds, line.substr(0, tab), &tagKind::name);
+    const auto kind = std::ranges::find(kKinds, line.substr(0, tab), &Kind::name);
     if (tab == std::string_view::npos || kind == std::end(kKinds))
     {
         throw std::runtime_error("malformed line: " + std::string(line));
@@ -51,25 +51,25 @@ void AddLine(std::vector<tagHeader>& headers, std::string_view line)
     std::string_view pattern = line.substr(tab + 1);
     const bool query = pattern.ends_with('?');
     pattern.remove_suffix(query ? 1 : 0);
-    auto header = std::ranges::find(headers, pattern, &tagHeader::pattern);
+    auto header = std::ranges::find(headers, pattern, &Header::pattern);
     if (header == headers.end())
     {
         header = headers.insert(headers.end(), {std::string(pattern)});
     }
-    (query ? header->iQuery : header->iSetting) = static_cast<std::int32_t>(kind->target);
+    (query ? header->query : header->setting) = static_cast<std::int32_t>(kind->target);
 }
 
-std::vector<RemoteKernel::Testing::tagTestParameter> ParametersOf(const tagHeader& header)
+std::vector<RemoteKernel::Testing::TestParameter> ParametersOf(const Header& header)
 {
-    if (header.iSetting == DEF)
+    if (header.setting == DEF)
     {
         return {};
     }
-    if (header.iSetting == static_cast<std::int32_t>(tagTarget::Block))
+    if (header.setting == static_cast<std::int32_t>(Target::Block))
     {
-        return {{.iType = ARG_BLOCK}};
+        return {{.type = ARG_BLOCK}};
     }
-    return {{.iType = ARG_SFLOAT | ARG_MINMAX | ARG_DEFAULT, .units = {{"HZ", 1}}}};
+    return {{.type = ARG_SFLOAT | ARG_MINMAX | ARG_DEFAULT, .units = {{"HZ", 1}}}};
 }
 
 } // namespace
@@ -81,17 +81,17 @@ CCommandTree::CCommandTree(const std::string& path)
     {
         throw std::runtime_error("cannot read " + path);
     }
-    std::vector<tagHeader> headers;
+    std::vector<Header> headers;
     for (std::string line; std::getline(file, line);)
     {
         AddLine(headers, line);
     }
     RemoteKernel::Testing::CTableBuilder builder;
-    for (const tagHeader& header : headers)
+    for (const Header& header : headers)
     {
         const std::uint32_t forms =
-            (header.iQuery != DEF ? QMARK : 0U) | (header.iSetting != DEF ? HDR_SET : 0U);
-        builder.Add(header.pattern, header.iQuery, header.iSetting, forms, ParametersOf(header));
+            (header.query != DEF ? QMARK : 0U) | (header.setting != DEF ? HDR_SET : 0U);
+        builder.Add(header.pattern, header.query, header.setting, forms, ParametersOf(header));
     }
     m_records = builder.Build();
 }

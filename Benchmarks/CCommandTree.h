@@ -9,7 +9,7 @@ namespace ZoVelkor::Benchmarks
 {
 
 /// What the handler of a generated command does.
-enum class tagTarget : std::int32_t
+enum class Target : std::int32_t
 {
     Setting = 0, ///< takes one number in HZ
     Query,       ///< answers one number

@@ -27,7 +27,7 @@ void CRatioReporter::ReportRuns(const std::vector<Run>& runs)
 void CRatioReporter::Finalize()
 {
     ConsoleReporter::Finalize();
-    for (const tagRatio& ratio : m_ratios)
+    for (const Ratio& ratio : m_ratios)
     {
         const auto numerator = m_values.find(ratio.numerator);
         const auto denominator = m_values.find(ratio.denominator);
@@ -38,7 +38,7 @@ void CRatioReporter::Finalize()
     }
 }
 
-int RunWithRatios(int argc, char** argv, std::vector<tagRatio> ratios)
+int RunWithRatios(int argc, char** argv, std::vector<Ratio> ratios)
 {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))

@@ -11,7 +11,7 @@ namespace ZoVelkor::Benchmarks
 {
 
 /// Two benchmarks of one run, and which is to be divided by which.
-struct tagRatio
+struct Ratio
 {
     std::string numerator;   ///< name of a benchmark, or of one of its counters: "name/counter"
     std::string denominator; ///< name of another one
@@ -23,17 +23,17 @@ struct tagRatio
 class CRatioReporter : public benchmark::ConsoleReporter
 {
 public:
-    explicit CRatioReporter(std::vector<tagRatio> ratios) : m_ratios(std::move(ratios)) {}
+    explicit CRatioReporter(std::vector<Ratio> ratios) : m_ratios(std::move(ratios)) {}
 
     void ReportRuns(const std::vector<Run>& runs) override;
     void Finalize() override;
 
 private:
-    std::vector<tagRatio> m_ratios;
+    std::vector<Ratio> m_ratios;
     std::map<std::string, double> m_values; // times in nanoseconds, and counters
 };
 
 /// Runs all registered benchmarks; the body of main.
-int RunWithRatios(int argc, char** argv, std::vector<tagRatio> ratios);
+int RunWithRatios(int argc, char** argv, std::vector<Ratio> ratios);
 
 } // namespace ZoVelkor::Benchmarks

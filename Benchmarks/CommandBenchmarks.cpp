@@ -42,13 +42,13 @@ constexpr int kTreeSizes[] = {9, 20, 100, 1000, 5000};
 constexpr std::size_t kBlockSize = std::size_t{1} << 20;
 constexpr std::size_t kSegmentSize = 1460;
 
-struct tagWorkload
+struct Workload
 {
     const char* name;
     const char* line;
 };
 
-constexpr tagWorkload kWorkloads[] = {
+constexpr Workload kWorkloads[] = {
     {"set", "SENS1:FREQ:CENT 10 MHz\n"},
     {"longset", ":SENSe1:FREQuency:CENTer 10.000000000E+6 HZ\n"},
     {"query", "SENS1:FREQ:CENT?\n"},
@@ -63,29 +63,28 @@ class CBench
 public:
     explicit CBench(int entries)
         : m_tree(std::string(ZO_TREE_DIR "/tree-") + std::to_string(entries) + ".txt"),
-          m_kernel(
-              {.sManufacturer = "Zo", .sModel = "Benchmark", .sSerialNumber = "1", .sFirmwareLevel = "1.0"}),
-          m_spSink(CComObject<CBenchmarkApplication, IZOScpiExecutionSink>::Create())
+          m_kernel({.manufacturer = "Zo", .model = "Benchmark", .serialNumber = "1", .firmwareLevel = "1.0"}),
+          m_sink(CComObject<CBenchmarkApplication, IZOScpiExecutionSink>::Create())
     {
-        RegisterBenchmarkApplication(m_kernel, m_tree, m_spSink);
-        m_spSession = std::make_unique<CSession>(m_kernel);
+        RegisterBenchmarkApplication(m_kernel, m_tree, m_sink);
+        m_session = std::make_unique<CSession>(m_kernel);
     }
 
     CRemoteKernel& Kernel() { return m_kernel; }
-    CSession& Session() { return *m_spSession; }
+    CSession& Session() { return *m_session; }
 
     /// Runs a line; blocks may be changed in place by the parser, so each run gets its own copy.
     std::string_view Run(std::string_view line)
     {
         std::memcpy(m_line, line.data(), line.size());
-        return m_spSession->Process({m_line, line.size()});
+        return m_session->Process({m_line, line.size()});
     }
 
 private:
     CCommandTree m_tree;
     CRemoteKernel m_kernel;
-    CComPtr<CComObject<CBenchmarkApplication, IZOScpiExecutionSink>> m_spSink;
-    std::unique_ptr<CSession> m_spSession;
+    CComPtr<CComObject<CBenchmarkApplication, IZOScpiExecutionSink>> m_sink;
+    std::unique_ptr<CSession> m_session;
     char m_line[256] = {};
 };
 
@@ -95,7 +94,7 @@ void CountAllocations(benchmark::State& state, std::uint64_t before)
         static_cast<double>(AllocationCount() - before) / static_cast<double>(state.iterations());
 }
 
-void RunLine(benchmark::State& state, const tagWorkload& workload, int entries)
+void RunLine(benchmark::State& state, const Workload& workload, int entries)
 {
     CBench bench(entries);
     const std::string_view line = workload.line;
@@ -217,16 +216,16 @@ void Yardstick(benchmark::State& state)
     }
 }
 
-std::string NameOf(const tagWorkload& workload, int entries)
+std::string NameOf(const Workload& workload, int entries)
 {
     return std::string(workload.name) + "/entries:" + std::to_string(entries);
 }
 
-std::vector<tagRatio> RegisterAll()
+std::vector<Ratio> RegisterAll()
 {
-    std::vector<tagRatio> ratios;
+    std::vector<Ratio> ratios;
     benchmark::RegisterBenchmark("yardstick", Yardstick);
-    for (const tagWorkload& workload : kWorkloads)
+    for (const Workload& workload : kWorkloads)
     {
         for (const int entries : kTreeSizes)
         {

@@ -36,9 +36,9 @@ constexpr unsigned long long kTime = 0x684E'E180'0000'0007;
 constexpr std::int64_t kShort = 16;
 constexpr std::int64_t kLong = 1400;
 
-struct tagInput
+struct Input
 {
-    explicit tagInput(const benchmark::State& state)
+    explicit Input(const benchmark::State& state)
         : field{1, static_cast<std::uint32_t>(state.range(0)), data.data()}
     {
         data.fill(0x55);
@@ -55,7 +55,7 @@ std::unique_ptr<unsigned char[]> Write(CLxiLanPacket& packet, unsigned long& len
     return std::unique_ptr<unsigned char[]>(data);
 }
 
-CLxiLanPacket& WithField(const tagInput& input, CLxiLanPacket& packet)
+CLxiLanPacket& WithField(const Input& input, CLxiLanPacket& packet)
 {
     packet.appendUserData(input.field);
     return packet;
@@ -63,7 +63,7 @@ CLxiLanPacket& WithField(const tagInput& input, CLxiLanPacket& packet)
 
 void Copy(benchmark::State& state)
 {
-    const tagInput input(state);
+    const Input input(state);
     CLxiLanPacket packet;
     unsigned long length = 0;
     const auto bytes = Write(WithField(input, packet), length);
@@ -81,7 +81,7 @@ BENCHMARK(Copy)->Name("CopyLong")->Arg(kLong);
 
 void Build(benchmark::State& state)
 {
-    const tagInput input(state);
+    const Input input(state);
     unsigned long length = 0;
     for (auto _ : state)
     {
@@ -95,7 +95,7 @@ BENCHMARK(Build)->Name("BuildLong")->Arg(kLong);
 
 void Write(benchmark::State& state)
 {
-    const tagInput input(state);
+    const Input input(state);
     CLxiLanPacket packet;
     WithField(input, packet);
     unsigned long length = 0;
@@ -110,7 +110,7 @@ BENCHMARK(Write)->Name("WriteLong")->Arg(kLong);
 
 void Receive(benchmark::State& state)
 {
-    const tagInput input(state);
+    const Input input(state);
     CLxiLanPacket sent;
     CLxiLanPacket packet;
     unsigned long length = 0;
@@ -130,7 +130,7 @@ BENCHMARK(Receive)->Name("ReceiveLong")->Arg(kLong);
 
 void Readable(benchmark::State& state)
 {
-    const tagInput input(state);
+    const Input input(state);
     CLxiLanPacket packet;
     WithField(input, packet);
     for (auto _ : state)
@@ -227,7 +227,7 @@ class CStartedSignal : public ZoVelkor::RemoteKernel::ILxiEventObserver
 {
 public:
     virtual ~CStartedSignal() = default;
-    void OnLxiEvent(const ZoVelkor::RemoteKernel::tagLxiEvent&) override { SetEvent(m_event.Get()); }
+    void OnLxiEvent(const ZoVelkor::RemoteKernel::LxiEvent&) override { SetEvent(m_event.Get()); }
     void Wait() const { WaitForSingleObject(m_event.Get(), INFINITE); }
 
 private:
@@ -247,13 +247,12 @@ void SweepStart(benchmark::State& state)
     CTraceMemory traces;
     const CInstrumentStatus status;
     CSweepEngine sweeps(traces, status);
-    tagAnalyzerSettings settings;
-    settings.triggerSource = tagTriggerSource::Lxi;
+    AnalyzerSettings settings;
+    settings.triggerSource = TriggerSource::Lxi;
     settings.sweepPoints = kMinSweepPoints;
     sweeps.SetSettings(settings);
-    CLxiTrigger trigger(sweeps,
-                        ZoVelkor::RemoteKernel::tagLxiEndpointSettings{.iPort = 0, .iMulticastPort = 0});
-    trigger.Put(0, {.bEnabled = true});
+    CLxiTrigger trigger(sweeps, ZoVelkor::RemoteKernel::LxiEndpointSettings{.port = 0, .multicastPort = 0});
+    trigger.Put(0, {.enabled = true});
     trigger.Endpoint().AddObserver(0, &started);
     CLoopbackSocket here;
     here.ConnectTo(trigger.Endpoint().Port());

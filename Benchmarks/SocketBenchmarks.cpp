@@ -133,12 +133,11 @@ class CServed
 public:
     CServed()
         : m_tree(ZO_TREE_DIR "/tree-100.txt"),
-          m_kernel(
-              {.sManufacturer = "Zo", .sModel = "Benchmark", .sSerialNumber = "1", .sFirmwareLevel = "1.0"}),
-          m_spSink(CComObject<CBenchmarkApplication, IZOScpiExecutionSink>::Create()),
-          m_server({.iPort = 0})
+          m_kernel({.manufacturer = "Zo", .model = "Benchmark", .serialNumber = "1", .firmwareLevel = "1.0"}),
+          m_sink(CComObject<CBenchmarkApplication, IZOScpiExecutionSink>::Create()),
+          m_server({.port = 0})
     {
-        RegisterBenchmarkApplication(m_kernel, m_tree, m_spSink);
+        RegisterBenchmarkApplication(m_kernel, m_tree, m_sink);
         m_kernel.Start();
         m_server.Start();
         m_client = Connect(m_server.Port());
@@ -149,7 +148,7 @@ public:
 private:
     CCommandTree m_tree;
     RemoteKernel::CRemoteKernel m_kernel;
-    CComPtr<CComObject<CBenchmarkApplication, IZOScpiExecutionSink>> m_spSink;
+    CComPtr<CComObject<CBenchmarkApplication, IZOScpiExecutionSink>> m_sink;
     RemoteKernel::CTcpServer m_server;
     CUniqueSocket m_client;
 };

@@ -22,7 +22,7 @@ constexpr std::uint32_t kCommandsPerSubsystem = 20;
 /// A command is a header and its parameter with one word.
 constexpr std::uint32_t kRecordsPerSubsystem = 1 + 3 * kCommandsPerSubsystem;
 
-using tagRecords = std::vector<_CMD_SET_RECORD>;
+using Records = std::vector<_CMD_SET_RECORD>;
 
 void Name(char (&field)[kTableTextSize], const std::string& text)
 {
@@ -30,10 +30,10 @@ void Name(char (&field)[kTableTextSize], const std::string& text)
 }
 
 /// A root group of subsystems, half of them the same in every plug-in, each with commands of its own.
-tagRecords MakeTable(std::uint32_t plugIn, std::uint32_t recordCount)
+Records MakeTable(std::uint32_t plugIn, std::uint32_t recordCount)
 {
     const std::uint32_t subsystems = recordCount / kRecordsPerSubsystem;
-    tagRecords table(std::size_t{subsystems} * kRecordsPerSubsystem);
+    Records table(std::size_t{subsystems} * kRecordsPerSubsystem);
     for (std::uint32_t i = 0; i < subsystems; ++i)
     {
         const std::uint32_t child = subsystems + i * kCommandsPerSubsystem;
@@ -55,9 +55,9 @@ tagRecords MakeTable(std::uint32_t plugIn, std::uint32_t recordCount)
 }
 
 /// The plug-ins, with their tables.
-struct tagInstrument
+struct Instrument
 {
-    explicit tagInstrument(std::uint32_t recordCount)
+    explicit Instrument(std::uint32_t recordCount)
     {
         for (std::uint32_t i = 0; i < kPlugIns; ++i)
         {
@@ -79,7 +79,7 @@ struct tagInstrument
         }
     }
 
-    std::vector<tagRecords> tables;
+    std::vector<Records> tables;
     std::list<CScpiParserTable::PlugInData> plugins;
     std::size_t records = 0;
     CScpiParserTable table;
@@ -98,7 +98,7 @@ void ReportPerRecord(benchmark::State& state, std::size_t records)
 
 void Merge(benchmark::State& state, std::uint32_t recordsPerPlugIn)
 {
-    tagInstrument instrument(recordsPerPlugIn);
+    Instrument instrument(recordsPerPlugIn);
     for (auto _ : state)
     {
         instrument.Merge();
@@ -110,7 +110,7 @@ BENCHMARK_CAPTURE(Merge, Large, 10'000)->Unit(benchmark::kMillisecond);
 
 void List(benchmark::State& state, std::uint32_t recordsPerPlugIn)
 {
-    tagInstrument instrument(recordsPerPlugIn);
+    Instrument instrument(recordsPerPlugIn);
     instrument.Merge();
     std::list<std::string> lines;
     for (auto _ : state)
@@ -125,7 +125,7 @@ BENCHMARK_CAPTURE(List, Large, 10'000)->Unit(benchmark::kMillisecond);
 
 void Generate(benchmark::State& state, std::uint32_t recordsPerPlugIn)
 {
-    tagInstrument instrument(recordsPerPlugIn);
+    Instrument instrument(recordsPerPlugIn);
     instrument.Merge();
     for (auto _ : state)
     {

@@ -50,7 +50,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // A block of its own, so that every byte read beyond it is seen.
     const Bytes bytes(data + 1, data + size);
     std::size_t taken = 0;
-    for (auto extent = MeasureLxiMessage(bytes); extent.state == tagLxiMessageState::Complete;)
+    for (auto extent = MeasureLxiMessage(bytes); extent.state == LxiMessageState::Complete;)
     {
         const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(taken);
         RoundTrip(Bytes(begin, begin + static_cast<std::ptrdiff_t>(extent.size)));

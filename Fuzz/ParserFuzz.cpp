@@ -15,7 +15,7 @@ using namespace ZoVelkor;
 using namespace ZoVelkor::RemoteKernel;
 using namespace ZoVelkor::RemoteKernel::Testing;
 
-constexpr tagMessageLimits kLimits{4096, 4096};
+constexpr MessageLimits kLimits{4096, 4096};
 
 /// Cuts a stream into messages; errors become their numbers.
 std::vector<std::string> Frames(const std::string& stream, std::size_t piece)
@@ -26,20 +26,20 @@ std::vector<std::string> Frames(const std::string& stream, std::size_t piece)
     for (std::size_t place = 0; place < stream.size(); place += piece)
     {
         buffer += stream.substr(place, piece);
-        tagFrame frame;
+        Frame frame;
         do
         {
             frame = framer.Scan(buffer);
-            if (frame.eStatus == tagFrameStatus::Message)
+            if (frame.status == FrameStatus::Message)
             {
                 messages.push_back(buffer.substr(0, frame.iLength));
             }
-            if (frame.eStatus == tagFrameStatus::Error)
+            if (frame.status == FrameStatus::Error)
             {
-                messages.push_back("!" + std::to_string(frame.iError));
+                messages.push_back("!" + std::to_string(frame.error));
             }
-            buffer.erase(0, frame.iConsumed);
-        } while (frame.eStatus != tagFrameStatus::Incomplete);
+            buffer.erase(0, frame.consumed);
+        } while (frame.status != FrameStatus::Incomplete);
     }
     return messages;
 }
@@ -56,12 +56,12 @@ void Require(bool condition)
 class CInvariantChecker final : public ICommandExecutor
 {
 public:
-    bool ExecuteCommand(const tagParsedCommand& command) override
+    bool ExecuteCommand(const ParsedCommand& command) override
     {
-        Require(command.bsHeader != nullptr && command.pNumericSuffixes != nullptr);
-        for (unsigned long i = 0; i < command.iArgumentCount; ++i)
+        Require(command.headerText != nullptr && command.numericSuffixes != nullptr);
+        for (unsigned long i = 0; i < command.argumentCount; ++i)
         {
-            const tagZO_SCPI_PARAMETER& parameter = command.pArguments[i];
+            const tagZO_SCPI_PARAMETER& parameter = command.arguments[i];
             Require(parameter.iTextLength < kParameterTextSize);
             Require(parameter.szText[parameter.iTextLength] == '\0');
             Require((parameter.iType == ZO_SCPI_PARAMTYPE_BLOCK) == (parameter.pBlockData != nullptr));
@@ -81,8 +81,7 @@ public:
 const CCommandIndex& Index()
 {
     static const std::vector<_CMD_SET_RECORD> table = MakeParserTestTable();
-    static const CCommandIndex index(
-        std::vector<tagCommandSource>{{table.data(), table.size(), MakeOwner()}});
+    static const CCommandIndex index(std::vector<CommandSource>{{table.data(), table.size(), MakeOwner()}});
     return index;
 }
 } // namespace

@@ -14,7 +14,7 @@ using namespace ZoVelkor;
 using namespace ZoVelkor::RemoteKernel;
 using namespace ZoVelkor::RemoteKernel::Testing;
 
-constexpr tagSessionLimits kLimits{.message = {.iMaxText = 4096, .iMaxBlock = 4096, .iMaxHeld = 8}};
+constexpr SessionLimits kLimits{.message = {.maxText = 4096, .maxBlock = 4096, .maxHeld = 8}};
 
 /// Gives a text in pieces of one size.
 class CPieces final : public IByteSource
@@ -22,12 +22,12 @@ class CPieces final : public IByteSource
 public:
     CPieces(const std::string& text, std::size_t piece) : m_text(text), m_piece(piece) {}
 
-    tagReceived Receive(std::span<char> space, int, int) noexcept override
+    Received Receive(std::span<char> space, int, int) noexcept override
     {
         const std::size_t count = std::min({m_piece, space.size(), m_text.size() - m_place});
         std::copy_n(m_text.data() + m_place, count, space.data());
         m_place += count;
-        return {count != 0 ? tagReceiveStatus::Received : tagReceiveStatus::Ended, count};
+        return {count != 0 ? ReceiveStatus::Received : ReceiveStatus::Ended, count};
     }
 
 private:
@@ -54,21 +54,21 @@ std::string WithoutLengths(std::string text)
 
 std::string Converse(const std::string& text, std::size_t piece)
 {
-    tagTestInstrument instrument;
+    TestInstrument instrument;
     SetEvent(instrument.spSink->m_holdRelease.Get());
     CPieces source(text, piece);
     CSession session(instrument.kernel, kLimits, -1, &source);
     std::string responses;
     for (bool more = true; more;)
     {
-        const tagReceived received = source.Receive(session.InputSpace(), -1, -1);
+        const Received received = source.Receive(session.InputSpace(), -1, -1);
         session.CommitInput(received.iCount);
         while (session.ExecuteNext())
         {
             responses += session.Response();
             session.ClearResponse();
         }
-        more = received.eStatus == tagReceiveStatus::Received && !session.IsCancelled();
+        more = received.status == ReceiveStatus::Received && !session.IsCancelled();
     }
     return WithoutLengths(std::move(responses));
 }

@@ -13,15 +13,15 @@ namespace
 {
 
 using namespace ZoVelkor;
-using tagRecords = std::vector<_CMD_SET_RECORD>;
+using Records = std::vector<_CMD_SET_RECORD>;
 
-std::uint32_t SizeOf(const tagRecords& table)
+std::uint32_t SizeOf(const Records& table)
 {
     return static_cast<std::uint32_t>(table.size() * sizeof(_CMD_SET_RECORD));
 }
 
 /// Overwrites words: record, word and value, three bytes each time.
-void Damage(tagRecords& table, const std::uint8_t* data, std::size_t size)
+void Damage(Records& table, const std::uint8_t* data, std::size_t size)
 {
     auto* const bytes = reinterpret_cast<unsigned char*>(table.data());
     for (std::size_t i = 0; i + 3 <= size; i += 3)
@@ -35,8 +35,8 @@ void Damage(tagRecords& table, const std::uint8_t* data, std::size_t size)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    tagRecords sound = RemoteKernel::Testing::MakeParserTestTable();
-    tagRecords damaged = sound;
+    Records sound = RemoteKernel::Testing::MakeParserTestTable();
+    Records damaged = sound;
     Damage(damaged, data, size);
     std::list<CScpiParserTable::PlugInData> plugins = {
         {damaged.data(), SizeOf(damaged), {}, "damaged"},

@@ -24,7 +24,7 @@ public:
     ///
     /// @param data    length bytes, borrowed; may be null when length is 0
     /// @return the checksum; that of an empty buffer is 0
-    static std::uint16_t Calculate(unsigned char const* data, unsigned int length) noexcept;
+    static std::uint16_t Calculate(const unsigned char* data, unsigned int length) noexcept;
 
 private:
     static std::array<std::atomic<std::uint32_t>, 16> m_CrcTbl;

@@ -18,8 +18,8 @@ public:
 private:
     static const long long s_PerformanceFrequency;
 
-    long long m_iStartCounter = 0;
-    long long m_iLastCounter = 0;
+    long long m_startCounter = 0;
+    long long m_lastCounter = 0;
 };
 
 } // namespace ZoVelkor

@@ -37,7 +37,7 @@ public:
     /// Hands a request to a thread of the component shell's pool and does not wait.
     ///
     /// @throws CShellError when there is no thread or it does not start; the request is then deleted
-    static void StartOnPoolThread(std::unique_ptr<CLocalThread> spLocalThread);
+    static void StartOnPoolThread(std::unique_ptr<CLocalThread> localThread);
 
     /// Carries the request out, lets go of the thread and deletes the object. Failures are reported.
     void Run() override;
@@ -51,9 +51,9 @@ private:
     void AskRemoteControl();
 
     // Exactly one is set.
-    bool m_bStart = false;
-    bool m_bStop = false;
-    bool m_bReturnToLocal = false;
+    bool m_start = false;
+    bool m_stop = false;
+    bool m_returnToLocal = false;
     CComPtr<IStream> m_pStreamSink;
 };
 

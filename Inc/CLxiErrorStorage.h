@@ -45,8 +45,8 @@ class ZO_EXPORT CLxiErrorStorage
 public:
     CLxiErrorStorage() = default;
     /// Takes the current error along; the lock is the copy's own.
-    CLxiErrorStorage(CLxiErrorStorage const& other);
-    CLxiErrorStorage& operator=(CLxiErrorStorage const&) = delete;
+    CLxiErrorStorage(const CLxiErrorStorage& other);
+    CLxiErrorStorage& operator=(const CLxiErrorStorage&) = delete;
     virtual ~CLxiErrorStorage();
 
     /// @param code  any value; one outside the enumeration has the text "Unknown error"

@@ -88,16 +88,16 @@ public:
     /// The third byte of the header, 'I' unless the hardware says otherwise.
     void setHWDetect(unsigned char hwDetect) noexcept { m_abHWDetect[2] = hwDetect; }
     unsigned char getHWDetect() const noexcept { return m_abHWDetect[2]; }
-    void setDomain(unsigned char domain) noexcept { m_bDomain = domain; }
-    unsigned char getDomain() const noexcept { return m_bDomain; }
+    void setDomain(unsigned char domain) noexcept { m_domain = domain; }
+    unsigned char getDomain() const noexcept { return m_domain; }
     /// The number stays until the message is written or another one is received.
     void setSequenceNumber(unsigned long number) noexcept
     {
-        m_dwSequenceNumber = static_cast<std::uint32_t>(number);
+        m_sequenceNumber = static_cast<std::uint32_t>(number);
     }
-    unsigned long getSequenceNumber() const noexcept { return m_dwSequenceNumber; }
-    void setEpoch(unsigned int epoch) noexcept { m_wEpoch = static_cast<std::uint16_t>(epoch); }
-    unsigned int getEpoch() const noexcept { return m_wEpoch; }
+    unsigned long getSequenceNumber() const noexcept { return m_sequenceNumber; }
+    void setEpoch(unsigned int epoch) noexcept { m_epoch = static_cast<std::uint16_t>(epoch); }
+    unsigned int getEpoch() const noexcept { return m_epoch; }
 
     /// @param fractional  in units of 2^-16 ns
     void setTimestamp(unsigned long seconds, unsigned long nanoSeconds, unsigned int fractional) noexcept;
@@ -192,7 +192,7 @@ private:
     };
 
     void SetFlag(std::uint16_t flag, int value) noexcept;
-    int Flag(std::uint16_t flag) const noexcept { return (m_wFlags & flag) != 0 ? 1 : 0; }
+    int Flag(std::uint16_t flag) const noexcept { return (m_flags & flag) != 0 ? 1 : 0; }
     void AppendHeaderText(CComBSTR& text) const;
     void AppendTimeText(CComBSTR& text) const;
     void AppendUserDataText(CComBSTR& text) const;
@@ -204,21 +204,21 @@ private:
     static volatile LONG s_lSequenceNumber;
 
     std::array<std::uint8_t, 3> m_abHWDetect{'L', 'X', 'I'};
-    std::uint8_t m_bDomain = 0;
+    std::uint8_t m_domain = 0;
     std::array<std::uint8_t, kEventIdSize> m_abEventId{};
-    std::uint32_t m_dwSequenceNumber = 0;
-    std::uint32_t m_dwSeconds = 0;
-    std::uint32_t m_dwNanoSeconds = 0;
-    std::uint16_t m_wFractionalNanoSeconds = 0;
-    std::uint16_t m_wEpoch = 0;
-    std::uint16_t m_wFlags = 0;
-    std::uint16_t m_wPendingFieldLength = 0;
+    std::uint32_t m_sequenceNumber = 0;
+    std::uint32_t m_seconds = 0;
+    std::uint32_t m_nanoSeconds = 0;
+    std::uint16_t m_fractionalNanoSeconds = 0;
+    std::uint16_t m_epoch = 0;
+    std::uint16_t m_flags = 0;
+    std::uint16_t m_pendingFieldLength = 0;
     CFields m_fields;
     /// Of the announced part; nothing depends on it, it helps who looks at a packet in a debugger.
-    std::uint32_t m_dwBytesExpected = kBasePartSize;
+    std::uint32_t m_bytesExpected = kBasePartSize;
     std::array<std::uint8_t, kReceiveBufferSize> m_abReceived{};
-    std::uint32_t m_dwReceived = 0;
-    std::uint32_t m_dwReceivePhase = 0;
+    std::uint32_t m_received = 0;
+    std::uint32_t m_receivePhase = 0;
 };
 
 } // namespace ZoVelkor

@@ -52,15 +52,15 @@ public:
     /// Sub.
     void Div2() noexcept;
 
-    unsigned short GetEpoch() const noexcept { return m_wEpoch; }
-    unsigned long GetSeconds() const noexcept { return m_dwSeconds; }
-    unsigned long GetNanoSeconds() const noexcept { return m_dwNanoSeconds; }
-    bool IsNegative() const noexcept { return m_bNegative; }
-    void SetEpoch(unsigned short epoch) noexcept { m_wEpoch = epoch; }
-    void SetSeconds(unsigned long seconds) noexcept { m_dwSeconds = static_cast<std::uint32_t>(seconds); }
+    unsigned short GetEpoch() const noexcept { return m_epoch; }
+    unsigned long GetSeconds() const noexcept { return m_seconds; }
+    unsigned long GetNanoSeconds() const noexcept { return m_nanoSeconds; }
+    bool IsNegative() const noexcept { return m_negative; }
+    void SetEpoch(unsigned short epoch) noexcept { m_epoch = epoch; }
+    void SetSeconds(unsigned long seconds) noexcept { m_seconds = static_cast<std::uint32_t>(seconds); }
     void SetNanoSeconds(unsigned long nanoSeconds) noexcept
     {
-        m_dwNanoSeconds = static_cast<std::uint32_t>(nanoSeconds);
+        m_nanoSeconds = static_cast<std::uint32_t>(nanoSeconds);
     }
     /// Epoch, seconds and nanoseconds become 0; the sign stays.
     void Reset() noexcept;
@@ -109,10 +109,10 @@ private:
     void SetDifference(std::uint64_t value) noexcept;
     void SetMagnitude(std::uint64_t nanoSeconds) noexcept;
 
-    bool m_bNegative = false;
-    std::uint16_t m_wEpoch = 0;
-    std::uint32_t m_dwSeconds = 0;
-    std::uint32_t m_dwNanoSeconds = 0;
+    bool m_negative = false;
+    std::uint16_t m_epoch = 0;
+    std::uint32_t m_seconds = 0;
+    std::uint32_t m_nanoSeconds = 0;
 };
 
 } // namespace ZoVelkor

@@ -35,11 +35,11 @@ public:
 
     /// Takes whole nanoseconds over, limited to +-(2^47 - 1); IsOverFlow tells whether they were limited.
     void SetNanoSeconds(long long nanoSeconds) noexcept;
-    long long GetNanoSeconds() const noexcept { return m_iNanoSeconds; }
+    long long GetNanoSeconds() const noexcept { return m_nanoSeconds; }
     /// The nanoseconds are below 0. A fraction alone is never negative.
-    bool IsNegative() const noexcept { return m_iNanoSeconds < 0; }
+    bool IsNegative() const noexcept { return m_nanoSeconds < 0; }
     /// The last SetNanoSeconds had to limit its value. Arithmetic and Reset leave this as it is.
-    bool IsOverFlow() const noexcept { return m_bOverFlow; }
+    bool IsOverFlow() const noexcept { return m_overFlow; }
 
     /// Adds another interval. Each fraction counts with the sign of its nanoseconds; of their sum the lower
     /// 16 bits stay, and only a whole nanosecond is carried.
@@ -58,9 +58,9 @@ public:
     operator std::string() const;
 
 private:
-    bool m_bOverFlow = false;
-    long long m_iNanoSeconds = 0;
-    std::uint16_t m_wFraction = 0;
+    bool m_overFlow = false;
+    long long m_nanoSeconds = 0;
+    std::uint16_t m_fraction = 0;
 };
 
 } // namespace ZoVelkor

@@ -32,13 +32,13 @@ public:
         /// All five figures become 0.
         void Reset() noexcept;
 
-        long get_Count() const noexcept { return m_iCount; }
-        double get_Sum() const noexcept { return m_dSum; }
-        double get_SumOfSquares() const noexcept { return m_dSumOfSquares; }
+        long get_Count() const noexcept { return m_count; }
+        double get_Sum() const noexcept { return m_sum; }
+        double get_SumOfSquares() const noexcept { return m_sumOfSquares; }
         /// The smallest sample or 0, whichever is less.
-        double get_Minimum() const noexcept { return m_dMinimum; }
+        double get_Minimum() const noexcept { return m_minimum; }
         /// The largest sample or 0, whichever is more.
-        double get_Maximum() const noexcept { return m_dMaximum; }
+        double get_Maximum() const noexcept { return m_maximum; }
         /// 0 without samples.
         double get_Mean() const noexcept;
         /// Standard deviation of the samples as a whole population; 0 without samples.
@@ -46,11 +46,11 @@ public:
 
     private:
         // Deliberate: the extremes start at 0, so the minimum of positive samples stays there.
-        std::int32_t m_iCount = 0;
-        double m_dSum = 0.0;
-        double m_dSumOfSquares = 0.0;
-        double m_dMinimum = 0.0;
-        double m_dMaximum = 0.0;
+        std::int32_t m_count = 0;
+        double m_sum = 0.0;
+        double m_sumOfSquares = 0.0;
+        double m_minimum = 0.0;
+        double m_maximum = 0.0;
     };
 
     /// Three readings of the counter that accompany a run: its start, and start and end of its last section.
@@ -66,14 +66,14 @@ public:
         /// Ends a section now and begins the next one.
         void NextSection() noexcept;
 
-        long long get_RunStart() const noexcept { return m_iRunStart; }
-        long long get_SectionStart() const noexcept { return m_iSectionStart; }
-        long long get_SectionEnd() const noexcept { return m_iSectionEnd; }
+        long long get_RunStart() const noexcept { return m_runStart; }
+        long long get_SectionStart() const noexcept { return m_sectionStart; }
+        long long get_SectionEnd() const noexcept { return m_sectionEnd; }
 
     private:
-        long long m_iRunStart;
-        long long m_iSectionStart;
-        long long m_iSectionEnd;
+        long long m_runStart;
+        long long m_sectionStart;
+        long long m_sectionEnd;
     };
 
     /// A measurement that is under way; its end puts the time since its start into the statistic.
@@ -89,7 +89,7 @@ public:
         explicit CMeasurement(CStatistik& statistic) noexcept;
 
         CStatistik& m_statistic;
-        const long long m_iStart;
+        const long long m_start;
     };
 
     /// The performance counter now; 0 when the platform has none.
@@ -106,7 +106,7 @@ public:
         return Flag(&tagRemoteDiagnoseControl::bScpiChecksDisabled);
     }
     static bool IsDebugTimingActive() noexcept { return Flag(&tagRemoteDiagnoseControl::bTimingActive); }
-    static bool IsDebugRpcModeActive() noexcept { return Flag(&tagRemoteDiagnoseControl::bRpcModeActive); }
+    static bool IsDebugRpcModeActive() noexcept { return Flag(&tagRemoteDiagnoseControl::rpcModeActive); }
     static bool IsDebugTraceModeActive() noexcept
     {
         return Flag(&tagRemoteDiagnoseControl::bTraceModeActive);

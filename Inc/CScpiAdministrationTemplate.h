@@ -68,7 +68,7 @@ public:
     /// Sets the parser up that an application has aggregated: its name, type, command tree and whether it
     /// measures. It is not registered yet.
     ///
-    /// @param pOuter  the object that aggregates; nothing is asked of it, so it may be null
+    /// @param outer  the object that aggregates; nothing is asked of it, so it may be null
     /// @param pInner  the aggregated object, with IZOScpiParser, IZOScpiCommands and IZOScpiExecutionSink
     /// @param length  of the table, in bytes
     /// @param data  first record of the table; the parser copies it
@@ -76,12 +76,12 @@ public:
     /// @param activatedMeasurementParser  see IZOScpiParser::get_ActivatedMeasurementParser
     /// @return S_OK; E_POINTER
     /// @throws CShellError naming the step that failed; the later ones are not taken
-    HRESULT SetupAggregatedParser(IUnknown* pOuter,
+    HRESULT SetupAggregatedParser(IUnknown* outer,
                                   IUnknown* pInner,
                                   long length,
-                                  char const* data,
+                                  const char* data,
                                   tagZO_SCPI_PARSER_TYPE type,
-                                  wchar_t const* name,
+                                  const wchar_t* name,
                                   bool activatedMeasurementParser);
 
 private:

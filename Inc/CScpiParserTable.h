@@ -33,7 +33,7 @@ class ZO_EXPORT CScpiParserTable
 {
 public:
     CScpiParserTable() = default;
-    explicit CScpiParserTable(_CMD_SET_RECORD* table) : m_pTable(table) {}
+    explicit CScpiParserTable(_CMD_SET_RECORD* table) : m_table(table) {}
 
     /// Record count of a table whose size nobody told.
     static constexpr long kUnknownCount = std::numeric_limits<long>::max();
@@ -52,14 +52,14 @@ public:
     /// Sets a table of a known number of records, which the operations of this object then never leave.
     void SetParserTable(_CMD_SET_RECORD* table, long count)
     {
-        m_pTable = table;
-        m_iCount = count;
+        m_table = table;
+        m_count = count;
     }
     /// The first record; null when no table is set.
-    _CMD_SET_RECORD* GetParserTable() const { return m_pTable; }
+    _CMD_SET_RECORD* GetParserTable() const { return m_table; }
 
     /// Number of records; kUnknownCount unless it was given with the table.
-    long GetRecordCount() const { return m_iCount; }
+    long GetRecordCount() const { return m_count; }
 
     /// Whether the table begins with common commands.
     bool HasCommonCommands() const;
@@ -171,8 +171,8 @@ public:
 private:
     long GetGroupSize(tagScpiTableKind kind, long start) const;
 
-    _CMD_SET_RECORD* m_pTable = nullptr;
-    long m_iCount = kUnknownCount;
+    _CMD_SET_RECORD* m_table = nullptr;
+    long m_count = kUnknownCount;
 };
 
 } // namespace ZoVelkor

@@ -46,10 +46,10 @@ public:
     const std::vector<long>& Groups(tagScpiTableKind kind) const;
 
     /// One behind the last record that belongs to a group.
-    long TableEnd() const { return m_iTableEnd; }
+    long TableEnd() const { return m_tableEnd; }
 
     /// Decimal digits of the largest record index; 0 for a table of at most one record.
-    int OffsetWidth() const { return m_iOffsetWidth; }
+    int OffsetWidth() const { return m_offsetWidth; }
 
     /// Takes a name out of a flag word when all bits of its mask are set.
     ///
@@ -66,7 +66,7 @@ public:
     void DumpOffset(std::ostream& out, long index) const;
 
     // State of writing.
-    tagScpiTableKind m_eKind = tagScpiTableKind::None;       ///< kind of the group being written
+    tagScpiTableKind m_kind = tagScpiTableKind::None;        ///< kind of the group being written
     std::array<long, kScpiTableKinds> m_groupEnds = {};      ///< by kind: one behind what has begun so far
     std::map<std::string, long> m_labels;                    ///< group labels: B_ starts, L_ lengths
     std::map<std::string, long> m_modeNames;                 ///< names of handlers, with their numbers
@@ -74,8 +74,8 @@ public:
 
 private:
     std::array<std::vector<long>, kScpiTableKinds> m_groups;
-    long m_iTableEnd = 0;
-    int m_iOffsetWidth = 0;
+    long m_tableEnd = 0;
+    int m_offsetWidth = 0;
 };
 
 } // namespace ZoVelkor

@@ -147,8 +147,8 @@ private:
     std::list<DynamicParserTableGroup> m_unitGroups;
     std::list<DynamicParserTableGroup> m_characterGroups;
     std::unordered_map<tagGroupRefs, DynamicParserTableGroup*, tagGroupRefsHash> m_levels;
-    DynamicParserTableGroup* m_pCommon = nullptr;
-    DynamicParserTableGroup* m_pRoot = nullptr;
+    DynamicParserTableGroup* m_common = nullptr;
+    DynamicParserTableGroup* m_root = nullptr;
     std::vector<tagSuffixExpression> m_expressions; ///< with joined header indexes
 };
 

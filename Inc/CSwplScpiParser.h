@@ -34,7 +34,7 @@ public:
     /// @throws CShellError when the parser refuses, without attached parser, and for a length beyond 32 bits;
     /// type and name are then as before
     HRESULT
-    RegisterCommandTree(long length, char const* data, tagZO_SCPI_PARSER_TYPE type, wchar_t const* name);
+    RegisterCommandTree(long length, const char* data, tagZO_SCPI_PARSER_TYPE type, const wchar_t* name);
 
     /// Releases the three interfaces; type, name and identity stay.
     void Detach() noexcept;
@@ -44,15 +44,15 @@ public:
     /// Borrowed, see GetScpiParserInterface.
     IZOScpiExecutionSink* GetScpiExecutionSinkInterface() const noexcept { return m_pIScpiExecutionSink; }
     /// Borrowed, see GetScpiParserInterface.
-    IZOScpiCommands* GetScpiCommandsInterface() const noexcept { return m_pIScpiCommands; }
+    IZOScpiCommands* GetScpiCommandsInterface() const noexcept { return m_iScpiCommands; }
 
-    tagZO_SCPI_PARSER_TYPE GetParserType() const noexcept { return m_eParserType; }
-    void SetParserType(tagZO_SCPI_PARSER_TYPE type) noexcept { m_eParserType = type; }
+    tagZO_SCPI_PARSER_TYPE GetParserType() const noexcept { return m_parserType; }
+    void SetParserType(tagZO_SCPI_PARSER_TYPE type) noexcept { m_parserType = type; }
 
     /// A BSTR, borrowed until the next change; null when none was set.
-    wchar_t const* GetParserName() const noexcept { return m_bsParserName; }
+    const wchar_t* GetParserName() const noexcept { return m_parserName; }
     /// @param name  copied up to its terminator; null for none
-    void SetParserName(wchar_t const* name) { m_bsParserName = name; }
+    void SetParserName(const wchar_t* name) { m_parserName = name; }
 
     /// The identity under which the parser was registered last; all zero before.
     GUID GetGuid() const noexcept { return m_guidObjectId; }
@@ -61,9 +61,9 @@ public:
 private:
     CComPtr<IZOScpiParser> m_pIScpiParser;
     CComPtr<IZOScpiExecutionSink> m_pIScpiExecutionSink;
-    CComPtr<IZOScpiCommands> m_pIScpiCommands;
-    tagZO_SCPI_PARSER_TYPE m_eParserType = ZO_PARSER_TYPE_INSTRUMENT;
-    CComBSTR m_bsParserName;
+    CComPtr<IZOScpiCommands> m_iScpiCommands;
+    tagZO_SCPI_PARSER_TYPE m_parserType = ZO_PARSER_TYPE_INSTRUMENT;
+    CComBSTR m_parserName;
     GUID m_guidObjectId = GUID_NULL;
 };
 

@@ -35,16 +35,16 @@ class ZO_EXPORT CVersion
 {
 public:
     /// @param module  name of the module
-    explicit CVersion(std::string const& module);
-    CVersion(CVersion const&) = default;
-    CVersion& operator=(CVersion const&) = default;
+    explicit CVersion(const std::string& module);
+    CVersion(const CVersion&) = default;
+    CVersion& operator=(const CVersion&) = default;
     virtual ~CVersion();
 
     /// The information of the calling module.
     static CVersion getCurrent();
 
     /// The text of one entry, whether there is one of that name or not.
-    std::string getQueryValue(std::string const& key) const;
+    std::string getQueryValue(const std::string& key) const;
 
     std::string getSpecialBuild() const { return getQueryValue("SpecialBuild"); }
     std::string getProductVersion() const { return getQueryValue("ProductVersion"); }
@@ -75,15 +75,15 @@ protected:
     /// For modules that bring their version information along.
     ///
     /// @param fixedVersionInfo  outlives the object and its copies; null: none
-    explicit CVersion(tagFixedFileInfo const* fixedVersionInfo) noexcept;
+    explicit CVersion(const tagFixedFileInfo* fixedVersionInfo) noexcept;
 
 private:
-    static void const* getVersionInfo(std::string const& module) noexcept;
-    static tagFixedFileInfo const* getFixedVersionInfo(void const* versionInfo) noexcept;
+    static const void* getVersionInfo(const std::string& module) noexcept;
+    static const tagFixedFileInfo* getFixedVersionInfo(const void* versionInfo) noexcept;
     WORD Part(DWORD tagFixedFileInfo::*pair, unsigned int shift) const noexcept;
 
-    void const* m_pVersionInfo;
-    tagFixedFileInfo const* m_pFixedVersionInfo;
+    const void* m_versionInfo;
+    const tagFixedFileInfo* m_fixedVersionInfo;
 };
 
 } // namespace ZoVelkor

@@ -26,12 +26,12 @@ template <class T>
 HRESULT GetModuleService(const wchar_t* name, CComPtr<T>* pspService) noexcept
 {
     void* pFound = nullptr;
-    const HRESULT hr = GetModuleService(name, T::kInterfaceId, pspService == nullptr ? nullptr : &pFound);
+    const HRESULT result = GetModuleService(name, T::kInterfaceId, pspService == nullptr ? nullptr : &pFound);
     if (pspService != nullptr)
     {
         pspService->Attach(static_cast<T*>(pFound));
     }
-    return hr;
+    return result;
 }
 
 } // namespace ZoVelkor

@@ -18,27 +18,27 @@ namespace ZoVelkor::RemoteKernel
 namespace
 {
 
-tagKernelParts MakeParts(tagInstrumentIdentity identity)
+KernelParts MakeParts(InstrumentIdentity identity)
 {
-    tagKernelParts parts;
-    parts.spRegistry = CApplicationRegistryObject::Create(std::move(identity));
-    parts.spErrors = CErrorObject::Create();
-    parts.spStatus = CStatusObject::Create();
-    parts.spOperations = COperationsObject::Create();
-    parts.spFormat = CDefaultFormatObject::Create();
-    parts.spTrace = CMessageTraceObject::Create();
-    parts.spPaths = std::make_shared<CPathTable>();
-    parts.spGate = std::make_shared<CParserGate>();
-    parts.spEvents = std::make_shared<CEventDistributor>(parts.spRegistry);
-    parts.spOperations->SetObserver(parts.spStatus);
+    KernelParts parts;
+    parts.registry = CApplicationRegistryObject::Create(std::move(identity));
+    parts.errors = CErrorObject::Create();
+    parts.status = CStatusObject::Create();
+    parts.operations = COperationsObject::Create();
+    parts.format = CDefaultFormatObject::Create();
+    parts.newTrace = CMessageTraceObject::Create();
+    parts.paths = std::make_shared<CPathTable>();
+    parts.gate = std::make_shared<CParserGate>();
+    parts.events = std::make_shared<CEventDistributor>(parts.registry);
+    parts.operations->SetObserver(parts.status);
     return parts;
 }
 
 } // namespace
 
-CRemoteKernel::CRemoteKernel(tagInstrumentIdentity identity, const tagSessionLimits& limits)
+CRemoteKernel::CRemoteKernel(InstrumentIdentity identity, const SessionLimits& limits)
     : m_parts(MakeParts(std::move(identity))),
-      m_spAdministration(CAdministrationObject::Create(*this, m_parts, limits))
+      m_administration(CAdministrationObject::Create(*this, m_parts, limits))
 {
     MakeServices();
 }
@@ -53,18 +53,18 @@ void CRemoteKernel::AddService(TArguments&&... arguments)
 
 void CRemoteKernel::MakeServices()
 {
-    constexpr long kAllPaths = tagApplicationParts::kAllPaths;
+    constexpr long kAllPaths = ApplicationParts::kAllPaths;
     m_services = {
         {&IID_IZOScpiObjectRegistration, CComPtr<IUnknown>(&ObjectRegistration())},
         {&IID_IZOScpiErrorManagement, CComPtr<IUnknown>(&ErrorManagement())},
         {&IID_IZOScpiPendingOperations, CComPtr<IUnknown>(&PendingOperations())},
         {&IID_IZOScpiStatusManagement, CComPtr<IUnknown>(&StatusManagement())},
         {&IID_IZOScpiSubsystemFormat,
-         CComPtr<IUnknown>(static_cast<IZOScpiSubsystemFormat*>(m_parts.spFormat))},
+         CComPtr<IUnknown>(static_cast<IZOScpiSubsystemFormat*>(m_parts.format))},
         {&IID_IZOScpiTraceManagement,
-         CComPtr<IUnknown>(static_cast<IZOScpiTraceManagement*>(m_parts.spTrace))},
+         CComPtr<IUnknown>(static_cast<IZOScpiTraceManagement*>(m_parts.newTrace))},
         {&IID_IZOScpiMultichannelAdministration,
-         CComPtr<IUnknown>(static_cast<IZOScpiMultichannelAdministration*>(m_spAdministration))},
+         CComPtr<IUnknown>(static_cast<IZOScpiMultichannelAdministration*>(m_administration))},
     };
     AddService<CParserManagement, IZOScpiParserManagement>(m_parts, kAllPaths);
     AddService<CRemoteControl, IZOScpiRemoteControl>(m_parts, nullptr);
@@ -86,16 +86,16 @@ CRemoteKernel::~CRemoteKernel()
 HRESULT CRemoteKernel::Start()
 {
     const std::lock_guard lock(m_startMutex);
-    CComPtr<IZORoot> spRoot;
-    HRESULT result = GetRoot(&spRoot);
+    CComPtr<IZORoot> root;
+    HRESULT result = GetRoot(&root);
     if (FAILED(result))
     {
         return result;
     }
-    m_bAtRoot = true;
-    for (const auto& [pIid, spService] : m_services)
+    m_atRoot = true;
+    for (const auto& [pIid, service] : m_services)
     {
-        result = spRoot->RegisterInterface(*pIid, spService);
+        result = root->RegisterInterface(*pIid, service);
         if (FAILED(result))
         {
             UnregisterAtRoot();
@@ -107,12 +107,12 @@ HRESULT CRemoteKernel::Start()
 
 void CRemoteKernel::UnregisterAtRoot() noexcept
 {
-    CComPtr<IZORoot> spRoot;
-    if (std::exchange(m_bAtRoot, false) && SUCCEEDED(GetRoot(&spRoot)))
+    CComPtr<IZORoot> root;
+    if (std::exchange(m_atRoot, false) && SUCCEEDED(GetRoot(&root)))
     {
         for (const auto& service : m_services)
         {
-            spRoot->UnregisterInterface(*service.first);
+            root->UnregisterInterface(*service.first);
         }
     }
 }
@@ -125,17 +125,17 @@ void CRemoteKernel::Stop()
     }
     {
         const std::lock_guard lock(m_mutex);
-        m_bStopped = true;
-        for (CSession* pSession : m_sessions)
+        m_stopped = true;
+        for (CSession* session : m_sessions)
         {
-            pSession->Cancel();
+            session->Cancel();
         }
     }
     // Before the connections' threads are waited for, which may be in such a wait.
-    m_parts.spStatus->Stop();
-    m_spAdministration->Close();
-    m_parts.spRegistry->Close();
-    m_parts.spEvents->Close();
+    m_parts.status->Stop();
+    m_administration->Close();
+    m_parts.registry->Close();
+    m_parts.events->Close();
 }
 
 std::size_t CRemoteKernel::SessionCount() const
@@ -148,7 +148,7 @@ void CRemoteKernel::AddSession(CSession& session)
 {
     const std::lock_guard lock(m_mutex);
     m_sessions.insert(&session);
-    if (m_bStopped)
+    if (m_stopped)
     {
         session.Cancel();
     }

@@ -30,7 +30,7 @@ void CCrc16Handling::CreateCrc16Table() noexcept
     m_bCrcTblInit.store(true, std::memory_order_release);
 }
 
-std::uint16_t CCrc16Handling::Calculate(unsigned char const* data, unsigned int length) noexcept
+std::uint16_t CCrc16Handling::Calculate(const unsigned char* data, unsigned int length) noexcept
 {
     if (!m_bCrcTblInit.load(std::memory_order_acquire))
     {

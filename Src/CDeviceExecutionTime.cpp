@@ -11,7 +11,7 @@ const long long CDeviceExecutionTime::s_PerformanceFrequency = CPerformanceDiagn
 
 void CDeviceExecutionTime::StartPerformanceCounter() noexcept
 {
-    m_iStartCounter = CPerformanceDiagnose::GetPerfCounter();
+    m_startCounter = CPerformanceDiagnose::GetPerfCounter();
 }
 
 double CDeviceExecutionTime::GetExecutionTime() noexcept
@@ -22,8 +22,8 @@ double CDeviceExecutionTime::GetExecutionTime() noexcept
     {
         return 0.0;
     }
-    m_iLastCounter = now.QuadPart;
-    return static_cast<double>(TicksBetween(m_iStartCounter, m_iLastCounter)) * kMillisecondsPerSecond /
+    m_lastCounter = now.QuadPart;
+    return static_cast<double>(TicksBetween(m_startCounter, m_lastCounter)) * kMillisecondsPerSecond /
            static_cast<double>(s_PerformanceFrequency);
 }
 

@@ -19,29 +19,32 @@ ZO_SOURCE_UNIT("Src/CSwplScpiManager")
 template <class T>
 CComPtr<T> Unmarshal(CComPtr<IStream>& stream, const char* condition)
 {
-    void* pFound = nullptr;
+    void* found = nullptr;
     RequireOk(
-        kSourceUnit, CoGetInterfaceAndReleaseStream(stream.Detach(), T::kInterfaceId, &pFound), condition);
+        kSourceUnit, CoGetInterfaceAndReleaseStream(stream.Detach(), T::kInterfaceId, &found), condition);
     CComPtr<T> spI;
-    spI.Attach(static_cast<T*>(pFound));
+    spI.Attach(static_cast<T*>(found));
     return spI;
 }
 
 /// Nobody waits for the result of a request on a thread, so a refusal, as under local lockout, is reported.
-void ReportRefusal(HRESULT hr, const char* condition)
+void ReportRefusal(HRESULT result, const char* condition)
 {
-    if (FAILED(hr))
+    if (FAILED(result))
     {
-        RepairError(ZO_REPORT(
-            tagErrorSeverity::Warning, nullptr, condition, "The request to the remote kernel failed", hr));
+        RepairError(ZO_REPORT(tagErrorSeverity::Warning,
+                              nullptr,
+                              condition,
+                              "The request to the remote kernel failed",
+                              result));
     }
 }
 
 } // namespace
 
 CLocalThread::CLocalThread(IZOScpiParserManagement* pIZOScpiParserManagement, tagParserRequest request)
-    : m_bStart(request == tagParserRequest::Start),
-      m_bStop(request == tagParserRequest::Stop)
+    : m_start(request == tagParserRequest::Start),
+      m_stop(request == tagParserRequest::Stop)
 {
     RequireOk(kSourceUnit,
               CoMarshalInterThreadInterfaceInStream(
@@ -50,7 +53,7 @@ CLocalThread::CLocalThread(IZOScpiParserManagement* pIZOScpiParserManagement, ta
               "pIZOScpiParserManagement, &m_pStreamSink) == S_OK");
 }
 
-CLocalThread::CLocalThread(IZOScpiRemoteControl* pIZOScpiRemoteControl) : m_bReturnToLocal(true)
+CLocalThread::CLocalThread(IZOScpiRemoteControl* pIZOScpiRemoteControl) : m_returnToLocal(true)
 {
     RequireOk(kSourceUnit,
               CoMarshalInterThreadInterfaceInStream(
@@ -59,13 +62,13 @@ CLocalThread::CLocalThread(IZOScpiRemoteControl* pIZOScpiRemoteControl) : m_bRet
               "pIZOScpiRemoteControl, &m_pStreamSink) == S_OK");
 }
 
-void CLocalThread::StartOnPoolThread(std::unique_ptr<CLocalThread> spLocalThread)
+void CLocalThread::StartOnPoolThread(std::unique_ptr<CLocalThread> localThread)
 {
     CThread* const pThread = GetComponentShellThreadPool().GetThread("SwplScpiManagerThread");
     Require(kSourceUnit, pThread != nullptr, "pThread != NULL", "could not get thread for goto local thread");
-    RequireOk(kSourceUnit, pThread->Start(spLocalThread.get()), "pThread->Start( pLocalThread ) == S_OK");
+    RequireOk(kSourceUnit, pThread->Start(localThread.get()), "pThread->Start( pLocalThread ) == S_OK");
     // It may be gone already: from here on it deletes itself.
-    static_cast<void>(spLocalThread.release());
+    static_cast<void>(localThread.release());
 }
 
 void CLocalThread::Run()
@@ -81,7 +84,7 @@ void CLocalThread::Run()
 
 void CLocalThread::CarryOut()
 {
-    if (m_bReturnToLocal)
+    if (m_returnToLocal)
     {
         AskRemoteControl();
     }
@@ -96,11 +99,11 @@ void CLocalThread::AskParserManagement()
     const auto spI = Unmarshal<IZOScpiParserManagement>(
         m_pStreamSink,
         "CoGetInterfaceAndReleaseStream (m_pStreamSink, IID_IZOScpiParserManagement, (void**)&spI) == S_OK");
-    if (m_bStart)
+    if (m_start)
     {
         ReportRefusal(spI->StartParser(), "SUCCEEDED( spI->StartParser() )");
     }
-    if (m_bStop)
+    if (m_stop)
     {
         ReportRefusal(spI->StopParser(), "SUCCEEDED( spI->StopParser() )");
     }

@@ -11,7 +11,7 @@ namespace ZoVelkor
 namespace
 {
 
-struct tagErrorText
+struct ErrorText
 {
     EnumLxiErrors code;
     const wchar_t* text;
@@ -20,7 +20,7 @@ struct tagErrorText
 using enum EnumLxiErrors;
 
 // Deliberate: 5000 lacks a word in every log and in every client that compares texts.
-constexpr tagErrorText kErrorTexts[] = {
+constexpr ErrorText kErrorTexts[] = {
     {NoError, L"No error"},
     {CapabilityConnection, L"Error during connection a capability"},
     {AlarmExists, L"Alarm could not be added, because it already exists"},
@@ -47,13 +47,13 @@ CComBSTR TextOf(EnumLxiErrors code)
 {
     const auto* const found = std::find_if(std::begin(kErrorTexts),
                                            std::end(kErrorTexts),
-                                           [code](const tagErrorText& row) { return row.code == code; });
+                                           [code](const ErrorText& row) { return row.code == code; });
     return found == std::end(kErrorTexts) ? L"Unknown error" : found->text;
 }
 
 } // namespace
 
-CLxiErrorStorage::CLxiErrorStorage(CLxiErrorStorage const& other)
+CLxiErrorStorage::CLxiErrorStorage(const CLxiErrorStorage& other)
     : m_code(this == &other ? EnumLxiErrors::NoError : other.m_code.load())
 {}
 

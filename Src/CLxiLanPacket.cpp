@@ -111,7 +111,7 @@ CLxiLanPacket::CLxiLanPacket(tagEnumLxiLanChannelId channel,
                              short isHwFlag,
                              unsigned short userDataCount,
                              const tagLxiLanUserDataType* userData)
-    : m_bDomain(static_cast<std::uint8_t>(domain))
+    : m_domain(static_cast<std::uint8_t>(domain))
 {
     const auto index = static_cast<std::size_t>(channel);
     if (index < std::size(kEventNames))
@@ -136,28 +136,28 @@ void CLxiLanPacket::setTimestamp(unsigned long seconds,
                                  unsigned long nanoSeconds,
                                  unsigned int fractional) noexcept
 {
-    m_dwSeconds = static_cast<std::uint32_t>(seconds);
-    m_dwNanoSeconds = static_cast<std::uint32_t>(nanoSeconds);
-    m_wFractionalNanoSeconds = static_cast<std::uint16_t>(fractional);
+    m_seconds = static_cast<std::uint32_t>(seconds);
+    m_nanoSeconds = static_cast<std::uint32_t>(nanoSeconds);
+    m_fractionalNanoSeconds = static_cast<std::uint16_t>(fractional);
 }
 
 void CLxiLanPacket::getTimestamp(unsigned long& seconds,
                                  unsigned long& nanoSeconds,
                                  unsigned int& fractional) const noexcept
 {
-    seconds = m_dwSeconds;
-    nanoSeconds = m_dwNanoSeconds;
-    fractional = m_wFractionalNanoSeconds;
+    seconds = m_seconds;
+    nanoSeconds = m_nanoSeconds;
+    fractional = m_fractionalNanoSeconds;
 }
 
 unsigned long long CLxiLanPacket::getTimestamp() const noexcept
 {
-    return CLxiTime(0, m_dwSeconds, m_dwNanoSeconds).GetTimeWihtoutEpoch();
+    return CLxiTime(0, m_seconds, m_nanoSeconds).GetTimeWihtoutEpoch();
 }
 
 void CLxiLanPacket::SetFlag(std::uint16_t flag, int value) noexcept
 {
-    m_wFlags = static_cast<std::uint16_t>(value == 1 ? m_wFlags | flag : m_wFlags & ~flag);
+    m_flags = static_cast<std::uint16_t>(value == 1 ? m_flags | flag : m_flags & ~flag);
 }
 
 void CLxiLanPacket::setEventId(const unsigned char* id) noexcept
@@ -226,27 +226,27 @@ void CLxiLanPacket::duplicatePacket(const CLxiLanPacket& source)
     }
     m_fields.Swap(fields);
     m_abHWDetect = source.m_abHWDetect;
-    m_bDomain = source.m_bDomain;
+    m_domain = source.m_domain;
     m_abEventId = source.m_abEventId;
-    m_dwSequenceNumber = source.m_dwSequenceNumber;
-    m_dwSeconds = source.m_dwSeconds;
-    m_dwNanoSeconds = source.m_dwNanoSeconds;
-    m_wFractionalNanoSeconds = source.m_wFractionalNanoSeconds;
-    m_wEpoch = source.m_wEpoch;
-    m_wFlags = source.m_wFlags;
+    m_sequenceNumber = source.m_sequenceNumber;
+    m_seconds = source.m_seconds;
+    m_nanoSeconds = source.m_nanoSeconds;
+    m_fractionalNanoSeconds = source.m_fractionalNanoSeconds;
+    m_epoch = source.m_epoch;
+    m_flags = source.m_flags;
 }
 
 unsigned char* CLxiLanPacket::WriteHeader(unsigned char* to) const noexcept
 {
     to = std::copy(m_abHWDetect.begin(), m_abHWDetect.end(), to);
-    to = Put(to, m_bDomain);
+    to = Put(to, m_domain);
     to = std::copy(m_abEventId.begin(), m_abEventId.end(), to);
-    to = Put(to, m_dwSequenceNumber);
-    to = Put(to, m_dwSeconds);
-    to = Put(to, m_dwNanoSeconds);
-    to = Put(to, m_wFractionalNanoSeconds);
-    to = Put(to, m_wEpoch);
-    return Put(to, m_wFlags);
+    to = Put(to, m_sequenceNumber);
+    to = Put(to, m_seconds);
+    to = Put(to, m_nanoSeconds);
+    to = Put(to, m_fractionalNanoSeconds);
+    to = Put(to, m_epoch);
+    return Put(to, m_flags);
 }
 
 void CLxiLanPacket::getSerializedDataStream(unsigned long& length, unsigned char*& data)
@@ -258,7 +258,7 @@ void CLxiLanPacket::getSerializedDataStream(unsigned long& length, unsigned char
         });
     Bytes stream = std::make_unique_for_overwrite<std::uint8_t[]>(
         kHeaderSize + dataSize + fields.size() * kWrittenFrameSize + kEndMarkSize);
-    m_dwSequenceNumber = static_cast<std::uint32_t>(InterlockedIncrement(&s_lSequenceNumber));
+    m_sequenceNumber = static_cast<std::uint32_t>(InterlockedIncrement(&s_lSequenceNumber));
     std::uint8_t* to = WriteHeader(stream.get());
     for (const LxiLanDataField& field : fields)
     {
@@ -284,17 +284,17 @@ unsigned long CLxiLanPacket::addSerializedData(unsigned long length, const unsig
         // Deliberate: within a message, too, a chunk without the mark counts as foreign and is handed back.
         return reinterpret_cast<std::uintptr_t>(data);
     }
-    const std::uint32_t size = m_dwReceivePhase == 0 ? kBasePartSize : m_wPendingFieldLength;
+    const std::uint32_t size = m_receivePhase == 0 ? kBasePartSize : m_pendingFieldLength;
     const auto count = static_cast<std::uint32_t>(
-        std::min<std::size_t>(static_cast<std::size_t>(end - begin), size - m_dwReceived));
-    std::copy_n(begin, count, m_abReceived.begin() + m_dwReceived);
-    m_dwReceived += count;
-    m_dwBytesExpected -= count;
-    if (m_dwReceived != size)
+        std::min<std::size_t>(static_cast<std::size_t>(end - begin), size - m_received));
+    std::copy_n(begin, count, m_abReceived.begin() + m_received);
+    m_received += count;
+    m_bytesExpected -= count;
+    if (m_received != size)
     {
         return 0;
     }
-    if (m_dwReceivePhase == 0)
+    if (m_receivePhase == 0)
     {
         ProcessBasePart();
     }
@@ -309,14 +309,14 @@ void CLxiLanPacket::ProcessBasePart() noexcept
 {
     const std::uint8_t* from = m_abReceived.data();
     std::copy_n(from, m_abHWDetect.size(), m_abHWDetect.begin());
-    from = Get(from + m_abHWDetect.size(), m_bDomain);
+    from = Get(from + m_abHWDetect.size(), m_domain);
     std::copy_n(from, kEventIdSize, m_abEventId.begin());
-    from = Get(from + kEventIdSize, m_dwSequenceNumber);
-    from = Get(from, m_dwSeconds);
-    from = Get(from, m_dwNanoSeconds);
-    from = Get(from, m_wFractionalNanoSeconds);
-    from = Get(from, m_wEpoch);
-    from = Get(from, m_wFlags);
+    from = Get(from + kEventIdSize, m_sequenceNumber);
+    from = Get(from, m_seconds);
+    from = Get(from, m_nanoSeconds);
+    from = Get(from, m_fractionalNanoSeconds);
+    from = Get(from, m_epoch);
+    from = Get(from, m_flags);
     std::uint16_t fieldLength = 0;
     Get(from, fieldLength);
     // Deliberate: the phase stays 0. Event handling wants the header alone, and a lost datagram must not turn
@@ -326,7 +326,7 @@ void CLxiLanPacket::ProcessBasePart() noexcept
 
 void CLxiLanPacket::ProcessUserData()
 {
-    const std::uint32_t dataSize = m_wPendingFieldLength - std::uint32_t{kFrameSize};
+    const std::uint32_t dataSize = m_pendingFieldLength - std::uint32_t{kFrameSize};
     const std::uint8_t* const data = m_abReceived.data() + 1;
     m_fields.Append(m_abReceived[0], data, dataSize);
     std::uint16_t fieldLength = 0;
@@ -337,16 +337,16 @@ void CLxiLanPacket::ProcessUserData()
 void CLxiLanPacket::AnnounceField(std::uint16_t length) noexcept
 {
     const bool isUsable = length != 0 && length <= kReceiveBufferSize - kFrameSize;
-    m_wPendingFieldLength = isUsable ? static_cast<std::uint16_t>(length + kFrameSize) : std::uint16_t{0};
-    setReceivePhase(m_dwReceivePhase);
+    m_pendingFieldLength = isUsable ? static_cast<std::uint16_t>(length + kFrameSize) : std::uint16_t{0};
+    setReceivePhase(m_receivePhase);
 }
 
 void CLxiLanPacket::setReceivePhase(unsigned int phase) noexcept
 {
-    std::fill_n(m_abReceived.begin(), m_dwReceived, std::uint8_t{0});
-    m_dwReceived = 0;
-    m_dwReceivePhase = m_wPendingFieldLength != 0 ? phase : 0;
-    m_dwBytesExpected = m_wPendingFieldLength != 0 ? m_wPendingFieldLength : kBasePartSize;
+    std::fill_n(m_abReceived.begin(), m_received, std::uint8_t{0});
+    m_received = 0;
+    m_receivePhase = m_pendingFieldLength != 0 ? phase : 0;
+    m_bytesExpected = m_pendingFieldLength != 0 ? m_pendingFieldLength : kBasePartSize;
 }
 
 void CLxiLanPacket::getReadableLANData(CComBSTR& text) const
@@ -367,16 +367,16 @@ void CLxiLanPacket::AppendHeaderText(CComBSTR& text) const
                         reinterpret_cast<const char*>(m_abHWDetect.data()));
     const std::wstring_view marks = mark.View();
     AppendPiece(text, L"%lc%lc%lc, ", wint_t(marks[0]), wint_t(marks[1]), wint_t(marks[2]));
-    AppendPiece(text, L"%i, ", int{m_bDomain});
+    AppendPiece(text, L"%i, ", int{m_domain});
     AppendOwned(text, getEventName());
-    AppendPiece(text, L", %li, ", long{static_cast<std::int32_t>(m_dwSequenceNumber)});
+    AppendPiece(text, L", %li, ", long{static_cast<std::int32_t>(m_sequenceNumber)});
 }
 
 void CLxiLanPacket::AppendTimeText(CComBSTR& text) const
 {
-    AppendOwned(text, CLxiTime(0, m_dwSeconds, m_dwNanoSeconds).GetLocal());
-    AppendPiece(text, L", %i, ", int{m_wFractionalNanoSeconds});
-    AppendPiece(text, L"%i, ", int{m_wEpoch});
+    AppendOwned(text, CLxiTime(0, m_seconds, m_nanoSeconds).GetLocal());
+    AppendPiece(text, L", %i, ", int{m_fractionalNanoSeconds});
+    AppendPiece(text, L"%i, ", int{m_epoch});
 }
 
 void CLxiLanPacket::AppendUserDataText(CComBSTR& text) const

@@ -25,55 +25,55 @@ constexpr long long Negated(long long value) noexcept
 } // namespace
 
 CLxiTimeInterval::CLxiTimeInterval(TimeInterval scaled) noexcept
-    : m_iNanoSeconds(scaled / kScale),
-      m_wFraction(static_cast<std::uint16_t>(scaled))
+    : m_nanoSeconds(scaled / kScale),
+      m_fraction(static_cast<std::uint16_t>(scaled))
 {}
 
 CLxiTimeInterval::~CLxiTimeInterval() = default;
 
 CLxiTimeInterval::operator TimeInterval() const noexcept
 {
-    const std::uint64_t scaled = static_cast<std::uint64_t>(m_iNanoSeconds) * std::uint64_t{kScale};
-    return static_cast<std::int64_t>(scaled + m_wFraction);
+    const std::uint64_t scaled = static_cast<std::uint64_t>(m_nanoSeconds) * std::uint64_t{kScale};
+    return static_cast<std::int64_t>(scaled + m_fraction);
 }
 
 void CLxiTimeInterval::SetNanoSeconds(long long nanoSeconds) noexcept
 {
-    m_wFraction = 0;
-    m_bOverFlow = nanoSeconds > kLargest || nanoSeconds < -kLargest;
-    m_iNanoSeconds = !m_bOverFlow ? nanoSeconds : nanoSeconds < 0 ? -kLargest : kLargest;
+    m_fraction = 0;
+    m_overFlow = nanoSeconds > kLargest || nanoSeconds < -kLargest;
+    m_nanoSeconds = !m_overFlow ? nanoSeconds : nanoSeconds < 0 ? -kLargest : kLargest;
 }
 
 void CLxiTimeInterval::Add(const CLxiTimeInterval& other) noexcept
 {
     const auto signedFraction = [](const CLxiTimeInterval& interval) {
-        const int fraction = interval.m_wFraction;
+        const int fraction = interval.m_fraction;
         return interval.IsNegative() ? -fraction : fraction;
     };
     // Deliberate: a negative sum is stored by its lower 16 bits and borrows nothing from the nanoseconds;
     // logs and corrections of the other nodes are computed like this.
     const int fraction = signedFraction(other) + signedFraction(*this);
-    m_wFraction = static_cast<std::uint16_t>(fraction);
-    m_iNanoSeconds = Sum(Sum(m_iNanoSeconds, other.m_iNanoSeconds), fraction / kScale);
+    m_fraction = static_cast<std::uint16_t>(fraction);
+    m_nanoSeconds = Sum(Sum(m_nanoSeconds, other.m_nanoSeconds), fraction / kScale);
 }
 
 void CLxiTimeInterval::Sub(const CLxiTimeInterval& other) noexcept
 {
     CLxiTimeInterval negated(other);
-    negated.m_iNanoSeconds = Negated(other.m_iNanoSeconds);
+    negated.m_nanoSeconds = Negated(other.m_nanoSeconds);
     Add(negated);
 }
 
 void CLxiTimeInterval::Div2() noexcept
 {
-    m_wFraction = 0;
-    m_iNanoSeconds /= 2;
+    m_fraction = 0;
+    m_nanoSeconds /= 2;
 }
 
 void CLxiTimeInterval::Reset() noexcept
 {
-    m_iNanoSeconds = 0;
-    m_wFraction = 0;
+    m_nanoSeconds = 0;
+    m_fraction = 0;
 }
 
 CLxiTimeInterval::operator std::string() const
@@ -82,10 +82,10 @@ CLxiTimeInterval::operator std::string() const
     // locale's digits, 64 columns wide; so an int is what it gets.
     if (IsNegative())
     {
-        const int shown = static_cast<int>(Negated(m_iNanoSeconds));
-        return FormatLxiText("-%I64i.%04hu", shown, m_wFraction);
+        const int shown = static_cast<int>(Negated(m_nanoSeconds));
+        return FormatLxiText("-%I64i.%04hu", shown, m_fraction);
     }
-    return FormatLxiText("%I64i.%04hu", static_cast<int>(m_iNanoSeconds), m_wFraction);
+    return FormatLxiText("%I64i.%04hu", static_cast<int>(m_nanoSeconds), m_fraction);
 }
 
 } // namespace ZoVelkor

@@ -58,18 +58,18 @@ constexpr const char* kInvalidSeparator = "invalid seperator character";
 
 /// An operator makes a range from the domain's minimum to its number, one from there to the maximum, or both;
 /// the steps are added to the number. A longer sign stands before its beginning.
-struct tagOperator
+struct Operator
 {
     std::string_view sign;
     std::optional<long> stepBelow;
     std::optional<long> stepAbove;
 };
 
-constexpr tagOperator kOperators[] = {{"<=", 0, std::nullopt},
-                                      {"<", -1, std::nullopt},
-                                      {">=", std::nullopt, 0},
-                                      {">", std::nullopt, 1},
-                                      {"!", -1, 1}};
+constexpr Operator kOperators[] = {{"<=", 0, std::nullopt},
+                                   {"<", -1, std::nullopt},
+                                   {">=", std::nullopt, 0},
+                                   {">", std::nullopt, 1},
+                                   {"!", -1, 1}};
 
 constexpr bool IsDigit(char c) noexcept
 {
@@ -81,7 +81,7 @@ constexpr bool IsInfinity(char c) noexcept
     return c == '*' || c == 'n' || c == 'N';
 }
 
-struct tagDomain
+struct Domain
 {
     long minimum;
     long maximum;
@@ -90,7 +90,7 @@ struct tagDomain
 class CExpressionParser
 {
 public:
-    CExpressionParser(std::string_view text, tagDomain domain) noexcept : m_sText(text), m_domain(domain) {}
+    CExpressionParser(std::string_view text, Domain domain) noexcept : m_text(text), m_domain(domain) {}
 
     bool Parse()
     {
@@ -106,24 +106,24 @@ public:
     }
 
     RangeList TakeRanges() noexcept { return std::move(m_ranges); }
-    std::size_t Position() const noexcept { return m_iPosition; }
-    const char* Error() const noexcept { return m_pError; }
+    std::size_t Position() const noexcept { return m_position; }
+    const char* Error() const noexcept { return m_error; }
 
 private:
-    bool AtEnd() const noexcept { return m_iPosition == m_sText.size(); }
-    char Next() const noexcept { return AtEnd() ? '\0' : m_sText[m_iPosition]; }
+    bool AtEnd() const noexcept { return m_position == m_text.size(); }
+    char Next() const noexcept { return AtEnd() ? '\0' : m_text[m_position]; }
     bool IsNumberStart() const noexcept { return Next() == '-' || IsDigit(Next()); }
 
     bool Accept(std::string_view sign) noexcept
     {
-        const bool found = m_sText.substr(m_iPosition, sign.size()) == sign;
-        m_iPosition += found ? sign.size() : 0;
+        const bool found = m_text.substr(m_position, sign.size()) == sign;
+        m_position += found ? sign.size() : 0;
         return found;
     }
 
     bool Fail(const char* error) noexcept
     {
-        m_pError = error;
+        m_error = error;
         return false;
     }
 
@@ -138,7 +138,7 @@ private:
 
     bool ParseNumber(long& number)
     {
-        const std::size_t start = m_iPosition;
+        const std::size_t start = m_position;
         if (m_domain.minimum < 0)
         {
             Accept("-");
@@ -149,11 +149,11 @@ private:
         }
         while (IsDigit(Next()))
         {
-            ++m_iPosition;
+            ++m_position;
         }
         // Deliberate: base 0 reads a leading zero as octal, as tables have been written for it. The digits
         // end for the conversion at an 8 or 9 then: 08 is 0.
-        const std::string digits(m_sText.substr(start, m_iPosition - start));
+        const std::string digits(m_text.substr(start, m_position - start));
         errno = 0;
         number = std::strtol(digits.c_str(), nullptr, 0);
         const bool fits = errno != ERANGE && number >= kLowest && number <= kHighest;
@@ -166,7 +166,7 @@ private:
         {
             return Fail(AtEnd() ? kUnexpectedEnd : kUnexpectedCharacter);
         }
-        ++m_iPosition;
+        ++m_position;
         number = m_domain.maximum;
         return true;
     }
@@ -182,11 +182,11 @@ private:
         {
             return ParseEqual();
         }
-        const auto* const pOperator =
-            std::find_if(std::begin(kOperators), std::end(kOperators), [this](const tagOperator& each) {
+        const auto* const operation =
+            std::find_if(std::begin(kOperators), std::end(kOperators), [this](const Operator& each) {
                 return Accept(each.sign);
             });
-        return pOperator != std::end(kOperators) ? ParseOpenRange(*pOperator) : Fail(kInvalidCharacter);
+        return operation != std::end(kOperators) ? ParseOpenRange(*operation) : Fail(kInvalidCharacter);
     }
 
     bool ParseEqual()
@@ -204,7 +204,7 @@ private:
         return true;
     }
 
-    bool ParseOpenRange(const tagOperator& sign)
+    bool ParseOpenRange(const Operator& sign)
     {
         long number = 0;
         if (!ParseNumber(number))
@@ -264,14 +264,14 @@ private:
 
     bool ParseUpperEnd(long& high) { return IsNumberStart() ? ParseNumber(high) : ParseInfinity(high); }
 
-    std::string_view m_sText;
-    tagDomain m_domain;
-    std::size_t m_iPosition = 0;
-    const char* m_pError = "";
+    std::string_view m_text;
+    Domain m_domain;
+    std::size_t m_position = 0;
+    const char* m_error = "";
     RangeList m_ranges;
 };
 
-tagDomain MakeDomain(long minimum, long maximum) noexcept
+Domain MakeDomain(long minimum, long maximum) noexcept
 {
     const auto [low, high] = std::minmax(minimum, maximum);
     return {std::clamp(low, kLowest, kHighest), std::clamp(high, kLowest, kHighest)};

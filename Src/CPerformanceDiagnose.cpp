@@ -42,16 +42,16 @@ CPerformanceDiagnose::CStatistik::~CStatistik() = default;
 
 void CPerformanceDiagnose::CStatistik::Push(long long ticks) noexcept
 {
-    if (m_iCount == std::numeric_limits<std::int32_t>::max())
+    if (m_count == std::numeric_limits<std::int32_t>::max())
     {
         return;
     }
     const double seconds = static_cast<double>(ticks) / static_cast<double>(TraceFrequency());
-    ++m_iCount;
-    m_dSum += seconds;
-    m_dSumOfSquares += seconds * seconds;
-    m_dMinimum = std::min(m_dMinimum, seconds);
-    m_dMaximum = std::max(m_dMaximum, seconds);
+    ++m_count;
+    m_sum += seconds;
+    m_sumOfSquares += seconds * seconds;
+    m_minimum = std::min(m_minimum, seconds);
+    m_maximum = std::max(m_maximum, seconds);
 }
 
 void CPerformanceDiagnose::CStatistik::Reset() noexcept
@@ -61,38 +61,38 @@ void CPerformanceDiagnose::CStatistik::Reset() noexcept
 
 double CPerformanceDiagnose::CStatistik::get_Mean() const noexcept
 {
-    return m_iCount != 0 ? m_dSum / m_iCount : 0.0;
+    return m_count != 0 ? m_sum / m_count : 0.0;
 }
 
 double CPerformanceDiagnose::CStatistik::get_Sdev() const noexcept
 {
     const double mean = get_Mean();
-    const double variance = m_iCount != 0 ? m_dSumOfSquares / m_iCount - mean * mean : 0.0;
+    const double variance = m_count != 0 ? m_sumOfSquares / m_count - mean * mean : 0.0;
     return std::sqrt(std::max(variance, 0.0)); // rounding can leave equal samples just below 0
 }
 
 CPerformanceDiagnose::CRunControl::CRunControl() noexcept
-    : m_iRunStart(GetPerfCounter()),
-      m_iSectionStart(m_iRunStart),
-      m_iSectionEnd(m_iRunStart)
+    : m_runStart(GetPerfCounter()),
+      m_sectionStart(m_runStart),
+      m_sectionEnd(m_runStart)
 {}
 
 CPerformanceDiagnose::CRunControl::~CRunControl() = default;
 
 void CPerformanceDiagnose::CRunControl::NextSection() noexcept
 {
-    m_iSectionStart = m_iSectionEnd;
-    m_iSectionEnd = GetPerfCounter();
+    m_sectionStart = m_sectionEnd;
+    m_sectionEnd = GetPerfCounter();
 }
 
 CPerformanceDiagnose::CMeasurement::CMeasurement(CStatistik& statistic) noexcept
     : m_statistic(statistic),
-      m_iStart(GetPerfCounter())
+      m_start(GetPerfCounter())
 {}
 
 CPerformanceDiagnose::CMeasurement::~CMeasurement()
 {
-    m_statistic.Push(TicksBetween(m_iStart, GetPerfCounter()));
+    m_statistic.Push(TicksBetween(m_start, GetPerfCounter()));
 }
 
 long long CPerformanceDiagnose::GetPerfCounter() noexcept

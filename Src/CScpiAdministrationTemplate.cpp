@@ -25,10 +25,10 @@ ZO_SOURCE_UNIT("Src/CScpiAdministrationTemplate")
 template <class T>
 CComPtr<T> Service(const char* condition)
 {
-    CComPtr<T> pService;
-    static_cast<void>(ZoGetRegisteredInterface(&T::kInterfaceId, &pService));
-    RequireInterface(kSourceUnit, pService, condition);
-    return pService;
+    CComPtr<T> service;
+    static_cast<void>(ZoGetRegisteredInterface(&T::kInterfaceId, &service));
+    RequireInterface(kSourceUnit, service, condition);
+    return service;
 }
 
 CComPtr<IZOScpiMultichannelAdministration> Administration()
@@ -51,26 +51,26 @@ HRESULT Administer(IUnknown* object,
                    const char* interfaceCondition,
                    HRESULT (IZOScpiMultichannelAdministration::*operation)(T*))
 {
-    const CComQIPtr<T> pInterface(object);
-    RequireInterface(kSourceUnit, pInterface, interfaceCondition);
-    return (Administration()->*operation)(pInterface);
+    const CComQIPtr<T> interface(object);
+    RequireInterface(kSourceUnit, interface, interfaceCondition);
+    return (Administration()->*operation)(interface);
 }
 
 constexpr char kParserCondition[] = "pMyScpiParser != NULL";
 constexpr char kObserverCondition[] = "pMyEventObserver != NULL";
 
 /// Ends a registration, which must give S_OK.
-HRESULT RegistrationResult(HRESULT hr, const char* message)
+HRESULT RegistrationResult(HRESULT result, const char* message)
 {
-    Require(kSourceUnit, hr == S_OK, "hr == S_OK", message);
-    return hr;
+    Require(kSourceUnit, result == S_OK, "hr == S_OK", message);
+    return result;
 }
 
 /// Ends the removal of a registration; S_FALSE, nothing was registered, is the caller's to judge.
-HRESULT RemovalResult(HRESULT hr, const char* message)
+HRESULT RemovalResult(HRESULT result, const char* message)
 {
-    Require(kSourceUnit, hr == S_OK || hr == S_FALSE, "hr == S_OK || hr == S_FALSE", message);
-    return hr;
+    Require(kSourceUnit, result == S_OK || result == S_FALSE, "hr == S_OK || hr == S_FALSE", message);
+    return result;
 }
 
 } // namespace
@@ -79,14 +79,14 @@ HRESULT CScpiAdministrationTemplate::AttachRemoteSystem()
 {
     DetachRemoteSystem();
     const auto pMultichannelAdmin = Administration();
-    const auto pMultichannelFunc = Service<IZOScpiMultichannelFunctionality>("p_MultichannelFunc != NULL");
+    const auto multichannelFunc = Service<IZOScpiMultichannelFunctionality>("p_MultichannelFunc != NULL");
     const long count = RemotePathCount(*pMultichannelAdmin);
     std::vector<CComPtr<IZOScpiParserManagement>> parserManagements(static_cast<std::size_t>(count));
     for (long i = 0; i < count; ++i)
     {
         RequireOk(
             kSourceUnit,
-            pMultichannelFunc->GetScpiParserManagement(i, &parserManagements[static_cast<std::size_t>(i)]),
+            multichannelFunc->GetScpiParserManagement(i, &parserManagements[static_cast<std::size_t>(i)]),
             "p_MultichannelFunc->GetScpiParserManagement ( i, ... ) == S_OK");
     }
     m_parserManagements = std::move(parserManagements);
@@ -175,12 +175,12 @@ HRESULT CScpiAdministrationTemplate::UnregisterScpiPlugIn(IUnknown* pPlugIn)
                          "could not unregister plug-in");
 }
 
-HRESULT CScpiAdministrationTemplate::SetupAggregatedParser(IUnknown* /*pOuter*/,
+HRESULT CScpiAdministrationTemplate::SetupAggregatedParser(IUnknown* /*outer*/,
                                                            IUnknown* pInner,
                                                            long length,
-                                                           char const* data,
+                                                           const char* data,
                                                            tagZO_SCPI_PARSER_TYPE type,
-                                                           wchar_t const* name,
+                                                           const wchar_t* name,
                                                            bool activatedMeasurementParser)
 {
     if (pInner == nullptr)

@@ -10,14 +10,14 @@ namespace ZoVelkor
 namespace
 {
 
-struct tagErrorRow
+struct ErrorRow
 {
     short code;
     const char* text;
 };
 
 // Deliberate: the text of -115 lacks its plural; instruments have always answered it so.
-constexpr tagErrorRow kErrorRows[] = {
+constexpr ErrorRow kErrorRows[] = {
     {0, "No error"},
     {-100, "Command error"},
     {-101, "Invalid character"},
@@ -142,7 +142,7 @@ constexpr tagErrorRow kErrorRows[] = {
 };
 
 static_assert(std::size(kErrorRows) == 121);
-static_assert(std::ranges::adjacent_find(kErrorRows, std::ranges::less_equal(), &tagErrorRow::code) ==
+static_assert(std::ranges::adjacent_find(kErrorRows, std::ranges::less_equal(), &ErrorRow::code) ==
                   std::end(kErrorRows),
               "descending and unique: the rows are searched by bisection");
 
@@ -152,14 +152,13 @@ constexpr std::string_view kUnknownErrorText = "Device specific error";
 
 std::string_view GetScpiErrorText(short code) noexcept
 {
-    const tagErrorRow* row =
-        std::ranges::lower_bound(kErrorRows, code, std::ranges::greater(), &tagErrorRow::code);
+    const ErrorRow* row = std::ranges::lower_bound(kErrorRows, code, std::ranges::greater(), &ErrorRow::code);
     return row != std::end(kErrorRows) && row->code == code ? row->text : kUnknownErrorText;
 }
 
 CScpiErrorMap::CScpiErrorMap()
 {
-    for (const tagErrorRow& row : kErrorRows)
+    for (const ErrorRow& row : kErrorRows)
     {
         m_texts.emplace_hint(m_texts.begin(), row.code, CComBSTR(row.text));
     }

@@ -23,20 +23,20 @@ public:
     CCommandWalk(bool diagnostic, bool syntax, const _CMD_SET_RECORD* table, std::list<std::string>& out)
         : m_diagnostic(diagnostic),
           m_syntax(syntax),
-          m_pTable(table),
+          m_table(table),
           m_out(out)
     {}
 
     void WalkTable(std::size_t count)
     {
-        const tagTableRoots roots = FindTableRoots(m_pTable, count);
+        const tagTableRoots roots = FindTableRoots(m_table, count);
         if (roots.iCommon != tagTableRoots::kNone)
         {
-            WalkGroup("*", m_pTable + roots.iCommon);
+            WalkGroup("*", m_table + roots.iCommon);
         }
         if (roots.iOrdinary != tagTableRoots::kNone)
         {
-            WalkGroup(std::string(), m_pTable + roots.iOrdinary);
+            WalkGroup(std::string(), m_table + roots.iOrdinary);
         }
     }
 
@@ -63,7 +63,7 @@ private:
         const long child = TableIndex(header.iSubStart);
         if (child > 0)
         {
-            WalkGroup(path, m_pTable + child);
+            WalkGroup(path, m_table + child);
         }
         const bool isExecutable = header.iNodataMode != DEF || header.iDataMode != DEF;
         if (!isExecutable || CScpiParserTable::GetSystemHelpHeaderIsDiagnostic(header) != m_diagnostic)
@@ -72,11 +72,11 @@ private:
         }
         if (m_syntax)
         {
-            CScpiParserTable::CollectSyntaxHelp(path, m_out, header, m_pTable);
+            CScpiParserTable::CollectSyntaxHelp(path, m_out, header, m_table);
         }
         else
         {
-            CScpiParserTable::CollectHeaderHelp(path, m_out, header, m_pTable);
+            CScpiParserTable::CollectHeaderHelp(path, m_out, header, m_table);
         }
     }
 
@@ -94,30 +94,30 @@ private:
 
     bool m_diagnostic;
     bool m_syntax;
-    const _CMD_SET_RECORD* m_pTable;
+    const _CMD_SET_RECORD* m_table;
     std::list<std::string>& m_out;
     std::vector<const _CMD_SET_RECORD*> m_ancestors;
 };
 
 /// Which forms a header has; a header without the query flag is for setting.
-enum class tagForms
+enum class Forms
 {
     SettingOnly,
     QueryOnly,
     Both
 };
 
-tagForms FormsOf(const _CS_HDR& header)
+Forms FormsOf(const _CS_HDR& header)
 {
     if ((header.iFollow & QMARK) == 0)
     {
-        return tagForms::SettingOnly;
+        return Forms::SettingOnly;
     }
-    return (header.iFollow & HDR_SET) != 0 ? tagForms::Both : tagForms::QueryOnly;
+    return (header.iFollow & HDR_SET) != 0 ? Forms::Both : Forms::QueryOnly;
 }
 
 /// A word that a parameter type stands for.
-struct tagTypeWord
+struct TypeWord
 {
     std::uint32_t mask;
     const char* word;
@@ -128,21 +128,21 @@ constexpr std::uint32_t kBooleanType = ARG_SFLOAT | ARG_OFF | MNEM;
 static_assert(kBooleanType == 0x81CF02);
 
 /// The first row whose bits are all set names the number.
-constexpr tagTypeWord kNumberWords[] = {
+constexpr TypeWord kNumberWords[] = {
     {ARG_SFLOAT, "<numeric_value>"},
     {ARG_SINT, "<integer>"},
     {ARG_PFLOAT_S | ARG_NFLOAT_S, "<float>"},
 };
 
 /// The number notations of types that none of the rows above covers.
-constexpr tagTypeWord kNotationWords[] = {
+constexpr TypeWord kNotationWords[] = {
     {ARG_HEX, "<hex>"},
     {ARG_BIN, "<bin>"},
     {ARG_OCT, "<oct>"},
 };
 
 /// Each row of which one bit is set adds its word.
-constexpr tagTypeWord kTypeWords[] = {
+constexpr TypeWord kTypeWords[] = {
     {ARG_MINMAX, "MINimum"},
     {ARG_MINMAX, "MAXimum"},
     {ARG_DEFAULT, "DEFault"},
@@ -156,13 +156,13 @@ constexpr tagTypeWord kTypeWords[] = {
     {ARG_BLOCK, "<block_data>"},
 };
 
-struct tagCollapse
+struct CollapseRule
 {
     std::string_view words;
     std::string_view replacement;
 };
 
-constexpr tagCollapse kCollapses[] = {
+constexpr CollapseRule kCollapses[] = {
     {"<numeric_value>|ON|OFF", "<boolean>"},
     {"<numeric_value>|OFF|ON", "<boolean>"},
     {"<boolean>|OFF|ON", "<boolean>"},
@@ -170,9 +170,9 @@ constexpr tagCollapse kCollapses[] = {
 };
 
 template <std::size_t size>
-void AddWords(std::set<std::string>& words, const tagTypeWord (&rows)[size], std::uint32_t type)
+void AddWords(std::set<std::string>& words, const TypeWord (&rows)[size], std::uint32_t type)
 {
-    for (const tagTypeWord& row : rows)
+    for (const TypeWord& row : rows)
     {
         if ((type & row.mask) != 0)
         {
@@ -188,7 +188,7 @@ void AddNumberWords(std::set<std::string>& words, std::uint32_t type)
         words.insert("<boolean>");
         return;
     }
-    for (const tagTypeWord& row : kNumberWords)
+    for (const TypeWord& row : kNumberWords)
     {
         if ((type & row.mask) == row.mask)
         {
@@ -210,7 +210,7 @@ void AppendWord(std::string& text, std::string_view word, char separator)
 }
 
 /// Replaces a run of whole words in a text joined by "|".
-void Collapse(std::string& text, const tagCollapse& rule)
+void Collapse(std::string& text, const CollapseRule& rule)
 {
     const std::size_t begin = text.find(rule.words);
     if (begin == std::string::npos)
@@ -229,12 +229,12 @@ void Collapse(std::string& text, const tagCollapse& rule)
 
 bool CScpiParserTable::HasCommonCommands() const
 {
-    return m_pTable != nullptr && m_iCount > 0 && IsCommonCommand(m_pTable->hdr);
+    return m_table != nullptr && m_count > 0 && IsCommonCommand(m_table->hdr);
 }
 
 long CScpiParserTable::GetParGroupSize(long start) const
 {
-    if (m_pTable == nullptr || start < 0 || start >= m_iCount)
+    if (m_table == nullptr || start < 0 || start >= m_count)
     {
         return 0;
     }
@@ -243,8 +243,8 @@ long CScpiParserTable::GetParGroupSize(long start) const
     do
     {
         size = std::max(size, index - start + 1);
-        index = TableIndex(m_pTable[index].par.iNextPar);
-    } while (index >= start + size && index < m_iCount);
+        index = TableIndex(m_table[index].par.iNextPar);
+    } while (index >= start + size && index < m_count);
     return size;
 }
 
@@ -252,10 +252,10 @@ long CScpiParserTable::GetAllCommands(bool diagnostic, bool syntax, std::list<st
 {
     out.clear();
     const bool isSound =
-        m_iCount == kUnknownCount || !CheckScpiTable(m_pTable, static_cast<std::size_t>(m_iCount));
-    if (m_pTable != nullptr && isSound)
+        m_count == kUnknownCount || !CheckScpiTable(m_table, static_cast<std::size_t>(m_count));
+    if (m_table != nullptr && isSound)
     {
-        CCommandWalk(diagnostic, syntax, m_pTable, out).WalkTable(static_cast<std::size_t>(m_iCount));
+        CCommandWalk(diagnostic, syntax, m_table, out).WalkTable(static_cast<std::size_t>(m_count));
     }
     return 0;
 }
@@ -309,11 +309,11 @@ std::string CScpiParserTable::GetSystemHelpHeaderMessageTerminator(const _CS_HDR
 {
     switch (FormsOf(header))
     {
-    case tagForms::SettingOnly:
+    case Forms::SettingOnly:
         return "/nquery/";
-    case tagForms::QueryOnly:
+    case Forms::QueryOnly:
         return "?/qonly/";
-    case tagForms::Both:
+    case Forms::Both:
         break;
     }
     return {};
@@ -323,11 +323,11 @@ std::string CScpiParserTable::GetSystemHelpSyntaxMessageTerminator(const _CS_HDR
 {
     switch (FormsOf(header))
     {
-    case tagForms::Both:
+    case Forms::Both:
         return "[?]";
-    case tagForms::QueryOnly:
+    case Forms::QueryOnly:
         return "?";
-    case tagForms::SettingOnly:
+    case Forms::SettingOnly:
         break;
     }
     return {};
@@ -367,7 +367,7 @@ std::string CScpiParserTable::GetSystemHelpSyntaxParameter(const _CS_PAR& parame
     {
         AppendWord(text, word, '|');
     }
-    for (const tagCollapse& rule : kCollapses)
+    for (const CollapseRule& rule : kCollapses)
     {
         Collapse(text, rule);
     }

@@ -21,8 +21,8 @@ class CGroupAnalyser
 public:
     CGroupAnalyser(const CScpiParserTable& table, CScpiParserTableGroups& groups)
         : m_table(table),
-          m_pRecords(table.GetParserTable()),
-          m_iCount(table.GetRecordCount()),
+          m_records(table.GetParserTable()),
+          m_count(table.GetRecordCount()),
           m_groups(groups)
     {}
 
@@ -41,7 +41,7 @@ public:
 private:
     bool IsNew(tagScpiTableKind kind, long start)
     {
-        return start < m_iCount && m_seen[static_cast<std::size_t>(kind)].insert(start).second;
+        return start < m_count && m_seen[static_cast<std::size_t>(kind)].insert(start).second;
     }
 
     void AddPending(long start)
@@ -52,11 +52,11 @@ private:
         }
     }
 
-    bool IsInside(long start, long size) const { return size <= m_iCount - start; }
+    bool IsInside(long start, long size) const { return size <= m_count - start; }
 
     void AnalyseHeaderGroup(long start)
     {
-        const long length = TableIndex(m_pRecords[start].hdr.iLength);
+        const long length = TableIndex(m_records[start].hdr.iLength);
         if (length < 0 || !IsInside(start, length))
         {
             return;
@@ -64,7 +64,7 @@ private:
         m_groups.AddGroup(tagScpiTableKind::Header, start, length);
         for (long i = start; i < start + length; ++i)
         {
-            const _CS_HDR& header = m_pRecords[i].hdr;
+            const _CS_HDR& header = m_records[i].hdr;
             if (TableIndex(header.iSubStart) > 0)
             {
                 AddPending(TableIndex(header.iSubStart));
@@ -96,7 +96,7 @@ private:
         {
             for (next = std::max(next, start); next < end; ++next)
             {
-                const _CS_PAR& parameter = m_pRecords[next].par;
+                const _CS_PAR& parameter = m_records[next].par;
                 AnalyseList(tagScpiTableKind::CharacterData, TableIndex(parameter.iKeywords));
                 AnalyseList(tagScpiTableKind::UnitSuffix, TableIndex(parameter.iSuffixList));
             }
@@ -111,7 +111,7 @@ private:
         {
             return;
         }
-        const long length = TableIndex(m_pRecords[start].sfx.iLength);
+        const long length = TableIndex(m_records[start].sfx.iLength);
         if (length >= 0 && IsInside(start, length))
         {
             m_groups.AddGroup(kind, start, length);
@@ -119,8 +119,8 @@ private:
     }
 
     const CScpiParserTable& m_table;
-    const _CMD_SET_RECORD* m_pRecords;
-    long m_iCount;
+    const _CMD_SET_RECORD* m_records;
+    long m_count;
     CScpiParserTableGroups& m_groups;
     std::vector<long> m_pending;
     std::vector<std::pair<long, long>> m_parameters; ///< start and end of chains not yet looked into
@@ -131,25 +131,25 @@ private:
 
 void CScpiParserTable::AnalyseGroups(CScpiParserTableGroups& groups) const
 {
-    if (m_pTable == nullptr)
+    if (m_table == nullptr)
     {
         return;
     }
     groups.Reset();
-    if (m_iCount > 0)
+    if (m_count > 0)
     {
         CGroupAnalyser analyser(*this, groups);
         analyser.AnalyseHeaders(0);
-        analyser.AnalyseHeaders(RootGroupIndex(m_pTable, m_iCount));
+        analyser.AnalyseHeaders(RootGroupIndex(m_table, m_count));
     }
-    if (m_iCount != kUnknownCount && m_iCount > 0)
+    if (m_count != kUnknownCount && m_count > 0)
     {
-        const auto count = static_cast<std::size_t>(m_iCount);
-        const auto start = static_cast<long>(FindSuffixExpressionStart(m_pTable, count));
+        const auto count = static_cast<std::size_t>(m_count);
+        const auto start = static_cast<long>(FindSuffixExpressionStart(m_table, count));
         // Expressions stand behind every other group; damaged records inside a group are none.
-        if (start < m_iCount && start >= groups.TableEnd())
+        if (start < m_count && start >= groups.TableEnd())
         {
-            groups.AddGroup(tagScpiTableKind::NumericSuffix, start, m_iCount - start);
+            groups.AddGroup(tagScpiTableKind::NumericSuffix, start, m_count - start);
         }
     }
     groups.Finish();

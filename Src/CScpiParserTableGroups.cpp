@@ -37,7 +37,7 @@ void CScpiParserTableGroups::AddGroup(tagScpiTableKind kind, long start, long si
     {
         m_groups.at(static_cast<std::size_t>(kind)).push_back(start);
     }
-    m_iTableEnd = std::max(m_iTableEnd, start + std::max(size, 0L));
+    m_tableEnd = std::max(m_tableEnd, start + std::max(size, 0L));
 }
 
 void CScpiParserTableGroups::Finish()
@@ -47,7 +47,7 @@ void CScpiParserTableGroups::Finish()
         std::sort(starts.begin(), starts.end());
         starts.erase(std::unique(starts.begin(), starts.end()), starts.end());
     }
-    m_iOffsetWidth = WidthOf(m_iTableEnd);
+    m_offsetWidth = WidthOf(m_tableEnd);
 }
 
 const std::vector<long>& CScpiParserTableGroups::Groups(tagScpiTableKind kind) const
@@ -79,7 +79,7 @@ void CScpiParserTableGroups::TokeniseValue(std::string& text, std::uint32_t valu
 
 void CScpiParserTableGroups::DumpOffset(std::ostream& out, long index) const
 {
-    out << fmt::format("/* [{:>{}}] */ ", index, m_iOffsetWidth);
+    out << fmt::format("/* [{:>{}}] */ ", index, m_offsetWidth);
 }
 
 } // namespace ZoVelkor

@@ -33,10 +33,10 @@ std::size_t KindIndex(tagScpiTableKind kind)
 }
 
 /// First record and number of records.
-using tagRun = std::pair<std::size_t, std::size_t>;
+using RecordRun = std::pair<std::size_t, std::size_t>;
 
 /// What one parameter brings along: the way to the next parameter, or its units or mnemonics.
-tagRun RunOf(tagScpiTableKind kind, const _CMD_SET_RECORD* table, std::size_t record, std::size_t count)
+RecordRun RunOf(tagScpiTableKind kind, const _CMD_SET_RECORD* table, std::size_t record, std::size_t count)
 {
     const _CS_PAR& parameter = table[record].par;
     if (kind == tagScpiTableKind::Parameter)
@@ -57,10 +57,10 @@ tagRun RunOf(tagScpiTableKind kind, const _CMD_SET_RECORD* table, std::size_t re
 }
 
 /// Runs of records, from the first up to the one behind the last.
-using tagRuns = std::vector<std::pair<std::size_t, std::size_t>>;
+using Runs = std::vector<std::pair<std::size_t, std::size_t>>;
 
 /// Joins runs that overlap, so that no record is copied twice.
-void UniteRuns(tagRuns& runs)
+void UniteRuns(Runs& runs)
 {
     std::sort(runs.begin(), runs.end());
     std::size_t kept = 0;
@@ -134,8 +134,8 @@ void CScpiParserTableMerger::Discard()
 {
     m_levels.clear();
     m_expressions.clear();
-    m_pCommon = nullptr;
-    m_pRoot = nullptr;
+    m_common = nullptr;
+    m_root = nullptr;
     for (auto* const groups : {&m_headerGroups, &m_parameterGroups, &m_unitGroups, &m_characterGroups})
     {
         groups->clear();
@@ -260,11 +260,12 @@ void CScpiParserTableMerger::MergeLists(tagScpiTableKind kind, std::list<Dynamic
         {
             continue;
         }
-        tagRuns runs;
+        Runs runs;
         for (std::size_t i = 0; i < plugin.isParameter.size(); ++i)
         {
-            const auto [start, length] =
-                plugin.isParameter[i] ? RunOf(kind, plugin.pTable, i, plugin.isParameter.size()) : tagRun();
+            const auto [start, length] = plugin.isParameter[i]
+                                             ? RunOf(kind, plugin.pTable, i, plugin.isParameter.size())
+                                             : RecordRun();
             if (length != 0)
             {
                 runs.emplace_back(start, start + length);
@@ -301,9 +302,9 @@ void CScpiParserTableMerger::MergeHdr()
             roots.push_back({&plugin, root});
         }
     }
-    m_pCommon = MergeHdrGroups(std::move(common));
-    m_pRoot = MergeHdrGroups(std::move(roots));
-    if (m_pCommon != nullptr)
+    m_common = MergeHdrGroups(std::move(common));
+    m_root = MergeHdrGroups(std::move(roots));
+    if (m_common != nullptr)
     {
         SeparateRoot();
     }
@@ -313,17 +314,17 @@ void CScpiParserTableMerger::MergeHdr()
 /// they look for it even if there is none.
 void CScpiParserTableMerger::SeparateRoot()
 {
-    const bool isHidden = m_pRoot != nullptr && m_pRoot->definitions.front().Keyword() == "undef";
-    const bool isMissing = m_pRoot == nullptr;
+    const bool isHidden = m_root != nullptr && m_root->definitions.front().Keyword() == "undef";
+    const bool isMissing = m_root == nullptr;
     if (isMissing)
     {
-        m_pRoot = &m_headerGroups.emplace_back();
+        m_root = &m_headerGroups.emplace_back();
     }
     if (isHidden || isMissing)
     {
-        m_pRoot->definitions.insert(m_pRoot->definitions.begin(), tagRecordReference{});
-        m_pRoot->children.insert(m_pRoot->children.begin(), nullptr);
-        m_pRoot->iLength = m_pRoot->definitions.size();
+        m_root->definitions.insert(m_root->definitions.begin(), tagRecordReference{});
+        m_root->children.insert(m_root->children.begin(), nullptr);
+        m_root->iLength = m_root->definitions.size();
     }
 }
 
@@ -423,8 +424,8 @@ void CScpiParserTableMerger::MergeEntry(tagRecordReference& definition, const ta
 void CScpiParserTableMerger::MergeRenderOffsets(tagTable& table, tagSinks& sinks)
 {
     std::size_t next = 0;
-    Place(m_pCommon, next);
-    Place(m_pRoot, next);
+    Place(m_common, next);
+    Place(m_root, next);
     for (DynamicParserTableGroup& level : m_headerGroups)
     {
         Place(&level, next);
@@ -510,7 +511,7 @@ void CScpiParserTableMerger::MergeRenderBinary(tagTable& table, tagSinks& sinks)
     if (table.size() != 0)
     {
         std::uint32_t& flags = table[0].hdr.iFollow;
-        flags = m_pCommon != nullptr ? flags | CCMD : flags & ~CCMD;
+        flags = m_common != nullptr ? flags | CCMD : flags & ~CCMD;
     }
 }
 

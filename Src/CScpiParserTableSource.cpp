@@ -15,13 +15,13 @@ namespace ZoVelkor
 namespace
 {
 
-struct tagFlagName
+struct FlagName
 {
     const char* name;
     std::uint32_t mask;
 };
 
-constexpr tagFlagName kHeaderFlags[] = {
+constexpr FlagName kHeaderFlags[] = {
     {"CCMD", CCMD},
     {"MNEM", MNEM},
     {"COMP", COMP},
@@ -37,7 +37,7 @@ constexpr tagFlagName kHeaderFlags[] = {
 };
 
 /// Names of several bits stand before the names of the bits.
-constexpr tagFlagName kParameterTypes[] = {
+constexpr FlagName kParameterTypes[] = {
     {"ARG_SFLOAT", ARG_SFLOAT},
     {"ARG_SINT", ARG_SINT},
     {"ARG_PFLOAT", ARG_PFLOAT},
@@ -69,7 +69,7 @@ constexpr tagFlagName kParameterTypes[] = {
     {"SYNERR", SYNERR},
 };
 
-constexpr tagFlagName kArgumentFlags[] = {
+constexpr FlagName kArgumentFlags[] = {
     {"ARG_FLAG_EXP", ARG_FLAG_EXP},
     {"ARG_FLAG_SSR", ARG_FLAG_SSR},
     {"ARG_FLAG_REP", ARG_FLAG_REP},
@@ -80,12 +80,12 @@ constexpr tagFlagName kArgumentFlags[] = {
     {"ARG_FLAG_OPT_GROUP", ARG_FLAG_OPT_GROUP},
 };
 
-constexpr tagFlagName kArgumentFlagsWithoutSsr[] = {
+constexpr FlagName kArgumentFlagsWithoutSsr[] = {
     {"JA", ARG_FLAG_EXP},
 };
 
 /// How a kind of group is written.
-struct tagKindText
+struct KindText
 {
     tagScpiTableKind kind;
     const char* label;
@@ -103,7 +103,7 @@ constexpr const char* kWordColumns = " *    | keyword       | enum              
 // clang-format on
 
 /// In the order in which a record is looked up.
-constexpr tagKindText kKinds[] = {
+constexpr KindText kKinds[] = {
     {tagScpiTableKind::Header, "HDR", "/** command token tables", kHeaderColumns},
     {tagScpiTableKind::Parameter, "PAR", "/** parameter types", kParameterColumns},
     {tagScpiTableKind::CharacterData, "CHR", "/** character data tables", kWordColumns},
@@ -218,10 +218,10 @@ std::string Quoted(const char (&field)[size])
 }
 
 template <std::size_t size>
-std::string FlagText(const tagFlagName (&names)[size], std::uint32_t value)
+std::string FlagText(const FlagName (&names)[size], std::uint32_t value)
 {
     std::string text;
-    for (const tagFlagName& row : names)
+    for (const FlagName& row : names)
     {
         CScpiParserTableGroups::TokeniseEnum(text, value, row.name, row.mask);
     }
@@ -310,7 +310,7 @@ std::string RecordText(CScpiParserTableGroups& groups, tagScpiTableKind kind, co
 
 /// Column comment, at the first group of a kind, and label of a group.
 void WriteGroupBlock(
-    std::ostream& source, CScpiParserTableGroups& groups, const tagKindText& text, long start, long size)
+    std::ostream& source, CScpiParserTableGroups& groups, const KindText& text, long start, long size)
 {
     bool& isStarted = groups.m_commentWritten.at(static_cast<std::size_t>(text.kind));
     // Deliberate: users of the labels know the first group of a kind as 0 and the last one as 1.
@@ -384,7 +384,7 @@ void CScpiParserTable::DumpSource_Element(std::ostream& source,
 {
     DumpSource_Group(source, groups, index);
     groups.DumpOffset(source, index);
-    const std::string text = RecordText(groups, groups.m_eKind, m_pTable[index]);
+    const std::string text = RecordText(groups, groups.m_kind, m_table[index]);
     if (text.empty())
     {
         // Deliberate: the hole is shown; what the record means is not known.
@@ -399,21 +399,21 @@ void CScpiParserTable::DumpSource_Group(std::ostream& source,
                                         long index) const
 {
     // Behind a group that lies inside another one the outer group goes on.
-    if (groups.m_eKind == tagScpiTableKind::None || index >= GroupEnd(groups, groups.m_eKind))
+    if (groups.m_kind == tagScpiTableKind::None || index >= GroupEnd(groups, groups.m_kind))
     {
         const auto* const outer =
-            std::find_if(std::begin(kKinds), std::end(kKinds), [&](const tagKindText& row) {
+            std::find_if(std::begin(kKinds), std::end(kKinds), [&](const KindText& row) {
                 return index < GroupEnd(groups, row.kind);
             });
-        groups.m_eKind = outer != std::end(kKinds) ? outer->kind : tagScpiTableKind::None;
+        groups.m_kind = outer != std::end(kKinds) ? outer->kind : tagScpiTableKind::None;
     }
     if (StartsAt(groups, tagScpiTableKind::NumericSuffix, index))
     {
-        groups.m_eKind = tagScpiTableKind::NumericSuffix;
-        GroupEnd(groups, groups.m_eKind) = groups.TableEnd();
+        groups.m_kind = tagScpiTableKind::NumericSuffix;
+        GroupEnd(groups, groups.m_kind) = groups.TableEnd();
         return;
     }
-    const auto* const text = std::find_if(std::begin(kKinds), std::end(kKinds), [&](const tagKindText& row) {
+    const auto* const text = std::find_if(std::begin(kKinds), std::end(kKinds), [&](const KindText& row) {
         return StartsAt(groups, row.kind, index);
     });
     if (text == std::end(kKinds))
@@ -423,13 +423,13 @@ void CScpiParserTable::DumpSource_Group(std::ostream& source,
     const long size = GetGroupSize(text->kind, index);
     WriteGroupBlock(source, groups, *text, index, size);
     // A parameter chain may begin inside another one; the longer one counts.
-    groups.m_eKind = text->kind;
+    groups.m_kind = text->kind;
     GroupEnd(groups, text->kind) = std::max(GroupEnd(groups, text->kind), index + size);
 }
 
 long CScpiParserTable::GetGroupSize(tagScpiTableKind kind, long start) const
 {
-    const _CMD_SET_RECORD& record = m_pTable[start];
+    const _CMD_SET_RECORD& record = m_table[start];
     switch (kind)
     {
     case tagScpiTableKind::Header:

@@ -86,20 +86,20 @@ CComPtr<IZOScpiObjectRegistration> ObjectRegistrationOf(IZOScpiParserManagement&
 /// Makes a request to a service, here or on a thread; without the service there is nothing to do.
 template <class TService, class... TArguments>
 HRESULT Request(bool onThread,
-                TService* pService,
+                TService* service,
                 HRESULT (TService::*operation)(),
                 TArguments... threadArguments) noexcept
 {
-    if (pService == nullptr)
+    if (service == nullptr)
     {
         return S_OK;
     }
     return FailOnException([&] {
         if (!onThread)
         {
-            return (pService->*operation)();
+            return (service->*operation)();
         }
-        CLocalThread::StartOnPoolThread(std::make_unique<CLocalThread>(pService, threadArguments...));
+        CLocalThread::StartOnPoolThread(std::make_unique<CLocalThread>(service, threadArguments...));
         return S_OK;
     });
 }
@@ -231,12 +231,12 @@ HRESULT CSwplScpiManager::UnregisterParser(CSwplScpiParser* pParser) noexcept
         {
             return S_OK;
         }
-        const HRESULT hr =
+        const HRESULT result =
             ObjectRegistrationOf(*m_pScpiParserManagement)->UnregisterObject(pParser->GetGuid());
         RequireOk(kSourceUnit,
-                  hr == S_FALSE ? S_OK : hr,
+                  result == S_FALSE ? S_OK : result,
                   "SUCCEEDED( pIObjectRegistration->UnregisterObject( guidObjectId ) )");
-        return hr;
+        return result;
     });
 }
 

@@ -32,14 +32,14 @@ HRESULT CSwplScpiParser::Attach(IUnknown* object)
     const CComPtr<IUnknown> pObject(object);
     Take(pObject, m_pIScpiParser);
     Take(pObject, m_pIScpiExecutionSink);
-    Take(pObject, m_pIScpiCommands);
+    Take(pObject, m_iScpiCommands);
     return S_OK;
 }
 
 HRESULT CSwplScpiParser::RegisterCommandTree(long length,
-                                             char const* data,
+                                             const char* data,
                                              tagZO_SCPI_PARSER_TYPE type,
-                                             wchar_t const* name)
+                                             const wchar_t* name)
 {
     RequireInterface(kSourceUnit, m_pIScpiParser, "m_pIScpiParser != NULL");
     const tagZO_SCPI_PARSER_TREE locTransfer = MakeParserTree(kSourceUnit, length, data);
@@ -48,8 +48,8 @@ HRESULT CSwplScpiParser::RegisterCommandTree(long length,
         kSourceUnit,
         m_pIScpiParser->RegisterCommandTree(type, bsApplicName, locTransfer, m_pIScpiExecutionSink),
         "m_pIScpiParser->RegisterCommandTree(ParserType, bsApplicName, locTransfer, m_pIScpiExecutionSink)");
-    m_eParserType = type;
-    m_bsParserName = std::move(bsApplicName);
+    m_parserType = type;
+    m_parserName = std::move(bsApplicName);
     return S_OK;
 }
 
@@ -57,7 +57,7 @@ void CSwplScpiParser::Detach() noexcept
 {
     m_pIScpiParser.Release();
     m_pIScpiExecutionSink.Release();
-    m_pIScpiCommands.Release();
+    m_iScpiCommands.Release();
 }
 
 } // namespace ZoVelkor

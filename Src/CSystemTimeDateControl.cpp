@@ -14,7 +14,7 @@ HRESULT CSystemTimeDateControl::DoGetTimeDate(tagTimeStruct& Time, tagDateStruct
     return S_OK;
 }
 
-HRESULT CSystemTimeDateControl::DoSetTimeDate(tagTimeStruct const& Time, tagDateStruct const& Date)
+HRESULT CSystemTimeDateControl::DoSetTimeDate(const tagTimeStruct& Time, const tagDateStruct& Date)
 {
     SYSTEMTIME wanted{};
     wanted.wYear = Date.iYear;

@@ -12,7 +12,7 @@ class CSystemTimeDateControl : public CETimeDateControl<CBTimeDateControl>
 protected:
     HRESULT DoGetTimeDate(tagTimeStruct& Time, tagDateStruct& Date) override;
     /// @return S_OK; S_FALSE when the platform refuses, for a day that the month has not as well
-    HRESULT DoSetTimeDate(tagTimeStruct const& Time, tagDateStruct const& Date) override;
+    HRESULT DoSetTimeDate(const tagTimeStruct& Time, const tagDateStruct& Date) override;
 
     ~CSystemTimeDateControl() override = default;
 };

@@ -11,14 +11,14 @@ constexpr unsigned int kHigh = 16;
 constexpr unsigned int kLow = 0;
 } // namespace
 
-CVersion::CVersion(std::string const& module)
-    : m_pVersionInfo(getVersionInfo(module)),
-      m_pFixedVersionInfo(getFixedVersionInfo(m_pVersionInfo))
+CVersion::CVersion(const std::string& module)
+    : m_versionInfo(getVersionInfo(module)),
+      m_fixedVersionInfo(getFixedVersionInfo(m_versionInfo))
 {}
 
-CVersion::CVersion(tagFixedFileInfo const* fixedVersionInfo) noexcept
-    : m_pVersionInfo(nullptr),
-      m_pFixedVersionInfo(fixedVersionInfo)
+CVersion::CVersion(const tagFixedFileInfo* fixedVersionInfo) noexcept
+    : m_versionInfo(nullptr),
+      m_fixedVersionInfo(fixedVersionInfo)
 {}
 
 CVersion::~CVersion() = default;
@@ -28,7 +28,7 @@ CVersion CVersion::getCurrent()
     return CVersion(kText);
 }
 
-std::string CVersion::getQueryValue(std::string const& /*key*/) const
+std::string CVersion::getQueryValue(const std::string& /*key*/) const
 {
     return kText;
 }
@@ -73,20 +73,19 @@ WORD CVersion::getProductSubBuild() const noexcept
     return Part(&tagFixedFileInfo::dwProductVersionLow, kLow);
 }
 
-void const* CVersion::getVersionInfo(std::string const& /*module*/) noexcept
+const void* CVersion::getVersionInfo(const std::string& /*module*/) noexcept
 {
     return nullptr;
 }
 
-tagFixedFileInfo const* CVersion::getFixedVersionInfo(void const* /*versionInfo*/) noexcept
+const tagFixedFileInfo* CVersion::getFixedVersionInfo(const void* /*versionInfo*/) noexcept
 {
     return nullptr;
 }
 
 WORD CVersion::Part(DWORD tagFixedFileInfo::*pair, unsigned int shift) const noexcept
 {
-    return m_pFixedVersionInfo == nullptr ? WORD{0}
-                                          : static_cast<WORD>((m_pFixedVersionInfo->*pair) >> shift);
+    return m_fixedVersionInfo == nullptr ? WORD{0} : static_cast<WORD>((m_fixedVersionInfo->*pair) >> shift);
 }
 
 } // namespace ZoVelkor

@@ -28,33 +28,33 @@ inline void Require(const tagSourceUnit& unit,
 ///
 /// @param condition  the call as source text
 inline void
-RequireOk(const tagSourceUnit& unit, HRESULT hr, const char* condition, int line = __builtin_LINE())
+RequireOk(const tagSourceUnit& unit, HRESULT result, const char* condition, int line = __builtin_LINE())
 {
-    if (hr != S_OK)
+    if (result != S_OK)
     {
-        const auto code = static_cast<std::uint32_t>(hr);
+        const auto code = static_cast<std::uint32_t>(result);
         Require(unit, false, condition, fmt::format("Unexpected result 0x{:08X}", code).c_str(), line);
     }
 }
 
 inline void RequireInterface(const tagSourceUnit& unit,
-                             const void* pInterface,
+                             const void* interface,
                              const char* condition,
                              int line = __builtin_LINE())
 {
-    Require(unit, pInterface != nullptr, condition, "Missing interface", line);
+    Require(unit, interface != nullptr, condition, "Missing interface", line);
 }
 
 /// A command table as parsers take it.
 ///
 /// @throws CShellError for a length that is negative or beyond 32 bits
-inline tagZO_SCPI_PARSER_TREE MakeParserTree(const tagSourceUnit& unit, long length, char const* data)
+inline tagZO_SCPI_PARSER_TREE MakeParserTree(const tagSourceUnit& unit, long length, const char* data)
 {
     Require(unit,
             std::in_range<std::uint32_t>(length),
             "in_range<uint32_t>(length)",
             "Length of the command tree is out of range");
-    return {static_cast<std::uint32_t>(length), reinterpret_cast<_CMD_SET_RECORD const*>(data)};
+    return {static_cast<std::uint32_t>(length), reinterpret_cast<const _CMD_SET_RECORD*>(data)};
 }
 
 } // namespace ZoVelkor

@@ -16,7 +16,7 @@ namespace ZoVelkor::Qt3String
 {
 
 /// Flags of the Section functions.
-enum tagSectionFlag : int
+enum SectionFlag : int
 {
     kSkipEmpty = 1,
     kIncludeLeadingSeparator = 2,

@@ -66,7 +66,7 @@ std::string FormatDouble(double value, char format, int precision)
 }
 
 /// A placeholder of a text: its digit and the characters from the percent sign to the digit.
-struct tagPlaceholder
+struct Placeholder
 {
     char16_t digit = u'9' + 1;
     qsizetype position = -1;
@@ -79,9 +79,9 @@ bool IsDigit(char16_t c)
 }
 
 /// The first occurrence of the lowest digit; %L1 counts too.
-tagPlaceholder LowestPlaceholder(const QString& text)
+Placeholder LowestPlaceholder(const QString& text)
 {
-    tagPlaceholder lowest;
+    Placeholder lowest;
     for (qsizetype i = 0; i + 1 < text.size(); ++i)
     {
         if (text[i] != QLatin1Char('%'))
@@ -131,7 +131,7 @@ QString Padded(const QString& value, int fieldWidth)
 /// @param groupable  whether %L1 groups the digits of the value
 QString Substitute(const QString& text, const QString& value, int fieldWidth, bool groupable)
 {
-    const tagPlaceholder place = LowestPlaceholder(text);
+    const Placeholder place = LowestPlaceholder(text);
     if (place.position < 0)
     {
         if (!text.isNull())
@@ -194,13 +194,13 @@ int TakeBase(std::string_view& digits, int base)
     return base;
 }
 
-struct tagInteger
+struct Integer
 {
     bool negative;
     std::uint64_t magnitude;
 };
 
-std::optional<tagInteger> ParseInteger(const QString& text, int base)
+std::optional<Integer> ParseInteger(const QString& text, int base)
 {
     const QByteArray bytes = text.toLatin1();
     std::string_view digits(bytes.constData(), static_cast<std::size_t>(bytes.size()));
@@ -215,7 +215,7 @@ std::optional<tagInteger> ParseInteger(const QString& text, int base)
     {
         return std::nullopt;
     }
-    return tagInteger{negative, magnitude};
+    return Integer{negative, magnitude};
 }
 
 /// Removes a special value's name in any letter case.
@@ -354,7 +354,7 @@ QString ArgMulti(const QString& text, std::span<const QString> values)
 std::optional<std::int64_t>
 ToSigned(const QString& text, int base, std::int64_t minimum, std::int64_t maximum)
 {
-    const std::optional<tagInteger> number = ParseInteger(text, base);
+    const std::optional<Integer> number = ParseInteger(text, base);
     // Negation in the unsigned type, which holds the magnitude of the smallest value too.
     const auto limit = number && number->negative ? 0 - static_cast<std::uint64_t>(minimum)
                                                   : static_cast<std::uint64_t>(maximum);
@@ -367,7 +367,7 @@ ToSigned(const QString& text, int base, std::int64_t minimum, std::int64_t maxim
 
 std::optional<std::uint64_t> ToUnsigned(const QString& text, int base, std::uint64_t maximum)
 {
-    const std::optional<tagInteger> number = ParseInteger(text, base);
+    const std::optional<Integer> number = ParseInteger(text, base);
     if (!number || number->negative || number->magnitude > maximum)
     {
         return std::nullopt;

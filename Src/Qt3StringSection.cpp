@@ -17,7 +17,7 @@ QStringList SplitFields(const QString& text, const QString& separator)
     return text.isEmpty() ? QStringList(QString()) : text.split(separator);
 }
 
-bool HasFlag(int flags, tagSectionFlag flag)
+bool HasFlag(int flags, SectionFlag flag)
 {
     return (flags & flag) != 0;
 }
@@ -62,16 +62,16 @@ private:
 };
 
 /// A field of a text together with the separator in front of it.
-struct tagPiece
+struct Piece
 {
     qsizetype separatorLength;
     QString text;
 };
 
 /// A separator that ends the text opens no further piece.
-std::vector<tagPiece> SplitPieces(const QString& text, const QRegExp& separator)
+std::vector<Piece> SplitPieces(const QString& text, const QRegExp& separator)
 {
-    std::vector<tagPiece> pieces;
+    std::vector<Piece> pieces;
     qsizetype begin = 0;
     qsizetype separatorLength = 0;
     int match = 0;
@@ -91,7 +91,7 @@ std::vector<tagPiece> SplitPieces(const QString& text, const QRegExp& separator)
 }
 
 /// The separator that the piece behind an index begins with.
-QString SeparatorAfter(const std::vector<tagPiece>& pieces, int index)
+QString SeparatorAfter(const std::vector<Piece>& pieces, int index)
 {
     const std::size_t next = static_cast<std::size_t>(index) + 1;
     return next < pieces.size() ? pieces[next].text.left(pieces[next].separatorLength) : QString();
@@ -126,7 +126,7 @@ QString Section(const QString& text, const QRegExp& separator, int start, int en
     QRegExp matcher(separator);
     matcher.setCaseSensitivity(HasFlag(flags, kCaseInsensitiveSeparators) ? Qt::CaseInsensitive
                                                                           : Qt::CaseSensitive);
-    const std::vector<tagPiece> pieces = SplitPieces(text, matcher);
+    const std::vector<Piece> pieces = SplitPieces(text, matcher);
     const auto count = static_cast<int>(pieces.size());
     start += start < 0 ? count : 0;
     end = end == -1 ? count : end + (end < -1 ? count : 0);
@@ -134,7 +134,7 @@ QString Section(const QString& text, const QRegExp& separator, int start, int en
     QString result;
     for (int i = 0; i < count; ++i)
     {
-        const tagPiece& piece = pieces[static_cast<std::size_t>(i)];
+        const Piece& piece = pieces[static_cast<std::size_t>(i)];
         if (HasFlag(flags, kSkipEmpty) && piece.separatorLength == piece.text.size())
         {
             ++end;

@@ -54,18 +54,18 @@ public:
     }
 
 private:
-    enum class tagProgress : unsigned char
+    enum class Progress : unsigned char
     {
         Unseen,
         Open,
         Done
     };
 
-    struct tagGroup
+    struct Group
     {
-        tagProgress eProgress = tagProgress::Unseen;
-        std::size_t iHeight = 0;
-        std::size_t iNodes = 0;
+        Progress progress = Progress::Unseen;
+        std::size_t height = 0;
+        std::size_t nodes = 0;
     };
 
     bool IsSound() const { return !m_fault.has_value(); }
@@ -118,16 +118,16 @@ private:
     /// Leaves height and node count of the group in m_groups.
     void CheckGroup(std::size_t start, std::size_t referrer, std::string_view field, std::size_t level)
     {
-        tagGroup& group = m_groups[start];
-        if (group.eProgress == tagProgress::Open)
+        Group& group = m_groups[start];
+        if (group.progress == Progress::Open)
         {
             Fault(referrer, field, fmt::format("the group at {} contains itself", start));
         }
-        else if (group.eProgress == tagProgress::Unseen)
+        else if (group.progress == Progress::Unseen)
         {
             WalkGroup(start, level);
         }
-        if (level + group.iHeight > kMaxHeaderLevels + 1)
+        if (level + group.height > kMaxHeaderLevels + 1)
         {
             Fault(referrer, field, fmt::format("the tree has more than {} levels", kMaxHeaderLevels));
         }
@@ -135,8 +135,8 @@ private:
 
     void WalkGroup(std::size_t start, std::size_t level)
     {
-        tagGroup& group = m_groups[start];
-        group.eProgress = tagProgress::Open;
+        Group& group = m_groups[start];
+        group.progress = Progress::Open;
         const std::size_t length = m_table[start].hdr.iLength;
         if (level > kMaxHeaderLevels)
         {
@@ -147,22 +147,22 @@ private:
         {
             return;
         }
-        group.iHeight = length == 0 ? 0 : 1;
+        group.height = length == 0 ? 0 : 1;
         for (std::size_t record = start; record < start + length && IsSound(); ++record)
         {
             CheckHeader(record, group, level);
-            if (group.iNodes > kMaxTreeNodes || ++m_visited > kMaxTreeNodes)
+            if (group.nodes > kMaxTreeNodes || ++m_visited > kMaxTreeNodes)
             {
                 Fault(start, "length", fmt::format("the tree has more than {} nodes", kMaxTreeNodes));
             }
         }
-        group.eProgress = tagProgress::Done;
+        group.progress = Progress::Done;
     }
 
-    void CheckHeader(std::size_t record, tagGroup& group, std::size_t level)
+    void CheckHeader(std::size_t record, Group& group, std::size_t level)
     {
         const _CS_HDR& header = m_table[record].hdr;
-        ++group.iNodes;
+        ++group.nodes;
         m_headerSeen[record] = true;
         if (!CheckText(record, "keyword", header.szKeyword))
         {
@@ -177,8 +177,8 @@ private:
         if (header.iSubStart != 0 && CheckIndex(record, "SubStart", header.iSubStart))
         {
             CheckGroup(header.iSubStart, record, "SubStart", level + 1);
-            group.iNodes += m_groups[header.iSubStart].iNodes;
-            group.iHeight = std::max(group.iHeight, m_groups[header.iSubStart].iHeight + 1);
+            group.nodes += m_groups[header.iSubStart].nodes;
+            group.height = std::max(group.height, m_groups[header.iSubStart].height + 1);
         }
         if (header.iDatatype != 0 && IsSound() && CheckIndex(record, "datatype", header.iDatatype))
         {
@@ -287,7 +287,7 @@ private:
     const _CMD_SET_RECORD* m_table;
     std::size_t m_count;
     tagScpiTableRules m_rules;
-    std::vector<tagGroup> m_groups;
+    std::vector<Group> m_groups;
     std::vector<bool> m_parameterSeen;
     std::vector<bool> m_headerSeen;
     std::vector<std::size_t> m_listSeen;

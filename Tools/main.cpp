@@ -29,28 +29,28 @@ constexpr const char* kFooter =
     "Example: zo registry list HKLM\n"
     "Example: zo lxi listen";
 
-tagExitCode Fail(tagExitCode code, const char* message)
+ExitCode Fail(ExitCode code, const char* message)
 {
     Tell(message);
     return code;
 }
 
 /// Help, the version, or what is wrong with the command line.
-tagExitCode Answer(const CLI::App& tool, const CLI::ParseError& fault)
+ExitCode Answer(const CLI::App& tool, const CLI::ParseError& fault)
 {
     std::ostringstream help;
     const bool isHelp = tool.exit(fault, help, std::cerr) == 0;
     WriteOutput("-", help.view());
-    return isHelp ? tagExitCode::Success : tagExitCode::Usage;
+    return isHelp ? ExitCode::Success : ExitCode::Usage;
 }
 
-tagExitCode RunTool(int argc, char** argv)
+ExitCode RunTool(int argc, char** argv)
 {
     CLI::App tool("Tools for instruments, their command tables and their registry.", "zo");
     tool.set_version_flag("--version", "zo " ZO_TOOL_VERSION);
     tool.require_subcommand(1);
     tool.footer(kFooter);
-    tagExitCode result = tagExitCode::Success;
+    ExitCode result = ExitCode::Success;
     for (const AddSubcommand add : kSubcommands)
     {
         add(tool, result);
@@ -64,7 +64,7 @@ tagExitCode RunTool(int argc, char** argv)
         const std::vector<std::string> unknown = tool.remaining(true);
         if (fault.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError) && !unknown.empty())
         {
-            return Fail(tagExitCode::Usage, ("unknown: " + unknown.front() + "; see --help").c_str());
+            return Fail(ExitCode::Usage, ("unknown: " + unknown.front() + "; see --help").c_str());
         }
         return Answer(tool, fault);
     }
@@ -81,9 +81,9 @@ int main(int argc, char** argv)
     {
         return static_cast<int>(RunTool(argc, argv));
     }
-    catch (const tagReaderGone&)
+    catch (const ReaderGone&)
     {
-        return static_cast<int>(tagExitCode::Success);
+        return static_cast<int>(ExitCode::Success);
     }
     catch (const CToolError& error)
     {
@@ -91,6 +91,6 @@ int main(int argc, char** argv)
     }
     catch (const std::exception& error)
     {
-        return static_cast<int>(Fail(tagExitCode::Failed, error.what()));
+        return static_cast<int>(Fail(ExitCode::Failed, error.what()));
     }
 }

@@ -50,7 +50,7 @@ public:
 
 private:
     mutable CCritSection m_section;
-    bool m_bShutdown ZO_GUARDED_BY(m_section) = false;
+    bool m_shutdown ZO_GUARDED_BY(m_section) = false;
     std::vector<std::unique_ptr<CThread>> m_threads; // grows under m_section; constant after shutdown
 };
 

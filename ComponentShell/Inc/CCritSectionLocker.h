@@ -21,7 +21,7 @@ public:
     CCritSectionLocker& operator=(const CCritSectionLocker&) = delete;
     ~CCritSectionLocker() ZO_RELEASE()
     {
-        if (m_bLocked)
+        if (m_locked)
         {
             m_section.Unlock();
         }
@@ -31,18 +31,18 @@ public:
     void Lock() ZO_ACQUIRE()
     {
         m_section.Lock();
-        m_bLocked = true;
+        m_locked = true;
     }
 
     /// Leaves before the end of the scope; must not be called twice.
     void Unlock() ZO_RELEASE()
     {
-        m_bLocked = false;
+        m_locked = false;
         m_section.Unlock();
     }
 
 private:
     CCritSection& m_section;
-    bool m_bLocked = true;
+    bool m_locked = true;
 };
 } // namespace ZoVelkor

@@ -36,12 +36,12 @@ public:
     ///         the result of the unmarshalling, with the content lost
     [[nodiscard]] HRESULT Unmarshal(const IID& iid, void** ppInterface) noexcept;
 
-    bool IsEmpty() const noexcept { return m_pStream == nullptr; }
+    bool IsEmpty() const noexcept { return m_stream == nullptr; }
 
     /// Releases the content.
     void Clear() noexcept;
 
 private:
-    IStream* m_pStream = nullptr; // owned; handed over whole to CoGetInterfaceAndReleaseStream
+    IStream* m_stream = nullptr; // owned; handed over whole to CoGetInterfaceAndReleaseStream
 };
 } // namespace ZoVelkor

@@ -50,11 +50,11 @@ public:
 
     /// Says whether entry layers check the arguments and results of the object's operations; they do until
     /// told otherwise. Without the checks a base layer still refuses null pointers.
-    void SetArgumentChecking(bool on) noexcept { m_bArgumentChecking = on; }
-    bool IsArgumentChecking() const noexcept { return m_bArgumentChecking; }
+    void SetArgumentChecking(bool on) noexcept { m_argumentChecking = on; }
+    bool IsArgumentChecking() const noexcept { return m_argumentChecking; }
 
     /// The object's number, counted from 1 in order of construction.
-    std::uint64_t ObjectNumber() const noexcept { return m_iObjectNumber; }
+    std::uint64_t ObjectNumber() const noexcept { return m_objectNumber; }
 
     /// Goes to the error reporter with severity Error and result ZO_E_SHELL.
     void PropertyError(const void* value, const std::string& message) override;
@@ -63,8 +63,8 @@ public:
     void PropertyWarning(const void* value, const std::string& message) override;
 
 private:
-    const std::uint64_t m_iObjectNumber;
-    std::string m_sName;
-    bool m_bArgumentChecking = true;
+    const std::uint64_t m_objectNumber;
+    std::string m_name;
+    bool m_argumentChecking = true;
 };
 } // namespace ZoVelkor

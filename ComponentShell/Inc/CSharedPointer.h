@@ -21,23 +21,23 @@ public:
     static CSharedPointer Create(TArguments&&... arguments)
     {
         CSharedPointer pointer;
-        pointer.m_spObject = std::make_shared<T>(std::forward<TArguments>(arguments)...);
+        pointer.m_object = std::make_shared<T>(std::forward<TArguments>(arguments)...);
         return pointer;
     }
 
     /// The object, borrowed; null when nothing is held.
-    T* Get() const noexcept { return m_spObject.get(); }
-    T& operator*() const noexcept { return *m_spObject; }
-    T* operator->() const noexcept { return m_spObject.get(); }
+    T* Get() const noexcept { return m_object.get(); }
+    T& operator*() const noexcept { return *m_object; }
+    T* operator->() const noexcept { return m_object.get(); }
     friend bool operator==(const CSharedPointer& left, std::nullptr_t) noexcept
     {
-        return left.m_spObject == nullptr;
+        return left.m_object == nullptr;
     }
 
     /// Lets go of the object and becomes null.
-    void Release() noexcept { m_spObject.reset(); }
+    void Release() noexcept { m_object.reset(); }
 
 private:
-    std::shared_ptr<T> m_spObject;
+    std::shared_ptr<T> m_object;
 };
 } // namespace ZoVelkor

@@ -33,6 +33,6 @@ public:
 
 private:
     struct tagContent;
-    std::shared_ptr<const tagContent> m_spContent;
+    std::shared_ptr<const tagContent> m_content;
 };
 } // namespace ZoVelkor

@@ -23,12 +23,12 @@ public:
     [[nodiscard]] HRESULT Unmarshal(T** ppInterface) noexcept
     {
         void* pFound = nullptr;
-        const HRESULT hr = m_stream.Unmarshal(*kIid, ppInterface == nullptr ? nullptr : &pFound);
+        const HRESULT result = m_stream.Unmarshal(*kIid, ppInterface == nullptr ? nullptr : &pFound);
         if (ppInterface != nullptr)
         {
             *ppInterface = static_cast<T*>(pFound);
         }
-        return hr;
+        return result;
     }
 
     bool IsEmpty() const noexcept { return m_stream.IsEmpty(); }

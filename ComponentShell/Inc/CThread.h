@@ -29,7 +29,7 @@ public:
     /// Aborts the work at hand and joins.
     ~CThread();
 
-    const std::string& Name() const noexcept { return m_sName; }
+    const std::string& Name() const noexcept { return m_name; }
 
     /// Begins to run an object that the caller or the object itself owns, see CThreadRunObject.
     ///
@@ -38,7 +38,7 @@ public:
     [[nodiscard]] HRESULT Start(CThreadRunObject* pRunObject);
 
     /// The same with an object that the thread owns: it is deleted after Run, and on failure at once.
-    [[nodiscard]] HRESULT Start(std::unique_ptr<CThreadRunObject> spRunObject);
+    [[nodiscard]] HRESULT Start(std::unique_ptr<CThreadRunObject> runObject);
 
     /// Passes Abort on to the object at work and does not wait.
     ///
@@ -63,25 +63,25 @@ private:
     bool Reserve();
     void CancelReservation();
     void RefuseWork();
-    HRESULT Begin(CThreadRunObject* pRunObject, std::unique_ptr<CThreadRunObject> spOwned);
+    HRESULT Begin(CThreadRunObject* pRunObject, std::unique_ptr<CThreadRunObject> owned);
     HRESULT MakeSystemThread();
     void Loop();
     void RunOnce();
     void Forget() noexcept;
 
-    const std::string m_sName;
+    const std::string m_name;
     std::atomic<std::thread::id> m_threadId{};
 
     // Taken before m_mutex, and held while Abort is passed on, so that the object cannot go meanwhile.
     CCritSection m_runLock;
-    CThreadRunObject* m_pRunObject ZO_GUARDED_BY(m_runLock) = nullptr;
-    std::unique_ptr<CThreadRunObject> m_spOwned ZO_GUARDED_BY(m_runLock);
+    CThreadRunObject* m_runObject ZO_GUARDED_BY(m_runLock) = nullptr;
+    std::unique_ptr<CThreadRunObject> m_owned ZO_GUARDED_BY(m_runLock);
 
     std::mutex m_mutex; // guards the flags, and m_systemThread until work is refused
     std::condition_variable m_changed;
-    bool m_bBusy = false;
-    bool m_bReserved = false;
-    bool m_bRefusing = false;
+    bool m_busy = false;
+    bool m_reserved = false;
+    bool m_refusing = false;
 
     std::mutex m_joinMutex; // one joins, the others wait for it
     std::thread m_systemThread;

@@ -36,6 +36,6 @@ protected:
 
 private:
     friend class CThread;
-    CThread* m_pThread = nullptr;
+    CThread* m_thread = nullptr;
 };
 } // namespace ZoVelkor

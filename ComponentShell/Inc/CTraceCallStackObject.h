@@ -26,7 +26,7 @@ public:
     CTraceCallStackObject& operator=(const CTraceCallStackObject&) = delete;
     ~CTraceCallStackObject()
     {
-        if (m_pFunction != nullptr) [[unlikely]]
+        if (m_function != nullptr) [[unlikely]]
         {
             Leave();
         }
@@ -36,7 +36,7 @@ private:
     void Enter(const char* component, const char* function) noexcept;
     void Leave() noexcept;
 
-    const char* m_pComponent = nullptr;
-    const char* m_pFunction = nullptr;
+    const char* m_component = nullptr;
+    const char* m_function = nullptr;
 };
 } // namespace ZoVelkor

@@ -62,12 +62,12 @@ requires std::derived_from<T, IUnknown> HRESULT ZoGetRegisteredInterface(const I
 noexcept
 {
     void* pFound = nullptr;
-    const HRESULT hr = ZoGetRegisteredInterface(pIid, ppInterface == nullptr ? nullptr : &pFound);
+    const HRESULT result = ZoGetRegisteredInterface(pIid, ppInterface == nullptr ? nullptr : &pFound);
     if (ppInterface != nullptr)
     {
         *ppInterface = static_cast<T*>(pFound);
     }
-    return hr;
+    return result;
 }
 
 /// The same into a smart pointer; what it held before is released.
@@ -77,11 +77,11 @@ requires std::derived_from<T, IUnknown> HRESULT ZoGetRegisteredInterface(const I
 noexcept
 {
     T* pFound = nullptr;
-    const HRESULT hr = ZoGetRegisteredInterface(pIid, pspInterface == nullptr ? nullptr : &pFound);
+    const HRESULT result = ZoGetRegisteredInterface(pIid, pspInterface == nullptr ? nullptr : &pFound);
     if (pspInterface != nullptr)
     {
         pspInterface->Attach(pFound);
     }
-    return hr;
+    return result;
 }
 } // namespace ZoVelkor

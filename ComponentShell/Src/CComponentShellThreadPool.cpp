@@ -16,15 +16,15 @@ CThread* CComponentShellThreadPool::GetThread(std::string_view name) noexcept
 try
 {
     const CCritSectionLocker locker(m_section);
-    if (m_bShutdown)
+    if (m_shutdown)
     {
         return nullptr;
     }
-    for (const auto& spThread : m_threads)
+    for (const auto& thread : m_threads)
     {
-        if (spThread->Name() == name && spThread->Reserve())
+        if (thread->Name() == name && thread->Reserve())
         {
-            return spThread.get();
+            return thread.get();
         }
     }
     if (m_threads.size() >= kMaximumThreads)
@@ -43,9 +43,9 @@ catch (const std::exception&) // no memory: no thread, and the caller says for w
 void CComponentShellThreadPool::ReturnThread(CThread* pThread) noexcept
 {
     const CCritSectionLocker locker(m_section);
-    for (const auto& spThread : m_threads)
+    for (const auto& thread : m_threads)
     {
-        if (spThread.get() == pThread)
+        if (thread.get() == pThread)
         {
             pThread->CancelReservation();
         }
@@ -62,19 +62,19 @@ HRESULT CComponentShellThreadPool::Shutdown()
 {
     {
         const CCritSectionLocker locker(m_section);
-        m_bShutdown = true;
+        m_shutdown = true;
     }
     // A thread refuses work before it is aborted, so that nothing starts that nobody aborts.
-    for (const auto& spThread : m_threads)
+    for (const auto& thread : m_threads)
     {
-        spThread->RefuseWork();
-        spThread->Abort();
+        thread->RefuseWork();
+        thread->Abort();
     }
     HRESULT result = S_OK;
-    for (const auto& spThread : m_threads)
+    for (const auto& thread : m_threads)
     {
-        const HRESULT hr = spThread->Join();
-        result = FAILED(hr) ? hr : result;
+        const HRESULT joined = thread->Join();
+        result = FAILED(result) ? result : joined;
     }
     return result;
 }

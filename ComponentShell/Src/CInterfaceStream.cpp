@@ -13,7 +13,7 @@ ZO_SOURCE_UNIT("ComponentShell/Src/CInterfaceStream");
 } // namespace
 
 CInterfaceStream::CInterfaceStream(CInterfaceStream&& other) noexcept
-    : m_pStream(std::exchange(other.m_pStream, nullptr))
+    : m_stream(std::exchange(other.m_stream, nullptr))
 {}
 
 CInterfaceStream& CInterfaceStream::operator=(CInterfaceStream&& other) noexcept
@@ -21,7 +21,7 @@ CInterfaceStream& CInterfaceStream::operator=(CInterfaceStream&& other) noexcept
     if (this != &other)
     {
         Clear();
-        m_pStream = std::exchange(other.m_pStream, nullptr);
+        m_stream = std::exchange(other.m_stream, nullptr);
     }
     return *this;
 }
@@ -38,7 +38,7 @@ HRESULT CInterfaceStream::Marshal(const IID& iid, IUnknown* pObject) noexcept
     {
         return RepairError(ZO_NULL_POINTER(nullptr, "pObject"));
     }
-    return CoMarshalInterThreadInterfaceInStream(iid, pObject, &m_pStream);
+    return CoMarshalInterThreadInterfaceInStream(iid, pObject, &m_stream);
 }
 
 HRESULT CInterfaceStream::Unmarshal(const IID& iid, void** ppInterface) noexcept
@@ -52,15 +52,15 @@ HRESULT CInterfaceStream::Unmarshal(const IID& iid, void** ppInterface) noexcept
     {
         return S_FALSE;
     }
-    return CoGetInterfaceAndReleaseStream(std::exchange(m_pStream, nullptr), iid, ppInterface);
+    return CoGetInterfaceAndReleaseStream(std::exchange(m_stream, nullptr), iid, ppInterface);
 }
 
 void CInterfaceStream::Clear() noexcept
 {
-    if (m_pStream != nullptr)
+    if (m_stream != nullptr)
     {
-        m_pStream->Release();
-        m_pStream = nullptr;
+        m_stream->Release();
+        m_stream = nullptr;
     }
 }
 } // namespace ZoVelkor

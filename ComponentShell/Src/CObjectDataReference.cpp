@@ -24,27 +24,27 @@ std::uint64_t NextObjectNumber() noexcept
 std::string ClassName(const std::type_info& type)
 {
     int status = 0;
-    const std::unique_ptr<char, decltype(&std::free)> spName(
+    const std::unique_ptr<char, decltype(&std::free)> name(
         abi::__cxa_demangle(type.name(), nullptr, nullptr, &status), &std::free);
-    return spName == nullptr ? type.name() : spName.get();
+    return name == nullptr ? type.name() : name.get();
 }
 } // namespace
 
-CObjectDataReference::CObjectDataReference() noexcept : m_iObjectNumber(NextObjectNumber())
+CObjectDataReference::CObjectDataReference() noexcept : m_objectNumber(NextObjectNumber())
 {}
 
 CObjectDataReference::CObjectDataReference(const CObjectDataReference& other)
-    : m_iObjectNumber(NextObjectNumber()),
-      m_sName(other.m_sName),
-      m_bArgumentChecking(other.m_bArgumentChecking)
+    : m_objectNumber(NextObjectNumber()),
+      m_name(other.m_name),
+      m_argumentChecking(other.m_argumentChecking)
 {}
 
 CObjectDataReference& CObjectDataReference::operator=(const CObjectDataReference& other)
 {
     if (this != &other)
     {
-        m_sName = other.m_sName;
-        m_bArgumentChecking = other.m_bArgumentChecking;
+        m_name = other.m_name;
+        m_argumentChecking = other.m_argumentChecking;
     }
     return *this;
 }
@@ -53,12 +53,12 @@ CObjectDataReference::~CObjectDataReference() = default;
 
 std::string CObjectDataReference::ObjectName() const
 {
-    return m_sName.empty() ? ClassName(typeid(*this)) : m_sName;
+    return m_name.empty() ? ClassName(typeid(*this)) : m_name;
 }
 
 void CObjectDataReference::SetObjectName(std::string name)
 {
-    m_sName = std::move(name);
+    m_name = std::move(name);
 }
 
 void CObjectDataReference::PropertyError(const void* /*value*/, const std::string& message)

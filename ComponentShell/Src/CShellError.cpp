@@ -13,7 +13,7 @@ struct CShellError::tagContent
 };
 
 CShellError::CShellError(const tagErrorReport& report)
-    : m_spContent(std::make_shared<const tagContent>(
+    : m_content(std::make_shared<const tagContent>(
           tagContent{report, ZoVelkor::ObjectText(report.object), FormatErrorReport(report, true)}))
 {}
 
@@ -23,16 +23,16 @@ CShellError::~CShellError() = default;
 
 const tagErrorReport& CShellError::Report() const noexcept
 {
-    return m_spContent->report;
+    return m_content->report;
 }
 
 const std::string& CShellError::ObjectText() const noexcept
 {
-    return m_spContent->objectText;
+    return m_content->objectText;
 }
 
 const char* CShellError::what() const noexcept
 {
-    return m_spContent->text.c_str();
+    return m_content->text.c_str();
 }
 } // namespace ZoVelkor

@@ -19,51 +19,51 @@ class CSinkSlot
 public:
     TSink* Replace(TSink* sink)
     {
-        auto spOccupant = sink == nullptr ? nullptr : std::make_shared<tagOccupant>(sink);
+        auto occupant = sink == nullptr ? nullptr : std::make_shared<Occupant>(sink);
         {
             const CCritSectionLocker locker(m_section);
-            m_spOccupant.swap(spOccupant);
+            m_occupant.swap(occupant);
         }
-        if (spOccupant == nullptr)
+        if (occupant == nullptr)
         {
             return nullptr;
         }
-        WaitUntilUnused(spOccupant->users);
-        return spOccupant->sink;
+        WaitUntilUnused(occupant->users);
+        return occupant->sink;
     }
 
     template <class TUse>
     void Use(TUse&& use) noexcept
     {
-        const std::shared_ptr<tagOccupant> spOccupant = Enter();
-        if (spOccupant == nullptr)
+        const std::shared_ptr<Occupant> occupant = Enter();
+        if (occupant == nullptr)
         {
             use(static_cast<TSink*>(nullptr));
             return;
         }
-        use(spOccupant->sink);
-        if (spOccupant->users.fetch_sub(1, std::memory_order_release) == 1)
+        use(occupant->sink);
+        if (occupant->users.fetch_sub(1, std::memory_order_release) == 1)
         {
-            spOccupant->users.notify_all();
+            occupant->users.notify_all();
         }
     }
 
 private:
-    struct tagOccupant
+    struct Occupant
     {
-        explicit tagOccupant(TSink* newSink) : sink(newSink) {}
+        explicit Occupant(TSink* newSink) : sink(newSink) {}
         TSink* const sink;
         std::atomic<unsigned> users{0};
     };
 
-    std::shared_ptr<tagOccupant> Enter()
+    std::shared_ptr<Occupant> Enter()
     {
         const CCritSectionLocker locker(m_section);
-        if (m_spOccupant != nullptr)
+        if (m_occupant != nullptr)
         {
-            m_spOccupant->users.fetch_add(1, std::memory_order_relaxed);
+            m_occupant->users.fetch_add(1, std::memory_order_relaxed);
         }
-        return m_spOccupant;
+        return m_occupant;
     }
 
     static void WaitUntilUnused(const std::atomic<unsigned>& users)
@@ -75,7 +75,7 @@ private:
     }
 
     CCritSection m_section;
-    std::shared_ptr<tagOccupant> m_spOccupant ZO_GUARDED_BY(m_section);
+    std::shared_ptr<Occupant> m_occupant ZO_GUARDED_BY(m_section);
 };
 
 /// A slot that is there from its first use to the last instruction of the process: errors are still

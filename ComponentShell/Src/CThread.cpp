@@ -17,7 +17,7 @@ namespace
 ZO_SOURCE_UNIT("ComponentShell/Src/CThread");
 } // namespace
 
-CThread::CThread(std::string name) : m_sName(std::move(name))
+CThread::CThread(std::string name) : m_name(std::move(name))
 {}
 
 CThread::~CThread()
@@ -32,26 +32,26 @@ HRESULT CThread::Start(CThreadRunObject* pRunObject)
     return Begin(pRunObject, nullptr);
 }
 
-HRESULT CThread::Start(std::unique_ptr<CThreadRunObject> spRunObject)
+HRESULT CThread::Start(std::unique_ptr<CThreadRunObject> runObject)
 {
-    CThreadRunObject* const pRunObject = spRunObject.get();
-    return Begin(pRunObject, std::move(spRunObject));
+    CThreadRunObject* const pRunObject = runObject.get();
+    return Begin(pRunObject, std::move(runObject));
 }
 
 HRESULT CThread::Abort()
 {
     const CCritSectionLocker locker(m_runLock);
-    if (m_pRunObject == nullptr)
+    if (m_runObject == nullptr)
     {
         return S_FALSE;
     }
-    m_pRunObject->Abort();
+    m_runObject->Abort();
     return S_OK;
 }
 
 HRESULT CThread::WaitUntilIdle(DWORD timeoutMs)
 {
-    const auto idle = [this] { return !m_bBusy; };
+    const auto idle = [this] { return !m_busy; };
     std::unique_lock lock(m_mutex);
     if (timeoutMs == INFINITE)
     {
@@ -67,7 +67,7 @@ HRESULT CThread::Join()
     if (m_threadId.load() == std::this_thread::get_id())
     {
         return RepairError(ZO_ERROR(
-            nullptr, "m_threadId != get_id()", "Thread " + m_sName + " cannot join itself", E_UNEXPECTED));
+            nullptr, "m_threadId != get_id()", "Thread " + m_name + " cannot join itself", E_UNEXPECTED));
     }
     const std::lock_guard lock(m_joinMutex);
     if (m_systemThread.joinable())
@@ -80,28 +80,28 @@ HRESULT CThread::Join()
 bool CThread::Reserve()
 {
     const std::lock_guard lock(m_mutex);
-    if (m_bBusy || m_bReserved || m_bRefusing)
+    if (m_busy || m_reserved || m_refusing)
     {
         return false;
     }
-    m_bReserved = true;
+    m_reserved = true;
     return true;
 }
 
 void CThread::CancelReservation()
 {
     const std::lock_guard lock(m_mutex);
-    m_bReserved = m_bReserved && m_bBusy;
+    m_reserved = m_reserved && m_busy;
 }
 
 void CThread::RefuseWork()
 {
     const std::lock_guard lock(m_mutex);
-    m_bRefusing = true;
+    m_refusing = true;
     m_changed.notify_all();
 }
 
-HRESULT CThread::Begin(CThreadRunObject* pRunObject, std::unique_ptr<CThreadRunObject> spOwned)
+HRESULT CThread::Begin(CThreadRunObject* pRunObject, std::unique_ptr<CThreadRunObject> owned)
 {
     if (pRunObject == nullptr)
     {
@@ -110,20 +110,20 @@ HRESULT CThread::Begin(CThreadRunObject* pRunObject, std::unique_ptr<CThreadRunO
     }
     const CCritSectionLocker locker(m_runLock);
     const std::lock_guard lock(m_mutex);
-    if (m_bBusy)
+    if (m_busy)
     {
         return E_PENDING;
     }
-    const HRESULT hr = m_bRefusing ? E_ABORT : MakeSystemThread();
-    if (FAILED(hr))
+    const HRESULT result = m_refusing ? E_ABORT : MakeSystemThread();
+    if (FAILED(result))
     {
-        m_bReserved = false;
-        return hr;
+        m_reserved = false;
+        return result;
     }
-    m_pRunObject = pRunObject;
-    m_pRunObject->m_pThread = this;
-    m_spOwned = std::move(spOwned);
-    m_bBusy = true;
+    m_runObject = pRunObject;
+    m_runObject->m_thread = this;
+    m_owned = std::move(owned);
+    m_busy = true;
     m_changed.notify_all();
     return S_OK;
 }
@@ -148,15 +148,15 @@ HRESULT CThread::MakeSystemThread()
 void CThread::Loop()
 {
     m_threadId = std::this_thread::get_id();
-    SetThreadName(m_sName.c_str());
+    SetThreadName(m_name.c_str());
     std::unique_lock lock(m_mutex);
-    while (m_changed.wait(lock, [this] { return m_bBusy || m_bRefusing; }), m_bBusy)
+    while (m_changed.wait(lock, [this] { return m_busy || m_refusing; }), m_busy)
     {
         lock.unlock();
         RunOnce();
         lock.lock();
-        m_bBusy = false;
-        m_bReserved = false;
+        m_busy = false;
+        m_reserved = false;
         m_changed.notify_all();
     }
 }
@@ -164,11 +164,11 @@ void CThread::Loop()
 void CThread::RunOnce()
 {
     CThreadRunObject* pRunObject = nullptr;
-    std::unique_ptr<CThreadRunObject> spOwned; // deleted after the locks
+    std::unique_ptr<CThreadRunObject> owned; // deleted after the locks
     {
         const CCritSectionLocker locker(m_runLock);
-        pRunObject = m_pRunObject;
-        spOwned = std::move(m_spOwned);
+        pRunObject = m_runObject;
+        owned = std::move(m_owned);
     }
     // What escapes from Run has been reported by the guard; nobody is there to take a result.
     static_cast<void>(GuardedEntry([pRunObject]() -> HRESULT {
@@ -181,10 +181,10 @@ void CThread::RunOnce()
 void CThread::Forget() noexcept
 {
     const CCritSectionLocker locker(m_runLock);
-    if (m_pRunObject != nullptr)
+    if (m_runObject != nullptr)
     {
-        m_pRunObject->m_pThread = nullptr;
-        m_pRunObject = nullptr;
+        m_runObject->m_thread = nullptr;
+        m_runObject = nullptr;
     }
 }
 } // namespace ZoVelkor

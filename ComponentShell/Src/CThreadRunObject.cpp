@@ -11,9 +11,9 @@ CThreadRunObject::~CThreadRunObject()
 
 void CThreadRunObject::DetachFromThread() noexcept
 {
-    if (m_pThread != nullptr)
+    if (m_thread != nullptr)
     {
-        m_pThread->Forget();
+        m_thread->Forget();
     }
 }
 } // namespace ZoVelkor

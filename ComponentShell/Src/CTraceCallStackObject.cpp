@@ -28,8 +28,8 @@ void PrintStep(const char* component, char direction, const char* function) noex
 
 void CTraceCallStackObject::Enter(const char* component, const char* function) noexcept
 {
-    m_pComponent = component;
-    m_pFunction = function;
+    m_component = component;
+    m_function = function;
     PrintStep(component, '>', function);
     ++t_iDepth;
 }
@@ -37,6 +37,6 @@ void CTraceCallStackObject::Enter(const char* component, const char* function) n
 void CTraceCallStackObject::Leave() noexcept
 {
     --t_iDepth;
-    PrintStep(m_pComponent, '<', m_pFunction);
+    PrintStep(m_component, '<', m_function);
 }
 } // namespace ZoVelkor

@@ -20,19 +20,19 @@ namespace
 constexpr const char* kVariable = "ZO_DIAGNOSE";
 constexpr std::string_view kSeparators = ",; \t";
 
-struct tagSwitch
+struct Switch
 {
     std::string_view word;
     std::atomic<bool> tagRemoteDiagnoseControl::*flag;
 };
 
-constexpr tagSwitch kSwitches[] = {{"rpc", &tagRemoteDiagnoseControl::bRpcModeActive},
-                                   {"timing", &tagRemoteDiagnoseControl::bTimingActive},
-                                   {"nochecks", &tagRemoteDiagnoseControl::bScpiChecksDisabled},
-                                   {"trace", &tagRemoteDiagnoseControl::bTraceModeActive},
-                                   {"statistic", &tagRemoteDiagnoseControl::bStatisticModeActive},
-                                   {"calls", &tagRemoteDiagnoseControl::bCallStackTraceActive},
-                                   {"messages", &tagRemoteDiagnoseControl::bMessageTraceActive}};
+constexpr Switch kSwitches[] = {{"rpc", &tagRemoteDiagnoseControl::rpcModeActive},
+                                {"timing", &tagRemoteDiagnoseControl::bTimingActive},
+                                {"nochecks", &tagRemoteDiagnoseControl::bScpiChecksDisabled},
+                                {"trace", &tagRemoteDiagnoseControl::bTraceModeActive},
+                                {"statistic", &tagRemoteDiagnoseControl::bStatisticModeActive},
+                                {"calls", &tagRemoteDiagnoseControl::bCallStackTraceActive},
+                                {"messages", &tagRemoteDiagnoseControl::bMessageTraceActive}};
 
 std::vector<std::string_view> Split(std::string_view text)
 {
@@ -51,7 +51,7 @@ std::vector<std::string_view> Split(std::string_view text)
 std::vector<std::string_view> UnknownWords(std::vector<std::string_view> words)
 {
     const auto isKnown = [](std::string_view word) {
-        return std::any_of(std::begin(kSwitches), std::end(kSwitches), [word](const tagSwitch& known) {
+        return std::any_of(std::begin(kSwitches), std::end(kSwitches), [word](const Switch& known) {
             return known.word == word;
         });
     };
@@ -62,7 +62,7 @@ std::vector<std::string_view> UnknownWords(std::vector<std::string_view> words)
 std::string KnownWords()
 {
     std::string text;
-    for (const tagSwitch& known : kSwitches)
+    for (const Switch& known : kSwitches)
     {
         text.append(text.empty() ? "" : ", ").append(known.word);
     }
@@ -79,9 +79,9 @@ void BeginTiming(tagRemoteDiagnoseControl& control) noexcept
     }
 }
 
-struct tagProcessControl : public tagRemoteDiagnoseControl
+struct ProcessControl : public tagRemoteDiagnoseControl
 {
-    tagProcessControl() noexcept
+    ProcessControl() noexcept
     {
         LARGE_INTEGER frequency{};
         if (QueryPerformanceFrequency(&frequency) != 0)
@@ -104,7 +104,7 @@ void ApplyDiagnoseFlags(tagRemoteDiagnoseControl& control,
     try
     {
         const std::vector<std::string_view> named = Split(words);
-        for (const tagSwitch& each : kSwitches)
+        for (const Switch& each : kSwitches)
         {
             const bool on = std::find(named.begin(), named.end(), each.word) != named.end();
             if (on && each.flag == &tagRemoteDiagnoseControl::bTimingActive)
@@ -131,7 +131,7 @@ void ApplyDiagnoseFlags(tagRemoteDiagnoseControl& control,
 
 tagRemoteDiagnoseControl* get_RemoteDiagnoseControl() noexcept
 {
-    static tagProcessControl control;
+    static ProcessControl control;
     return &control;
 }
 } // namespace ZoVelkor

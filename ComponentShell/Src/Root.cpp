@@ -43,18 +43,18 @@ HRESULT CRoot::RegisterInterface(const IID& iid, IUnknown* pObject)
         {
             return RepairError(ZO_NULL_POINTER(nullptr, "pObject"));
         }
-        void* pInterface = nullptr;
-        if (FAILED(pObject->QueryInterface(iid, &pInterface)))
+        void* interface = nullptr;
+        if (FAILED(pObject->QueryInterface(iid, &interface)))
         {
             return E_NOINTERFACE;
         }
-        static_cast<IUnknown*>(pInterface)->Release();
+        static_cast<IUnknown*>(interface)->Release();
 
-        CComPtr<IUnknown> spObject(pObject); // then the replaced one, released after the lock
+        CComPtr<IUnknown> object(pObject); // then the replaced one, released after the lock
         const CCritSectionLocker locker(m_section);
-        CComPtr<IUnknown>& spSlot = m_registrations[iid];
-        std::swap(spSlot, spObject);
-        return spObject == nullptr ? S_OK : S_FALSE;
+        CComPtr<IUnknown>& slot = m_registrations[iid];
+        std::swap(slot, object);
+        return object == nullptr ? S_OK : S_FALSE;
     });
 }
 
@@ -73,8 +73,8 @@ HRESULT CRoot::GetRegisteredInterface(const IID& iid, void** ppInterface)
         return RepairError(ZO_NULL_POINTER(nullptr, "ppInterface"));
     }
     *ppInterface = nullptr;
-    const CComPtr<IUnknown> spObject = Find(iid);
-    return spObject == nullptr ? E_NOINTERFACE : spObject->QueryInterface(iid, ppInterface);
+    const CComPtr<IUnknown> object = Find(iid);
+    return object == nullptr ? E_NOINTERFACE : object->QueryInterface(iid, ppInterface);
 }
 
 CComPtr<IUnknown> CRoot::Find(const IID& iid)

@@ -11,7 +11,7 @@ namespace ZoVelkor::Demo
 // put.
 
 /// What a command does with the numeric suffix of its header.
-enum class tagSuffix
+enum class Suffix
 {
     None,   ///< its header takes none
     One,    ///< it sets one value for all channels; only 1 is allowed
@@ -19,28 +19,28 @@ enum class tagSuffix
 };
 
 /// A numeric command on the settings, its suffix counted from 1.
-struct tagNumericSetting
+struct NumericSetting
 {
-    tagSuffix suffix;
-    CNumericSetting (*find)(const tagAnalyzerSettings& settings, long suffix);
-    void (*put)(tagAnalyzerSettings& settings, long suffix, double value);
+    Suffix suffix;
+    CNumericSetting (*find)(const AnalyzerSettings& settings, long suffix);
+    void (*put)(AnalyzerSettings& settings, long suffix, double value);
 };
 
 /// The same for ON and OFF.
-struct tagBooleanSetting
+struct BooleanSetting
 {
-    tagSuffix suffix;
-    bool (*get)(const tagAnalyzerSettings& settings, long suffix);
-    void (*put)(tagAnalyzerSettings& settings, long suffix, bool on);
+    Suffix suffix;
+    bool (*get)(const AnalyzerSettings& settings, long suffix);
+    void (*put)(AnalyzerSettings& settings, long suffix, bool on);
 };
 
 /// The same for a word out of the command table.
-struct tagWordSetting
+struct WordSetting
 {
-    tagSuffix suffix;
+    Suffix suffix;
     std::string (*shortForm)(long value);
-    long (*get)(const tagAnalyzerSettings& settings);
-    void (*put)(tagAnalyzerSettings& settings, long value);
+    long (*get)(const AnalyzerSettings& settings);
+    void (*put)(AnalyzerSettings& settings, long value);
 };
 
 /// Frequencies move by a tenth of the span, in zero span by a bandwidth.
@@ -55,7 +55,7 @@ inline double NextIn125(double value, bool up)
     return NextInSequence(value, up, {1, 2, 5});
 }
 
-inline CNumericSetting Frequency(const tagChannelSettings& channel, double valueHz, double resetHz)
+inline CNumericSetting Frequency(const ChannelSettings& channel, double valueHz, double resetHz)
 {
     const double spanHz = channel.frequency.SpanHz();
     const double stepHz = spanHz > 0 ? spanHz / kStepsPerSpan : channel.BandwidthHz();
@@ -63,7 +63,7 @@ inline CNumericSetting Frequency(const tagChannelSettings& channel, double value
         kMinFrequencyHz, kMaxFrequencyHz, resetHz, valueHz, valueHz - stepHz, valueHz + stepHz);
 }
 
-inline CNumericSetting Span(const tagChannelSettings& channel)
+inline CNumericSetting Span(const ChannelSettings& channel)
 {
     const double spanHz = channel.frequency.SpanHz();
     const double downHz = spanHz <= kSmallestSpanHz ? 0.0 : NextIn125(spanHz, false);
@@ -71,7 +71,7 @@ inline CNumericSetting Span(const tagChannelSettings& channel)
     return MakeSetting(0.0, kMaxSpanHz, kMaxSpanHz, spanHz, downHz, upHz);
 }
 
-inline CNumericSetting Bandwidth(const tagChannelSettings& channel)
+inline CNumericSetting Bandwidth(const ChannelSettings& channel)
 {
     const double valueHz = channel.BandwidthHz();
     return MakeSetting(kMinBandwidthHz,
@@ -82,7 +82,7 @@ inline CNumericSetting Bandwidth(const tagChannelSettings& channel)
                        NextInSequence(valueHz, true, {1, 3}));
 }
 
-inline CNumericSetting ReferenceLevel(const tagChannelSettings& channel)
+inline CNumericSetting ReferenceLevel(const ChannelSettings& channel)
 {
     const double levelDbm = channel.referenceLevelDbm;
     return MakeSetting(kMinReferenceLevelDbm,
@@ -93,7 +93,7 @@ inline CNumericSetting ReferenceLevel(const tagChannelSettings& channel)
                        levelDbm + kLevelStepDb);
 }
 
-inline CNumericSetting SweepPoints(const tagAnalyzerSettings& settings)
+inline CNumericSetting SweepPoints(const AnalyzerSettings& settings)
 {
     const double steps = static_cast<double>(settings.sweepPoints - 1);
     return MakeSetting(kMinSweepPoints,
@@ -104,7 +104,7 @@ inline CNumericSetting SweepPoints(const tagAnalyzerSettings& settings)
                        NextIn125(steps, true) + 1);
 }
 
-inline CNumericSetting SweepTime(const tagAnalyzerSettings& settings)
+inline CNumericSetting SweepTime(const AnalyzerSettings& settings)
 {
     const double timeS = settings.SweepTimeS();
     return MakeSetting(kMinSweepTimeS,
@@ -115,7 +115,7 @@ inline CNumericSetting SweepTime(const tagAnalyzerSettings& settings)
                        NextIn125(timeS, true));
 }
 
-inline CNumericSetting Marker(const tagAnalyzerSettings& settings, long marker)
+inline CNumericSetting Marker(const AnalyzerSettings& settings, long marker)
 {
     const CFrequencyRange& range = settings.Channel(1).frequency;
     const double pointHz = range.SpanHz() / static_cast<double>(settings.sweepPoints - 1);
@@ -124,86 +124,86 @@ inline CNumericSetting Marker(const tagAnalyzerSettings& settings, long marker)
         range.StartHz(), range.StopHz(), range.CenterHz(), markerHz, markerHz - pointHz, markerHz + pointHz);
 }
 
-inline constexpr tagNumericSetting kCenter{
-    tagSuffix::Number,
-    [](const tagAnalyzerSettings& s, long n) {
+inline constexpr NumericSetting kCenter{
+    Suffix::Number,
+    [](const AnalyzerSettings& s, long n) {
         return Frequency(s.Channel(n), s.Channel(n).frequency.CenterHz(), CFrequencyRange().CenterHz());
     },
-    [](tagAnalyzerSettings& s, long n, double hz) { s.Channel(n).frequency.SetCenter(hz); }};
+    [](AnalyzerSettings& s, long n, double hz) { s.Channel(n).frequency.SetCenter(hz); }};
 
-inline constexpr tagNumericSetting kSpan{
-    tagSuffix::Number,
-    [](const tagAnalyzerSettings& s, long n) { return Span(s.Channel(n)); },
-    [](tagAnalyzerSettings& s, long n, double hz) { s.Channel(n).frequency.SetSpan(hz); }};
+inline constexpr NumericSetting kSpan{
+    Suffix::Number,
+    [](const AnalyzerSettings& s, long n) { return Span(s.Channel(n)); },
+    [](AnalyzerSettings& s, long n, double hz) { s.Channel(n).frequency.SetSpan(hz); }};
 
-inline constexpr tagNumericSetting kStart{
-    tagSuffix::Number,
-    [](const tagAnalyzerSettings& s, long n) {
+inline constexpr NumericSetting kStart{
+    Suffix::Number,
+    [](const AnalyzerSettings& s, long n) {
         return Frequency(s.Channel(n), s.Channel(n).frequency.StartHz(), kMinFrequencyHz);
     },
-    [](tagAnalyzerSettings& s, long n, double hz) { s.Channel(n).frequency.SetStart(hz); }};
+    [](AnalyzerSettings& s, long n, double hz) { s.Channel(n).frequency.SetStart(hz); }};
 
-inline constexpr tagNumericSetting kStop{
-    tagSuffix::Number,
-    [](const tagAnalyzerSettings& s, long n) {
+inline constexpr NumericSetting kStop{
+    Suffix::Number,
+    [](const AnalyzerSettings& s, long n) {
         return Frequency(s.Channel(n), s.Channel(n).frequency.StopHz(), kMaxFrequencyHz);
     },
-    [](tagAnalyzerSettings& s, long n, double hz) { s.Channel(n).frequency.SetStop(hz); }};
+    [](AnalyzerSettings& s, long n, double hz) { s.Channel(n).frequency.SetStop(hz); }};
 
-inline constexpr tagNumericSetting kBandwidth{
-    tagSuffix::Number,
-    [](const tagAnalyzerSettings& s, long n) { return Bandwidth(s.Channel(n)); },
-    [](tagAnalyzerSettings& s, long n, double hz) {
+inline constexpr NumericSetting kBandwidth{
+    Suffix::Number,
+    [](const AnalyzerSettings& s, long n) { return Bandwidth(s.Channel(n)); },
+    [](AnalyzerSettings& s, long n, double hz) {
         s.Channel(n).manualBandwidthHz = hz;
-        s.Channel(n).bBandwidthAuto = false;
+        s.Channel(n).bandwidthAuto = false;
     }};
 
-inline constexpr tagBooleanSetting kBandwidthAuto{
-    tagSuffix::Number,
-    [](const tagAnalyzerSettings& s, long n) { return s.Channel(n).bBandwidthAuto; },
-    [](tagAnalyzerSettings& s, long n, bool on) {
+inline constexpr BooleanSetting kBandwidthAuto{
+    Suffix::Number,
+    [](const AnalyzerSettings& s, long n) { return s.Channel(n).bandwidthAuto; },
+    [](AnalyzerSettings& s, long n, bool on) {
         s.Channel(n).manualBandwidthHz = s.Channel(n).BandwidthHz();
-        s.Channel(n).bBandwidthAuto = on;
+        s.Channel(n).bandwidthAuto = on;
     }};
 
-inline constexpr tagNumericSetting kReferenceLevel{
-    tagSuffix::Number,
-    [](const tagAnalyzerSettings& s, long n) { return ReferenceLevel(s.Channel(n)); },
-    [](tagAnalyzerSettings& s, long n, double dbm) { s.Channel(n).referenceLevelDbm = dbm; }};
+inline constexpr NumericSetting kReferenceLevel{
+    Suffix::Number,
+    [](const AnalyzerSettings& s, long n) { return ReferenceLevel(s.Channel(n)); },
+    [](AnalyzerSettings& s, long n, double dbm) { s.Channel(n).referenceLevelDbm = dbm; }};
 
-inline constexpr tagNumericSetting kPoints{
-    tagSuffix::One,
-    [](const tagAnalyzerSettings& s, long) { return SweepPoints(s); },
-    [](tagAnalyzerSettings& s, long, double points) { s.sweepPoints = static_cast<long>(points); }};
+inline constexpr NumericSetting kPoints{
+    Suffix::One,
+    [](const AnalyzerSettings& s, long) { return SweepPoints(s); },
+    [](AnalyzerSettings& s, long, double points) { s.sweepPoints = static_cast<long>(points); }};
 
-inline constexpr tagNumericSetting kSweepTime{tagSuffix::One,
-                                              [](const tagAnalyzerSettings& s, long) { return SweepTime(s); },
-                                              [](tagAnalyzerSettings& s, long, double seconds) {
-                                                  s.manualSweepTimeS = seconds;
-                                                  s.bSweepTimeAuto = false;
-                                              }};
+inline constexpr NumericSetting kSweepTime{Suffix::One,
+                                           [](const AnalyzerSettings& s, long) { return SweepTime(s); },
+                                           [](AnalyzerSettings& s, long, double seconds) {
+                                               s.manualSweepTimeS = seconds;
+                                               s.sweepTimeAuto = false;
+                                           }};
 
-inline constexpr tagBooleanSetting kSweepTimeAuto{
-    tagSuffix::One,
-    [](const tagAnalyzerSettings& s, long) { return s.bSweepTimeAuto; },
-    [](tagAnalyzerSettings& s, long, bool on) {
+inline constexpr BooleanSetting kSweepTimeAuto{
+    Suffix::One,
+    [](const AnalyzerSettings& s, long) { return s.sweepTimeAuto; },
+    [](AnalyzerSettings& s, long, bool on) {
         s.manualSweepTimeS = s.SweepTimeS();
-        s.bSweepTimeAuto = on;
+        s.sweepTimeAuto = on;
     }};
 
-inline constexpr tagWordSetting kDetector{
-    tagSuffix::One,
+inline constexpr WordSetting kDetector{
+    Suffix::One,
     &DetectorWord,
-    [](const tagAnalyzerSettings& s) { return static_cast<long>(s.detector); },
-    [](tagAnalyzerSettings& s, long word) { s.detector = static_cast<tagDetector>(word); }};
+    [](const AnalyzerSettings& s) { return static_cast<long>(s.detector); },
+    [](AnalyzerSettings& s, long word) { s.detector = static_cast<Detector>(word); }};
 
-inline constexpr tagWordSetting kTriggerSource{
-    tagSuffix::None,
+inline constexpr WordSetting kTriggerSource{
+    Suffix::None,
     &TriggerSourceWord,
-    [](const tagAnalyzerSettings& s) { return static_cast<long>(s.triggerSource); },
-    [](tagAnalyzerSettings& s, long word) { s.triggerSource = static_cast<tagTriggerSource>(word); }};
+    [](const AnalyzerSettings& s) { return static_cast<long>(s.triggerSource); },
+    [](AnalyzerSettings& s, long word) { s.triggerSource = static_cast<TriggerSource>(word); }};
 
-inline constexpr tagNumericSetting kMarkerX{
-    tagSuffix::Number, &Marker, [](tagAnalyzerSettings& s, long n, double hz) { s.MarkerHz(n) = hz; }};
+inline constexpr NumericSetting kMarkerX{
+    Suffix::Number, &Marker, [](AnalyzerSettings& s, long n, double hz) { s.MarkerHz(n) = hz; }};
 
 } // namespace ZoVelkor::Demo

@@ -45,38 +45,38 @@ double NextInSequence(double value, bool up, std::initializer_list<double> manti
     return below;
 }
 
-double tagChannelSettings::BandwidthHz() const
+double ChannelSettings::BandwidthHz() const
 {
-    return bBandwidthAuto ? CoupledBandwidthHz(frequency.SpanHz()) : manualBandwidthHz;
+    return bandwidthAuto ? CoupledBandwidthHz(frequency.SpanHz()) : manualBandwidthHz;
 }
 
-double tagChannelSettings::ShortestSweepTimeS() const
+double ChannelSettings::ShortestSweepTimeS() const
 {
     return kSettlingTimes / BandwidthHz();
 }
 
-double tagAnalyzerSettings::SweepTimeS() const
+double AnalyzerSettings::SweepTimeS() const
 {
-    if (!bSweepTimeAuto)
+    if (!sweepTimeAuto)
     {
         return manualSweepTimeS;
     }
     double timeS = kMinAutoSweepTimeS;
-    for (const tagChannelSettings& channel : channels)
+    for (const ChannelSettings& channel : channels)
     {
         timeS = std::max(timeS, channel.ShortestSweepTimeS());
     }
     return timeS;
 }
 
-std::array<CFrequencyRange, kChannelCount> tagAnalyzerSettings::Ranges() const
+std::array<CFrequencyRange, kChannelCount> AnalyzerSettings::Ranges() const
 {
     std::array<CFrequencyRange, kChannelCount> ranges;
-    std::ranges::transform(channels, ranges.begin(), &tagChannelSettings::frequency);
+    std::ranges::transform(channels, ranges.begin(), &ChannelSettings::frequency);
     return ranges;
 }
 
-void tagAnalyzerSettings::KeepMarkersInside()
+void AnalyzerSettings::KeepMarkersInside()
 {
     const CFrequencyRange& range = Channel(1).frequency;
     for (double& markerHz : markersHz)

@@ -28,7 +28,7 @@ inline constexpr double kMaxReferenceLevelDbm = 30.0;
 inline constexpr double kResetReferenceLevelDbm = 0.0;
 
 /// How the samples that fall into one sweep point become its level.
-enum class tagDetector : long
+enum class Detector : long
 {
     Positive = 1, ///< largest sample
     Negative,     ///< smallest sample
@@ -38,7 +38,7 @@ enum class tagDetector : long
 };
 
 /// What a sweep waits for once it is initiated.
-enum class tagTriggerSource : long
+enum class TriggerSource : long
 {
     Immediate = 1, ///< nothing
     Bus,           ///< *TRG or TRIGger[:IMMediate]
@@ -46,11 +46,11 @@ enum class tagTriggerSource : long
 };
 
 /// Settings of one measurement channel.
-struct tagChannelSettings
+struct ChannelSettings
 {
     CFrequencyRange frequency;
-    bool bBandwidthAuto = true;                         ///< the bandwidth follows the span
-    double manualBandwidthHz = kMaxBandwidthHz;         ///< holds while bBandwidthAuto is off
+    bool bandwidthAuto = true;                          ///< the bandwidth follows the span
+    double manualBandwidthHz = kMaxBandwidthHz;         ///< holds while bandwidthAuto is off
     double referenceLevelDbm = kResetReferenceLevelDbm; ///< the input is overloaded above it
 
     /// The resolution bandwidth in force.
@@ -59,26 +59,26 @@ struct tagChannelSettings
     /// The time that its filter needs to settle in a sweep; a shorter sweep shows wrong levels.
     double ShortestSweepTimeS() const;
 
-    bool operator==(const tagChannelSettings&) const = default;
+    bool operator==(const ChannelSettings&) const = default;
 };
 
 /// All settings of the analyser; a new object is the reset state (*RST).
 ///
 /// A plain value: a command changes a copy and puts it in force as a whole, so a refused command changes
 /// nothing, and a sweep works on the copy that it was started with.
-struct tagAnalyzerSettings
+struct AnalyzerSettings
 {
-    std::array<tagChannelSettings, kChannelCount> channels{};
+    std::array<ChannelSettings, kChannelCount> channels{};
     long sweepPoints = kResetSweepPoints;
-    bool bSweepTimeAuto = true; ///< the sweep time follows the bandwidths
+    bool sweepTimeAuto = true; ///< the sweep time follows the bandwidths
     double manualSweepTimeS = kMinAutoSweepTimeS;
-    tagDetector detector = tagDetector::Positive;
-    tagTriggerSource triggerSource = tagTriggerSource::Immediate;
+    Detector detector = Detector::Positive;
+    TriggerSource triggerSource = TriggerSource::Immediate;
     std::array<double, kMarkerCount> markersHz = ResetMarkers();
 
     /// A channel by its suffix, 1 to kChannelCount.
-    tagChannelSettings& Channel(long suffix) { return BySuffix(channels, suffix); }
-    const tagChannelSettings& Channel(long suffix) const { return BySuffix(channels, suffix); }
+    ChannelSettings& Channel(long suffix) { return BySuffix(channels, suffix); }
+    const ChannelSettings& Channel(long suffix) const { return BySuffix(channels, suffix); }
 
     /// A marker's frequency by its suffix, 1 to kMarkerCount.
     double& MarkerHz(long suffix) { return BySuffix(markersHz, suffix); }

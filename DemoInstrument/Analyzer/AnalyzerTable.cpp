@@ -13,50 +13,50 @@ namespace
 {
 
 // The groups, in the order of the table below.
-constexpr tagGroup kRoot{0, 11};
-constexpr tagGroup kSense = After(kRoot, 6);
-constexpr tagGroup kFrequency = After(kSense, 4);
-constexpr tagGroup kBandwidth = After(kFrequency, 1);
-constexpr tagGroup kResolution = After(kBandwidth, 1);
-constexpr tagGroup kPower = After(kResolution, 1);
-constexpr tagGroup kSweep = After(kPower, 2);
-constexpr tagGroup kSweepTime = After(kSweep, 1);
-constexpr tagGroup kInitiate = After(kSweepTime, 2);
-constexpr tagGroup kTrigger = After(kInitiate, 1);
-constexpr tagGroup kSequence = After(kTrigger, 2);
-constexpr tagGroup kTrace = After(kSequence, 1);
-constexpr tagGroup kFormat = After(kTrace, 2);
-constexpr tagGroup kCalculate = After(kFormat, 1);
-constexpr tagGroup kMarker = After(kCalculate, 3);
-constexpr tagGroup kDisplay = After(kMarker, 1);
-constexpr tagGroup kDisplayText = After(kDisplay, 1);
-constexpr tagGroup kMassMemory = After(kDisplayText, 3);
-constexpr tagGroup kRoute = After(kMassMemory, 1);
-constexpr tagGroup kDiagnostic = After(kRoute, 1);
-constexpr tagGroup kService = After(kDiagnostic, 1);
-constexpr tagGroup kHertzParameter = After(kService, 1);
-constexpr tagGroup kLevelParameter = After(kHertzParameter, 1);
-constexpr tagGroup kSecondParameter = After(kLevelParameter, 1);
-constexpr tagGroup kCountParameter = After(kSecondParameter, 1);
-constexpr tagGroup kBooleanParameter = After(kCountParameter, 1);
-constexpr tagGroup kDetectorParameter = After(kBooleanParameter, 1);
-constexpr tagGroup kSourceParameter = After(kDetectorParameter, 1);
-constexpr tagGroup kTraceParameter = After(kSourceParameter, 1);
-constexpr tagGroup kFormatParameters = After(kTraceParameter, 2);
-constexpr tagGroup kBorderParameter = After(kFormatParameters, 1);
-constexpr tagGroup kTextParameter = After(kBorderParameter, 1);
-constexpr tagGroup kFileParameters = After(kTextParameter, 2);
-constexpr tagGroup kNameParameter = After(kFileParameters, 1);
-constexpr tagGroup kChannelsParameter = After(kNameParameter, 1);
-constexpr tagGroup kHertz = After(kChannelsParameter, 1);
-constexpr tagGroup kLevel = After(kHertz, 1);
-constexpr tagGroup kSecond = After(kLevel, 1);
-constexpr tagGroup kDetectorWords = After(kSecond, 5);
-constexpr tagGroup kSourceWords = After(kDetectorWords, 3);
-constexpr tagGroup kFormatWords = After(kSourceWords, 2);
-constexpr tagGroup kBorderWords = After(kFormatWords, 2);
-constexpr tagGroup kSuffixes = After(kBorderWords, 3);
-constexpr tagGroup kEnd = After(kSuffixes, 0);
+constexpr Group kRoot{0, 11};
+constexpr Group kSense = After(kRoot, 6);
+constexpr Group kFrequency = After(kSense, 4);
+constexpr Group kBandwidth = After(kFrequency, 1);
+constexpr Group kResolution = After(kBandwidth, 1);
+constexpr Group kPower = After(kResolution, 1);
+constexpr Group kSweep = After(kPower, 2);
+constexpr Group kSweepTime = After(kSweep, 1);
+constexpr Group kInitiate = After(kSweepTime, 2);
+constexpr Group kTrigger = After(kInitiate, 1);
+constexpr Group kSequence = After(kTrigger, 2);
+constexpr Group kTrace = After(kSequence, 1);
+constexpr Group kFormat = After(kTrace, 2);
+constexpr Group kCalculate = After(kFormat, 1);
+constexpr Group kMarker = After(kCalculate, 3);
+constexpr Group kDisplay = After(kMarker, 1);
+constexpr Group kDisplayText = After(kDisplay, 1);
+constexpr Group kMassMemory = After(kDisplayText, 3);
+constexpr Group kRoute = After(kMassMemory, 1);
+constexpr Group kDiagnostic = After(kRoute, 1);
+constexpr Group kService = After(kDiagnostic, 1);
+constexpr Group kHertzParameter = After(kService, 1);
+constexpr Group kLevelParameter = After(kHertzParameter, 1);
+constexpr Group kSecondParameter = After(kLevelParameter, 1);
+constexpr Group kCountParameter = After(kSecondParameter, 1);
+constexpr Group kBooleanParameter = After(kCountParameter, 1);
+constexpr Group kDetectorParameter = After(kBooleanParameter, 1);
+constexpr Group kSourceParameter = After(kDetectorParameter, 1);
+constexpr Group kTraceParameter = After(kSourceParameter, 1);
+constexpr Group kFormatParameters = After(kTraceParameter, 2);
+constexpr Group kBorderParameter = After(kFormatParameters, 1);
+constexpr Group kTextParameter = After(kBorderParameter, 1);
+constexpr Group kFileParameters = After(kTextParameter, 2);
+constexpr Group kNameParameter = After(kFileParameters, 1);
+constexpr Group kChannelsParameter = After(kNameParameter, 1);
+constexpr Group kHertz = After(kChannelsParameter, 1);
+constexpr Group kLevel = After(kHertz, 1);
+constexpr Group kSecond = After(kLevel, 1);
+constexpr Group kDetectorWords = After(kSecond, 5);
+constexpr Group kSourceWords = After(kDetectorWords, 3);
+constexpr Group kFormatWords = After(kSourceWords, 2);
+constexpr Group kBorderWords = After(kFormatWords, 2);
+constexpr Group kSuffixes = After(kBorderWords, 3);
+constexpr Group kEnd = After(kSuffixes, 0);
 
 template <class TEnum>
 constexpr std::uint32_t WordOf(TEnum value)
@@ -178,15 +178,15 @@ constexpr _CMD_SET_RECORD kTable[] = {
     SFX("DBM", BASE_UNIT, kLevel.count),
     SFX("S",   BASE_UNIT, kSecond.count),
 
-    CHR("POSitive",  WordOf(tagDetector::Positive),       kDetectorWords.count),
-    CHR("NEGative",  WordOf(tagDetector::Negative),       NONE),
-    CHR("SAMPle",    WordOf(tagDetector::Sample),         NONE),
-    CHR("RMS",       WordOf(tagDetector::Rms),            NONE),
-    CHR("AVERage",   WordOf(tagDetector::Average),        NONE),
+    CHR("POSitive",  WordOf(Detector::Positive),       kDetectorWords.count),
+    CHR("NEGative",  WordOf(Detector::Negative),       NONE),
+    CHR("SAMPle",    WordOf(Detector::Sample),         NONE),
+    CHR("RMS",       WordOf(Detector::Rms),            NONE),
+    CHR("AVERage",   WordOf(Detector::Average),        NONE),
 
-    CHR("IMMediate", WordOf(tagTriggerSource::Immediate), kSourceWords.count),
-    CHR("BUS",       WordOf(tagTriggerSource::Bus),       NONE),
-    CHR("LXI",       WordOf(tagTriggerSource::Lxi),       NONE),
+    CHR("IMMediate", WordOf(TriggerSource::Immediate), kSourceWords.count),
+    CHR("BUS",       WordOf(TriggerSource::Bus),       NONE),
+    CHR("LXI",       WordOf(TriggerSource::Lxi),       NONE),
 
     CHR("ASCii",     FORMAT_WORD_ASCII,                   kFormatWords.count),
     CHR("REAL",      FORMAT_WORD_REAL,                    NONE),

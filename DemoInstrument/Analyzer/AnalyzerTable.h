@@ -11,7 +11,7 @@ namespace ZoVelkor::Demo
 /// Handler indexes of the analyser's commands, as they stand in its command table.
 ///
 /// One index serves the query and the setting of a command.
-enum tagAnalyzerHandler : std::int32_t
+enum AnalyzerHandler : std::int32_t
 {
     FREQ_CENTER,
     FREQ_SPAN,
@@ -45,14 +45,14 @@ enum tagAnalyzerHandler : std::int32_t
 };
 
 /// Values of the mnemonics of FORMat[:DATA].
-enum tagFormatWord : std::uint32_t
+enum FormatWord : std::uint32_t
 {
     FORMAT_WORD_ASCII = 1,
     FORMAT_WORD_REAL
 };
 
 /// Values of the mnemonics of FORMat:BORDer.
-enum tagBorderWord : std::uint32_t
+enum BorderWord : std::uint32_t
 {
     BORDER_WORD_NORMAL = 1,
     BORDER_WORD_SWAPPED

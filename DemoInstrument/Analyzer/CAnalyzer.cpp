@@ -9,7 +9,7 @@
 namespace ZoVelkor::Demo
 {
 
-void CAnalyzer::Apply(const tagAnalyzerSettings& settings)
+void CAnalyzer::Apply(const AnalyzerSettings& settings)
 {
     m_settings = settings;
     m_settings.KeepMarkersInside();
@@ -21,7 +21,7 @@ void CAnalyzer::Reset()
     m_sweeps.Reset();
     m_traces.Clear();
     m_switches.Reset();
-    m_sDisplayText.clear();
+    m_displayText.clear();
     Apply({});
 }
 
@@ -30,15 +30,15 @@ bool CAnalyzer::Selftest()
     constexpr double kToleranceDb = 1.0;
     constexpr double kSpanHz = 1e5;
     constexpr std::uint64_t kSeed = 1;
-    const tagCarrier& strongest =
+    const Carrier& strongest =
         *std::max_element(std::begin(kCarriers), std::end(kCarriers), [](const auto& a, const auto& b) {
             return a.levelDbm < b.levelDbm;
         });
 
-    tagChannelSettings channel;
+    ChannelSettings channel;
     channel.frequency.SetCenter(strongest.frequencyHz);
     channel.frequency.SetSpan(kSpanHz);
-    const tagTrace trace{channel.frequency, SimulateTrace(channel, kMinSweepPoints, tagDetector::Rms, kSeed)};
+    const Trace trace{channel.frequency, SimulateTrace(channel, kMinSweepPoints, Detector::Rms, kSeed)};
     const double measuredDbm = trace.levelsDbm[trace.NearestIndex(strongest.frequencyHz)];
     return std::abs(measuredDbm - strongest.levelDbm) < kToleranceDb;
 }

@@ -21,10 +21,10 @@ public:
     /// @throws CShellError when remote control lacks a status register of the analyser
     CAnalyzer() : m_sweeps(m_traces, m_status) {}
 
-    const tagAnalyzerSettings& Settings() const { return m_settings; }
+    const AnalyzerSettings& Settings() const { return m_settings; }
 
     /// Puts settings in force; they hold from the next sweep on.
-    void Apply(const tagAnalyzerSettings& settings);
+    void Apply(const AnalyzerSettings& settings);
 
     /// Returns to the reset state: no sweep, no traces, switches open, no text. The files stay.
     void Reset();
@@ -36,13 +36,13 @@ public:
     CSweepEngine& Sweeps() { return m_sweeps; }
     CMassMemory& Files() { return m_files; }
     CSwitchBoard& Switches() { return m_switches; }
-    std::string& DisplayText() { return m_sDisplayText; }
+    std::string& DisplayText() { return m_displayText; }
 
 private:
-    tagAnalyzerSettings m_settings;
+    AnalyzerSettings m_settings;
     CMassMemory m_files;
     CSwitchBoard m_switches;
-    std::string m_sDisplayText;
+    std::string m_displayText;
     CTraceMemory m_traces;
     CInstrumentStatus m_status;
     CSweepEngine m_sweeps; // last: its thread writes into the traces and the status

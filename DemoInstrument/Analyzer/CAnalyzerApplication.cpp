@@ -19,12 +19,12 @@ public:
 
     HRESULT Selftest(short* passed) override
     {
-        const HRESULT hr = CBScpiDeviceHandler::Selftest(passed);
-        if (SUCCEEDED(hr))
+        const HRESULT result = CBScpiDeviceHandler::Selftest(passed);
+        if (SUCCEEDED(result))
         {
             *passed = CAnalyzer::Selftest() ? VARIANT_TRUE : VARIANT_FALSE;
         }
-        return hr;
+        return result;
     }
 
 protected:

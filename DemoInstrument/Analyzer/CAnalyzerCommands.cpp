@@ -11,19 +11,19 @@ namespace
 
 /// Reads the suffix; 1 without one.
 template <class TCall>
-HRESULT ReadSuffix(TCall& call, tagSuffix kind, long& suffix)
+HRESULT ReadSuffix(TCall& call, Suffix kind, long& suffix)
 {
-    suffix = kind == tagSuffix::None ? 1 : HeaderSuffix(call);
+    suffix = kind == Suffix::None ? 1 : HeaderSuffix(call);
     // [SENSe] takes more suffixes than some of the commands below it.
-    return kind == tagSuffix::One && suffix != 1 ? call.SetScpiError(kScpiHeaderSuffixOutOfRange) : S_OK;
+    return kind == Suffix::One && suffix != 1 ? call.SetScpiError(kScpiHeaderSuffixOutOfRange) : S_OK;
 }
 
 } // namespace
 
-std::span<const tagHandlerRow<CAnalyzerCommands>> CAnalyzerCommands::Handlers()
+std::span<const HandlerRow<CAnalyzerCommands>> CAnalyzerCommands::Handlers()
 {
     using Self = CAnalyzerCommands;
-    static constexpr tagHandlerRow<Self> kRows[] = {
+    static constexpr HandlerRow<Self> kRows[] = {
         {FREQ_CENTER, &Self::NumericSetting<kCenter>},
         {FREQ_SPAN, &Self::NumericSetting<kSpan>},
         {FREQ_START, &Self::NumericSetting<kStart>},
@@ -65,11 +65,11 @@ HRESULT CAnalyzerCommands::NumericSetting(Pool& pool)
     {
         return S_FALSE;
     }
-    tagAnalyzerSettings settings = m_analyzer.Settings();
+    AnalyzerSettings settings = m_analyzer.Settings();
     CNumericSetting number = TSetting.find(settings, suffix);
-    if (const HRESULT hr = number.Handle(pool); hr != S_OK || pool.IsQuery())
+    if (const HRESULT result = number.Handle(pool); result != S_OK || pool.IsQuery())
     {
-        return hr;
+        return result;
     }
     TSetting.put(settings, suffix, number.Value());
     m_analyzer.Apply(settings);
@@ -84,11 +84,11 @@ HRESULT CAnalyzerCommands::BooleanSetting(Record& record)
     {
         return S_FALSE;
     }
-    tagAnalyzerSettings settings = m_analyzer.Settings();
+    AnalyzerSettings settings = m_analyzer.Settings();
     bool on = TSetting.get(settings, suffix);
-    if (const HRESULT hr = HandleBoolean(record, on); hr != S_OK || record.IsQuery())
+    if (const HRESULT result = HandleBoolean(record, on); result != S_OK || record.IsQuery())
     {
-        return hr;
+        return result;
     }
     TSetting.put(settings, suffix, on);
     m_analyzer.Apply(settings);
@@ -103,11 +103,12 @@ HRESULT CAnalyzerCommands::WordSetting(Record& record)
     {
         return S_FALSE;
     }
-    tagAnalyzerSettings settings = m_analyzer.Settings();
+    AnalyzerSettings settings = m_analyzer.Settings();
     long value = TSetting.get(settings);
-    if (const HRESULT hr = HandleWord(record, value, TSetting.shortForm); hr != S_OK || record.IsQuery())
+    if (const HRESULT result = HandleWord(record, value, TSetting.shortForm);
+        result != S_OK || record.IsQuery())
     {
-        return hr;
+        return result;
     }
     TSetting.put(settings, value);
     m_analyzer.Apply(settings);

@@ -19,8 +19,8 @@ public:
     /// @param analyzer  borrowed
     explicit CAnalyzerCommands(CAnalyzer& analyzer) : m_analyzer(analyzer) {}
 
-    /// The handlers in the order of tagAnalyzerHandler.
-    static std::span<const tagHandlerRow<CAnalyzerCommands>> Handlers();
+    /// The handlers in the order of AnalyzerHandler.
+    static std::span<const HandlerRow<CAnalyzerCommands>> Handlers();
 
 private:
     using Record = CCommandExecutionData;
@@ -46,7 +46,7 @@ private:
 
     HRESULT MarkerY(Pool& pool);
     HRESULT MarkerMaximum(Pool& pool);
-    HRESULT ReadMarkerTrace(Pool& pool, TracePtr& spTrace);
+    HRESULT ReadMarkerTrace(Pool& pool, TracePtr& newTrace);
 
     HRESULT DisplayText(Record& record);
     HRESULT RouteClose(Record& record);

@@ -22,7 +22,7 @@ constexpr long kDefaultRealBits = 64;
 /// All markers sit on this trace.
 constexpr long kMarkerTrace = 1;
 
-struct tagDataFormat
+struct DataFormat
 {
     tagEnumFormatDataType type = ZO_FORMAT_ASCII;
     long width = 0;
@@ -30,7 +30,7 @@ struct tagDataFormat
 };
 
 /// Asks for the data format of the remote path; -200 when it has none.
-HRESULT ReadDataFormat(CScpiFunctionExecutionDataPool& pool, tagDataFormat& format)
+HRESULT ReadDataFormat(CScpiFunctionExecutionDataPool& pool, DataFormat& format)
 {
     IZOScpiSubsystemFormat* const subsystem = pool.GetFormatSubsystem();
     if (subsystem == nullptr || FAILED(subsystem->get_DataFormat(&format.type, &format.width)) ||
@@ -43,32 +43,32 @@ HRESULT ReadDataFormat(CScpiFunctionExecutionDataPool& pool, tagDataFormat& form
 
 HRESULT ReadTraceBlock(CScpiFunctionExecutionDataPool& pool, std::vector<double>& values)
 {
-    tagDataFormat format;
+    DataFormat format;
     long bytes = 0;
-    CComPtr<IZOScpiBlockData> spBlock;
-    if (const HRESULT hr = pool.GetBlockArgument(&spBlock, bytes, 0); hr != S_OK)
+    CComPtr<IZOScpiBlockData> block;
+    if (const HRESULT result = pool.GetBlockArgument(&block, bytes, 0); result != S_OK)
     {
-        return hr;
+        return result;
     }
     if (pool.CheckArgumentCount(0, true) != S_OK || ReadDataFormat(pool, format) != S_OK)
     {
         return S_FALSE;
     }
-    if (!spBlock || format.type != ZO_FORMAT_REAL ||
-        FAILED(spBlock->InitReaderFormat(format.type, format.width, format.order)))
+    if (!block || format.type != ZO_FORMAT_REAL ||
+        FAILED(block->InitReaderFormat(format.type, format.width, format.order)))
     {
         return pool.SetScpiBlockDataError("a block needs the format REAL (%FORMDATA%)");
     }
     const long announced = bytes < 0 ? bytes : bytes / (format.width / kBitsPerByte);
-    const HRESULT hr =
+    const HRESULT result =
         ReadBlock(values, announced, kMaxTraceValues, [&](auto count, double* data, auto* got) {
-            return spBlock->GetNextArray(count, data, got);
+            return block->GetNextArray(count, data, got);
         });
-    if (hr == E_FAIL || (hr == S_OK && values.empty()))
+    if (result == E_FAIL || (result == S_OK && values.empty()))
     {
         return pool.SetScpiBlockDataError("the length does not fit the format (%FORMDATA%)");
     }
-    return hr == S_FALSE ? pool.SetScpiError(kScpiTooMuchData) : hr;
+    return result == S_FALSE ? pool.SetScpiError(kScpiTooMuchData) : result;
 }
 
 /// Reads what a trace is loaded with, a block or a list of numbers.
@@ -102,9 +102,9 @@ HRESULT CAnalyzerCommands::Initiate(Record& record)
 HRESULT CAnalyzerCommands::InitiateContinuous(Record& record)
 {
     bool on = m_analyzer.Sweeps().IsContinuous();
-    if (const HRESULT hr = HandleBoolean(record, on); hr != S_OK || record.IsQuery())
+    if (const HRESULT result = HandleBoolean(record, on); result != S_OK || record.IsQuery())
     {
-        return hr;
+        return result;
     }
     m_analyzer.Sweeps().SetContinuous(on);
     return S_OK;
@@ -128,23 +128,23 @@ HRESULT CAnalyzerCommands::TraceData(Pool& pool)
     {
         return AnswerTrace(pool, number);
     }
-    tagTrace trace{m_analyzer.Settings().Channel(number).frequency, {}};
-    if (const HRESULT hr = ReadTrace(pool, trace.levelsDbm); hr != S_OK)
+    Trace trace{m_analyzer.Settings().Channel(number).frequency, {}};
+    if (const HRESULT result = ReadTrace(pool, trace.levelsDbm); result != S_OK)
     {
-        return hr;
+        return result;
     }
-    m_analyzer.Traces().Put(number, std::make_shared<const tagTrace>(std::move(trace)));
+    m_analyzer.Traces().Put(number, std::make_shared<const Trace>(std::move(trace)));
     return S_OK;
 }
 
 HRESULT CAnalyzerCommands::AnswerTrace(Pool& pool, long trace)
 {
-    const TracePtr spTrace = m_analyzer.Traces().Get(trace);
-    if (!spTrace)
+    const TracePtr newTrace = m_analyzer.Traces().Get(trace);
+    if (!newTrace)
     {
         return pool.SetScpiError(kScpiDataCorruptOrStale);
     }
-    return AnswerNumbers(pool, spTrace->levelsDbm);
+    return AnswerNumbers(pool, newTrace->levelsDbm);
 }
 
 HRESULT CAnalyzerCommands::FormatData(Pool& pool)
@@ -182,7 +182,7 @@ HRESULT CAnalyzerCommands::FormatData(Pool& pool)
 
 HRESULT CAnalyzerCommands::FormatBorder(Pool& pool)
 {
-    tagDataFormat format;
+    DataFormat format;
     if (ReadDataFormat(pool, format) != S_OK)
     {
         return S_FALSE;
@@ -205,34 +205,35 @@ HRESULT CAnalyzerCommands::FormatBorder(Pool& pool)
                                                                                 : ZO_BYTE_ORDER_NORMAL);
 }
 
-HRESULT CAnalyzerCommands::ReadMarkerTrace(Pool& pool, TracePtr& spTrace)
+HRESULT CAnalyzerCommands::ReadMarkerTrace(Pool& pool, TracePtr& newTrace)
 {
-    spTrace = m_analyzer.Traces().Get(kMarkerTrace);
+    newTrace = m_analyzer.Traces().Get(kMarkerTrace);
     // A trace of another frequency range has nothing at the markers' places.
-    const bool isStale = !spTrace || spTrace->range != m_analyzer.Settings().Channel(kMarkerTrace).frequency;
+    const bool isStale =
+        !newTrace || newTrace->range != m_analyzer.Settings().Channel(kMarkerTrace).frequency;
     return isStale ? pool.SetScpiError(kScpiDataCorruptOrStale) : S_OK;
 }
 
 HRESULT CAnalyzerCommands::MarkerY(Pool& pool)
 {
-    TracePtr spTrace;
-    if (ReadMarkerTrace(pool, spTrace) != S_OK)
+    TracePtr newTrace;
+    if (ReadMarkerTrace(pool, newTrace) != S_OK)
     {
         return S_FALSE;
     }
-    const std::size_t index = spTrace->NearestIndex(m_analyzer.Settings().MarkerHz(HeaderSuffix(pool)));
-    return pool.NumericResponse(spTrace->levelsDbm[index]);
+    const std::size_t index = newTrace->NearestIndex(m_analyzer.Settings().MarkerHz(HeaderSuffix(pool)));
+    return pool.NumericResponse(newTrace->levelsDbm[index]);
 }
 
 HRESULT CAnalyzerCommands::MarkerMaximum(Pool& pool)
 {
-    TracePtr spTrace;
-    if (ReadMarkerTrace(pool, spTrace) != S_OK)
+    TracePtr newTrace;
+    if (ReadMarkerTrace(pool, newTrace) != S_OK)
     {
         return S_FALSE;
     }
-    tagAnalyzerSettings settings = m_analyzer.Settings();
-    settings.MarkerHz(HeaderSuffix(pool)) = spTrace->FrequencyHz(spTrace->PeakIndex());
+    AnalyzerSettings settings = m_analyzer.Settings();
+    settings.MarkerHz(HeaderSuffix(pool)) = newTrace->FrequencyHz(newTrace->PeakIndex());
     m_analyzer.Apply(settings);
     return S_OK;
 }

@@ -54,12 +54,12 @@ HRESULT CAnalyzerCommands::FileData(Pool& pool)
 HRESULT CAnalyzerCommands::StoreFile(Pool& pool, const std::string& name)
 {
     long bytes = 0;
-    CComPtr<IZOScpiBlockData> spBlock;
-    if (const HRESULT hr = pool.GetBlockArgument(&spBlock, bytes, 1); hr != S_OK)
+    CComPtr<IZOScpiBlockData> block;
+    if (const HRESULT result = pool.GetBlockArgument(&block, bytes, 1); result != S_OK)
     {
-        return hr;
+        return result;
     }
-    if (!spBlock)
+    if (!block)
     {
         return pool.SetScpiBlockDataError("");
     }
@@ -71,12 +71,12 @@ HRESULT CAnalyzerCommands::StoreFile(Pool& pool, const std::string& name)
     }
     CMassMemory::Content content;
     const std::size_t room = m_analyzer.Files().RoomFor(name);
-    const HRESULT hr = ReadBlock(content, bytes, room, [&](auto count, unsigned char* data, auto* got) {
-        return spBlock->Read(count, data, got);
+    const HRESULT result = ReadBlock(content, bytes, room, [&](auto count, unsigned char* data, auto* got) {
+        return block->Read(count, data, got);
     });
-    if (hr != S_OK)
+    if (result != S_OK)
     {
-        return FAILED(hr) ? hr : pool.SetScpiError(kScpiMediaFull);
+        return FAILED(result) ? result : pool.SetScpiError(kScpiMediaFull);
     }
     return pool.SetScpiError(m_analyzer.Files().Store(name, std::move(content)));
 }

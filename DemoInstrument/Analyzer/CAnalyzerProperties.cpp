@@ -15,18 +15,18 @@ namespace
 ZO_SOURCE_UNIT("DemoInstrument/Analyzer/CAnalyzerProperties")
 
 /// A property of each channel or marker, or one of the whole analyser; exactly one setting is given.
-struct tagPropertyRow
+struct PropertyRow
 {
     const char* name = nullptr;
     long count = 0; ///< of channels or markers; 0: one without number in its name
     VARTYPE type = VT_EMPTY;
-    const tagNumericSetting* number = nullptr;
-    const tagBooleanSetting* boolean = nullptr;
-    const tagWordSetting* word = nullptr;
+    const NumericSetting* number = nullptr;
+    const BooleanSetting* boolean = nullptr;
+    const WordSetting* word = nullptr;
     long lastWord = 0; ///< the first is 1
 };
 
-constexpr tagPropertyRow kRows[] = {
+constexpr PropertyRow kRows[] = {
     {.name = "Center", .count = kChannelCount, .type = VT_R8, .number = &kCenter},
     {.name = "Span", .count = kChannelCount, .type = VT_R8, .number = &kSpan},
     {.name = "Start", .count = kChannelCount, .type = VT_R8, .number = &kStart},
@@ -41,25 +41,25 @@ constexpr tagPropertyRow kRows[] = {
      .count = 0,
      .type = VT_I4,
      .word = &kDetector,
-     .lastWord = static_cast<long>(tagDetector::Average)},
+     .lastWord = static_cast<long>(Detector::Average)},
     {.name = "TriggerSource",
      .count = 0,
      .type = VT_I4,
      .word = &kTriggerSource,
-     .lastWord = static_cast<long>(tagTriggerSource::Lxi)},
+     .lastWord = static_cast<long>(TriggerSource::Lxi)},
     {.name = "Marker", .count = kMarkerCount, .type = VT_R8, .number = &kMarkerX},
 };
 
 /// Distance of the identifiers of two rows; the suffix is added.
 constexpr long kIdsPerRow = 100;
 
-constexpr long SuffixCount(const tagPropertyRow& row)
+constexpr long SuffixCount(const PropertyRow& row)
 {
     return row.count == 0 ? 1 : row.count;
 }
 
 /// @return null when no property has the identifier
-const tagPropertyRow* FindRow(long dispId)
+const PropertyRow* FindRow(long dispId)
 {
     const long row = dispId / kIdsPerRow - 1;
     const long suffix = dispId % kIdsPerRow;
@@ -69,7 +69,7 @@ const tagPropertyRow* FindRow(long dispId)
 }
 
 /// @param value  empty
-void GetValue(const tagPropertyRow& row, const tagAnalyzerSettings& settings, long suffix, VARIANT& value)
+void GetValue(const PropertyRow& row, const AnalyzerSettings& settings, long suffix, VARIANT& value)
 {
     value.vt = row.type;
     if (row.boolean != nullptr)
@@ -91,7 +91,7 @@ void GetValue(const tagPropertyRow& row, const tagAnalyzerSettings& settings, lo
 }
 
 /// @param value  of the property's type
-HRESULT PutValue(const tagPropertyRow& row, tagAnalyzerSettings& settings, long suffix, const VARIANT& value)
+HRESULT PutValue(const PropertyRow& row, AnalyzerSettings& settings, long suffix, const VARIANT& value)
 {
     if (row.boolean != nullptr)
     {
@@ -118,7 +118,7 @@ HRESULT PutValue(const tagPropertyRow& row, tagAnalyzerSettings& settings, long 
 CAnalyzerProperties::CAnalyzerProperties(const CApplicationAccess<CAnalyzer>& analyzer) : m_analyzer(analyzer)
 {
     long firstId = 0;
-    for (const tagPropertyRow& row : kRows)
+    for (const PropertyRow& row : kRows)
     {
         firstId += kIdsPerRow;
         for (long suffix = 1; suffix <= SuffixCount(row); ++suffix)
@@ -132,7 +132,7 @@ CAnalyzerProperties::CAnalyzerProperties(const CApplicationAccess<CAnalyzer>& an
 
 HRESULT CAnalyzerProperties::DoGetScalarValue(long dispId, VARIANT* value)
 {
-    const tagPropertyRow* const row = FindRow(dispId);
+    const PropertyRow* const row = FindRow(dispId);
     if (value == nullptr)
     {
         return RepairError(ZO_NULL_POINTER(this, "value"));
@@ -146,24 +146,24 @@ HRESULT CAnalyzerProperties::DoGetScalarValue(long dispId, VARIANT* value)
 
 HRESULT CAnalyzerProperties::DoSetScalarValue(long dispId, VARIANT value)
 {
-    const tagPropertyRow* const row = FindRow(dispId);
+    const PropertyRow* const row = FindRow(dispId);
     if (row == nullptr)
     {
         return S_FALSE;
     }
     CComVariant converted;
-    if (const HRESULT hr = VariantChangeType(&converted, &value, 0, row->type); FAILED(hr))
+    if (const HRESULT result = VariantChangeType(&converted, &value, 0, row->type); FAILED(result))
     {
-        return hr;
+        return result;
     }
     return m_analyzer.Run([&](CAnalyzer& analyzer) -> HRESULT {
-        tagAnalyzerSettings settings = analyzer.Settings();
-        const HRESULT hr = PutValue(*row, settings, dispId % kIdsPerRow, converted);
-        if (hr == S_OK)
+        AnalyzerSettings settings = analyzer.Settings();
+        const HRESULT result = PutValue(*row, settings, dispId % kIdsPerRow, converted);
+        if (result == S_OK)
         {
             analyzer.Apply(settings);
         }
-        return hr;
+        return result;
     });
 }
 

@@ -21,8 +21,8 @@ namespace ZoVelkor::Demo
 /// | 801 | SweepPoints | 32 bits |
 /// | 901 | SweepTime | double, s |
 /// | 1001 | SweepTimeAuto | boolean |
-/// | 1101 | Detector | tagDetector |
-/// | 1201 | TriggerSource | tagTriggerSource |
+/// | 1101 | Detector | Detector |
+/// | 1201 | TriggerSource | TriggerSource |
 /// | 1300 + marker | Marker1 to Marker8 | double, Hz |
 ///
 /// Values are checked and coupled as the commands do it. Results of GetScalarValue and SetScalarValue: S_OK;

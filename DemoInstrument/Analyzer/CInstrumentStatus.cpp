@@ -12,32 +12,33 @@ namespace
 
 ZO_SOURCE_UNIT("DemoInstrument/Analyzer/CInstrumentStatus")
 
-constexpr RegisterWord Word(tagSweepPhase phase)
+constexpr RegisterWord Word(SweepPhase phase)
 {
     return static_cast<RegisterWord>(phase);
 }
 
 /// The bits that the analyser keeps; the others of a register belong to whoever uses them.
 constexpr RegisterWord kPhases =
-    Word(tagSweepPhase::Settling) | Word(tagSweepPhase::Sweeping) | Word(tagSweepPhase::WaitingForTrigger);
+    Word(SweepPhase::Settling) | Word(SweepPhase::Sweeping) | Word(SweepPhase::WaitingForTrigger);
 constexpr RegisterWord kAllChannels = ChannelBit(kChannelCount + 1) - 1;
 
 CComPtr<IZOScpiStatusRegister> FindRegister(IZOScpiStatusManagement& management, const wchar_t* name)
 {
-    CComPtr<IZOScpiStatusRegister> spRegister;
-    if (const HRESULT hr = management.GetRegister(kScpiInstrumentPath, name, &spRegister); hr != S_OK)
+    CComPtr<IZOScpiStatusRegister> statusRegister;
+    if (const HRESULT result = management.GetRegister(kScpiInstrumentPath, name, &statusRegister);
+        result != S_OK)
     {
         ThrowError(ZO_ERROR(nullptr, "hr == S_OK", "Remote control lacks a status register", E_FAIL));
     }
-    return spRegister;
+    return statusRegister;
 }
 
-void SetBits(IZOScpiStatusRegister* pRegister, RegisterWord mask, RegisterWord bits)
+void SetBits(IZOScpiStatusRegister* statusRegister, RegisterWord mask, RegisterWord bits)
 {
-    const HRESULT hr = pRegister->ModifyCondition(mask, bits);
-    if (FAILED(hr))
+    const HRESULT result = statusRegister->ModifyCondition(mask, bits);
+    if (FAILED(result))
     {
-        RepairError(ZO_ERROR(nullptr, "hr == S_OK", "A status register does not change", hr));
+        RepairError(ZO_ERROR(nullptr, "hr == S_OK", "A status register does not change", result));
     }
 }
 
@@ -45,29 +46,30 @@ void SetBits(IZOScpiStatusRegister* pRegister, RegisterWord mask, RegisterWord b
 
 CInstrumentStatus::CInstrumentStatus()
 {
-    CComPtr<IZOScpiStatusManagement> spManagement;
-    if (const HRESULT hr = ZoGetRegisteredInterface(&IID_IZOScpiStatusManagement, &spManagement); FAILED(hr))
+    CComPtr<IZOScpiStatusManagement> management;
+    if (const HRESULT result = ZoGetRegisteredInterface(&IID_IZOScpiStatusManagement, &management);
+        FAILED(result))
     {
-        ThrowError(ZO_ERROR(nullptr, "hr == S_OK", "Remote control has no status registers", hr));
+        ThrowError(ZO_ERROR(nullptr, "hr == S_OK", "Remote control has no status registers", result));
     }
-    m_spOperation = FindRegister(*spManagement, L"STATus:OPERation");
-    m_spPower = FindRegister(*spManagement, L"STATus:QUEStionable:POWer");
-    m_spFrequency = FindRegister(*spManagement, L"STATus:QUEStionable:FREQuency");
+    m_operation = FindRegister(*management, L"STATus:OPERation");
+    m_power = FindRegister(*management, L"STATus:QUEStionable:POWer");
+    m_frequency = FindRegister(*management, L"STATus:QUEStionable:FREQuency");
 }
 
-void CInstrumentStatus::SetPhase(tagSweepPhase phase) const
+void CInstrumentStatus::SetPhase(SweepPhase phase) const
 {
-    SetBits(m_spOperation, kPhases, Word(phase));
+    SetBits(m_operation, kPhases, Word(phase));
 }
 
 void CInstrumentStatus::SetOverloaded(RegisterWord channels) const
 {
-    SetBits(m_spPower, kAllChannels, channels);
+    SetBits(m_power, kAllChannels, channels);
 }
 
 void CInstrumentStatus::SetUncalibrated(RegisterWord channels) const
 {
-    SetBits(m_spFrequency, kAllChannels, channels);
+    SetBits(m_frequency, kAllChannels, channels);
 }
 
 } // namespace ZoVelkor::Demo

@@ -10,7 +10,7 @@ namespace ZoVelkor::Demo
 using RegisterWord = wchar_t;
 
 /// What the analyser is doing: bits of STATus:OPERation (SCPI-99 vol. 1, 9.3), one at a time.
-enum class tagSweepPhase : RegisterWord
+enum class SweepPhase : RegisterWord
 {
     Idle = 0,
     Settling = 1 << 1,
@@ -34,7 +34,7 @@ public:
     /// @throws CShellError when remote control has no such registers
     CInstrumentStatus();
 
-    void SetPhase(tagSweepPhase phase) const;
+    void SetPhase(SweepPhase phase) const;
 
     /// Says which channels had more level at the input than they are set for, in
     /// STATus:QUEStionable:POWer.
@@ -44,9 +44,9 @@ public:
     void SetUncalibrated(RegisterWord channels) const;
 
 private:
-    CComPtr<IZOScpiStatusRegister> m_spOperation;
-    CComPtr<IZOScpiStatusRegister> m_spPower;
-    CComPtr<IZOScpiStatusRegister> m_spFrequency;
+    CComPtr<IZOScpiStatusRegister> m_operation;
+    CComPtr<IZOScpiStatusRegister> m_power;
+    CComPtr<IZOScpiStatusRegister> m_frequency;
 };
 
 } // namespace ZoVelkor::Demo

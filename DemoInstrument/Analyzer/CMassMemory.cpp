@@ -51,7 +51,7 @@ short CMassMemory::Store(const std::string& name, Content content)
         return error;
     }
     Content& file = m_files[name];
-    m_iUsedBytes += content.size() - file.size();
+    m_usedBytes += content.size() - file.size();
     file = std::move(content);
     return kScpiNoError;
 }
@@ -69,7 +69,7 @@ short CMassMemory::Delete(std::string_view name)
     {
         return kScpiFileNameNotFound;
     }
-    m_iUsedBytes -= file->second.size();
+    m_usedBytes -= file->second.size();
     m_files.erase(file);
     return kScpiNoError;
 }

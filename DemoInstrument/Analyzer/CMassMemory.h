@@ -43,12 +43,12 @@ public:
     short Delete(std::string_view name);
 
     const Files& AllFiles() const { return m_files; }
-    std::size_t UsedBytes() const { return m_iUsedBytes; }
-    std::size_t FreeBytes() const { return kMaxFileBytes - m_iUsedBytes; }
+    std::size_t UsedBytes() const { return m_usedBytes; }
+    std::size_t FreeBytes() const { return kMaxFileBytes - m_usedBytes; }
 
 private:
     Files m_files;
-    std::size_t m_iUsedBytes = 0;
+    std::size_t m_usedBytes = 0;
 };
 
 } // namespace ZoVelkor::Demo

@@ -50,7 +50,7 @@ CSweepEngine::~CSweepEngine()
     m_thread.Join();
 }
 
-void CSweepEngine::SetSettings(const tagAnalyzerSettings& settings)
+void CSweepEngine::SetSettings(const AnalyzerSettings& settings)
 {
     const CCritSectionLocker locker(m_section);
     m_nextSettings = settings;
@@ -60,7 +60,7 @@ bool CSweepEngine::Initiate(CPendingOperation operation)
 {
     {
         const CCritSectionLocker locker(m_section);
-        if (m_spSweep)
+        if (m_sweep)
         {
             return false;
         }
@@ -75,7 +75,7 @@ bool CSweepEngine::Trigger()
 {
     {
         const CCritSectionLocker locker(m_section);
-        if (m_phase != tagSweepPhase::WaitingForTrigger)
+        if (m_phase != SweepPhase::WaitingForTrigger)
         {
             return false;
         }
@@ -88,13 +88,13 @@ bool CSweepEngine::Trigger()
 bool CSweepEngine::TriggerByBus()
 {
     const CCritSectionLocker locker(m_section);
-    return IsWaitingForLocked(tagTriggerSource::Bus) && Trigger();
+    return IsWaitingForLocked(TriggerSource::Bus) && Trigger();
 }
 
 bool CSweepEngine::TriggerByLxi(Clock::time_point time)
 {
     const CCritSectionLocker locker(m_section);
-    if (!IsWaitingForLocked(tagTriggerSource::Lxi))
+    if (!IsWaitingForLocked(TriggerSource::Lxi))
     {
         return false;
     }
@@ -111,8 +111,8 @@ void CSweepEngine::SetContinuous(bool on)
 {
     {
         const CCritSectionLocker locker(m_section);
-        m_bContinuous = on;
-        if (on && !m_spSweep)
+        m_continuous = on;
+        if (on && !m_sweep)
         {
             BeginSweepLocked();
         }
@@ -123,13 +123,13 @@ void CSweepEngine::SetContinuous(bool on)
 bool CSweepEngine::IsContinuous() const
 {
     const CCritSectionLocker locker(m_section);
-    return m_bContinuous;
+    return m_continuous;
 }
 
 bool CSweepEngine::IsSweeping() const
 {
     const CCritSectionLocker locker(m_section);
-    return m_spSweep != nullptr;
+    return m_sweep != nullptr;
 }
 
 void CSweepEngine::AbortSweep()
@@ -138,7 +138,7 @@ void CSweepEngine::AbortSweep()
     {
         const CCritSectionLocker locker(m_section);
         ended = EndSweepLocked();
-        if (m_bContinuous)
+        if (m_continuous)
         {
             BeginSweepLocked();
         }
@@ -151,7 +151,7 @@ void CSweepEngine::Reset()
     CPendingOperation ended; // ends the operation after the lock
     {
         const CCritSectionLocker locker(m_section);
-        m_bContinuous = false;
+        m_continuous = false;
         m_settledRanges.reset();
         m_status.SetOverloaded(0);
         m_status.SetUncalibrated(0);
@@ -163,17 +163,17 @@ void CSweepEngine::Reset()
 long CSweepEngine::SweepCount() const
 {
     const CCritSectionLocker locker(m_section);
-    return m_iFinished;
+    return m_finished;
 }
 
 void CSweepEngine::Run()
 {
-    while (const SweepPtr spSweep = WaitForSweep())
+    while (const SweepPtr sweep = WaitForSweep())
     {
         Traces traces;
-        if (Settle(spSweep) && Measure(spSweep, traces) && WaitForEndOfPhase(spSweep))
+        if (Settle(sweep) && Measure(sweep, traces) && WaitForEndOfPhase(sweep))
         {
-            Finish(spSweep, traces);
+            Finish(sweep, traces);
         }
     }
 }
@@ -183,7 +183,7 @@ void CSweepEngine::Abort()
     CPendingOperation ended; // ends the operation after the lock
     {
         const CCritSectionLocker locker(m_section);
-        m_bQuit = true;
+        m_quit = true;
         ended = EndSweepLocked();
     }
     WakeThread();
@@ -196,7 +196,7 @@ CSweepEngine::SweepPtr CSweepEngine::WaitForSweep()
         DWORD waitMs = INFINITE;
         {
             const CCritSectionLocker locker(m_section);
-            if (m_bQuit)
+            if (m_quit)
             {
                 return nullptr;
             }
@@ -205,30 +205,30 @@ CSweepEngine::SweepPtr CSweepEngine::WaitForSweep()
             {
                 PassTriggerLocked();
             }
-            if (m_spSweep && m_phase != tagSweepPhase::WaitingForTrigger)
+            if (m_sweep && m_phase != SweepPhase::WaitingForTrigger)
             {
-                return m_spSweep;
+                return m_sweep;
             }
         }
         WaitForSingleObject(m_wakeEvent.Get(), waitMs);
     }
 }
 
-bool CSweepEngine::Settle(const SweepPtr& spSweep)
+bool CSweepEngine::Settle(const SweepPtr& sweep)
 {
     {
         const CCritSectionLocker locker(m_section);
-        if (m_spSweep == spSweep && m_phase == tagSweepPhase::Sweeping)
+        if (m_sweep == sweep && m_phase == SweepPhase::Sweeping)
         {
             return true;
         }
     }
-    if (!WaitForEndOfPhase(spSweep))
+    if (!WaitForEndOfPhase(sweep))
     {
         return false;
     }
     const CCritSectionLocker locker(m_section);
-    if (m_spSweep != spSweep)
+    if (m_sweep != sweep)
     {
         return false;
     }
@@ -236,23 +236,23 @@ bool CSweepEngine::Settle(const SweepPtr& spSweep)
     return true;
 }
 
-bool CSweepEngine::Measure(const SweepPtr& spSweep, Traces& traces)
+bool CSweepEngine::Measure(const SweepPtr& sweep, Traces& traces)
 {
-    const tagAnalyzerSettings& settings = spSweep->settings;
-    for (long channel = 1; channel <= kChannelCount && IsCurrent(spSweep); ++channel)
+    const AnalyzerSettings& settings = sweep->settings;
+    for (long channel = 1; channel <= kChannelCount && IsCurrent(sweep); ++channel)
     {
         // Every sweep and channel has noise of its own, and the same whenever the instrument is started.
-        const std::uint64_t seed = spSweep->number * kChannelCount + static_cast<std::uint64_t>(channel);
-        const tagChannelSettings& source = settings.Channel(channel);
-        traces[static_cast<std::size_t>(channel - 1)] = std::make_shared<const tagTrace>(
-            tagTrace{source.frequency, SimulateTrace(source, settings.sweepPoints, settings.detector, seed)});
+        const std::uint64_t seed = sweep->number * kChannelCount + static_cast<std::uint64_t>(channel);
+        const ChannelSettings& source = settings.Channel(channel);
+        traces[static_cast<std::size_t>(channel - 1)] = std::make_shared<const Trace>(
+            Trace{source.frequency, SimulateTrace(source, settings.sweepPoints, settings.detector, seed)});
     }
-    return IsCurrent(spSweep);
+    return IsCurrent(sweep);
 }
 
-bool CSweepEngine::WaitForEndOfPhase(const SweepPtr& spSweep)
+bool CSweepEngine::WaitForEndOfPhase(const SweepPtr& sweep)
 {
-    while (const auto end = EndOfPhase(spSweep))
+    while (const auto end = EndOfPhase(sweep))
     {
         const DWORD remainingMs = RemainingMs(*end);
         if (remainingMs == 0)
@@ -264,11 +264,11 @@ bool CSweepEngine::WaitForEndOfPhase(const SweepPtr& spSweep)
     return false;
 }
 
-void CSweepEngine::Finish(const SweepPtr& spSweep, Traces& traces)
+void CSweepEngine::Finish(const SweepPtr& sweep, Traces& traces)
 {
-    const tagAnalyzerSettings& settings = spSweep->settings;
+    const AnalyzerSettings& settings = sweep->settings;
     const RegisterWord overloaded = ChannelsWith([&](long channel) {
-        const tagTrace& trace = *traces[static_cast<std::size_t>(channel - 1)];
+        const Trace& trace = *traces[static_cast<std::size_t>(channel - 1)];
         return trace.levelsDbm[trace.PeakIndex()] > settings.Channel(channel).referenceLevelDbm;
     });
     const RegisterWord uncalibrated =
@@ -276,7 +276,7 @@ void CSweepEngine::Finish(const SweepPtr& spSweep, Traces& traces)
 
     CPendingOperation ended; // ends the operation after the lock
     const CCritSectionLocker locker(m_section);
-    if (m_spSweep != spSweep)
+    if (m_sweep != sweep)
     {
         return;
     }
@@ -284,74 +284,74 @@ void CSweepEngine::Finish(const SweepPtr& spSweep, Traces& traces)
     {
         m_traces.Put(trace, std::move(traces[static_cast<std::size_t>(trace - 1)]));
     }
-    ++m_iFinished;
+    ++m_finished;
     m_status.SetOverloaded(overloaded);
     m_status.SetUncalibrated(uncalibrated);
     ended = EndSweepLocked();
-    if (m_bContinuous)
+    if (m_continuous)
     {
         BeginSweepLocked();
     }
 }
 
-bool CSweepEngine::IsCurrent(const SweepPtr& spSweep) const
+bool CSweepEngine::IsCurrent(const SweepPtr& sweep) const
 {
     const CCritSectionLocker locker(m_section);
-    return m_spSweep == spSweep;
+    return m_sweep == sweep;
 }
 
-std::optional<CSweepEngine::Clock::time_point> CSweepEngine::EndOfPhase(const SweepPtr& spSweep) const
+std::optional<CSweepEngine::Clock::time_point> CSweepEngine::EndOfPhase(const SweepPtr& sweep) const
 {
     const CCritSectionLocker locker(m_section);
-    return m_spSweep == spSweep ? std::optional(m_endOfPhase) : std::nullopt;
+    return m_sweep == sweep ? std::optional(m_endOfPhase) : std::nullopt;
 }
 
-bool CSweepEngine::IsWaitingForLocked(tagTriggerSource source) const
+bool CSweepEngine::IsWaitingForLocked(TriggerSource source) const
 {
-    return m_phase == tagSweepPhase::WaitingForTrigger && m_spSweep->settings.triggerSource == source;
+    return m_phase == SweepPhase::WaitingForTrigger && m_sweep->settings.triggerSource == source;
 }
 
 void CSweepEngine::BeginSweepLocked()
 {
-    m_spSweep = std::make_shared<const tagSweep>(tagSweep{m_nextSettings, ++m_iStarted});
-    if (m_nextSettings.triggerSource == tagTriggerSource::Immediate)
+    m_sweep = std::make_shared<const Sweep>(Sweep{m_nextSettings, ++m_started});
+    if (m_nextSettings.triggerSource == TriggerSource::Immediate)
     {
         PassTriggerLocked();
     }
     else
     {
-        EnterPhaseLocked(tagSweepPhase::WaitingForTrigger);
+        EnterPhaseLocked(SweepPhase::WaitingForTrigger);
     }
 }
 
 void CSweepEngine::PassTriggerLocked()
 {
-    if (m_settledRanges == m_spSweep->settings.Ranges())
+    if (m_settledRanges == m_sweep->settings.Ranges())
     {
         StartSweepingLocked();
     }
     else
     {
-        EnterPhaseLocked(tagSweepPhase::Settling, kSettlingTime);
+        EnterPhaseLocked(SweepPhase::Settling, kSettlingTime);
     }
 }
 
 void CSweepEngine::StartSweepingLocked()
 {
-    const tagAnalyzerSettings& settings = m_spSweep->settings;
+    const AnalyzerSettings& settings = m_sweep->settings;
     m_settledRanges = settings.Ranges();
     const auto sweepTime = std::chrono::duration<double>(settings.SweepTimeS());
-    EnterPhaseLocked(tagSweepPhase::Sweeping, std::chrono::ceil<Clock::duration>(sweepTime));
+    EnterPhaseLocked(SweepPhase::Sweeping, std::chrono::ceil<Clock::duration>(sweepTime));
 }
 
 CPendingOperation CSweepEngine::EndSweepLocked()
 {
-    m_spSweep = nullptr;
-    EnterPhaseLocked(tagSweepPhase::Idle);
+    m_sweep = nullptr;
+    EnterPhaseLocked(SweepPhase::Idle);
     return std::move(m_operation);
 }
 
-void CSweepEngine::EnterPhaseLocked(tagSweepPhase phase, Clock::duration duration)
+void CSweepEngine::EnterPhaseLocked(SweepPhase phase, Clock::duration duration)
 {
     m_phase = phase;
     m_release.reset();

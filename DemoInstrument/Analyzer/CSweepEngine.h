@@ -36,7 +36,7 @@ public:
     ~CSweepEngine() override;
 
     /// Gives the settings of the sweeps to come; a sweep at hand keeps its own.
-    void SetSettings(const tagAnalyzerSettings& settings);
+    void SetSettings(const AnalyzerSettings& settings);
 
     /// Starts a single sweep.
     ///
@@ -72,12 +72,12 @@ public:
     long SweepCount() const;
 
 private:
-    struct tagSweep
+    struct Sweep
     {
-        tagAnalyzerSettings settings;
+        AnalyzerSettings settings;
         std::uint64_t number = 0;
     };
-    using SweepPtr = std::shared_ptr<const tagSweep>;
+    using SweepPtr = std::shared_ptr<const Sweep>;
     using Traces = std::array<TracePtr, kTraceCount>;
     using Ranges = std::array<CFrequencyRange, kChannelCount>;
 
@@ -85,20 +85,20 @@ private:
     void Abort() override;
 
     SweepPtr WaitForSweep();
-    bool Settle(const SweepPtr& spSweep);
-    bool Measure(const SweepPtr& spSweep, Traces& traces);
-    bool WaitForEndOfPhase(const SweepPtr& spSweep);
-    void Finish(const SweepPtr& spSweep, Traces& traces);
-    bool IsCurrent(const SweepPtr& spSweep) const;
-    std::optional<Clock::time_point> EndOfPhase(const SweepPtr& spSweep) const;
+    bool Settle(const SweepPtr& sweep);
+    bool Measure(const SweepPtr& sweep, Traces& traces);
+    bool WaitForEndOfPhase(const SweepPtr& sweep);
+    void Finish(const SweepPtr& sweep, Traces& traces);
+    bool IsCurrent(const SweepPtr& sweep) const;
+    std::optional<Clock::time_point> EndOfPhase(const SweepPtr& sweep) const;
 
     // The steps of a sweep; nothing else changes the phase.
-    bool IsWaitingForLocked(tagTriggerSource source) const ZO_REQUIRES(m_section);
+    bool IsWaitingForLocked(TriggerSource source) const ZO_REQUIRES(m_section);
     void BeginSweepLocked() ZO_REQUIRES(m_section);
     void PassTriggerLocked() ZO_REQUIRES(m_section);
     void StartSweepingLocked() ZO_REQUIRES(m_section);
     CPendingOperation EndSweepLocked() ZO_REQUIRES(m_section);
-    void EnterPhaseLocked(tagSweepPhase phase, Clock::duration duration = {}) ZO_REQUIRES(m_section);
+    void EnterPhaseLocked(SweepPhase phase, Clock::duration duration = {}) ZO_REQUIRES(m_section);
     void WakeThread();
 
     CTraceMemory& m_traces;
@@ -107,17 +107,17 @@ private:
 
     // Taken before the locks of the trace memory and of the status registers.
     mutable CCritSection m_section;
-    SweepPtr m_spSweep ZO_GUARDED_BY(m_section); // null: idle
-    tagSweepPhase m_phase ZO_GUARDED_BY(m_section) = tagSweepPhase::Idle;
+    SweepPtr m_sweep ZO_GUARDED_BY(m_section); // null: idle
+    SweepPhase m_phase ZO_GUARDED_BY(m_section) = SweepPhase::Idle;
     Clock::time_point m_endOfPhase ZO_GUARDED_BY(m_section);             // when settling or sweeping
     std::optional<Clock::time_point> m_release ZO_GUARDED_BY(m_section); // null: no time is known
     std::optional<Ranges> m_settledRanges ZO_GUARDED_BY(m_section);      // null: no sweep has settled
     CPendingOperation m_operation ZO_GUARDED_BY(m_section);
-    tagAnalyzerSettings m_nextSettings ZO_GUARDED_BY(m_section);
-    bool m_bContinuous ZO_GUARDED_BY(m_section) = false;
-    bool m_bQuit ZO_GUARDED_BY(m_section) = false;
-    std::uint64_t m_iStarted ZO_GUARDED_BY(m_section) = 0;
-    long m_iFinished ZO_GUARDED_BY(m_section) = 0;
+    AnalyzerSettings m_nextSettings ZO_GUARDED_BY(m_section);
+    bool m_continuous ZO_GUARDED_BY(m_section) = false;
+    bool m_quit ZO_GUARDED_BY(m_section) = false;
+    std::uint64_t m_started ZO_GUARDED_BY(m_section) = 0;
+    long m_finished ZO_GUARDED_BY(m_section) = 0;
 
     CThread m_thread; // last: it uses all of the above
 };

@@ -9,13 +9,13 @@
 namespace ZoVelkor::Demo
 {
 
-double tagTrace::FrequencyHz(std::size_t index) const
+double Trace::FrequencyHz(std::size_t index) const
 {
     const double steps = static_cast<double>(std::max<std::size_t>(levelsDbm.size() - 1, 1));
     return range.StartHz() + range.SpanHz() * static_cast<double>(index) / steps;
 }
 
-std::size_t tagTrace::NearestIndex(double frequencyHz) const
+std::size_t Trace::NearestIndex(double frequencyHz) const
 {
     if (range.SpanHz() == 0)
     {
@@ -25,7 +25,7 @@ std::size_t tagTrace::NearestIndex(double frequencyHz) const
     return static_cast<std::size_t>(std::round(position * static_cast<double>(levelsDbm.size() - 1)));
 }
 
-std::size_t tagTrace::PeakIndex() const
+std::size_t Trace::PeakIndex() const
 {
     return static_cast<std::size_t>(std::max_element(levelsDbm.begin(), levelsDbm.end()) - levelsDbm.begin());
 }
@@ -36,11 +36,11 @@ TracePtr CTraceMemory::Get(long trace) const
     return BySuffix(m_traces, trace);
 }
 
-void CTraceMemory::Put(long trace, TracePtr spTrace)
+void CTraceMemory::Put(long trace, TracePtr newTrace)
 {
     // The former trace goes after the lock, its size may make that slow.
     const CCritSectionLocker locker(m_section);
-    BySuffix(m_traces, trace).swap(spTrace);
+    BySuffix(m_traces, trace).swap(newTrace);
 }
 
 void CTraceMemory::Clear()

@@ -17,7 +17,7 @@ inline constexpr long kTraceCount = kChannelCount;
 inline constexpr std::size_t kMaxTraceValues = std::size_t{16} * 1024 * 1024;
 
 /// A measured or loaded trace; never changed once it is made.
-struct tagTrace
+struct Trace
 {
     CFrequencyRange range;         ///< of the first to the last value
     std::vector<double> levelsDbm; ///< one value or more
@@ -30,7 +30,7 @@ struct tagTrace
     std::size_t PeakIndex() const;
 };
 
-using TracePtr = std::shared_ptr<const tagTrace>;
+using TracePtr = std::shared_ptr<const Trace>;
 
 /// The traces 1 to kTraceCount; each is empty until it is measured or loaded.
 ///
@@ -40,7 +40,7 @@ class CTraceMemory
 public:
     /// @return null while the trace is empty
     TracePtr Get(long trace) const;
-    void Put(long trace, TracePtr spTrace);
+    void Put(long trace, TracePtr newTrace);
     void Clear();
 
 private:

@@ -34,7 +34,7 @@ double ToDbm(double powerMw)
 double CarrierPowerMw(double frequencyHz, double bandwidthHz)
 {
     double powerMw = 0.0;
-    for (const tagCarrier& carrier : kCarriers)
+    for (const Carrier& carrier : kCarriers)
     {
         const double offset = (frequencyHz - carrier.frequencyHz) / bandwidthHz;
         if (std::abs(offset) < kFilterReach)
@@ -71,22 +71,23 @@ double MeanLevelDbm(const Samples& samples)
     return std::accumulate(samples.begin(), samples.end(), 0.0, addLevel) / kSamplesPerPoint;
 }
 
-using Detector = double (*)(const Samples&);
+using DetectorFunction = double (*)(const Samples&);
 
-/// In the order of tagDetector, which counts from 1.
-constexpr Detector kDetectors[] = {&LargestDbm, &SmallestDbm, &MiddleSampleDbm, &MeanPowerDbm, &MeanLevelDbm};
+/// In the order of Detector, which counts from 1.
+constexpr DetectorFunction kDetectors[] = {
+    &LargestDbm, &SmallestDbm, &MiddleSampleDbm, &MeanPowerDbm, &MeanLevelDbm};
 
 } // namespace
 
 std::vector<double>
-SimulateTrace(const tagChannelSettings& channel, long points, tagDetector detector, std::uint64_t seed)
+SimulateTrace(const ChannelSettings& channel, long points, Detector detector, std::uint64_t seed)
 {
     const double pointHz = channel.frequency.SpanHz() / static_cast<double>(points - 1);
     const double slotHz = pointHz / kSamplesPerPoint;
     // A sample collects what the filter passes while it moves through its slot, so that a narrow filter does
     // not miss carriers between two samples.
     const double filterHz = std::max(channel.BandwidthHz(), slotHz);
-    const Detector detect = kDetectors[static_cast<long>(detector) - 1];
+    const DetectorFunction detect = kDetectors[static_cast<long>(detector) - 1];
 
     std::mt19937_64 random(seed);
     // The power of Gaussian noise behind a filter is distributed exponentially.

@@ -9,7 +9,7 @@ namespace ZoVelkor::Demo
 {
 
 /// A continuous wave at the simulated input.
-struct tagCarrier
+struct Carrier
 {
     double frequencyHz;
     double levelDbm;
@@ -17,7 +17,7 @@ struct tagCarrier
 
 /// What is connected to the input: local-oscillator feed-through, a signal with harmonics, a strong signal
 /// with a weak neighbour, and a lonely one.
-inline constexpr tagCarrier kCarriers[] = {
+inline constexpr Carrier kCarriers[] = {
     {0.0, -15.0},
     {100e6, -20.0},
     {200e6, -55.0},
@@ -40,6 +40,6 @@ inline constexpr int kSamplesPerPoint = 16;
 /// @param seed  of the noise: equal seeds give equal traces
 /// @return the level of each point in dBm
 std::vector<double>
-SimulateTrace(const tagChannelSettings& channel, long points, tagDetector detector, std::uint64_t seed);
+SimulateTrace(const ChannelSettings& channel, long points, Detector detector, std::uint64_t seed);
 
 } // namespace ZoVelkor::Demo

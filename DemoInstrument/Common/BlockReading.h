@@ -24,25 +24,25 @@ template <class TItem, class TRead>
 HRESULT ReadBlock(std::vector<TItem>& items, long announced, std::size_t maxCount, TRead&& read)
 {
     const std::size_t expected = announced < 0 ? maxCount : static_cast<std::size_t>(announced);
-    HRESULT hr = expected > maxCount ? S_FALSE : S_OK;
-    items.reserve(announced < 0 || hr != S_OK ? 0 : expected + 1);
-    for (bool more = hr == S_OK; more;)
+    HRESULT result = expected > maxCount ? S_FALSE : S_OK;
+    items.reserve(announced < 0 || result != S_OK ? 0 : expected + 1);
+    for (bool more = result == S_OK; more;)
     {
         // One item more than expected: the read that meets the end is then the last one.
         const std::size_t have = items.size();
         const std::size_t wanted = std::min(kReadPiece / sizeof(TItem), expected + 1 - have);
         items.resize(have + wanted);
         unsigned long got = 0;
-        hr = read(wanted, items.data() + have, &got);
+        result = read(wanted, items.data() + have, &got);
         items.resize(have + got);
-        more = SUCCEEDED(hr) && got == wanted && items.size() <= maxCount;
-        hr = FAILED(hr) ? hr : (items.size() > maxCount ? S_FALSE : S_OK);
+        more = SUCCEEDED(result) && got == wanted && items.size() <= maxCount;
+        result = FAILED(result) ? result : (items.size() > maxCount ? S_FALSE : S_OK);
     }
-    if (hr != S_OK)
+    if (result != S_OK)
     {
         items = {};
     }
-    return hr;
+    return result;
 }
 
 } // namespace ZoVelkor::Demo

@@ -22,7 +22,7 @@ public:
                        const RemoteKernel::CRemoteKernel& kernel,
                        const CApplicationRegistration& registration)
         : m_instrument(instrument),
-          m_spApplication(kernel.FindApplication(registration.Id()))
+          m_application(kernel.FindApplication(registration.Id()))
     {}
 
     /// Runs work while none of the application's commands runs. Not from inside a command of any application,
@@ -34,14 +34,14 @@ public:
     template <class TWork>
     HRESULT Run(TWork&& work)
     {
-        return m_spApplication == nullptr
+        return m_application == nullptr
                    ? E_ABORT
-                   : m_spApplication->RunBetweenCommands([&]() -> HRESULT { return work(m_instrument); });
+                   : m_application->RunBetweenCommands([&]() -> HRESULT { return work(m_instrument); });
     }
 
 private:
     TInstrument& m_instrument;
-    std::shared_ptr<RemoteKernel::CApplication> m_spApplication;
+    std::shared_ptr<RemoteKernel::CApplication> m_application;
 };
 
 } // namespace ZoVelkor::Demo

@@ -23,9 +23,9 @@ CApplicationRegistration::CApplicationRegistration(const wchar_t* name,
                                  reinterpret_cast<const char*>(table.data()),
                                  ZO_PARSER_TYPE_MEASUREMENT,
                                  name);
-    if (const HRESULT hr = m_manager.RegisterParser(&m_parser); hr != S_OK)
+    if (const HRESULT result = m_manager.RegisterParser(&m_parser); result != S_OK)
     {
-        ThrowError(ZO_ERROR(nullptr, "hr == S_OK", "Remote control refuses the application", hr));
+        ThrowError(ZO_ERROR(nullptr, "hr == S_OK", "Remote control refuses the application", result));
     }
 }
 

@@ -76,7 +76,7 @@ void COperationTimer::Abort()
 {
     {
         const CCritSectionLocker locker(m_section);
-        m_bQuit = true;
+        m_quit = true;
     }
     SetEvent(m_wakeEvent.Get());
 }
@@ -89,11 +89,11 @@ bool COperationTimer::TakeEnded(Operations& ended, DWORD& untilNextMs)
         m_operations.begin(), m_operations.end(), [now](const auto& timed) { return timed.end <= now; });
     std::move(m_operations.begin(), pending, std::back_inserter(ended));
     m_operations.erase(m_operations.begin(), pending);
-    for (const tagTimedOperation& timed : m_operations)
+    for (const TimedOperation& timed : m_operations)
     {
         untilNextMs = std::min(untilNextMs, RemainingMs(timed.end));
     }
-    return !m_bQuit;
+    return !m_quit;
 }
 
 } // namespace ZoVelkor::Demo

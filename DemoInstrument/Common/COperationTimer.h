@@ -42,12 +42,12 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    struct tagTimedOperation
+    struct TimedOperation
     {
         CPendingOperation operation;
         Clock::time_point end;
     };
-    using Operations = std::vector<tagTimedOperation>;
+    using Operations = std::vector<TimedOperation>;
 
     void Run() override;
     void Abort() override;
@@ -59,7 +59,7 @@ private:
 
     mutable CCritSection m_section;
     Operations m_operations ZO_GUARDED_BY(m_section);
-    bool m_bQuit ZO_GUARDED_BY(m_section) = false;
+    bool m_quit ZO_GUARDED_BY(m_section) = false;
 
     CThread m_thread; // last: it uses all of the above
 };

@@ -18,36 +18,37 @@ public:
     CPendingOperation(const CPendingOperation&) = delete;
     CPendingOperation& operator=(const CPendingOperation&) = delete;
     CPendingOperation(CPendingOperation&& other) noexcept
-        : m_spOperations(std::move(other.m_spOperations)),
-          m_iOperation(std::exchange(other.m_iOperation, 0))
+        : m_pendingOperations(std::move(other.m_pendingOperations)),
+          m_operation(std::exchange(other.m_operation, 0))
     {}
     CPendingOperation& operator=(CPendingOperation&& other) noexcept
     {
-        std::swap(m_spOperations, other.m_spOperations);
-        std::swap(m_iOperation, other.m_iOperation);
+        std::swap(m_pendingOperations, other.m_pendingOperations);
+        std::swap(m_operation, other.m_operation);
         return *this;
     }
     ~CPendingOperation()
     {
-        if (m_iOperation != 0)
+        if (m_operation != 0)
         {
             // The client may have gone meanwhile; then nobody waits any more.
-            static_cast<void>(m_spOperations->EndOperation(m_iOperation));
+            static_cast<void>(m_pendingOperations->EndOperation(m_operation));
         }
     }
 
     /// Begins an operation of a remote path; called once.
     ///
-    /// @return the result of the service; E_NOINTERFACE when spOperations is null
-    HRESULT Begin(CComPtr<IZOScpiPendingOperations> spOperations, long remotePath)
+    /// @return the result of the service; E_NOINTERFACE when operations is null
+    HRESULT Begin(CComPtr<IZOScpiPendingOperations> operations, long remotePath)
     {
-        m_spOperations = std::move(spOperations);
-        return m_spOperations ? m_spOperations->BeginOperation(remotePath, &m_iOperation) : E_NOINTERFACE;
+        m_pendingOperations = std::move(operations);
+        return m_pendingOperations ? m_pendingOperations->BeginOperation(remotePath, &m_operation)
+                                   : E_NOINTERFACE;
     }
 
 private:
-    CComPtr<IZOScpiPendingOperations> m_spOperations;
-    unsigned long m_iOperation = 0; ///< 0: none
+    CComPtr<IZOScpiPendingOperations> m_pendingOperations;
+    unsigned long m_operation = 0; ///< 0: none
 };
 
 } // namespace ZoVelkor::Demo

@@ -11,17 +11,17 @@ ZO_SOURCE_UNIT("DemoInstrument/Common/CRootRegistration")
 
 CRootRegistration::CRootRegistration(const IID& iid, IUnknown* pObject) : m_iid(iid)
 {
-    HRESULT hr = GetRoot(&m_spRoot);
-    hr = FAILED(hr) ? hr : m_spRoot->RegisterInterface(m_iid, pObject);
-    if (FAILED(hr))
+    HRESULT result = GetRoot(&m_root);
+    result = FAILED(result) ? result : m_root->RegisterInterface(m_iid, pObject);
+    if (FAILED(result))
     {
-        ThrowError(ZO_ERROR(nullptr, "RegisterInterface", "The root refuses an interface", hr));
+        ThrowError(ZO_ERROR(nullptr, "RegisterInterface", "The root refuses an interface", result));
     }
 }
 
 CRootRegistration::~CRootRegistration()
 {
-    m_spRoot->UnregisterInterface(m_iid);
+    m_root->UnregisterInterface(m_iid);
 }
 
 } // namespace ZoVelkor::Demo

@@ -18,7 +18,7 @@ public:
 
 private:
     const IID m_iid;
-    CComPtr<IZORoot> m_spRoot;
+    CComPtr<IZORoot> m_root;
 };
 
 } // namespace ZoVelkor::Demo

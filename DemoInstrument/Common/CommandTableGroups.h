@@ -14,14 +14,14 @@ namespace ZoVelkor::Demo
 // only where a table is written: the names are short.
 
 /// A run of records of one kind: a level of the command tree, the parameters of a command, a list of words.
-struct tagGroup
+struct Group
 {
     std::uint32_t first;
     std::uint32_t count;
 };
 
 /// The group of so many records that follows another one.
-constexpr tagGroup After(tagGroup former, std::uint32_t count)
+constexpr Group After(Group former, std::uint32_t count)
 {
     return {former.first + former.count, count};
 }
@@ -47,9 +47,9 @@ inline constexpr std::uint32_t BASE_UNIT = 1;
 
 /// Checks the length words of groups: a group's first record has its length, the others have none.
 template <auto TKind, auto TLength>
-constexpr bool HaveLengths(std::span<const _CMD_SET_RECORD> table, std::initializer_list<tagGroup> groups)
+constexpr bool HaveLengths(std::span<const _CMD_SET_RECORD> table, std::initializer_list<Group> groups)
 {
-    return std::ranges::all_of(groups, [table](tagGroup group) {
+    return std::ranges::all_of(groups, [table](Group group) {
         for (std::uint32_t i = 0; i < group.count; ++i)
         {
             if (table[group.first + i].*TKind.*TLength != (i == 0 ? group.count : 0))
@@ -61,17 +61,17 @@ constexpr bool HaveLengths(std::span<const _CMD_SET_RECORD> table, std::initiali
     });
 }
 
-constexpr bool AreHeaderGroups(std::span<const _CMD_SET_RECORD> table, std::initializer_list<tagGroup> groups)
+constexpr bool AreHeaderGroups(std::span<const _CMD_SET_RECORD> table, std::initializer_list<Group> groups)
 {
     return HaveLengths<&_CMD_SET_RECORD::hdr, &_CS_HDR::iLength>(table, groups);
 }
 
-constexpr bool AreUnitGroups(std::span<const _CMD_SET_RECORD> table, std::initializer_list<tagGroup> groups)
+constexpr bool AreUnitGroups(std::span<const _CMD_SET_RECORD> table, std::initializer_list<Group> groups)
 {
     return HaveLengths<&_CMD_SET_RECORD::sfx, &_CS_SFX::iLength>(table, groups);
 }
 
-constexpr bool AreWordGroups(std::span<const _CMD_SET_RECORD> table, std::initializer_list<tagGroup> groups)
+constexpr bool AreWordGroups(std::span<const _CMD_SET_RECORD> table, std::initializer_list<Group> groups)
 {
     return HaveLengths<&_CMD_SET_RECORD::chr, &_CS_CHR::iLength>(table, groups);
 }
@@ -89,7 +89,7 @@ constexpr _CMD_SET_RECORD SuffixesUpTo(std::uint32_t header)
 ///
 /// @param headers  number of header records, which are the first of the table
 constexpr bool
-AreSuffixExpressions(std::span<const _CMD_SET_RECORD> table, std::uint32_t headers, tagGroup expressions)
+AreSuffixExpressions(std::span<const _CMD_SET_RECORD> table, std::uint32_t headers, Group expressions)
 {
     std::uint32_t found = 0;
     for (std::uint32_t header = 0; header < headers; ++header)
@@ -111,7 +111,7 @@ AreSuffixExpressions(std::span<const _CMD_SET_RECORD> table, std::uint32_t heade
 /// The short form of a word, as queries answer it: TIM1 for TIMer1.
 ///
 /// @param words  their values count from 1 in the order of the table
-inline std::string ShortWord(std::span<const _CMD_SET_RECORD> table, tagGroup words, long value)
+inline std::string ShortWord(std::span<const _CMD_SET_RECORD> table, Group words, long value)
 {
     std::string word = table[words.first + static_cast<std::uint32_t>(value) - 1].chr.szKeyword;
     std::erase_if(word, [](char c) { return c >= 'a' && c <= 'z'; });

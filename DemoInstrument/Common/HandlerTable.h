@@ -16,30 +16,27 @@ namespace ZoVelkor::Demo
 /// The record (CCommandExecutionData) is the simple style; the pool (CScpiFunctionExecutionDataPool) formats
 /// responses through the format subsystem and lends blocks.
 template <class TApplication>
-struct tagHandlerRow
+struct HandlerRow
 {
     using RecordHandler = HRESULT (TApplication::*)(CCommandExecutionData&);
     using PoolHandler = HRESULT (TApplication::*)(CScpiFunctionExecutionDataPool&);
 
-    constexpr tagHandlerRow(unsigned long index, RecordHandler handler)
-        : iIndex(index),
-          pRecordHandler(handler)
+    constexpr HandlerRow(unsigned long number, RecordHandler handler) : index(number), recordHandler(handler)
     {}
-    constexpr tagHandlerRow(unsigned long index, PoolHandler handler) : iIndex(index), pPoolHandler(handler)
-    {}
+    constexpr HandlerRow(unsigned long number, PoolHandler handler) : index(number), poolHandler(handler) {}
 
-    unsigned long iIndex; ///< handler index of the command table
-    RecordHandler pRecordHandler = nullptr;
-    PoolHandler pPoolHandler = nullptr;
+    unsigned long index; ///< handler index of the command table
+    RecordHandler recordHandler = nullptr;
+    PoolHandler poolHandler = nullptr;
 };
 
 /// True when row i is that of handler index i and no index below count lacks a row.
 template <class TApplication, std::size_t TSize>
-constexpr bool IsHandlerTable(const tagHandlerRow<TApplication> (&rows)[TSize], std::size_t count)
+constexpr bool IsHandlerTable(const HandlerRow<TApplication> (&rows)[TSize], std::size_t count)
 {
     for (std::size_t i = 0; i < TSize; ++i)
     {
-        if (rows[i].iIndex != i)
+        if (rows[i].index != i)
         {
             return false;
         }
@@ -65,17 +62,17 @@ public:
                     wchar_t* header,
                     IZOScpiOutputBuffer* output) override
     {
-        const std::span<const tagHandlerRow<TCommands>> rows = TCommands::Handlers();
+        const std::span<const HandlerRow<TCommands>> rows = TCommands::Handlers();
         if (command >= rows.size())
         {
             return E_UNEXPECTED;
         }
         const tagZO_SCPI_PARSER_DATA data = MakeScpiParserData(
             context, remotePath, command, isQuery, numericSuffixes, argumentCount, arguments, header, output);
-        const tagHandlerRow<TCommands>& row = rows[command];
-        return row.pRecordHandler != nullptr
-                   ? Run<CCommandExecutionData>(data, row.pRecordHandler)
-                   : Run<CScpiFunctionExecutionDataPoolParser>(data, row.pPoolHandler);
+        const HandlerRow<TCommands>& row = rows[command];
+        return row.recordHandler != nullptr
+                   ? Run<CCommandExecutionData>(data, row.recordHandler)
+                   : Run<CScpiFunctionExecutionDataPoolParser>(data, row.poolHandler);
     }
 
 protected:

@@ -35,9 +35,9 @@ HandleNumber(CScpiFunctionExecutionDataPool& pool, const tagNumericLimits& limit
 {
     CNumericSetting setting = MakeSetting(
         limits.minimum, limits.maximum, limits.defaultValue, value, value - limits.step, value + limits.step);
-    const HRESULT hr = setting.Handle(pool);
+    const HRESULT result = setting.Handle(pool);
     value = setting.Value();
-    return hr;
+    return result;
 }
 
 /// The same for a command whose first numeric suffix says which channel is meant, counted from 1.

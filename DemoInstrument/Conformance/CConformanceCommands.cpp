@@ -42,19 +42,21 @@ double AddMeaning(double sum, double summand)
 
 HRESULT SetCondition(const wchar_t* registerName, long value)
 {
-    CComPtr<IZOScpiStatusManagement> spStatus;
-    HRESULT hr = ZoGetRegisteredInterface(&IID_IZOScpiStatusManagement, &spStatus);
-    CComPtr<IZOScpiStatusRegister> spRegister;
-    hr = SUCCEEDED(hr) ? spStatus->GetRegister(kScpiInstrumentPath, registerName, &spRegister) : hr;
-    return hr == S_OK ? spRegister->ModifyCondition(kMaxRegisterValue, static_cast<wchar_t>(value)) : E_FAIL;
+    CComPtr<IZOScpiStatusManagement> status;
+    HRESULT result = ZoGetRegisteredInterface(&IID_IZOScpiStatusManagement, &status);
+    CComPtr<IZOScpiStatusRegister> statusRegister;
+    result =
+        SUCCEEDED(result) ? status->GetRegister(kScpiInstrumentPath, registerName, &statusRegister) : result;
+    return result == S_OK ? statusRegister->ModifyCondition(kMaxRegisterValue, static_cast<wchar_t>(value))
+                          : E_FAIL;
 }
 
 } // namespace
 
-std::span<const tagHandlerRow<CConformanceCommands>> CConformanceCommands::Handlers()
+std::span<const HandlerRow<CConformanceCommands>> CConformanceCommands::Handlers()
 {
     using Self = CConformanceCommands;
-    static constexpr tagHandlerRow<Self> kRows[] = {
+    static constexpr HandlerRow<Self> kRows[] = {
         {SENSE_CENTER, &Self::CenterFrequency},
         {SENSE_SPAN, &Self::Span},
         {SENSE_RANGE, &Self::ResistanceRange},
@@ -82,27 +84,27 @@ std::span<const tagHandlerRow<CConformanceCommands>> CConformanceCommands::Handl
 
 HRESULT CConformanceCommands::CenterFrequency(Pool& pool)
 {
-    return HandleNumber(pool, kCenterHz, m_target.Settings().senses, &tagSenseChannel::centerHz);
+    return HandleNumber(pool, kCenterHz, m_target.Settings().senses, &SenseChannel::centerHz);
 }
 
 HRESULT CConformanceCommands::Span(Pool& pool)
 {
-    return HandleNumber(pool, kSpanHz, m_target.Settings().senses, &tagSenseChannel::spanHz);
+    return HandleNumber(pool, kSpanHz, m_target.Settings().senses, &SenseChannel::spanHz);
 }
 
 HRESULT CConformanceCommands::ResistanceRange(Pool& pool)
 {
-    return HandleNumber(pool, kRangeOhm, m_target.Settings().senses, &tagSenseChannel::rangeOhm);
+    return HandleNumber(pool, kRangeOhm, m_target.Settings().senses, &SenseChannel::rangeOhm);
 }
 
 HRESULT CConformanceCommands::Voltage(Pool& pool)
 {
-    return HandleNumber(pool, kVoltageV, m_target.Settings().voltages, &tagVoltageChannel::voltageV);
+    return HandleNumber(pool, kVoltageV, m_target.Settings().voltages, &VoltageChannel::voltageV);
 }
 
 HRESULT CConformanceCommands::OutputState(Record& record)
 {
-    return HandleBoolean(record, m_target.Settings().voltages, &tagVoltageChannel::bOutputOn);
+    return HandleBoolean(record, m_target.Settings().voltages, &VoltageChannel::outputOn);
 }
 
 HRESULT CConformanceCommands::TriggerSource(Record& record)
@@ -136,22 +138,22 @@ HRESULT CConformanceCommands::TraceData(Pool& pool)
                    : S_FALSE;
     }
     long bytes = 0;
-    CComPtr<IZOScpiBlockData> spBlock;
-    if (pool.CheckArgumentCount(0, true) != S_OK || pool.GetBlockArgument(&spBlock, bytes, 0) != S_OK)
+    CComPtr<IZOScpiBlockData> block;
+    if (pool.CheckArgumentCount(0, true) != S_OK || pool.GetBlockArgument(&block, bytes, 0) != S_OK)
     {
         return S_FALSE;
     }
-    if (!spBlock)
+    if (!block)
     {
         return pool.SetScpiBlockDataError("");
     }
     std::vector<unsigned char> data;
-    const HRESULT hr = ReadBlock(data, bytes, kMaxTraceBytes, [&](auto count, auto* place, auto* got) {
-        return spBlock->Read(count, place, got);
+    const HRESULT result = ReadBlock(data, bytes, kMaxTraceBytes, [&](auto count, auto* place, auto* got) {
+        return block->Read(count, place, got);
     });
-    if (hr != S_OK)
+    if (result != S_OK)
     {
-        return FAILED(hr) ? hr : pool.SetScpiError(kScpiTooMuchData);
+        return FAILED(result) ? result : pool.SetScpiError(kScpiTooMuchData);
     }
     trace = std::move(data);
     return S_OK;
@@ -257,9 +259,9 @@ HRESULT CConformanceCommands::TestCondition(Record& record)
     {
         return S_FALSE;
     }
-    const HRESULT hr =
+    const HRESULT result =
         SetCondition(word == REGISTER_OPERATION ? L"STATus:OPERation" : L"STATus:QUEStionable", value);
-    return FAILED(hr) ? record.SetScpiExecutionError("") : S_OK;
+    return FAILED(result) ? record.SetScpiExecutionError("") : S_OK;
 }
 
 HRESULT CConformanceCommands::TestIndefinite(Pool& pool)

@@ -28,7 +28,7 @@ inline constexpr double kMaxSlowTimeS = 60.0;        ///< TEST:SLOW
 inline constexpr long kMaxRegisterValue = 0x7FFF;    ///< bit 15 of the status registers is never used
 
 /// Values of the mnemonics of TRIGger:SOURce.
-enum tagTriggerSource : std::uint32_t
+enum TriggerSource : std::uint32_t
 {
     TRIGGER_IMMEDIATE = 1,
     TRIGGER_EXTERNAL,
@@ -37,24 +37,24 @@ enum tagTriggerSource : std::uint32_t
     TRIGGER_TIMER2
 };
 
-struct tagSenseChannel
+struct SenseChannel
 {
     double centerHz = kCenterHz.defaultValue;
     double spanHz = kSpanHz.defaultValue;
     double rangeOhm = kRangeOhm.defaultValue;
 };
 
-struct tagVoltageChannel
+struct VoltageChannel
 {
     double voltageV = kVoltageV.defaultValue;
-    bool bOutputOn = false;
+    bool outputOn = false;
 };
 
 /// What the commands of the conformance profile set; a new object is the reset state.
-struct tagConformanceSettings
+struct ConformanceSettings
 {
-    std::array<tagSenseChannel, kSenseCount> senses{};
-    std::array<tagVoltageChannel, kVoltageCount> voltages{};
+    std::array<SenseChannel, kSenseCount> senses{};
+    std::array<VoltageChannel, kVoltageCount> voltages{};
     long triggerSource = TRIGGER_IMMEDIATE;
     double triggerCount = kTriggerCount.defaultValue;
     double triggerDelayS = kTriggerDelayS.defaultValue;
@@ -79,11 +79,11 @@ public:
         m_slowOperations.EndAll();
     }
 
-    tagConformanceSettings& Settings() { return m_settings; }
+    ConformanceSettings& Settings() { return m_settings; }
     COperationTimer& SlowOperations() { return m_slowOperations; }
 
 private:
-    tagConformanceSettings m_settings;
+    ConformanceSettings m_settings;
     COperationTimer m_slowOperations;
 };
 

@@ -7,7 +7,7 @@ namespace ZoVelkor::Demo::Conformance
 {
 
 /// Handler indexes of the commands of the conformance profile, as they stand in its command table.
-enum tagConformanceHandler : std::int32_t
+enum ConformanceHandler : std::int32_t
 {
     SENSE_CENTER,
     SENSE_SPAN,
@@ -33,7 +33,7 @@ enum tagConformanceHandler : std::int32_t
 };
 
 /// Values of the mnemonics of TEST:CONDition.
-enum tagRegisterWord : std::uint32_t
+enum RegisterWord : std::uint32_t
 {
     REGISTER_OPERATION = 1,
     REGISTER_QUESTIONABLE
@@ -41,7 +41,7 @@ enum tagRegisterWord : std::uint32_t
 
 /// The short form of a trigger source, out of the table.
 ///
-/// @param value  tagTriggerSource
+/// @param value  TriggerSource
 std::string TriggerSourceWord(long value);
 
 } // namespace ZoVelkor::Demo::Conformance

@@ -18,41 +18,41 @@ inline constexpr tagNumericLimits kBrightness{0.0, 1.0, 0.5, 0.25}; ///< dark to
 inline constexpr std::size_t kMaxListPoints = 1000; ///< SOURce:LIST; more are refused with -223
 
 /// One signal source.
-struct tagSignalSource
+struct SignalSource
 {
     double frequencyHz = kGeneratorFrequencyHz.defaultValue;
     double powerDbm = kGeneratorPowerDbm.defaultValue;
-    bool bOutputOn = false;
+    bool outputOn = false;
     std::vector<double> listHz{kGeneratorFrequencyHz.defaultValue}; ///< one value or more
 };
 
 /// The window that a value of a source is watched against, edges included; limit n is row n - 1.
-struct tagSourceLimit
+struct SourceLimit
 {
     std::size_t source; ///< index
-    double tagSignalSource::*value;
+    double SignalSource::*value;
     double minimum;
     double maximum;
 };
 
 /// Where the sources keep their specified level accuracy.
-inline constexpr auto kSourceLimits = std::to_array<tagSourceLimit>({
-    {0, &tagSignalSource::frequencyHz, 10e6, 3e9},
-    {0, &tagSignalSource::powerDbm, -100.0, 10.0},
-    {1, &tagSignalSource::frequencyHz, 10e6, 3e9},
-    {1, &tagSignalSource::powerDbm, -100.0, 10.0},
+inline constexpr auto kSourceLimits = std::to_array<SourceLimit>({
+    {0, &SignalSource::frequencyHz, 10e6, 3e9},
+    {0, &SignalSource::powerDbm, -100.0, 10.0},
+    {1, &SignalSource::frequencyHz, 10e6, 3e9},
+    {1, &SignalSource::powerDbm, -100.0, 10.0},
 });
 
 /// The signal generator without remote control: two sources and a display; a new object is the reset state.
 struct CGenerator
 {
-    std::array<tagSignalSource, kGeneratorCount> sources{};
+    std::array<SignalSource, kGeneratorCount> sources{};
     double brightness = kBrightness.defaultValue;
 
     void Reset() { *this = {}; }
 
     /// Tells whether the watched value has left the window.
-    bool IsOutside(const tagSourceLimit& limit) const
+    bool IsOutside(const SourceLimit& limit) const
     {
         const double value = sources[limit.source].*limit.value;
         return value < limit.minimum || value > limit.maximum;

@@ -10,10 +10,10 @@
 namespace ZoVelkor::Demo
 {
 
-std::span<const tagHandlerRow<CGeneratorCommands>> CGeneratorCommands::Handlers()
+std::span<const HandlerRow<CGeneratorCommands>> CGeneratorCommands::Handlers()
 {
     using Self = CGeneratorCommands;
-    static constexpr tagHandlerRow<Self> kRows[] = {
+    static constexpr HandlerRow<Self> kRows[] = {
         {SOURCE_FREQUENCY, &Self::Frequency},
         {SOURCE_POWER, &Self::Power},
         {LIST_FREQUENCY, &Self::ListFrequency},
@@ -27,12 +27,12 @@ std::span<const tagHandlerRow<CGeneratorCommands>> CGeneratorCommands::Handlers(
 
 HRESULT CGeneratorCommands::Frequency(Pool& pool)
 {
-    return HandleNumber(pool, kGeneratorFrequencyHz, m_generator.sources, &tagSignalSource::frequencyHz);
+    return HandleNumber(pool, kGeneratorFrequencyHz, m_generator.sources, &SignalSource::frequencyHz);
 }
 
 HRESULT CGeneratorCommands::Power(Pool& pool)
 {
-    return HandleNumber(pool, kGeneratorPowerDbm, m_generator.sources, &tagSignalSource::powerDbm);
+    return HandleNumber(pool, kGeneratorPowerDbm, m_generator.sources, &SignalSource::powerDbm);
 }
 
 HRESULT CGeneratorCommands::ListFrequency(Pool& pool)
@@ -64,7 +64,7 @@ HRESULT CGeneratorCommands::ListFrequency(Pool& pool)
 
 HRESULT CGeneratorCommands::OutputState(Record& record)
 {
-    return HandleBoolean(record, m_generator.sources, &tagSignalSource::bOutputOn);
+    return HandleBoolean(record, m_generator.sources, &SignalSource::outputOn);
 }
 
 HRESULT CGeneratorCommands::LimitFail(Record& record)

@@ -22,7 +22,7 @@ public:
     /// Static data.
     static std::span<const _CMD_SET_RECORD> Table();
     /// The handlers in the order of the table's handler indexes.
-    static std::span<const tagHandlerRow<CGeneratorCommands>> Handlers();
+    static std::span<const HandlerRow<CGeneratorCommands>> Handlers();
 
 private:
     using Record = CCommandExecutionData;

@@ -12,26 +12,26 @@ namespace
 {
 
 // The groups, in the order of the table below.
-constexpr tagGroup kRoot{0, 4};
-constexpr tagGroup kSource = After(kRoot, 3);
-constexpr tagGroup kFrequency = After(kSource, 2);
-constexpr tagGroup kPower = After(kFrequency, 1);
-constexpr tagGroup kLevel = After(kPower, 1);
-constexpr tagGroup kImmediate = After(kLevel, 1);
-constexpr tagGroup kList = After(kImmediate, 1);
-constexpr tagGroup kOutput = After(kList, 1);
-constexpr tagGroup kCalculate = After(kOutput, 1);
-constexpr tagGroup kLimit = After(kCalculate, 1);
-constexpr tagGroup kDisplay = After(kLimit, 1);
-constexpr tagGroup kHertzParameter = After(kDisplay, 1);
-constexpr tagGroup kDbmParameter = After(kHertzParameter, 1);
-constexpr tagGroup kListParameter = After(kDbmParameter, 1);
-constexpr tagGroup kBooleanParameter = After(kListParameter, 1);
-constexpr tagGroup kBrightnessParameter = After(kBooleanParameter, 1);
-constexpr tagGroup kHertz = After(kBrightnessParameter, 1);
-constexpr tagGroup kDbm = After(kHertz, 1);
-constexpr tagGroup kSuffixes = After(kDbm, 3);
-constexpr tagGroup kEnd = After(kSuffixes, 0);
+constexpr Group kRoot{0, 4};
+constexpr Group kSource = After(kRoot, 3);
+constexpr Group kFrequency = After(kSource, 2);
+constexpr Group kPower = After(kFrequency, 1);
+constexpr Group kLevel = After(kPower, 1);
+constexpr Group kImmediate = After(kLevel, 1);
+constexpr Group kList = After(kImmediate, 1);
+constexpr Group kOutput = After(kList, 1);
+constexpr Group kCalculate = After(kOutput, 1);
+constexpr Group kLimit = After(kCalculate, 1);
+constexpr Group kDisplay = After(kLimit, 1);
+constexpr Group kHertzParameter = After(kDisplay, 1);
+constexpr Group kDbmParameter = After(kHertzParameter, 1);
+constexpr Group kListParameter = After(kDbmParameter, 1);
+constexpr Group kBooleanParameter = After(kListParameter, 1);
+constexpr Group kBrightnessParameter = After(kBooleanParameter, 1);
+constexpr Group kHertz = After(kBrightnessParameter, 1);
+constexpr Group kDbm = After(kHertz, 1);
+constexpr Group kSuffixes = After(kDbm, 3);
+constexpr Group kEnd = After(kSuffixes, 0);
 
 // Laid out in columns by hand.
 // clang-format off

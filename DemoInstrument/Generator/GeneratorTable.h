@@ -6,7 +6,7 @@ namespace ZoVelkor::Demo
 {
 
 /// Handler indexes of the generator's commands, as they stand in its command table.
-enum tagGeneratorHandler : std::int32_t
+enum GeneratorHandler : std::int32_t
 {
     SOURCE_FREQUENCY,
     SOURCE_POWER,

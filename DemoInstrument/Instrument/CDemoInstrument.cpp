@@ -24,9 +24,9 @@ namespace
 ZO_SOURCE_UNIT("DemoInstrument/Instrument/CDemoInstrument")
 
 /// What the instrument remembers of its former starts.
-struct tagMemory
+struct Memory
 {
-    explicit tagMemory(const std::string& file) : registry(file)
+    explicit Memory(const std::string& file) : registry(file)
     {
         clock.Load(registry);
         ApplyDiagnosis(registry);
@@ -37,43 +37,43 @@ struct tagMemory
     CPowerOnStore powerOn{registry};
 };
 
-RemoteKernel::tagTcpServerSettings ServerSettings(const tagDemoOptions& options)
+RemoteKernel::TcpServerSettings ServerSettings(const DemoOptions& options)
 {
-    RemoteKernel::tagTcpServerSettings settings;
-    settings.sAddress = options.sBindAddress;
-    settings.iPort = options.iPort;
+    RemoteKernel::TcpServerSettings settings;
+    settings.address = options.bindAddress;
+    settings.port = options.port;
     return settings;
 }
 
-std::optional<RemoteKernel::tagLxiEndpointSettings> LxiSettings(const tagDemoOptions& options)
+std::optional<RemoteKernel::LxiEndpointSettings> LxiSettings(const DemoOptions& options)
 {
     if (!options.lxiPort)
     {
         return std::nullopt;
     }
-    RemoteKernel::tagLxiEndpointSettings settings;
-    settings.sAddress = options.sBindAddress;
-    settings.iPort = *options.lxiPort;
-    settings.iMulticastPort = options.iLxiMulticastPort;
+    RemoteKernel::LxiEndpointSettings settings;
+    settings.address = options.bindAddress;
+    settings.port = *options.lxiPort;
+    settings.multicastPort = options.lxiMulticastPort;
     return settings;
 }
 
 /// Remote control that applications can find from the moment it is made.
-struct tagStartedKernel
+struct StartedKernel
 {
-    explicit tagStartedKernel(tagMemory* pMemory)
-        : kernel(pMemory == nullptr
-                     ? RemoteKernel::tagInstrumentIdentity{"Zo", "Demo Conformance", "0", ZO_DEMO_VERSION}
-                     : ReadIdentity(pMemory->registry))
+    explicit StartedKernel(Memory* memory)
+        : kernel(memory == nullptr
+                     ? RemoteKernel::InstrumentIdentity{"Zo", "Demo Conformance", "0", ZO_DEMO_VERSION}
+                     : ReadIdentity(memory->registry))
     {
-        if (const HRESULT hr = kernel.Start(); FAILED(hr))
+        if (const HRESULT result = kernel.Start(); FAILED(result))
         {
-            ThrowError(ZO_ERROR(nullptr, "hr == S_OK", "Remote control does not start", hr));
+            ThrowError(ZO_ERROR(nullptr, "hr == S_OK", "Remote control does not start", result));
         }
-        if (pMemory != nullptr)
+        if (memory != nullptr)
         {
-            kernel.PowerOn(pMemory->powerOn.Load(), &pMemory->powerOn);
-            ApplyDataFormat(pMemory->registry);
+            kernel.PowerOn(memory->powerOn.Load(), &memory->powerOn);
+            ApplyDataFormat(memory->registry);
         }
     }
 
@@ -81,11 +81,11 @@ struct tagStartedKernel
 };
 
 /// The applications of the measuring instrument and what gives access to their settings.
-struct tagMeasuringInstrument
+struct MeasuringInstrument
 {
-    tagMeasuringInstrument(const RemoteKernel::CRemoteKernel& kernel,
-                           tagMemory& memory,
-                           const std::optional<RemoteKernel::tagLxiEndpointSettings>& lxiSettings)
+    MeasuringInstrument(const RemoteKernel::CRemoteKernel& kernel,
+                        Memory& memory,
+                        const std::optional<RemoteKernel::LxiEndpointSettings>& lxiSettings)
         : lxi(analyzer.Sweeps(), lxiSettings),
           instrument(
               memory.registry,
@@ -106,12 +106,12 @@ struct tagMeasuringInstrument
 } // namespace
 
 /// In the order of the start; they go in the reverse one: clients, applications, remote control.
-struct CDemoInstrument::tagParts
+struct CDemoInstrument::Parts
 {
-    explicit tagParts(const tagDemoOptions& options)
-        : memory(options.eProfile == tagDemoProfile::Conformance
+    explicit Parts(const DemoOptions& options)
+        : memory(options.profile == DemoProfile::Conformance
                      ? nullptr
-                     : std::make_unique<tagMemory>(options.sRegistryFile)),
+                     : std::make_unique<Memory>(options.registryFile)),
           remoteControl(memory.get()),
           server(ServerSettings(options))
     {
@@ -130,43 +130,42 @@ struct CDemoInstrument::tagParts
         server.Start();
     }
 
-    std::unique_ptr<tagMemory> memory; // null: nothing is kept
-    tagStartedKernel remoteControl;
-    std::optional<tagMeasuringInstrument> measuring;
+    std::unique_ptr<Memory> memory; // null: nothing is kept
+    StartedKernel remoteControl;
+    std::optional<MeasuringInstrument> measuring;
     std::optional<Conformance::CConformanceApplication> conformance;
     RemoteKernel::CTcpServer server;
 };
 
-CDemoInstrument::CDemoInstrument(const tagDemoOptions& options)
-    : m_spParts(std::make_unique<tagParts>(options))
+CDemoInstrument::CDemoInstrument(const DemoOptions& options) : m_parts(std::make_unique<Parts>(options))
 {}
 
 CDemoInstrument::~CDemoInstrument() = default;
 
 std::uint16_t CDemoInstrument::Port() const
 {
-    return m_spParts->server.Port();
+    return m_parts->server.Port();
 }
 
 std::string CDemoInstrument::Address() const
 {
-    return m_spParts->server.Endpoint();
+    return m_parts->server.Endpoint();
 }
 
 std::uint16_t CDemoInstrument::LxiPort() const
 {
-    return m_spParts->measuring ? m_spParts->measuring->lxi.Trigger().Endpoint().Port() : std::uint16_t{0};
+    return m_parts->measuring ? m_parts->measuring->lxi.Trigger().Endpoint().Port() : std::uint16_t{0};
 }
 
 std::uint16_t CDemoInstrument::LxiMulticastPort() const
 {
-    return m_spParts->measuring ? m_spParts->measuring->lxi.Trigger().Endpoint().MulticastPort()
-                                : std::uint16_t{0};
+    return m_parts->measuring ? m_parts->measuring->lxi.Trigger().Endpoint().MulticastPort()
+                              : std::uint16_t{0};
 }
 
 std::string CDemoInstrument::LxiFault() const
 {
-    return m_spParts->measuring ? m_spParts->measuring->lxi.Trigger().Fault() : std::string();
+    return m_parts->measuring ? m_parts->measuring->lxi.Trigger().Fault() : std::string();
 }
 
 } // namespace ZoVelkor::Demo

@@ -15,23 +15,23 @@ inline constexpr std::uint16_t kDefaultPort = 5025;
 inline constexpr std::uint16_t kDefaultLxiPort = 5044;
 
 /// What the instrument is.
-enum class tagDemoProfile
+enum class DemoProfile
 {
     Analyzer,   ///< a signal analyser and a signal generator beside it
     Conformance ///< one command of every kind, to test controllers and the remote interface with
 };
 
 /// What the instrument is and where it listens.
-struct tagDemoOptions
+struct DemoOptions
 {
-    std::string sBindAddress = "127.0.0.1"; ///< an IP address
-    std::uint16_t iPort = kDefaultPort;     ///< 0: a free one
-    tagDemoProfile eProfile = tagDemoProfile::Analyzer;
-    std::string sRegistryFile{}; ///< database of the registry; empty: the one that the environment names. The
-                                 ///< conformance profile keeps nothing
+    std::string bindAddress = "127.0.0.1"; ///< an IP address
+    std::uint16_t port = kDefaultPort;     ///< 0: a free one
+    DemoProfile profile = DemoProfile::Analyzer;
+    std::string registryFile{}; ///< database of the registry; empty: the one that the environment names. The
+                                ///< conformance profile keeps nothing
     std::optional<std::uint16_t> lxiPort{}; ///< UDP and TCP port of LXI events, 0: a free one; null: there
                                             ///< are none, nor are there in the conformance profile
-    std::uint16_t iLxiMulticastPort = kDefaultLxiPort; ///< 0: the same as lxiPort
+    std::uint16_t lxiMulticastPort = kDefaultLxiPort; ///< 0: the same as lxiPort
 };
 
 /// The whole instrument: remote control, its applications, and the server that clients connect to.
@@ -45,7 +45,7 @@ public:
     ///
     /// @throws CShellError or std::exception when the address is no good or the port is taken; the message
     /// says which
-    explicit CDemoInstrument(const tagDemoOptions& options);
+    explicit CDemoInstrument(const DemoOptions& options);
     CDemoInstrument(const CDemoInstrument&) = delete;
     CDemoInstrument& operator=(const CDemoInstrument&) = delete;
     ~CDemoInstrument();
@@ -65,8 +65,8 @@ public:
     std::string LxiFault() const;
 
 private:
-    struct tagParts;
-    std::unique_ptr<tagParts> m_spParts;
+    struct Parts;
+    std::unique_ptr<Parts> m_parts;
 };
 
 } // namespace ZoVelkor::Demo

@@ -27,7 +27,7 @@ CInstrumentApplication::CInstrumentApplication(const CInstrumentRegistry& regist
     : m_instrument{registry, clock, std::move(states), KeptHostName(registry)},
       m_registration(L"instrument",
                      CInstrumentCommands::Table(),
-                     CApplicationParser<CInstrumentCommands, CResetHandler<tagInstrumentParts>>::Create(
+                     CApplicationParser<CInstrumentCommands, CResetHandler<InstrumentParts>>::Create(
                          m_commands, m_instrument))
 {}
 

@@ -15,7 +15,7 @@ public:
     CInstrumentApplication(const CInstrumentRegistry& registry, CInstrumentClock& clock, CSavedStates states);
 
 private:
-    tagInstrumentParts m_instrument;
+    InstrumentParts m_instrument;
     CInstrumentCommands m_commands{m_instrument};
     CApplicationRegistration m_registration; // last: it goes before what the handlers use
 };

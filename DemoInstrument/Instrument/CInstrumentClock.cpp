@@ -53,9 +53,9 @@ CInstrumentClock::CInstrumentClock()
 {
     SetSystemClockPrimitive(&SetInstrumentClock);
     SetSystemClockSource(&InstrumentMs);
-    if (const HRESULT hr = GetModuleService(kTimeServices, std::addressof(m_spService)); FAILED(hr))
+    if (const HRESULT result = GetModuleService(kTimeServices, std::addressof(m_service)); FAILED(result))
     {
-        ThrowError(ZO_ERROR(nullptr, "m_spService != NULL", "The time service is missing", hr));
+        ThrowError(ZO_ERROR(nullptr, "m_service != NULL", "The time service is missing", result));
     }
 }
 
@@ -81,7 +81,7 @@ HRESULT CInstrumentClock::Keep(const CInstrumentRegistry& registry)
 
 void CInstrumentClock::Get(tagTimeStruct& time, tagDateStruct& date) const
 {
-    m_spService->GetTimeAndDate(&time, &date);
+    m_service->GetTimeAndDate(&time, &date);
 }
 
 std::string CInstrumentClock::Set(const tagTimeStruct& time, const tagDateStruct& date) const
@@ -92,8 +92,8 @@ try
     const CTimeDateChecks checks(object, kSourceUnit);
     checks.Argument(time);
     checks.Argument(date);
-    const HRESULT hr = m_spService->SetTimeAndDate(time, date);
-    return hr == S_OK ? "" : "No such day in the years 1601 to 30827";
+    const HRESULT result = m_service->SetTimeAndDate(time, date);
+    return result == S_OK ? "" : "No such day in the years 1601 to 30827";
 }
 catch (const CShellError& fault)
 {

@@ -31,7 +31,7 @@ public:
     std::string Set(const tagTimeStruct& time, const tagDateStruct& date) const;
 
 private:
-    CComPtr<IZOTimeDateControl> m_spService;
+    CComPtr<IZOTimeDateControl> m_service;
 };
 
 } // namespace ZoVelkor::Demo

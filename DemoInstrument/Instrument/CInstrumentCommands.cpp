@@ -44,10 +44,10 @@ HRESULT ReadFields(CCommandExecutionData& record, Fields& fields)
 
 HRESULT AnswerFields(CCommandExecutionData& record, const Fields& fields)
 {
-    const bool bAnswered =
+    const bool answered =
         record.CheckArgumentNotAllowed() == S_OK &&
         std::ranges::all_of(fields, [&record](long field) { return record.IntegerResponse(field) == S_OK; });
-    return bAnswered ? S_OK : S_FALSE;
+    return answered ? S_OK : S_FALSE;
 }
 
 } // namespace
@@ -61,10 +61,10 @@ bool IsHostName(const std::string& name)
            std::ranges::all_of(name, [&](char c) { return c == '-' || isLetterOrDigit(c); });
 }
 
-std::span<const tagHandlerRow<CInstrumentCommands>> CInstrumentCommands::Handlers()
+std::span<const HandlerRow<CInstrumentCommands>> CInstrumentCommands::Handlers()
 {
     using Self = CInstrumentCommands;
-    static constexpr tagHandlerRow<Self> kRows[] = {
+    static constexpr HandlerRow<Self> kRows[] = {
         {SAVE_STATE, &Self::Save},
         {RECALL_STATE, &Self::Recall},
         {SYSTEM_DATE, &Self::Date},
@@ -85,7 +85,7 @@ HRESULT CInstrumentCommands::Recall(Record& record)
     return RunOnState(record, &CSavedStates::Recall);
 }
 
-HRESULT CInstrumentCommands::RunOnState(Record& record, tagStateError (CSavedStates::*operation)(long number))
+HRESULT CInstrumentCommands::RunOnState(Record& record, StateError (CSavedStates::*operation)(long number))
 {
     long number = 0;
     if (record.CheckArgumentCount(0, true) != S_OK || record.GetIntegerArgument(number, 0) != S_OK)
@@ -96,7 +96,7 @@ HRESULT CInstrumentCommands::RunOnState(Record& record, tagStateError (CSavedSta
     {
         return record.SetScpiError(kScpiDataOutOfRange);
     }
-    const tagStateError error = (m_instrument.states.*operation)(number);
+    const StateError error = (m_instrument.states.*operation)(number);
     return error.code == kScpiNoError ? S_OK : record.SetScpiErrorEx(error.code, error.detail);
 }
 

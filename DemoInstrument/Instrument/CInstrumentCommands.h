@@ -17,7 +17,7 @@ inline constexpr const wchar_t* kHostNameValue = L"HostName";
 bool IsHostName(const std::string& name);
 
 /// What the instrument has beside its measuring applications; *RST leaves it alone.
-struct tagInstrumentParts
+struct InstrumentParts
 {
     const CInstrumentRegistry& registry;
     CInstrumentClock& clock;
@@ -35,12 +35,12 @@ class CInstrumentCommands
 {
 public:
     /// @param instrument  borrowed
-    explicit CInstrumentCommands(tagInstrumentParts& instrument) : m_instrument(instrument) {}
+    explicit CInstrumentCommands(InstrumentParts& instrument) : m_instrument(instrument) {}
 
     /// Static data.
     static std::span<const _CMD_SET_RECORD> Table();
     /// The handlers in the order of the table's handler indexes.
-    static std::span<const tagHandlerRow<CInstrumentCommands>> Handlers();
+    static std::span<const HandlerRow<CInstrumentCommands>> Handlers();
 
 private:
     using Record = CCommandExecutionData;
@@ -51,11 +51,11 @@ private:
     HRESULT Time(Record& record);
     HRESULT HostName(Record& record);
 
-    HRESULT RunOnState(Record& record, tagStateError (CSavedStates::*operation)(long number));
+    HRESULT RunOnState(Record& record, StateError (CSavedStates::*operation)(long number));
     HRESULT SetClock(Record& record, const tagTimeStruct& time, const tagDateStruct& date);
     static HRESULT CheckKept(Record& record, HRESULT result);
 
-    tagInstrumentParts& m_instrument;
+    InstrumentParts& m_instrument;
 };
 
 } // namespace ZoVelkor::Demo

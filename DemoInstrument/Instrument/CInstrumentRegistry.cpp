@@ -44,9 +44,8 @@ public:
     using TOpen = HRESULT (IZORegistryAccess::*)(long, wchar_t*, long*);
 
     CSubKey(const CInstrumentRegistry& registry, const wchar_t* key, TOpen open)
-        : m_spAccess(registry.m_spAccess),
-          m_result(m_spAccess == nullptr ? E_FAIL
-                                         : (*m_spAccess.*open)(registry.m_key, CComBSTR(key), &m_key))
+        : m_access(registry.m_access),
+          m_result(m_access == nullptr ? E_FAIL : (*m_access.*open)(registry.m_key, CComBSTR(key), &m_key))
     {}
     CSubKey(const CSubKey&) = delete;
     CSubKey& operator=(const CSubKey&) = delete;
@@ -54,7 +53,7 @@ public:
     {
         if (m_key != 0)
         {
-            m_spAccess->RegCloseKey(m_key);
+            m_access->RegCloseKey(m_key);
         }
     }
 
@@ -62,41 +61,41 @@ public:
     long Get() const { return m_key; }
 
 private:
-    const CComPtr<IZORegistryAccess> m_spAccess;
+    const CComPtr<IZORegistryAccess> m_access;
     long m_key = 0;
     const HRESULT m_result;
 };
 
-CInstrumentRegistry::CInstrumentRegistry(const std::string& file) : m_bOwnFile(!file.empty())
+CInstrumentRegistry::CInstrumentRegistry(const std::string& file) : m_ownFile(!file.empty())
 {
-    if (m_bOwnFile)
+    if (m_ownFile)
     {
         SetRegistryFile(file.c_str());
     }
-    HRESULT hr = GetModuleService(kRegistryServices, std::addressof(m_spAccess));
-    if (SUCCEEDED(hr))
+    HRESULT result = GetModuleService(kRegistryServices, std::addressof(m_access));
+    if (SUCCEEDED(result))
     {
         const auto root = static_cast<long>(HKEY_LOCAL_MACHINE);
-        hr = m_spAccess->RegCreateKey(root, CComBSTR(kInstrumentKey), &m_key);
+        result = m_access->RegCreateKey(root, CComBSTR(kInstrumentKey), &m_key);
         // A registry that nobody may write is good enough to begin with.
-        hr = FAILED(hr) ? m_spAccess->RegOpenKey(root, CComBSTR(kInstrumentKey), &m_key) : hr;
+        result = FAILED(result) ? m_access->RegOpenKey(root, CComBSTR(kInstrumentKey), &m_key) : result;
     }
-    if (FAILED(hr))
+    if (FAILED(result))
     {
-        m_spAccess.Release();
+        m_access.Release();
         fmt::print(stderr,
                    "zo-demo-instrument: no registry (0x{:08X}), starting with defaults and keeping nothing\n",
-                   static_cast<ULONG>(hr));
+                   static_cast<ULONG>(result));
     }
 }
 
 CInstrumentRegistry::~CInstrumentRegistry()
 {
-    if (m_spAccess != nullptr)
+    if (m_access != nullptr)
     {
-        m_spAccess->RegCloseKey(m_key);
+        m_access->RegCloseKey(m_key);
     }
-    if (m_bOwnFile)
+    if (m_ownFile)
     {
         SetRegistryFile(nullptr);
     }
@@ -106,13 +105,14 @@ HRESULT CInstrumentRegistry::Read(const wchar_t* key, const wchar_t* name, std::
 {
     const CSubKey subKey(*this, key, &IZORegistryAccess::RegOpenKey);
     CComBSTR value;
-    const HRESULT hr = FAILED(subKey.Result()) ? subKey.Result()
-                                               : m_spAccess->ReadString(subKey.Get(), CComBSTR(name), &value);
-    if (SUCCEEDED(hr))
+    const HRESULT result = FAILED(subKey.Result())
+                               ? subKey.Result()
+                               : m_access->ReadString(subKey.Get(), CComBSTR(name), &value);
+    if (SUCCEEDED(result))
     {
         text = Narrow(value);
     }
-    return hr == kNotFound ? S_FALSE : hr;
+    return result == kNotFound ? S_FALSE : result;
 }
 
 std::string
@@ -129,16 +129,17 @@ CInstrumentRegistry::ReadOr(const wchar_t* key, const wchar_t* name, const std::
 HRESULT CInstrumentRegistry::Write(const wchar_t* key, const wchar_t* name, const std::string& text) const
 {
     const CSubKey subKey(*this, key, &IZORegistryAccess::RegCreateKey);
-    const HRESULT hr = FAILED(subKey.Result())
-                           ? subKey.Result()
-                           : m_spAccess->WriteString(subKey.Get(), CComBSTR(name), Widen(text));
-    if (FAILED(hr))
+    const HRESULT result = FAILED(subKey.Result())
+                               ? subKey.Result()
+                               : m_access->WriteString(subKey.Get(), CComBSTR(name), Widen(text));
+    if (FAILED(result))
     {
-        return hr;
+        return result;
     }
     // Who is answered may switch off at once. A busy registry has the value, if not yet on the disk.
     const LONG error = RegFlushKey(static_cast<HKEY>(subKey.Get()));
-    return error == ERROR_SUCCESS || error == ERROR_BUSY ? hr : HRESULT_FROM_WIN32(static_cast<DWORD>(error));
+    return error == ERROR_SUCCESS || error == ERROR_BUSY ? result
+                                                         : HRESULT_FROM_WIN32(static_cast<DWORD>(error));
 }
 
 } // namespace ZoVelkor::Demo

@@ -47,9 +47,9 @@ public:
 private:
     class CSubKey;
 
-    CComPtr<IZORegistryAccess> m_spAccess; // null: no registry
+    CComPtr<IZORegistryAccess> m_access; // null: no registry
     long m_key = 0;
-    const bool m_bOwnFile;
+    const bool m_ownFile;
 };
 
 } // namespace ZoVelkor::Demo

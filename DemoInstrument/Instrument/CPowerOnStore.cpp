@@ -13,9 +13,9 @@ constexpr const wchar_t* kPowerOnValue = L"PowerOn";
 constexpr double kHighestStandardMask = 0xFF;
 constexpr double kHighestPollMask = 0xFFFF;
 
-void Describe(CStateText& text, RemoteKernel::tagPowerOnStatus& status)
+void Describe(CStateText& text, RemoteKernel::PowerOnStatus& status)
 {
-    text.Flag("psc", status.bClear);
+    text.Flag("psc", status.clear);
     text.Value("ese", status.masks.event, 0, kHighestStandardMask);
     text.Value("sre", status.masks.service, 0, kHighestStandardMask);
     text.Value("pre", status.masks.poll, 0, kHighestPollMask);
@@ -23,24 +23,24 @@ void Describe(CStateText& text, RemoteKernel::tagPowerOnStatus& status)
 
 } // namespace
 
-RemoteKernel::tagPowerOnStatus CPowerOnStore::Load() const
+RemoteKernel::PowerOnStatus CPowerOnStore::Load() const
 {
-    RemoteKernel::tagPowerOnStatus status;
+    RemoteKernel::PowerOnStatus status;
     std::string kept;
     if (m_registry.Read(kStatusKey, kPowerOnValue, kept) == S_OK)
     {
         CStateText text{kept};
         Describe(text, status);
-        status = text.Fault().empty() ? status : RemoteKernel::tagPowerOnStatus{};
+        status = text.Fault().empty() ? status : RemoteKernel::PowerOnStatus{};
     }
     return status;
 }
 
-bool CPowerOnStore::Keep(const RemoteKernel::tagPowerOnStatus& status) noexcept
+bool CPowerOnStore::Keep(const RemoteKernel::PowerOnStatus& status) noexcept
 {
     return SUCCEEDED(GuardedEntry([&]() -> HRESULT {
         CStateText text;
-        RemoteKernel::tagPowerOnStatus kept = status;
+        RemoteKernel::PowerOnStatus kept = status;
         Describe(text, kept);
         return m_registry.Write(kStatusKey, kPowerOnValue, text.Collected());
     }));

@@ -14,8 +14,8 @@ public:
     explicit CPowerOnStore(const CInstrumentRegistry& registry) : m_registry(registry) {}
 
     /// What was kept; that of the first start when there is nothing or it is damaged.
-    RemoteKernel::tagPowerOnStatus Load() const;
-    bool Keep(const RemoteKernel::tagPowerOnStatus& status) noexcept override;
+    RemoteKernel::PowerOnStatus Load() const;
+    bool Keep(const RemoteKernel::PowerOnStatus& status) noexcept override;
 
 private:
     const CInstrumentRegistry& m_registry;

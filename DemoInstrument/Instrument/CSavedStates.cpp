@@ -30,51 +30,52 @@ HRESULT CSavedStates::RunOnAll(TWork&& work)
     });
 }
 
-tagStateError CSavedStates::Save(long number)
+StateError CSavedStates::Save(long number)
 {
-    tagInstrumentState state;
-    HRESULT hr = RunOnAll([&state](CAnalyzer& analyzer, const CGenerator& generator, const CLxiTrigger& lxi) {
-        ReadState(analyzer, state);
-        ReadState(lxi, state);
-        state.generator = generator;
-    });
-    if (SUCCEEDED(hr))
+    InstrumentState state;
+    HRESULT result =
+        RunOnAll([&state](CAnalyzer& analyzer, const CGenerator& generator, const CLxiTrigger& lxi) {
+            ReadState(analyzer, state);
+            ReadState(lxi, state);
+            state.generator = generator;
+        });
+    if (SUCCEEDED(result))
     {
         CStateText text;
         Describe(text, state);
-        hr = m_registry.Write(kStatesKey, std::to_wstring(number).c_str(), text.Collected());
+        result = m_registry.Write(kStatesKey, std::to_wstring(number).c_str(), text.Collected());
     }
-    return SUCCEEDED(hr) ? tagStateError{}
-                         : tagStateError{kScpiStorageFault, fmt::format("State {} is not saved", number)};
+    return SUCCEEDED(result) ? StateError{}
+                             : StateError{kScpiStorageFault, fmt::format("State {} is not saved", number)};
 }
 
-tagStateError CSavedStates::Recall(long number)
+StateError CSavedStates::Recall(long number)
 {
     std::string saved;
-    const HRESULT hr = m_registry.Read(kStatesKey, std::to_wstring(number).c_str(), saved);
-    if (hr == S_FALSE)
+    const HRESULT result = m_registry.Read(kStatesKey, std::to_wstring(number).c_str(), saved);
+    if (result == S_FALSE)
     {
         return {kScpiExecutionError, fmt::format("State {} was never saved", number)};
     }
-    if (FAILED(hr))
+    if (FAILED(result))
     {
-        return {hr == kInvalidData ? kScpiSaveRecallMemoryLost : kScpiStorageFault,
+        return {result == kInvalidData ? kScpiSaveRecallMemoryLost : kScpiStorageFault,
                 fmt::format("State {} cannot be read", number)};
     }
     CStateText text{saved};
-    tagInstrumentState state;
+    InstrumentState state;
     Describe(text, state);
     if (!text.Fault().empty())
     {
         return {kScpiSaveRecallMemoryLost, fmt::format("State {}: {}", number, text.Fault())};
     }
-    const HRESULT result = RunOnAll([&state](CAnalyzer& analyzer, CGenerator& generator, CLxiTrigger& lxi) {
+    const HRESULT changed = RunOnAll([&state](CAnalyzer& analyzer, CGenerator& generator, CLxiTrigger& lxi) {
         PutState(lxi, state);
         generator = std::move(state.generator);
         // Last, as only the beginning of its sweep can run out of memory.
         PutState(analyzer, std::move(state));
     });
-    return SUCCEEDED(result) ? tagStateError{} : tagStateError{kScpiExecutionError, "No state to change"};
+    return SUCCEEDED(changed) ? StateError{} : StateError{kScpiExecutionError, "No state to change"};
 }
 
 } // namespace ZoVelkor::Demo

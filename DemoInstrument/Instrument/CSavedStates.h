@@ -13,7 +13,7 @@ namespace ZoVelkor::Demo
 inline constexpr long kSavedStateCount = 10; ///< *SAV and *RCL: 0 to 9
 
 /// What an operation queues; the code 0 when all is well.
-struct tagStateError
+struct StateError
 {
     short code = 0;
     std::string detail;
@@ -39,11 +39,11 @@ public:
 
     /// @param number  0 to kSavedStateCount - 1
     /// @return -320 when the registry does not take it
-    tagStateError Save(long number);
+    StateError Save(long number);
     /// Puts a saved state in force, as a whole or not at all.
     ///
     /// @return -200 when it was never saved; -314 when it is damaged; -320 when it cannot be read
-    tagStateError Recall(long number);
+    StateError Recall(long number);
 
 private:
     template <class TWork>

@@ -43,7 +43,7 @@ std::string_view TakeLine(std::string_view& text)
 
 } // namespace
 
-CStateText::CStateText(std::string_view text) : m_bGivesBack(true)
+CStateText::CStateText(std::string_view text) : m_givesBack(true)
 {
     while (!text.empty())
     {
@@ -82,7 +82,7 @@ void CStateText::Numbers(const std::string& name,
                          double maximum,
                          std::size_t maxCount)
 {
-    if (!m_bGivesBack)
+    if (!m_givesBack)
     {
         std::string text;
         for (const double value : values)
@@ -110,7 +110,7 @@ void CStateText::Numbers(const std::string& name,
 
 void CStateText::Text(const std::string& name, std::string& text, std::size_t maxLength)
 {
-    if (!m_bGivesBack)
+    if (!m_givesBack)
     {
         std::string digits;
         for (const char c : text)

@@ -64,7 +64,7 @@ private:
     const std::string* Find(const std::string& name);
     void SetFault(const std::string& name);
 
-    bool m_bGivesBack = false;
+    bool m_givesBack = false;
     std::map<std::string, std::string> m_values;
     std::string m_collected;
     std::string m_fault;

@@ -12,16 +12,16 @@ namespace
 {
 
 // The groups, in the order of the table below.
-constexpr tagGroup kCommon{0, 2};
-constexpr tagGroup kRoot = After(kCommon, 1);
-constexpr tagGroup kSystem = After(kRoot, 3);
-constexpr tagGroup kCommunicate = After(kSystem, 1);
-constexpr tagGroup kLan = After(kCommunicate, 1);
-constexpr tagGroup kStateParameter = After(kLan, 1);
-constexpr tagGroup kDateParameters = After(kStateParameter, 3);
-constexpr tagGroup kTimeParameters = After(kDateParameters, 3);
-constexpr tagGroup kNameParameter = After(kTimeParameters, 1);
-constexpr tagGroup kEnd = After(kNameParameter, 0);
+constexpr Group kCommon{0, 2};
+constexpr Group kRoot = After(kCommon, 1);
+constexpr Group kSystem = After(kRoot, 3);
+constexpr Group kCommunicate = After(kSystem, 1);
+constexpr Group kLan = After(kCommunicate, 1);
+constexpr Group kStateParameter = After(kLan, 1);
+constexpr Group kDateParameters = After(kStateParameter, 3);
+constexpr Group kTimeParameters = After(kDateParameters, 3);
+constexpr Group kNameParameter = After(kTimeParameters, 1);
+constexpr Group kEnd = After(kNameParameter, 0);
 
 // Laid out in columns by hand.
 // clang-format off

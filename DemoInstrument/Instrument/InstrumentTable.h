@@ -6,7 +6,7 @@ namespace ZoVelkor::Demo
 {
 
 /// Handler indexes of the instrument's commands, as they stand in their command table.
-enum tagInstrumentHandler : std::int32_t
+enum InstrumentHandler : std::int32_t
 {
     SAVE_STATE,
     RECALL_STATE,

@@ -19,22 +19,22 @@ namespace
 
 ZO_SOURCE_UNIT("DemoInstrument/Instrument/KeptSettings")
 
-struct tagFormatName
+struct FormatName
 {
     std::string_view word;
     tagEnumFormatDataType type;
 };
-constexpr tagFormatName kFormats[] = {
+constexpr FormatName kFormats[] = {
     {"ASC", ZO_FORMAT_ASCII},
     {"REAL", ZO_FORMAT_REAL},
 };
 
-struct tagOrderName
+struct OrderName
 {
     std::string_view word;
     tagEnumFormatByteOrder order;
 };
-constexpr tagOrderName kOrders[] = {
+constexpr OrderName kOrders[] = {
     {"NORM", ZO_BYTE_ORDER_NORMAL},
     {"SWAP", ZO_BYTE_ORDER_SWAPPED},
 };
@@ -47,19 +47,19 @@ HRESULT PutDataFormat(IZOScpiSubsystemFormat& format, std::string_view text)
     long width = 0;
     const auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), width);
     const bool isNumber = fault == std::errc() && end == text.data() + text.size();
-    const auto* const row = std::ranges::find(kFormats, word, &tagFormatName::word);
+    const auto* const row = std::ranges::find(kFormats, word, &FormatName::word);
     return isNumber && row != std::end(kFormats) ? format.put_DataFormat(row->type, width) : E_INVALIDARG;
 }
 
 HRESULT PutByteOrder(IZOScpiSubsystemFormat& format, std::string_view text)
 {
-    const auto* const row = std::ranges::find(kOrders, text, &tagOrderName::word);
+    const auto* const row = std::ranges::find(kOrders, text, &OrderName::word);
     return row != std::end(kOrders) ? format.put_ByteOrder(row->order) : E_INVALIDARG;
 }
 
 } // namespace
 
-RemoteKernel::tagInstrumentIdentity ReadIdentity(const CInstrumentRegistry& registry)
+RemoteKernel::InstrumentIdentity ReadIdentity(const CInstrumentRegistry& registry)
 {
     return {registry.ReadOr(kIdentificationKey, L"Manufacturer", "Zo"),
             registry.ReadOr(kIdentificationKey, L"Model", "Demo Analyser"),
@@ -78,13 +78,13 @@ void ApplyDiagnosis(const CInstrumentRegistry& registry)
 
 void ApplyDataFormat(const CInstrumentRegistry& registry)
 {
-    CComPtr<IZOScpiSubsystemFormat> spFormat;
-    if (FAILED(ZoGetRegisteredInterface(&IID_IZOScpiSubsystemFormat, &spFormat)))
+    CComPtr<IZOScpiSubsystemFormat> format;
+    if (FAILED(ZoGetRegisteredInterface(&IID_IZOScpiSubsystemFormat, &format)))
     {
         return;
     }
-    const HRESULT dataResult = PutDataFormat(*spFormat, registry.ReadOr(kFormatKey, L"Data", "ASC,0"));
-    const HRESULT orderResult = PutByteOrder(*spFormat, registry.ReadOr(kFormatKey, L"ByteOrder", "NORM"));
+    const HRESULT dataResult = PutDataFormat(*format, registry.ReadOr(kFormatKey, L"Data", "ASC,0"));
+    const HRESULT orderResult = PutByteOrder(*format, registry.ReadOr(kFormatKey, L"ByteOrder", "NORM"));
     if (FAILED(dataResult) || FAILED(orderResult))
     {
         RepairError(

@@ -8,7 +8,7 @@ namespace ZoVelkor::Demo
 
 /// Who the instrument says it is: manufacturer, model and serial number as the registry has them, and the
 /// firmware level of this program.
-RemoteKernel::tagInstrumentIdentity ReadIdentity(const CInstrumentRegistry& registry);
+RemoteKernel::InstrumentIdentity ReadIdentity(const CInstrumentRegistry& registry);
 
 /// Turns the diagnosis switches on that the registry names, unless the environment names some.
 void ApplyDiagnosis(const CInstrumentRegistry& registry);

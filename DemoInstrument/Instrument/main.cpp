@@ -42,7 +42,7 @@ void SayReady(const CDemoInstrument& instrument)
 }
 
 /// Sets the port of LXI events from its option; false for what is none.
-bool ReadLxiPort(const std::string& text, tagDemoOptions& options)
+bool ReadLxiPort(const std::string& text, DemoOptions& options)
 {
     if (text == kNoLxi)
     {
@@ -66,7 +66,7 @@ void PrepareProcess() noexcept
     mallopt(M_MMAP_THRESHOLD, kOwnPagesFromBytes);
 }
 
-int RunInstrument(const tagDemoOptions& options)
+int RunInstrument(const DemoOptions& options)
 try
 {
     const CSignalWaiter signals;
@@ -90,18 +90,18 @@ catch (const std::exception& fault)
 // NOLINTNEXTLINE(bugprone-exception-escape): out of memory before there is an instrument, nothing is lost
 int main(int argc, char** argv)
 {
-    tagDemoOptions options;
+    DemoOptions options;
     CLI::App app("A small simulated instrument, controlled by SCPI over TCP.", "zo-demo-instrument");
     std::string profile = kAnalyzerProfile;
     app.add_option("--profile", profile, "Analyser and generator, or one command of every kind for tests")
         ->check(CLI::IsMember({kAnalyzerProfile, kConformanceProfile}))
         ->capture_default_str();
-    app.add_option("--port", options.iPort, "TCP port; 0 takes a free one")
+    app.add_option("--port", options.port, "TCP port; 0 takes a free one")
         ->check(CLI::Range(0, 65535))
         ->capture_default_str();
-    app.add_option("--bind", options.sBindAddress, "IP address to listen on; 0.0.0.0 for all")
+    app.add_option("--bind", options.bindAddress, "IP address to listen on; 0.0.0.0 for all")
         ->capture_default_str();
-    app.add_option("--registry", options.sRegistryFile, "Database file of what the instrument remembers");
+    app.add_option("--registry", options.registryFile, "Database file of what the instrument remembers");
     options.lxiPort = kDefaultLxiPort;
     app.add_option_function<std::string>(
            "--lxi-port",
@@ -122,8 +122,7 @@ int main(int argc, char** argv)
     {
         return app.exit(fault) == 0 ? EXIT_SUCCESS : kExitUsage;
     }
-    options.eProfile =
-        profile == kConformanceProfile ? tagDemoProfile::Conformance : tagDemoProfile::Analyzer;
+    options.profile = profile == kConformanceProfile ? DemoProfile::Conformance : DemoProfile::Analyzer;
     PrepareProcess();
     return RunInstrument(options);
 }

@@ -7,7 +7,7 @@ namespace ZoVelkor::Demo
 {
 
 CLxiApplication::CLxiApplication(CSweepEngine& sweeps,
-                                 const std::optional<RemoteKernel::tagLxiEndpointSettings>& settings)
+                                 const std::optional<RemoteKernel::LxiEndpointSettings>& settings)
     : m_trigger(sweeps, settings),
       m_registration(
           CLxiCommands::kApplicationName,

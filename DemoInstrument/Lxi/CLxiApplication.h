@@ -14,8 +14,7 @@ public:
     /// @param sweeps    of the analyser; borrowed
     /// @param settings  null: the instrument has no LXI, and its commands say so
     /// @throws CShellError when remote control is missing or refuses the application
-    CLxiApplication(CSweepEngine& sweeps,
-                    const std::optional<RemoteKernel::tagLxiEndpointSettings>& settings);
+    CLxiApplication(CSweepEngine& sweeps, const std::optional<RemoteKernel::LxiEndpointSettings>& settings);
 
     CLxiTrigger& Trigger() { return m_trigger; }
 

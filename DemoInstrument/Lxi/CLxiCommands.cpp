@@ -29,10 +29,10 @@ CLxiTime After(const CLxiTime& time, double seconds)
 
 } // namespace
 
-std::span<const tagHandlerRow<CLxiCommands>> CLxiCommands::Handlers()
+std::span<const HandlerRow<CLxiCommands>> CLxiCommands::Handlers()
 {
     using Self = CLxiCommands;
-    static constexpr tagHandlerRow<Self> kRows[] = {
+    static constexpr HandlerRow<Self> kRows[] = {
         {LXI_LAN_ENABLED, &Self::Enabled},
         {LXI_LAN_DELAY, &Self::Delay},
         {LXI_IDENTIFY, &Self::Identify},
@@ -49,33 +49,33 @@ std::span<const tagHandlerRow<CLxiCommands>> CLxiCommands::Handlers()
 HRESULT CLxiCommands::Enabled(Record& record)
 {
     const long lan = HeaderSuffix(record);
-    tagLanSettings settings = m_trigger.Get(lan);
-    const HRESULT hr = HandleBoolean(record, settings.bEnabled);
-    if (hr == S_OK)
+    LanSettings settings = m_trigger.Get(lan);
+    const HRESULT result = HandleBoolean(record, settings.enabled);
+    if (result == S_OK)
     {
         m_trigger.Put(lan, settings);
     }
-    return hr;
+    return result;
 }
 
 HRESULT CLxiCommands::Delay(Pool& pool)
 {
     const long lan = HeaderSuffix(pool);
-    tagLanSettings settings = m_trigger.Get(lan);
-    const HRESULT hr = HandleNumber(pool, kDelayS, settings.delayS);
-    if (hr == S_OK)
+    LanSettings settings = m_trigger.Get(lan);
+    const HRESULT result = HandleNumber(pool, kDelayS, settings.delayS);
+    if (result == S_OK)
     {
         m_trigger.Put(lan, settings);
     }
-    return hr;
+    return result;
 }
 
 HRESULT CLxiCommands::Identify(Record& record)
 {
     bool on = m_trigger.IsIdentified();
-    const HRESULT hr = HandleBoolean(record, on);
+    const HRESULT result = HandleBoolean(record, on);
     m_trigger.Identify(on);
-    return hr;
+    return result;
 }
 
 HRESULT CLxiCommands::Send(Record& record)
@@ -93,9 +93,9 @@ HRESULT CLxiCommands::Send(Record& record)
     {
         return record.SetScpiErrorEx(kScpiHardwareMissing, "no LXI");
     }
-    const HRESULT hr =
+    const HRESULT result =
         m_trigger.Endpoint().SendEvent(HeaderSuffix(record), After(RemoteKernel::LxiNow(), leadS));
-    return SUCCEEDED(hr) ? S_OK : record.SetScpiExecutionError("the network refuses the event");
+    return SUCCEEDED(result) ? S_OK : record.SetScpiExecutionError("the network refuses the event");
 }
 
 HRESULT CLxiCommands::LogAll(Record& record)

@@ -23,7 +23,7 @@ public:
     /// Static data.
     static std::span<const _CMD_SET_RECORD> Table();
     /// The handlers in the order of the table's handler indexes.
-    static std::span<const tagHandlerRow<CLxiCommands>> Handlers();
+    static std::span<const HandlerRow<CLxiCommands>> Handlers();
 
 private:
     using Record = CCommandExecutionData;

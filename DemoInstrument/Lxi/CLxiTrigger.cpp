@@ -34,9 +34,9 @@ std::optional<Clock::time_point> LocalTime(const CLxiTime& time)
 } // namespace
 
 CLxiTrigger::CLxiTrigger(CSweepEngine& sweeps,
-                         const std::optional<RemoteKernel::tagLxiEndpointSettings>& settings)
+                         const std::optional<RemoteKernel::LxiEndpointSettings>& settings)
     : m_sweeps(sweeps),
-      m_endpoint(settings.value_or(RemoteKernel::tagLxiEndpointSettings{}))
+      m_endpoint(settings.value_or(RemoteKernel::LxiEndpointSettings{}))
 {
     if (!settings)
     {
@@ -49,11 +49,11 @@ CLxiTrigger::CLxiTrigger(CSweepEngine& sweeps,
     try
     {
         m_endpoint.Start();
-        m_bOn = true;
+        m_on = true;
     }
     catch (const std::exception& fault)
     {
-        m_sFault = fault.what();
+        m_fault = fault.what();
     }
 }
 
@@ -68,22 +68,22 @@ void CLxiTrigger::Reset()
     m_lan = {};
 }
 
-tagLanSettings CLxiTrigger::Get(long lan) const
+LanSettings CLxiTrigger::Get(long lan) const
 {
     const CCritSectionLocker locker(m_section);
     return m_lan.at(static_cast<std::size_t>(lan));
 }
 
-void CLxiTrigger::Put(long lan, const tagLanSettings& settings)
+void CLxiTrigger::Put(long lan, const LanSettings& settings)
 {
     const CCritSectionLocker locker(m_section);
     m_lan.at(static_cast<std::size_t>(lan)) = settings;
 }
 
-void CLxiTrigger::OnLxiEvent(const RemoteKernel::tagLxiEvent& event)
+void CLxiTrigger::OnLxiEvent(const RemoteKernel::LxiEvent& event)
 {
-    const tagLanSettings lan = Get(event.event);
-    if (!lan.bEnabled)
+    const LanSettings lan = Get(event.event);
+    if (!lan.enabled)
     {
         return;
     }

@@ -12,24 +12,24 @@ namespace
 {
 
 // The groups, in the order of the table below.
-constexpr tagGroup kRoot{0, 2};
-constexpr tagGroup kTrigger = After(kRoot, 1);
-constexpr tagGroup kSequence = After(kTrigger, 1);
-constexpr tagGroup kTriggerLxi = After(kSequence, 1);
-constexpr tagGroup kTriggerLan = After(kTriggerLxi, 1);
-constexpr tagGroup kSet = After(kTriggerLan, 2);
-constexpr tagGroup kLxi = After(kSet, 3);
-constexpr tagGroup kIdentify = After(kLxi, 1);
-constexpr tagGroup kEvent = After(kIdentify, 2);
-constexpr tagGroup kEventLan = After(kEvent, 1);
-constexpr tagGroup kLog = After(kEventLan, 3);
-constexpr tagGroup kError = After(kLog, 1);
-constexpr tagGroup kBooleanParameter = After(kError, 1);
-constexpr tagGroup kDelayParameter = After(kBooleanParameter, 1);
-constexpr tagGroup kLeadParameter = After(kDelayParameter, 1);
-constexpr tagGroup kSecond = After(kLeadParameter, 1);
-constexpr tagGroup kSuffixes = After(kSecond, 2);
-constexpr tagGroup kEnd = After(kSuffixes, 0);
+constexpr Group kRoot{0, 2};
+constexpr Group kTrigger = After(kRoot, 1);
+constexpr Group kSequence = After(kTrigger, 1);
+constexpr Group kTriggerLxi = After(kSequence, 1);
+constexpr Group kTriggerLan = After(kTriggerLxi, 1);
+constexpr Group kSet = After(kTriggerLan, 2);
+constexpr Group kLxi = After(kSet, 3);
+constexpr Group kIdentify = After(kLxi, 1);
+constexpr Group kEvent = After(kIdentify, 2);
+constexpr Group kEventLan = After(kEvent, 1);
+constexpr Group kLog = After(kEventLan, 3);
+constexpr Group kError = After(kLog, 1);
+constexpr Group kBooleanParameter = After(kError, 1);
+constexpr Group kDelayParameter = After(kBooleanParameter, 1);
+constexpr Group kLeadParameter = After(kDelayParameter, 1);
+constexpr Group kSecond = After(kLeadParameter, 1);
+constexpr Group kSuffixes = After(kSecond, 2);
+constexpr Group kEnd = After(kSuffixes, 0);
 
 /// A number, MIN, MAX or DEF; a delay has no steps.
 constexpr std::uint32_t DELAY = ARG_SFLOAT | LIMITS;

@@ -6,7 +6,7 @@ namespace ZoVelkor::Demo
 {
 
 /// Handler indexes of the LXI commands, as they stand in their command table.
-enum tagLxiHandler : std::int32_t
+enum LxiHandler : std::int32_t
 {
     LXI_LAN_ENABLED,
     LXI_LAN_DELAY,

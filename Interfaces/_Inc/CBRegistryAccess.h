@@ -32,7 +32,7 @@ public:
     /// Reads the text through the interface.
     HRESULT ReadGuid(long key, wchar_t* name, GUID* value) override;
     /// Writes the text through the interface.
-    HRESULT WriteGuid(long key, wchar_t* name, GUID const* value) override;
+    HRESULT WriteGuid(long key, wchar_t* name, const GUID* value) override;
     HRESULT RegQueryValue(long key, wchar_t* name, long* type, long* size, unsigned char* data) override;
     HRESULT RegSetValue(long key, wchar_t* name, long type, long size, unsigned char* data) override;
     HRESULT RegQueryInfoKey(long key,
@@ -63,8 +63,8 @@ public:
 
     /// Gives the lock under which notifications are registered.
     ///
-    /// @param pLock  borrowed; outlives the object. Null, as at the beginning: no lock
-    void SetLock(CCritSection* pLock) noexcept { m_pLock = pLock; }
+    /// @param lock  borrowed; outlives the object. Null, as at the beginning: no lock
+    void SetLock(CCritSection* lock) noexcept { m_lock = lock; }
 
 protected:
     // These stand before the destructor, so that they take the slots that follow the interface.
@@ -82,7 +82,7 @@ protected:
     ~CBRegistryAccess() override = default;
 
 private:
-    CCritSection* m_pLock = nullptr;
+    CCritSection* m_lock = nullptr;
 };
 
 } // namespace ZoVelkor

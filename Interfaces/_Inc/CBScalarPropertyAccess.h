@@ -63,8 +63,8 @@ public:
         HRESULT Assign(const VARIANT& value, tagConversion conversion);
 
         VARIANT m_value; ///< VT_BYREF with the address of the variable
-        LONG m_iDispId;
-        CAtlStringA m_sName;
+        LONG m_dispId;
+        CAtlStringA m_name;
     };
 
     CBScalarPropertyAccess() = default;

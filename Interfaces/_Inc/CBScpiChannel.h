@@ -181,7 +181,7 @@ private:
     HANDLE m_deviceClear ZO_GUARDED_BY(m_lock) = 0;
     HANDLE m_shutdown ZO_GUARDED_BY(m_lock) = 0;
     tagZO_SCPI_CHANNEL_STATUS m_status ZO_GUARDED_BY(m_lock){};
-    CComPtr<IZOScpiChannelServiceProvider> m_spServiceProvider ZO_GUARDED_BY(m_lock);
+    CComPtr<IZOScpiChannelServiceProvider> m_serviceProvider ZO_GUARDED_BY(m_lock);
     CSmartScpiChannelInfo m_properties ZO_GUARDED_BY(m_lock);
     long m_iRemotePath ZO_GUARDED_BY(m_lock) = -1;
 };

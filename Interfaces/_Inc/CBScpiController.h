@@ -183,7 +183,7 @@ private:
 
     tagErrorReport NullReport(const char* condition, int line) const;
     HRESULT CheckPointers(Pointers pointers, int line) const;
-    void RaiseUnlessOk(HRESULT hResult, const char* message, int line = __builtin_LINE()) const;
+    void RaiseUnlessOk(HRESULT result, const char* message, int line = __builtin_LINE()) const;
     void CopySettings(const CBScpiController& other);
     void ClearLastError() noexcept;
     void PrepareEvents() noexcept;
@@ -191,7 +191,7 @@ private:
     HRESULT Acknowledge() noexcept;
     HRESULT FetchData(unsigned char* buffer, long room, long* length);
 
-    HRESULT FailFile(const wchar_t* text, HRESULT hResult = S_FALSE) noexcept;
+    HRESULT FailFile(const wchar_t* text, HRESULT result = S_FALSE) noexcept;
     void AddErrnoToErrorInfo() noexcept;
     HRESULT OpenFile(const wchar_t* fileName, int flags, int* descriptor);
     HRESULT ReceiveFile(const wchar_t* fileName, long count, long* got, short* end);
@@ -199,18 +199,18 @@ private:
     HRESULT SendFile(const wchar_t* fileName, long count, short end, long* sent);
     HRESULT SendChunks(int descriptor, unsigned char* buffer, long count, short end, long* sent);
 
-    long m_iTimeoutMs = 60000;
-    Callback m_spInterrupt; ///< through std::atomic_load and std::atomic_store only
+    long m_timeoutMs = 60000;
+    Callback m_interrupt; ///< through std::atomic_load and std::atomic_store only
     std::atomic<short> m_vtbInterruptActive = VARIANT_FALSE;
     CUniqueEvent m_abortEvent{CreateEvent(TRUE, FALSE)};
     CUniqueEvent m_doneEvent{CreateEvent(TRUE, FALSE)};
     CUniqueEvent m_errorEvent{CreateEvent(TRUE, FALSE)};
     CUniqueEvent m_interruptEvent{CreateEvent(TRUE, FALSE)};
-    std::atomic<char> m_cStatusByte = 0;
-    std::atomic<bool> m_bEnd = false;
-    std::atomic<bool> m_bSecondReadFlag = false;
-    std::atomic<long> m_iReadLength = 0;
-    Text m_spLastError; ///< as m_spInterrupt, because Abort clears it from any thread
+    std::atomic<char> m_statusByte = 0;
+    std::atomic<bool> m_end = false;
+    std::atomic<bool> m_secondReadFlag = false;
+    std::atomic<long> m_readLength = 0;
+    Text m_lastError; ///< as m_interrupt, because Abort clears it from any thread
 };
 
 } // namespace ZoVelkor

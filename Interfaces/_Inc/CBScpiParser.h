@@ -21,8 +21,8 @@ namespace ZoVelkor
 class ZO_EXPORT CBScpiParser : public IZOScpiParser
 {
 public:
-    /// @param pDeviceHandler  counted; null: the parser's own IZOScpiDeviceHandler, if it has one
-    explicit CBScpiParser(IZOScpiDeviceHandler* pDeviceHandler = nullptr);
+    /// @param deviceHandler  counted; null: the parser's own IZOScpiDeviceHandler, if it has one
+    explicit CBScpiParser(IZOScpiDeviceHandler* deviceHandler = nullptr);
 
     /// @param sink  counted, unless it belongs to the same object as the parser
     /// @return S_OK; E_POINTER; E_INVALIDARG, reported, for a tree that is empty or not made of whole
@@ -50,14 +50,14 @@ protected:
 private:
     HRESULT CheckTree(const wchar_t* name, const tagZO_SCPI_PARSER_TREE& transfer) const;
 
-    CComBSTR m_bsName;
-    tagZO_SCPI_PARSER_TYPE m_eType = ZO_PARSER_TYPE_INSTRUMENT;
+    CComBSTR m_name;
+    tagZO_SCPI_PARSER_TYPE m_type = ZO_PARSER_TYPE_INSTRUMENT;
     VARIANT_BOOL m_vtbActivated = VARIANT_FALSE;
     std::vector<_CMD_SET_RECORD> m_records;
     tagZO_SCPI_PARSER_TREE m_tree{};
-    IZOScpiExecutionSink* m_pSink = nullptr;
-    CComPtr<IZOScpiExecutionSink> m_spForeignSink; // m_pSink, when another object is to be kept alive
-    CComPtr<IZOScpiDeviceHandler> m_spDeviceHandler;
+    IZOScpiExecutionSink* m_sink = nullptr;
+    CComPtr<IZOScpiExecutionSink> m_foreignSink; // m_sink, when another object is to be kept alive
+    CComPtr<IZOScpiDeviceHandler> m_deviceHandler;
 };
 
 } // namespace ZoVelkor

@@ -133,7 +133,7 @@ private:
     RegisterWord m_presetEnable ZO_GUARDED_BY(m_lock) = 0;
     RegisterWord m_presetNegTrans ZO_GUARDED_BY(m_lock) = 0;
     RegisterWord m_presetPosTrans ZO_GUARDED_BY(m_lock) = 0xFFFF;
-    CComPtr<IZOScpiStatusRegister> m_spParent ZO_GUARDED_BY(m_lock);
+    CComPtr<IZOScpiStatusRegister> m_parent ZO_GUARDED_BY(m_lock);
     RegisterWord m_parentMask ZO_GUARDED_BY(m_lock) = 0;
     short m_parentUpdate ZO_GUARDED_BY(m_lock) = VARIANT_TRUE;
     RegisterWord m_condition ZO_GUARDED_BY(m_lock) = 0;

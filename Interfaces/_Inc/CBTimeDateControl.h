@@ -38,7 +38,7 @@ protected:
     /// Sets the clock.
     ///
     /// @return S_OK; S_FALSE for a refusal; E_NOTIMPL here
-    virtual HRESULT DoSetTimeDate(tagTimeStruct const& Time, tagDateStruct const& Date);
+    virtual HRESULT DoSetTimeDate(const tagTimeStruct& Time, const tagDateStruct& Date);
     /// @param pTime  may be null; left alone here
     /// @return S_OK
     virtual HRESULT DoGetTimeZone(tagTimeStruct* pTime);

@@ -91,7 +91,7 @@ public:
             [=, this] { return TBase::ReadGuid(key, name, value); });
     }
 
-    HRESULT WriteGuid(long key, wchar_t* name, GUID const* value) override
+    HRESULT WriteGuid(long key, wchar_t* name, const GUID* value) override
     {
         return Enter(
             "WriteGuid",
@@ -260,9 +260,9 @@ private:
             {
                 checks.Pointer(sink, "pIZONotificationSink", "pIZONotificationSink != NULL");
             }
-            const HRESULT hResult = call();
-            checks.Result(hResult);
-            return hResult;
+            const HRESULT result = call();
+            checks.Result(result);
+            return result;
         });
     }
 };

@@ -133,13 +133,13 @@ private:
             {
                 checkArguments(checks);
             }
-            const HRESULT hResult = CallGuarded(checks, call);
-            checks.Result(hResult);
+            const HRESULT result = CallGuarded(checks, call);
+            checks.Result(result);
             if (isChecking)
             {
                 checkReturned(checks);
             }
-            return hResult;
+            return result;
         });
     }
 

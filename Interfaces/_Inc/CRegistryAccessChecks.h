@@ -43,7 +43,7 @@ public:
     void Buffer(const long* size, const unsigned char* data, int line = __builtin_LINE()) const;
 
     /// @throws CShellError with that result when it is none that a registration gives: S_OK, S_FALSE, E_FAIL
-    void Result(HRESULT hResult, int line = __builtin_LINE()) const;
+    void Result(HRESULT result, int line = __builtin_LINE()) const;
 
 private:
     [[noreturn]] void Raise(const char* condition, const char* message, HRESULT result, int line) const;

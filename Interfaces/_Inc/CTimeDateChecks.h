@@ -35,7 +35,7 @@ public:
     void Returned(const tagDateStruct& Date, int line = __builtin_LINE()) const;
 
     /// @throws CShellError with that result when it is neither S_OK nor S_FALSE
-    void Result(HRESULT hResult, int line = __builtin_LINE()) const;
+    void Result(HRESULT result, int line = __builtin_LINE()) const;
 
     /// Raises what stands for an exception that came out of the base layer.
     /// @throws CShellError with ZO_E_SHELL

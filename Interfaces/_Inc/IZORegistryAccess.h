@@ -71,7 +71,7 @@ struct IZORegistryAccess : IUnknown
     /// Writes a GUID as text in braces.
     ///
     /// @return E_POINTER; E_OUTOFMEMORY
-    virtual HRESULT WriteGuid(long key, wchar_t* name, GUID const* value) = 0;
+    virtual HRESULT WriteGuid(long key, wchar_t* name, const GUID* value) = 0;
 
     /// Reads any value, as RegQueryValueEx.
     ///

@@ -21,7 +21,7 @@ struct IZOScpiErrorManagement : IUnknown
     /// @param detail  device-dependent text that follows the standard text after a semicolon; may be null or
     /// empty
     /// @return S_OK; S_FALSE for code 0; E_INVALIDARG when there is no such remote path
-    virtual HRESULT SetError(long remotePath, short code, wchar_t const* detail) = 0;
+    virtual HRESULT SetError(long remotePath, short code, const wchar_t* detail) = 0;
 
     /// Takes the oldest error out of the queue.
     ///

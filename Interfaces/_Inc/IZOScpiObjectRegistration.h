@@ -12,7 +12,7 @@ namespace ZoVelkor
 /// Pointers are lent for the call; the kernel takes its own references and copies.
 struct tagZO_SCPI_PARSER_OBJECT
 {
-    wchar_t const* bsName;        ///< for messages and listings
+    const wchar_t* bsName;        ///< for messages and listings
     tagZO_SCPI_PARSER_TYPE eType; ///< shown in listings
     IZOScpiParser* pParser;       ///< has the command tree, its execution sink and the device handler
     GUID m_guidObjectId;          ///< names the object; new for each registration
@@ -30,7 +30,7 @@ struct IZOScpiObjectRegistration : IUnknown
     /// @return S_OK; E_POINTER; E_INVALIDARG, with an error report that says why, for a table that is
     /// damaged, an
     ///         empty one, or an identity that is registered already
-    virtual HRESULT RegisterObject(tagZO_SCPI_PARSER_OBJECT const* object) = 0;
+    virtual HRESULT RegisterObject(const tagZO_SCPI_PARSER_OBJECT* object) = 0;
 
     /// Takes the object out; when the call returns no handler of the object is running or will run.
     ///

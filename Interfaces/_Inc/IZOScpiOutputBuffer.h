@@ -22,10 +22,10 @@ struct IZOScpiOutputBuffer : IUnknown
     /// @param[out] error  may be null; set to null on success, on failure to a new BSTR that the caller frees
     /// @return S_OK; E_POINTER; E_OUTOFMEMORY; E_ABORT when the response was cancelled (device clear, broken
     ///         connection); E_FAIL when the response is longer than the kernel's limit
-    virtual HRESULT Write(unsigned long length, char const* text, wchar_t** error) = 0;
+    virtual HRESULT Write(unsigned long length, const char* text, wchar_t** error) = 0;
 
     /// Appends bytes of any value, such as the contents of a block; otherwise as Write.
-    virtual HRESULT WriteBinary(unsigned long length, unsigned char const* data, wchar_t** error) = 0;
+    virtual HRESULT WriteBinary(unsigned long length, const unsigned char* data, wchar_t** error) = 0;
 
 protected:
     ~IZOScpiOutputBuffer() = default;

@@ -17,12 +17,12 @@ struct IZOScpiParserLanguage : IUnknown
     virtual HRESULT get_Language(wchar_t** name) = 0;
     /// @param name  "SCPI", in any case
     /// @return S_OK; E_POINTER; E_INVALIDARG for a language that this kernel does not have
-    virtual HRESULT put_Language(wchar_t const* name) = 0;
+    virtual HRESULT put_Language(const wchar_t* name) = 0;
     /// @param[out] version  year and version of the standard as SYSTem:VERSion? answers it
     virtual HRESULT get_LanguageVersion(wchar_t** version) = 0;
     /// @param header  a command header as a program message has it, without arguments
     /// @param[out] known  VARIANT_TRUE when a command of the kernel or of an application has this header
-    virtual HRESULT IsHeaderKnown(wchar_t const* header, short* known) = 0;
+    virtual HRESULT IsHeaderKnown(const wchar_t* header, short* known) = 0;
 
 protected:
     ~IZOScpiParserLanguage() = default;

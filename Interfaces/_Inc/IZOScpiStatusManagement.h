@@ -26,7 +26,7 @@ struct IZOScpiStatusManagement : IUnknown
     /// @return S_OK; S_FALSE when there is no such register; E_POINTER; E_INVALIDARG for an unknown remote
     /// path
     virtual HRESULT
-    GetRegister(long remotePath, wchar_t const* name, IZOScpiStatusRegister** statusRegister) = 0;
+    GetRegister(long remotePath, const wchar_t* name, IZOScpiStatusRegister** statusRegister) = 0;
 
     /// Serial poll: the status byte of the path with RQS in bit 6, which ends the request for service
     /// (IEEE 488.2 section 11.2.2.1).

@@ -55,20 +55,20 @@ struct IZOScpiSubsystemFormat : IUnknown
     /// @param type  ZO_FORMAT_DEFAULT, ASCII, HEX, OCTAL or BINARY
     /// @param width  see tagEnumFormatDataType
     /// @return E_POINTER; E_INVALIDARG for another type or a width out of range; DISP_E_TYPEMISMATCH
-    virtual HRESULT NumericVariant(VARIANT const* value, tagEnumFormatDataType type, long width) = 0;
+    virtual HRESULT NumericVariant(const VARIANT* value, tagEnumFormatDataType type, long width) = 0;
 
     /// Writes numeric text that is well formed already.
-    virtual HRESULT NumericText(unsigned long length, char const* text) = 0;
+    virtual HRESULT NumericText(unsigned long length, const char* text) = 0;
 
     /// Writes a string in double quotes; quotes inside are doubled (IEEE 488.2 section 8.7.8).
-    virtual HRESULT StringText(unsigned long length, char const* text) = 0;
+    virtual HRESULT StringText(unsigned long length, const char* text) = 0;
 
     /// Writes data in the data format of the path: text items with separators, or one definite-length block.
     ///
     /// @param data  a scalar or a one-dimensional array of scalars or strings
     /// @param separator  VARIANT_TRUE: a data separator goes first
     /// @return E_POINTER; E_INVALIDARG; DISP_E_TYPEMISMATCH
-    virtual HRESULT OutputData(VARIANT const* data,
+    virtual HRESULT OutputData(const VARIANT* data,
                                tagEnumFormatDataInterpretation interpretation,
                                VARIANT_BOOL separator) = 0;
 
@@ -78,12 +78,12 @@ struct IZOScpiSubsystemFormat : IUnknown
     ///
     /// @return E_INVALIDARG also when the lengths differ
     virtual HRESULT OutputScatteredData(unsigned long count,
-                                        VARIANT const* const* data,
-                                        tagEnumFormatDataInterpretation const* interpretations,
+                                        const VARIANT* const* data,
+                                        const tagEnumFormatDataInterpretation* interpretations,
                                         VARIANT_BOOL separator) = 0;
 
     /// Writes numbers in the data format of the path, without a leading separator; the fast way for traces.
-    virtual HRESULT OutputDoubles(double const* values, unsigned long count) = 0;
+    virtual HRESULT OutputDoubles(const double* values, unsigned long count) = 0;
 
     /// Reads the data format of the path.
     virtual HRESULT get_DataFormat(tagEnumFormatDataType* type, long* width) = 0;

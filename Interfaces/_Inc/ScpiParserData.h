@@ -16,14 +16,14 @@ struct IZOScpiOutputBuffer;
 /// copies no data.
 struct tagZO_SCPI_PARSER_DATA
 {
-    IUnknown* m_pContext = nullptr; ///< gives IZOScpiManager; may be null
+    IUnknown* m_context = nullptr; ///< gives IZOScpiManager; may be null
     std::int32_t m_iRemotePath = -1;
-    std::uint32_t m_iCommand = 0; ///< handler index from the command table
-    bool m_bQuery = false;
-    std::int32_t m_iArgumentCount = 0;
-    long const* m_pNumericSuffixes = nullptr; ///< values of 32 bits; one per header node that takes a suffix
-    tagZO_SCPI_PARAMETER const* m_pArguments = nullptr; ///< null when there are none
-    wchar_t const* m_bsHeader = nullptr;                ///< long form of the command
+    std::uint32_t m_command = 0; ///< handler index from the command table
+    bool m_query = false;
+    std::int32_t m_argumentCount = 0;
+    const long* m_numericSuffixes = nullptr; ///< values of 32 bits; one per header node that takes a suffix
+    const tagZO_SCPI_PARAMETER* m_pArguments = nullptr; ///< null when there are none
+    const wchar_t* m_header = nullptr;                  ///< long form of the command
     IZOScpiOutputBuffer* m_pOutputBuffer = nullptr;     ///< receives the response
 };
 
@@ -34,10 +34,10 @@ inline tagZO_SCPI_PARSER_DATA MakeScpiParserData(IUnknown* context,
                                                  long remotePath,
                                                  unsigned long command,
                                                  short isQuery,
-                                                 long const* numericSuffixes,
+                                                 const long* numericSuffixes,
                                                  unsigned long argumentCount,
-                                                 tagZO_SCPI_PARAMETER const* arguments,
-                                                 wchar_t const* header,
+                                                 const tagZO_SCPI_PARAMETER* arguments,
+                                                 const wchar_t* header,
                                                  IZOScpiOutputBuffer* output) noexcept
 {
     return {context,

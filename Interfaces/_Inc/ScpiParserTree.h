@@ -14,7 +14,7 @@ namespace ZoVelkor
 struct tagZO_SCPI_PARSER_TREE
 {
     std::uint32_t iSize;           ///< of the table, in bytes
-    _CMD_SET_RECORD const* pTable; ///< first record of the table; as wide as an address
+    const _CMD_SET_RECORD* pTable; ///< first record of the table; as wide as an address
 };
 
 static_assert(offsetof(tagZO_SCPI_PARSER_TREE, iSize) == 0);

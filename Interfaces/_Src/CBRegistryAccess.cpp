@@ -253,16 +253,16 @@ HRESULT CBRegistryAccess::WriteLong(long key, wchar_t* name, long value)
 HRESULT CBRegistryAccess::ReadGuid(long key, wchar_t* name, GUID* value)
 {
     CComBSTR text;
-    const HRESULT hr = ReadString(key, name, &text);
-    return hr == S_OK ? CLSIDFromString(text, value) : hr;
+    const HRESULT result = ReadString(key, name, &text);
+    return result == S_OK ? CLSIDFromString(text, value) : result;
 }
 
-HRESULT CBRegistryAccess::WriteGuid(long key, wchar_t* name, GUID const* value)
+HRESULT CBRegistryAccess::WriteGuid(long key, wchar_t* name, const GUID* value)
 {
     wchar_t* text = nullptr;
-    const HRESULT hr = StringFromCLSID(*value, &text);
+    const HRESULT result = StringFromCLSID(*value, &text);
     const CUniqueTaskText owner(text);
-    return hr == S_OK ? WriteString(key, name, text) : hr;
+    return result == S_OK ? WriteString(key, name, text) : result;
 }
 
 HRESULT
@@ -336,11 +336,11 @@ HRESULT CBRegistryAccess::RegEnumValue(
         return kInvalidParameter;
     }
     long longestName = 0;
-    const HRESULT hr =
+    const HRESULT result =
         CBRegistryAccess::RegQueryInfoKey(key, nullptr, nullptr, nullptr, &longestName, nullptr);
-    if (hr != S_OK)
+    if (result != S_OK)
     {
-        return hr;
+        return result;
     }
     auto nameLength = static_cast<DWORD>(longestName + 1);
     std::wstring text(nameLength, L'\0');
@@ -420,13 +420,13 @@ HRESULT CBRegistryAccess::RegisterNotificationRegKey(IZONotificationSink* sink,
                                                      short flag,
                                                      unsigned long filter)
 {
-    const COptionalLocker locker(m_pLock);
+    const COptionalLocker locker(m_lock);
     return DoRegisterNotificationRegKey(sink, key, subKey, secondKey, valueName, flag, filter);
 }
 
 HRESULT CBRegistryAccess::UnregisterNotificationRegKey(IZONotificationSink* sink)
 {
-    const COptionalLocker locker(m_pLock);
+    const COptionalLocker locker(m_lock);
     return DoUnregisterNotificationRegKey(sink);
 }
 

@@ -24,61 +24,61 @@ ZO_SOURCE_UNIT("Interfaces/_Src/CBScalarPropertyAccess")
 
 constexpr long kUnknownDispId = -1;
 
-struct tagStoredType
+struct StoredType
 {
     VARTYPE type;
     std::size_t size; ///< bytes
 };
 
-constexpr tagStoredType kStoredTypes[] = {{VT_EMPTY, 0},
-                                          {VT_NULL, 0},
-                                          {VT_I1, 1},
-                                          {VT_UI1, 1},
-                                          {VT_I2, 2},
-                                          {VT_BOOL, 2},
-                                          {VT_UI2, 2},
-                                          {VT_I4, 4},
-                                          {VT_R4, 4},
-                                          {VT_UI4, 4},
-                                          {VT_INT, 4},
-                                          {VT_UINT, 4},
-                                          {VT_R8, 8},
-                                          {VT_BSTR, sizeof(BSTR)}};
+constexpr StoredType kStoredTypes[] = {{VT_EMPTY, 0},
+                                       {VT_NULL, 0},
+                                       {VT_I1, 1},
+                                       {VT_UI1, 1},
+                                       {VT_I2, 2},
+                                       {VT_BOOL, 2},
+                                       {VT_UI2, 2},
+                                       {VT_I4, 4},
+                                       {VT_R4, 4},
+                                       {VT_UI4, 4},
+                                       {VT_INT, 4},
+                                       {VT_UINT, 4},
+                                       {VT_R8, 8},
+                                       {VT_BSTR, sizeof(BSTR)}};
 
-struct tagNamedType
+struct NamedType
 {
     VARTYPE type;
     const char* name;
 };
 
-constexpr tagNamedType kUnsupportedTypes[] = {{VT_CY, "VT_CY"},
-                                              {VT_DATE, "VT_DATE"},
-                                              {VT_ERROR, "VT_ERROR"},
-                                              {VT_VARIANT, "VT_VARIANT"},
-                                              {VT_I8, "VT_I8"},
-                                              {VT_UI8, "VT_UI8"},
-                                              {VT_VOID, "VT_VOID"},
-                                              {VT_HRESULT, "VT_HRESULT"},
-                                              {VT_PTR, "VT_PTR"},
-                                              {VT_SAFEARRAY, "VT_SAFEARRAY"},
-                                              {VT_CARRAY, "VT_CARRAY"},
-                                              {VT_USERDEFINED, "VT_USERDEFINED"},
-                                              {VT_LPSTR, "VT_LPSTR"},
-                                              {VT_LPWSTR, "VT_LPWSTR"},
-                                              {VT_RECORD, "VT_RECORD"},
-                                              {VT_INT_PTR, "VT_INT_PTR"},
-                                              {VT_UINT_PTR, "VT_UINT_PTR"},
-                                              {VT_FILETIME, "VT_FILETIME"},
-                                              {VT_BLOB, "VT_BLOB"},
-                                              {VT_STREAM, "VT_STREAM"},
-                                              {VT_STORAGE, "VT_STORAGE"},
-                                              {VT_STREAMED_OBJECT, "VT_STREAMED_OBJECT"},
-                                              {VT_STORED_OBJECT, "VT_STORED_OBJECT"},
-                                              {VT_BLOB_OBJECT, "VT_BLOB_OBJECT"},
-                                              {VT_CF, "VT_CF"},
-                                              {VT_CLSID, "VT_CLSID"},
-                                              {VT_VERSIONED_STREAM, "VT_VERSIONED_STREAM"},
-                                              {VT_VECTOR, "VT_VECTOR"}};
+constexpr NamedType kUnsupportedTypes[] = {{VT_CY, "VT_CY"},
+                                           {VT_DATE, "VT_DATE"},
+                                           {VT_ERROR, "VT_ERROR"},
+                                           {VT_VARIANT, "VT_VARIANT"},
+                                           {VT_I8, "VT_I8"},
+                                           {VT_UI8, "VT_UI8"},
+                                           {VT_VOID, "VT_VOID"},
+                                           {VT_HRESULT, "VT_HRESULT"},
+                                           {VT_PTR, "VT_PTR"},
+                                           {VT_SAFEARRAY, "VT_SAFEARRAY"},
+                                           {VT_CARRAY, "VT_CARRAY"},
+                                           {VT_USERDEFINED, "VT_USERDEFINED"},
+                                           {VT_LPSTR, "VT_LPSTR"},
+                                           {VT_LPWSTR, "VT_LPWSTR"},
+                                           {VT_RECORD, "VT_RECORD"},
+                                           {VT_INT_PTR, "VT_INT_PTR"},
+                                           {VT_UINT_PTR, "VT_UINT_PTR"},
+                                           {VT_FILETIME, "VT_FILETIME"},
+                                           {VT_BLOB, "VT_BLOB"},
+                                           {VT_STREAM, "VT_STREAM"},
+                                           {VT_STORAGE, "VT_STORAGE"},
+                                           {VT_STREAMED_OBJECT, "VT_STREAMED_OBJECT"},
+                                           {VT_STORED_OBJECT, "VT_STORED_OBJECT"},
+                                           {VT_BLOB_OBJECT, "VT_BLOB_OBJECT"},
+                                           {VT_CF, "VT_CF"},
+                                           {VT_CLSID, "VT_CLSID"},
+                                           {VT_VERSIONED_STREAM, "VT_VERSIONED_STREAM"},
+                                           {VT_VECTOR, "VT_VECTOR"}};
 
 template <class TRow, std::size_t count>
 const TRow* RowOf(const TRow (&rows)[count], VARTYPE type) noexcept
@@ -90,9 +90,9 @@ const TRow* RowOf(const TRow (&rows)[count], VARTYPE type) noexcept
 
 std::string UnsupportedTypeMessage(VARTYPE type)
 {
-    const tagNamedType* const pRow = RowOf(kUnsupportedTypes, type);
+    const NamedType* const row = RowOf(kUnsupportedTypes, type);
     const std::string subject =
-        pRow == nullptr ? "Unknown property type" : std::string("Vartype ") + pRow->name;
+        row == nullptr ? "Unknown property type" : std::string("Vartype ") + row->name;
     return subject + " not supported on Interface IZOScalarPropertyAccess";
 }
 
@@ -118,8 +118,8 @@ CBScalarPropertyAccess::CAnyProperty::CAnyProperty(VARTYPE type,
                                                    CAtlStringA name,
                                                    void* variable)
     : m_value{},
-      m_iDispId(static_cast<LONG>(dispId)),
-      m_sName(std::move(name))
+      m_dispId(static_cast<LONG>(dispId)),
+      m_name(std::move(name))
 {
     m_value.vt = static_cast<VARTYPE>(type | VT_BYREF);
     m_value.byref = variable;
@@ -129,12 +129,12 @@ CBScalarPropertyAccess::CAnyProperty::~CAnyProperty() = default;
 
 long CBScalarPropertyAccess::CAnyProperty::GetDisp() const
 {
-    return m_iDispId;
+    return m_dispId;
 }
 
 const CAtlStringA& CBScalarPropertyAccess::CAnyProperty::GetName() const
 {
-    return m_sName;
+    return m_name;
 }
 
 VARTYPE CBScalarPropertyAccess::CAnyProperty::GetType() const
@@ -155,12 +155,12 @@ HRESULT CBScalarPropertyAccess::CAnyProperty::Set(VARIANT value)
 // NOLINTNEXTLINE(readability-make-member-function-const): it changes the property's value
 HRESULT CBScalarPropertyAccess::CAnyProperty::Assign(const VARIANT& value, tagConversion conversion)
 {
-    const tagStoredType* const pStored = RowOf(kStoredTypes, GetType());
-    if (pStored == nullptr)
+    const StoredType* const stored = RowOf(kStoredTypes, GetType());
+    if (stored == nullptr)
     {
         return DISP_E_BADVARTYPE;
     }
-    if (pStored->size == 0)
+    if (stored->size == 0)
     {
         return S_OK;
     }
@@ -169,18 +169,18 @@ HRESULT CBScalarPropertyAccess::CAnyProperty::Assign(const VARIANT& value, tagCo
         return E_POINTER;
     }
     CComVariant converted;
-    const HRESULT hr = VariantChangeType(&converted, &value, 0, pStored->type);
-    if (FAILED(hr) && conversion == tagConversion::MustSucceed)
+    const HRESULT result = VariantChangeType(&converted, &value, 0, stored->type);
+    if (FAILED(result) && conversion == tagConversion::MustSucceed)
     {
-        return hr;
+        return result;
     }
-    if (pStored->type == VT_BSTR)
+    if (stored->type == VT_BSTR)
     {
         SysFreeString(std::exchange(*m_value.pbstrVal, converted.bstrVal));
         converted.vt = VT_EMPTY; // the string belongs to the variable now
         return S_OK;
     }
-    std::memcpy(m_value.byref, &converted.llVal, pStored->size);
+    std::memcpy(m_value.byref, &converted.llVal, stored->size);
     return S_OK;
 }
 
@@ -243,43 +243,43 @@ HRESULT CBScalarPropertyAccess::DoGetPropertyName(long dispId, wchar_t** name)
     {
         *name = nullptr;
     }
-    const CAnyProperty* const pProperty = Find(dispId);
-    if (pProperty == nullptr || name == nullptr)
+    const CAnyProperty* const property = Find(dispId);
+    if (property == nullptr || name == nullptr)
     {
-        return pProperty == nullptr ? S_FALSE : S_OK;
+        return property == nullptr ? S_FALSE : S_OK;
     }
-    *name = A2WBSTR(pProperty->GetName().c_str());
+    *name = A2WBSTR(property->GetName().c_str());
     return *name == nullptr ? E_OUTOFMEMORY : S_OK;
 }
 
 HRESULT CBScalarPropertyAccess::DoGetScalarValue(long dispId, VARIANT* /*value*/)
 {
-    if (const CAnyProperty* const pProperty = Find(dispId); pProperty != nullptr)
+    if (const CAnyProperty* const property = Find(dispId); property != nullptr)
     {
         ReportStopOnError(*this,
                           "DoGetScalarValue not implemented for property with dispatch ID = " +
-                              std::to_string(pProperty->GetDisp()));
+                              std::to_string(property->GetDisp()));
     }
     return S_FALSE;
 }
 
 HRESULT CBScalarPropertyAccess::DoSetScalarValue(long dispId, VARIANT value)
 {
-    CAnyProperty* const pProperty = Find(dispId);
-    if (pProperty == nullptr)
+    CAnyProperty* const property = Find(dispId);
+    if (property == nullptr)
     {
         return S_FALSE;
     }
     // Deliberate: a script is not stopped half-way. What cannot be converted stores zeros, and an unsupported
     // type is reported, but S_OK.
-    const HRESULT hr = pProperty->Assign(value, CAnyProperty::tagConversion::MayFail);
-    if (hr == E_POINTER)
+    const HRESULT result = property->Assign(value, CAnyProperty::tagConversion::MayFail);
+    if (result == E_POINTER)
     {
         return RepairError(ZO_NULL_POINTER(this, "variable"));
     }
-    if (FAILED(hr))
+    if (FAILED(result))
     {
-        ReportStopOnError(*this, UnsupportedTypeMessage(pProperty->GetType()));
+        ReportStopOnError(*this, UnsupportedTypeMessage(property->GetType()));
     }
     return S_OK;
 }

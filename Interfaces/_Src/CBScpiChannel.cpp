@@ -38,13 +38,13 @@ constexpr char kMissingInterface[] = "Missing interface";
 template <class TService>
 CComPtr<TService> RequireService(const CObjectDataReference* object, const char* condition)
 {
-    CComPtr<TService> spService;
-    ZoGetRegisteredInterface(&TService::kInterfaceId, &spService);
-    if (spService == nullptr)
+    CComPtr<TService> service;
+    ZoGetRegisteredInterface(&TService::kInterfaceId, &service);
+    if (service == nullptr)
     {
         ThrowError(ZO_ERROR(object, condition, kMissingInterface, ZO_E_SHELL));
     }
-    return spService;
+    return service;
 }
 
 CComPtr<IZOScpiMultichannelAdministration> RequireAdministration(const CObjectDataReference* object)
@@ -245,9 +245,9 @@ HRESULT CBScpiChannel::put_ChannelProperties(tag_ScpiChannelInfo info)
 HRESULT CBScpiChannel::SetServiceProvider(IZOScpiChannelServiceProvider* provider)
 {
     // Whoever goes away by the exchange does so outside the lock.
-    CComPtr<IZOScpiChannelServiceProvider> spOther(provider);
+    CComPtr<IZOScpiChannelServiceProvider> application(provider);
     const CCritSectionLocker locker(m_lock);
-    std::swap(m_spServiceProvider, spOther);
+    std::swap(m_serviceProvider, application);
     return S_OK;
 }
 
@@ -282,13 +282,13 @@ HRESULT CBScpiChannel::ConnectedProvider(IZOScpiChannelServiceProvider** provide
     {
         return S_OK;
     }
-    CComPtr<IZOScpiChannel> spSelf;
-    const HRESULT found = FindSelf(&spSelf);
+    CComPtr<IZOScpiChannel> self;
+    const HRESULT found = FindSelf(&self);
     if (FAILED(found))
     {
         return found;
     }
-    RegisterNewClientChannel(spSelf);
+    RegisterNewClientChannel(self);
     CopyProvider(provider);
     return S_OK;
 }
@@ -301,13 +301,13 @@ HRESULT CBScpiChannel::ReleaseServiceProvider(IZOScpiChannelServiceProvider* pro
         {
             return S_OK;
         }
-        CComPtr<IZOScpiChannel> spSelf;
-        const HRESULT found = FindSelf(&spSelf);
+        CComPtr<IZOScpiChannel> self;
+        const HRESULT found = FindSelf(&self);
         if (FAILED(found))
         {
             return found;
         }
-        UnregisterNewClientChannel(spSelf);
+        UnregisterNewClientChannel(self);
         return SetServiceProvider(nullptr);
     });
 }
@@ -318,13 +318,13 @@ HRESULT CBScpiChannel::RegisterNewClientChannel(IZOScpiChannel* channel)
     {
         return RefuseNull({"channel", "channel != NULL"});
     }
-    const CComPtr<IZOScpiMultichannelAdministration> spAdministration = RequireAdministration(this);
-    const CComPtr<IZOScpiMultichannelFunctionality> spFunctionality =
+    const CComPtr<IZOScpiMultichannelAdministration> administration = RequireAdministration(this);
+    const CComPtr<IZOScpiMultichannelFunctionality> functionality =
         RequireService<IZOScpiMultichannelFunctionality>(this, "p_MultichannelFunc != NULL");
     const CCritSectionLocker connecting(m_connectionLock);
     long remotePath = -1;
-    CComPtr<IZOScpiChannelServiceProvider> spProvider;
-    const HRESULT added = spAdministration->AddConnection(channel, &remotePath, &spProvider);
+    CComPtr<IZOScpiChannelServiceProvider> provider;
+    const HRESULT added = administration->AddConnection(channel, &remotePath, &provider);
     if (!IsExpected(added))
     {
         ThrowError(ZO_ERROR(
@@ -332,10 +332,10 @@ HRESULT CBScpiChannel::RegisterNewClientChannel(IZOScpiChannel* channel)
     }
     HANDLE deviceClear = 0;
     HANDLE shutdown = 0;
-    const HRESULT fetched = spFunctionality->GetChannelEvents(remotePath, &deviceClear, &shutdown);
+    const HRESULT fetched = functionality->GetChannelEvents(remotePath, &deviceClear, &shutdown);
     const bool isFetched = SUCCEEDED(fetched);
     SetConnection(remotePath, isFetched ? deviceClear : 0, isFetched ? shutdown : 0);
-    SetServiceProvider(spProvider);
+    SetServiceProvider(provider);
     if (!isFetched)
     {
         RepairError(ZO_ERROR(this, "hr == S_OK", "No events for the connection", fetched));
@@ -349,9 +349,9 @@ HRESULT CBScpiChannel::UnregisterNewClientChannel(IZOScpiChannel* channel)
     {
         return RefuseNull({"channel", "channel != NULL"});
     }
-    const CComPtr<IZOScpiMultichannelAdministration> spAdministration = RequireAdministration(this);
+    const CComPtr<IZOScpiMultichannelAdministration> administration = RequireAdministration(this);
     const CCritSectionLocker disconnecting(m_connectionLock);
-    const HRESULT removed = spAdministration->RemoveConnection(channel);
+    const HRESULT removed = administration->RemoveConnection(channel);
     if (!IsExpected(removed))
     {
         ThrowError(ZO_ERROR(
@@ -363,13 +363,13 @@ HRESULT CBScpiChannel::UnregisterNewClientChannel(IZOScpiChannel* channel)
 
 HRESULT CBScpiChannel::DisconnectRemotePath()
 {
-    if (get_RemoteDiagnoseControl()->bRpcModeActive)
+    if (get_RemoteDiagnoseControl()->rpcModeActive)
     {
         TraceDisconnect(this);
     }
-    CComPtr<IZOScpiChannelServiceProvider> spProvider;
-    CopyProvider(&spProvider);
-    return ReleaseServiceProvider(spProvider);
+    CComPtr<IZOScpiChannelServiceProvider> provider;
+    CopyProvider(&provider);
+    return ReleaseServiceProvider(provider);
 }
 
 HRESULT CBScpiChannel::GenericIeee1174PolResponse(unsigned char stb)
@@ -417,27 +417,27 @@ tagZO_SCPI_CHANNEL_STATUS CBScpiChannel::ChannelStatus() const
 
 HRESULT CBScpiChannel::FindSelf(IZOScpiChannel** self)
 {
-    void* pSelf = nullptr;
-    const HRESULT result = QueryInterface(IID_IZOScpiChannel, &pSelf);
+    void* found = nullptr;
+    const HRESULT result = QueryInterface(IID_IZOScpiChannel, &found);
     if (FAILED(result))
     {
         return RepairError(ZO_ERROR(this, "hr == S_OK", "The object is no IZOScpiChannel", result));
     }
-    *self = static_cast<IZOScpiChannel*>(pSelf);
+    *self = static_cast<IZOScpiChannel*>(found);
     return S_OK;
 }
 
 bool CBScpiChannel::CopyProvider(IZOScpiChannelServiceProvider** provider) const
 {
     const CCritSectionLocker locker(m_lock);
-    m_spServiceProvider.CopyTo(provider);
+    m_serviceProvider.CopyTo(provider);
     return *provider != nullptr;
 }
 
 bool CBScpiChannel::HoldsProvider(const IZOScpiChannelServiceProvider* provider) const
 {
     const CCritSectionLocker locker(m_lock);
-    return m_spServiceProvider.Get() == provider;
+    return m_serviceProvider.Get() == provider;
 }
 
 void CBScpiChannel::SetConnection(long remotePath, HANDLE deviceClear, HANDLE shutdown)

@@ -26,20 +26,20 @@ namespace
 ZO_SOURCE_UNIT("Interfaces/_Src/CBScpiCommands")
 
 /// A text parameter as error reports name it.
-struct tagTextParameter
+struct TextParameter
 {
     const char* name;
     const char* conditionAddress;
     const char* conditionText;
 };
 
-constexpr tagTextParameter kText = {"pbsText", "pbsText != NULL", "*pbsText == NULL"};
-constexpr tagTextParameter kSource = {"pbsSource", "pbsSource != NULL", "*pbsSource == NULL"};
-constexpr tagTextParameter kHeader = {"pbsHeader", "pbsHeader != NULL", "*pbsHeader == NULL"};
+constexpr TextParameter kText = {"pbsText", "pbsText != NULL", "*pbsText == NULL"};
+constexpr TextParameter kSource = {"pbsSource", "pbsSource != NULL", "*pbsSource == NULL"};
+constexpr TextParameter kHeader = {"pbsHeader", "pbsHeader != NULL", "*pbsHeader == NULL"};
 
 /// What is wrong with the address that shall receive a text; nothing when it is usable.
 std::optional<tagErrorReport>
-AddressError(const CObjectDataReference* object, const tagTextParameter& parameter, wchar_t** address)
+AddressError(const CObjectDataReference* object, const TextParameter& parameter, wchar_t** address)
 {
     if (address == nullptr)
     {
@@ -82,9 +82,9 @@ CScpiParserTable TableOf(const tagZO_SCPI_PARSER_TREE& tree)
 HRESULT WriteTree(IZOScpiOutputBuffer& output, const tagZO_SCPI_PARSER_TREE& tree)
 {
     const std::string prefix = fmt::format("{},#6{:06}", CBScpiCommands::kTreeVersion, tree.iSize);
-    const HRESULT hr = output.Write(prefix.size(), prefix.data(), nullptr);
-    return hr != S_OK
-               ? hr
+    const HRESULT result = output.Write(prefix.size(), prefix.data(), nullptr);
+    return result != S_OK
+               ? result
                : output.WriteBinary(tree.iSize, reinterpret_cast<const unsigned char*>(tree.pTable), nullptr);
 }
 
@@ -107,11 +107,11 @@ HRESULT CBScpiCommands::SendCommandTree(IZOScpiOutputBuffer* output)
             return RepairError(
                 ZO_ERROR(this, "iSize <= 999999", "Command tree too large for its block header", E_FAIL));
         }
-        const HRESULT hr = WriteTree(*output, *tree);
-        if (hr != S_OK)
+        const HRESULT result = WriteTree(*output, *tree);
+        if (result != S_OK)
         {
             // Deliberate: who asked for the tree has gone, so nobody is left to be told by the result.
-            RepairError(ZO_ERROR(this, "hr == S_OK", "Broken scpi connection", hr));
+            RepairError(ZO_ERROR(this, "hr == S_OK", "Broken scpi connection", result));
         }
         return S_OK;
     });

@@ -167,13 +167,13 @@ template <class TBody>
 HRESULT CBScpiController::Operate(Pointers pointers, TBody body, int line)
 {
     ClearLastError();
-    const HRESULT hResult = GuardedRaisingEntry([&] {
-        const HRESULT hPointers = CheckPointers(pointers, line);
-        return hPointers == S_OK ? body() : hPointers;
+    const HRESULT result = GuardedRaisingEntry([&] {
+        const HRESULT checked = CheckPointers(pointers, line);
+        return checked == S_OK ? body() : checked;
     });
     // The transport keeps what it finds for itself: the operation's own result is the one that counts.
     static_cast<void>(GuardedRaisingEntry([&] { return CheckProtocolError(); }));
-    return hResult;
+    return result;
 }
 
 template <class TRequest>
@@ -197,13 +197,13 @@ HRESULT CBScpiController::GetProperty(TValue* out, const char* condition, TGette
     });
 }
 
-CBScpiController::CBScpiController() : m_spLastError(Literal(kNoError))
+CBScpiController::CBScpiController() : m_lastError(Literal(kNoError))
 {}
 
 CBScpiController::CBScpiController(const CBScpiController& other)
     : CObjectDataReference(other),
       IZOScpiController(other),
-      m_spLastError(Literal(kNoError))
+      m_lastError(Literal(kNoError))
 {
     CopySettings(other);
 }
@@ -226,13 +226,13 @@ CBScpiController::~CBScpiController() = default;
 
 void CBScpiController::CopySettings(const CBScpiController& other)
 {
-    std::atomic_store(&m_spInterrupt, MakeCallback(std::atomic_load(&other.m_spInterrupt).get()));
-    m_iTimeoutMs = other.m_iTimeoutMs;
+    std::atomic_store(&m_interrupt, MakeCallback(std::atomic_load(&other.m_interrupt).get()));
+    m_timeoutMs = other.m_timeoutMs;
     m_vtbInterruptActive = other.m_vtbInterruptActive.load();
-    m_cStatusByte = other.m_cStatusByte.load();
-    m_bEnd = other.m_bEnd.load();
-    m_bSecondReadFlag = other.m_bSecondReadFlag.load();
-    m_iReadLength = other.m_iReadLength.load();
+    m_statusByte = other.m_statusByte.load();
+    m_end = other.m_end.load();
+    m_secondReadFlag = other.m_secondReadFlag.load();
+    m_readLength = other.m_readLength.load();
 }
 
 HRESULT CBScpiController::WriteMessage(unsigned char* text)
@@ -250,12 +250,12 @@ HRESULT CBScpiController::ReadResponse(unsigned char** text)
 {
     return Operate({NotNull(text, "text != NULL")}, [&] {
         *text = nullptr;
-        const HRESULT hWait = Request(kFatalReadResponse, [&] { return DoRead(true, false, 0); });
-        if (hWait != S_OK)
+        const HRESULT wait = Request(kFatalReadResponse, [&] { return DoRead(true, false, 0); });
+        if (wait != S_OK)
         {
-            return hWait;
+            return wait;
         }
-        long length = m_iReadLength;
+        long length = m_readLength;
         RaiseUnlessOk(IsLength(length) ? S_OK : E_UNEXPECTED, kFatalReadResponse);
         CTaskMemory memory(CoTaskMemAlloc(static_cast<std::size_t>(length) + 1));
         if (!memory)
@@ -293,18 +293,18 @@ HRESULT CBScpiController::ReadString(wchar_t** text)
 {
     return Operate({NotNull(text, "text != NULL")}, [&] {
         *text = nullptr;
-        const HRESULT hWait = Request(kFatalMethod, [&] { return DoRead(true, false, 0); });
-        if (hWait != S_OK)
+        const HRESULT wait = Request(kFatalMethod, [&] { return DoRead(true, false, 0); });
+        if (wait != S_OK)
         {
-            return hWait;
+            return wait;
         }
         CComBSTR fetched;
-        const HRESULT hFetch = DoFetchString(&fetched);
-        if (hFetch == S_OK)
+        const HRESULT fetch = DoFetchString(&fetched);
+        if (fetch == S_OK)
         {
             *text = fetched.Detach();
         }
-        return hFetch;
+        return fetch;
     });
 }
 
@@ -327,20 +327,20 @@ HRESULT CBScpiController::Read(long count, unsigned char* buffer, long* got, sho
             {
                 return E_INVALIDARG;
             }
-            const HRESULT hWait =
+            const HRESULT wait =
                 Request("Fatal Read execution error", [&] { return DoRead(true, true, count); });
-            if (hWait != S_OK)
+            if (wait != S_OK)
             {
-                return hWait;
+                return wait;
             }
             long length = 0;
-            const HRESULT hFetch = FetchData(buffer, count, &length);
-            if (hFetch == S_OK)
+            const HRESULT fetch = FetchData(buffer, count, &length);
+            if (fetch == S_OK)
             {
                 *got = length;
-                *end = ToVariantBool(m_bEnd);
+                *end = ToVariantBool(m_end);
             }
-            return hFetch;
+            return fetch;
         });
 }
 
@@ -373,10 +373,10 @@ HRESULT CBScpiController::ReadStatusByte(unsigned char* stb)
 {
     return Operate({NotNull(stb, "stb != NULL")}, [&] {
         *stb = 0;
-        const HRESULT hWait =
+        const HRESULT wait =
             Request("Fatal ReadStatusByte execution error", [&] { return DoReadStatusByte(); });
-        *stb = static_cast<unsigned char>(m_cStatusByte.load());
-        return hWait;
+        *stb = static_cast<unsigned char>(m_statusByte.load());
+        return wait;
     });
 }
 
@@ -397,14 +397,14 @@ HRESULT CBScpiController::ResetInterrupt()
 HRESULT CBScpiController::WaitInterrupt()
 {
     return Operate({}, [&] {
-        return WaitAny({m_abortEvent.Get(), m_interruptEvent.Get()}, {E_ABORT, S_OK}, m_iTimeoutMs);
+        return WaitAny({m_abortEvent.Get(), m_interruptEvent.Get()}, {E_ABORT, S_OK}, m_timeoutMs);
     });
 }
 
 HRESULT CBScpiController::SetInterruptCallback(IZOScpiInterrupt* cb)
 {
     return Operate({NotNull(cb, "cb != NULL")}, [&] {
-        std::atomic_store(&m_spInterrupt, MakeCallback(cb));
+        std::atomic_store(&m_interrupt, MakeCallback(cb));
         return S_OK;
     });
 }
@@ -412,7 +412,7 @@ HRESULT CBScpiController::SetInterruptCallback(IZOScpiInterrupt* cb)
 HRESULT CBScpiController::ClearInterruptCallback()
 {
     return Operate({}, [&] {
-        std::atomic_store(&m_spInterrupt, Callback());
+        std::atomic_store(&m_interrupt, Callback());
         return S_OK;
     });
 }
@@ -471,31 +471,31 @@ HRESULT CBScpiController::WriteFromFile(wchar_t* fileName, long count, short end
 HRESULT CBScpiController::GetLastError(wchar_t** text)
 {
     return GuardedEntry([&] {
-        const HRESULT hPointers = CheckPointers({NotNull(text, "text != NULL")}, __LINE__);
-        if (hPointers == S_OK)
+        const HRESULT checked = CheckPointers({NotNull(text, "text != NULL")}, __LINE__);
+        if (checked == S_OK)
         {
-            *text = SysAllocString(std::atomic_load(&m_spLastError).get());
+            *text = SysAllocString(std::atomic_load(&m_lastError).get());
             return *text != nullptr ? S_OK : E_OUTOFMEMORY;
         }
-        return hPointers;
+        return checked;
     });
 }
 
 HRESULT CBScpiController::get_OperationFailed(short* failed)
 {
     return GuardedEntry([&] {
-        const HRESULT hPointers = CheckPointers({NotNull(failed, "failed != NULL")}, __LINE__);
-        if (hPointers == S_OK)
+        const HRESULT checked = CheckPointers({NotNull(failed, "failed != NULL")}, __LINE__);
+        if (checked == S_OK)
         {
-            *failed = ToVariantBool(std::wcscmp(std::atomic_load(&m_spLastError).get(), kNoError) != 0);
+            *failed = ToVariantBool(std::wcscmp(std::atomic_load(&m_lastError).get(), kNoError) != 0);
         }
-        return hPointers;
+        return checked;
     });
 }
 
 HRESULT CBScpiController::get_Timeout(long* piTimeout)
 {
-    return GetProperty(piTimeout, "piTimeout != NULL", [&] { return m_iTimeoutMs; });
+    return GetProperty(piTimeout, "piTimeout != NULL", [&] { return m_timeoutMs; });
 }
 
 HRESULT CBScpiController::put_Timeout(long timeoutMs)
@@ -505,7 +505,7 @@ HRESULT CBScpiController::put_Timeout(long timeoutMs)
         {
             return E_INVALIDARG;
         }
-        m_iTimeoutMs = timeoutMs;
+        m_timeoutMs = timeoutMs;
         return S_OK;
     });
 }
@@ -588,15 +588,15 @@ HRESULT CBScpiController::DoAcknowledgeTrigger()
 
 HRESULT CBScpiController::DoAcknowledgeRead(bool end, bool second, long length)
 {
-    m_bEnd = end;
-    m_bSecondReadFlag = second;
-    m_iReadLength = length;
+    m_end = end;
+    m_secondReadFlag = second;
+    m_readLength = length;
     return Acknowledge();
 }
 
 HRESULT CBScpiController::DoAcknowledgeStatus(char stb)
 {
-    m_cStatusByte = stb;
+    m_statusByte = stb;
     return Acknowledge();
 }
 
@@ -609,17 +609,17 @@ HRESULT CBScpiController::DoAcknowledgeError()
 HRESULT CBScpiController::DoInterrupt()
 {
     SetEvent(m_interruptEvent.Get());
-    const Callback spCallback = std::atomic_load(&m_spInterrupt);
-    const bool isCalled = m_vtbInterruptActive == VARIANT_TRUE && spCallback != nullptr;
-    const HRESULT hResult = isCalled ? SignalCallback(*spCallback) : S_OK;
-    if (FAILED(hResult))
+    const Callback callback = std::atomic_load(&m_interrupt);
+    const bool isCalled = m_vtbInterruptActive == VARIANT_TRUE && callback != nullptr;
+    const HRESULT result = isCalled ? SignalCallback(*callback) : S_OK;
+    if (FAILED(result))
     {
         ThrowError(ZO_ERROR(this,
                             "! ((unsigned long)(hResult) >> 31 == 1)",
                             "scpi interrupt signal callback execution error",
                             ZO_E_SHELL));
     }
-    return hResult;
+    return result;
 }
 
 tagErrorReport CBScpiController::NullReport(const char* condition, int line) const
@@ -634,11 +634,11 @@ HRESULT CBScpiController::CheckPointers(Pointers pointers, int line) const
     return found == pointers.end() ? S_OK : RepairError(NullReport(found->condition, line));
 }
 
-void CBScpiController::RaiseUnlessOk(HRESULT hResult, const char* message, int line) const
+void CBScpiController::RaiseUnlessOk(HRESULT result, const char* message, int line) const
 {
-    if (hResult != S_OK)
+    if (result != S_OK)
     {
-        tagErrorReport report = ZO_ERROR(this, "hResult == S_OK", message, hResult);
+        tagErrorReport report = ZO_ERROR(this, "hResult == S_OK", message, result);
         report.line = line;
         ThrowError(report);
     }
@@ -647,7 +647,7 @@ void CBScpiController::RaiseUnlessOk(HRESULT hResult, const char* message, int l
 void CBScpiController::ClearLastError() noexcept
 {
     errno = 0;
-    std::atomic_store(&m_spLastError, Literal(kNoError));
+    std::atomic_store(&m_lastError, Literal(kNoError));
 }
 
 void CBScpiController::PrepareEvents() noexcept
@@ -656,16 +656,16 @@ void CBScpiController::PrepareEvents() noexcept
     {
         ResetEvent(event->Get());
     }
-    m_cStatusByte = 0;
-    m_bEnd = false;
-    m_bSecondReadFlag = false;
-    m_iReadLength = 0;
+    m_statusByte = 0;
+    m_end = false;
+    m_secondReadFlag = false;
+    m_readLength = 0;
 }
 
 HRESULT CBScpiController::WaitEvents() const noexcept
 {
     return WaitAny(
-        {m_abortEvent.Get(), m_errorEvent.Get(), m_doneEvent.Get()}, {E_ABORT, E_FAIL, S_OK}, m_iTimeoutMs);
+        {m_abortEvent.Get(), m_errorEvent.Get(), m_doneEvent.Get()}, {E_ABORT, E_FAIL, S_OK}, m_timeoutMs);
 }
 
 HRESULT CBScpiController::Acknowledge() noexcept
@@ -676,22 +676,22 @@ HRESULT CBScpiController::Acknowledge() noexcept
 
 HRESULT CBScpiController::FetchData(unsigned char* buffer, long room, long* length)
 {
-    const long acknowledged = m_iReadLength;
+    const long acknowledged = m_readLength;
     if (acknowledged < 0 || acknowledged > room)
     {
         return E_UNEXPECTED;
     }
     *length = acknowledged;
-    const HRESULT hResult = DoFetchData(buffer, length);
+    const HRESULT result = DoFetchData(buffer, length);
     const bool isCredible = *length >= 0 && *length <= acknowledged;
-    return hResult == S_OK && !isCredible ? E_UNEXPECTED : hResult;
+    return result == S_OK && !isCredible ? E_UNEXPECTED : result;
 }
 
-HRESULT CBScpiController::FailFile(const wchar_t* text, HRESULT hResult) noexcept
+HRESULT CBScpiController::FailFile(const wchar_t* text, HRESULT result) noexcept
 {
-    std::atomic_store(&m_spLastError, Literal(text));
+    std::atomic_store(&m_lastError, Literal(text));
     AddErrnoToErrorInfo();
-    return hResult;
+    return result;
 }
 
 void CBScpiController::AddErrnoToErrorInfo() noexcept
@@ -712,8 +712,8 @@ HRESULT CBScpiController::OpenFile(const wchar_t* fileName, int flags, int* desc
     *descriptor = Uninterrupted([&] { return ::open(name.c_str(), flags, kMode); });
     if (*descriptor == -1)
     {
-        const auto spText = std::make_shared<const std::wstring>(std::wstring(kErrorOpening) + fileName);
-        std::atomic_store(&m_spLastError, Text(spText, spText->c_str()));
+        const auto text = std::make_shared<const std::wstring>(std::wstring(kErrorOpening) + fileName);
+        std::atomic_store(&m_lastError, Text(text, text->c_str()));
         AddErrnoToErrorInfo();
         errno = 0;
         return S_FALSE;
@@ -745,21 +745,21 @@ HRESULT CBScpiController::ReceiveFile(const wchar_t* fileName, long count, long*
         return E_INVALIDARG;
     }
     int descriptor = -1;
-    const HRESULT hOpen = OpenFile(fileName, O_WRONLY | O_CREAT | O_TRUNC, &descriptor);
+    const HRESULT open = OpenFile(fileName, O_WRONLY | O_CREAT | O_TRUNC, &descriptor);
     CDescriptor file(descriptor);
-    if (hOpen != S_OK || count == 0)
+    if (open != S_OK || count == 0)
     {
-        return hOpen;
+        return open;
     }
     const ChunkBuffer buffer = MakeChunkBuffer();
     if (buffer == nullptr)
     {
         return FailFile(kErrorMemory, E_OUTOFMEMORY);
     }
-    const HRESULT hReceive = ReceiveChunks(file.Get(), buffer.get(), count, got, end);
-    if (hReceive != S_OK)
+    const HRESULT receive = ReceiveChunks(file.Get(), buffer.get(), count, got, end);
+    if (receive != S_OK)
     {
-        return hReceive;
+        return receive;
     }
     return Synchronise(file.Get()) && Close(file) ? S_OK : FailFile(kErrorClosing);
 }
@@ -801,11 +801,11 @@ HRESULT CBScpiController::SendFile(const wchar_t* fileName, long count, short en
         return E_INVALIDARG;
     }
     int descriptor = -1;
-    const HRESULT hOpen = OpenFile(fileName, O_RDONLY | O_CLOEXEC, &descriptor);
+    const HRESULT open = OpenFile(fileName, O_RDONLY | O_CLOEXEC, &descriptor);
     const CDescriptor file(descriptor);
-    if (hOpen != S_OK)
+    if (open != S_OK)
     {
-        return hOpen;
+        return open;
     }
     const off_t length = FileLength(file.Get());
     if (length < 0)

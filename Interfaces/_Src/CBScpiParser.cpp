@@ -11,7 +11,7 @@ namespace ZoVelkor
 
 ZO_SOURCE_UNIT("Interfaces/_Src/CBScpiParser")
 
-CBScpiParser::CBScpiParser(IZOScpiDeviceHandler* pDeviceHandler) : m_spDeviceHandler(pDeviceHandler)
+CBScpiParser::CBScpiParser(IZOScpiDeviceHandler* deviceHandler) : m_deviceHandler(deviceHandler)
 {}
 
 HRESULT CBScpiParser::CheckTree(const wchar_t* name, const tagZO_SCPI_PARSER_TREE& transfer) const
@@ -55,11 +55,11 @@ HRESULT CBScpiParser::RegisterCommandTree(tagZO_SCPI_PARSER_TYPE type,
         CComBSTR bsName(name);
         m_records.swap(records);
         m_tree = {transfer.iSize, m_records.data()};
-        m_bsName.Attach(bsName.Detach());
-        m_eType = type;
-        m_pSink = sink;
+        m_name.Attach(bsName.Detach());
+        m_type = type;
+        m_sink = sink;
         // A reference to itself would keep the object alive for ever.
-        m_spForeignSink = CComPtr<IZOScpiParser>(this).IsEqualObject(sink) ? nullptr : sink;
+        m_foreignSink = CComPtr<IZOScpiParser>(this).IsEqualObject(sink) ? nullptr : sink;
         return S_OK;
     });
 }
@@ -70,7 +70,7 @@ HRESULT CBScpiParser::get_ParserName(wchar_t** name)
     {
         return RepairError(ZO_NULL_POINTER(nullptr, "name"));
     }
-    return *name != nullptr ? E_INVALIDARG : m_bsName.CopyTo(name);
+    return *name != nullptr ? E_INVALIDARG : m_name.CopyTo(name);
 }
 
 HRESULT CBScpiParser::put_ParserName(wchar_t* name)
@@ -80,7 +80,7 @@ HRESULT CBScpiParser::put_ParserName(wchar_t* name)
         return RepairError(ZO_NULL_POINTER(nullptr, "name"));
     }
     return GuardedEntry([&]() -> HRESULT {
-        m_bsName = name;
+        m_name = name;
         return S_OK;
     });
 }
@@ -91,13 +91,13 @@ HRESULT CBScpiParser::get_ParserType(tagZO_SCPI_PARSER_TYPE* type)
     {
         return RepairError(ZO_NULL_POINTER(nullptr, "type"));
     }
-    *type = m_eType;
+    *type = m_type;
     return S_OK;
 }
 
 HRESULT CBScpiParser::put_ParserType(tagZO_SCPI_PARSER_TYPE type)
 {
-    m_eType = type;
+    m_type = type;
     return S_OK;
 }
 
@@ -133,7 +133,7 @@ HRESULT CBScpiParser::GetExecutionSink(IZOScpiExecutionSink** sink)
     {
         return RepairError(ZO_NULL_POINTER(nullptr, "sink"));
     }
-    return CComPtr<IZOScpiExecutionSink>(m_pSink).CopyTo(sink);
+    return CComPtr<IZOScpiExecutionSink>(m_sink).CopyTo(sink);
 }
 
 HRESULT CBScpiParser::GetDeviceHandler(IZOScpiDeviceHandler** handler)
@@ -143,12 +143,12 @@ HRESULT CBScpiParser::GetDeviceHandler(IZOScpiDeviceHandler** handler)
         return RepairError(ZO_NULL_POINTER(nullptr, "handler"));
     }
     *handler = nullptr;
-    CComPtr<IZOScpiDeviceHandler> spHandler = m_spDeviceHandler;
-    if (spHandler == nullptr)
+    CComPtr<IZOScpiDeviceHandler> found = m_deviceHandler;
+    if (found == nullptr)
     {
-        static_cast<void>(CComPtr<IZOScpiParser>(this).QueryInterface(&spHandler));
+        static_cast<void>(CComPtr<IZOScpiParser>(this).QueryInterface(&found));
     }
-    *handler = spHandler.Detach();
+    *handler = found.Detach();
     return S_OK;
 }
 

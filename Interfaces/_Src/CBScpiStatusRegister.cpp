@@ -146,13 +146,13 @@ HRESULT CBScpiStatusRegister::PulseCondition(wchar_t mask)
 {
     return GuardedRaisingEntry([&]() -> HRESULT {
         const CCritSectionLocker locker(m_lock);
-        if (const HRESULT hr = ModifyCondition(mask, mask); hr != S_OK)
+        if (const HRESULT result = ModifyCondition(mask, mask); result != S_OK)
         {
-            ThrowError(ZO_ERROR(this, "ModifyCondition( iMask, iMask ) == S_OK", kRuntimeError, hr));
+            ThrowError(ZO_ERROR(this, "ModifyCondition( iMask, iMask ) == S_OK", kRuntimeError, result));
         }
-        if (const HRESULT hr = ModifyCondition(mask, 0); hr != S_OK)
+        if (const HRESULT result = ModifyCondition(mask, 0); result != S_OK)
         {
-            ThrowError(ZO_ERROR(this, "ModifyCondition( iMask, 0 ) == S_OK", kRuntimeError, hr));
+            ThrowError(ZO_ERROR(this, "ModifyCondition( iMask, 0 ) == S_OK", kRuntimeError, result));
         }
         return S_OK;
     });
@@ -282,17 +282,17 @@ HRESULT CBScpiStatusRegister::ClearEvents()
     return GuardedEntry([&]() -> HRESULT {
         const CCritSectionLocker locker(m_lock);
         m_events = 0;
-        if (m_spParent == nullptr)
+        if (m_parent == nullptr)
         {
             return S_OK;
         }
         wchar_t negTrans = 0;
-        const HRESULT read = m_spParent->GetNegTrans(&negTrans);
+        const HRESULT read = m_parent->GetNegTrans(&negTrans);
         const HRESULT result = DoUpdateParentRegister(false);
         // Deliberate: the parent keeps the filter that it had before it learnt of the summary.
         if (SUCCEEDED(read))
         {
-            static_cast<void>(m_spParent->SetNegTrans(negTrans));
+            static_cast<void>(m_parent->SetNegTrans(negTrans));
         }
         return result;
     });
@@ -426,7 +426,7 @@ HRESULT CBScpiStatusRegister::SetupParentRegister(IZOScpiStatusRegister* parent,
         // Let go of after the lock: the former parent may end here.
         CComPtr<IZOScpiStatusRegister> other(parent);
         const CCritSectionLocker locker(m_lock);
-        std::swap(m_spParent, other);
+        std::swap(m_parent, other);
         m_parentMask = ToWord(mask);
         return S_OK;
     });
@@ -438,7 +438,7 @@ HRESULT CBScpiStatusRegister::GetParentRegister(IZOScpiStatusRegister** parent, 
         const CCritSectionLocker locker(m_lock);
         StoreUnlessNull(mask, m_parentMask);
         ZO_ASSERT(parent != nullptr);
-        return m_spParent.CopyTo(parent);
+        return m_parent.CopyTo(parent);
     });
 }
 
@@ -511,7 +511,7 @@ HRESULT CBScpiStatusRegister::DoSetRegisterMask(wchar_t mask)
 HRESULT CBScpiStatusRegister::DoUpdateParentRegister(bool summary) ZO_NO_THREAD_SAFETY_ANALYSIS
 {
     return UpdatesParentLocked()
-               ? m_spParent->ModifyCondition(ToWide(m_parentMask), ToWide(summary ? m_parentMask : 0))
+               ? m_parent->ModifyCondition(ToWide(m_parentMask), ToWide(summary ? m_parentMask : 0))
                : S_OK;
 }
 
@@ -522,7 +522,7 @@ HRESULT CBScpiStatusRegister::DoGetScpiStatusData(tagScpiStatusData* /*data*/)
 
 bool CBScpiStatusRegister::UpdatesParentLocked() const
 {
-    return m_spParent != nullptr && m_parentUpdate != VARIANT_FALSE;
+    return m_parent != nullptr && m_parentUpdate != VARIANT_FALSE;
 }
 
 HRESULT CBScpiStatusRegister::UpdateSummaryLocked(bool former)
@@ -538,7 +538,7 @@ void CBScpiStatusRegister::WidenParentLocked(WordGetter get, WordSetter set)
     {
         return;
     }
-    IZOScpiStatusRegister& parent = *m_spParent;
+    IZOScpiStatusRegister& parent = *m_parent;
     wchar_t word = 0;
     static_cast<void>((parent.*get)(&word));
     static_cast<void>((parent.*set)(ToWide(ToWord(word) | m_parentMask)));

@@ -10,9 +10,9 @@ namespace
 
 ZO_SOURCE_UNIT("Interfaces/_Src/CBTimeDateControl")
 
-HRESULT ReportFailedReading(const CObjectDataReference& object, HRESULT hResult)
+HRESULT ReportFailedReading(const CObjectDataReference& object, HRESULT result)
 {
-    return RepairError(ZO_ERROR(&object, "hResult == S_OK", "DoGetTimeDate failed", hResult));
+    return RepairError(ZO_ERROR(&object, "hResult == S_OK", "DoGetTimeDate failed", result));
 }
 
 } // namespace
@@ -29,14 +29,14 @@ HRESULT CBTimeDateControl::GetTimeAndDate(tagTimeStruct* pTime, tagDateStruct* p
     }
     tagTimeStruct time{};
     tagDateStruct date{};
-    const HRESULT hResult = DoGetTimeDate(time, date);
-    if (hResult != S_OK && hResult != S_FALSE)
+    const HRESULT result = DoGetTimeDate(time, date);
+    if (result != S_OK && result != S_FALSE)
     {
-        return ReportFailedReading(*this, hResult);
+        return ReportFailedReading(*this, result);
     }
     *pTime = time;
     *pDate = date;
-    return hResult;
+    return result;
 }
 
 HRESULT CBTimeDateControl::GetTime(tagTimeStruct* pTime)
@@ -60,16 +60,16 @@ HRESULT CBTimeDateControl::SetTime(tagTimeStruct Time)
 {
     tagTimeStruct replaced{};
     tagDateStruct date{};
-    const HRESULT hResult = DoGetTimeDate(replaced, date);
-    return hResult == S_OK ? DoSetTimeDate(Time, date) : ReportFailedReading(*this, hResult);
+    const HRESULT result = DoGetTimeDate(replaced, date);
+    return result == S_OK ? DoSetTimeDate(Time, date) : ReportFailedReading(*this, result);
 }
 
 HRESULT CBTimeDateControl::SetDate(tagDateStruct Date)
 {
     tagTimeStruct time{};
     tagDateStruct replaced{};
-    const HRESULT hResult = DoGetTimeDate(time, replaced);
-    return hResult == S_OK ? DoSetTimeDate(time, Date) : ReportFailedReading(*this, hResult);
+    const HRESULT result = DoGetTimeDate(time, replaced);
+    return result == S_OK ? DoSetTimeDate(time, Date) : ReportFailedReading(*this, result);
 }
 
 HRESULT CBTimeDateControl::GetTimeZone(tagTimeStruct* pTime)
@@ -87,7 +87,7 @@ HRESULT CBTimeDateControl::DoGetTimeDate(tagTimeStruct& /*Time*/, tagDateStruct&
     return E_NOTIMPL;
 }
 
-HRESULT CBTimeDateControl::DoSetTimeDate(tagTimeStruct const& /*Time*/, tagDateStruct const& /*Date*/)
+HRESULT CBTimeDateControl::DoSetTimeDate(const tagTimeStruct& /*Time*/, const tagDateStruct& /*Date*/)
 {
     return E_NOTIMPL;
 }

@@ -51,13 +51,13 @@ void CRegistryAccessChecks::Buffer(const long* size, const unsigned char* data, 
     }
 }
 
-void CRegistryAccessChecks::Result(HRESULT hResult, int line) const
+void CRegistryAccessChecks::Result(HRESULT result, int line) const
 {
-    if (hResult != S_OK && hResult != S_FALSE && hResult != E_FAIL)
+    if (result != S_OK && result != S_FALSE && result != E_FAIL)
     {
         Raise("hResult == S_OK || hResult == S_FALSE || hResult == E_FAIL",
               "HResult was invalid",
-              hResult,
+              result,
               line);
     }
 }

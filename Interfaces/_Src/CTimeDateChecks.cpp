@@ -13,7 +13,7 @@ namespace
 
 /// Range of one field, and its text for a field passed in and for one returned.
 template <class TStruct>
-struct tagFieldRange
+struct FieldRange
 {
     std::uint16_t TStruct::*field;
     unsigned int first;
@@ -23,7 +23,7 @@ struct tagFieldRange
 };
 
 // clang-format off
-constexpr tagFieldRange<tagTimeStruct> kTimeFields[] = {
+constexpr FieldRange<tagTimeStruct> kTimeFields[] = {
     {&tagTimeStruct::iHour, 0, 24,
      "0 <= Time.iHour && Time.iHour < 24", "0 <= pTime->iHour && pTime->iHour < 24"},
     {&tagTimeStruct::iMin, 0, 60,
@@ -33,7 +33,7 @@ constexpr tagFieldRange<tagTimeStruct> kTimeFields[] = {
     {&tagTimeStruct::iMilliSec, 0, 1000,
      "0 <= Time.iMilliSec && Time.iMilliSec < 1000", "0 <= pTime->iMilliSec && pTime->iMilliSec < 1000"}};
 
-constexpr tagFieldRange<tagDateStruct> kDateFields[] = {
+constexpr FieldRange<tagDateStruct> kDateFields[] = {
     {&tagDateStruct::iMonth, 1, 13,
      "1 <= Date.iMonth && Date.iMonth < 13", "1 <= pDate->iMonth && pDate->iMonth < 13"},
     {&tagDateStruct::iDay, 1, 32,
@@ -78,11 +78,11 @@ void CTimeDateChecks::Returned(const tagDateStruct& Date, int line) const
     Fields(Date, kDateFields, true, line);
 }
 
-void CTimeDateChecks::Result(HRESULT hResult, int line) const
+void CTimeDateChecks::Result(HRESULT result, int line) const
 {
-    if (hResult != S_OK && hResult != S_FALSE)
+    if (result != S_OK && result != S_FALSE)
     {
-        Raise("hResult == S_OK || hResult == S_FALSE", "HResult was invalid", hResult, line);
+        Raise("hResult == S_OK || hResult == S_FALSE", "HResult was invalid", result, line);
     }
 }
 

@@ -37,7 +37,7 @@ public:
         {
             return 0;
         }
-        tagSlot& slot = m_slots[index];
+        Slot& slot = m_slots[index];
         slot.object = std::move(object);
         slot.generation =
             slot.generation == kLastGeneration ? 0 : static_cast<std::uint16_t>(slot.generation + 1);
@@ -48,7 +48,7 @@ public:
     [[nodiscard]] std::shared_ptr<TObject> Find(HANDLE handle) const
     {
         const std::shared_lock lock(m_lock);
-        const tagSlot* slot = FindSlotLocked(handle);
+        const Slot* slot = FindSlotLocked(handle);
         return slot == nullptr ? nullptr : slot->object;
     }
 
@@ -57,7 +57,7 @@ public:
     [[nodiscard]] std::shared_ptr<TObject> Remove(HANDLE handle)
     {
         const std::unique_lock lock(m_lock);
-        const tagSlot* slot = FindSlotLocked(handle);
+        const Slot* slot = FindSlotLocked(handle);
         if (slot == nullptr)
         {
             return nullptr;
@@ -76,21 +76,21 @@ private:
     static constexpr std::size_t kRestingSlots = 256;
     static_assert((TTag & ((HANDLE{kLastGeneration} << kSlotBits) | kSlotMask)) == 0);
 
-    struct tagSlot
+    struct Slot
     {
         std::shared_ptr<TObject> object;
         std::uint16_t generation = 0;
     };
 
     /// The slot of an open handle, else null.
-    const tagSlot* FindSlotLocked(HANDLE handle) const noexcept
+    const Slot* FindSlotLocked(HANDLE handle) const noexcept
     {
         const std::size_t index = (handle & kSlotMask) - 1;
         if (index >= m_slots.size())
         {
             return nullptr;
         }
-        const tagSlot& slot = m_slots[index];
+        const Slot& slot = m_slots[index];
         const HANDLE open = TTag | (HANDLE{slot.generation} << kSlotBits) | (index + 1);
         return slot.object != nullptr && open == handle ? &slot : nullptr;
     }
@@ -114,7 +114,7 @@ private:
 
     mutable std::shared_mutex m_lock;
     // Guarded by m_lock.
-    std::vector<tagSlot> m_slots;
+    std::vector<Slot> m_slots;
     std::deque<std::size_t> m_freeSlots;
 };
 

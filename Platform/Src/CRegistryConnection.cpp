@@ -49,7 +49,7 @@ PRAGMA user_version = 1;
 #define ZO_VALUE_COLUMNS "SELECT folded, name, type, data FROM \"values\" WHERE key = ?1 "
 #define ZO_KEY_COLUMNS "SELECT folded, name, 0, NULL FROM keys WHERE parent = ?1 "
 
-/// In the order of tagRegistrySql.
+/// In the order of RegistrySql.
 constexpr const char* kStatements[] = {
     "BEGIN",
     "BEGIN IMMEDIATE",
@@ -82,7 +82,7 @@ constexpr const char* kStatements[] = {
     ZO_KEY_COLUMNS "ORDER BY folded LIMIT 1 OFFSET ?2",
     "PRAGMA wal_checkpoint(FULL)",
 };
-static_assert(std::size(kStatements) == static_cast<std::size_t>(tagRegistrySql::Count));
+static_assert(std::size(kStatements) == static_cast<std::size_t>(RegistrySql::Count));
 } // namespace
 
 CRegistryStatement::~CRegistryStatement()
@@ -176,7 +176,7 @@ void CRegistryConnection::Prepare()
     if (isEmpty)
     {
         Execute("PRAGMA journal_mode = WAL");
-        CRegistryTransaction transaction(*this, tagRegistrySql::BeginWrite);
+        CRegistryTransaction transaction(*this, RegistrySql::BeginWrite);
         Execute(kSchema);
         transaction.Commit();
     }
@@ -186,7 +186,7 @@ void CRegistryConnection::Prepare()
     }
 }
 
-CRegistryStatement CRegistryConnection::Use(tagRegistrySql sql)
+CRegistryStatement CRegistryConnection::Use(RegistrySql sql)
 {
     const auto index = static_cast<std::size_t>(sql);
     StatementPointer& statement = m_statements[index];
@@ -265,7 +265,7 @@ void CRegistryConnection::ThrowLast() const
     throw CSqliteError(sqlite3_extended_errcode(m_database.get()), sqlite3_errmsg(m_database.get()));
 }
 
-CRegistryTransaction::CRegistryTransaction(CRegistryConnection& connection, tagRegistrySql begin)
+CRegistryTransaction::CRegistryTransaction(CRegistryConnection& connection, RegistrySql begin)
     : m_connection(connection)
 {
     m_connection.Run(begin);
@@ -278,7 +278,7 @@ CRegistryTransaction::~CRegistryTransaction()
     {
         try
         {
-            m_connection.Run(tagRegistrySql::Rollback);
+            m_connection.Run(RegistrySql::Rollback);
         }
         catch (const CSqliteError&)
         {

@@ -12,7 +12,7 @@
 #include <string_view>
 
 /// The statements of the registry, prepared when first used and kept with their connection.
-enum class tagRegistrySql : std::size_t
+enum class RegistrySql : std::size_t
 {
     BeginRead,
     BeginWrite,
@@ -107,13 +107,13 @@ public:
     void Prepare();
 
     /// @throws CSqliteError
-    CRegistryStatement Use(tagRegistrySql sql);
+    CRegistryStatement Use(RegistrySql sql);
 
     /// Runs a statement that gives no rows.
     ///
     /// @throws CSqliteError
     template <class... TValues>
-    void Run(tagRegistrySql sql, const TValues&... values)
+    void Run(RegistrySql sql, const TValues&... values)
     {
         CRegistryStatement statement = Use(sql);
         (statement.Bind(values), ...);
@@ -142,24 +142,24 @@ public:
     }
 
 private:
-    struct tagClose
+    struct Close
     {
         void operator()(sqlite3* database) const noexcept { sqlite3_close_v2(database); }
     };
-    struct tagFinalize
+    struct Finalize
     {
         void operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
     };
-    using StatementPointer = std::unique_ptr<sqlite3_stmt, tagFinalize>;
+    using StatementPointer = std::unique_ptr<sqlite3_stmt, Finalize>;
 
     void Execute(const char* sql);
     std::int64_t QueryInteger(const char* sql);
     StatementPointer Compile(const char* sql);
     [[noreturn]] void ThrowLast() const;
 
-    std::unique_ptr<sqlite3, tagClose> m_database;
+    std::unique_ptr<sqlite3, Close> m_database;
     bool m_hasLog = false;
-    StatementPointer m_statements[static_cast<std::size_t>(tagRegistrySql::Count)];
+    StatementPointer m_statements[static_cast<std::size_t>(RegistrySql::Count)];
 };
 
 /// A transaction that is rolled back unless it is committed.
@@ -167,12 +167,12 @@ class CRegistryTransaction
 {
 public:
     /// @param begin  BeginRead or BeginWrite
-    CRegistryTransaction(CRegistryConnection& connection, tagRegistrySql begin);
+    CRegistryTransaction(CRegistryConnection& connection, RegistrySql begin);
     CRegistryTransaction(const CRegistryTransaction&) = delete;
     CRegistryTransaction& operator=(const CRegistryTransaction&) = delete;
     ~CRegistryTransaction();
 
-    void Commit() { m_connection.Run(tagRegistrySql::Commit); }
+    void Commit() { m_connection.Run(RegistrySql::Commit); }
 
 private:
     CRegistryConnection& m_connection;

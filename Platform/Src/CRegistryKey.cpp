@@ -10,10 +10,10 @@
 
 namespace
 {
-using Names = std::span<const tagRegistryName>;
+using Names = std::span<const RegistryName>;
 
 /// A place in the tree: the deepest key of a path that exists, and the names that are left.
-struct tagFound
+struct Found
 {
     std::int64_t id;
     Names rest;
@@ -21,16 +21,16 @@ struct tagFound
 
 bool Exists(CRegistryConnection& connection, std::int64_t id)
 {
-    CRegistryStatement statement = connection.Use(tagRegistrySql::KeyExists);
+    CRegistryStatement statement = connection.Use(RegistrySql::KeyExists);
     return statement.Bind(id).Step();
 }
 
-tagFound FollowPath(CRegistryConnection& connection, std::int64_t id, Names path)
+Found FollowPath(CRegistryConnection& connection, std::int64_t id, Names path)
 {
-    tagFound found{id, path};
+    Found found{id, path};
     for (; !found.rest.empty(); found.rest = found.rest.subspan(1))
     {
-        CRegistryStatement statement = connection.Use(tagRegistrySql::FindKey);
+        CRegistryStatement statement = connection.Use(RegistrySql::FindKey);
         if (!statement.Bind(found.id).Bind(std::string_view(found.rest.front().folded)).Step())
         {
             break;
@@ -43,14 +43,11 @@ tagFound FollowPath(CRegistryConnection& connection, std::int64_t id, Names path
 /// Makes the keys of a path below a key.
 std::int64_t MakePath(CRegistryConnection& connection, std::int64_t id, Names path)
 {
-    for (const tagRegistryName& name : path)
+    for (const RegistryName& name : path)
     {
-        const std::int64_t made = CRegistryStore::NoteChange(connection, id, tagRegistryChange::Name);
-        connection.Run(tagRegistrySql::InsertKey,
-                       made,
-                       id,
-                       std::string_view(name.folded),
-                       std::string_view(name.written));
+        const std::int64_t made = CRegistryStore::NoteChange(connection, id, RegistryChange::Name);
+        connection.Run(
+            RegistrySql::InsertKey, made, id, std::string_view(name.folded), std::string_view(name.written));
         id = made;
     }
     return id;
@@ -65,7 +62,7 @@ DWORD ToDword(std::int64_t value) noexcept
 }
 } // namespace
 
-DWORD tagValueTarget::Store(DWORD storedType, std::span<const std::byte> bytes) const noexcept
+DWORD ValueTarget::Store(DWORD storedType, std::span<const std::byte> bytes) const noexcept
 {
     const auto stored = static_cast<DWORD>(bytes.size());
     if (type != nullptr)
@@ -89,7 +86,7 @@ DWORD tagValueTarget::Store(DWORD storedType, std::span<const std::byte> bytes) 
     return ERROR_SUCCESS;
 }
 
-DWORD tagNameTarget::Store(std::string_view utf8)
+DWORD NameTarget::Store(std::string_view utf8)
 {
     const std::wstring text = FromUtf8(utf8);
     if (text.size() >= capacity)
@@ -114,7 +111,7 @@ CRegistryKey::~CRegistryKey()
 
 DWORD CRegistryKey::Open(const wchar_t* subKey, std::shared_ptr<CRegistryKey>& result) const
 {
-    std::vector<tagRegistryName> path;
+    std::vector<RegistryName> path;
     if (const DWORD error = SplitKeyPath(subKey, path); error != ERROR_SUCCESS)
     {
         return error;
@@ -123,9 +120,9 @@ DWORD CRegistryKey::Open(const wchar_t* subKey, std::shared_ptr<CRegistryKey>& r
         std::optional<CRegistryTransaction> oneMoment;
         if (path.size() > 1)
         {
-            oneMoment.emplace(connection, tagRegistrySql::BeginRead);
+            oneMoment.emplace(connection, RegistrySql::BeginRead);
         }
-        const tagFound found = FollowPath(connection, m_id, path);
+        const Found found = FollowPath(connection, m_id, path);
         if (!found.rest.empty() || path.empty())
         {
             const DWORD error =
@@ -143,7 +140,7 @@ DWORD CRegistryKey::Open(const wchar_t* subKey, std::shared_ptr<CRegistryKey>& r
 DWORD CRegistryKey::Create(const wchar_t* subKey, std::shared_ptr<CRegistryKey>& result) const
 {
     const DWORD opened = Open(subKey, result);
-    std::vector<tagRegistryName> path;
+    std::vector<RegistryName> path;
     if (opened != ERROR_FILE_NOT_FOUND || SplitKeyPath(subKey, path) != ERROR_SUCCESS)
     {
         return opened;
@@ -154,7 +151,7 @@ DWORD CRegistryKey::Create(const wchar_t* subKey, std::shared_ptr<CRegistryKey>&
     }
     std::int64_t id = 0;
     const DWORD error = m_store->Write([&](CRegistryConnection& connection) -> DWORD {
-        const tagFound found = FollowPath(connection, m_id, path);
+        const Found found = FollowPath(connection, m_id, path);
         if (!Exists(connection, found.id))
         {
             return ERROR_KEY_DELETED;
@@ -181,46 +178,46 @@ DWORD CRegistryKey::DeleteTree(const wchar_t* subKey) const
 
 DWORD CRegistryKey::Remove(const wchar_t* subKey, bool withTree) const
 {
-    std::vector<tagRegistryName> path;
+    std::vector<RegistryName> path;
     if (const DWORD error = SplitKeyPath(subKey, path); error != ERROR_SUCCESS)
     {
         return error;
     }
     return m_store->Write([&](CRegistryConnection& connection) -> DWORD {
-        const tagFound found = FollowPath(connection, m_id, path);
+        const Found found = FollowPath(connection, m_id, path);
         if (!found.rest.empty() || !Exists(connection, found.id))
         {
             return ErrorOfMissing(connection, ERROR_FILE_NOT_FOUND);
         }
-        CRegistryStatement parentOf = connection.Use(tagRegistrySql::KeyParent);
+        CRegistryStatement parentOf = connection.Use(RegistrySql::KeyParent);
         parentOf.Bind(found.id).Step();
         const std::int64_t parent = parentOf.Integer(0);
         const bool contentOnly = withTree && path.empty();
-        CRegistryStatement below = connection.Use(tagRegistrySql::HasSubKeys);
+        CRegistryStatement below = connection.Use(RegistrySql::HasSubKeys);
         if (!withTree && (parent == 0 || below.Bind(found.id).Step()))
         {
             return ERROR_ACCESS_DENIED;
         }
-        connection.Run(tagRegistrySql::DeleteTreeValues, found.id);
-        connection.Run(tagRegistrySql::DeleteTreeKeys, found.id, contentOnly ? found.id : std::int64_t{0});
-        CRegistryStore::NoteChange(connection, contentOnly ? found.id : parent, tagRegistryChange::Delete);
+        connection.Run(RegistrySql::DeleteTreeValues, found.id);
+        connection.Run(RegistrySql::DeleteTreeKeys, found.id, contentOnly ? found.id : std::int64_t{0});
+        CRegistryStore::NoteChange(connection, contentOnly ? found.id : parent, RegistryChange::Delete);
         if (contentOnly)
         {
-            CRegistryStore::NoteChange(connection, found.id, tagRegistryChange::Value);
+            CRegistryStore::NoteChange(connection, found.id, RegistryChange::Value);
         }
         return ERROR_SUCCESS;
     });
 }
 
-DWORD CRegistryKey::ReadValue(const wchar_t* name, const tagValueTarget& target) const
+DWORD CRegistryKey::ReadValue(const wchar_t* name, const ValueTarget& target) const
 {
-    tagRegistryName valueName;
+    RegistryName valueName;
     if (const DWORD error = ToValueName(name, valueName); error != ERROR_SUCCESS)
     {
         return error;
     }
     return m_store->Read([&](CRegistryConnection& connection) -> DWORD {
-        CRegistryStatement statement = connection.Use(tagRegistrySql::ReadValue);
+        CRegistryStatement statement = connection.Use(RegistrySql::ReadValue);
         if (!statement.Bind(m_id).Bind(std::string_view(valueName.folded)).Step())
         {
             return ErrorOfMissing(connection, ERROR_FILE_NOT_FOUND);
@@ -231,13 +228,13 @@ DWORD CRegistryKey::ReadValue(const wchar_t* name, const tagValueTarget& target)
 
 DWORD CRegistryKey::WriteValue(const wchar_t* name, DWORD type, std::span<const std::byte> bytes) const
 {
-    tagRegistryName valueName;
+    RegistryName valueName;
     if (const DWORD error = ToValueName(name, valueName); error != ERROR_SUCCESS)
     {
         return error;
     }
     return m_store->Write([&](CRegistryConnection& connection) -> DWORD {
-        connection.Run(tagRegistrySql::WriteValue,
+        connection.Run(RegistrySql::WriteValue,
                        m_id,
                        std::string_view(valueName.folded),
                        std::string_view(valueName.written),
@@ -247,37 +244,37 @@ DWORD CRegistryKey::WriteValue(const wchar_t* name, DWORD type, std::span<const 
         {
             return ERROR_KEY_DELETED;
         }
-        CRegistryStore::NoteChange(connection, m_id, tagRegistryChange::Value);
+        CRegistryStore::NoteChange(connection, m_id, RegistryChange::Value);
         return ERROR_SUCCESS;
     });
 }
 
 DWORD CRegistryKey::DeleteValue(const wchar_t* name) const
 {
-    tagRegistryName valueName;
+    RegistryName valueName;
     if (const DWORD error = ToValueName(name, valueName); error != ERROR_SUCCESS)
     {
         return error;
     }
     return m_store->Write([&](CRegistryConnection& connection) -> DWORD {
-        connection.Run(tagRegistrySql::DeleteValue, m_id, std::string_view(valueName.folded));
+        connection.Run(RegistrySql::DeleteValue, m_id, std::string_view(valueName.folded));
         if (connection.ChangedRows() == 0)
         {
             return ErrorOfMissing(connection, ERROR_FILE_NOT_FOUND);
         }
-        CRegistryStore::NoteChange(connection, m_id, tagRegistryChange::Value);
+        CRegistryStore::NoteChange(connection, m_id, RegistryChange::Value);
         return ERROR_SUCCESS;
     });
 }
 
-DWORD CRegistryKey::QueryInfo(tagRegistryKeyInfo& info)
+DWORD CRegistryKey::QueryInfo(RegistryKeyInfo& info)
 {
     return m_store->Read([&](CRegistryConnection& connection) -> DWORD {
         const auto moment = m_store->Moment(connection);
         const std::lock_guard lock(m_lock);
         if (!moment || moment != m_infoMoment)
         {
-            CRegistryStatement statement = connection.Use(tagRegistrySql::KeyInfo);
+            CRegistryStatement statement = connection.Use(RegistrySql::KeyInfo);
             if (!statement.Bind(m_id).Step() || statement.Integer(0) == 0)
             {
                 return ERROR_KEY_DELETED;
@@ -294,23 +291,20 @@ DWORD CRegistryKey::QueryInfo(tagRegistryKeyInfo& info)
     });
 }
 
-DWORD CRegistryKey::EnumValue(DWORD index, tagNameTarget& name, const tagValueTarget& target)
+DWORD CRegistryKey::EnumValue(DWORD index, NameTarget& name, const ValueTarget& target)
 {
-    constexpr tagEnumeration kValues{tagRegistrySql::ValuesAfter, tagRegistrySql::ValueAt};
+    constexpr Enumeration kValues{RegistrySql::ValuesAfter, RegistrySql::ValueAt};
     return Enumerate(kValues, m_valuePage, index, name, target);
 }
 
-DWORD CRegistryKey::EnumKey(DWORD index, tagNameTarget& name)
+DWORD CRegistryKey::EnumKey(DWORD index, NameTarget& name)
 {
-    constexpr tagEnumeration kKeys{tagRegistrySql::KeysAfter, tagRegistrySql::KeyAt};
+    constexpr Enumeration kKeys{RegistrySql::KeysAfter, RegistrySql::KeyAt};
     return Enumerate(kKeys, m_keyPage, index, name, {});
 }
 
-DWORD CRegistryKey::Enumerate(const tagEnumeration& enumeration,
-                              tagPage& page,
-                              DWORD index,
-                              tagNameTarget& name,
-                              const tagValueTarget& target)
+DWORD CRegistryKey::Enumerate(
+    const Enumeration& enumeration, Page& page, DWORD index, NameTarget& name, const ValueTarget& target)
 {
     return m_store->Read([&](CRegistryConnection& connection) -> DWORD {
         const std::lock_guard lock(m_lock);
@@ -333,7 +327,7 @@ DWORD CRegistryKey::Enumerate(const tagEnumeration& enumeration,
             page = {};
             return ErrorOfMissing(connection, ERROR_NO_MORE_ITEMS);
         }
-        const tagEntry& entry = page.entries[index - page.first];
+        const Entry& entry = page.entries[index - page.first];
         const char* bytes = page.bytes.data() + entry.begin;
         DWORD error = name.Store({bytes, entry.nameSize});
         if (error == ERROR_SUCCESS)
@@ -350,8 +344,8 @@ DWORD CRegistryKey::Enumerate(const tagEnumeration& enumeration,
 }
 
 void CRegistryKey::ReadAheadLocked(CRegistryConnection& connection,
-                                   const tagEnumeration& enumeration,
-                                   tagPage& page,
+                                   const Enumeration& enumeration,
+                                   Page& page,
                                    DWORD index,
                                    bool isNext) const
 {
@@ -386,7 +380,7 @@ DWORD CRegistryKey::ErrorOfMissing(CRegistryConnection& connection, DWORD error)
 DWORD CRegistryKey::Flush() const
 {
     return m_store->Read([](CRegistryConnection& connection) -> DWORD {
-        CRegistryStatement statement = connection.Use(tagRegistrySql::Checkpoint);
+        CRegistryStatement statement = connection.Use(RegistrySql::Checkpoint);
         return statement.Step() && statement.Integer(0) != 0 ? ERROR_BUSY : ERROR_SUCCESS;
     });
 }

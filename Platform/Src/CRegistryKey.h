@@ -14,7 +14,7 @@
 #include <vector>
 
 /// What a key holds; lengths in characters, sizes in bytes.
-struct tagRegistryKeyInfo
+struct RegistryKeyInfo
 {
     DWORD subKeys = 0;
     DWORD maxSubKeyLength = 0;
@@ -24,7 +24,7 @@ struct tagRegistryKeyInfo
 };
 
 /// Where the caller wants a value; null pointers as in Registry.h.
-struct tagValueTarget
+struct ValueTarget
 {
     DWORD* type;
     BYTE* data;
@@ -35,7 +35,7 @@ struct tagValueTarget
 };
 
 /// Where the caller wants the name of what it enumerates.
-struct tagNameTarget
+struct NameTarget
 {
     wchar_t* name;
     DWORD capacity; ///< characters, terminator included
@@ -62,13 +62,13 @@ public:
     DWORD Delete(const wchar_t* subKey) const;
     DWORD DeleteTree(const wchar_t* subKey) const;
 
-    DWORD ReadValue(const wchar_t* name, const tagValueTarget& target) const;
+    DWORD ReadValue(const wchar_t* name, const ValueTarget& target) const;
     DWORD WriteValue(const wchar_t* name, DWORD type, std::span<const std::byte> bytes) const;
     DWORD DeleteValue(const wchar_t* name) const;
 
-    DWORD QueryInfo(tagRegistryKeyInfo& info);
-    DWORD EnumValue(DWORD index, tagNameTarget& name, const tagValueTarget& target);
-    DWORD EnumKey(DWORD index, tagNameTarget& name);
+    DWORD QueryInfo(RegistryKeyInfo& info);
+    DWORD EnumValue(DWORD index, NameTarget& name, const ValueTarget& target);
+    DWORD EnumKey(DWORD index, NameTarget& name);
 
     DWORD Flush() const;
     DWORD Notify(bool watchSubtree, DWORD filter, HANDLE event) const;
@@ -78,7 +78,7 @@ public:
 
 private:
     /// One entry of a page.
-    struct tagEntry
+    struct Entry
     {
         std::size_t begin; ///< of the name in the page's bytes; the data follow
         std::size_t nameSize;
@@ -86,30 +86,27 @@ private:
         DWORD type;
     };
     /// Entries that an enumeration has read ahead, good while nothing has changed since.
-    struct tagPage
+    struct Page
     {
-        std::optional<tagRegistryMoment> moment; ///< nothing: good for one call only
-        DWORD first = 0;                         ///< number of the first entry
-        std::vector<tagEntry> entries;
+        std::optional<RegistryMoment> moment; ///< nothing: good for one call only
+        DWORD first = 0;                      ///< number of the first entry
+        std::vector<Entry> entries;
         std::string bytes;
         std::string lastFolded; ///< of the last entry
     };
     /// The statements of one enumeration.
-    struct tagEnumeration
+    struct Enumeration
     {
-        tagRegistrySql after; ///< a name
-        tagRegistrySql at;    ///< a number
+        RegistrySql after; ///< a name
+        RegistrySql at;    ///< a number
     };
 
-    DWORD Enumerate(const tagEnumeration& enumeration,
-                    tagPage& page,
-                    DWORD index,
-                    tagNameTarget& name,
-                    const tagValueTarget& target);
+    DWORD Enumerate(
+        const Enumeration& enumeration, Page& page, DWORD index, NameTarget& name, const ValueTarget& target);
     /// @param isNext  the number is that behind the page
     void ReadAheadLocked(CRegistryConnection& connection,
-                         const tagEnumeration& enumeration,
-                         tagPage& page,
+                         const Enumeration& enumeration,
+                         Page& page,
                          DWORD index,
                          bool isNext) const;
     DWORD ErrorOfMissing(CRegistryConnection& connection, DWORD error) const;
@@ -123,8 +120,8 @@ private:
 
     std::mutex m_lock; // no other lock is taken while it is held
     // Guarded by m_lock.
-    tagPage m_valuePage;
-    tagPage m_keyPage;
-    std::optional<tagRegistryMoment> m_infoMoment;
-    tagRegistryKeyInfo m_info;
+    Page m_valuePage;
+    Page m_keyPage;
+    std::optional<RegistryMoment> m_infoMoment;
+    RegistryKeyInfo m_info;
 };

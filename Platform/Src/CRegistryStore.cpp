@@ -19,13 +19,13 @@ constexpr mode_t kOwnFolder = 0700;
 constexpr mode_t kOwnFile = 0600;
 
 /// What becomes of the database's result codes.
-struct tagFaultRow
+struct FaultRow
 {
     int code;
     DWORD error;
     bool isPassing; ///< the connection stays good
 };
-constexpr tagFaultRow kFaultRows[] = {
+constexpr FaultRow kFaultRows[] = {
     {SQLITE_BUSY, ERROR_BUSY, true},
     {SQLITE_LOCKED, ERROR_BUSY, true},
     {SQLITE_PROTOCOL, ERROR_BUSY, true},
@@ -44,9 +44,9 @@ constexpr tagFaultRow kFaultRows[] = {
     {SQLITE_OK, ERROR_REGISTRY_IO_FAILED, false}, // every other code
 };
 
-const tagFaultRow& FindFaultRow(int code) noexcept
+const FaultRow& FindFaultRow(int code) noexcept
 {
-    const tagFaultRow* row = &kFaultRows[0];
+    const FaultRow* row = &kFaultRows[0];
     while (row->code != code && row->code != SQLITE_OK)
     {
         ++row;
@@ -101,13 +101,13 @@ CRegistryStore::CRegistryStore(const std::string& file) : m_file(Resolved(file))
 CRegistryStore::~CRegistryStore() = default;
 
 std::int64_t
-CRegistryStore::NoteChange(CRegistryConnection& connection, std::int64_t key, tagRegistryChange change)
+CRegistryStore::NoteChange(CRegistryConnection& connection, std::int64_t key, RegistryChange change)
 {
-    connection.Run(tagRegistrySql::InsertChange, key, static_cast<std::int64_t>(change));
+    connection.Run(RegistrySql::InsertChange, key, static_cast<std::int64_t>(change));
     const std::int64_t sequence = connection.LastRow();
     if (sequence % kTrimInterval == 0)
     {
-        connection.Run(tagRegistrySql::TrimChanges, sequence - kKeptChanges);
+        connection.Run(RegistrySql::TrimChanges, sequence - kKeptChanges);
     }
     return sequence;
 }
@@ -163,10 +163,10 @@ std::unique_ptr<CRegistryConnection> CRegistryStore::Open()
     return connection;
 }
 
-std::optional<tagRegistryMoment> CRegistryStore::Moment(const CRegistryConnection& connection) const noexcept
+std::optional<RegistryMoment> CRegistryStore::Moment(const CRegistryConnection& connection) const noexcept
 {
     const auto mark = connection.CommitMark();
-    return mark ? std::optional(tagRegistryMoment{m_openings, *mark}) : std::nullopt;
+    return mark ? std::optional(RegistryMoment{m_openings, *mark}) : std::nullopt;
 }
 
 void CRegistryStore::MakeFile() const
@@ -200,7 +200,7 @@ int CRegistryStore::Bell() noexcept
     return m_bell.Get();
 }
 
-void CRegistryStore::GiveBack(std::unique_ptr<CRegistryConnection> connection, tagFault& fault)
+void CRegistryStore::GiveBack(std::unique_ptr<CRegistryConnection> connection, Fault& fault)
 {
     const std::lock_guard lock(m_lock);
     fault.toldCode = SQLITE_OK;
@@ -217,9 +217,9 @@ void CRegistryStore::KeepLocked(std::unique_ptr<CRegistryConnection> connection)
 
 DWORD CRegistryStore::Tell(const CSqliteError& error,
                            std::unique_ptr<CRegistryConnection> connection,
-                           tagFault& fault)
+                           Fault& fault)
 {
-    const tagFaultRow& row = FindFaultRow(error.Code());
+    const FaultRow& row = FindFaultRow(error.Code());
     if (!row.isPassing)
     {
         // The file may be repaired or replaced meanwhile: begin anew.

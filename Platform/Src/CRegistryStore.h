@@ -14,7 +14,7 @@
 class CRegistryWatcher;
 
 /// Kinds of changes; the values are the bits of the notification filter.
-enum class tagRegistryChange : std::int64_t
+enum class RegistryChange : std::int64_t
 {
     Name = 1,   ///< a key was made below the key
     Value = 4,  ///< a value was written or deleted
@@ -22,12 +22,12 @@ enum class tagRegistryChange : std::int64_t
 };
 
 /// A moment of a store: what was read at two equal ones is the same.
-struct tagRegistryMoment
+struct RegistryMoment
 {
     std::uint32_t openings;
     RegistryCommitMark mark;
 
-    bool operator==(const tagRegistryMoment&) const = default;
+    bool operator==(const RegistryMoment&) const = default;
 };
 
 /// One database file: its connections, its transactions and the telling of its failures. Any operation from
@@ -58,7 +58,7 @@ public:
         // Threads of this process queue here, because SQLite would let them sleep.
         const std::lock_guard lock(m_writeLock);
         const DWORD error = Run(m_writeFault, [&body](CRegistryConnection& connection) {
-            CRegistryTransaction transaction(connection, tagRegistrySql::BeginWrite);
+            CRegistryTransaction transaction(connection, RegistrySql::BeginWrite);
             const DWORD result = body(connection);
             if (result == ERROR_SUCCESS)
             {
@@ -74,12 +74,10 @@ public:
     }
 
     /// Numbers a change; called by the body of a Write.
-    static std::int64_t
-    NoteChange(CRegistryConnection& connection, std::int64_t key, tagRegistryChange change);
+    static std::int64_t NoteChange(CRegistryConnection& connection, std::int64_t key, RegistryChange change);
 
     /// Now, for a body that reads; nothing when it cannot be told.
-    [[nodiscard]] std::optional<tagRegistryMoment>
-    Moment(const CRegistryConnection& connection) const noexcept;
+    [[nodiscard]] std::optional<RegistryMoment> Moment(const CRegistryConnection& connection) const noexcept;
 
     /// The oldest change that is surely kept.
     static constexpr std::int64_t kKeptChanges = 4096;
@@ -94,14 +92,14 @@ public:
 
 private:
     /// The failure that was told last, so that the same one is not told again and again.
-    struct tagFault
+    struct Fault
     {
         const char* operation = "";
         int toldCode = 0;
     };
 
     template <class TBody>
-    DWORD Run(tagFault& fault, const TBody& body)
+    DWORD Run(Fault& fault, const TBody& body)
     {
         std::unique_ptr<CRegistryConnection> connection;
         try
@@ -124,9 +122,9 @@ private:
     void RingBell() noexcept;
     /// Stays open once it is; -1 before.
     int Bell() noexcept;
-    void GiveBack(std::unique_ptr<CRegistryConnection> connection, tagFault& fault);
+    void GiveBack(std::unique_ptr<CRegistryConnection> connection, Fault& fault);
     void KeepLocked(std::unique_ptr<CRegistryConnection> connection);
-    DWORD Tell(const CSqliteError& error, std::unique_ptr<CRegistryConnection> connection, tagFault& fault);
+    DWORD Tell(const CSqliteError& error, std::unique_ptr<CRegistryConnection> connection, Fault& fault);
 
     const std::string m_file;
     std::atomic<std::uint32_t> m_openings{0};
@@ -139,7 +137,7 @@ private:
     // Guarded by m_lock.
     CUniqueDescriptor m_bell;
     std::vector<std::unique_ptr<CRegistryConnection>> m_idle;
-    tagFault m_readFault{"reading"};
-    tagFault m_writeFault{"writing"};
+    Fault m_readFault{"reading"};
+    Fault m_writeFault{"writing"};
     std::unique_ptr<CRegistryWatcher> m_watcher;
 };

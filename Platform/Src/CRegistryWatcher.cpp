@@ -17,7 +17,7 @@
 
 namespace
 {
-std::int64_t QueryInteger(CRegistryConnection& connection, tagRegistrySql sql)
+std::int64_t QueryInteger(CRegistryConnection& connection, RegistrySql sql)
 {
     CRegistryStatement statement = connection.Use(sql);
     return statement.Step() ? statement.Integer(0) : 0;
@@ -32,9 +32,9 @@ CUniqueDescriptor Checked(int descriptor, const char* what)
     return CUniqueDescriptor(descriptor);
 }
 
-void SetAll(std::vector<tagWatchRequest>& requests) noexcept
+void SetAll(std::vector<WatchRequest>& requests) noexcept
 {
-    for (const tagWatchRequest& request : requests)
+    for (const WatchRequest& request : requests)
     {
         SetEvent(request.event);
     }
@@ -48,10 +48,10 @@ class CRegistryWatcher::CChanges
 public:
     CChanges(CRegistryConnection& connection, std::int64_t since)
         : m_connection(connection),
-          m_last(QueryInteger(connection, tagRegistrySql::LastChange)),
-          m_areComplete(QueryInteger(connection, tagRegistrySql::FirstChange) <= since + 1)
+          m_last(QueryInteger(connection, RegistrySql::LastChange)),
+          m_areComplete(QueryInteger(connection, RegistrySql::FirstChange) <= since + 1)
     {
-        CRegistryStatement statement = connection.Use(tagRegistrySql::ChangesSince);
+        CRegistryStatement statement = connection.Use(RegistrySql::ChangesSince);
         statement.Bind(since);
         while (statement.Step())
         {
@@ -61,14 +61,14 @@ public:
 
     [[nodiscard]] std::int64_t Last() const noexcept { return m_last; }
 
-    [[nodiscard]] bool Concern(std::int64_t key, const tagWatchRequest& request)
+    [[nodiscard]] bool Concern(std::int64_t key, const WatchRequest& request)
     {
         if (!m_areComplete)
         {
             return true;
         }
-        return std::ranges::any_of(m_changes, [&](const tagChange& change) {
-            if (change.kind == static_cast<DWORD>(tagRegistryChange::Delete) && ParentOf(key) < 0)
+        return std::ranges::any_of(m_changes, [&](const Change& change) {
+            if (change.kind == static_cast<DWORD>(RegistryChange::Delete) && ParentOf(key) < 0)
             {
                 return true;
             }
@@ -95,7 +95,7 @@ private:
         const auto [position, isNew] = m_parents.try_emplace(key, -1);
         if (isNew)
         {
-            CRegistryStatement statement = m_connection.Use(tagRegistrySql::KeyParent);
+            CRegistryStatement statement = m_connection.Use(RegistrySql::KeyParent);
             position->second = statement.Bind(key).Step() ? statement.Integer(0) : -1;
         }
         return position->second;
@@ -104,7 +104,7 @@ private:
     CRegistryConnection& m_connection;
     std::int64_t m_last;
     bool m_areComplete;
-    std::vector<tagChange> m_changes;
+    std::vector<Change> m_changes;
     std::unordered_map<std::int64_t, std::int64_t> m_parents;
 };
 
@@ -127,7 +127,7 @@ CRegistryWatcher::~CRegistryWatcher()
     m_thread.join();
 }
 
-DWORD CRegistryWatcher::Arm(const CRegistryKey* handle, std::int64_t key, const tagWatchRequest& request)
+DWORD CRegistryWatcher::Arm(const CRegistryKey* handle, std::int64_t key, const WatchRequest& request)
 {
     const std::lock_guard lock(m_lock);
     // Whoever closes the key marks it before he takes the lock to end its requests.
@@ -137,16 +137,16 @@ DWORD CRegistryWatcher::Arm(const CRegistryKey* handle, std::int64_t key, const 
     }
     return m_store.Read([&](CRegistryConnection& connection) -> DWORD {
         {
-            CRegistryStatement exists = connection.Use(tagRegistrySql::KeyExists);
+            CRegistryStatement exists = connection.Use(RegistrySql::KeyExists);
             if (!exists.Bind(key).Step())
             {
                 return ERROR_KEY_DELETED;
             }
         }
         const auto found = m_watches.find(handle);
-        tagWatch watch = found != m_watches.end()
-                             ? found->second
-                             : tagWatch{key, QueryInteger(connection, tagRegistrySql::LastChange), {}};
+        Watch watch = found != m_watches.end()
+                          ? found->second
+                          : Watch{key, QueryInteger(connection, RegistrySql::LastChange), {}};
         watch.pending.push_back(request);
         ExamineLocked(connection, watch);
         m_watches.insert_or_assign(handle, std::move(watch));
@@ -219,11 +219,11 @@ catch (const std::bad_alloc&)
     return ERROR_NOT_ENOUGH_MEMORY;
 }
 
-void CRegistryWatcher::ExamineLocked(CRegistryConnection& connection, tagWatch& watch)
+void CRegistryWatcher::ExamineLocked(CRegistryConnection& connection, Watch& watch)
 {
-    CRegistryTransaction oneMoment(connection, tagRegistrySql::BeginRead);
+    CRegistryTransaction oneMoment(connection, RegistrySql::BeginRead);
     CChanges changes(connection, watch.seen);
-    std::erase_if(watch.pending, [&](const tagWatchRequest& request) {
+    std::erase_if(watch.pending, [&](const WatchRequest& request) {
         const bool concerns = changes.Concern(watch.key, request);
         if (concerns)
         {

@@ -16,7 +16,7 @@ class CRegistryKey;
 class CRegistryStore;
 
 /// What one call of RegNotifyChangeKeyValue asks for.
-struct tagWatchRequest
+struct WatchRequest
 {
     DWORD filter;
     HANDLE event;
@@ -36,20 +36,20 @@ public:
 
     /// @param handle  identifies the open key in later calls
     /// @return an error number
-    DWORD Arm(const CRegistryKey* handle, std::int64_t key, const tagWatchRequest& request);
+    DWORD Arm(const CRegistryKey* handle, std::int64_t key, const WatchRequest& request);
 
     /// Sets the events of a handle that is being closed.
     void Forget(const CRegistryKey* handle) noexcept;
 
 private:
     /// A handle that has been watched at least once.
-    struct tagWatch
+    struct Watch
     {
         std::int64_t key = 0;
         std::int64_t seen = 0; ///< the changes up to this one have been looked at
-        std::vector<tagWatchRequest> pending;
+        std::vector<WatchRequest> pending;
     };
-    struct tagChange
+    struct Change
     {
         std::int64_t key;
         DWORD kind;
@@ -59,7 +59,7 @@ private:
     void Loop();
     void ExamineAll() noexcept;
     DWORD ReadChangesLocked() noexcept;
-    void ExamineLocked(CRegistryConnection& connection, tagWatch& watch);
+    void ExamineLocked(CRegistryConnection& connection, Watch& watch);
 
     CRegistryStore& m_store;
     CUniqueDescriptor m_inotify;
@@ -67,7 +67,7 @@ private:
 
     std::mutex m_lock; // the store's locks are taken behind it
     // Guarded by m_lock.
-    std::map<const CRegistryKey*, tagWatch> m_watches;
+    std::map<const CRegistryKey*, Watch> m_watches;
 
     std::jthread m_thread;
 };

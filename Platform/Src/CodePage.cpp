@@ -59,14 +59,14 @@ constexpr bool IsCharacter(char32_t code) noexcept
 }
 
 /// What a first byte of UTF-8 announces; no row means that the byte cannot come first.
-struct tagUtf8Lead
+struct Utf8Lead
 {
     unsigned char mask;
     unsigned char pattern;
     int followers;
     char32_t lowest;
 };
-constexpr tagUtf8Lead kUtf8Leads[] = {
+constexpr Utf8Lead kUtf8Leads[] = {
     {0x80, 0x00, 0, 0},
     {0xE0, 0xC0, 1, 0x80},
     {0xF0, 0xE0, 2, 0x800},
@@ -80,7 +80,7 @@ wchar_t TakeUtf8(std::string_view& text, bool& valid) noexcept
 {
     const auto first = static_cast<unsigned char>(text.front());
     text.remove_prefix(1);
-    for (const tagUtf8Lead& lead : kUtf8Leads)
+    for (const Utf8Lead& lead : kUtf8Leads)
     {
         if ((first & lead.mask) != lead.pattern)
         {
@@ -142,14 +142,14 @@ DWORD CheckArguments(
 }
 
 /// Letters with a small and a capital form; toCapital leads from the small to the capital one.
-struct tagCaseRange
+struct CaseRange
 {
     wchar_t firstSmall;
     wchar_t lastSmall;
     wchar_t step;
     wchar_t toCapital;
 };
-constexpr tagCaseRange kCaseRanges[] = {
+constexpr CaseRange kCaseRanges[] = {
     {0x0061, 0x007A, 1, -32},
     {0x00E0, 0x00F6, 1, -32},
     {0x00F8, 0x00FE, 1, -32},
@@ -173,7 +173,7 @@ constexpr tagCaseRange kCaseRanges[] = {
 
 constexpr wchar_t kLastCased = 0x045F;
 
-constexpr bool IsWithin(const tagCaseRange& range, wchar_t small) noexcept
+constexpr bool IsWithin(const CaseRange& range, wchar_t small) noexcept
 {
     return small >= range.firstSmall && small <= range.lastSmall &&
            (small - range.firstSmall) % range.step == 0;
@@ -181,7 +181,7 @@ constexpr bool IsWithin(const tagCaseRange& range, wchar_t small) noexcept
 
 wchar_t ToCapital(wchar_t character) noexcept
 {
-    for (const tagCaseRange& range : kCaseRanges)
+    for (const CaseRange& range : kCaseRanges)
     {
         if (IsWithin(range, character))
         {
@@ -193,7 +193,7 @@ wchar_t ToCapital(wchar_t character) noexcept
 
 wchar_t ToSmall(wchar_t character) noexcept
 {
-    for (const tagCaseRange& range : kCaseRanges)
+    for (const CaseRange& range : kCaseRanges)
     {
         if (IsWithin(range, character - range.toCapital))
         {

@@ -20,7 +20,7 @@ constexpr std::size_t kRoots = 7;
 constexpr HKEY kFirstRoot = HKEY_CLASSES_ROOT;
 
 /// The database file in use, with its roots. The keys keep their file alive.
-struct tagRegistry
+struct Registry
 {
     std::shared_ptr<CRegistryStore> store;
     std::array<std::shared_ptr<CRegistryKey>, kRoots> roots;
@@ -43,9 +43,9 @@ std::string FileOfEnvironment()
     return home != nullptr && *home != '\0' ? std::string(home) + "/.local/state" + kPlace : std::string();
 }
 
-std::shared_ptr<const tagRegistry> MakeRegistry(std::string file)
+std::shared_ptr<const Registry> MakeRegistry(std::string file)
 {
-    auto registry = std::make_shared<tagRegistry>();
+    auto registry = std::make_shared<Registry>();
     registry->store = std::make_shared<CRegistryStore>(std::move(file));
     for (std::size_t i = 0; i < kRoots; ++i)
     {
@@ -66,7 +66,7 @@ public:
         return current;
     }
 
-    std::shared_ptr<const tagRegistry> Get()
+    std::shared_ptr<const Registry> Get()
     {
         const std::lock_guard lock(m_lock);
         if (m_registry == nullptr)
@@ -76,7 +76,7 @@ public:
         return m_registry;
     }
 
-    void Set(std::shared_ptr<const tagRegistry> registry)
+    void Set(std::shared_ptr<const Registry> registry)
     {
         const std::lock_guard lock(m_lock);
         m_registry.swap(registry);
@@ -84,7 +84,7 @@ public:
 
 private:
     std::mutex m_lock;
-    std::shared_ptr<const tagRegistry> m_registry; // guarded by m_lock; null until it is needed
+    std::shared_ptr<const Registry> m_registry; // guarded by m_lock; null until it is needed
 };
 
 /// Gives a root the form with 32 zeros in front; other handles stay.
@@ -251,7 +251,7 @@ LONG RegQueryInfoKey(HKEY key,
         {
             return ERROR_NOT_SUPPORTED;
         }
-        tagRegistryKeyInfo info;
+        RegistryKeyInfo info;
         if (const DWORD error = open.QueryInfo(info); error != ERROR_SUCCESS)
         {
             return error;
@@ -284,7 +284,7 @@ LONG RegEnumValue(HKEY key,
         {
             return ERROR_INVALID_PARAMETER;
         }
-        tagNameTarget target{name, *nameLength, *nameLength};
+        NameTarget target{name, *nameLength, *nameLength};
         const DWORD error = open.EnumValue(index, target, {type, data, size});
         *nameLength = target.length;
         return error;
@@ -294,7 +294,7 @@ LONG RegEnumValue(HKEY key,
 LONG RegEnumKey(HKEY key, DWORD index, wchar_t* name, DWORD nameLength) noexcept
 {
     return WithKey(key, [&](CRegistryKey& open) -> DWORD {
-        tagNameTarget target{name, nameLength, 0};
+        NameTarget target{name, nameLength, 0};
         return name == nullptr ? ERROR_INVALID_PARAMETER : open.EnumKey(index, target);
     });
 }

@@ -12,7 +12,7 @@ namespace
 constexpr wchar_t kSeparator = L'\\';
 
 /// Names are short and mostly plain: those need no conversion.
-bool AssignPlain(std::wstring_view text, tagRegistryName& name)
+bool AssignPlain(std::wstring_view text, RegistryName& name)
 {
     constexpr wchar_t kLastPlain = 0x7F;
     if (std::ranges::any_of(text, [](wchar_t c) { return c < 0 || c > kLastPlain; }))
@@ -27,7 +27,7 @@ bool AssignPlain(std::wstring_view text, tagRegistryName& name)
     return true;
 }
 
-DWORD ToName(std::wstring_view text, DWORD limit, tagRegistryName& name)
+DWORD ToName(std::wstring_view text, DWORD limit, RegistryName& name)
 {
     if (text.size() > limit)
     {
@@ -80,12 +80,12 @@ std::wstring FromUtf8(std::string_view bytes)
     return text;
 }
 
-DWORD ToValueName(const wchar_t* text, tagRegistryName& name)
+DWORD ToValueName(const wchar_t* text, RegistryName& name)
 {
     return ToName(text == nullptr ? std::wstring_view() : text, kRegistryMaximumValueName, name);
 }
 
-DWORD SplitKeyPath(const wchar_t* path, std::vector<tagRegistryName>& names)
+DWORD SplitKeyPath(const wchar_t* path, std::vector<RegistryName>& names)
 {
     std::wstring_view rest = path == nullptr ? std::wstring_view() : path;
     while (!rest.empty())

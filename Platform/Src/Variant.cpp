@@ -14,16 +14,16 @@ namespace
 bool CanBeHeld(VARTYPE type) noexcept
 {
     const auto base = static_cast<VARTYPE>(type & ~(VT_ARRAY | VT_BYREF));
-    const tagVariantKind kind = VariantType(base).kind;
+    const VariantKind kind = VariantType(base).kind;
     if ((type & VT_ARRAY) != 0)
     {
         return IsPlainScalar(base);
     }
     if ((type & VT_BYREF) != 0)
     {
-        return kind != tagVariantKind::Invalid && kind != tagVariantKind::Nothing;
+        return kind != VariantKind::Invalid && kind != VariantKind::Nothing;
     }
-    return kind != tagVariantKind::Invalid && kind != tagVariantKind::Variant;
+    return kind != VariantKind::Invalid && kind != VariantKind::Variant;
 }
 
 /// Gives target an independent copy of source; target is overwritten without being freed.
@@ -46,7 +46,7 @@ HRESULT CopyValue(const VARIANT& source, VARIANT& target) noexcept
                                              SysStringByteLen(source.bstrVal));
         result = copy.bstrVal == nullptr ? E_OUTOFMEMORY : S_OK;
     }
-    else if (VariantType(source.vt).kind == tagVariantKind::Interface && source.punkVal != nullptr)
+    else if (VariantType(source.vt).kind == VariantKind::Interface && source.punkVal != nullptr)
     {
         source.punkVal->AddRef();
     }
@@ -201,7 +201,7 @@ HRESULT VariantClear(VARIANT* variant) noexcept
     {
         SysFreeString(former.bstrVal);
     }
-    else if (VariantType(former.vt).kind == tagVariantKind::Interface && former.punkVal != nullptr)
+    else if (VariantType(former.vt).kind == VariantKind::Interface && former.punkVal != nullptr)
     {
         former.punkVal->Release();
     }

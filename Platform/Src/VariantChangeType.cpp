@@ -23,7 +23,7 @@ HRESULT ToText(const VARIANT& source, WORD flags, VARIANT& fresh) noexcept
 HRESULT ConvertNumber(const VARIANT& source, VARTYPE type, VARIANT& fresh) noexcept
 {
     const bool setsAllBits = source.vt == VT_BOOL && source.boolVal != VARIANT_FALSE &&
-                             VariantType(type).kind == tagVariantKind::Unsigned;
+                             VariantType(type).kind == VariantKind::Unsigned;
     if (setsAllBits)
     {
         const unsigned unusedBits = 64U - 8U * VariantType(type).size;
@@ -55,9 +55,9 @@ HRESULT Convert(const VARIANT& source, WORD flags, VARTYPE type, VARIANT& fresh)
 bool IsWantedType(VARTYPE type) noexcept
 {
     const auto base = static_cast<VARTYPE>(type & ~VT_ARRAY);
-    const tagVariantKind kind = VariantType(base).kind;
+    const VariantKind kind = VariantType(base).kind;
     return (type & VT_ARRAY) != 0 ? IsPlainScalar(base)
-                                  : kind != tagVariantKind::Invalid && kind != tagVariantKind::Variant;
+                                  : kind != VariantKind::Invalid && kind != VariantKind::Variant;
 }
 } // namespace
 

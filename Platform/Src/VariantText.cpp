@@ -360,24 +360,24 @@ BSTR FormatScalar(const VARIANT& value, bool alphabeticTruth) noexcept
     char* end = buffer;
     switch (VariantType(value.vt).kind)
     {
-    case tagVariantKind::Signed:
+    case VariantKind::Signed:
         end = std::to_chars(buffer, last, static_cast<LONGLONG>(LoadNumber(value))).ptr;
         break;
-    case tagVariantKind::Unsigned:
+    case VariantKind::Unsigned:
         end = std::to_chars(buffer, last, static_cast<ULONGLONG>(LoadNumber(value))).ptr;
         break;
-    case tagVariantKind::Real:
+    case VariantKind::Real:
         end = value.vt == VT_R4 ? FormatReal(buffer, last, value.fltVal)
                                 : FormatReal(buffer, last, value.dblVal);
         break;
-    case tagVariantKind::Currency:
+    case VariantKind::Currency:
         end = FormatCurrency(buffer, last, value.cyVal.int64);
         break;
-    case tagVariantKind::Date:
+    case VariantKind::Date:
         end =
             IsWithinDates(value.date) ? FormatDate(buffer, value.date) : FormatReal(buffer, last, value.date);
         break;
-    case tagVariantKind::Bool:
+    case VariantKind::Bool:
         if (alphabeticTruth)
         {
             return A2WBSTR(value.boolVal == VARIANT_FALSE ? "False" : "True");

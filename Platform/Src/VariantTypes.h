@@ -3,7 +3,7 @@
 #include "Variant.h"
 
 /// What the conversions need to know of a type.
-enum class tagVariantKind : std::uint8_t
+enum class VariantKind : std::uint8_t
 {
     Invalid,
     Nothing,
@@ -19,45 +19,45 @@ enum class tagVariantKind : std::uint8_t
     Variant
 };
 
-struct tagVariantType
+struct VariantTypeRow
 {
-    tagVariantKind kind;
+    VariantKind kind;
     std::uint8_t size;
 };
 
 /// Indexed by VARTYPE.
-inline constexpr tagVariantType kVariantTypes[] = {
-    {tagVariantKind::Nothing, 0},
-    {tagVariantKind::Nothing, 0},
-    {tagVariantKind::Signed, 2},
-    {tagVariantKind::Signed, 4},
-    {tagVariantKind::Real, 4},
-    {tagVariantKind::Real, 8},
-    {tagVariantKind::Currency, 8},
-    {tagVariantKind::Date, 8},
-    {tagVariantKind::Text, 8},
-    {tagVariantKind::Interface, 8},
-    {tagVariantKind::Error, 4},
-    {tagVariantKind::Bool, 2},
-    {tagVariantKind::Variant, sizeof(VARIANT)},
-    {tagVariantKind::Interface, 8},
-    {tagVariantKind::Invalid, 0},
-    {tagVariantKind::Invalid, 0},
-    {tagVariantKind::Signed, 1},
-    {tagVariantKind::Unsigned, 1},
-    {tagVariantKind::Unsigned, 2},
-    {tagVariantKind::Unsigned, 4},
-    {tagVariantKind::Signed, 8},
-    {tagVariantKind::Unsigned, 8},
-    {tagVariantKind::Signed, 4},
-    {tagVariantKind::Unsigned, 4},
+inline constexpr VariantTypeRow kVariantTypes[] = {
+    {VariantKind::Nothing, 0},
+    {VariantKind::Nothing, 0},
+    {VariantKind::Signed, 2},
+    {VariantKind::Signed, 4},
+    {VariantKind::Real, 4},
+    {VariantKind::Real, 8},
+    {VariantKind::Currency, 8},
+    {VariantKind::Date, 8},
+    {VariantKind::Text, 8},
+    {VariantKind::Interface, 8},
+    {VariantKind::Error, 4},
+    {VariantKind::Bool, 2},
+    {VariantKind::Variant, sizeof(VARIANT)},
+    {VariantKind::Interface, 8},
+    {VariantKind::Invalid, 0},
+    {VariantKind::Invalid, 0},
+    {VariantKind::Signed, 1},
+    {VariantKind::Unsigned, 1},
+    {VariantKind::Unsigned, 2},
+    {VariantKind::Unsigned, 4},
+    {VariantKind::Signed, 8},
+    {VariantKind::Unsigned, 8},
+    {VariantKind::Signed, 4},
+    {VariantKind::Unsigned, 4},
 };
 static_assert(sizeof kVariantTypes / sizeof kVariantTypes[0] == VT_UINT + 1);
-static_assert(kVariantTypes[VT_BOOL].kind == tagVariantKind::Bool && kVariantTypes[VT_UI1].size == 1);
+static_assert(kVariantTypes[VT_BOOL].kind == VariantKind::Bool && kVariantTypes[VT_UI1].size == 1);
 
-constexpr tagVariantType VariantType(VARTYPE type) noexcept
+constexpr VariantTypeRow VariantType(VARTYPE type) noexcept
 {
-    return type <= VT_UINT ? kVariantTypes[type] : tagVariantType{tagVariantKind::Invalid, 0};
+    return type <= VT_UINT ? kVariantTypes[type] : VariantTypeRow{VariantKind::Invalid, 0};
 }
 
 /// Tells whether a type can stand in an array: a scalar without resources.
@@ -65,13 +65,13 @@ constexpr bool IsPlainScalar(VARTYPE type) noexcept
 {
     switch (VariantType(type).kind)
     {
-    case tagVariantKind::Signed:
-    case tagVariantKind::Unsigned:
-    case tagVariantKind::Real:
-    case tagVariantKind::Currency:
-    case tagVariantKind::Date:
-    case tagVariantKind::Bool:
-    case tagVariantKind::Error:
+    case VariantKind::Signed:
+    case VariantKind::Unsigned:
+    case VariantKind::Real:
+    case VariantKind::Currency:
+    case VariantKind::Date:
+    case VariantKind::Bool:
+    case VariantKind::Error:
         return true;
     default:
         return false;

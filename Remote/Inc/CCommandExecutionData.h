@@ -40,23 +40,23 @@ class ZO_EXPORT CCommandExecutionData
 public:
     /// @param data  copied; what it points to is borrowed until Execute returns
     /// @param pObject  the component named in reports of internal errors; may be null
-    explicit CCommandExecutionData(tagZO_SCPI_PARSER_DATA const& data,
-                                   CObjectDataReference const* pObject = nullptr) noexcept;
-    CCommandExecutionData(CCommandExecutionData const&) = delete;
-    CCommandExecutionData& operator=(CCommandExecutionData const&) = delete;
+    explicit CCommandExecutionData(const tagZO_SCPI_PARSER_DATA& data,
+                                   const CObjectDataReference* pObject = nullptr) noexcept;
+    CCommandExecutionData(const CCommandExecutionData&) = delete;
+    CCommandExecutionData& operator=(const CCommandExecutionData&) = delete;
     ~CCommandExecutionData();
 
     /// Gives the command's character-data choices for GetCharacterString.
     ///
     /// @param pp_Enums  borrowed; as many texts as the command's table has values from 1 on, then a null
-    void SetEnumerationTexts(char const* const* pp_Enums) noexcept { m_pp_Enums = pp_Enums; }
+    void SetEnumerationTexts(const char* const* pp_Enums) noexcept { m_pp_Enums = pp_Enums; }
 
-    bool IsQuery() const noexcept { return m_bQuery; }
+    bool IsQuery() const noexcept { return m_query; }
     /// The remote path that the command came from.
     long GetRemotePath() const noexcept { return m_iRemotePath; }
-    unsigned long GetArgumentCount() const noexcept { return m_iArgumentCount; }
+    unsigned long GetArgumentCount() const noexcept { return m_argumentCount; }
     /// The component named in reports of internal errors; may be null.
-    CObjectDataReference const* GetObjectReference() const noexcept { return m_pObject; }
+    const CObjectDataReference* GetObjectReference() const noexcept { return m_object; }
     /// Services of the remote path.
     CLazyScpiManager& GetServices() noexcept { return m_pScpiManager; }
 
@@ -66,9 +66,9 @@ public:
     /// @{
     /// @param code  0 takes an error back
     HRESULT SetScpiError(short code);
-    HRESULT SetScpiErrorEx(short code, std::string const& text);
+    HRESULT SetScpiErrorEx(short code, const std::string& text);
     /// -200 "Execution error".
-    HRESULT SetScpiExecutionError(std::string const& text);
+    HRESULT SetScpiExecutionError(const std::string& text);
     /// -100 with the detail "query only", unless the command is a query.
     HRESULT SetScpiError_QueryOnly();
     /// -100 with the detail "no query" when the command is a query.
@@ -82,8 +82,8 @@ public:
     /// Sets the error of the type that the argument has; always 1.
     HRESULT ScpiErrorUnexpectedParameterType(long index);
     /// 0 while no error is set.
-    short GetScpiError() const noexcept { return m_iScpiError; }
-    std::string const& GetScpiErrorText() const noexcept { return m_sDetail; }
+    short GetScpiError() const noexcept { return m_scpiError; }
+    const std::string& GetScpiErrorText() const noexcept { return m_detail; }
     /// Hands the error, when one is set, to the error management of the remote path; once.
     ///
     /// @return S_OK; S_FALSE when the hand-over failed, the error is then -200
@@ -157,34 +157,34 @@ public:
     /// Fixed notation with six decimals, "%f".
     HRESULT DoubleResponse(double value);
     /// String response data (IEEE 488.2 section 8.7.8).
-    HRESULT StringResponse(std::string const& text);
+    HRESULT StringResponse(const std::string& text);
     /// Arbitrary ASCII response data (IEEE 488.2 section 8.7.11).
     ///
     /// @param length  bytes at data, 0 or more
-    HRESULT ArbitraryResponse(char const* data, long length);
+    HRESULT ArbitraryResponse(const char* data, long length);
     /// Definite-length block (IEEE 488.2 section 8.7.9); the error text of a refusing output buffer goes
     /// along with -200.
-    HRESULT BlockResponse(char const* data, long length);
+    HRESULT BlockResponse(const char* data, long length);
     /// Numbers in the data format of the remote path.
     ///
     /// @param count  numbers at values, 0 or more
-    HRESULT OutputFormatData(double const* values, long count);
+    HRESULT OutputFormatData(const double* values, long count);
     /// One word of a status register, through the format subsystem; every failure is reported and sets -200.
     ///
     /// @param name  for example "STATus:OPERation"
     /// @param index  tagScpiRegisterPart
-    HRESULT OutputRegisterValue(std::string const& name, long index);
+    HRESULT OutputRegisterValue(const std::string& name, long index);
     /// @param[out] ppRegister  a new reference
     /// @throws CShellError "Scpi status register command error" when there is no such register
-    HRESULT GetRegisterInterface(std::string const& name, IZOScpiStatusRegister** ppRegister);
+    HRESULT GetRegisterInterface(const std::string& name, IZOScpiStatusRegister** ppRegister);
     /// @}
 
 private:
     template <class TReader, class... TOutputs>
-    HRESULT ReadArgument(TReader const& reader, long index, TOutputs&... outputs);
+    HRESULT ReadArgument(const TReader& reader, long index, TOutputs&... outputs);
     HRESULT RaiseIf(short code);
-    HRESULT RaiseFault(ScpiExecution::tagFoundArgument const& argument);
-    HRESULT SucceedOrRaise(HRESULT hr);
+    HRESULT RaiseFault(const ScpiExecution::tagFoundArgument& argument);
+    HRESULT SucceedOrRaise(HRESULT result);
     HRESULT BeginItem();
     HRESULT WriteItem(std::string_view text);
     template <class TOperation>
@@ -193,18 +193,18 @@ private:
     IZOScpiSubsystemFormat& RequireFormatSubsystem();
 
     std::int32_t m_iRemotePath;
-    short m_iScpiError = 0;
+    short m_scpiError = 0;
     CLazyScpiManager m_pScpiManager;
-    long const* m_pNumericSuffixes;
-    std::uint32_t m_iArgumentCount;
-    tagZO_SCPI_PARAMETER const* m_pParams;
-    std::string m_sDetail;
-    bool m_bQuery;
-    char const* const* m_pp_Enums = nullptr;
-    bool m_bInsertSeparator = false;
-    CObjectDataReference const* m_pObject;
+    const long* m_numericSuffixes;
+    std::uint32_t m_argumentCount;
+    const tagZO_SCPI_PARAMETER* m_pParams;
+    std::string m_detail;
+    bool m_query;
+    const char* const* m_pp_Enums = nullptr;
+    bool m_insertSeparator = false;
+    const CObjectDataReference* m_object;
     IZOScpiOutputBuffer* m_pOutputBuffer;
-    bool m_bErrorDelivered = false;
+    bool m_errorDelivered = false;
 };
 
 } // namespace ZoVelkor

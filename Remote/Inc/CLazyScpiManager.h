@@ -15,7 +15,7 @@ class ZO_EXPORT CLazyScpiManager
 {
 public:
     /// @param context  the context object of Execute, borrowed until Execute returns; may be null
-    explicit CLazyScpiManager(IUnknown* context) noexcept : m_pContext(context) {}
+    explicit CLazyScpiManager(IUnknown* context) noexcept : m_context(context) {}
 
     /// The manager, borrowed; null when the context has none.
     IZOScpiManager* Manager() noexcept;
@@ -28,9 +28,9 @@ public:
     CComPtr<IZOScpiPendingOperations> PendingOperations() noexcept;
 
 private:
-    IUnknown* m_pContext;
-    CComPtr<IZOScpiManager> m_spManager;
-    CComPtr<IZOScpiSubsystemFormat> m_spSubsystemFormat;
+    IUnknown* m_context;
+    CComPtr<IZOScpiManager> m_manager;
+    CComPtr<IZOScpiSubsystemFormat> m_subsystemFormat;
 };
 
 } // namespace ZoVelkor

@@ -25,19 +25,19 @@ struct tagNumericLimits
 class CNumericSetting
 {
 public:
-    explicit constexpr CNumericSetting(tagNumericLimits const& limits) noexcept
+    explicit constexpr CNumericSetting(const tagNumericLimits& limits) noexcept
         : m_Limits(limits),
           m_Value(limits.defaultValue)
     {}
 
     /// A setting whose value is kept elsewhere, as it is at the moment of a command.
-    constexpr CNumericSetting(tagNumericLimits const& limits, double value) noexcept
+    constexpr CNumericSetting(const tagNumericLimits& limits, double value) noexcept
         : m_Limits(limits),
           m_Value(value)
     {}
 
     constexpr double Value() const noexcept { return m_Value; }
-    constexpr tagNumericLimits const& Limits() const noexcept { return m_Limits; }
+    constexpr const tagNumericLimits& Limits() const noexcept { return m_Limits; }
     /// Back to the default, as *RST does.
     constexpr void Reset() noexcept { m_Value = m_Limits.defaultValue; }
 
@@ -57,20 +57,20 @@ public:
     HRESULT Apply(TData& data)
     {
         double value = 0;
-        HRESULT hr = data.CheckArgumentCount(0, true);
-        if (hr == S_OK)
+        HRESULT result = data.CheckArgumentCount(0, true);
+        if (result == S_OK)
         {
-            hr = ReadArgument(data, value);
+            result = ReadArgument(data, value);
         }
-        if (hr == S_OK && !(value >= m_Limits.minimum && value <= m_Limits.maximum))
+        if (result == S_OK && !(value >= m_Limits.minimum && value <= m_Limits.maximum))
         {
-            hr = data.SetScpiError(kScpiDataOutOfRange);
+            result = data.SetScpiError(kScpiDataOutOfRange);
         }
-        if (hr == S_OK)
+        if (result == S_OK)
         {
             m_Value = value;
         }
-        return hr;
+        return result;
     }
 
     /// Answers the value, or the limit that the argument names.
@@ -78,18 +78,18 @@ public:
     HRESULT Answer(TData& data) const
     {
         double value = m_Value;
-        HRESULT hr = S_OK;
+        HRESULT result = S_OK;
         if (data.GetArgumentCount() != 0)
         {
-            hr = data.CheckArgumentCount(0, true);
+            result = data.CheckArgumentCount(0, true);
             tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE word = ZO_SCPI_SPECIAL_NONE;
-            hr = hr == S_OK ? data.GetMnemonicArgument(word, 0) : hr;
-            if (hr == S_OK && !Limit(word, value))
+            result = result == S_OK ? data.GetMnemonicArgument(word, 0) : result;
+            if (result == S_OK && !Limit(word, value))
             {
-                hr = data.SetScpiError(kScpiIllegalParameterValue);
+                result = data.SetScpiError(kScpiIllegalParameterValue);
             }
         }
-        return hr == S_OK ? data.DoubleResponse(value) : hr;
+        return result == S_OK ? data.DoubleResponse(value) : result;
     }
 
 private:
@@ -97,18 +97,18 @@ private:
     HRESULT ReadArgument(TData& data, double& value) const
     {
         tagZO_SCPI_PARAMTYPE type = ZO_SCPI_PARAMTYPE_UNDEFINED;
-        HRESULT hr = data.GetArgumentType(type, 0);
-        if (hr != S_OK || type != ZO_SCPI_PARAMTYPE_SPECIAL)
+        HRESULT result = data.GetArgumentType(type, 0);
+        if (result != S_OK || type != ZO_SCPI_PARAMTYPE_SPECIAL)
         {
-            return hr == S_OK ? data.GetDoubleArgument(value, 0) : hr;
+            return result == S_OK ? data.GetDoubleArgument(value, 0) : result;
         }
         tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE word = ZO_SCPI_SPECIAL_NONE;
-        hr = data.GetMnemonicArgument(word, 0);
-        if (hr == S_OK && !Limit(word, value) && !Step(word, value))
+        result = data.GetMnemonicArgument(word, 0);
+        if (result == S_OK && !Limit(word, value) && !Step(word, value))
         {
-            hr = data.SetScpiError(kScpiIllegalParameterValue);
+            result = data.SetScpiError(kScpiIllegalParameterValue);
         }
-        return hr;
+        return result;
     }
 
     constexpr bool Limit(tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE word, double& value) const noexcept

@@ -39,8 +39,8 @@ class CZoString;
 class ZO_EXPORT CScpiFunctionExecutionDataPool
 {
 public:
-    CScpiFunctionExecutionDataPool(CScpiFunctionExecutionDataPool const&) = delete;
-    CScpiFunctionExecutionDataPool& operator=(CScpiFunctionExecutionDataPool const&) = delete;
+    CScpiFunctionExecutionDataPool(const CScpiFunctionExecutionDataPool&) = delete;
+    CScpiFunctionExecutionDataPool& operator=(const CScpiFunctionExecutionDataPool&) = delete;
     virtual ~CScpiFunctionExecutionDataPool();
 
     /// @name The command
@@ -50,9 +50,9 @@ public:
     /// The remote path that the command came from, 0 or more.
     virtual long GetRemotePath() const = 0;
     /// Long form of the command without suffixes, borrowed; null when the parser gave none.
-    virtual wchar_t const* GetHeader() const = 0;
+    virtual const wchar_t* GetHeader() const = 0;
     /// The component named in reports of internal errors; may be null.
-    virtual CObjectDataReference const* GetObjectReference() const = 0;
+    virtual const CObjectDataReference* GetObjectReference() const = 0;
     /// The raw numeric suffix of a header node as an unsigned 32-bit value; the index is not checked.
     virtual unsigned long GetRawNumericSuffixValue(long index) const = 0;
     /// @}
@@ -125,11 +125,11 @@ public:
     /// @param text  detail that follows the standard text of the code
     /// @param replace  false: an error that has been set before stays
     /// @return 1 when the command has an error afterwards, else 0
-    virtual HRESULT SetScpiError(short code, std::string const& text, bool replace) = 0;
+    virtual HRESULT SetScpiError(short code, const std::string& text, bool replace) = 0;
     /// The same without detail; replaces an earlier error.
     HRESULT SetScpiError(short code) { return SetScpiError(code, std::string(), true); }
     /// -200 "Execution error".
-    virtual HRESULT SetScpiExecutionError(std::string const& text) = 0;
+    virtual HRESULT SetScpiExecutionError(const std::string& text) = 0;
     /// -100 with the detail "query only", unless the command is a query.
     virtual HRESULT SetScpiError_QueryOnly() = 0;
     /// -100 with the detail "no query" when the command is a query.
@@ -142,10 +142,10 @@ public:
     virtual HRESULT ScpiErrorUnexpectedParameter() = 0;
     /// -160 with the text, in which "%FORMDATA%" stands for the current data format; a "()" left over is
     /// removed.
-    virtual HRESULT SetScpiBlockDataError(std::string const& text) = 0;
+    virtual HRESULT SetScpiBlockDataError(const std::string& text) = 0;
     /// 0 while no error is set.
     virtual short GetScpiError() const = 0;
-    virtual std::string const& GetScpiErrorText() const = 0;
+    virtual const std::string& GetScpiErrorText() const = 0;
     /// Hands the error, when one is set, to the error management of the remote path; once.
     ///
     /// @return S_OK; S_FALSE when the hand-over failed, the error is then -200
@@ -162,67 +162,67 @@ public:
     virtual HRESULT NumericResponse(float value) = 0;
     /// @param value  a 32-bit value; -200 for another one
     virtual HRESULT NumericResponse(long value) = 0;
-    virtual HRESULT NumericResponse(CComVariant const& value) = 0;
+    virtual HRESULT NumericResponse(const CComVariant& value) = 0;
     /// "true" and "false" are answered as 1 and 0; other text must be a well-formed number.
-    virtual HRESULT NumericResponse(std::string const& text) = 0;
+    virtual HRESULT NumericResponse(const std::string& text) = 0;
     HRESULT NumericResponse(int value) { return NumericResponse(static_cast<long>(value)); }
-    HRESULT NumericResponse(char const* text) { return NumericResponse(std::string(text)); }
+    HRESULT NumericResponse(const char* text) { return NumericResponse(std::string(text)); }
     /// @param width  depends on the type, see tagEnumFormatDataType
-    virtual HRESULT NumericResponseEx(CComVariant const& value, tagEnumFormatDataType type, long width) = 0;
+    virtual HRESULT NumericResponseEx(const CComVariant& value, tagEnumFormatDataType type, long width) = 0;
     virtual HRESULT DoubleResponse(double value) = 0;
 
     /// @param value  a 32-bit value; -200 for another one
     virtual HRESULT IntegerResponse(long value) = 0;
     /// -200 for a value that is no 32-bit integer; the text forms truncate.
-    virtual HRESULT IntegerResponse(CComVariant const& value) = 0;
-    virtual HRESULT IntegerResponse(CZoString const& text) = 0;
-    virtual HRESULT IntegerResponse(std::string const& text) = 0;
-    HRESULT IntegerResponse(char const* text) { return IntegerResponse(std::string(text)); }
+    virtual HRESULT IntegerResponse(const CComVariant& value) = 0;
+    virtual HRESULT IntegerResponse(const CZoString& text) = 0;
+    virtual HRESULT IntegerResponse(const std::string& text) = 0;
+    HRESULT IntegerResponse(const char* text) { return IntegerResponse(std::string(text)); }
 
     /// 1 or 0, never ON or OFF.
     virtual HRESULT BooleanResponse(bool value) = 0;
-    virtual HRESULT BooleanResponse(CComVariant const& value) = 0;
+    virtual HRESULT BooleanResponse(const CComVariant& value) = 0;
     /// "true", "false" or a number; -200 for other text.
-    virtual HRESULT BooleanResponse(CZoString const& text) = 0;
-    virtual HRESULT BooleanResponse(std::string const& text) = 0;
-    HRESULT BooleanResponse(char const* text) { return BooleanResponse(std::string(text)); }
+    virtual HRESULT BooleanResponse(const CZoString& text) = 0;
+    virtual HRESULT BooleanResponse(const std::string& text) = 0;
+    HRESULT BooleanResponse(const char* text) { return BooleanResponse(std::string(text)); }
 
     /// Text without quotes; the format subsystem adds them.
-    virtual HRESULT StringResponse(std::string const& text) = 0;
+    virtual HRESULT StringResponse(const std::string& text) = 0;
     /// @param text  null is answered as an empty string
-    virtual HRESULT StringResponse(char const* text) = 0;
+    virtual HRESULT StringResponse(const char* text) = 0;
     /// Wide text ends at its first NUL; what code page 0 cannot hold becomes '?'.
-    virtual HRESULT StringResponse(wchar_t const* text) = 0;
-    virtual HRESULT StringResponse(CZoString const& text) = 0;
+    virtual HRESULT StringResponse(const wchar_t* text) = 0;
+    virtual HRESULT StringResponse(const CZoString& text) = 0;
 
     /// Arbitrary ASCII response data (IEEE 488.2 section 8.7.11).
     ///
     /// @param length  bytes at data, 0 or more
-    virtual HRESULT ArbitraryResponse(char const* data, long length) = 0;
-    virtual HRESULT ArbitraryResponse(std::string const& text) = 0;
-    virtual HRESULT ArbitraryResponse(CZoString const& text) = 0;
+    virtual HRESULT ArbitraryResponse(const char* data, long length) = 0;
+    virtual HRESULT ArbitraryResponse(const std::string& text) = 0;
+    virtual HRESULT ArbitraryResponse(const CZoString& text) = 0;
     /// @param text  null writes an empty item
-    virtual HRESULT ArbitraryResponse(char const* text) = 0;
+    virtual HRESULT ArbitraryResponse(const char* text) = 0;
 
     /// Definite-length block (IEEE 488.2 section 8.7.9); the error text of a refusing output buffer goes
     /// along with -200.
     ///
     /// @param length  bytes at data, 0 or more
-    virtual HRESULT BlockResponse(char const* data, long length) = 0;
+    virtual HRESULT BlockResponse(const char* data, long length) = 0;
     /// The value of an enumeration in decimal.
     virtual HRESULT OutputEnumValue(long value) = 0;
     /// Data in the data format of the remote path.
     ///
     /// @param data  borrowed; a scalar or a one-dimensional array
-    virtual HRESULT OutputData(VARIANT const* data, tagEnumFormatDataInterpretation interpretation) = 0;
+    virtual HRESULT OutputData(const VARIANT* data, tagEnumFormatDataInterpretation interpretation) = 0;
     /// Several data items with elements of equal index next to each other.
     virtual HRESULT OutputScatteredData(unsigned long count,
-                                        VARIANT const* const* data,
-                                        tagEnumFormatDataInterpretation const* interpretations) = 0;
+                                        const VARIANT* const* data,
+                                        const tagEnumFormatDataInterpretation* interpretations) = 0;
     /// The condition of a status register as an integer.
     ///
     /// @param name  for example "STATus:OPERation"
-    virtual HRESULT OutputRegisterValue(std::string const& name) = 0;
+    virtual HRESULT OutputRegisterValue(const std::string& name) = 0;
     /// Writes a pending data separator now; the next item carries none.
     virtual HRESULT PendingDataSeparatorResponse() = 0;
     virtual bool GetInsertOutputSeparator() const = 0;
@@ -233,11 +233,11 @@ public:
     /// Decides which of several response lines are kept; without filter all are.
     /// @{
     /// @return true: keep the line
-    virtual bool RunOutputFilter(std::string const& line) = 0;
+    virtual bool RunOutputFilter(const std::string& line) = 0;
     /// Keeps the lines that contain the text, case-sensitive; an empty text removes the filter.
-    virtual HRESULT SetOutputFilterString(std::string const& text) = 0;
+    virtual HRESULT SetOutputFilterString(const std::string& text) = 0;
     /// Regular expressions are not available: removes the filter, and -200 unless the pattern is empty.
-    virtual HRESULT SetOutputFilterRegEx(std::string const& pattern) = 0;
+    virtual HRESULT SetOutputFilterRegEx(const std::string& pattern) = 0;
     virtual void ClearOutputFilter() = 0;
     /// True when all lines are kept; false while a string filter is active.
     virtual bool IsOutputFilterDefined() const = 0;
@@ -254,9 +254,9 @@ public:
     virtual CComPtr<IZOScpiPendingOperations> GetPendingOperations() = 0;
     /// Where handlers that pass a block on keep its source and its sink; null at first. The pool holds a
     /// reference.
-    virtual void SetBlockDataReader(IZOScpiBlockData* pReader) = 0;
+    virtual void SetBlockDataReader(IZOScpiBlockData* reader) = 0;
     virtual IZOScpiBlockData* GetBlockDataReader() const = 0;
-    virtual void SetBlockDataWriter(IZOScpiSubsystemFormat* pWriter) = 0;
+    virtual void SetBlockDataWriter(IZOScpiSubsystemFormat* writer) = 0;
     virtual IZOScpiSubsystemFormat* GetBlockDataWriter() const = 0;
     /// @}
 
@@ -268,7 +268,7 @@ public:
     ///
     /// @return 0; 1 with the SCPI error set; the transaction's failure when its verdict names no error
     virtual HRESULT FinishTransaction(CComPtr<IZODatabaseTransaction>& transaction,
-                                      TransactionAcceptMode const& acceptMode) = 0;
+                                      const TransactionAcceptMode& acceptMode) = 0;
     /// Takes back what was written in a transaction; -200 when that fails.
     virtual HRESULT UndoTransaction(CComPtr<IZODatabaseTransaction>& transaction) = 0;
     /// Aborts the pool's read transaction and lets go of it; -200 and an error report when that fails.

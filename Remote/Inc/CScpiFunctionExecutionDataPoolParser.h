@@ -25,18 +25,18 @@ class ZO_EXPORT CScpiFunctionExecutionDataPoolParser : public CScpiFunctionExecu
 public:
     /// @param data  copied; what it points to is borrowed until Execute returns
     /// @param pObject  the component named in reports of internal errors; may be null
-    explicit CScpiFunctionExecutionDataPoolParser(tagZO_SCPI_PARSER_DATA const& data,
-                                                  CObjectDataReference const* pObject = nullptr) noexcept;
+    explicit CScpiFunctionExecutionDataPoolParser(const tagZO_SCPI_PARSER_DATA& data,
+                                                  const CObjectDataReference* pObject = nullptr) noexcept;
     ~CScpiFunctionExecutionDataPoolParser() override;
 
-    bool IsQuery() const override { return m_ParserData.m_bQuery; }
-    bool IsSetting() const override { return !m_ParserData.m_bQuery; }
+    bool IsQuery() const override { return m_ParserData.m_query; }
+    bool IsSetting() const override { return !m_ParserData.m_query; }
     long GetRemotePath() const override { return m_ParserData.m_iRemotePath; }
-    wchar_t const* GetHeader() const override { return m_ParserData.m_bsHeader; }
-    CObjectDataReference const* GetObjectReference() const override { return m_pObject; }
+    const wchar_t* GetHeader() const override { return m_ParserData.m_header; }
+    const CObjectDataReference* GetObjectReference() const override { return m_object; }
     unsigned long GetRawNumericSuffixValue(long index) const override;
 
-    long GetArgumentCount() const override { return m_ParserData.m_iArgumentCount; }
+    long GetArgumentCount() const override { return m_ParserData.m_argumentCount; }
     HRESULT GetArgumentCount(unsigned long& count) override;
     HRESULT GetArgumentType(tagZO_SCPI_PARAMTYPE& type, long index) override;
     HRESULT CheckArgumentCount(long last, bool exactCount) override;
@@ -59,58 +59,58 @@ public:
     HRESULT GetBlockDataArgument(unsigned char** ppBlockData, unsigned long& length, long index) override;
 
     using CScpiFunctionExecutionDataPool::SetScpiError;
-    HRESULT SetScpiError(short code, std::string const& text, bool replace) override;
-    HRESULT SetScpiExecutionError(std::string const& text) override;
+    HRESULT SetScpiError(short code, const std::string& text, bool replace) override;
+    HRESULT SetScpiExecutionError(const std::string& text) override;
     HRESULT SetScpiError_QueryOnly() override;
     HRESULT SetScpiError_NoQuery() override;
     HRESULT SetScpiError_ParameterNotAllowed() override;
     HRESULT ScpiErrorMissingParameter() override;
     HRESULT ScpiErrorUnexpectedParameter() override;
-    HRESULT SetScpiBlockDataError(std::string const& text) override;
-    short GetScpiError() const override { return m_iScpiError; }
-    std::string const& GetScpiErrorText() const override { return m_sScpiErrorText; }
+    HRESULT SetScpiBlockDataError(const std::string& text) override;
+    short GetScpiError() const override { return m_scpiError; }
+    const std::string& GetScpiErrorText() const override { return m_scpiErrorText; }
     HRESULT FinishCommandExecution() override;
 
     using CScpiFunctionExecutionDataPool::NumericResponse;
     HRESULT NumericResponse(double value) override;
     HRESULT NumericResponse(float value) override;
     HRESULT NumericResponse(long value) override;
-    HRESULT NumericResponse(CComVariant const& value) override;
-    HRESULT NumericResponse(std::string const& text) override;
-    HRESULT NumericResponseEx(CComVariant const& value, tagEnumFormatDataType type, long width) override;
+    HRESULT NumericResponse(const CComVariant& value) override;
+    HRESULT NumericResponse(const std::string& text) override;
+    HRESULT NumericResponseEx(const CComVariant& value, tagEnumFormatDataType type, long width) override;
     HRESULT DoubleResponse(double value) override;
     using CScpiFunctionExecutionDataPool::IntegerResponse;
     HRESULT IntegerResponse(long value) override;
-    HRESULT IntegerResponse(CComVariant const& value) override;
-    HRESULT IntegerResponse(CZoString const& text) override;
-    HRESULT IntegerResponse(std::string const& text) override;
+    HRESULT IntegerResponse(const CComVariant& value) override;
+    HRESULT IntegerResponse(const CZoString& text) override;
+    HRESULT IntegerResponse(const std::string& text) override;
     using CScpiFunctionExecutionDataPool::BooleanResponse;
     HRESULT BooleanResponse(bool value) override;
-    HRESULT BooleanResponse(CComVariant const& value) override;
-    HRESULT BooleanResponse(CZoString const& text) override;
-    HRESULT BooleanResponse(std::string const& text) override;
-    HRESULT StringResponse(std::string const& text) override;
-    HRESULT StringResponse(char const* text) override;
-    HRESULT StringResponse(wchar_t const* text) override;
-    HRESULT StringResponse(CZoString const& text) override;
-    HRESULT ArbitraryResponse(char const* data, long length) override;
-    HRESULT ArbitraryResponse(std::string const& text) override;
-    HRESULT ArbitraryResponse(CZoString const& text) override;
-    HRESULT ArbitraryResponse(char const* text) override;
-    HRESULT BlockResponse(char const* data, long length) override;
+    HRESULT BooleanResponse(const CComVariant& value) override;
+    HRESULT BooleanResponse(const CZoString& text) override;
+    HRESULT BooleanResponse(const std::string& text) override;
+    HRESULT StringResponse(const std::string& text) override;
+    HRESULT StringResponse(const char* text) override;
+    HRESULT StringResponse(const wchar_t* text) override;
+    HRESULT StringResponse(const CZoString& text) override;
+    HRESULT ArbitraryResponse(const char* data, long length) override;
+    HRESULT ArbitraryResponse(const std::string& text) override;
+    HRESULT ArbitraryResponse(const CZoString& text) override;
+    HRESULT ArbitraryResponse(const char* text) override;
+    HRESULT BlockResponse(const char* data, long length) override;
     HRESULT OutputEnumValue(long value) override;
-    HRESULT OutputData(VARIANT const* data, tagEnumFormatDataInterpretation interpretation) override;
+    HRESULT OutputData(const VARIANT* data, tagEnumFormatDataInterpretation interpretation) override;
     HRESULT OutputScatteredData(unsigned long count,
-                                VARIANT const* const* data,
-                                tagEnumFormatDataInterpretation const* interpretations) override;
-    HRESULT OutputRegisterValue(std::string const& name) override;
+                                const VARIANT* const* data,
+                                const tagEnumFormatDataInterpretation* interpretations) override;
+    HRESULT OutputRegisterValue(const std::string& name) override;
     HRESULT PendingDataSeparatorResponse() override;
-    bool GetInsertOutputSeparator() const override { return m_bInsertSeparator; }
-    void ClearInsertOutputSeparator() override { m_bInsertSeparator = false; }
+    bool GetInsertOutputSeparator() const override { return m_insertSeparator; }
+    void ClearInsertOutputSeparator() override { m_insertSeparator = false; }
 
-    bool RunOutputFilter(std::string const& line) override;
-    HRESULT SetOutputFilterString(std::string const& text) override;
-    HRESULT SetOutputFilterRegEx(std::string const& pattern) override;
+    bool RunOutputFilter(const std::string& line) override;
+    HRESULT SetOutputFilterString(const std::string& text) override;
+    HRESULT SetOutputFilterRegEx(const std::string& pattern) override;
     void ClearOutputFilter() override;
     bool IsOutputFilterDefined() const override;
 
@@ -123,13 +123,13 @@ public:
     {
         return m_Services.PendingOperations();
     }
-    void SetBlockDataReader(IZOScpiBlockData* pReader) override { m_spBlockDataReader = pReader; }
-    IZOScpiBlockData* GetBlockDataReader() const override { return m_spBlockDataReader; }
-    void SetBlockDataWriter(IZOScpiSubsystemFormat* pWriter) override { m_spBlockDataWriter = pWriter; }
-    IZOScpiSubsystemFormat* GetBlockDataWriter() const override { return m_spBlockDataWriter; }
+    void SetBlockDataReader(IZOScpiBlockData* reader) override { m_blockDataReader = reader; }
+    IZOScpiBlockData* GetBlockDataReader() const override { return m_blockDataReader; }
+    void SetBlockDataWriter(IZOScpiSubsystemFormat* writer) override { m_blockDataWriter = writer; }
+    IZOScpiSubsystemFormat* GetBlockDataWriter() const override { return m_blockDataWriter; }
 
     HRESULT FinishTransaction(CComPtr<IZODatabaseTransaction>& transaction,
-                              TransactionAcceptMode const& acceptMode) override;
+                              const TransactionAcceptMode& acceptMode) override;
     HRESULT UndoTransaction(CComPtr<IZODatabaseTransaction>& transaction) override;
     HRESULT StopTransaction() override;
     /// Always 1: commands of the remote kernel carry no transaction. So do the next two.
@@ -139,18 +139,18 @@ public:
 
 protected:
     /// Gives the pool the read transaction that StopTransaction aborts; the pool holds a reference.
-    void SetReadTransaction(IZODatabaseTransaction* pTransaction) { m_pIReadTransaction = pTransaction; }
+    void SetReadTransaction(IZODatabaseTransaction* transaction) { m_pIReadTransaction = transaction; }
 
     /// The three filter operations; one of them is installed at any time.
-    bool IgnoreFilter(std::string const& line) const;
-    bool StringFilter(std::string const& line) const;
-    bool RegExFilter(std::string const& line) const;
+    bool IgnoreFilter(const std::string& line) const;
+    bool StringFilter(const std::string& line) const;
+    bool RegExFilter(const std::string& line) const;
 
 private:
-    using FilterOperation = bool (CScpiFunctionExecutionDataPoolParser::*)(std::string const&) const;
+    using FilterOperation = bool (CScpiFunctionExecutionDataPoolParser::*)(const std::string&) const;
 
     template <class TReader, class... TOutputs>
-    HRESULT ReadArgument(TReader const& reader, long index, TOutputs&... outputs);
+    HRESULT ReadArgument(const TReader& reader, long index, TOutputs&... outputs);
     template <class TConversion>
     HRESULT ReadText(CZoString& text, long index, TConversion&& conversion);
     ScpiExecution::tagFoundArgument Find(long index, unsigned long acceptedType) const noexcept;
@@ -158,9 +158,9 @@ private:
     HRESULT FormatItem(TOperation&& operation);
     template <class TOperation>
     HRESULT FormatData(TOperation&& operation);
-    HRESULT RaiseFault(ScpiExecution::tagFoundArgument const& argument);
+    HRESULT RaiseFault(const ScpiExecution::tagFoundArgument& argument);
     HRESULT RaiseIf(short code);
-    HRESULT SucceedOrRaise(HRESULT hr);
+    HRESULT SucceedOrRaise(HRESULT result);
     HRESULT NullBlockPointer();
     HRESULT BeginItem();
     HRESULT InsertSeparator();
@@ -168,19 +168,19 @@ private:
     HRESULT WriteString(std::string_view text);
     IZOScpiSubsystemFormat* RequireFormatSubsystem();
     IZOScpiOutputBuffer* RequireOutputBuffer();
-    void InstallFilter(FilterOperation filter, std::string const& operand);
+    void InstallFilter(FilterOperation filter, const std::string& operand);
 
     tagZO_SCPI_PARSER_DATA m_ParserData;
-    CObjectDataReference const* m_pObject;
+    const CObjectDataReference* m_object;
     CLazyScpiManager m_Services;
-    std::string m_sScpiErrorText;
-    short m_iScpiError = 0;
-    bool m_bErrorDelivered = false;
-    bool m_bInsertSeparator = false;
-    FilterOperation m_pOutputFilter;
-    std::string m_sOutputFilter;
-    CComPtr<IZOScpiBlockData> m_spBlockDataReader;
-    CComPtr<IZOScpiSubsystemFormat> m_spBlockDataWriter;
+    std::string m_scpiErrorText;
+    short m_scpiError = 0;
+    bool m_errorDelivered = false;
+    bool m_insertSeparator = false;
+    FilterOperation m_outputFilter;
+    std::string m_filterText;
+    CComPtr<IZOScpiBlockData> m_blockDataReader;
+    CComPtr<IZOScpiSubsystemFormat> m_blockDataWriter;
     CComPtr<IZODatabaseTransaction> m_pIReadTransaction;
 };
 

@@ -71,7 +71,7 @@ public:
     /// @}
 
     /// Problems that were errors since the last reset; stays at 2147483647 once it is there.
-    long GetErrorCounter() const noexcept { return m_iErrorCounter; }
+    long GetErrorCounter() const noexcept { return m_errorCounter; }
     /// Zeroes the counter and drops the collected messages.
     void ResetErrorCounter() noexcept;
     /// The collected messages in their order, joined by line feeds.
@@ -79,21 +79,21 @@ public:
     /// @param limit  the most messages to take; 0 or less takes all
     std::string ReportCapturedErrors(long limit) const;
 
-    bool ReportAsWarnings() const noexcept { return m_bReportAsWarnings; }
-    bool ReportEmptyWarnings() const noexcept { return m_bReportEmptyWarnings; }
-    bool IsStrict() const noexcept { return m_bStrict; }
-    bool IsRelaxed() const noexcept { return !m_bStrict; }
+    bool ReportAsWarnings() const noexcept { return m_reportAsWarnings; }
+    bool ReportEmptyWarnings() const noexcept { return m_reportEmptyWarnings; }
+    bool IsStrict() const noexcept { return m_strict; }
+    bool IsRelaxed() const noexcept { return !m_strict; }
 
 private:
     void Warn(const void* value, const CAtlStringA& message);
     void Count() noexcept;
 
-    CObjectDataReferenceBase* m_pObject = nullptr;
-    tagEnumScpiNodeRepairUpdateMode m_eMode = ZO_SCPI_NODE_REPORT_TO_SHELL;
-    std::int32_t m_iErrorCounter = 0;
-    bool m_bReportAsWarnings = false;
-    bool m_bReportEmptyWarnings = false;
-    bool m_bStrict = false;
+    CObjectDataReferenceBase* m_object = nullptr;
+    tagEnumScpiNodeRepairUpdateMode m_mode = ZO_SCPI_NODE_REPORT_TO_SHELL;
+    std::int32_t m_errorCounter = 0;
+    bool m_reportAsWarnings = false;
+    bool m_reportEmptyWarnings = false;
+    bool m_strict = false;
     std::vector<CAtlStringA> m_capturedErrors;
 };
 

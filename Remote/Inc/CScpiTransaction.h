@@ -13,10 +13,10 @@ class ZO_EXPORT CScpiTransaction
 public:
     /// Maps a verdict to a SCPI error.
     ///
-    /// @param pAcceptance  null counts as accepted
+    /// @param acceptance  null counts as accepted
     /// @param[out] code  0 for no error; else -220, -222 or -231
     /// @param[out] text  detail that goes along with the code; empty for no error
-    static void GetScpiErrorFromAcceptance(const Acceptance* pAcceptance, long& code, CComBSTR& text);
+    static void GetScpiErrorFromAcceptance(const Acceptance* acceptance, long& code, CComBSTR& text);
 };
 
 } // namespace ZoVelkor

@@ -7,36 +7,36 @@ namespace
 {
 
 template <class TService>
-CComPtr<TService> Fetch(IZOScpiManager* pManager, HRESULT (IZOScpiManager::*getter)(TService**)) noexcept
+CComPtr<TService> Fetch(IZOScpiManager* manager, HRESULT (IZOScpiManager::*getter)(TService**)) noexcept
 {
-    CComPtr<TService> spService;
-    if (pManager == nullptr || FAILED((pManager->*getter)(&spService)))
+    CComPtr<TService> service;
+    if (manager == nullptr || FAILED((manager->*getter)(&service)))
     {
         return {};
     }
-    return spService;
+    return service;
 }
 
 } // namespace
 
 IZOScpiManager* CLazyScpiManager::Manager() noexcept
 {
-    if (m_spManager == nullptr && m_pContext != nullptr)
+    if (m_manager == nullptr && m_context != nullptr)
     {
-        void* pManager = nullptr;
-        m_pContext->QueryInterface(IZOScpiManager::kInterfaceId, &pManager);
-        m_spManager.Attach(static_cast<IZOScpiManager*>(pManager));
+        void* manager = nullptr;
+        m_context->QueryInterface(IZOScpiManager::kInterfaceId, &manager);
+        m_manager.Attach(static_cast<IZOScpiManager*>(manager));
     }
-    return m_spManager;
+    return m_manager;
 }
 
 IZOScpiSubsystemFormat* CLazyScpiManager::SubsystemFormat() noexcept
 {
-    if (m_spSubsystemFormat == nullptr)
+    if (m_subsystemFormat == nullptr)
     {
-        m_spSubsystemFormat = Fetch(Manager(), &IZOScpiManager::GetSubsystemFormat);
+        m_subsystemFormat = Fetch(Manager(), &IZOScpiManager::GetSubsystemFormat);
     }
-    return m_spSubsystemFormat;
+    return m_subsystemFormat;
 }
 
 CComPtr<IZOScpiErrorManagement> CLazyScpiManager::ErrorManagement() noexcept

@@ -28,10 +28,10 @@ void ReplaceAll(std::string& text, std::string_view what, std::string_view by)
     }
 }
 
-std::string DataFormatText(IZOScpiSubsystemFormat* pSubsystemFormat)
+std::string DataFormatText(IZOScpiSubsystemFormat* subsystemFormat)
 {
     CComBSTR text;
-    if (pSubsystemFormat == nullptr || FAILED(pSubsystemFormat->GetDataFormatText(&text)))
+    if (subsystemFormat == nullptr || FAILED(subsystemFormat->GetDataFormatText(&text)))
     {
         return {};
     }
@@ -45,7 +45,7 @@ HRESULT HandOutNoTransaction(CComPtr<IZODatabaseTransaction>& transaction)
     return S_FALSE;
 }
 
-std::string_view TextOrEmpty(char const* text)
+std::string_view TextOrEmpty(const char* text)
 {
     return text != nullptr ? std::string_view(text) : std::string_view();
 }
@@ -55,18 +55,18 @@ std::string_view TextOrEmpty(char const* text)
 CScpiFunctionExecutionDataPool::~CScpiFunctionExecutionDataPool() = default;
 
 CScpiFunctionExecutionDataPoolParser::CScpiFunctionExecutionDataPoolParser(
-    tagZO_SCPI_PARSER_DATA const& data, CObjectDataReference const* pObject) noexcept
+    const tagZO_SCPI_PARSER_DATA& data, const CObjectDataReference* pObject) noexcept
     : m_ParserData(data),
-      m_pObject(pObject),
-      m_Services(data.m_pContext),
-      m_pOutputFilter(&CScpiFunctionExecutionDataPoolParser::IgnoreFilter)
+      m_object(pObject),
+      m_Services(data.m_context),
+      m_outputFilter(&CScpiFunctionExecutionDataPoolParser::IgnoreFilter)
 {}
 
 CScpiFunctionExecutionDataPoolParser::~CScpiFunctionExecutionDataPoolParser() = default;
 
 unsigned long CScpiFunctionExecutionDataPoolParser::GetRawNumericSuffixValue(long index) const
 {
-    return static_cast<std::uint32_t>(m_ParserData.m_pNumericSuffixes[index]);
+    return static_cast<std::uint32_t>(m_ParserData.m_numericSuffixes[index]);
 }
 
 // Arguments
@@ -76,14 +76,14 @@ HRESULT CScpiFunctionExecutionDataPoolParser::RaiseIf(short code)
     return code == kScpiNoError ? S_OK : SetScpiError(code);
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::RaiseFault(tagFoundArgument const& argument)
+HRESULT CScpiFunctionExecutionDataPoolParser::RaiseFault(const tagFoundArgument& argument)
 {
-    if (argument.pMisuse != nullptr)
+    if (argument.misuse != nullptr)
     {
-        tagMisuse const& misuse = *argument.pMisuse;
-        char const* condition =
+        const Misuse& misuse = *argument.misuse;
+        const char* condition =
             misuse.condition != nullptr ? misuse.condition : "m_ParserData.m_pArguments != NULL";
-        RepairError(ZO_ERROR(m_pObject, condition, misuse.message, misuse.result));
+        RepairError(ZO_ERROR(m_object, condition, misuse.message, misuse.result));
         return SetScpiExecutionError("");
     }
     return RaiseIf(argument.error);
@@ -91,28 +91,28 @@ HRESULT CScpiFunctionExecutionDataPoolParser::RaiseFault(tagFoundArgument const&
 
 HRESULT CScpiFunctionExecutionDataPoolParser::NullBlockPointer()
 {
-    RepairError(ZO_NULL_POINTER(m_pObject, "ppBlockData"));
+    RepairError(ZO_NULL_POINTER(m_object, "ppBlockData"));
     return SetScpiExecutionError("");
 }
 
 tagFoundArgument CScpiFunctionExecutionDataPoolParser::Find(long index,
                                                             unsigned long acceptedType) const noexcept
 {
-    return FindArgument(m_ParserData.m_pArguments, m_ParserData.m_iArgumentCount, index, acceptedType);
+    return FindArgument(m_ParserData.m_pArguments, m_ParserData.m_argumentCount, index, acceptedType);
 }
 
 template <class TReader, class... TOutputs>
 HRESULT
-CScpiFunctionExecutionDataPoolParser::ReadArgument(TReader const& reader, long index, TOutputs&... outputs)
+CScpiFunctionExecutionDataPoolParser::ReadArgument(const TReader& reader, long index, TOutputs&... outputs)
 {
     const tagFoundArgument found = Find(index, reader.acceptedType);
-    return found.pParameter != nullptr ? RaiseIf(reader.read(*found.pParameter, outputs...))
-                                       : RaiseFault(found);
+    return found.parameter != nullptr ? RaiseIf(reader.read(*found.parameter, outputs...))
+                                      : RaiseFault(found);
 }
 
 HRESULT CScpiFunctionExecutionDataPoolParser::GetArgumentCount(unsigned long& count)
 {
-    count = static_cast<unsigned long>(m_ParserData.m_iArgumentCount);
+    count = static_cast<unsigned long>(m_ParserData.m_argumentCount);
     return S_OK;
 }
 
@@ -123,12 +123,12 @@ HRESULT CScpiFunctionExecutionDataPoolParser::GetArgumentType(tagZO_SCPI_PARAMTY
 
 HRESULT CScpiFunctionExecutionDataPoolParser::CheckArgumentCount(long last, bool exactCount)
 {
-    return RaiseIf(CountError(m_ParserData.m_iArgumentCount, last, exactCount));
+    return RaiseIf(CountError(m_ParserData.m_argumentCount, last, exactCount));
 }
 
 HRESULT CScpiFunctionExecutionDataPoolParser::CheckArgumentNotAllowed()
 {
-    return RaiseIf(NoArgumentError(m_ParserData.m_iArgumentCount));
+    return RaiseIf(NoArgumentError(m_ParserData.m_argumentCount));
 }
 
 HRESULT CScpiFunctionExecutionDataPoolParser::CheckArgumentType(long actual, long expected)
@@ -193,22 +193,22 @@ HRESULT CScpiFunctionExecutionDataPoolParser::ReadText(CZoString& text, long ind
         return S_OK;
     }
     const tagFoundArgument found = Find(index, kAnyType);
-    if (found.pParameter == nullptr)
+    if (found.parameter == nullptr)
     {
         return RaiseFault(found);
     }
-    text = conversion(*found.pParameter);
+    text = conversion(*found.parameter);
     return S_OK;
 }
 
 HRESULT CScpiFunctionExecutionDataPoolParser::GetStringArgument(CZoString& text, long index)
 {
-    return ReadText(text, index, [](auto const& parameter) { return CZoString(parameter.szText); });
+    return ReadText(text, index, [](const auto& parameter) { return CZoString(parameter.szText); });
 }
 
 HRESULT CScpiFunctionExecutionDataPoolParser::GetNumericArgument(CZoString& text, long index)
 {
-    return ReadText(text, index, [](tagZO_SCPI_PARAMETER const& parameter) {
+    return ReadText(text, index, [](const tagZO_SCPI_PARAMETER& parameter) {
         bool isOn = false;
         if (parameter.iType == ZO_SCPI_PARAMTYPE_SPECIAL && ReadBoolean(parameter, isOn) == kScpiNoError)
         {
@@ -222,7 +222,7 @@ HRESULT CScpiFunctionExecutionDataPoolParser::GetUnitSuffix(long& unit, long ind
 {
     // Deliberate: handlers of this style take -1 for "no unit"; those of the record take 0.
     constexpr long kNoUnit = -1;
-    constexpr tagArgumentReader<long> kUnitReader{ZO_SCPI_PARAMTYPE_NUMERIC, &ReadUnitSuffix<kNoUnit>};
+    constexpr ArgumentReader<long> kUnitReader{ZO_SCPI_PARAMTYPE_NUMERIC, &ReadUnitSuffix<kNoUnit>};
     unit = kNoUnit;
     return ReadArgument(kUnitReader, index, unit);
 }
@@ -244,16 +244,16 @@ HRESULT CScpiFunctionExecutionDataPoolParser::GetBlockDataArgument(unsigned char
         return NullBlockPointer();
     }
     const tagFoundArgument found = Find(index, ZO_SCPI_PARAMTYPE_BLOCK);
-    if (found.pParameter == nullptr)
+    if (found.parameter == nullptr)
     {
         return RaiseFault(found);
     }
     unsigned char* pData = nullptr;
     unsigned long size = 0;
-    IZOScpiBlockData* pBlock = found.pParameter->pBlockData;
-    if (const HRESULT hr = pBlock != nullptr ? pBlock->Access(&pData, &size) : S_OK; FAILED(hr))
+    IZOScpiBlockData* block = found.parameter->pBlockData;
+    if (const HRESULT result = block != nullptr ? block->Access(&pData, &size) : S_OK; FAILED(result))
     {
-        return hr == E_ABORT ? hr : SetScpiExecutionError("");
+        return result == E_ABORT ? result : SetScpiExecutionError("");
     }
     *ppBlockData = pData;
     length = size;
@@ -262,30 +262,30 @@ HRESULT CScpiFunctionExecutionDataPoolParser::GetBlockDataArgument(unsigned char
 
 // Errors
 
-HRESULT CScpiFunctionExecutionDataPoolParser::SetScpiError(short code, std::string const& text, bool replace)
+HRESULT CScpiFunctionExecutionDataPoolParser::SetScpiError(short code, const std::string& text, bool replace)
 {
-    if (replace || m_iScpiError == kScpiNoError)
+    if (replace || m_scpiError == kScpiNoError)
     {
-        m_iScpiError = code;
-        m_sScpiErrorText = text;
+        m_scpiError = code;
+        m_scpiErrorText = text;
     }
-    return m_iScpiError != kScpiNoError ? S_FALSE : S_OK;
+    return m_scpiError != kScpiNoError ? S_FALSE : S_OK;
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::SetScpiExecutionError(std::string const& text)
+HRESULT CScpiFunctionExecutionDataPoolParser::SetScpiExecutionError(const std::string& text)
 {
     return SetScpiError(kScpiExecutionError, text, true);
 }
 
 HRESULT CScpiFunctionExecutionDataPoolParser::SetScpiError_QueryOnly()
 {
-    const tagScpiErrorValue error = QueryOnlyError(IsQuery());
+    const ScpiErrorValue error = QueryOnlyError(IsQuery());
     return SetScpiError(error.code, error.detail, true);
 }
 
 HRESULT CScpiFunctionExecutionDataPoolParser::SetScpiError_NoQuery()
 {
-    const tagScpiErrorValue error = NoQueryError(IsQuery());
+    const ScpiErrorValue error = NoQueryError(IsQuery());
     return SetScpiError(error.code, error.detail, true);
 }
 
@@ -304,7 +304,7 @@ HRESULT CScpiFunctionExecutionDataPoolParser::ScpiErrorUnexpectedParameter()
     return SetScpiError(kScpiUnexpectedNumberOfParameters);
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::SetScpiBlockDataError(std::string const& text)
+HRESULT CScpiFunctionExecutionDataPoolParser::SetScpiBlockDataError(const std::string& text)
 {
     std::string message = text;
     ReplaceAll(message, "%FORMDATA%", DataFormatText(GetFormatSubsystem()));
@@ -314,23 +314,23 @@ HRESULT CScpiFunctionExecutionDataPoolParser::SetScpiBlockDataError(std::string 
 
 HRESULT CScpiFunctionExecutionDataPoolParser::FinishCommandExecution()
 {
-    if (m_iScpiError == kScpiNoError || m_bErrorDelivered)
+    if (m_scpiError == kScpiNoError || m_errorDelivered)
     {
         return S_OK;
     }
-    if (FAILED(DeliverError({m_Services, GetRemotePath(), m_iScpiError, m_sScpiErrorText, m_pObject})))
+    if (FAILED(DeliverError({m_Services, GetRemotePath(), m_scpiError, m_scpiErrorText, m_object})))
     {
         return SetScpiExecutionError("");
     }
-    m_bErrorDelivered = true;
+    m_errorDelivered = true;
     return S_OK;
 }
 
 // Response
 
-HRESULT CScpiFunctionExecutionDataPoolParser::SucceedOrRaise(HRESULT hr)
+HRESULT CScpiFunctionExecutionDataPoolParser::SucceedOrRaise(HRESULT result)
 {
-    return SUCCEEDED(hr) ? S_OK : SetScpiExecutionError("");
+    return SUCCEEDED(result) ? S_OK : SetScpiExecutionError("");
 }
 
 IZOScpiSubsystemFormat* CScpiFunctionExecutionDataPoolParser::RequireFormatSubsystem()
@@ -338,7 +338,7 @@ IZOScpiSubsystemFormat* CScpiFunctionExecutionDataPoolParser::RequireFormatSubsy
     IZOScpiSubsystemFormat* pScpiSubsystemFormat = GetFormatSubsystem();
     if (pScpiSubsystemFormat == nullptr)
     {
-        RepairError(ZO_ERROR(m_pObject, "pScpiSubsystemFormat != NULL", kInterfaceMissing, E_POINTER));
+        RepairError(ZO_ERROR(m_object, "pScpiSubsystemFormat != NULL", kInterfaceMissing, E_POINTER));
         SetScpiExecutionError("");
     }
     return pScpiSubsystemFormat;
@@ -349,7 +349,7 @@ IZOScpiOutputBuffer* CScpiFunctionExecutionDataPoolParser::RequireOutputBuffer()
     IZOScpiOutputBuffer* pScpiOutputBuffer = GetOutputBuffer();
     if (pScpiOutputBuffer == nullptr)
     {
-        RepairError(ZO_ERROR(m_pObject, "pScpiOutputBuffer != NULL", kInterfaceMissing, E_POINTER));
+        RepairError(ZO_ERROR(m_object, "pScpiOutputBuffer != NULL", kInterfaceMissing, E_POINTER));
         SetScpiExecutionError("");
     }
     return pScpiOutputBuffer;
@@ -357,47 +357,47 @@ IZOScpiOutputBuffer* CScpiFunctionExecutionDataPoolParser::RequireOutputBuffer()
 
 HRESULT CScpiFunctionExecutionDataPoolParser::InsertSeparator()
 {
-    IZOScpiSubsystemFormat* pSubsystemFormat = m_bInsertSeparator ? RequireFormatSubsystem() : nullptr;
-    if (pSubsystemFormat == nullptr)
+    IZOScpiSubsystemFormat* subsystemFormat = m_insertSeparator ? RequireFormatSubsystem() : nullptr;
+    if (subsystemFormat == nullptr)
     {
-        return m_bInsertSeparator ? S_FALSE : S_OK;
+        return m_insertSeparator ? S_FALSE : S_OK;
     }
-    return SucceedOrRaise(pSubsystemFormat->InsertDataSeparator());
+    return SucceedOrRaise(subsystemFormat->InsertDataSeparator());
 }
 
 HRESULT CScpiFunctionExecutionDataPoolParser::BeginItem()
 {
-    const HRESULT hr = InsertSeparator();
-    m_bInsertSeparator = m_bInsertSeparator || hr == S_OK;
-    return hr;
+    const HRESULT result = InsertSeparator();
+    m_insertSeparator = m_insertSeparator || result == S_OK;
+    return result;
 }
 
 template <class TOperation>
 HRESULT CScpiFunctionExecutionDataPoolParser::FormatItem(TOperation&& operation)
 {
-    if (const HRESULT hr = BeginItem(); hr != S_OK)
+    if (const HRESULT result = BeginItem(); result != S_OK)
     {
-        return hr;
+        return result;
     }
-    IZOScpiSubsystemFormat* pSubsystemFormat = RequireFormatSubsystem();
-    return pSubsystemFormat != nullptr ? SucceedOrRaise(operation(*pSubsystemFormat)) : S_FALSE;
+    IZOScpiSubsystemFormat* subsystemFormat = RequireFormatSubsystem();
+    return subsystemFormat != nullptr ? SucceedOrRaise(operation(*subsystemFormat)) : S_FALSE;
 }
 
 /// Data outputs insert the separator themselves.
 template <class TOperation>
 HRESULT CScpiFunctionExecutionDataPoolParser::FormatData(TOperation&& operation)
 {
-    const VARIANT_BOOL separator = m_bInsertSeparator ? VARIANT_TRUE : VARIANT_FALSE;
-    m_bInsertSeparator = true;
-    IZOScpiSubsystemFormat* pSubsystemFormat = RequireFormatSubsystem();
-    return pSubsystemFormat != nullptr ? SucceedOrRaise(operation(*pSubsystemFormat, separator)) : S_FALSE;
+    const VARIANT_BOOL separator = m_insertSeparator ? VARIANT_TRUE : VARIANT_FALSE;
+    m_insertSeparator = true;
+    IZOScpiSubsystemFormat* subsystemFormat = RequireFormatSubsystem();
+    return subsystemFormat != nullptr ? SucceedOrRaise(operation(*subsystemFormat, separator)) : S_FALSE;
 }
 
 HRESULT CScpiFunctionExecutionDataPoolParser::WriteItem(std::string_view text)
 {
-    if (const HRESULT hr = BeginItem(); hr != S_OK)
+    if (const HRESULT result = BeginItem(); result != S_OK)
     {
-        return hr;
+        return result;
     }
     IZOScpiOutputBuffer* pOutputBuffer = RequireOutputBuffer();
     return pOutputBuffer != nullptr ? SucceedOrRaise(pOutputBuffer->Write(text.size(), text.data(), nullptr))
@@ -420,12 +420,12 @@ HRESULT CScpiFunctionExecutionDataPoolParser::NumericResponse(long value)
     return narrow ? NumericResponse(CComVariant(*narrow)) : SetScpiExecutionError(kIntegerTooLarge);
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::NumericResponse(CComVariant const& value)
+HRESULT CScpiFunctionExecutionDataPoolParser::NumericResponse(const CComVariant& value)
 {
     return NumericResponseEx(value, ZO_FORMAT_DEFAULT, 0);
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::NumericResponse(std::string const& text)
+HRESULT CScpiFunctionExecutionDataPoolParser::NumericResponse(const std::string& text)
 {
     std::string_view number = text;
     number = number == "true" ? "1" : number == "false" ? "0" : number;
@@ -434,7 +434,7 @@ HRESULT CScpiFunctionExecutionDataPoolParser::NumericResponse(std::string const&
     });
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::NumericResponseEx(CComVariant const& value,
+HRESULT CScpiFunctionExecutionDataPoolParser::NumericResponseEx(const CComVariant& value,
                                                                 tagEnumFormatDataType type,
                                                                 long width)
 {
@@ -453,19 +453,19 @@ HRESULT CScpiFunctionExecutionDataPoolParser::IntegerResponse(long value)
     return NumericResponse(value);
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::IntegerResponse(CComVariant const& value)
+HRESULT CScpiFunctionExecutionDataPoolParser::IntegerResponse(const CComVariant& value)
 {
     CComVariant integer;
     return SUCCEEDED(VariantChangeType(&integer, &value, 0, VT_I4)) ? NumericResponse(integer)
                                                                     : SetScpiExecutionError("");
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::IntegerResponse(CZoString const& text)
+HRESULT CScpiFunctionExecutionDataPoolParser::IntegerResponse(const CZoString& text)
 {
     return IntegerResponse(text.ToStdString());
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::IntegerResponse(std::string const& text)
+HRESULT CScpiFunctionExecutionDataPoolParser::IntegerResponse(const std::string& text)
 {
     long value = 0;
     const auto number = WholeNumber(text);
@@ -478,7 +478,7 @@ HRESULT CScpiFunctionExecutionDataPoolParser::BooleanResponse(bool value)
     return WriteItem(value ? "1" : "0");
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::BooleanResponse(CComVariant const& value)
+HRESULT CScpiFunctionExecutionDataPoolParser::BooleanResponse(const CComVariant& value)
 {
     CComVariant boolean;
     return SUCCEEDED(VariantChangeType(&boolean, &value, 0, VT_BOOL))
@@ -486,12 +486,12 @@ HRESULT CScpiFunctionExecutionDataPoolParser::BooleanResponse(CComVariant const&
                : SetScpiExecutionError("");
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::BooleanResponse(CZoString const& text)
+HRESULT CScpiFunctionExecutionDataPoolParser::BooleanResponse(const CZoString& text)
 {
     return BooleanResponse(text.ToStdString());
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::BooleanResponse(std::string const& text)
+HRESULT CScpiFunctionExecutionDataPoolParser::BooleanResponse(const std::string& text)
 {
     if (text == "true" || text == "false")
     {
@@ -508,63 +508,63 @@ HRESULT CScpiFunctionExecutionDataPoolParser::WriteString(std::string_view text)
     });
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::StringResponse(std::string const& text)
+HRESULT CScpiFunctionExecutionDataPoolParser::StringResponse(const std::string& text)
 {
     return WriteString(text);
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::StringResponse(char const* text)
+HRESULT CScpiFunctionExecutionDataPoolParser::StringResponse(const char* text)
 {
     return WriteString(TextOrEmpty(text));
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::StringResponse(wchar_t const* text)
+HRESULT CScpiFunctionExecutionDataPoolParser::StringResponse(const wchar_t* text)
 {
     return WriteString(CZoString(text).ToStdString());
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::StringResponse(CZoString const& text)
+HRESULT CScpiFunctionExecutionDataPoolParser::StringResponse(const CZoString& text)
 {
     return WriteString(text.ToStdString());
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::ArbitraryResponse(char const* data, long length)
+HRESULT CScpiFunctionExecutionDataPoolParser::ArbitraryResponse(const char* data, long length)
 {
     return IsReadable(data, length) ? WriteItem({data, static_cast<std::size_t>(length)})
                                     : SetScpiExecutionError("");
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::ArbitraryResponse(std::string const& text)
+HRESULT CScpiFunctionExecutionDataPoolParser::ArbitraryResponse(const std::string& text)
 {
     return WriteItem(text);
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::ArbitraryResponse(CZoString const& text)
+HRESULT CScpiFunctionExecutionDataPoolParser::ArbitraryResponse(const CZoString& text)
 {
     return WriteItem(text.ToStdString());
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::ArbitraryResponse(char const* text)
+HRESULT CScpiFunctionExecutionDataPoolParser::ArbitraryResponse(const char* text)
 {
     return WriteItem(TextOrEmpty(text));
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::BlockResponse(char const* data, long length)
+HRESULT CScpiFunctionExecutionDataPoolParser::BlockResponse(const char* data, long length)
 {
     if (!IsReadable(data, length))
     {
         return SetScpiExecutionError("");
     }
-    if (const HRESULT hr = BeginItem(); hr != S_OK)
+    if (const HRESULT result = BeginItem(); result != S_OK)
     {
-        return hr;
+        return result;
     }
     IZOScpiOutputBuffer* pOutputBuffer = RequireOutputBuffer();
     if (pOutputBuffer == nullptr)
     {
         return S_FALSE;
     }
-    const tagBlockWrite written = WriteBlock(*pOutputBuffer, data, length);
+    const BlockWrite written = WriteBlock(*pOutputBuffer, data, length);
     return SUCCEEDED(written.result) ? S_OK : SetScpiExecutionError(written.errorText);
 }
 
@@ -575,7 +575,7 @@ HRESULT CScpiFunctionExecutionDataPoolParser::OutputEnumValue(long value)
     return ArbitraryResponse(text.data(), static_cast<long>(text.size()));
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::OutputData(VARIANT const* data,
+HRESULT CScpiFunctionExecutionDataPoolParser::OutputData(const VARIANT* data,
                                                          tagEnumFormatDataInterpretation interpretation)
 {
     return FormatData([=](IZOScpiSubsystemFormat& subsystemFormat, VARIANT_BOOL separator) {
@@ -584,26 +584,26 @@ HRESULT CScpiFunctionExecutionDataPoolParser::OutputData(VARIANT const* data,
 }
 
 HRESULT CScpiFunctionExecutionDataPoolParser::OutputScatteredData(
-    unsigned long count, VARIANT const* const* data, tagEnumFormatDataInterpretation const* interpretations)
+    unsigned long count, const VARIANT* const* data, const tagEnumFormatDataInterpretation* interpretations)
 {
     return FormatData([=](IZOScpiSubsystemFormat& subsystemFormat, VARIANT_BOOL separator) {
         return subsystemFormat.OutputScatteredData(count, data, interpretations, separator);
     });
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::OutputRegisterValue(std::string const& name)
+HRESULT CScpiFunctionExecutionDataPoolParser::OutputRegisterValue(const std::string& name)
 {
     long value = 0;
-    HRESULT hResult = E_POINTER;
-    if (const CComPtr<IZOScpiStatusManagement> spStatusManagement = GetStatusManagement())
+    HRESULT result = E_POINTER;
+    if (const CComPtr<IZOScpiStatusManagement> statusManagement = GetStatusManagement())
     {
-        const auto spRegister = FindRegister(*spStatusManagement, GetRemotePath(), name);
-        hResult =
-            spRegister != nullptr ? ReadRegisterWord(*spRegister, kScpiRegisterCondition, value) : E_FAIL;
+        const auto statusRegister = FindRegister(*statusManagement, GetRemotePath(), name);
+        result = statusRegister != nullptr ? ReadRegisterWord(*statusRegister, kScpiRegisterCondition, value)
+                                           : E_FAIL;
     }
-    if (hResult != S_OK)
+    if (result != S_OK)
     {
-        RepairError(ZO_ERROR(m_pObject, "hResult == S_OK", kRegisterError, hResult));
+        RepairError(ZO_ERROR(m_object, "hResult == S_OK", kRegisterError, result));
         return SetScpiExecutionError("");
     }
     return IntegerResponse(value);
@@ -611,40 +611,40 @@ HRESULT CScpiFunctionExecutionDataPoolParser::OutputRegisterValue(std::string co
 
 HRESULT CScpiFunctionExecutionDataPoolParser::PendingDataSeparatorResponse()
 {
-    const HRESULT hr = InsertSeparator();
-    m_bInsertSeparator = m_bInsertSeparator && hr != S_OK;
-    return hr;
+    const HRESULT result = InsertSeparator();
+    m_insertSeparator = m_insertSeparator && result != S_OK;
+    return result;
 }
 
 // Output filter
 
-bool CScpiFunctionExecutionDataPoolParser::IgnoreFilter(std::string const&) const
+bool CScpiFunctionExecutionDataPoolParser::IgnoreFilter(const std::string&) const
 {
     return true;
 }
 
-bool CScpiFunctionExecutionDataPoolParser::StringFilter(std::string const& line) const
+bool CScpiFunctionExecutionDataPoolParser::StringFilter(const std::string& line) const
 {
-    return line.find(m_sOutputFilter) != std::string::npos;
+    return line.find(m_filterText) != std::string::npos;
 }
 
-bool CScpiFunctionExecutionDataPoolParser::RegExFilter(std::string const&) const
+bool CScpiFunctionExecutionDataPoolParser::RegExFilter(const std::string&) const
 {
     return false;
 }
 
-void CScpiFunctionExecutionDataPoolParser::InstallFilter(FilterOperation filter, std::string const& operand)
+void CScpiFunctionExecutionDataPoolParser::InstallFilter(FilterOperation filter, const std::string& operand)
 {
-    m_pOutputFilter = filter;
-    m_sOutputFilter = operand;
+    m_outputFilter = filter;
+    m_filterText = operand;
 }
 
-bool CScpiFunctionExecutionDataPoolParser::RunOutputFilter(std::string const& line)
+bool CScpiFunctionExecutionDataPoolParser::RunOutputFilter(const std::string& line)
 {
-    return (this->*m_pOutputFilter)(line);
+    return (this->*m_outputFilter)(line);
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::SetOutputFilterString(std::string const& text)
+HRESULT CScpiFunctionExecutionDataPoolParser::SetOutputFilterString(const std::string& text)
 {
     InstallFilter(text.empty() ? &CScpiFunctionExecutionDataPoolParser::IgnoreFilter
                                : &CScpiFunctionExecutionDataPoolParser::StringFilter,
@@ -652,7 +652,7 @@ HRESULT CScpiFunctionExecutionDataPoolParser::SetOutputFilterString(std::string 
     return S_OK;
 }
 
-HRESULT CScpiFunctionExecutionDataPoolParser::SetOutputFilterRegEx(std::string const& pattern)
+HRESULT CScpiFunctionExecutionDataPoolParser::SetOutputFilterRegEx(const std::string& pattern)
 {
     // Deliberate: this platform offers no regular expressions, so a pattern must not drop any line.
     InstallFilter(&CScpiFunctionExecutionDataPoolParser::IgnoreFilter, pattern);
@@ -667,18 +667,18 @@ void CScpiFunctionExecutionDataPoolParser::ClearOutputFilter()
 bool CScpiFunctionExecutionDataPoolParser::IsOutputFilterDefined() const
 {
     // Deliberate: listing handlers ask whether they may skip the filter, whatever the name says.
-    return m_pOutputFilter == &CScpiFunctionExecutionDataPoolParser::IgnoreFilter;
+    return m_outputFilter == &CScpiFunctionExecutionDataPoolParser::IgnoreFilter;
 }
 
 // Data-base transactions
 
 HRESULT CScpiFunctionExecutionDataPoolParser::FinishTransaction(CComPtr<IZODatabaseTransaction>& transaction,
-                                                                TransactionAcceptMode const& acceptMode)
+                                                                const TransactionAcceptMode& acceptMode)
 {
     Acceptance acceptance{};
-    const HRESULT hr =
+    const HRESULT result =
         transaction != nullptr ? transaction->FinishTransaction(acceptMode, &acceptance) : S_OK;
-    if (hr == S_OK)
+    if (result == S_OK)
     {
         return S_OK;
     }
@@ -687,7 +687,7 @@ HRESULT CScpiFunctionExecutionDataPoolParser::FinishTransaction(CComPtr<IZODatab
     CScpiTransaction::GetScpiErrorFromAcceptance(&acceptance, code, text);
     if (code == kScpiNoError)
     {
-        return FAILED(hr) ? hr : S_OK;
+        return FAILED(result) ? result : S_OK;
     }
     return SetScpiError(static_cast<short>(code), CZoString(text).ToStdString(), true);
 }
@@ -699,11 +699,11 @@ HRESULT CScpiFunctionExecutionDataPoolParser::UndoTransaction(CComPtr<IZODatabas
 
 HRESULT CScpiFunctionExecutionDataPoolParser::StopTransaction()
 {
-    const HRESULT hr = m_pIReadTransaction != nullptr ? m_pIReadTransaction->AbortTransaction() : S_OK;
-    if (hr != S_OK)
+    const HRESULT result = m_pIReadTransaction != nullptr ? m_pIReadTransaction->AbortTransaction() : S_OK;
+    if (result != S_OK)
     {
-        constexpr char const* kCondition = "m_pIReadTransaction->AbortTransaction() == S_OK";
-        RepairError(ZO_ERROR(m_pObject, kCondition, "Transaction cannot be aborted", hr));
+        constexpr const char* kCondition = "m_pIReadTransaction->AbortTransaction() == S_OK";
+        RepairError(ZO_ERROR(m_object, kCondition, "Transaction cannot be aborted", result));
         return SetScpiExecutionError("");
     }
     m_pIReadTransaction = nullptr;

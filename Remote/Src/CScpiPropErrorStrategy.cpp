@@ -22,8 +22,8 @@ void ReportToShell(const CObjectDataReferenceBase* pObject,
                    tagErrorSeverity severity,
                    const std::string& message) noexcept
 {
-    const auto* pReference = dynamic_cast<const CObjectDataReference*>(pObject);
-    RepairError(ZO_REPORT(severity, pReference, "false", message, ZO_E_SHELL));
+    const auto* reference = dynamic_cast<const CObjectDataReference*>(pObject);
+    RepairError(ZO_REPORT(severity, reference, "false", message, ZO_E_SHELL));
 }
 
 } // namespace
@@ -34,31 +34,31 @@ void CScpiPropErrorStrategy::SetMember(CObjectDataReferenceBase* pObject,
                                        bool reportEmptyWarnings,
                                        bool strict) noexcept
 {
-    m_pObject = pObject;
-    m_eMode = mode;
-    m_bReportAsWarnings = reportAsWarnings;
-    m_bReportEmptyWarnings = reportEmptyWarnings;
-    m_bStrict = strict;
+    m_object = pObject;
+    m_mode = mode;
+    m_reportAsWarnings = reportAsWarnings;
+    m_reportEmptyWarnings = reportEmptyWarnings;
+    m_strict = strict;
 }
 
 void CScpiPropErrorStrategy::Count() noexcept
 {
-    if (m_iErrorCounter < std::numeric_limits<std::int32_t>::max())
+    if (m_errorCounter < std::numeric_limits<std::int32_t>::max())
     {
-        ++m_iErrorCounter;
+        ++m_errorCounter;
     }
 }
 
 void CScpiPropErrorStrategy::Warn(const void* value, const CAtlStringA& message)
 {
     // Deliberate: a warning is for the object alone; in the other modes it neither counts nor shows.
-    if (m_eMode != ZO_SCPI_NODE_REPORT_TO_OBJECT)
+    if (m_mode != ZO_SCPI_NODE_REPORT_TO_OBJECT)
     {
         return;
     }
-    if (m_pObject != nullptr)
+    if (m_object != nullptr)
     {
-        m_pObject->PropertyWarning(value, message);
+        m_object->PropertyWarning(value, message);
     }
     else
     {
@@ -72,12 +72,12 @@ void CScpiPropErrorStrategy::PropError(const void* value, CAtlStringA message)
     {
         return;
     }
-    if (m_bReportAsWarnings)
+    if (m_reportAsWarnings)
     {
         Warn(value, message);
         return;
     }
-    switch (m_eMode)
+    switch (m_mode)
     {
     case ZO_SCPI_NODE_CAPTURE:
         Count();
@@ -85,16 +85,16 @@ void CScpiPropErrorStrategy::PropError(const void* value, CAtlStringA message)
         break;
     case ZO_SCPI_NODE_REPORT_TO_OBJECT:
         Count();
-        if (m_pObject != nullptr)
+        if (m_object != nullptr)
         {
-            m_pObject->PropertyError(value, message);
+            m_object->PropertyError(value, message);
             break;
         }
         ReportToShell(nullptr, tagErrorSeverity::Error, message);
         break;
     case ZO_SCPI_NODE_REPORT_TO_SHELL:
         Count();
-        ReportToShell(m_pObject, tagErrorSeverity::Error, message);
+        ReportToShell(m_object, tagErrorSeverity::Error, message);
         break;
     case ZO_SCPI_NODE_IGNORE:
     case ZO_SCPI_NODE_REPAIR:
@@ -105,7 +105,7 @@ void CScpiPropErrorStrategy::PropError(const void* value, CAtlStringA message)
 
 void CScpiPropErrorStrategy::PropErrorEmpty(const void* value, CAtlStringA message)
 {
-    if (m_bReportEmptyWarnings)
+    if (m_reportEmptyWarnings)
     {
         PropError(value, std::move(message));
     }
@@ -139,7 +139,7 @@ void CScpiPropErrorStrategy::PropErrorBstrRepair(CComBSTR& value,
                                                  CAtlStringA message,
                                                  const std::string& repair)
 {
-    if (m_eMode == ZO_SCPI_NODE_REPAIR)
+    if (m_mode == ZO_SCPI_NODE_REPAIR)
     {
         value = CComBSTR(static_cast<int>(repair.size()), repair.data());
         return;
@@ -150,7 +150,7 @@ void CScpiPropErrorStrategy::PropErrorBstrRepair(CComBSTR& value,
 void CScpiPropErrorStrategy::ResetErrorCounter() noexcept
 {
     m_capturedErrors.clear();
-    m_iErrorCounter = 0;
+    m_errorCounter = 0;
 }
 
 std::string CScpiPropErrorStrategy::ReportCapturedErrors(long limit) const

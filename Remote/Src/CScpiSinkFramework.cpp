@@ -22,25 +22,26 @@ namespace
 template <class TExecution>
 HRESULT CloseExecution(long result, TExecution& execution) noexcept
 {
-    const auto hrResult = static_cast<HRESULT>(result);
-    const HRESULT hr = GuardedEntry([&]() -> HRESULT {
-        const bool isMapped = hrResult == S_OK || hrResult == S_FALSE || hrResult == E_ABORT;
+    const auto outcome = static_cast<HRESULT>(result);
+    const HRESULT finished = GuardedEntry([&]() -> HRESULT {
+        const bool isMapped = outcome == S_OK || outcome == S_FALSE || outcome == E_ABORT;
         if (!isMapped && execution.GetScpiError() == kScpiNoError)
         {
             execution.SetScpiExecutionError("");
         }
         return execution.FinishCommandExecution();
     });
-    if (hr != S_OK)
+    if (finished != S_OK)
     {
-        RepairError(ZO_ERROR(execution.GetObjectReference(), "hr == S_OK", "Fatal scpi execution error", hr));
+        RepairError(
+            ZO_ERROR(execution.GetObjectReference(), "hr == S_OK", "Fatal scpi execution error", finished));
     }
-    return hrResult == E_ABORT ? E_ABORT : S_OK;
+    return outcome == E_ABORT ? E_ABORT : S_OK;
 }
 
 } // namespace
 
-HRESULT ScpiExecution::DeliverError(tagErrorDelivery const& delivery)
+HRESULT ScpiExecution::DeliverError(const ErrorDelivery& delivery)
 {
     constexpr char kMissingInterface[] = "Fatal missing interface";
     if (delivery.services.Manager() == nullptr)
@@ -51,13 +52,13 @@ HRESULT ScpiExecution::DeliverError(tagErrorDelivery const& delivery)
     {
         ThrowError(ZO_ERROR(delivery.pObject, "m_iRemotePath >= 0", "Invalid remote path", ZO_E_SHELL));
     }
-    const CComPtr<IZOScpiErrorManagement> spErrorManagement = delivery.services.ErrorManagement();
-    if (spErrorManagement == nullptr)
+    const CComPtr<IZOScpiErrorManagement> errorManagement = delivery.services.ErrorManagement();
+    if (errorManagement == nullptr)
     {
         ThrowError(ZO_ERROR(delivery.pObject, "pScpiErrorManagement != NULL", kMissingInterface, E_POINTER));
     }
     const CComBSTR detail(delivery.detail.c_str());
-    return spErrorManagement->SetError(delivery.remotePath, delivery.code, detail);
+    return errorManagement->SetError(delivery.remotePath, delivery.code, detail);
 }
 
 HRESULT CScpiSinkFramework::FinishCommandExecution(long result, CCommandExecutionData& data) noexcept
@@ -83,15 +84,15 @@ std::string CScpiSinkFramework::GetScpiStringFormat(std::string_view text)
     return formatted;
 }
 
-CCommandExecutionData::CCommandExecutionData(tagZO_SCPI_PARSER_DATA const& data,
-                                             CObjectDataReference const* pObject) noexcept
+CCommandExecutionData::CCommandExecutionData(const tagZO_SCPI_PARSER_DATA& data,
+                                             const CObjectDataReference* pObject) noexcept
     : m_iRemotePath(data.m_iRemotePath),
-      m_pScpiManager(data.m_pContext),
-      m_pNumericSuffixes(data.m_pNumericSuffixes),
-      m_iArgumentCount(static_cast<std::uint32_t>(data.m_iArgumentCount)),
+      m_pScpiManager(data.m_context),
+      m_numericSuffixes(data.m_numericSuffixes),
+      m_argumentCount(static_cast<std::uint32_t>(data.m_argumentCount)),
       m_pParams(data.m_pArguments),
-      m_bQuery(data.m_bQuery),
-      m_pObject(pObject),
+      m_query(data.m_query),
+      m_object(pObject),
       m_pOutputBuffer(data.m_pOutputBuffer)
 {}
 
@@ -99,32 +100,32 @@ CCommandExecutionData::~CCommandExecutionData() = default;
 
 HRESULT CCommandExecutionData::SetScpiError(short code)
 {
-    m_iScpiError = code;
-    m_sDetail.clear();
+    m_scpiError = code;
+    m_detail.clear();
     return code != kScpiNoError ? S_FALSE : S_OK;
 }
 
-HRESULT CCommandExecutionData::SetScpiErrorEx(short code, std::string const& text)
+HRESULT CCommandExecutionData::SetScpiErrorEx(short code, const std::string& text)
 {
-    m_iScpiError = code;
-    m_sDetail = text;
+    m_scpiError = code;
+    m_detail = text;
     return code != kScpiNoError ? S_FALSE : S_OK;
 }
 
-HRESULT CCommandExecutionData::SetScpiExecutionError(std::string const& text)
+HRESULT CCommandExecutionData::SetScpiExecutionError(const std::string& text)
 {
     return SetScpiErrorEx(kScpiExecutionError, text);
 }
 
 HRESULT CCommandExecutionData::SetScpiError_QueryOnly()
 {
-    const tagScpiErrorValue error = QueryOnlyError(m_bQuery);
+    const ScpiErrorValue error = QueryOnlyError(m_query);
     return SetScpiErrorEx(error.code, error.detail);
 }
 
 HRESULT CCommandExecutionData::SetScpiError_NoQuery()
 {
-    const tagScpiErrorValue error = NoQueryError(m_bQuery);
+    const ScpiErrorValue error = NoQueryError(m_query);
     return SetScpiErrorEx(error.code, error.detail);
 }
 
@@ -150,15 +151,15 @@ HRESULT CCommandExecutionData::ScpiErrorUnexpectedParameterType(long index)
 
 HRESULT CCommandExecutionData::FinishCommandExecution()
 {
-    if (m_iScpiError == kScpiNoError || m_bErrorDelivered)
+    if (m_scpiError == kScpiNoError || m_errorDelivered)
     {
         return S_OK;
     }
-    if (FAILED(DeliverError({m_pScpiManager, m_iRemotePath, m_iScpiError, m_sDetail, m_pObject})))
+    if (FAILED(DeliverError({m_pScpiManager, m_iRemotePath, m_scpiError, m_detail, m_object})))
     {
         return SetScpiExecutionError("");
     }
-    m_bErrorDelivered = true;
+    m_errorDelivered = true;
     return S_OK;
 }
 
@@ -169,12 +170,12 @@ HRESULT CCommandExecutionData::RaiseIf(short code)
 
 HRESULT CCommandExecutionData::CheckArgumentCount(unsigned long last, bool exactCount)
 {
-    return RaiseIf(CountError(m_iArgumentCount, static_cast<std::uint32_t>(last), exactCount));
+    return RaiseIf(CountError(m_argumentCount, static_cast<std::uint32_t>(last), exactCount));
 }
 
 HRESULT CCommandExecutionData::CheckArgumentNotAllowed()
 {
-    return RaiseIf(NoArgumentError(m_iArgumentCount));
+    return RaiseIf(NoArgumentError(m_argumentCount));
 }
 
 HRESULT CCommandExecutionData::CheckArgumentType(long actual, long expected)
@@ -184,37 +185,37 @@ HRESULT CCommandExecutionData::CheckArgumentType(long actual, long expected)
 
 HRESULT CCommandExecutionData::CheckParamType(long index, long type)
 {
-    if (index >= m_iArgumentCount)
+    if (index >= m_argumentCount)
     {
         return ScpiErrorMissingParameter();
     }
     tagZO_SCPI_PARAMTYPE actual = ZO_SCPI_PARAMTYPE_UNDEFINED;
-    const HRESULT hr = GetArgumentType(actual, index);
-    return hr == S_OK ? CheckArgumentType(actual, type) : hr;
+    const HRESULT result = GetArgumentType(actual, index);
+    return result == S_OK ? CheckArgumentType(actual, type) : result;
 }
 
-HRESULT CCommandExecutionData::RaiseFault(tagFoundArgument const& argument)
+HRESULT CCommandExecutionData::RaiseFault(const tagFoundArgument& argument)
 {
-    if (argument.pMisuse != nullptr)
+    if (argument.misuse != nullptr)
     {
-        tagMisuse const& misuse = *argument.pMisuse;
-        char const* condition = misuse.condition != nullptr ? misuse.condition : "m_pParams != NULL";
-        ThrowError(ZO_ERROR(m_pObject, condition, misuse.message, misuse.result));
+        const Misuse& misuse = *argument.misuse;
+        const char* condition = misuse.condition != nullptr ? misuse.condition : "m_pParams != NULL";
+        ThrowError(ZO_ERROR(m_object, condition, misuse.message, misuse.result));
     }
     return SetScpiError(argument.error);
 }
 
 template <class TReader, class... TOutputs>
-HRESULT CCommandExecutionData::ReadArgument(TReader const& reader, long index, TOutputs&... outputs)
+HRESULT CCommandExecutionData::ReadArgument(const TReader& reader, long index, TOutputs&... outputs)
 {
-    const tagFoundArgument found = FindArgument(m_pParams, m_iArgumentCount, index, reader.acceptedType);
-    return found.pParameter != nullptr ? RaiseIf(reader.read(*found.pParameter, outputs...))
-                                       : RaiseFault(found);
+    const tagFoundArgument found = FindArgument(m_pParams, m_argumentCount, index, reader.acceptedType);
+    return found.parameter != nullptr ? RaiseIf(reader.read(*found.parameter, outputs...))
+                                      : RaiseFault(found);
 }
 
 HRESULT CCommandExecutionData::GetNumericSuffix(long& value, long index)
 {
-    value = m_pNumericSuffixes[index];
+    value = m_numericSuffixes[index];
     return S_OK;
 }
 
@@ -257,24 +258,24 @@ HRESULT CCommandExecutionData::GetCharacterArgument(long& value, long index)
 HRESULT CCommandExecutionData::GetCharacterString(std::string& text, long index)
 {
     long code = 0;
-    if (const HRESULT hr = GetCharacterArgument(code, index); hr != S_OK)
+    if (const HRESULT result = GetCharacterArgument(code, index); result != S_OK)
     {
-        return hr;
+        return result;
     }
     if (m_pp_Enums == nullptr)
     {
-        ThrowError(ZO_ERROR(m_pObject, "m_pp_Enums", "Null pointer detected (m_pp_Enums)", E_POINTER));
+        ThrowError(ZO_ERROR(m_object, "m_pp_Enums", "Null pointer detected (m_pp_Enums)", E_POINTER));
     }
-    char const* const* ppText = m_pp_Enums;
-    for (long position = 1; position < code && *ppText != nullptr; ++position)
+    const char* const* word = m_pp_Enums;
+    for (long position = 1; position < code && *word != nullptr; ++position)
     {
-        ++ppText;
+        ++word;
     }
-    if (code < 1 || *ppText == nullptr)
+    if (code < 1 || *word == nullptr)
     {
         return SetScpiError(kScpiInvalidCharacterData);
     }
-    text = *ppText;
+    text = *word;
     return S_OK;
 }
 
@@ -297,7 +298,7 @@ HRESULT CCommandExecutionData::GetBlockArgument(IZOScpiBlockData** ppBlockData, 
 {
     if (ppBlockData == nullptr)
     {
-        ThrowError(ZO_NULL_POINTER(m_pObject, "ppBlockData"));
+        ThrowError(ZO_NULL_POINTER(m_object, "ppBlockData"));
     }
     return ReadArgument(kBlockReader, index, *ppBlockData, length);
 }
@@ -305,7 +306,7 @@ HRESULT CCommandExecutionData::GetBlockArgument(IZOScpiBlockData** ppBlockData, 
 HRESULT CCommandExecutionData::GetSuffix(long& unit, long index)
 {
     // Deliberate: handlers of this style take 0 for "no unit"; those of the pool take -1.
-    constexpr tagArgumentReader<long> kSuffixReader{ZO_SCPI_PARAMTYPE_NUMERIC, &ReadUnitSuffix<0>};
+    constexpr ArgumentReader<long> kSuffixReader{ZO_SCPI_PARAMTYPE_NUMERIC, &ReadUnitSuffix<0>};
     return ReadArgument(kSuffixReader, index, unit);
 }
 
@@ -313,7 +314,7 @@ IZOScpiOutputBuffer& CCommandExecutionData::RequireOutputBuffer()
 {
     if (m_pOutputBuffer == nullptr)
     {
-        ThrowError(ZO_ERROR(m_pObject, "m_pOutputBuffer != NULL", kInterfaceMissing, E_POINTER));
+        ThrowError(ZO_ERROR(m_object, "m_pOutputBuffer != NULL", kInterfaceMissing, E_POINTER));
     }
     return *m_pOutputBuffer;
 }
@@ -323,30 +324,31 @@ IZOScpiSubsystemFormat& CCommandExecutionData::RequireFormatSubsystem()
     IZOScpiSubsystemFormat* pScpiSubsystemFormat = m_pScpiManager.SubsystemFormat();
     if (pScpiSubsystemFormat == nullptr)
     {
-        ThrowError(ZO_ERROR(m_pObject, "pScpiSubsystemFormat != NULL", kInterfaceMissing, E_POINTER));
+        ThrowError(ZO_ERROR(m_object, "pScpiSubsystemFormat != NULL", kInterfaceMissing, E_POINTER));
     }
     return *pScpiSubsystemFormat;
 }
 
-HRESULT CCommandExecutionData::SucceedOrRaise(HRESULT hr)
+HRESULT CCommandExecutionData::SucceedOrRaise(HRESULT result)
 {
-    return SUCCEEDED(hr) ? S_OK : SetScpiExecutionError("");
+    return SUCCEEDED(result) ? S_OK : SetScpiExecutionError("");
 }
 
 HRESULT CCommandExecutionData::BeginItem()
 {
-    if (m_bInsertSeparator && FAILED(RequireOutputBuffer().Write(1, ",", nullptr)))
+    if (m_insertSeparator && FAILED(RequireOutputBuffer().Write(1, ",", nullptr)))
     {
         return SetScpiExecutionError("");
     }
-    m_bInsertSeparator = true;
+    m_insertSeparator = true;
     return S_OK;
 }
 
 HRESULT CCommandExecutionData::WriteItem(std::string_view text)
 {
-    const HRESULT hr = BeginItem();
-    return hr == S_OK ? SucceedOrRaise(RequireOutputBuffer().Write(text.size(), text.data(), nullptr)) : hr;
+    const HRESULT result = BeginItem();
+    return result == S_OK ? SucceedOrRaise(RequireOutputBuffer().Write(text.size(), text.data(), nullptr))
+                          : result;
 }
 
 HRESULT CCommandExecutionData::BooleanResponse(bool value)
@@ -366,28 +368,28 @@ HRESULT CCommandExecutionData::DoubleResponse(double value)
     return WriteItem(FormatFixed(buffer, value));
 }
 
-HRESULT CCommandExecutionData::StringResponse(std::string const& text)
+HRESULT CCommandExecutionData::StringResponse(const std::string& text)
 {
     return WriteItem(CScpiSinkFramework::GetScpiStringFormat(text));
 }
 
-HRESULT CCommandExecutionData::ArbitraryResponse(char const* data, long length)
+HRESULT CCommandExecutionData::ArbitraryResponse(const char* data, long length)
 {
     return IsReadable(data, length) ? WriteItem({data, static_cast<std::size_t>(length)})
                                     : SetScpiExecutionError("");
 }
 
-HRESULT CCommandExecutionData::BlockResponse(char const* data, long length)
+HRESULT CCommandExecutionData::BlockResponse(const char* data, long length)
 {
     if (!IsReadable(data, length))
     {
         return SetScpiExecutionError("");
     }
-    if (const HRESULT hr = BeginItem(); hr != S_OK)
+    if (const HRESULT result = BeginItem(); result != S_OK)
     {
-        return hr;
+        return result;
     }
-    const tagBlockWrite written = WriteBlock(RequireOutputBuffer(), data, length);
+    const BlockWrite written = WriteBlock(RequireOutputBuffer(), data, length);
     return SUCCEEDED(written.result) ? S_OK : SetScpiExecutionError(written.errorText);
 }
 
@@ -397,16 +399,16 @@ HRESULT CCommandExecutionData::FormatItem(TOperation&& operation)
     try
     {
         IZOScpiSubsystemFormat& subsystemFormat = RequireFormatSubsystem();
-        const HRESULT hr = BeginItem();
-        return hr == S_OK ? SucceedOrRaise(operation(subsystemFormat)) : hr;
+        const HRESULT result = BeginItem();
+        return result == S_OK ? SucceedOrRaise(operation(subsystemFormat)) : result;
     }
-    catch (CShellError const&)
+    catch (const CShellError&)
     {
         return SetScpiExecutionError("");
     }
 }
 
-HRESULT CCommandExecutionData::OutputFormatData(double const* values, long count)
+HRESULT CCommandExecutionData::OutputFormatData(const double* values, long count)
 {
     if (!IsReadable(values, count))
     {
@@ -417,19 +419,19 @@ HRESULT CCommandExecutionData::OutputFormatData(double const* values, long count
     });
 }
 
-HRESULT CCommandExecutionData::OutputRegisterValue(std::string const& name, long index)
+HRESULT CCommandExecutionData::OutputRegisterValue(const std::string& name, long index)
 {
     long value = 0;
     try
     {
-        CComPtr<IZOScpiStatusRegister> spRegister;
-        GetRegisterInterface(name, &spRegister);
-        if (const HRESULT hr = ReadRegisterWord(*spRegister, index, value); hr != S_OK)
+        CComPtr<IZOScpiStatusRegister> statusRegister;
+        GetRegisterInterface(name, &statusRegister);
+        if (const HRESULT result = ReadRegisterWord(*statusRegister, index, value); result != S_OK)
         {
-            ThrowError(ZO_ERROR(m_pObject, "hr == S_OK", kRegisterError, hr));
+            ThrowError(ZO_ERROR(m_object, "hr == S_OK", kRegisterError, result));
         }
     }
-    catch (CShellError const&)
+    catch (const CShellError&)
     {
         return SetScpiExecutionError("");
     }
@@ -439,23 +441,23 @@ HRESULT CCommandExecutionData::OutputRegisterValue(std::string const& name, long
     });
 }
 
-HRESULT CCommandExecutionData::GetRegisterInterface(std::string const& name,
+HRESULT CCommandExecutionData::GetRegisterInterface(const std::string& name,
                                                     IZOScpiStatusRegister** ppRegister)
 {
     if (ppRegister == nullptr)
     {
-        ThrowError(ZO_NULL_POINTER(m_pObject, "ppRegister"));
+        ThrowError(ZO_NULL_POINTER(m_object, "ppRegister"));
     }
     *ppRegister = nullptr;
-    const CComPtr<IZOScpiStatusManagement> spStatusManagement = m_pScpiManager.StatusManagement();
-    if (spStatusManagement == nullptr)
+    const CComPtr<IZOScpiStatusManagement> statusManagement = m_pScpiManager.StatusManagement();
+    if (statusManagement == nullptr)
     {
-        ThrowError(ZO_ERROR(m_pObject, "pStatusManagement != NULL", kRegisterError, E_POINTER));
+        ThrowError(ZO_ERROR(m_object, "pStatusManagement != NULL", kRegisterError, E_POINTER));
     }
-    *ppRegister = FindRegister(*spStatusManagement, m_iRemotePath, name).Detach();
+    *ppRegister = FindRegister(*statusManagement, m_iRemotePath, name).Detach();
     if (*ppRegister == nullptr)
     {
-        ThrowError(ZO_ERROR(m_pObject, "*ppRegister != NULL", kRegisterError, E_POINTER));
+        ThrowError(ZO_ERROR(m_object, "*ppRegister != NULL", kRegisterError, E_POINTER));
     }
     return S_OK;
 }

@@ -15,7 +15,7 @@ constexpr std::int32_t kAccepted = 0;
 constexpr std::int32_t kAcceptedAsIs = 1;
 constexpr std::int32_t kAcceptedWithRemark = 2;
 
-struct tagReasonRow
+struct ReasonRow
 {
     std::int32_t first;
     std::int32_t last;
@@ -24,7 +24,7 @@ struct tagReasonRow
 };
 
 // clang-format off
-constexpr tagReasonRow kReasons[] = {
+constexpr ReasonRow kReasons[] = {
     {0,  0,  kScpiParameterError,   L"wrong parameter state"},
     {1,  2,  kScpiDataQuestionable, L"numeric or unit conversion failed"},
     {5,  5,  kScpiDataOutOfRange,   L"value is not changeable"},
@@ -40,35 +40,35 @@ constexpr tagReasonRow kReasons[] = {
     {33, 33, kScpiDataQuestionable, L"dependency failed"},
 };
 // clang-format on
-constexpr tagReasonRow kUnknownReason{0, 0, kScpiParameterError, L"unknown error"};
+constexpr ReasonRow kUnknownReason{0, 0, kScpiParameterError, L"unknown error"};
 
-const tagReasonRow* FindReason(std::int32_t reason) noexcept
+const ReasonRow* FindReason(std::int32_t reason) noexcept
 {
-    const auto* const pRow = std::find_if(std::begin(kReasons), std::end(kReasons), [=](const auto& row) {
-        return row.first <= reason && reason <= row.last;
+    const auto* const row = std::find_if(std::begin(kReasons), std::end(kReasons), [=](const auto& range) {
+        return range.first <= reason && reason <= range.last;
     });
-    return pRow != std::end(kReasons) ? pRow : nullptr;
+    return row != std::end(kReasons) ? row : nullptr;
 }
 
 /// The row of the error; null for no error.
-const tagReasonRow* FindError(const Acceptance& acceptance) noexcept
+const ReasonRow* FindError(const Acceptance& acceptance) noexcept
 {
     if (acceptance.iState == kAccepted || acceptance.iState == kAcceptedAsIs)
     {
         return nullptr;
     }
-    const tagReasonRow* const pRow = FindReason(acceptance.iReason);
+    const ReasonRow* const row = FindReason(acceptance.iReason);
     const bool harmlessRemark = acceptance.iState == kAcceptedWithRemark && acceptance.iReason >= 0;
-    return pRow != nullptr || harmlessRemark ? pRow : &kUnknownReason;
+    return row != nullptr || harmlessRemark ? row : &kUnknownReason;
 }
 
 } // namespace
 
-void CScpiTransaction::GetScpiErrorFromAcceptance(const Acceptance* pAcceptance, long& code, CComBSTR& text)
+void CScpiTransaction::GetScpiErrorFromAcceptance(const Acceptance* acceptance, long& code, CComBSTR& text)
 {
-    const tagReasonRow* const pError = pAcceptance != nullptr ? FindError(*pAcceptance) : nullptr;
-    code = pError != nullptr ? pError->code : kScpiNoError;
-    text = pError != nullptr ? pError->text : L"";
+    const ReasonRow* const error = acceptance != nullptr ? FindError(*acceptance) : nullptr;
+    code = error != nullptr ? error->code : kScpiNoError;
+    text = error != nullptr ? error->text : L"";
 }
 
 } // namespace ZoVelkor

@@ -20,8 +20,8 @@
 namespace ZoVelkor::ScpiExecution
 {
 
-const tagMisuse kNoArgumentArray{nullptr, "Missing parameter", E_POINTER};
-const tagMisuse kNegativeIndex{"iArgumentIndex >= 0", "Invalid argument index", ZO_E_SHELL};
+const Misuse kNoArgumentArray{nullptr, "Missing parameter", E_POINTER};
+const Misuse kNegativeIndex{"iArgumentIndex >= 0", "Invalid argument index", ZO_E_SHELL};
 
 namespace
 {
@@ -35,16 +35,16 @@ constexpr WordReader kWordReaders[] = {&IZOScpiStatusRegister::GetCondition,
                                        &IZOScpiStatusRegister::GetNegTrans,
                                        &IZOScpiStatusRegister::GetPosTrans};
 
-double ConvertWithLibrary(char const* text, char** end) noexcept
+double ConvertWithLibrary(const char* text, char** end) noexcept
 {
-    static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", nullptr);
+    static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
     errno = 0;
-    return strtod_l(text, end, cLocale);
+    return strtod_l(text, end, locale);
 }
 
 } // namespace
 
-bool ConvertNumber(char const* text, double& value) noexcept
+bool ConvertNumber(const char* text, double& value) noexcept
 {
     double fast = 0;
     const auto parsed = std::from_chars(text, text + std::char_traits<char>::length(text), fast);
@@ -61,7 +61,7 @@ bool ConvertNumber(char const* text, double& value) noexcept
     return errno != ERANGE;
 }
 
-std::optional<double> WholeNumber(std::string const& text) noexcept
+std::optional<double> WholeNumber(const std::string& text) noexcept
 {
     char* end = nullptr;
     const double value = ConvertWithLibrary(text.c_str(), &end);
@@ -80,12 +80,12 @@ short TruncateNumber(double number, long& value) noexcept
     return kScpiNoError;
 }
 
-short ReadDouble(tagZO_SCPI_PARAMETER const& parameter, double& value)
+short ReadDouble(const tagZO_SCPI_PARAMETER& parameter, double& value)
 {
     return ConvertNumber(parameter.szText, value) ? kScpiNoError : kScpiDataOutOfRange;
 }
 
-short ReadDoubleWithUnit(tagZO_SCPI_PARAMETER const& parameter, double& value, long& unit)
+short ReadDoubleWithUnit(const tagZO_SCPI_PARAMETER& parameter, double& value, long& unit)
 {
     const short error = ReadDouble(parameter, value);
     if (error == kScpiNoError)
@@ -95,14 +95,14 @@ short ReadDoubleWithUnit(tagZO_SCPI_PARAMETER const& parameter, double& value, l
     return error;
 }
 
-short ReadInteger(tagZO_SCPI_PARAMETER const& parameter, long& value)
+short ReadInteger(const tagZO_SCPI_PARAMETER& parameter, long& value)
 {
     double number = 0;
     const short error = ReadDouble(parameter, number);
     return error == kScpiNoError ? TruncateNumber(number, value) : error;
 }
 
-short ReadBoolean(tagZO_SCPI_PARAMETER const& parameter, bool& value)
+short ReadBoolean(const tagZO_SCPI_PARAMETER& parameter, bool& value)
 {
     if (parameter.iType == ZO_SCPI_PARAMTYPE_SPECIAL)
     {
@@ -123,38 +123,38 @@ short ReadBoolean(tagZO_SCPI_PARAMETER const& parameter, bool& value)
     return error;
 }
 
-short ReadCode(tagZO_SCPI_PARAMETER const& parameter, long& value)
+short ReadCode(const tagZO_SCPI_PARAMETER& parameter, long& value)
 {
     value = static_cast<std::int32_t>(parameter.iSpecialCode);
     return kScpiNoError;
 }
 
-short ReadMnemonic(tagZO_SCPI_PARAMETER const& parameter, tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE& value)
+short ReadMnemonic(const tagZO_SCPI_PARAMETER& parameter, tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE& value)
 {
     value = static_cast<tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE>(parameter.iSpecialCode);
     return kScpiNoError;
 }
 
-short ReadCountedText(tagZO_SCPI_PARAMETER const& parameter, std::string& text)
+short ReadCountedText(const tagZO_SCPI_PARAMETER& parameter, std::string& text)
 {
     text.assign(parameter.szText, std::min<std::size_t>(parameter.iTextLength, sizeof(parameter.szText)));
     return kScpiNoError;
 }
 
-short ReadType(tagZO_SCPI_PARAMETER const& parameter, tagZO_SCPI_PARAMTYPE& type)
+short ReadType(const tagZO_SCPI_PARAMETER& parameter, tagZO_SCPI_PARAMTYPE& type)
 {
     type = static_cast<tagZO_SCPI_PARAMTYPE>(parameter.iType);
     return kScpiNoError;
 }
 
-short ReadBlock(tagZO_SCPI_PARAMETER const& parameter, IZOScpiBlockData*& pBlockData, long& length)
+short ReadBlock(const tagZO_SCPI_PARAMETER& parameter, IZOScpiBlockData*& blockData, long& length)
 {
-    pBlockData = CComPtr<IZOScpiBlockData>(parameter.pBlockData).Detach();
+    blockData = CComPtr<IZOScpiBlockData>(parameter.pBlockData).Detach();
     length = static_cast<std::int32_t>(parameter.iBlockLength);
     return kScpiNoError;
 }
 
-short RefuseType(tagZO_SCPI_PARAMETER const& parameter)
+short RefuseType(const tagZO_SCPI_PARAMETER& parameter)
 {
     return UnexpectedTypeError(parameter.iType);
 }
@@ -178,35 +178,35 @@ std::string_view FormatFixed(NumberBuffer& buffer, double value) noexcept
 std::string_view FormatBlockHeader(NumberBuffer& buffer, unsigned long length) noexcept
 {
     std::array<char, std::numeric_limits<unsigned long>::digits10 + 1> digits{};
-    char const* digitsEnd = std::to_chars(digits.data(), digits.data() + digits.size(), length).ptr;
+    const char* digitsEnd = std::to_chars(digits.data(), digits.data() + digits.size(), length).ptr;
     char* out = buffer.data();
     *out++ = '#';
     out = std::to_chars(out, buffer.data() + buffer.size(), digitsEnd - digits.data()).ptr;
-    out = std::copy(static_cast<char const*>(digits.data()), digitsEnd, out);
+    out = std::copy(static_cast<const char*>(digits.data()), digitsEnd, out);
     return {buffer.data(), static_cast<std::size_t>(out - buffer.data())};
 }
 
-tagBlockWrite WriteBlock(IZOScpiOutputBuffer& output, char const* data, long length)
+BlockWrite WriteBlock(IZOScpiOutputBuffer& output, const char* data, long length)
 {
     const auto size = static_cast<unsigned long>(length);
     NumberBuffer buffer;
     const std::string_view header = FormatBlockHeader(buffer, size);
     CComBSTR error;
-    HRESULT hr = output.Write(header.size(), header.data(), &error);
-    if (SUCCEEDED(hr))
+    HRESULT result = output.Write(header.size(), header.data(), &error);
+    if (SUCCEEDED(result))
     {
-        hr = output.WriteBinary(size, reinterpret_cast<unsigned char const*>(data), &error);
+        result = output.WriteBinary(size, reinterpret_cast<const unsigned char*>(data), &error);
     }
-    return {hr, SUCCEEDED(hr) ? std::string() : CZoString(error).ToStdString()};
+    return {result, SUCCEEDED(result) ? std::string() : CZoString(error).ToStdString()};
 }
 
 CComPtr<IZOScpiStatusRegister>
-FindRegister(IZOScpiStatusManagement& management, long remotePath, std::string const& name)
+FindRegister(IZOScpiStatusManagement& management, long remotePath, const std::string& name)
 {
     const CComBSTR wideName(name.c_str());
-    CComPtr<IZOScpiStatusRegister> spRegister;
-    management.GetRegister(remotePath, wideName, &spRegister);
-    return spRegister;
+    CComPtr<IZOScpiStatusRegister> statusRegister;
+    management.GetRegister(remotePath, wideName, &statusRegister);
+    return statusRegister;
 }
 
 HRESULT ReadRegisterWord(IZOScpiStatusRegister& statusRegister, long part, long& value)
@@ -217,9 +217,9 @@ HRESULT ReadRegisterWord(IZOScpiStatusRegister& statusRegister, long part, long&
     }
     const WordReader reader = kWordReaders[part];
     wchar_t word = 0;
-    const HRESULT hr = (statusRegister.*reader)(&word);
+    const HRESULT result = (statusRegister.*reader)(&word);
     value = static_cast<std::int32_t>(word);
-    return hr;
+    return result;
 }
 
 } // namespace ZoVelkor::ScpiExecution

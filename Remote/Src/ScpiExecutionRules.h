@@ -23,20 +23,20 @@ struct IZOScpiStatusRegister;
 namespace ScpiExecution
 {
 
-struct tagScpiErrorValue
+struct ScpiErrorValue
 {
     short code = kScpiNoError;
-    char const* detail = "";
+    const char* detail = "";
 };
 
-constexpr tagScpiErrorValue QueryOnlyError(bool isQuery)
+constexpr ScpiErrorValue QueryOnlyError(bool isQuery)
 {
-    return isQuery ? tagScpiErrorValue{} : tagScpiErrorValue{kScpiCommandError, "query only"};
+    return isQuery ? ScpiErrorValue{} : ScpiErrorValue{kScpiCommandError, "query only"};
 }
 
-constexpr tagScpiErrorValue NoQueryError(bool isQuery)
+constexpr ScpiErrorValue NoQueryError(bool isQuery)
 {
-    return isQuery ? tagScpiErrorValue{kScpiCommandError, "no query"} : tagScpiErrorValue{};
+    return isQuery ? ScpiErrorValue{kScpiCommandError, "no query"} : ScpiErrorValue{};
 }
 
 /// The error for a parameter of this type where another was required.
@@ -77,26 +77,26 @@ constexpr short NoArgumentError(std::int64_t count)
 inline constexpr unsigned long kAnyType = ~0UL;
 
 /// An internal error of the handler or the kernel, as the component shell reports it.
-struct tagMisuse
+struct Misuse
 {
-    char const* condition; ///< null: the face names its own argument array
-    char const* message;
+    const char* condition; ///< null: the face names its own argument array
+    const char* message;
     HRESULT result;
 };
 
-extern const tagMisuse kNoArgumentArray;
-extern const tagMisuse kNegativeIndex;
+extern const Misuse kNoArgumentArray;
+extern const Misuse kNegativeIndex;
 
 /// A parameter, or why there is none: an internal error, or else the SCPI error.
 struct tagFoundArgument
 {
-    tagZO_SCPI_PARAMETER const* pParameter = nullptr;
-    tagMisuse const* pMisuse = nullptr;
+    const tagZO_SCPI_PARAMETER* parameter = nullptr;
+    const Misuse* misuse = nullptr;
     short error = kScpiNoError;
 };
 
 /// Checks the array, the index and the type, in this order.
-inline tagFoundArgument FindArgument(tagZO_SCPI_PARAMETER const* arguments,
+inline tagFoundArgument FindArgument(const tagZO_SCPI_PARAMETER* arguments,
                                      std::int64_t count,
                                      long index,
                                      unsigned long acceptedType) noexcept
@@ -113,7 +113,7 @@ inline tagFoundArgument FindArgument(tagZO_SCPI_PARAMETER const* arguments,
     {
         return {nullptr, nullptr, kScpiMissingParameter};
     }
-    tagZO_SCPI_PARAMETER const& parameter = arguments[index];
+    const tagZO_SCPI_PARAMETER& parameter = arguments[index];
     const short error = acceptedType == kAnyType ? kScpiNoError : TypeError(parameter.iType, acceptedType);
     return error == kScpiNoError ? tagFoundArgument{&parameter} : tagFoundArgument{nullptr, nullptr, error};
 }
@@ -121,10 +121,10 @@ inline tagFoundArgument FindArgument(tagZO_SCPI_PARAMETER const* arguments,
 /// Converts the leading number as strtod does in the C locale; nothing to convert gives 0.
 ///
 /// @return false for a range error, with the overflowed or underflowed value stored
-bool ConvertNumber(char const* text, double& value) noexcept;
+bool ConvertNumber(const char* text, double& value) noexcept;
 
 /// The number that the whole text is.
-std::optional<double> WholeNumber(std::string const& text) noexcept;
+std::optional<double> WholeNumber(const std::string& text) noexcept;
 
 /// Cuts a number towards zero; -222, with the value left alone, when 32 bits do not hold it.
 short TruncateNumber(double number, long& value) noexcept;
@@ -132,43 +132,43 @@ short TruncateNumber(double number, long& value) noexcept;
 /// How one kind of argument is read: the type that it must have, and the conversion. The conversion gives the
 /// SCPI error, 0 for none; on an error it leaves its outputs alone, unless said otherwise.
 template <class... TOutputs>
-struct tagArgumentReader
+struct ArgumentReader
 {
     unsigned long acceptedType;
-    short (*read)(tagZO_SCPI_PARAMETER const& parameter, TOutputs&... outputs);
+    short (*read)(const tagZO_SCPI_PARAMETER& parameter, TOutputs&... outputs);
 };
 
 /// On a range error the value is stored all the same.
-short ReadDouble(tagZO_SCPI_PARAMETER const& parameter, double& value);
-short ReadDoubleWithUnit(tagZO_SCPI_PARAMETER const& parameter, double& value, long& unit);
-short ReadInteger(tagZO_SCPI_PARAMETER const& parameter, long& value);
-short ReadBoolean(tagZO_SCPI_PARAMETER const& parameter, bool& value);
-short ReadCode(tagZO_SCPI_PARAMETER const& parameter, long& value);
-short ReadMnemonic(tagZO_SCPI_PARAMETER const& parameter, tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE& value);
-short ReadCountedText(tagZO_SCPI_PARAMETER const& parameter, std::string& text);
-short ReadType(tagZO_SCPI_PARAMETER const& parameter, tagZO_SCPI_PARAMTYPE& type);
+short ReadDouble(const tagZO_SCPI_PARAMETER& parameter, double& value);
+short ReadDoubleWithUnit(const tagZO_SCPI_PARAMETER& parameter, double& value, long& unit);
+short ReadInteger(const tagZO_SCPI_PARAMETER& parameter, long& value);
+short ReadBoolean(const tagZO_SCPI_PARAMETER& parameter, bool& value);
+short ReadCode(const tagZO_SCPI_PARAMETER& parameter, long& value);
+short ReadMnemonic(const tagZO_SCPI_PARAMETER& parameter, tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE& value);
+short ReadCountedText(const tagZO_SCPI_PARAMETER& parameter, std::string& text);
+short ReadType(const tagZO_SCPI_PARAMETER& parameter, tagZO_SCPI_PARAMTYPE& type);
 /// Hands out the block with a new reference.
-short ReadBlock(tagZO_SCPI_PARAMETER const& parameter, IZOScpiBlockData*& pBlockData, long& length);
-short RefuseType(tagZO_SCPI_PARAMETER const& parameter);
+short ReadBlock(const tagZO_SCPI_PARAMETER& parameter, IZOScpiBlockData*& blockData, long& length);
+short RefuseType(const tagZO_SCPI_PARAMETER& parameter);
 
-inline constexpr tagArgumentReader<double> kDoubleReader{ZO_SCPI_PARAMTYPE_NUMERIC, &ReadDouble};
-inline constexpr tagArgumentReader<double, long> kDoubleWithUnitReader{ZO_SCPI_PARAMTYPE_NUMERIC,
-                                                                       &ReadDoubleWithUnit};
-inline constexpr tagArgumentReader<long> kIntegerReader{ZO_SCPI_PARAMTYPE_NUMERIC, &ReadInteger};
-inline constexpr tagArgumentReader<bool> kBooleanReader{kAnyType, &ReadBoolean};
-inline constexpr tagArgumentReader<long> kCharacterReader{ZO_SCPI_PARAMTYPE_CHARACTER, &ReadCode};
-inline constexpr tagArgumentReader<tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE> kMnemonicReader{
+inline constexpr ArgumentReader<double> kDoubleReader{ZO_SCPI_PARAMTYPE_NUMERIC, &ReadDouble};
+inline constexpr ArgumentReader<double, long> kDoubleWithUnitReader{ZO_SCPI_PARAMTYPE_NUMERIC,
+                                                                    &ReadDoubleWithUnit};
+inline constexpr ArgumentReader<long> kIntegerReader{ZO_SCPI_PARAMTYPE_NUMERIC, &ReadInteger};
+inline constexpr ArgumentReader<bool> kBooleanReader{kAnyType, &ReadBoolean};
+inline constexpr ArgumentReader<long> kCharacterReader{ZO_SCPI_PARAMTYPE_CHARACTER, &ReadCode};
+inline constexpr ArgumentReader<tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE> kMnemonicReader{
     ZO_SCPI_PARAMTYPE_SPECIAL, &ReadMnemonic};
-inline constexpr tagArgumentReader<std::string> kStringReader{ZO_SCPI_PARAMTYPE_STRING, &ReadCountedText};
-inline constexpr tagArgumentReader<std::string> kExpressionReader{ZO_SCPI_PARAMTYPE_EXPRESSION,
-                                                                  &ReadCountedText};
-inline constexpr tagArgumentReader<tagZO_SCPI_PARAMTYPE> kTypeReader{kAnyType, &ReadType};
-inline constexpr tagArgumentReader<IZOScpiBlockData*, long> kBlockReader{ZO_SCPI_PARAMTYPE_BLOCK, &ReadBlock};
-inline constexpr tagArgumentReader<> kTypeRefusal{kAnyType, &RefuseType};
+inline constexpr ArgumentReader<std::string> kStringReader{ZO_SCPI_PARAMTYPE_STRING, &ReadCountedText};
+inline constexpr ArgumentReader<std::string> kExpressionReader{ZO_SCPI_PARAMTYPE_EXPRESSION,
+                                                               &ReadCountedText};
+inline constexpr ArgumentReader<tagZO_SCPI_PARAMTYPE> kTypeReader{kAnyType, &ReadType};
+inline constexpr ArgumentReader<IZOScpiBlockData*, long> kBlockReader{ZO_SCPI_PARAMTYPE_BLOCK, &ReadBlock};
+inline constexpr ArgumentReader<> kTypeRefusal{kAnyType, &RefuseType};
 
 /// Unit-suffix value, or kNone when none is to be reported.
 template <long kNone>
-short ReadUnitSuffix(tagZO_SCPI_PARAMETER const& parameter, long& unit)
+short ReadUnitSuffix(const tagZO_SCPI_PARAMETER& parameter, long& unit)
 {
     unit = parameter.iNoSuffix == 0 ? long{parameter.iUnitSuffix} : kNone;
     return kScpiNoError;
@@ -193,17 +193,17 @@ std::string_view FormatFixed(NumberBuffer& buffer, double value) noexcept;
 std::string_view FormatBlockHeader(NumberBuffer& buffer, unsigned long length) noexcept;
 
 /// The result of a write and, when it failed, the text that the output buffer gave.
-struct tagBlockWrite
+struct BlockWrite
 {
     HRESULT result = S_OK;
     std::string errorText;
 };
 
 /// Writes a definite-length block: the header, then the bytes.
-tagBlockWrite WriteBlock(IZOScpiOutputBuffer& output, char const* data, long length);
+BlockWrite WriteBlock(IZOScpiOutputBuffer& output, const char* data, long length);
 
 /// True when `length` bytes at `data` can be read.
-constexpr bool IsReadable(void const* data, long length) noexcept
+constexpr bool IsReadable(const void* data, long length) noexcept
 {
     return length == 0 || (length > 0 && data != nullptr);
 }
@@ -213,25 +213,25 @@ inline constexpr char kInterfaceMissing[] = "Interface missing";
 
 /// Finds a status register; null when there is none.
 CComPtr<IZOScpiStatusRegister>
-FindRegister(IZOScpiStatusManagement& management, long remotePath, std::string const& name);
+FindRegister(IZOScpiStatusManagement& management, long remotePath, const std::string& name);
 
 /// Reads one word (tagScpiRegisterPart) of a register.
 HRESULT ReadRegisterWord(IZOScpiStatusRegister& statusRegister, long part, long& value);
 
 /// What the delivery of an execution's error needs.
-struct tagErrorDelivery
+struct ErrorDelivery
 {
     CLazyScpiManager& services;
     long remotePath;
     short code;
-    std::string const& detail;
-    CObjectDataReference const* pObject;
+    const std::string& detail;
+    const CObjectDataReference* pObject;
 };
 
 /// Hands the error to the error management of the remote path.
 ///
 /// @throws CShellError when it cannot be reached
-HRESULT DeliverError(tagErrorDelivery const& delivery);
+HRESULT DeliverError(const ErrorDelivery& delivery);
 
 } // namespace ScpiExecution
 } // namespace ZoVelkor

@@ -16,7 +16,7 @@ namespace
 
 /// Prints "path 0, application, HEADER? (handler 3)", with the milliseconds of the execution while timing is
 /// active.
-void TraceCommand(const tagParsedCommand& command,
+void TraceCommand(const ParsedCommand& command,
                   const std::string& application,
                   long remotePath,
                   double milliseconds) noexcept
@@ -26,9 +26,9 @@ void TraceCommand(const tagParsedCommand& command,
         std::string line = fmt::format("path {}, {}, {}{} (handler {})",
                                        remotePath,
                                        application,
-                                       NarrowResponseText(command.bsHeader),
-                                       command.bQuery ? "?" : "",
-                                       command.iCommand);
+                                       NarrowResponseText(command.headerText),
+                                       command.query ? "?" : "",
+                                       command.command);
         if (CPerformanceDiagnose::IsDebugTimingActive())
         {
             line += fmt::format(", {:.3f} ms", milliseconds);
@@ -45,54 +45,53 @@ void TraceCommand(const tagParsedCommand& command,
 
 CApplication::CApplication(std::string name, const _CMD_SET_RECORD* table, std::size_t count)
     : m_table(table, table + count),
-      m_bBuiltIn(true)
+      m_builtIn(true)
 {
-    m_parts.sName = std::move(name);
+    m_parts.name = std::move(name);
 }
 
-CApplication::CApplication(tagApplicationParts parts)
+CApplication::CApplication(ApplicationParts parts)
     : m_table(parts.tree.pTable, parts.tree.pTable + parts.tree.iSize / sizeof(_CMD_SET_RECORD)),
-      m_bBuiltIn(false),
+      m_builtIn(false),
       m_parts(std::move(parts))
 {
     m_parts.tree = {};
     const HRESULT result =
-        CallDeviceHandler(tagApplicationParts::kAllPaths, [this](IZOScpiDeviceHandler& handler) {
-            return handler.GetFirmwareLevel(&m_bsFirmwareLevel);
+        CallDeviceHandler(ApplicationParts::kAllPaths, [this](IZOScpiDeviceHandler& handler) {
+            return handler.GetFirmwareLevel(&m_firmwareLevel);
         });
     if (result != S_OK)
     {
-        m_bsFirmwareLevel.Empty();
+        m_firmwareLevel.Empty();
     }
 }
 
 IZOScpiExecutionSink* CApplication::SinkLocked(long remotePath)
 {
-    if (m_parts.spEngines == nullptr)
+    if (m_parts.engines == nullptr)
     {
-        return m_parts.spSink;
+        return m_parts.sink;
     }
     {
         const std::lock_guard lock(m_enginesMutex);
         if (const auto found = m_engines.find(remotePath); found != m_engines.end())
         {
-            return found->second.spSink;
+            return found->second.sink;
         }
     }
-    tagEngine engine = MakeEngineLocked();
+    Engine engine = MakeEngineLocked();
     const std::lock_guard lock(m_enginesMutex);
-    return m_engines.emplace(remotePath, std::move(engine)).first->second.spSink;
+    return m_engines.emplace(remotePath, std::move(engine)).first->second.sink;
 }
 
-CApplication::tagEngine CApplication::MakeEngineLocked()
+CApplication::Engine CApplication::MakeEngineLocked()
 {
-    tagEngine engine;
-    engine.spMaker = m_parts.spEngines;
-    const HRESULT result = engine.spMaker->CreateClone(&engine.spObject);
-    if (SUCCEEDED(result) && engine.spObject != nullptr &&
-        FAILED(engine.spObject.QueryInterface(&engine.spSink)))
+    Engine engine;
+    engine.maker = m_parts.engines;
+    const HRESULT result = engine.maker->CreateClone(&engine.object);
+    if (SUCCEEDED(result) && engine.object != nullptr && FAILED(engine.object.QueryInterface(&engine.sink)))
     {
-        engine.spSink = m_parts.spSink; // an engine that keeps state alone
+        engine.sink = m_parts.sink; // an engine that keeps state alone
     }
     return engine;
 }
@@ -100,7 +99,7 @@ CApplication::tagEngine CApplication::MakeEngineLocked()
 void CApplication::ReleaseEngine(long remotePath) noexcept
 {
     // No command of the path is running any more, so nobody uses the engine.
-    std::map<long, tagEngine>::node_type engine; // released without lock
+    std::map<long, Engine>::node_type engine; // released without lock
     const std::lock_guard lock(m_enginesMutex);
     engine = m_engines.extract(remotePath);
     if (!engine.empty())
@@ -109,33 +108,33 @@ void CApplication::ReleaseEngine(long remotePath) noexcept
     }
 }
 
-void CApplication::GiveBack(tagEngine& engine) noexcept
+void CApplication::GiveBack(Engine& engine) noexcept
 {
-    if (engine.spObject != nullptr)
+    if (engine.object != nullptr)
     {
         static_cast<void>(
-            GuardedEntry([&]() -> HRESULT { return engine.spMaker->ReleaseClone(engine.spObject); }));
+            GuardedEntry([&]() -> HRESULT { return engine.maker->ReleaseClone(engine.object); }));
     }
 }
 
-HRESULT CApplication::RunLocked(const tagParsedCommand& command,
+HRESULT CApplication::RunLocked(const ParsedCommand& command,
                                 IUnknown* context,
                                 long remotePath,
                                 IZOScpiOutputBuffer* output) noexcept
 {
     try
     {
-        IZOScpiExecutionSink* const pSink = SinkLocked(remotePath);
-        return pSink == nullptr ? E_FAIL
-                                : pSink->Execute(context,
-                                                 remotePath,
-                                                 command.iCommand,
-                                                 command.bQuery ? VARIANT_TRUE : VARIANT_FALSE,
-                                                 command.pNumericSuffixes,
-                                                 command.iArgumentCount,
-                                                 command.pArguments,
-                                                 command.bsHeader,
-                                                 output);
+        IZOScpiExecutionSink* const sink = SinkLocked(remotePath);
+        return sink == nullptr ? E_FAIL
+                               : sink->Execute(context,
+                                               remotePath,
+                                               command.command,
+                                               command.query ? VARIANT_TRUE : VARIANT_FALSE,
+                                               command.numericSuffixes,
+                                               command.argumentCount,
+                                               command.arguments,
+                                               command.headerText,
+                                               output);
     }
     catch (...)
     {
@@ -145,7 +144,7 @@ HRESULT CApplication::RunLocked(const tagParsedCommand& command,
     }
 }
 
-HRESULT CApplication::RunTracedLocked(const tagParsedCommand& command,
+HRESULT CApplication::RunTracedLocked(const ParsedCommand& command,
                                       IUnknown* context,
                                       long remotePath,
                                       IZOScpiOutputBuffer* output) noexcept
@@ -157,31 +156,31 @@ HRESULT CApplication::RunTracedLocked(const tagParsedCommand& command,
     return result;
 }
 
-void CApplication::TellLocked(const tagApplicationNews& news) noexcept
+void CApplication::TellLocked(const ApplicationNews& news) noexcept
 {
-    if (m_parts.spDeviceHandler == nullptr)
+    if (m_parts.deviceHandler == nullptr)
     {
         return;
     }
-    if (news.bRemote)
+    if (news.remote)
     {
-        static_cast<void>(GuardedEntry([&]() { return m_parts.spDeviceHandler->GotoRemote(); }));
+        static_cast<void>(GuardedEntry([&]() { return m_parts.deviceHandler->GotoRemote(); }));
     }
-    if (news.bMessageBegin)
+    if (news.messageBegin)
     {
-        static_cast<void>(GuardedEntry([&]() { return m_parts.spDeviceHandler->ProgramMessageBegin(); }));
+        static_cast<void>(GuardedEntry([&]() { return m_parts.deviceHandler->ProgramMessageBegin(); }));
     }
 }
 
-bool CApplication::Execute(const tagParsedCommand& command,
-                           const tagApplicationNews& news,
+bool CApplication::Execute(const ParsedCommand& command,
+                           const ApplicationNews& news,
                            IUnknown* context,
                            long remotePath,
                            IZOScpiOutputBuffer* output,
                            HRESULT& result)
 {
     const std::lock_guard lock(m_mutex);
-    if (m_parts.spSink == nullptr)
+    if (m_parts.sink == nullptr)
     {
         return false;
     }
@@ -194,17 +193,17 @@ bool CApplication::Execute(const tagParsedCommand& command,
 
 void CApplication::Close()
 {
-    CComPtr<IUnknown> spRegistered;
-    CComPtr<IZOScpiExecutionSink> spSink;
-    CComPtr<IZOScpiDeviceHandler> spDeviceHandler;
-    CComPtr<IZOScpiMultichannelParser> spEngines;
-    std::map<long, tagEngine> engines;
+    CComPtr<IUnknown> registered;
+    CComPtr<IZOScpiExecutionSink> sink;
+    CComPtr<IZOScpiDeviceHandler> deviceHandler;
+    CComPtr<IZOScpiMultichannelParser> engineSource;
+    std::map<long, Engine> engines;
     {
         const std::lock_guard lock(m_mutex);
-        std::swap(spRegistered, m_parts.spRegistered);
-        std::swap(spSink, m_parts.spSink);
-        std::swap(spDeviceHandler, m_parts.spDeviceHandler);
-        std::swap(spEngines, m_parts.spEngines);
+        std::swap(registered, m_parts.registered);
+        std::swap(sink, m_parts.sink);
+        std::swap(deviceHandler, m_parts.deviceHandler);
+        std::swap(engineSource, m_parts.engines);
     }
     const std::lock_guard lock(m_enginesMutex);
     std::swap(engines, m_engines);

@@ -20,7 +20,7 @@ namespace ZoVelkor::RemoteKernel
 {
 
 /// How an application has come in; one object may come in several ways.
-enum class tagApplicationKind
+enum class ApplicationKind
 {
     Object,
     Parser,
@@ -29,28 +29,28 @@ enum class tagApplicationKind
 };
 
 /// What an application brings along when it is registered.
-struct tagApplicationParts
+struct ApplicationParts
 {
-    std::string sName;             ///< for messages and listings, as UTF-8
+    std::string name;              ///< for messages and listings, as UTF-8
     tagZO_SCPI_PARSER_TREE tree{}; ///< lent until the application is made; without size for one without
                                    ///< commands, which hears device events alone
     GUID id = GUID_NULL;           ///< under which it is unregistered
-    tagApplicationKind eKind = tagApplicationKind::Object;
-    CComPtr<IUnknown> spRegistered; ///< the object that was registered, its identity
-    CComPtr<IZOScpiExecutionSink> spSink;
-    CComPtr<IZOScpiDeviceHandler> spDeviceHandler;
-    CComPtr<IZOScpiMultichannelParser> spEngines; ///< gives each path an engine that runs its commands
-    long iRemotePath = kAllPaths;                 ///< whose device events it hears
-    bool bActivated = false;                      ///< runs a header that others define as well
+    ApplicationKind kind = ApplicationKind::Object;
+    CComPtr<IUnknown> registered; ///< the object that was registered, its identity
+    CComPtr<IZOScpiExecutionSink> sink;
+    CComPtr<IZOScpiDeviceHandler> deviceHandler;
+    CComPtr<IZOScpiMultichannelParser> engines; ///< gives each path an engine that runs its commands
+    long remotePath = kAllPaths;                ///< whose device events it hears
+    bool activated = false;                     ///< runs a header that others define as well
 
     static constexpr long kAllPaths = -1;
 };
 
 /// What an application has not heard yet when one of its commands comes.
-struct tagApplicationNews
+struct ApplicationNews
 {
-    bool bRemote = false;       ///< the path has become remote
-    bool bMessageBegin = false; ///< it is the first of its commands in the program message
+    bool remote = false;       ///< the path has become remote
+    bool messageBegin = false; ///< it is the first of its commands in the program message
 };
 
 /// An application whose commands the kernel runs.
@@ -65,23 +65,23 @@ public:
     CApplication(std::string name, const _CMD_SET_RECORD* table, std::size_t count);
 
     /// Asks the device handler, if it hears of all paths, for its firmware level.
-    explicit CApplication(tagApplicationParts parts);
+    explicit CApplication(ApplicationParts parts);
 
-    const std::string& Name() const noexcept { return m_parts.sName; }
+    const std::string& Name() const noexcept { return m_parts.name; }
     const GUID& ObjectId() const noexcept { return m_parts.id; }
-    const tagApplicationParts& Parts() const noexcept { return m_parts; }
+    const ApplicationParts& Parts() const noexcept { return m_parts; }
     const std::vector<_CMD_SET_RECORD>& Table() const noexcept { return m_table; }
     /// Empty: that of the instrument holds.
-    const CComBSTR& FirmwareLevel() const noexcept { return m_bsFirmwareLevel; }
-    bool IsBuiltIn() const noexcept { return m_bBuiltIn; }
+    const CComBSTR& FirmwareLevel() const noexcept { return m_firmwareLevel; }
+    bool IsBuiltIn() const noexcept { return m_builtIn; }
 
     /// Runs one command; no exception of the handler gets out, it gives E_FAIL.
     ///
     /// @param news  of which the device handler is told before
     /// @param[out] result  what the sink returned
     /// @return false, and nothing was run, when the application has left
-    bool Execute(const tagParsedCommand& command,
-                 const tagApplicationNews& news,
+    bool Execute(const ParsedCommand& command,
+                 const ApplicationNews& news,
                  IUnknown* context,
                  long remotePath,
                  IZOScpiOutputBuffer* output,
@@ -95,11 +95,11 @@ public:
     HRESULT CallDeviceHandler(long remotePath, TCall&& call)
     {
         const std::lock_guard lock(m_mutex);
-        if (m_parts.spDeviceHandler == nullptr || !Hears(remotePath))
+        if (m_parts.deviceHandler == nullptr || !Hears(remotePath))
         {
             return S_FALSE;
         }
-        return GuardedEntry([&]() -> HRESULT { return call(*m_parts.spDeviceHandler); });
+        return GuardedEntry([&]() -> HRESULT { return call(*m_parts.deviceHandler); });
     }
 
     /// Runs work on the application's state while none of its commands runs and none begins. Not from inside
@@ -111,7 +111,7 @@ public:
     HRESULT RunBetweenCommands(TWork&& work)
     {
         const std::lock_guard lock(m_mutex);
-        return m_parts.spSink == nullptr ? E_ABORT : GuardedEntry(std::forward<TWork>(work));
+        return m_parts.sink == nullptr ? E_ABORT : GuardedEntry(std::forward<TWork>(work));
     }
 
     /// Gives the engine of a remote path back that has ended. Does not wait for a command of another path.
@@ -121,39 +121,39 @@ public:
     void Close();
 
 private:
-    void TellLocked(const tagApplicationNews& news) noexcept;
+    void TellLocked(const ApplicationNews& news) noexcept;
 
-    struct tagEngine
+    struct Engine
     {
-        CComPtr<IZOScpiMultichannelParser> spMaker;
-        CComPtr<IUnknown> spObject;
-        CComPtr<IZOScpiExecutionSink> spSink; // null: it could not be made
+        CComPtr<IZOScpiMultichannelParser> maker;
+        CComPtr<IUnknown> object;
+        CComPtr<IZOScpiExecutionSink> sink; // null: it could not be made
     };
 
     bool Hears(long remotePath) const noexcept
     {
-        return m_parts.iRemotePath == tagApplicationParts::kAllPaths || m_parts.iRemotePath == remotePath;
+        return m_parts.remotePath == ApplicationParts::kAllPaths || m_parts.remotePath == remotePath;
     }
     /// @return borrowed, while the lock is held; null when the path's engine cannot be made
     IZOScpiExecutionSink* SinkLocked(long remotePath);
-    tagEngine MakeEngineLocked();
-    static void GiveBack(tagEngine& engine) noexcept;
-    HRESULT RunLocked(const tagParsedCommand& command,
+    Engine MakeEngineLocked();
+    static void GiveBack(Engine& engine) noexcept;
+    HRESULT RunLocked(const ParsedCommand& command,
                       IUnknown* context,
                       long remotePath,
                       IZOScpiOutputBuffer* output) noexcept;
-    HRESULT RunTracedLocked(const tagParsedCommand& command,
+    HRESULT RunTracedLocked(const ParsedCommand& command,
                             IUnknown* context,
                             long remotePath,
                             IZOScpiOutputBuffer* output) noexcept;
 
     const std::vector<_CMD_SET_RECORD> m_table;
-    const bool m_bBuiltIn;
-    CComBSTR m_bsFirmwareLevel; // constant after construction
+    const bool m_builtIn;
+    CComBSTR m_firmwareLevel; // constant after construction
     std::mutex m_mutex;
-    tagApplicationParts m_parts;         // its counted interfaces are guarded by m_mutex
-    std::mutex m_enginesMutex;           // taken after m_mutex; held while engines are given back
-    std::map<long, tagEngine> m_engines; // guarded by m_enginesMutex
+    ApplicationParts m_parts;         // its counted interfaces are guarded by m_mutex
+    std::mutex m_enginesMutex;        // taken after m_mutex; held while engines are given back
+    std::map<long, Engine> m_engines; // guarded by m_enginesMutex
 };
 
 } // namespace ZoVelkor::RemoteKernel

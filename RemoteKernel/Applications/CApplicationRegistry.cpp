@@ -47,17 +47,17 @@ void AppendIdentityField(std::string& response, const std::string& field)
 
 } // namespace
 
-CApplicationRegistry::CApplicationRegistry(tagInstrumentIdentity identity) : m_identity(std::move(identity))
+CApplicationRegistry::CApplicationRegistry(InstrumentIdentity identity) : m_identity(std::move(identity))
 {
     const std::span<const _CMD_SET_RECORD> table = BuiltInTable();
     Publish({std::make_shared<CApplication>("kernel", table.data(), table.size())});
 }
 
-std::shared_ptr<const tagApplicationSet> CApplicationRegistry::Current(std::uint64_t& generation) const
+std::shared_ptr<const ApplicationSet> CApplicationRegistry::Current(std::uint64_t& generation) const
 {
     const std::lock_guard lock(m_mutex);
     generation = m_generation.load(std::memory_order_relaxed);
-    return m_spCurrent;
+    return m_current;
 }
 
 HRESULT CApplicationRegistry::CheckTable(const CApplication& application) const
@@ -73,7 +73,7 @@ HRESULT CApplicationRegistry::CheckTable(const CApplication& application) const
                                 E_INVALIDARG));
 }
 
-HRESULT CApplicationRegistry::RegisterObject(tagZO_SCPI_PARSER_OBJECT const* object)
+HRESULT CApplicationRegistry::RegisterObject(const tagZO_SCPI_PARSER_OBJECT* object)
 {
     if (object == nullptr)
     {
@@ -88,8 +88,8 @@ HRESULT CApplicationRegistry::RegisterObject(tagZO_SCPI_PARSER_OBJECT const* obj
         return RepairError(ZO_NULL_POINTER(nullptr, "object->pParser"));
     }
     return GuardedEntry([&]() -> HRESULT {
-        tagApplicationParts parts;
-        parts.sName = ReadableName(object->bsName);
+        ApplicationParts parts;
+        parts.name = ReadableName(object->bsName);
         parts.id = object->m_guidObjectId;
         return RegisterFrom(object->pParser, parts);
     });
@@ -98,31 +98,31 @@ HRESULT CApplicationRegistry::RegisterObject(tagZO_SCPI_PARSER_OBJECT const* obj
 HRESULT CApplicationRegistry::RegisterParser(IZOScpiParser* pParser)
 {
     return GuardedEntry([&]() -> HRESULT {
-        tagApplicationParts parts;
-        parts.eKind = tagApplicationKind::Parser;
+        ApplicationParts parts;
+        parts.kind = ApplicationKind::Parser;
         CComBSTR bsName;
         pParser->get_ParserName(&bsName);
-        parts.sName = bsName.IsNull() ? std::string() : ReadableName(bsName);
-        const CComPtr<IZOScpiParser> spParser(pParser);
-        spParser.QueryInterface(&parts.spRegistered);
-        static_cast<void>(spParser.QueryInterface(&parts.spEngines));
+        parts.name = bsName.IsNull() ? std::string() : ReadableName(bsName);
+        const CComPtr<IZOScpiParser> parser(pParser);
+        parser.QueryInterface(&parts.registered);
+        static_cast<void>(parser.QueryInterface(&parts.engines));
         const HRESULT result = CoCreateGuid(&parts.id);
         return FAILED(result) ? result : RegisterFrom(pParser, parts);
     });
 }
 
-HRESULT CApplicationRegistry::RegisterFrom(IZOScpiParser* pParser, tagApplicationParts& parts)
+HRESULT CApplicationRegistry::RegisterFrom(IZOScpiParser* pParser, ApplicationParts& parts)
 {
     VARIANT_BOOL activated = VARIANT_FALSE;
     pParser->GetCommandTree(&parts.tree);
-    pParser->GetExecutionSink(&parts.spSink);
-    pParser->GetDeviceHandler(&parts.spDeviceHandler);
+    pParser->GetExecutionSink(&parts.sink);
+    pParser->GetDeviceHandler(&parts.deviceHandler);
     pParser->get_ActivatedMeasurementParser(&activated);
-    parts.bActivated = activated != VARIANT_FALSE;
-    if (parts.tree.iSize == 0 || parts.spSink == nullptr)
+    parts.activated = activated != VARIANT_FALSE;
+    if (parts.tree.iSize == 0 || parts.sink == nullptr)
     {
-        return RepairError(ZO_ERROR(
-            nullptr, "tree.iSize != 0", "\"" + parts.sName + "\" has no command tree", E_INVALIDARG));
+        return RepairError(
+            ZO_ERROR(nullptr, "tree.iSize != 0", "\"" + parts.name + "\" has no command tree", E_INVALIDARG));
     }
     return Add(parts);
 }
@@ -130,15 +130,15 @@ HRESULT CApplicationRegistry::RegisterFrom(IZOScpiParser* pParser, tagApplicatio
 HRESULT CApplicationRegistry::RegisterPlugIn(IUnknown* pPlugIn)
 {
     return GuardedEntry([&]() -> HRESULT {
-        tagApplicationParts parts;
-        parts.eKind = tagApplicationKind::PlugIn;
-        parts.sName = "plug-in";
-        CComPtr<IZOScpiCommands> spCommands;
-        const CComPtr<IUnknown> spPlugIn(pPlugIn);
-        HRESULT result = spPlugIn.QueryInterface(&spCommands);
+        ApplicationParts parts;
+        parts.kind = ApplicationKind::PlugIn;
+        parts.name = "plug-in";
+        CComPtr<IZOScpiCommands> commands;
+        const CComPtr<IUnknown> plugIn(pPlugIn);
+        HRESULT result = plugIn.QueryInterface(&commands);
         if (SUCCEEDED(result))
         {
-            result = spPlugIn.QueryInterface(&parts.spSink);
+            result = plugIn.QueryInterface(&parts.sink);
         }
         if (SUCCEEDED(result))
         {
@@ -148,125 +148,125 @@ HRESULT CApplicationRegistry::RegisterPlugIn(IUnknown* pPlugIn)
         {
             return result;
         }
-        spPlugIn.QueryInterface(&parts.spRegistered);
-        static_cast<void>(spPlugIn.QueryInterface(&parts.spDeviceHandler));
-        return spCommands->GetParserTableReference(&parts.tree) == S_OK ? Add(parts) : E_INVALIDARG;
+        plugIn.QueryInterface(&parts.registered);
+        static_cast<void>(plugIn.QueryInterface(&parts.deviceHandler));
+        return commands->GetParserTableReference(&parts.tree) == S_OK ? Add(parts) : E_INVALIDARG;
     });
 }
 
-HRESULT CApplicationRegistry::RegisterDeviceHandler(IZOScpiDeviceHandler* pHandler, long remotePath)
+HRESULT CApplicationRegistry::RegisterDeviceHandler(IZOScpiDeviceHandler* handler, long remotePath)
 {
     return GuardedEntry([&]() -> HRESULT {
-        tagApplicationParts parts;
-        parts.eKind = tagApplicationKind::DeviceHandler;
-        parts.spDeviceHandler = pHandler;
-        parts.spDeviceHandler.QueryInterface(&parts.spRegistered);
-        parts.iRemotePath = remotePath;
+        ApplicationParts parts;
+        parts.kind = ApplicationKind::DeviceHandler;
+        parts.deviceHandler = handler;
+        parts.deviceHandler.QueryInterface(&parts.registered);
+        parts.remotePath = remotePath;
         const HRESULT result = CoCreateGuid(&parts.id);
         return FAILED(result) ? result : Add(parts);
     });
 }
 
-HRESULT CApplicationRegistry::Add(tagApplicationParts& parts)
+HRESULT CApplicationRegistry::Add(ApplicationParts& parts)
 {
-    const bool bActivated = parts.bActivated;
-    const bool bCommands = parts.tree.iSize != 0;
-    const auto spApplication = std::make_shared<CApplication>(parts);
-    const HRESULT result = bCommands ? CheckTable(*spApplication) : S_OK;
+    const bool activated = parts.activated;
+    const bool commands = parts.tree.iSize != 0;
+    const auto application = std::make_shared<CApplication>(parts);
+    const HRESULT result = commands ? CheckTable(*application) : S_OK;
     if (FAILED(result))
     {
         return result;
     }
     const std::lock_guard changeLock(m_changeMutex);
-    if (m_bClosed)
+    if (m_closed)
     {
-        return RepairError(ZO_ERROR(nullptr, "!m_bClosed", "The remote kernel has stopped", E_UNEXPECTED));
+        return RepairError(ZO_ERROR(nullptr, "!m_closed", "The remote kernel has stopped", E_UNEXPECTED));
     }
     if (IsRegistered(parts))
     {
-        return bCommands ? RepairError(ZO_ERROR(nullptr,
-                                                "!IsRegistered(parts)",
-                                                "\"" + parts.sName + "\" is registered already",
-                                                E_INVALIDARG))
-                         : S_FALSE;
+        return commands ? RepairError(ZO_ERROR(nullptr,
+                                               "!IsRegistered(parts)",
+                                               "\"" + parts.name + "\" is registered already",
+                                               E_INVALIDARG))
+                        : S_FALSE;
     }
-    auto applications = m_spCurrent->applications;
+    auto applications = m_current->applications;
     // Of several definitions of a header the last one holds.
     const auto place =
-        std::find_if(applications.begin(), applications.end(), [bActivated](const auto& spOther) {
-            return !bActivated && spOther->Parts().bActivated;
+        std::find_if(applications.begin(), applications.end(), [activated](const auto& candidate) {
+            return !activated && candidate->Parts().activated;
         });
-    applications.insert(place, spApplication);
+    applications.insert(place, application);
     Publish(std::move(applications));
     return S_OK;
 }
 
-bool CApplicationRegistry::IsSame(const tagApplicationParts& parts,
-                                  tagApplicationKind kind,
-                                  IUnknown* pIdentity,
+bool CApplicationRegistry::IsSame(const ApplicationParts& parts,
+                                  ApplicationKind kind,
+                                  IUnknown* identity,
                                   long remotePath) noexcept
 {
-    return pIdentity != nullptr && parts.spRegistered.Get() == pIdentity && parts.eKind == kind &&
-           parts.iRemotePath == remotePath;
+    return identity != nullptr && parts.registered.Get() == identity && parts.kind == kind &&
+           parts.remotePath == remotePath;
 }
 
-bool CApplicationRegistry::IsRegistered(const tagApplicationParts& parts) const
+bool CApplicationRegistry::IsRegistered(const ApplicationParts& parts) const
 {
-    const auto& applications = m_spCurrent->applications;
-    return std::any_of(applications.begin(), applications.end(), [&parts](const auto& spOther) {
-        const tagApplicationParts& other = spOther->Parts();
-        const bool bSameObject = IsSame(other, parts.eKind, parts.spRegistered, parts.iRemotePath);
-        return !spOther->IsBuiltIn() && (other.id == parts.id || bSameObject);
+    const auto& applications = m_current->applications;
+    return std::any_of(applications.begin(), applications.end(), [&parts](const auto& candidate) {
+        const ApplicationParts& other = candidate->Parts();
+        const bool sameObject = IsSame(other, parts.kind, parts.registered, parts.remotePath);
+        return !candidate->IsBuiltIn() && (other.id == parts.id || sameObject);
     });
 }
 
 std::shared_ptr<CApplication> CApplicationRegistry::FindApplication(const GUID& id) const
 {
     std::uint64_t generation = 0;
-    const std::shared_ptr<const tagApplicationSet> spSet = Current(generation);
-    const auto& applications = spSet->applications;
-    const auto found = std::find_if(applications.begin(), applications.end(), [&id](const auto& spOther) {
-        return !spOther->IsBuiltIn() && spOther->Parts().id == id;
+    const std::shared_ptr<const ApplicationSet> set = Current(generation);
+    const auto& applications = set->applications;
+    const auto found = std::find_if(applications.begin(), applications.end(), [&id](const auto& candidate) {
+        return !candidate->IsBuiltIn() && candidate->Parts().id == id;
     });
     return found == applications.end() ? nullptr : *found;
 }
 
 HRESULT CApplicationRegistry::UnregisterObject(GUID id)
 {
-    return RemoveWhere([&id](const tagApplicationParts& parts) { return parts.id == id; });
+    return RemoveWhere([&id](const ApplicationParts& parts) { return parts.id == id; });
 }
 
-HRESULT CApplicationRegistry::Unregister(tagApplicationKind kind, IUnknown* pObject, long remotePath)
+HRESULT CApplicationRegistry::Unregister(ApplicationKind kind, IUnknown* pObject, long remotePath)
 {
-    CComPtr<IUnknown> spObject;
-    static_cast<void>(CComPtr<IUnknown>(pObject).QueryInterface(&spObject));
+    CComPtr<IUnknown> object;
+    static_cast<void>(CComPtr<IUnknown>(pObject).QueryInterface(&object));
     return RemoveWhere(
-        [&](const tagApplicationParts& parts) { return IsSame(parts, kind, spObject, remotePath); });
+        [&](const ApplicationParts& parts) { return IsSame(parts, kind, object, remotePath); });
 }
 
 template <class TCondition>
 HRESULT CApplicationRegistry::RemoveWhere(TCondition condition)
 {
     return GuardedEntry([&]() -> HRESULT {
-        std::shared_ptr<CApplication> spApplication;
+        std::shared_ptr<CApplication> application;
         {
             const std::lock_guard changeLock(m_changeMutex);
-            auto applications = m_spCurrent->applications;
+            auto applications = m_current->applications;
             const auto found =
-                std::find_if(applications.begin(), applications.end(), [&](const auto& spOther) {
-                    return !spOther->IsBuiltIn() && condition(spOther->Parts());
+                std::find_if(applications.begin(), applications.end(), [&](const auto& candidate) {
+                    return !candidate->IsBuiltIn() && condition(candidate->Parts());
                 });
             if (found == applications.end())
             {
                 return S_FALSE;
             }
-            spApplication = *found;
+            application = *found;
             applications.erase(found);
             Publish(std::move(applications));
         }
         // Without lock: the application's objects go now, and may take others with them.
         // A session that still works with the former set finds the application closed.
-        spApplication->Close();
+        application->Close();
         return S_OK;
     });
 }
@@ -274,10 +274,10 @@ HRESULT CApplicationRegistry::RemoveWhere(TCondition condition)
 void CApplicationRegistry::ReleaseEngines(long remotePath) noexcept
 {
     std::uint64_t generation = 0;
-    const std::shared_ptr<const tagApplicationSet> spSet = Current(generation);
-    for (const auto& spApplication : spSet->applications)
+    const std::shared_ptr<const ApplicationSet> set = Current(generation);
+    for (const auto& application : set->applications)
     {
-        spApplication->ReleaseEngine(remotePath);
+        application->ReleaseEngine(remotePath);
     }
 }
 
@@ -286,44 +286,44 @@ void CApplicationRegistry::Close()
     std::vector<std::shared_ptr<CApplication>> applications;
     {
         const std::lock_guard changeLock(m_changeMutex);
-        m_bClosed = true;
-        applications = m_spCurrent->applications;
+        m_closed = true;
+        applications = m_current->applications;
         Publish({applications.front()});
     }
-    for (const auto& spApplication : applications)
+    for (const auto& application : applications)
     {
-        spApplication->Close();
+        application->Close();
     }
 }
 
 void CApplicationRegistry::Publish(std::vector<std::shared_ptr<CApplication>> applications)
 {
-    std::vector<tagCommandSource> sources;
+    std::vector<CommandSource> sources;
     sources.reserve(applications.size());
-    for (const auto& spApplication : applications)
+    for (const auto& application : applications)
     {
-        if (!spApplication->Table().empty())
+        if (!application->Table().empty())
         {
-            sources.push_back({spApplication->Table().data(), spApplication->Table().size(), spApplication});
+            sources.push_back({application->Table().data(), application->Table().size(), application});
         }
     }
-    auto spSet = std::make_shared<tagApplicationSet>();
-    spSet->spIndex = std::make_unique<const CCommandIndex>(sources);
-    spSet->sIdentity = IdentityResponse(applications);
-    spSet->applications = std::move(applications);
+    auto set = std::make_shared<ApplicationSet>();
+    set->index = std::make_unique<const CCommandIndex>(sources);
+    set->identity = IdentityResponse(applications);
+    set->applications = std::move(applications);
 
-    std::shared_ptr<const tagApplicationSet> spFormer = std::move(spSet);
+    std::shared_ptr<const ApplicationSet> former = std::move(set);
     const std::lock_guard lock(m_mutex);
-    std::swap(m_spCurrent, spFormer);
+    std::swap(m_current, former);
     m_generation.fetch_add(1, std::memory_order_release);
 }
 
 std::string
 CApplicationRegistry::IdentityResponse(const std::vector<std::shared_ptr<CApplication>>& applications) const
 {
-    std::string firmware = m_identity.sFirmwareLevel;
-    const auto found = std::find_if(applications.begin(), applications.end(), [](const auto& spApplication) {
-        return spApplication->FirmwareLevel().Length() != 0;
+    std::string firmware = m_identity.firmwareLevel;
+    const auto found = std::find_if(applications.begin(), applications.end(), [](const auto& candidate) {
+        return candidate->FirmwareLevel().Length() != 0;
     });
     if (found != applications.end())
     {
@@ -331,7 +331,7 @@ CApplicationRegistry::IdentityResponse(const std::vector<std::shared_ptr<CApplic
     }
     std::string response;
     for (const std::string& field :
-         {m_identity.sManufacturer, m_identity.sModel, m_identity.sSerialNumber, firmware})
+         {m_identity.manufacturer, m_identity.model, m_identity.serialNumber, firmware})
     {
         AppendIdentityField(response, field);
     }

@@ -17,20 +17,20 @@ namespace ZoVelkor::RemoteKernel
 
 /// The four fields of *IDN? (IEEE 488.2 section 10.14). An empty field is answered as 0; commas, semicolons
 /// and what is not printable ASCII are answered as blanks.
-struct tagInstrumentIdentity
+struct InstrumentIdentity
 {
-    std::string sManufacturer;
-    std::string sModel;
-    std::string sSerialNumber;
-    std::string sFirmwareLevel;
+    std::string manufacturer;
+    std::string model;
+    std::string serialNumber;
+    std::string firmwareLevel;
 };
 
 /// All that a program message needs to know of the registered applications; never changes.
-struct tagApplicationSet
+struct ApplicationSet
 {
     std::vector<std::shared_ptr<CApplication>> applications; ///< the kernel's own first
-    std::unique_ptr<const CCommandIndex> spIndex;
-    std::string sIdentity; ///< response to *IDN?
+    std::unique_ptr<const CCommandIndex> index;
+    std::string identity; ///< response to *IDN?
 };
 
 /// Where applications enter and leave; hands out the current set to the sessions.
@@ -39,11 +39,11 @@ struct tagApplicationSet
 class CApplicationRegistry : public IZOScpiObjectRegistration
 {
 public:
-    explicit CApplicationRegistry(tagInstrumentIdentity identity);
+    explicit CApplicationRegistry(InstrumentIdentity identity);
     virtual ~CApplicationRegistry() = default;
 
     /// Results as the interface says; E_UNEXPECTED, reported, after Close.
-    HRESULT RegisterObject(tagZO_SCPI_PARSER_OBJECT const* object) override;
+    HRESULT RegisterObject(const tagZO_SCPI_PARSER_OBJECT* object) override;
     HRESULT UnregisterObject(GUID id) override;
 
     /// Registers a parser of all paths, which may have an engine for each.
@@ -57,12 +57,12 @@ public:
     /// Registers a device handler without commands; the same one once for each path.
     ///
     /// @return S_OK; S_FALSE when it is registered already
-    HRESULT RegisterDeviceHandler(IZOScpiDeviceHandler* pHandler, long remotePath);
+    HRESULT RegisterDeviceHandler(IZOScpiDeviceHandler* handler, long remotePath);
     /// Takes back what one of these three has registered.
     ///
     /// @return as UnregisterObject
     HRESULT
-    Unregister(tagApplicationKind kind, IUnknown* pObject, long remotePath = tagApplicationParts::kAllPaths);
+    Unregister(ApplicationKind kind, IUnknown* pObject, long remotePath = ApplicationParts::kAllPaths);
 
     /// @return the application of this identifier; null when there is none
     std::shared_ptr<CApplication> FindApplication(const GUID& id) const;
@@ -76,20 +76,18 @@ public:
     /// Fetches the current set.
     ///
     /// @param[out] generation  its number
-    std::shared_ptr<const tagApplicationSet> Current(std::uint64_t& generation) const;
+    std::shared_ptr<const ApplicationSet> Current(std::uint64_t& generation) const;
 
     /// Unregisters everything and accepts no more.
     void Close();
 
 private:
-    static bool IsSame(const tagApplicationParts& parts,
-                       tagApplicationKind kind,
-                       IUnknown* pIdentity,
-                       long remotePath) noexcept;
-    HRESULT RegisterFrom(IZOScpiParser* pParser, tagApplicationParts& parts);
+    static bool
+    IsSame(const ApplicationParts& parts, ApplicationKind kind, IUnknown* identity, long remotePath) noexcept;
+    HRESULT RegisterFrom(IZOScpiParser* pParser, ApplicationParts& parts);
     HRESULT CheckTable(const CApplication& application) const;
-    HRESULT Add(tagApplicationParts& parts);
-    bool IsRegistered(const tagApplicationParts& parts) const;
+    HRESULT Add(ApplicationParts& parts);
+    bool IsRegistered(const ApplicationParts& parts) const;
     /// Takes the first application out for which a condition holds.
     ///
     /// @return as UnregisterObject
@@ -98,11 +96,11 @@ private:
     void Publish(std::vector<std::shared_ptr<CApplication>> applications);
     std::string IdentityResponse(const std::vector<std::shared_ptr<CApplication>>& applications) const;
 
-    const tagInstrumentIdentity m_identity;
+    const InstrumentIdentity m_identity;
     std::mutex m_changeMutex; // one change at a time; taken before m_mutex
-    bool m_bClosed = false;   // guarded by m_changeMutex
+    bool m_closed = false;    // guarded by m_changeMutex
     mutable std::mutex m_mutex;
-    std::shared_ptr<const tagApplicationSet> m_spCurrent; // guarded by m_mutex
+    std::shared_ptr<const ApplicationSet> m_current; // guarded by m_mutex
     std::atomic<std::uint64_t> m_generation{0};
 };
 

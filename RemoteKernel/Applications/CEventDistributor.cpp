@@ -23,7 +23,7 @@ HRESULT CEventDistributor::RegisterObserver(IZOScpiMultichannelEventObserver* pO
             return E_INVALIDARG;
         }
         m_observers.push_back({id, pObserver});
-        m_bObservers.store(true);
+        m_hasObservers.store(true);
         return S_OK;
     });
 }
@@ -37,7 +37,7 @@ HRESULT CEventDistributor::UnregisterObserver(IZOScpiMultichannelEventObserver* 
         {
             return result;
         }
-        CComPtr<IZOScpiMultichannelEventObserver> spGone; // released without lock
+        CComPtr<IZOScpiMultichannelEventObserver> gone; // released without lock
         const std::lock_guard turn(m_turn);
         const std::lock_guard lock(m_mutex);
         const auto found =
@@ -46,20 +46,20 @@ HRESULT CEventDistributor::UnregisterObserver(IZOScpiMultichannelEventObserver* 
         {
             return S_FALSE;
         }
-        spGone = std::move(found->spObserver);
+        gone = std::move(found->observer);
         m_observers.erase(found);
-        m_bObservers.store(!m_observers.empty());
+        m_hasObservers.store(!m_observers.empty());
         return S_OK;
     });
 }
 
 void CEventDistributor::Close()
 {
-    std::vector<tagObserver> observers;
+    std::vector<Observer> observers;
     const std::lock_guard turn(m_turn);
     const std::lock_guard lock(m_mutex);
     observers.swap(m_observers);
-    m_bObservers.store(false);
+    m_hasObservers.store(false);
 }
 
 HRESULT CEventDistributor::Tell(long remotePath,

@@ -20,8 +20,8 @@ namespace ZoVelkor::RemoteKernel
 class CEventDistributor
 {
 public:
-    explicit CEventDistributor(CComPtr<CApplicationRegistryObject> spRegistry) noexcept
-        : m_spRegistry(std::move(spRegistry))
+    explicit CEventDistributor(CComPtr<CApplicationRegistryObject> registry) noexcept
+        : m_registry(std::move(registry))
     {}
 
     /// Results as IZOScpiMultichannelAdministration::RegisterEventObserver and UnregisterEventObserver; the
@@ -39,25 +39,25 @@ public:
     {
         std::uint64_t generation = 0;
         HRESULT total = S_FALSE;
-        const std::shared_ptr<const tagApplicationSet> spSet = m_spRegistry->Current(generation);
-        for (const auto& spApplication : spSet->applications)
+        const std::shared_ptr<const ApplicationSet> set = m_registry->Current(generation);
+        for (const auto& application : set->applications)
         {
-            const HRESULT result = spApplication->CallDeviceHandler(remotePath, call);
+            const HRESULT result = application->CallDeviceHandler(remotePath, call);
             total = FAILED(result) || FAILED(total) ? E_FAIL : (result == S_OK ? S_OK : total);
         }
         return total;
     }
 
-    bool HasObservers() const noexcept { return m_bObservers.load(std::memory_order_relaxed); }
+    bool HasObservers() const noexcept { return m_hasObservers.load(std::memory_order_relaxed); }
     template <class TCall>
     void TellObservers(TCall call)
     {
         if (HasObservers())
         {
             const std::shared_lock lock = LockShared();
-            for (const tagObserver& observer : m_observers)
+            for (const Observer& observer : m_observers)
             {
-                static_cast<void>(GuardedEntry([&]() -> HRESULT { return call(*observer.spObserver); }));
+                static_cast<void>(GuardedEntry([&]() -> HRESULT { return call(*observer.observer); }));
             }
         }
     }
@@ -69,10 +69,10 @@ public:
     void TellOpcReset(long remotePath);
 
 private:
-    struct tagObserver
+    struct Observer
     {
         GUID id;
-        CComPtr<IZOScpiMultichannelEventObserver> spObserver;
+        CComPtr<IZOScpiMultichannelEventObserver> observer;
     };
 
     std::shared_lock<std::shared_mutex> LockShared()
@@ -81,12 +81,12 @@ private:
         return std::shared_lock(m_mutex);
     }
 
-    const CComPtr<CApplicationRegistryObject> m_spRegistry;
-    std::mutex m_turn;                    // taken before m_mutex; who changes the list waits holding it, so
-                                          // that a steady flow of events lets it through
-    std::shared_mutex m_mutex;            // held shared while observers are called
-    std::vector<tagObserver> m_observers; // guarded by m_mutex
-    std::atomic<bool> m_bObservers{false};
+    const CComPtr<CApplicationRegistryObject> m_registry;
+    std::mutex m_turn;                 // taken before m_mutex; who changes the list waits holding it, so
+                                       // that a steady flow of events lets it through
+    std::shared_mutex m_mutex;         // held shared while observers are called
+    std::vector<Observer> m_observers; // guarded by m_mutex
+    std::atomic<bool> m_hasObservers{false};
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -8,12 +8,12 @@
 namespace ZoVelkor::RemoteKernel
 {
 
-CJoinedCommands::CJoinedCommands(const tagApplicationSet& set)
+CJoinedCommands::CJoinedCommands(const ApplicationSet& set)
 {
     std::list<CScpiParserTable::PlugInData> plugins;
-    for (const auto& spApplication : set.applications)
+    for (const auto& application : set.applications)
     {
-        const std::vector<_CMD_SET_RECORD>& records = spApplication->Table();
+        const std::vector<_CMD_SET_RECORD>& records = application->Table();
         if (records.empty())
         {
             continue;
@@ -22,15 +22,15 @@ CJoinedCommands::CJoinedCommands(const tagApplicationSet& set)
         plugins.push_back({const_cast<_CMD_SET_RECORD*>(records.data()),
                            static_cast<std::uint32_t>(records.size() * sizeof(_CMD_SET_RECORD)),
                            nullptr,
-                           spApplication->Name()});
+                           application->Name()});
     }
     // Each table was examined when it was registered; that a later command replaces an earlier one is normal.
     CScpiPropErrorStrategy errors;
     errors.SetMember(nullptr, ZO_SCPI_NODE_IGNORE, false, false, false);
     CScpiParserTable joined;
     std::valarray<CAdapt<CComPtr<IZOScpiExecutionSink>>> sinks;
-    joined.MergePlugins(errors, plugins, m_table, sinks, m_iSize);
-    m_tree = {static_cast<std::uint32_t>(m_iSize), joined.GetParserTable()};
+    joined.MergePlugins(errors, plugins, m_table, sinks, m_size);
+    m_tree = {static_cast<std::uint32_t>(m_size), joined.GetParserTable()};
 }
 
 } // namespace ZoVelkor::RemoteKernel

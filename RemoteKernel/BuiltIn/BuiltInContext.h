@@ -13,7 +13,7 @@ namespace ZoVelkor::RemoteKernel
 {
 
 /// What the kernel's own commands work on: one session and what it sees of the kernel. All borrowed.
-struct tagBuiltInContext
+struct BuiltInContext
 {
     COutputQueue& output;
     CFormatSubsystem& format;
@@ -22,8 +22,8 @@ struct tagBuiltInContext
     CSessionStatus& status;
     CStatusManagement& instrument;
     CEventDistributor& events;
-    const std::shared_ptr<const tagApplicationSet>& applications; ///< set of the message at hand
-    long iRemotePath;
+    const std::shared_ptr<const ApplicationSet>& applications; ///< set of the message at hand
+    long remotePath;
     HANDLE cancelEvent; ///< ends *OPC? and *WAI
     int connection;     ///< its error or hang-up does the same; -1: none
 

@@ -115,7 +115,7 @@ private:
         return static_cast<std::uint32_t>(m_table.size() - headers.size());
     }
 
-    std::uint32_t Register(tagInstrumentRegister index, std::initializer_list<_CMD_SET_RECORD> children = {})
+    std::uint32_t Register(InstrumentRegister index, std::initializer_list<_CMD_SET_RECORD> children = {})
     {
         const std::int32_t form =
             BUILTIN_REGISTER_FIRST + static_cast<std::int32_t>(index) * REGISTER_FORM_COUNT;
@@ -162,7 +162,7 @@ std::vector<_CMD_SET_RECORD> MakeTable()
 
 } // namespace
 
-const CScpiExpression::Trafo& RegisterBitNames(tagInstrumentRegister index)
+const CScpiExpression::Trafo& RegisterBitNames(InstrumentRegister index)
 {
     // SCPI-99 vol. 1, 9.3 and 9.4; the bits without a meaning of their own go by their number.
     static const CScpiExpression::Trafo kOperation = CScpiExpression::GetRegisterValueTrafo(

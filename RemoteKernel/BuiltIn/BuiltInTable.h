@@ -10,7 +10,7 @@ namespace ZoVelkor::RemoteKernel
 {
 
 /// The commands of one SCPI status register.
-enum tagRegisterForm : std::int32_t
+enum RegisterForm : std::int32_t
 {
     REGISTER_EVENT_QUERY,
     REGISTER_CONDITION_QUERY,
@@ -24,7 +24,7 @@ enum tagRegisterForm : std::int32_t
 };
 
 /// Handler indexes of the kernel's own commands.
-enum tagBuiltInCommand : std::int32_t
+enum BuiltInCommand : std::int32_t
 {
     BUILTIN_CLS,
     BUILTIN_IDN_QUERY,
@@ -55,11 +55,11 @@ enum tagBuiltInCommand : std::int32_t
     BUILTIN_PRE_QUERY,
     BUILTIN_IST_QUERY,
     BUILTIN_STATUS_PRESET,
-    BUILTIN_REGISTER_FIRST ///< REGISTER_FORM_COUNT for each of tagInstrumentRegister
+    BUILTIN_REGISTER_FIRST ///< REGISTER_FORM_COUNT for each of InstrumentRegister
 };
 
 /// Bit names of a register; empty when its bits have no names.
-const CScpiExpression::Trafo& RegisterBitNames(tagInstrumentRegister index);
+const CScpiExpression::Trafo& RegisterBitNames(InstrumentRegister index);
 
 /// The table of the kernel's own commands.
 std::span<const _CMD_SET_RECORD> BuiltInTable();

@@ -19,9 +19,9 @@
 namespace ZoVelkor::RemoteKernel
 {
 
-HRESULT CBuiltInCommands::Execute(const tagParsedCommand& command)
+HRESULT CBuiltInCommands::Execute(const ParsedCommand& command)
 {
-    using THandler = HRESULT (CBuiltInCommands::*)(const tagParsedCommand&);
+    using THandler = HRESULT (CBuiltInCommands::*)(const ParsedCommand&);
     static constexpr THandler kHandlers[] = {
         &CBuiltInCommands::ClearStatus,           // BUILTIN_CLS
         &CBuiltInCommands::Identify,              // BUILTIN_IDN_QUERY
@@ -42,23 +42,23 @@ HRESULT CBuiltInCommands::Execute(const tagParsedCommand& command)
     };
     static_assert(std::size(kHandlers) == BUILTIN_STATUS_FIRST);
     return GuardedEntry([&] {
-        return command.iCommand < BUILTIN_STATUS_FIRST ? (this->*kHandlers[command.iCommand])(command)
-                                                       : m_status.Execute(command);
+        return command.command < BUILTIN_STATUS_FIRST ? (this->*kHandlers[command.command])(command)
+                                                      : m_status.Execute(command);
     });
 }
 
-HRESULT tagBuiltInContext::Answer(std::string_view text) const
+HRESULT BuiltInContext::Answer(std::string_view text) const
 {
     return output.Write(text.size(), text.data(), nullptr);
 }
 
-HRESULT tagBuiltInContext::AnswerInteger(std::size_t value) const
+HRESULT BuiltInContext::AnswerInteger(std::size_t value) const
 {
     char text[kMaxNumberText];
     return Answer({text, static_cast<std::size_t>(WriteInteger(text, std::uint64_t{value}) - text)});
 }
 
-HRESULT tagBuiltInContext::Fail(short code, std::string_view detail) const
+HRESULT BuiltInContext::Fail(short code, std::string_view detail) const
 {
     errors.Push(code, detail);
     return E_FAIL;
@@ -67,10 +67,10 @@ HRESULT tagBuiltInContext::Fail(short code, std::string_view detail) const
 bool CBuiltInCommands::WaitUntilIdle()
 {
     return m_context.operations.WaitUntilIdle(
-        m_context.iRemotePath, m_context.cancelEvent, m_context.connection);
+        m_context.remotePath, m_context.cancelEvent, m_context.connection);
 }
 
-HRESULT CBuiltInCommands::ClearStatus(const tagParsedCommand&)
+HRESULT CBuiltInCommands::ClearStatus(const ParsedCommand&)
 {
     CancelOperationComplete();
     m_context.errors.Clear();
@@ -78,35 +78,35 @@ HRESULT CBuiltInCommands::ClearStatus(const tagParsedCommand&)
     return m_context.status.StandardEvent().ClearEvents();
 }
 
-HRESULT CBuiltInCommands::Identify(const tagParsedCommand&)
+HRESULT CBuiltInCommands::Identify(const ParsedCommand&)
 {
-    return m_context.Answer(m_context.applications->sIdentity);
+    return m_context.Answer(m_context.applications->identity);
 }
 
-HRESULT CBuiltInCommands::NoteOperationComplete(const tagParsedCommand&)
+HRESULT CBuiltInCommands::NoteOperationComplete(const ParsedCommand&)
 {
-    m_context.operations.RequestOperationComplete(m_context.iRemotePath);
+    m_context.operations.RequestOperationComplete(m_context.remotePath);
     return S_OK;
 }
 
-HRESULT CBuiltInCommands::QueryOperationComplete(const tagParsedCommand&)
+HRESULT CBuiltInCommands::QueryOperationComplete(const ParsedCommand&)
 {
     return WaitUntilIdle() ? m_context.Answer("1") : E_ABORT;
 }
 
-HRESULT CBuiltInCommands::WaitToContinue(const tagParsedCommand&)
+HRESULT CBuiltInCommands::WaitToContinue(const ParsedCommand&)
 {
     return WaitUntilIdle() ? S_OK : E_ABORT;
 }
 
-HRESULT CBuiltInCommands::QueryOptions(const tagParsedCommand&)
+HRESULT CBuiltInCommands::QueryOptions(const ParsedCommand&)
 {
     std::string options;
-    for (const auto& spApplication : m_context.applications->applications)
+    for (const auto& application : m_context.applications->applications)
     {
         CComBSTR text;
         const HRESULT result =
-            spApplication->CallDeviceHandler(m_context.iRemotePath, [&text](IZOScpiDeviceHandler& handler) {
+            application->CallDeviceHandler(m_context.remotePath, [&text](IZOScpiDeviceHandler& handler) {
                 return handler.GetDeviceOptions(&text);
             });
         if (result == S_OK && text.Length() != 0)
@@ -118,17 +118,17 @@ HRESULT CBuiltInCommands::QueryOptions(const tagParsedCommand&)
     return m_context.Answer(options.empty() ? "0" : options);
 }
 
-HRESULT CBuiltInCommands::Reset(const tagParsedCommand&)
+HRESULT CBuiltInCommands::Reset(const ParsedCommand&)
 {
     const HRESULT result = m_context.format.Reset();
     CancelOperationComplete();
     // Every application is reset, also after one that failed.
     const HRESULT resetResult = m_context.events.Tell(
-        m_context.iRemotePath, &IZOScpiDeviceHandler::Reset, &IZOScpiMultichannelEventObserver::Reset);
+        m_context.remotePath, &IZOScpiDeviceHandler::Reset, &IZOScpiMultichannelEventObserver::Reset);
     return FAILED(resetResult) ? resetResult : result;
 }
 
-HRESULT CBuiltInCommands::Trigger(const tagParsedCommand&)
+HRESULT CBuiltInCommands::Trigger(const ParsedCommand&)
 {
     return GroupExecuteTrigger();
 }
@@ -136,31 +136,31 @@ HRESULT CBuiltInCommands::Trigger(const tagParsedCommand&)
 HRESULT CBuiltInCommands::GroupExecuteTrigger()
 {
     const HRESULT result = m_context.events.Tell(
-        m_context.iRemotePath, &IZOScpiDeviceHandler::Trigger, &IZOScpiMultichannelEventObserver::Trigger);
+        m_context.remotePath, &IZOScpiDeviceHandler::Trigger, &IZOScpiMultichannelEventObserver::Trigger);
     return result == S_OK ? S_OK : m_context.Fail(kScpiTriggerIgnored);
 }
 
-bool CBuiltInCommands::ChangesInstrument(const tagParsedCommand& command) noexcept
+bool CBuiltInCommands::ChangesInstrument(const ParsedCommand& command) noexcept
 {
-    return command.iCommand == BUILTIN_RST || command.iCommand == BUILTIN_TRG;
+    return command.command == BUILTIN_RST || command.command == BUILTIN_TRG;
 }
 
 void CBuiltInCommands::CancelOperationComplete()
 {
-    if (m_context.operations.CancelOperationComplete(m_context.iRemotePath))
+    if (m_context.operations.CancelOperationComplete(m_context.remotePath))
     {
-        m_context.events.TellOpcReset(m_context.iRemotePath);
+        m_context.events.TellOpcReset(m_context.remotePath);
     }
 }
 
-HRESULT CBuiltInCommands::Test(const tagParsedCommand&)
+HRESULT CBuiltInCommands::Test(const ParsedCommand&)
 {
     std::size_t failures = 0;
-    for (const auto& spApplication : m_context.applications->applications)
+    for (const auto& application : m_context.applications->applications)
     {
         VARIANT_BOOL passed = VARIANT_TRUE;
         const HRESULT result =
-            spApplication->CallDeviceHandler(m_context.iRemotePath, [&passed](IZOScpiDeviceHandler& handler) {
+            application->CallDeviceHandler(m_context.remotePath, [&passed](IZOScpiDeviceHandler& handler) {
                 return handler.Selftest(&passed);
             });
         if (FAILED(result) || passed == VARIANT_FALSE)
@@ -171,18 +171,18 @@ HRESULT CBuiltInCommands::Test(const tagParsedCommand&)
     return m_context.AnswerInteger(failures);
 }
 
-HRESULT CBuiltInCommands::QueryNextError(const tagParsedCommand&)
+HRESULT CBuiltInCommands::QueryNextError(const ParsedCommand&)
 {
-    tagErrorEntry entry;
+    ErrorEntry entry;
     m_context.errors.Pop(entry);
     std::string response;
     AppendErrorResponse(response, entry);
     return m_context.Answer(response);
 }
 
-HRESULT CBuiltInCommands::QueryAllErrors(const tagParsedCommand&)
+HRESULT CBuiltInCommands::QueryAllErrors(const ParsedCommand&)
 {
-    tagErrorEntry entry;
+    ErrorEntry entry;
     std::string response;
     while (m_context.errors.Pop(entry))
     {
@@ -198,22 +198,22 @@ HRESULT CBuiltInCommands::QueryAllErrors(const tagParsedCommand&)
     return m_context.Answer(response);
 }
 
-HRESULT CBuiltInCommands::QueryErrorCount(const tagParsedCommand&)
+HRESULT CBuiltInCommands::QueryErrorCount(const ParsedCommand&)
 {
     return m_context.AnswerInteger(m_context.errors.Count());
 }
 
-HRESULT CBuiltInCommands::QueryHeaders(const tagParsedCommand&)
+HRESULT CBuiltInCommands::QueryHeaders(const ParsedCommand&)
 {
-    const CCommandIndex& index = *m_context.applications->spIndex;
+    const CCommandIndex& index = *m_context.applications->index;
     std::list<std::string> lines;
     for (std::size_t i = 0; i < index.EntryCount(); ++i)
     {
-        const tagCommandEntry& entry = index.Entry(static_cast<std::uint32_t>(i));
-        const bool bExecutable = entry.HasQuery() || entry.HasSetting();
-        if (bExecutable && !CScpiParserTable::GetSystemHelpHeaderIsDiagnostic(*entry.pRecord))
+        const CommandEntry& entry = index.Entry(static_cast<std::uint32_t>(i));
+        const bool executable = entry.HasQuery() || entry.HasSetting();
+        if (executable && !CScpiParserTable::GetSystemHelpHeaderIsDiagnostic(*entry.record))
         {
-            CScpiParserTable::CollectHeaderHelp(entry.sSyntaxPath, lines, *entry.pRecord, entry.pTable);
+            CScpiParserTable::CollectHeaderHelp(entry.syntaxPath, lines, *entry.record, entry.pTable);
         }
     }
     std::string text;
@@ -226,34 +226,34 @@ HRESULT CBuiltInCommands::QueryHeaders(const tagParsedCommand&)
     return FAILED(result) ? result : m_context.Answer(text);
 }
 
-HRESULT CBuiltInCommands::QuerySyntax(const tagParsedCommand& command)
+HRESULT CBuiltInCommands::QuerySyntax(const ParsedCommand& command)
 {
-    const tagZO_SCPI_PARAMETER& header = command.pArguments[0];
-    const tagCommandEntry* entry = m_context.applications->spIndex->Find({header.szText, header.iTextLength});
+    const tagZO_SCPI_PARAMETER& header = command.arguments[0];
+    const CommandEntry* entry = m_context.applications->index->Find({header.szText, header.iTextLength});
     std::list<std::string> lines;
     if (entry != nullptr)
     {
-        CScpiParserTable::CollectSyntaxHelp(entry->sSyntaxPath, lines, *entry->pRecord, entry->pTable);
+        CScpiParserTable::CollectSyntaxHelp(entry->syntaxPath, lines, *entry->record, entry->pTable);
     }
     const std::string text = lines.empty() ? std::string() : lines.front();
     return m_context.format.StringText(text.size(), text.data());
 }
 
-HRESULT CBuiltInCommands::QueryTable(const tagParsedCommand&)
+HRESULT CBuiltInCommands::QueryTable(const ParsedCommand&)
 {
-    const auto spCommands = CComObject<CJoinedCommands, IZOScpiCommands>::Create(*m_context.applications);
-    if (spCommands->Size() > CBScpiCommands::kLargestTree)
+    const auto commands = CComObject<CJoinedCommands, IZOScpiCommands>::Create(*m_context.applications);
+    if (commands->Size() > CBScpiCommands::kLargestTree)
     {
         return m_context.Fail(kScpiTooMuchData,
                               fmt::format("Command table of {} bytes, limit {}",
-                                          spCommands->Size(),
+                                          commands->Size(),
                                           CBScpiCommands::kLargestTree));
     }
-    const HRESULT result = spCommands->SendCommandTree(&m_context.output);
+    const HRESULT result = commands->SendCommandTree(&m_context.output);
     return result == S_FALSE ? m_context.Fail(kScpiExecutionError, "The command tables do not join") : result;
 }
 
-HRESULT CBuiltInCommands::QueryVersion(const tagParsedCommand&)
+HRESULT CBuiltInCommands::QueryVersion(const ParsedCommand&)
 {
     return m_context.Answer(kScpiVersion);
 }

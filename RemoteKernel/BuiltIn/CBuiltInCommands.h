@@ -12,7 +12,7 @@ namespace ZoVelkor::RemoteKernel
 class CBuiltInCommands
 {
 public:
-    explicit CBuiltInCommands(const tagBuiltInContext& context) noexcept
+    explicit CBuiltInCommands(const BuiltInContext& context) noexcept
         : m_context(context),
           m_status(m_context)
     {}
@@ -20,37 +20,37 @@ public:
     CBuiltInCommands& operator=(const CBuiltInCommands&) = delete;
 
     /// Runs one command of BuiltInTable(); results as IZOScpiExecutionSink::Execute.
-    HRESULT Execute(const tagParsedCommand& command);
+    HRESULT Execute(const ParsedCommand& command);
 
     /// Tells whether a command changes what the front panel would change, as *RST does.
-    static bool ChangesInstrument(const tagParsedCommand& command) noexcept;
+    static bool ChangesInstrument(const ParsedCommand& command) noexcept;
     /// Triggers the applications, as *TRG does.
     ///
     /// @return S_OK; E_FAIL when none took it (-211 is queued)
     HRESULT GroupExecuteTrigger();
 
 private:
-    HRESULT ClearStatus(const tagParsedCommand& command);
-    HRESULT Identify(const tagParsedCommand& command);
-    HRESULT NoteOperationComplete(const tagParsedCommand& command);
-    HRESULT QueryOperationComplete(const tagParsedCommand& command);
-    HRESULT QueryOptions(const tagParsedCommand& command);
-    HRESULT Reset(const tagParsedCommand& command);
-    HRESULT Trigger(const tagParsedCommand& command);
-    HRESULT Test(const tagParsedCommand& command);
-    HRESULT WaitToContinue(const tagParsedCommand& command);
-    HRESULT QueryNextError(const tagParsedCommand& command);
-    HRESULT QueryAllErrors(const tagParsedCommand& command);
-    HRESULT QueryErrorCount(const tagParsedCommand& command);
-    HRESULT QueryHeaders(const tagParsedCommand& command);
-    HRESULT QuerySyntax(const tagParsedCommand& command);
-    HRESULT QueryTable(const tagParsedCommand& command);
-    HRESULT QueryVersion(const tagParsedCommand& command);
+    HRESULT ClearStatus(const ParsedCommand& command);
+    HRESULT Identify(const ParsedCommand& command);
+    HRESULT NoteOperationComplete(const ParsedCommand& command);
+    HRESULT QueryOperationComplete(const ParsedCommand& command);
+    HRESULT QueryOptions(const ParsedCommand& command);
+    HRESULT Reset(const ParsedCommand& command);
+    HRESULT Trigger(const ParsedCommand& command);
+    HRESULT Test(const ParsedCommand& command);
+    HRESULT WaitToContinue(const ParsedCommand& command);
+    HRESULT QueryNextError(const ParsedCommand& command);
+    HRESULT QueryAllErrors(const ParsedCommand& command);
+    HRESULT QueryErrorCount(const ParsedCommand& command);
+    HRESULT QueryHeaders(const ParsedCommand& command);
+    HRESULT QuerySyntax(const ParsedCommand& command);
+    HRESULT QueryTable(const ParsedCommand& command);
+    HRESULT QueryVersion(const ParsedCommand& command);
 
     bool WaitUntilIdle();
     void CancelOperationComplete();
 
-    const tagBuiltInContext m_context;
+    const BuiltInContext m_context;
     CStatusCommands m_status;
 };
 

@@ -21,9 +21,9 @@ constexpr long kHighestPowerFlag = 32767;
 
 } // namespace
 
-HRESULT CStatusCommands::Execute(const tagParsedCommand& command)
+HRESULT CStatusCommands::Execute(const ParsedCommand& command)
 {
-    using THandler = HRESULT (CStatusCommands::*)(const tagParsedCommand&);
+    using THandler = HRESULT (CStatusCommands::*)(const ParsedCommand&);
     static constexpr THandler kHandlers[] = {
         &CStatusCommands::SetEventEnable, // BUILTIN_ESE
         &CStatusCommands::QueryEventEnable,
@@ -39,7 +39,7 @@ HRESULT CStatusCommands::Execute(const tagParsedCommand& command)
         &CStatusCommands::Preset,
     };
     static_assert(std::size(kHandlers) == BUILTIN_REGISTER_FIRST - BUILTIN_STATUS_FIRST);
-    const std::size_t index = command.iCommand - BUILTIN_STATUS_FIRST;
+    const std::size_t index = command.command - BUILTIN_STATUS_FIRST;
     return index < std::size(kHandlers) ? (this->*kHandlers[index])(command)
                                         : ExecuteOnRegister(index - std::size(kHandlers), command);
 }
@@ -51,9 +51,9 @@ HRESULT CStatusCommands::AnswerWord(IZOScpiStatusRegister& statusRegister, TWord
     return FAILED(result) ? result : m_context.AnswerInteger(static_cast<std::size_t>(word));
 }
 
-tagEnableMasks CStatusCommands::Masks() const noexcept
+EnableMasks CStatusCommands::Masks() const noexcept
 {
-    tagEnableMasks masks;
+    EnableMasks masks;
     m_context.status.StandardEvent().GetEnable(&masks.event);
     m_context.status.StatusByte().GetEnable(&masks.service);
     masks.poll = m_pollEnable;
@@ -70,36 +70,36 @@ HRESULT CStatusCommands::NoteMasks(HRESULT result)
     return FAILED(result) ? result : CheckKept(m_context.instrument.NoteMasks(Masks()));
 }
 
-HRESULT CStatusCommands::SetEventEnable(const tagParsedCommand& command)
+HRESULT CStatusCommands::SetEventEnable(const ParsedCommand& command)
 {
-    const tagRegisterMask mask =
+    const RegisterMask mask =
         ReadRegisterMask(command, CScpiExpression::s_StandardEventTrafo, kHighestStandardMask);
-    return mask.iError != 0
-               ? m_context.Fail(mask.iError, mask.sDetail)
-               : NoteMasks(m_context.status.StandardEvent().SetEnable(static_cast<wchar_t>(mask.iValue)));
+    return mask.error != 0
+               ? m_context.Fail(mask.error, mask.detail)
+               : NoteMasks(m_context.status.StandardEvent().SetEnable(static_cast<wchar_t>(mask.value)));
 }
 
-HRESULT CStatusCommands::QueryEventEnable(const tagParsedCommand&)
+HRESULT CStatusCommands::QueryEventEnable(const ParsedCommand&)
 {
     return AnswerWord(m_context.status.StandardEvent(), &IZOScpiStatusRegister::GetEnable);
 }
 
-HRESULT CStatusCommands::QueryEvents(const tagParsedCommand&)
+HRESULT CStatusCommands::QueryEvents(const ParsedCommand&)
 {
     return AnswerWord(m_context.status.StandardEvent(), &IZOScpiStatusRegister::GetEvents);
 }
 
-HRESULT CStatusCommands::SetServiceEnable(const tagParsedCommand& command)
+HRESULT CStatusCommands::SetServiceEnable(const ParsedCommand& command)
 {
-    const tagRegisterMask mask =
+    const RegisterMask mask =
         ReadRegisterMask(command, CScpiExpression::s_StatusByteTrafo, kHighestStandardMask);
     // A request for service cannot be its own reason: bit 6 stays clear (IEEE 488.2 section 11.3.2).
-    const auto enable = static_cast<wchar_t>(mask.iValue & ~static_cast<std::uint32_t>(kStatusService));
-    return mask.iError != 0 ? m_context.Fail(mask.iError, mask.sDetail)
-                            : NoteMasks(m_context.status.StatusByte().SetEnable(enable));
+    const auto enable = static_cast<wchar_t>(mask.value & ~static_cast<std::uint32_t>(kStatusService));
+    return mask.error != 0 ? m_context.Fail(mask.error, mask.detail)
+                           : NoteMasks(m_context.status.StatusByte().SetEnable(enable));
 }
 
-HRESULT CStatusCommands::QueryServiceEnable(const tagParsedCommand&)
+HRESULT CStatusCommands::QueryServiceEnable(const ParsedCommand&)
 {
     return AnswerWord(m_context.status.StatusByte(), &IZOScpiStatusRegister::GetEnable);
 }
@@ -109,14 +109,14 @@ wchar_t CStatusCommands::ReadStatusByte() noexcept
     return m_context.status.StatusByte().Read(!m_context.output.IsEmpty());
 }
 
-HRESULT CStatusCommands::QueryStatusByte(const tagParsedCommand&)
+HRESULT CStatusCommands::QueryStatusByte(const ParsedCommand&)
 {
     return m_context.AnswerInteger(static_cast<std::size_t>(ReadStatusByte()));
 }
 
-HRESULT CStatusCommands::SetPowerOnClear(const tagParsedCommand& command)
+HRESULT CStatusCommands::SetPowerOnClear(const ParsedCommand& command)
 {
-    const tagZO_SCPI_PARAMETER& argument = command.pArguments[0];
+    const tagZO_SCPI_PARAMETER& argument = command.arguments[0];
     const char* const end = argument.szText + argument.iTextLength;
     long flag = 0;
     const auto [place, result] = std::from_chars(argument.szText, end, flag);
@@ -127,48 +127,48 @@ HRESULT CStatusCommands::SetPowerOnClear(const tagParsedCommand& command)
     return CheckKept(m_context.instrument.SetPowerOnClear(flag != 0, Masks()));
 }
 
-HRESULT CStatusCommands::QueryPowerOnClear(const tagParsedCommand&)
+HRESULT CStatusCommands::QueryPowerOnClear(const ParsedCommand&)
 {
     return m_context.Answer(m_context.instrument.IsPowerOnClear() ? "1" : "0");
 }
 
-HRESULT CStatusCommands::SetPollEnable(const tagParsedCommand& command)
+HRESULT CStatusCommands::SetPollEnable(const ParsedCommand& command)
 {
-    const tagRegisterMask mask =
+    const RegisterMask mask =
         ReadRegisterMask(command, CScpiExpression::s_ParallelPollTrafo, kHighestScpiMask);
-    if (mask.iError != 0)
+    if (mask.error != 0)
     {
-        return m_context.Fail(mask.iError, mask.sDetail);
+        return m_context.Fail(mask.error, mask.detail);
     }
-    m_pollEnable = static_cast<wchar_t>(mask.iValue);
+    m_pollEnable = static_cast<wchar_t>(mask.value);
     return NoteMasks(S_OK);
 }
 
-HRESULT CStatusCommands::QueryPollEnable(const tagParsedCommand&)
+HRESULT CStatusCommands::QueryPollEnable(const ParsedCommand&)
 {
     return m_context.AnswerInteger(static_cast<std::size_t>(m_pollEnable));
 }
 
-HRESULT CStatusCommands::QueryIndividualStatus(const tagParsedCommand&)
+HRESULT CStatusCommands::QueryIndividualStatus(const ParsedCommand&)
 {
     return m_context.Answer((ReadStatusByte() & m_pollEnable) != 0 ? "1" : "0");
 }
 
-HRESULT CStatusCommands::Preset(const tagParsedCommand&)
+HRESULT CStatusCommands::Preset(const ParsedCommand&)
 {
     m_context.instrument.Preset();
     return S_OK;
 }
 
-HRESULT CStatusCommands::ExecuteOnRegister(std::size_t form, const tagParsedCommand& command)
+HRESULT CStatusCommands::ExecuteOnRegister(std::size_t form, const ParsedCommand& command)
 {
     using TSet = HRESULT (IZOScpiStatusRegister::*)(wchar_t);
-    struct tagForm
+    struct Form
     {
         TSet set;
         TWordReader get;
     };
-    static constexpr tagForm kForms[] = {
+    static constexpr Form kForms[] = {
         {nullptr, &IZOScpiStatusRegister::GetEvents}, // REGISTER_EVENT_QUERY
         {nullptr, &IZOScpiStatusRegister::GetCondition},
         {&IZOScpiStatusRegister::SetEnable, nullptr}, // REGISTER_ENABLE
@@ -179,17 +179,17 @@ HRESULT CStatusCommands::ExecuteOnRegister(std::size_t form, const tagParsedComm
         {nullptr, &IZOScpiStatusRegister::GetNegTrans},
     };
     static_assert(std::size(kForms) == REGISTER_FORM_COUNT);
-    const auto index = static_cast<tagInstrumentRegister>(form / REGISTER_FORM_COUNT);
+    const auto index = static_cast<InstrumentRegister>(form / REGISTER_FORM_COUNT);
     CStatusRegisterObject& statusRegister = m_context.instrument.InstrumentRegister(index);
-    const tagForm& operation = kForms[form % REGISTER_FORM_COUNT];
+    const Form& operation = kForms[form % REGISTER_FORM_COUNT];
     if (operation.get != nullptr)
     {
         return AnswerWord(statusRegister, operation.get);
     }
-    const tagRegisterMask mask = ReadRegisterMask(command, RegisterBitNames(index), kHighestScpiMask);
-    return mask.iError != 0
-               ? m_context.Fail(mask.iError, mask.sDetail)
-               : (statusRegister.*operation.set)(static_cast<wchar_t>(mask.iValue) & statusRegister.Mask());
+    const RegisterMask mask = ReadRegisterMask(command, RegisterBitNames(index), kHighestScpiMask);
+    return mask.error != 0
+               ? m_context.Fail(mask.error, mask.detail)
+               : (statusRegister.*operation.set)(static_cast<wchar_t>(mask.value) & statusRegister.Mask());
 }
 
 } // namespace ZoVelkor::RemoteKernel

@@ -11,39 +11,39 @@ namespace ZoVelkor::RemoteKernel
 class CStatusCommands
 {
 public:
-    explicit CStatusCommands(const tagBuiltInContext& context) noexcept
+    explicit CStatusCommands(const BuiltInContext& context) noexcept
         : m_context(context),
           m_pollEnable(context.instrument.PowerOnMasks().poll)
     {}
 
     /// Runs one command of BuiltInTable() from BUILTIN_STATUS_FIRST on; results as
     /// IZOScpiExecutionSink::Execute.
-    HRESULT Execute(const tagParsedCommand& command);
+    HRESULT Execute(const ParsedCommand& command);
 
 private:
-    HRESULT SetEventEnable(const tagParsedCommand& command);
-    HRESULT QueryEventEnable(const tagParsedCommand& command);
-    HRESULT QueryEvents(const tagParsedCommand& command);
-    HRESULT SetServiceEnable(const tagParsedCommand& command);
-    HRESULT QueryServiceEnable(const tagParsedCommand& command);
-    HRESULT QueryStatusByte(const tagParsedCommand& command);
-    HRESULT SetPowerOnClear(const tagParsedCommand& command);
-    HRESULT QueryPowerOnClear(const tagParsedCommand& command);
-    HRESULT SetPollEnable(const tagParsedCommand& command);
-    HRESULT QueryPollEnable(const tagParsedCommand& command);
-    HRESULT QueryIndividualStatus(const tagParsedCommand& command);
-    HRESULT Preset(const tagParsedCommand& command);
-    HRESULT ExecuteOnRegister(std::size_t form, const tagParsedCommand& command);
+    HRESULT SetEventEnable(const ParsedCommand& command);
+    HRESULT QueryEventEnable(const ParsedCommand& command);
+    HRESULT QueryEvents(const ParsedCommand& command);
+    HRESULT SetServiceEnable(const ParsedCommand& command);
+    HRESULT QueryServiceEnable(const ParsedCommand& command);
+    HRESULT QueryStatusByte(const ParsedCommand& command);
+    HRESULT SetPowerOnClear(const ParsedCommand& command);
+    HRESULT QueryPowerOnClear(const ParsedCommand& command);
+    HRESULT SetPollEnable(const ParsedCommand& command);
+    HRESULT QueryPollEnable(const ParsedCommand& command);
+    HRESULT QueryIndividualStatus(const ParsedCommand& command);
+    HRESULT Preset(const ParsedCommand& command);
+    HRESULT ExecuteOnRegister(std::size_t form, const ParsedCommand& command);
 
     wchar_t ReadStatusByte() noexcept;
-    tagEnableMasks Masks() const noexcept;
+    EnableMasks Masks() const noexcept;
     /// @return S_OK; E_FAIL with -320 when a mask or the flag could not be kept
     HRESULT CheckKept(bool kept) const;
     HRESULT NoteMasks(HRESULT result);
     using TWordReader = HRESULT (IZOScpiStatusRegister::*)(wchar_t*);
     HRESULT AnswerWord(IZOScpiStatusRegister& statusRegister, TWordReader reader) const;
 
-    const tagBuiltInContext& m_context;
+    const BuiltInContext& m_context;
     wchar_t m_pollEnable;
 };
 

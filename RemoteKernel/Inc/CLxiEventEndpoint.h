@@ -21,15 +21,15 @@ inline constexpr std::size_t kMaxLxiConnections = 32;
 /// Times that a multicast message may be sent again.
 inline constexpr unsigned kMaxLxiRetransmissions = 8;
 
-struct tagLxiEndpointSettings
+struct LxiEndpointSettings
 {
     /// IPv4 address of the interface that events come and go by; 0.0.0.0 receives by all, multicast by
     /// the one that the system chooses and by loopback.
-    std::string sAddress = "127.0.0.1";
-    std::uint16_t iPort = kLxiPort;          ///< UDP unicast and TCP; 0: a free one, see Port
-    std::uint16_t iMulticastPort = kLxiPort; ///< 0: the same as Port
-    std::uint8_t iDomain = 0;                ///< messages of other domains are dropped
-    unsigned iRetransmissions = 0;           ///< of each multicast message, 0 to kMaxLxiRetransmissions
+    std::string address = "127.0.0.1";
+    std::uint16_t port = kLxiPort;          ///< UDP unicast and TCP; 0: a free one, see Port
+    std::uint16_t multicastPort = kLxiPort; ///< 0: the same as Port
+    std::uint8_t domain = 0;                ///< messages of other domains are dropped
+    unsigned retransmissions = 0;           ///< of each multicast message, 0 to kMaxLxiRetransmissions
 };
 
 /// Sends and receives LXI event messages: UDP multicast, UDP and TCP (LXI Event Messaging Extended Function).
@@ -42,7 +42,7 @@ struct tagLxiEndpointSettings
 class CLxiEventEndpoint
 {
 public:
-    explicit CLxiEventEndpoint(tagLxiEndpointSettings settings = {});
+    explicit CLxiEventEndpoint(LxiEndpointSettings settings = {});
     CLxiEventEndpoint(const CLxiEventEndpoint&) = delete;
     CLxiEventEndpoint& operator=(const CLxiEventEndpoint&) = delete;
     /// Stops.
@@ -96,7 +96,7 @@ public:
 
 private:
     class CImplementation;
-    std::unique_ptr<CImplementation> m_spImplementation;
+    std::unique_ptr<CImplementation> m_implementation;
 };
 
 } // namespace ZoVelkor::RemoteKernel

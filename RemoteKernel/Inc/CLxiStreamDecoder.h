@@ -23,15 +23,15 @@ public:
     {
         m_pending.insert(m_pending.end(), bytes.begin(), bytes.end());
         std::span<const std::uint8_t> rest = m_pending;
-        tagLxiMessageExtent extent = MeasureLxiMessage(rest);
-        while (extent.state == tagLxiMessageState::Complete)
+        LxiMessageExtent extent = MeasureLxiMessage(rest);
+        while (extent.state == LxiMessageState::Complete)
         {
             onMessage(rest.first(extent.size));
             rest = rest.subspan(extent.size);
             extent = MeasureLxiMessage(rest);
         }
         m_pending.erase(m_pending.begin(), m_pending.end() - static_cast<std::ptrdiff_t>(rest.size()));
-        return extent.state == tagLxiMessageState::Incomplete;
+        return extent.state == LxiMessageState::Incomplete;
     }
 
     /// Whether bytes of an unfinished message have come.

@@ -29,7 +29,7 @@ class CRemoteKernel
 public:
     /// @param limits  bounds of the sessions of connected channels
     /// @throws std::system_error when the system is short of descriptors
-    explicit CRemoteKernel(tagInstrumentIdentity identity, const tagSessionLimits& limits = {});
+    explicit CRemoteKernel(InstrumentIdentity identity, const SessionLimits& limits = {});
     CRemoteKernel(const CRemoteKernel&) = delete;
     CRemoteKernel& operator=(const CRemoteKernel&) = delete;
     /// Stops, if that was not done, and waits for the end of all sessions.
@@ -53,10 +53,10 @@ public:
     /// Gives the status that the instrument was switched on with (IEEE 488.2 section 10.25), before the first
     /// session; without it the kernel keeps nothing.
     ///
-    /// @param pStore  borrowed, as long as there are sessions; hears of *PSC, and of masks while it is 0
-    void PowerOn(const tagPowerOnStatus& status, IPowerOnStore* pStore)
+    /// @param store  borrowed, as long as there are sessions; hears of *PSC, and of masks while it is 0
+    void PowerOn(const PowerOnStatus& status, IPowerOnStore* store)
     {
-        m_parts.spStatus->PowerOn(status, pStore);
+        m_parts.status->PowerOn(status, store);
     }
 
     /// Finds an application, for work on its state beside its commands: CApplication::RunBetweenCommands.
@@ -65,14 +65,14 @@ public:
     /// @return null when there is none
     std::shared_ptr<CApplication> FindApplication(const GUID& id) const
     {
-        return m_parts.spRegistry->FindApplication(id);
+        return m_parts.registry->FindApplication(id);
     }
 
     /// Services by interface; borrowed, as long as the kernel lives.
-    IZOScpiObjectRegistration& ObjectRegistration() noexcept { return *m_parts.spRegistry; }
-    IZOScpiErrorManagement& ErrorManagement() noexcept { return *m_parts.spErrors; }
-    IZOScpiPendingOperations& PendingOperations() noexcept { return *m_parts.spOperations; }
-    IZOScpiStatusManagement& StatusManagement() noexcept { return *m_parts.spStatus; }
+    IZOScpiObjectRegistration& ObjectRegistration() noexcept { return *m_parts.registry; }
+    IZOScpiErrorManagement& ErrorManagement() noexcept { return *m_parts.errors; }
+    IZOScpiPendingOperations& PendingOperations() noexcept { return *m_parts.operations; }
+    IZOScpiStatusManagement& StatusManagement() noexcept { return *m_parts.status; }
 
     /// Sessions that are open, whatever their transport.
     std::size_t SessionCount() const;
@@ -89,17 +89,17 @@ private:
     void AddService(TArguments&&... arguments);
     void UnregisterAtRoot() noexcept;
 
-    const tagKernelParts m_parts;
-    const CComPtr<CAdministrationObject> m_spAdministration;
+    const KernelParts m_parts;
+    const CComPtr<CAdministrationObject> m_administration;
     std::vector<std::pair<const IID*, CComPtr<IUnknown>>> m_services; // constant after construction
 
     std::mutex m_startMutex;
-    bool m_bAtRoot = false; // guarded by m_startMutex
+    bool m_atRoot = false; // guarded by m_startMutex
 
     mutable std::mutex m_mutex;
     std::condition_variable m_noSession;
     std::set<CSession*> m_sessions; // guarded by m_mutex
-    bool m_bStopped = false;        // guarded by m_mutex
+    bool m_stopped = false;         // guarded by m_mutex
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -4,22 +4,22 @@ namespace ZoVelkor::RemoteKernel
 {
 
 /// The enable registers that IEEE 488.2 section 10.25 speaks of.
-struct tagEnableMasks
+struct EnableMasks
 {
     wchar_t event = 0;   ///< *ESE
     wchar_t service = 0; ///< *SRE
     wchar_t poll = 0;    ///< *PRE
 
-    bool operator==(const tagEnableMasks&) const = default;
+    bool operator==(const EnableMasks&) const = default;
 };
 
 /// The status that an instrument keeps while it is switched off; a new object is that of the first start.
-struct tagPowerOnStatus
+struct PowerOnStatus
 {
-    bool bClear = true;   ///< *PSC: the masks are 0 after power-on, whatever was kept
-    tagEnableMasks masks; ///< otherwise they begin with these
+    bool clear = true; ///< *PSC: the masks are 0 after power-on, whatever was kept
+    EnableMasks masks; ///< otherwise they begin with these
 
-    bool operator==(const tagPowerOnStatus&) const = default;
+    bool operator==(const PowerOnStatus&) const = default;
 };
 
 /// Keeps the power-on status from one start of the instrument to the next.
@@ -30,7 +30,7 @@ public:
     /// it; for a change, and again after a failure.
     ///
     /// @return false when it cannot be kept; that becomes error -320 of the session
-    virtual bool Keep(const tagPowerOnStatus& status) noexcept = 0;
+    virtual bool Keep(const PowerOnStatus& status) noexcept = 0;
 
 protected:
     ~IPowerOnStore() = default;

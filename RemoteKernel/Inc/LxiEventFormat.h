@@ -23,16 +23,16 @@ inline constexpr long kUnknownLxiEvent = 9;
 /// Numbers of events that somebody can wait for.
 inline constexpr long kLxiEventCount = kUnknownLxiEvent;
 
-enum class tagLxiMessageState
+enum class LxiMessageState
 {
     Complete,
     Incomplete, ///< right so far
     Malformed   ///< whatever may follow
 };
 
-struct tagLxiMessageExtent
+struct LxiMessageExtent
 {
-    tagLxiMessageState state;
+    LxiMessageState state;
     std::size_t size = 0;       ///< of the message, when it is complete
     const char* fault = "";     ///< what is wrong or missing, when it is not
     std::size_t faultPlace = 0; ///< offset of the fault
@@ -40,7 +40,7 @@ struct tagLxiMessageExtent
 
 /// Finds the end of the message that bytes begin with. Nanoseconds of a second or more, or a length above
 /// kMaxLxiMessageSize, make it malformed.
-tagLxiMessageExtent MeasureLxiMessage(std::span<const std::uint8_t> bytes) noexcept;
+LxiMessageExtent MeasureLxiMessage(std::span<const std::uint8_t> bytes) noexcept;
 
 /// Reads one whole message, neither a byte more nor less.
 ///

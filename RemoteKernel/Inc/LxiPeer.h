@@ -8,13 +8,13 @@ namespace ZoVelkor::RemoteKernel
 {
 
 /// The other end of LXI event messages.
-struct tagLxiPeer
+struct LxiPeer
 {
     std::uint32_t address = 0; ///< IPv4, the first number in the upper byte
     std::uint16_t port = 0;
     bool isTcp = false;
 
-    auto operator<=>(const tagLxiPeer&) const = default;
+    auto operator<=>(const LxiPeer&) const = default;
 
     /// As in "udp 127.0.0.1:5044".
     std::string Text() const

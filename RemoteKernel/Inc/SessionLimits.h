@@ -8,14 +8,14 @@ namespace ZoVelkor::RemoteKernel
 {
 
 /// Bounds of one session. The defaults are the instrument's.
-struct tagSessionLimits
+struct SessionLimits
 {
-    tagMessageLimits message{};
-    std::size_t iMaxResponse = std::size_t{1} << 29; ///< bytes of one response message; beyond: a query that
-                                                     ///< fails with -200 and answers nothing
-    std::size_t iErrorQueueDepth = 64;               ///< entries, at least 2; beyond: -350
-    int iBlockPauseMs = 10'000; ///< longest pause of a client inside a block that its command is reading,
-                                ///< since nobody else's commands run meanwhile; beyond: -365
+    MessageLimits message{};
+    std::size_t maxResponse = std::size_t{1} << 29; ///< bytes of one response message; beyond: a query that
+                                                    ///< fails with -200 and answers nothing
+    std::size_t errorQueueDepth = 64;               ///< entries, at least 2; beyond: -350
+    int blockPauseMs = 10'000; ///< longest pause of a client inside a block that its command is reading,
+                               ///< since nobody else's commands run meanwhile; beyond: -365
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -5,13 +5,13 @@
 namespace ZoVelkor::RemoteKernel
 {
 
-bool CLxiDuplicateFilter::Accept(const tagLxiPeer& sender,
+bool CLxiDuplicateFilter::Accept(const LxiPeer& sender,
                                  std::uint32_t sequenceNumber,
                                  bool isRetransmission,
                                  Clock::time_point now)
 {
-    const tagSender fresh{sender, sequenceNumber, 1, now};
-    auto known = std::ranges::find(m_senders, sender, &tagSender::peer);
+    const Sender fresh{sender, sequenceNumber, 1, now};
+    auto known = std::ranges::find(m_senders, sender, &Sender::peer);
     if (known == m_senders.end())
     {
         if (m_senders.size() < kMaxSenders)
@@ -20,7 +20,7 @@ bool CLxiDuplicateFilter::Accept(const tagLxiPeer& sender,
         }
         else
         {
-            *std::ranges::min_element(m_senders, {}, &tagSender::lastHeard) = fresh;
+            *std::ranges::min_element(m_senders, {}, &Sender::lastHeard) = fresh;
         }
         return true;
     }

@@ -30,21 +30,19 @@ public:
     ///
     /// @return false when it has come before
     /// @throws std::bad_alloc
-    bool Accept(const tagLxiPeer& sender,
-                std::uint32_t sequenceNumber,
-                bool isRetransmission,
-                Clock::time_point now);
+    bool
+    Accept(const LxiPeer& sender, std::uint32_t sequenceNumber, bool isRetransmission, Clock::time_point now);
 
 private:
-    struct tagSender
+    struct Sender
     {
-        tagLxiPeer peer;
+        LxiPeer peer;
         std::uint32_t highest;
         std::uint64_t come; ///< bit n: the number n below the highest
         Clock::time_point lastHeard;
     };
 
-    std::vector<tagSender> m_senders;
+    std::vector<Sender> m_senders;
 };
 
 } // namespace ZoVelkor::RemoteKernel

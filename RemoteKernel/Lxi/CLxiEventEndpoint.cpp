@@ -39,7 +39,7 @@ public:
     }
 
     /// What receivers take it for.
-    tagLxiPeer Self()
+    LxiPeer Self()
     {
         asio::ip::address address = m_socket.local_endpoint().address();
         if (address.is_unspecified())
@@ -76,9 +76,9 @@ std::unique_ptr<CLxiSender> MakeSender(const std::string& address)
 class CLxiEventEndpoint::CImplementation
 {
 public:
-    explicit CImplementation(tagLxiEndpointSettings settings) : m_settings(std::move(settings))
+    explicit CImplementation(LxiEndpointSettings settings) : m_settings(std::move(settings))
     {
-        m_settings.iRetransmissions = std::min(m_settings.iRetransmissions, kMaxLxiRetransmissions);
+        m_settings.retransmissions = std::min(m_settings.retransmissions, kMaxLxiRetransmissions);
     }
 
     void Start();
@@ -87,7 +87,7 @@ public:
     HRESULT RemoveObserver(long event, ILxiEventObserver* observer);
     HRESULT Send(CLxiLanPacket& packet, const udp::endpoint& receiver, unsigned retransmissions);
 
-    const tagLxiEndpointSettings& Settings() const noexcept { return m_settings; }
+    const LxiEndpointSettings& Settings() const noexcept { return m_settings; }
     std::uint16_t Port() const noexcept { return m_port; }
     std::uint16_t MulticastPort() const noexcept { return m_multicastPort; }
     CLxiEventLog& Log() noexcept { return m_log; }
@@ -95,10 +95,10 @@ public:
     HRESULT Fail(EnumLxiErrors code, HRESULT result);
 
 private:
-    void OnMessage(std::span<const std::uint8_t> message, const tagLxiPeer& peer);
-    void CallObservers(const tagLxiEvent& event);
+    void OnMessage(std::span<const std::uint8_t> message, const LxiPeer& peer);
+    void CallObservers(const LxiEvent& event);
 
-    tagLxiEndpointSettings m_settings;
+    LxiEndpointSettings m_settings;
     CLxiEventLog m_log;
     CLxiErrorStorage m_errors;
     std::atomic<std::uint16_t> m_port{0};
@@ -109,34 +109,34 @@ private:
     std::vector<ILxiEventObserver*> m_observers[kLxiEventCount] ZO_GUARDED_BY(m_observerSection);
 
     std::mutex m_sendMutex;
-    std::unique_ptr<CLxiSender> m_spSender; // guarded by m_sendMutex
+    std::unique_ptr<CLxiSender> m_sender; // guarded by m_sendMutex
 
     CLxiDuplicateFilter m_filter; // the receiving thread's, while it runs
-    tagLxiPeer m_self;            // the same
+    LxiPeer m_self;               // the same
 
-    std::mutex m_runMutex;                      // start and stop one at a time; taken before m_sendMutex
-    std::unique_ptr<CLxiReceiver> m_spReceiver; // guarded by m_runMutex; last: its thread uses the others
+    std::mutex m_runMutex;                    // start and stop one at a time; taken before m_sendMutex
+    std::unique_ptr<CLxiReceiver> m_receiver; // guarded by m_runMutex; last: its thread uses the others
 };
 
 void CLxiEventEndpoint::CImplementation::Start()
 {
     const std::lock_guard lock(m_runMutex);
-    if (m_spReceiver != nullptr)
+    if (m_receiver != nullptr)
     {
         return;
     }
     try
     {
-        auto spSender = MakeSender(m_settings.sAddress);
-        m_self = spSender->Self();
+        auto sender = MakeSender(m_settings.address);
+        m_self = sender->Self();
         m_filter = {};
         // Held, so that an observer of the very first event can send.
         const std::lock_guard sendLock(m_sendMutex);
-        m_spReceiver = std::make_unique<CLxiReceiver>(
-            m_settings, [this](auto message, const tagLxiPeer& peer) { OnMessage(message, peer); });
-        m_port = m_spReceiver->Port();
-        m_multicastPort = m_spReceiver->MulticastPort();
-        m_spSender = std::move(spSender);
+        m_receiver = std::make_unique<CLxiReceiver>(
+            m_settings, [this](auto message, const LxiPeer& peer) { OnMessage(message, peer); });
+        m_port = m_receiver->Port();
+        m_multicastPort = m_receiver->MulticastPort();
+        m_sender = std::move(sender);
     }
     catch (...)
     {
@@ -148,11 +148,11 @@ void CLxiEventEndpoint::CImplementation::Start()
 void CLxiEventEndpoint::CImplementation::Stop()
 {
     const std::lock_guard lock(m_runMutex);
-    m_spReceiver.reset();
+    m_receiver.reset();
     m_port = 0;
     m_multicastPort = 0;
     const std::lock_guard sendLock(m_sendMutex);
-    m_spSender.reset();
+    m_sender.reset();
 }
 
 HRESULT CLxiEventEndpoint::CImplementation::Fail(EnumLxiErrors code, HRESULT result)
@@ -194,7 +194,7 @@ HRESULT CLxiEventEndpoint::CImplementation::Send(CLxiLanPacket& packet,
                                                  unsigned retransmissions)
 {
     const std::lock_guard lock(m_sendMutex);
-    if (m_spSender == nullptr)
+    if (m_sender == nullptr)
     {
         return E_UNEXPECTED;
     }
@@ -203,25 +203,24 @@ HRESULT CLxiEventEndpoint::CImplementation::Send(CLxiLanPacket& packet,
     {
         return E_INVALIDARG;
     }
-    if (!m_spSender->Send(message, receiver))
+    if (!m_sender->Send(message, receiver))
     {
         return Fail(EnumLxiErrors::CapabilityConnection, E_FAIL);
     }
-    m_log.Add(tagLxiLogKind::Sent, {receiver.address().to_v4().to_uint(), receiver.port(), false}, message);
+    m_log.Add(LxiLogKind::Sent, {receiver.address().to_v4().to_uint(), receiver.port(), false}, message);
     MarkLxiRetransmission(message);
     for (unsigned i = 0; i != retransmissions; ++i)
     {
         // The message is out; what becomes of a copy does not matter.
-        static_cast<void>(m_spSender->Send(message, receiver));
+        static_cast<void>(m_sender->Send(message, receiver));
     }
     return S_OK;
 }
 
-void CLxiEventEndpoint::CImplementation::OnMessage(std::span<const std::uint8_t> message,
-                                                   const tagLxiPeer& peer)
+void CLxiEventEndpoint::CImplementation::OnMessage(std::span<const std::uint8_t> message, const LxiPeer& peer)
 {
     CLxiLanPacket packet;
-    if (peer == m_self || !DecodeLxiMessage(message, packet) || packet.getDomain() != m_settings.iDomain)
+    if (peer == m_self || !DecodeLxiMessage(message, packet) || packet.getDomain() != m_settings.domain)
     {
         return;
     }
@@ -232,8 +231,8 @@ void CLxiEventEndpoint::CImplementation::OnMessage(std::span<const std::uint8_t>
                                              static_cast<std::uint32_t>(packet.getSequenceNumber()),
                                              packet.getIsRetransmission() != 0,
                                              CLxiDuplicateFilter::Clock::now());
-    const tagLxiLogKind kind = isAcknowledgement ? tagLxiLogKind::Acknowledgement : tagLxiLogKind::Received;
-    m_log.Add(isNew ? kind : tagLxiLogKind::Duplicate, peer, message);
+    const LxiLogKind kind = isAcknowledgement ? LxiLogKind::Acknowledgement : LxiLogKind::Received;
+    m_log.Add(isNew ? kind : LxiLogKind::Duplicate, peer, message);
     const long event = LxiEventNumber(packet);
     if (!isNew || isAcknowledgement || event == kUnknownLxiEvent)
     {
@@ -244,7 +243,7 @@ void CLxiEventEndpoint::CImplementation::OnMessage(std::span<const std::uint8_t>
     CallObservers({packet, event, stamp == CLxiTime() ? LxiNow() : stamp, peer});
 }
 
-void CLxiEventEndpoint::CImplementation::CallObservers(const tagLxiEvent& event)
+void CLxiEventEndpoint::CImplementation::CallObservers(const LxiEvent& event)
 {
     const CCritSectionLocker locker(m_observerSection);
     const std::vector<ILxiEventObserver*>& current = m_observers[event.event];
@@ -261,8 +260,8 @@ void CLxiEventEndpoint::CImplementation::CallObservers(const tagLxiEvent& event)
     }
 }
 
-CLxiEventEndpoint::CLxiEventEndpoint(tagLxiEndpointSettings settings)
-    : m_spImplementation(std::make_unique<CImplementation>(std::move(settings)))
+CLxiEventEndpoint::CLxiEventEndpoint(LxiEndpointSettings settings)
+    : m_implementation(std::make_unique<CImplementation>(std::move(settings)))
 {}
 
 CLxiEventEndpoint::~CLxiEventEndpoint()
@@ -272,57 +271,57 @@ CLxiEventEndpoint::~CLxiEventEndpoint()
 
 void CLxiEventEndpoint::Start()
 {
-    m_spImplementation->Start();
+    m_implementation->Start();
 }
 
 void CLxiEventEndpoint::Stop()
 {
-    m_spImplementation->Stop();
+    m_implementation->Stop();
 }
 
 std::uint16_t CLxiEventEndpoint::Port() const
 {
-    return m_spImplementation->Port();
+    return m_implementation->Port();
 }
 
 std::uint16_t CLxiEventEndpoint::MulticastPort() const
 {
-    return m_spImplementation->MulticastPort();
+    return m_implementation->MulticastPort();
 }
 
 HRESULT CLxiEventEndpoint::AddObserver(long event, ILxiEventObserver* observer)
 {
-    return m_spImplementation->AddObserver(event, observer);
+    return m_implementation->AddObserver(event, observer);
 }
 
 HRESULT CLxiEventEndpoint::RemoveObserver(long event, ILxiEventObserver* observer)
 {
-    return m_spImplementation->RemoveObserver(event, observer);
+    return m_implementation->RemoveObserver(event, observer);
 }
 
 HRESULT CLxiEventEndpoint::Send(CLxiLanPacket& packet)
 {
-    return m_spImplementation->Send(packet,
-                                    {LxiAddress(kLxiMulticastGroup), MulticastPort()},
-                                    m_spImplementation->Settings().iRetransmissions);
+    return m_implementation->Send(packet,
+                                  {LxiAddress(kLxiMulticastGroup), MulticastPort()},
+                                  m_implementation->Settings().retransmissions);
 }
 
 HRESULT CLxiEventEndpoint::SendTo(CLxiLanPacket& packet, const std::string& address, std::uint16_t port)
 {
     asio::error_code error;
     const asio::ip::address_v4 receiver = asio::ip::make_address_v4(address, error);
-    return error ? E_INVALIDARG : m_spImplementation->Send(packet, {receiver, port}, 0);
+    return error ? E_INVALIDARG : m_implementation->Send(packet, {receiver, port}, 0);
 }
 
 HRESULT CLxiEventEndpoint::SendEvent(long event, const CLxiTime& time)
 {
     if (event < 0 || event >= kLxiEventCount)
     {
-        return m_spImplementation->Fail(EnumLxiErrors::EventNotFound, E_INVALIDARG);
+        return m_implementation->Fail(EnumLxiErrors::EventNotFound, E_INVALIDARG);
     }
     CLxiLanPacket packet;
     SetLxiEvent(packet, event);
-    packet.setDomain(m_spImplementation->Settings().iDomain);
+    packet.setDomain(m_implementation->Settings().domain);
     packet.setEpoch(time.GetEpoch());
     packet.setTimestamp(time.GetSeconds(), time.GetNanoSeconds(), 0);
     return Send(packet);
@@ -330,12 +329,12 @@ HRESULT CLxiEventEndpoint::SendEvent(long event, const CLxiTime& time)
 
 CLxiEventLog& CLxiEventEndpoint::Log() noexcept
 {
-    return m_spImplementation->Log();
+    return m_implementation->Log();
 }
 
 CLxiErrorStorage& CLxiEventEndpoint::Errors() noexcept
 {
-    return m_spImplementation->Errors();
+    return m_implementation->Errors();
 }
 
 } // namespace ZoVelkor::RemoteKernel

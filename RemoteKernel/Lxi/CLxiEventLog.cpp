@@ -14,7 +14,7 @@ namespace ZoVelkor::RemoteKernel
 namespace
 {
 
-/// In the order of tagLxiLogKind.
+/// In the order of LxiLogKind.
 constexpr const char* kKindNames[] = {"received", "duplicate", "acknowledgement", "sent"};
 
 std::string TimeText(const CLxiTime& time)
@@ -43,9 +43,9 @@ std::string Printable(std::wstring_view text)
 
 } // namespace
 
-void CLxiEventLog::Add(tagLxiLogKind kind, const tagLxiPeer& peer, std::span<const std::uint8_t> message)
+void CLxiEventLog::Add(LxiLogKind kind, const LxiPeer& peer, std::span<const std::uint8_t> message)
 {
-    tagEntry entry{LxiNow(), kind, peer, {}, message.size()};
+    Entry entry{LxiNow(), kind, peer, {}, message.size()};
     std::copy_n(message.begin(), std::min(message.size(), entry.header.size()), entry.header.begin());
     const CCritSectionLocker locker(m_section);
     m_entries.push_back(entry);
@@ -69,7 +69,7 @@ void CLxiEventLog::Clear()
 
 std::vector<std::string> CLxiEventLog::Lines() const
 {
-    std::deque<tagEntry> entries;
+    std::deque<Entry> entries;
     {
         const CCritSectionLocker locker(m_section);
         entries = m_entries;
@@ -79,7 +79,7 @@ std::vector<std::string> CLxiEventLog::Lines() const
     return lines;
 }
 
-std::string CLxiEventLog::Line(const tagEntry& entry)
+std::string CLxiEventLog::Line(const Entry& entry)
 {
     CLxiLanPacket packet;
     packet.addSerializedData(entry.header.size(), entry.header.data());

@@ -18,7 +18,7 @@ namespace ZoVelkor::RemoteKernel
 {
 
 /// What became of an event message.
-enum class tagLxiLogKind
+enum class LxiLogKind
 {
     Received,
     Duplicate,       ///< has come before and was dropped
@@ -40,7 +40,7 @@ public:
     /// @param peer     who sent the message, or whom it was sent to
     /// @param message  a complete one
     /// @throws std::bad_alloc
-    void Add(tagLxiLogKind kind, const tagLxiPeer& peer, std::span<const std::uint8_t> message);
+    void Add(LxiLogKind kind, const LxiPeer& peer, std::span<const std::uint8_t> message);
 
     std::size_t Count() const;
     void Clear();
@@ -52,19 +52,19 @@ public:
 
 private:
     /// The header alone, since a packet is much larger.
-    struct tagEntry
+    struct Entry
     {
         CLxiTime time;
-        tagLxiLogKind kind;
-        tagLxiPeer peer;
+        LxiLogKind kind;
+        LxiPeer peer;
         std::array<std::uint8_t, kMinLxiMessageSize> header;
         std::size_t messageSize;
     };
 
-    static std::string Line(const tagEntry& entry);
+    static std::string Line(const Entry& entry);
 
     mutable CCritSection m_section;
-    std::deque<tagEntry> m_entries ZO_GUARDED_BY(m_section);
+    std::deque<Entry> m_entries ZO_GUARDED_BY(m_section);
 };
 
 } // namespace ZoVelkor::RemoteKernel

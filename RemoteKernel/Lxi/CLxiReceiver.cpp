@@ -51,12 +51,12 @@ asio::ip::address_v4 LxiAddress(const std::string& text)
     return address;
 }
 
-CLxiReceiver::CLxiReceiver(const tagLxiEndpointSettings& settings, OnMessage onMessage)
+CLxiReceiver::CLxiReceiver(const LxiEndpointSettings& settings, OnMessage onMessage)
     : m_onMessage(std::move(onMessage))
 {
-    const asio::ip::address_v4 address = LxiAddress(settings.sAddress);
-    Open(address, settings.iPort);
-    OpenMulticast(address, settings.iMulticastPort != 0 ? settings.iMulticastPort : m_port);
+    const asio::ip::address_v4 address = LxiAddress(settings.address);
+    Open(address, settings.port);
+    OpenMulticast(address, settings.multicastPort != 0 ? settings.multicastPort : m_port);
     AcceptNext();
     ReadNext(m_unicast);
     ReadNext(m_multicast);
@@ -140,7 +140,7 @@ void CLxiReceiver::RetryLater(asio::steady_timer& timer, TRetry retry)
     });
 }
 
-void CLxiReceiver::HandOn(std::span<const std::uint8_t> message, const tagLxiPeer& peer)
+void CLxiReceiver::HandOn(std::span<const std::uint8_t> message, const LxiPeer& peer)
 {
     static_cast<void>(GuardedEntry([&]() -> HRESULT {
         m_onMessage(message, peer);
@@ -148,7 +148,7 @@ void CLxiReceiver::HandOn(std::span<const std::uint8_t> message, const tagLxiPee
     }));
 }
 
-void CLxiReceiver::ReadNext(tagDatagrams& datagrams)
+void CLxiReceiver::ReadNext(Datagrams& datagrams)
 {
     datagrams.socket.async_receive_from(
         asio::buffer(datagrams.bytes),
@@ -191,7 +191,7 @@ void CLxiReceiver::Serve(tcp::socket socket)
         return;
     }
     socket.set_option(asio::socket_base::keep_alive(true), error);
-    tagConnection& connection = m_connections.emplace_back(std::move(socket));
+    PeerConnection& connection = m_connections.emplace_back(std::move(socket));
     connection.peer = {peer.address().to_v4().to_uint(), peer.port(), true};
     ReadNext(std::prev(m_connections.end()));
 }
@@ -211,7 +211,7 @@ void CLxiReceiver::ReadNext(Connection connection)
                                        });
 }
 
-bool CLxiReceiver::Take(tagConnection& connection, std::size_t count)
+bool CLxiReceiver::Take(PeerConnection& connection, std::size_t count)
 {
     return GuardedEntry([&]() -> HRESULT {
                const bool isStream =

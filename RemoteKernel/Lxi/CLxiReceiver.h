@@ -27,11 +27,11 @@ class CLxiReceiver
 {
 public:
     /// Takes a datagram, or a message of a TCP stream.
-    using OnMessage = std::function<void(std::span<const std::uint8_t>, const tagLxiPeer&)>;
+    using OnMessage = std::function<void(std::span<const std::uint8_t>, const LxiPeer&)>;
 
     /// @param onMessage  called on the thread of the receiver
     /// @throws std::system_error with a message that names address and port
-    CLxiReceiver(const tagLxiEndpointSettings& settings, OnMessage onMessage);
+    CLxiReceiver(const LxiEndpointSettings& settings, OnMessage onMessage);
     CLxiReceiver(const CLxiReceiver&) = delete;
     CLxiReceiver& operator=(const CLxiReceiver&) = delete;
     ~CLxiReceiver();
@@ -43,34 +43,34 @@ private:
     using tcp = asio::ip::tcp;
     using udp = asio::ip::udp;
 
-    struct tagDatagrams
+    struct Datagrams
     {
-        explicit tagDatagrams(asio::io_context& context) : socket(context), retry(context) {}
+        explicit Datagrams(asio::io_context& context) : socket(context), retry(context) {}
 
         udp::socket socket;
         asio::steady_timer retry;
         udp::endpoint sender;
         std::array<std::uint8_t, kMaxLxiMessageSize + 1> bytes; ///< one more, to tell what is too long
     };
-    struct tagConnection
+    struct PeerConnection
     {
-        explicit tagConnection(tcp::socket connected) : socket(std::move(connected)) {}
+        explicit PeerConnection(tcp::socket connected) : socket(std::move(connected)) {}
 
         tcp::socket socket;
-        tagLxiPeer peer;
+        LxiPeer peer;
         CLxiStreamDecoder decoder;
         std::array<std::uint8_t, kMaxLxiMessageSize> bytes;
     };
-    using Connection = std::list<tagConnection>::iterator;
+    using Connection = std::list<PeerConnection>::iterator;
 
     void Open(const asio::ip::address_v4& address, std::uint16_t port);
     void OpenMulticast(const asio::ip::address_v4& address, std::uint16_t port);
-    void ReadNext(tagDatagrams& datagrams);
+    void ReadNext(Datagrams& datagrams);
     void AcceptNext();
     void Serve(tcp::socket socket);
     void ReadNext(Connection connection);
-    bool Take(tagConnection& connection, std::size_t count);
-    void HandOn(std::span<const std::uint8_t> message, const tagLxiPeer& peer);
+    bool Take(PeerConnection& connection, std::size_t count);
+    void HandOn(std::span<const std::uint8_t> message, const LxiPeer& peer);
     template <class TRetry>
     static void RetryLater(asio::steady_timer& timer, TRetry retry);
 
@@ -78,9 +78,9 @@ private:
     asio::io_context m_context{1};
     tcp::acceptor m_acceptor{m_context};
     asio::steady_timer m_acceptRetry{m_context};
-    tagDatagrams m_unicast{m_context};
-    tagDatagrams m_multicast{m_context};
-    std::list<tagConnection> m_connections;
+    Datagrams m_unicast{m_context};
+    Datagrams m_multicast{m_context};
+    std::list<PeerConnection> m_connections;
     std::uint16_t m_port = 0;
     std::uint16_t m_multicastPort = 0;
     std::thread m_thread; // last: it uses all of the above

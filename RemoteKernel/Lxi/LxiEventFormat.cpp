@@ -29,7 +29,7 @@ static_assert(kMaxLxiMessageSize == 8192, "stands in a message");
 /// What a message begins with; hardware may write the third byte of the mark.
 constexpr std::string_view kMark = "LX";
 
-struct tagEventName
+struct EventName
 {
     std::string_view name;
     long event;
@@ -37,7 +37,7 @@ struct tagEventName
 
 // The first name of an event is the one that is sent. Errors have the name of the standard there; the other
 // one is what a packet is made with.
-constexpr tagEventName kEventNames[] = {
+constexpr EventName kEventNames[] = {
     {"LAN0", ZO_LXI_LAN0},
     {"LAN1", ZO_LXI_LAN1},
     {"LAN2", ZO_LXI_LAN2},
@@ -67,12 +67,12 @@ bool HasMark(Bytes bytes) noexcept
 }
 
 /// A data field of a packet, and owner of its data.
-struct tagField
+struct Field
 {
-    tagField(const CLxiLanPacket& packet, unsigned short index) { packet.getUserData(index, data); }
-    tagField(const tagField&) = delete;
-    tagField& operator=(const tagField&) = delete;
-    ~tagField() { delete[] data.pData; }
+    Field(const CLxiLanPacket& packet, unsigned short index) { packet.getUserData(index, data); }
+    Field(const Field&) = delete;
+    Field& operator=(const Field&) = delete;
+    ~Field() { delete[] data.pData; }
 
     tagLxiLanUserDataType data;
 };
@@ -82,7 +82,7 @@ bool AppendFields(const CLxiLanPacket& packet, std::vector<std::uint8_t>& messag
 {
     for (unsigned int i = 0; i != packet.getNumberOfUserDataFields(); ++i)
     {
-        const tagField field(packet, static_cast<unsigned short>(i));
+        const Field field(packet, static_cast<unsigned short>(i));
         const std::uint32_t size = field.data.iSize;
         if (size == 0 || size > kMaxFieldSize ||
             message.size() + size + kIdentifierSize + 2 * kLengthSize > kMaxLxiMessageSize)
@@ -100,9 +100,9 @@ bool AppendFields(const CLxiLanPacket& packet, std::vector<std::uint8_t>& messag
 
 } // namespace
 
-tagLxiMessageExtent MeasureLxiMessage(Bytes bytes) noexcept
+LxiMessageExtent MeasureLxiMessage(Bytes bytes) noexcept
 {
-    using State = tagLxiMessageState;
+    using State = LxiMessageState;
     if (!HasMark(bytes))
     {
         return {State::Malformed, 0, "it does not begin with LX"};
@@ -139,8 +139,8 @@ tagLxiMessageExtent MeasureLxiMessage(Bytes bytes) noexcept
 
 bool DecodeLxiMessage(Bytes bytes, CLxiLanPacket& packet)
 {
-    const tagLxiMessageExtent extent = MeasureLxiMessage(bytes);
-    if (extent.state != tagLxiMessageState::Complete || extent.size != bytes.size())
+    const LxiMessageExtent extent = MeasureLxiMessage(bytes);
+    if (extent.state != LxiMessageState::Complete || extent.size != bytes.size())
     {
         return false;
     }
@@ -200,7 +200,7 @@ long LxiEventNumber(const CLxiLanPacket& packet) noexcept
                                 static_cast<std::size_t>(std::find(id.begin(), id.end(), 0) - id.begin()));
     const auto* const row = std::find_if(std::begin(kEventNames),
                                          std::end(kEventNames),
-                                         [name](const tagEventName& known) { return known.name == name; });
+                                         [name](const EventName& known) { return known.name == name; });
     return row != std::end(kEventNames) ? row->event : kUnknownLxiEvent;
 }
 

@@ -12,20 +12,20 @@ namespace ZoVelkor::RemoteKernel
 {
 
 /// The header of a block in a message.
-struct tagBlockHeader
+struct BlockHeader
 {
-    int iResult = CBScpiBlockData::HeaderInvalid;
-    std::size_t iSize = 0;    ///< bytes of the header
-    std::int64_t iLength = 0; ///< bytes of the data, -1: indefinite
+    int result = CBScpiBlockData::HeaderInvalid;
+    std::size_t iSize = 0;   ///< bytes of the header
+    std::int64_t length = 0; ///< bytes of the data, -1: indefinite
 };
 
 /// Reads the header of a block from its number sign on.
 ///
 /// The form with parentheses is not taken: on a raw socket its data could not hold a line feed.
 /// @param text  the number sign and a character behind it at least
-inline tagBlockHeader ReadBlockHeader(std::string_view text) noexcept
+inline BlockHeader ReadBlockHeader(std::string_view text) noexcept
 {
-    tagBlockHeader header;
+    BlockHeader header;
     if (!IsDigit(text[1]))
     {
         return header;
@@ -35,7 +35,7 @@ inline tagBlockHeader ReadBlockHeader(std::string_view text) noexcept
     // A header that has already gone wrong must not wait for the rest: that may never come.
     if (std::all_of(known.begin() + 1, known.end(), &IsDigit))
     {
-        header.iResult = CBScpiBlockData::ParseBlockDataHeader(known, header.iLength);
+        header.result = CBScpiBlockData::ParseBlockDataHeader(known, header.length);
     }
     return header;
 }

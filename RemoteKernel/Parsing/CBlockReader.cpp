@@ -114,20 +114,20 @@ void CBlockReader::Begin(std::span<unsigned char> block) noexcept
     m_consumed = 0;
     m_valid = true;
     m_elementSize = 0;
-    m_pStream = nullptr;
+    m_stream = nullptr;
 }
 
 void CBlockReader::Begin(CBlockStream& stream) noexcept
 {
     Begin(std::span<unsigned char>());
-    m_pStream = &stream;
+    m_stream = &stream;
 }
 
 void CBlockReader::Consume(std::size_t count) noexcept
 {
-    if (m_pStream != nullptr)
+    if (m_stream != nullptr)
     {
-        m_pStream->Consume(count);
+        m_stream->Consume(count);
         return;
     }
     m_consumed += count;
@@ -138,7 +138,7 @@ void CBlockReader::Invalidate() noexcept
     m_valid = false;
     m_block = {};
     m_consumed = 0;
-    m_pStream = nullptr;
+    m_stream = nullptr;
 }
 
 HRESULT CBlockReader::Read(unsigned long size, unsigned char* data, unsigned long* got)
@@ -153,10 +153,10 @@ HRESULT CBlockReader::Read(unsigned long size, unsigned char* data, unsigned lon
     {
         return E_ABORT;
     }
-    if (m_pStream != nullptr)
+    if (m_stream != nullptr)
     {
         std::size_t copied = 0;
-        const HRESULT result = m_pStream->Read({data, size}, copied);
+        const HRESULT result = m_stream->Read({data, size}, copied);
         *got = copied;
         return result;
     }
@@ -184,9 +184,9 @@ HRESULT CBlockReader::Discard()
     {
         return E_ABORT;
     }
-    if (m_pStream != nullptr)
+    if (m_stream != nullptr)
     {
-        return m_pStream->Discard();
+        return m_stream->Discard();
     }
     m_consumed = m_block.size();
     return S_OK;
@@ -206,11 +206,11 @@ CBlockReader::GetStatusEx(short* complete, long* length, unsigned long* availabl
     {
         return E_ABORT;
     }
-    const bool bComplete = m_pStream == nullptr || m_pStream->IsComplete();
-    *complete = bComplete ? VARIANT_TRUE : VARIANT_FALSE;
-    *length = m_pStream != nullptr ? m_pStream->Length() : static_cast<long>(m_block.size());
+    const bool isComplete = m_stream == nullptr || m_stream->IsComplete();
+    *complete = isComplete ? VARIANT_TRUE : VARIANT_FALSE;
+    *length = m_stream != nullptr ? m_stream->Length() : static_cast<long>(m_block.size());
     *available = Rest().size();
-    *consumed = m_pStream != nullptr ? static_cast<unsigned long>(m_pStream->Consumed()) : m_consumed;
+    *consumed = m_stream != nullptr ? static_cast<unsigned long>(m_stream->Consumed()) : m_consumed;
     return S_OK;
 }
 
@@ -226,7 +226,7 @@ HRESULT CBlockReader::ReadFromStream(IStream* target, unsigned long size, unsign
     {
         return E_ABORT;
     }
-    return m_pStream != nullptr ? CopyStream(*target, size, *got) : CopyRest(*target, size, *got);
+    return m_stream != nullptr ? CopyStream(*target, size, *got) : CopyRest(*target, size, *got);
 }
 
 /// Copies what can be read without waiting, as far as it is wanted.
@@ -248,19 +248,19 @@ HRESULT CBlockReader::CopyRest(IStream& target, unsigned long size, unsigned lon
 
 HRESULT CBlockReader::CopyStream(IStream& target, unsigned long size, unsigned long& got)
 {
-    HRESULT result = m_pStream->Fill(1);
+    HRESULT result = m_stream->Fill(1);
     while (result == S_OK && got < size)
     {
         // The last bytes are only copied when what follows them is sound.
         const std::size_t count = std::min<std::size_t>(size - got, Rest().size());
-        result = m_pStream->Fill(count);
+        result = m_stream->Fill(count);
         const unsigned long before = got;
         result = result == S_OK ? CopyRest(target, count, got) : result;
         if (result == S_OK && got - before != count)
         {
             return S_OK;
         }
-        result = result == S_OK ? m_pStream->Fill(1) : result;
+        result = result == S_OK ? m_stream->Fill(1) : result;
     }
     return result == S_FALSE && got != 0 ? S_OK : result;
 }
@@ -271,9 +271,9 @@ HRESULT CBlockReader::ContinueRead(long timeoutMs)
     {
         return E_ABORT;
     }
-    if (m_pStream != nullptr)
+    if (m_stream != nullptr)
     {
-        return m_pStream->Wait(timeoutMs);
+        return m_stream->Wait(timeoutMs);
     }
     return Rest().empty() ? S_FALSE : S_OK;
 }
@@ -306,7 +306,7 @@ HRESULT CBlockReader::NextElement(VARIANT& value)
     {
         return E_UNEXPECTED;
     }
-    if (m_pStream != nullptr && FAILED(m_pStream->Fill(m_elementSize)))
+    if (m_stream != nullptr && FAILED(m_stream->Fill(m_elementSize)))
     {
         return E_ABORT;
     }
@@ -394,12 +394,12 @@ HRESULT CBlockReader::GetNextScatteredArrays(unsigned long arrays,
 
 HRESULT CBlockReader::CollectStream()
 {
-    if (m_pStream->Rest() > static_cast<std::int64_t>(kLargestLent))
+    if (m_stream->Rest() > static_cast<std::int64_t>(kLargestLent))
     {
         return E_PENDING;
     }
-    const HRESULT result = m_pStream->Fill(kLargestLent);
-    return result == S_OK && !m_pStream->IsComplete() ? E_PENDING : result;
+    const HRESULT result = m_stream->Fill(kLargestLent);
+    return result == S_OK && !m_stream->IsComplete() ? E_PENDING : result;
 }
 
 HRESULT CBlockReader::Access(unsigned char** data, unsigned long* length)
@@ -415,7 +415,7 @@ HRESULT CBlockReader::Access(unsigned char** data, unsigned long* length)
     {
         return E_ABORT;
     }
-    if (m_pStream != nullptr)
+    if (m_stream != nullptr)
     {
         const HRESULT result = GuardedEntry([this] { return CollectStream(); });
         if (result != S_OK)

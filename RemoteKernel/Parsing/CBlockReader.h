@@ -51,7 +51,7 @@ private:
     /// Bytes that can be read without waiting.
     std::span<unsigned char> Rest() const noexcept
     {
-        return m_pStream != nullptr ? m_pStream->Window() : m_block.subspan(m_consumed);
+        return m_stream != nullptr ? m_stream->Window() : m_block.subspan(m_consumed);
     }
     void Consume(std::size_t count) noexcept;
     HRESULT NextElement(VARIANT& value);
@@ -59,7 +59,7 @@ private:
     HRESULT CollectStream();
     HRESULT CopyStream(IStream& target, unsigned long size, unsigned long& got);
 
-    CBlockStream* m_pStream = nullptr; ///< null: the block is in memory
+    CBlockStream* m_stream = nullptr; ///< null: the block is in memory
     std::span<unsigned char> m_block;
     std::size_t m_consumed = 0;
     bool m_valid = false;

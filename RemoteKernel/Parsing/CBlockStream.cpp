@@ -29,9 +29,9 @@ const char* SkipWhite(std::string_view text) noexcept
 
 void CBlockStream::Begin(std::int64_t length) noexcept
 {
-    m_state = tagState::Open;
-    m_bLengthKnown = length >= 0;
-    m_rest = m_bLengthKnown ? length : 0;
+    m_state = Progress::Open;
+    m_lengthKnown = length >= 0;
+    m_rest = m_lengthKnown ? length : 0;
     m_consumed = 0;
     m_pauseMs = m_stallMs;
     FindEnd(0);
@@ -41,13 +41,13 @@ void CBlockStream::Consume(std::size_t count) noexcept
 {
     m_input.Consume(count);
     m_consumed += static_cast<std::int64_t>(count);
-    m_rest -= m_bLengthKnown ? static_cast<std::int64_t>(count) : 0;
+    m_rest -= m_lengthKnown ? static_cast<std::int64_t>(count) : 0;
 }
 
 /// An indefinite block ends before a line feed; the bytes before `from` are known to hold none.
 void CBlockStream::FindEnd(std::size_t from) noexcept
 {
-    if (m_bLengthKnown || from == m_input.Size())
+    if (m_lengthKnown || from == m_input.Size())
     {
         return;
     }
@@ -56,9 +56,9 @@ void CBlockStream::FindEnd(std::size_t from) noexcept
         static_cast<const char*>(std::memchr(begin + from, '\n', m_input.Size() - from));
     if (lineFeed != nullptr)
     {
-        m_bLengthKnown = true;
+        m_lengthKnown = true;
         m_rest = lineFeed - begin;
-        m_state = tagState::Checked;
+        m_state = Progress::Checked;
     }
 }
 
@@ -68,15 +68,15 @@ HRESULT CBlockStream::Fill(std::size_t count)
     {
         static_cast<void>(FetchInput(kPiece, -1));
     }
-    const bool bReachesEnd = IsComplete() && WindowSize() <= count;
-    return bReachesEnd ? CheckFollower() : (HasFailed() ? E_ABORT : S_OK);
+    const bool reachesEnd = IsComplete() && WindowSize() <= count;
+    return reachesEnd ? CheckFollower() : (HasFailed() ? E_ABORT : S_OK);
 }
 
 HRESULT CBlockStream::Read(std::span<unsigned char> data, std::size_t& got)
 {
     got = 0;
-    const bool bHadEnded = m_bLengthKnown && m_rest == 0;
-    while (!HasFailed() && got < data.size() && !(m_bLengthKnown && m_rest == 0))
+    const bool hadEnded = m_lengthKnown && m_rest == 0;
+    while (!HasFailed() && got < data.size() && !(m_lengthKnown && m_rest == 0))
     {
         const std::span<unsigned char> target = data.subspan(got);
         const std::span<unsigned char> window = Window();
@@ -87,7 +87,7 @@ HRESULT CBlockStream::Read(std::span<unsigned char> data, std::size_t& got)
             Consume(count);
             got += count;
         }
-        else if (m_bLengthKnown && target.size() >= kSmallPiece)
+        else if (m_lengthKnown && target.size() >= kSmallPiece)
         {
             const auto wanted = std::min<std::uint64_t>(target.size(), static_cast<std::uint64_t>(m_rest));
             std::size_t received = 0;
@@ -106,7 +106,7 @@ HRESULT CBlockStream::Read(std::span<unsigned char> data, std::size_t& got)
     {
         return E_ABORT;
     }
-    return bHadEnded ? S_FALSE : S_OK;
+    return hadEnded ? S_FALSE : S_OK;
 }
 
 HRESULT CBlockStream::Wait(long timeoutMs)
@@ -164,23 +164,23 @@ HRESULT CBlockStream::Receive(std::span<char> space, long timeoutMs, std::size_t
 {
     const long limit = timeoutMs < 0 ? long{m_pauseMs} : timeoutMs;
     const auto wait = static_cast<int>(std::min<long>(limit, std::numeric_limits<int>::max()));
-    const tagReceived result = m_pSource->Receive(space, wait, m_cancelDescriptor);
-    received = result.iCount;
-    switch (result.eStatus)
+    const Received result = m_source->Receive(space, wait, m_cancelDescriptor);
+    received = result.count;
+    switch (result.status)
     {
-    case tagReceiveStatus::Received:
+    case ReceiveStatus::Received:
         return S_OK;
-    case tagReceiveStatus::TimedOut:
-        return timeoutMs < 0 ? Refuse(tagState::Stalled, kScpiTimeOutError, "Block data stopped") : E_PENDING;
+    case ReceiveStatus::TimedOut:
+        return timeoutMs < 0 ? Refuse(Progress::Stalled, kScpiTimeOutError, "Block data stopped") : E_PENDING;
     default:
-        m_state = tagState::Lost;
+        m_state = Progress::Lost;
         return E_ABORT;
     }
 }
 
 HRESULT CBlockStream::CheckFollower()
 {
-    while (m_state == tagState::Open)
+    while (m_state == Progress::Open)
     {
         const std::string_view behind = m_input.View().substr(static_cast<std::size_t>(m_rest));
         const auto* const follower = SkipWhite(behind);
@@ -192,18 +192,18 @@ HRESULT CBlockStream::CheckFollower()
         }
         else if (*follower == '\n' || *follower == ';')
         {
-            m_state = tagState::Checked;
+            m_state = Progress::Checked;
         }
         else
         {
             const short error = *follower == ',' ? kScpiParameterNotAllowed : SeparatorError(*follower);
-            return Refuse(tagState::Refused, error, "behind a block");
+            return Refuse(Progress::Refused, error, "behind a block");
         }
     }
     return HasFailed() ? E_ABORT : S_OK;
 }
 
-HRESULT CBlockStream::Refuse(tagState state, short error, const char* detail)
+HRESULT CBlockStream::Refuse(Progress state, short error, const char* detail)
 {
     m_state = state;
     m_errors.ReportError(error, detail);

@@ -23,7 +23,7 @@ class CBlockStream
 {
 public:
     /// How a block has ended.
-    enum class tagState
+    enum class Progress
     {
         Open,    ///< not yet
         Checked, ///< what follows it is sound
@@ -33,15 +33,15 @@ public:
     };
 
     /// @param input  the session's; outlives the stream, as the others do
-    /// @param pSource  null when no block is ever begun
+    /// @param source  null when no block is ever begun
     /// @param stallMs  longest wait for the next byte while the command runs
     CBlockStream(CByteBuffer& input,
-                 IByteSource* pSource,
+                 IByteSource* source,
                  int cancelDescriptor,
                  ICommandExecutor& errors,
                  int stallMs) noexcept
         : m_input(input),
-          m_pSource(pSource),
+          m_source(source),
           m_cancelDescriptor(cancelDescriptor),
           m_errors(errors),
           m_stallMs(stallMs)
@@ -80,21 +80,21 @@ public:
     /// The same when the command has ended: nobody waits for this client any more, so it may pause.
     HRESULT Finish();
 
-    tagState State() const noexcept { return m_state; }
+    Progress State() const noexcept { return m_state; }
     /// Bytes of the whole block, -1 when not known yet.
-    std::int64_t Length() const noexcept { return m_bLengthKnown ? m_consumed + m_rest : -1; }
+    std::int64_t Length() const noexcept { return m_lengthKnown ? m_consumed + m_rest : -1; }
     /// Bytes that have been taken.
     std::int64_t Consumed() const noexcept { return m_consumed; }
     /// Bytes that have not been taken, -1 when not known yet.
-    std::int64_t Rest() const noexcept { return m_bLengthKnown ? m_rest : -1; }
+    std::int64_t Rest() const noexcept { return m_lengthKnown ? m_rest : -1; }
     /// Tells whether the whole block has arrived.
     bool IsComplete() const noexcept
     {
-        return m_bLengthKnown && static_cast<std::int64_t>(m_input.Size()) >= m_rest;
+        return m_lengthKnown && static_cast<std::int64_t>(m_input.Size()) >= m_rest;
     }
 
 private:
-    bool HasFailed() const noexcept { return m_state > tagState::Checked; }
+    bool HasFailed() const noexcept { return m_state > Progress::Checked; }
     std::size_t WindowSize() const noexcept
     {
         return IsComplete() ? static_cast<std::size_t>(m_rest) : m_input.Size();
@@ -103,17 +103,17 @@ private:
     HRESULT FetchInput(std::size_t room, long timeoutMs);
     HRESULT Receive(std::span<char> space, long timeoutMs, std::size_t& received);
     HRESULT CheckFollower();
-    HRESULT Refuse(tagState state, short error, const char* detail);
+    HRESULT Refuse(Progress state, short error, const char* detail);
 
     CByteBuffer& m_input;
-    IByteSource* const m_pSource;
+    IByteSource* const m_source;
     const int m_cancelDescriptor;
     ICommandExecutor& m_errors;
     const int m_stallMs;
     int m_pauseMs = 0; ///< m_stallMs; -1: no limit
-    tagState m_state = tagState::Lost;
-    bool m_bLengthKnown = true;
-    std::int64_t m_rest = 0; ///< bytes not taken, when m_bLengthKnown
+    Progress m_state = Progress::Lost;
+    bool m_lengthKnown = true;
+    std::int64_t m_rest = 0; ///< bytes not taken, when m_lengthKnown
     std::int64_t m_consumed = 0;
 };
 

@@ -85,7 +85,7 @@ public:
     }
 
 private:
-    struct tagFree
+    struct Free
     {
         void operator()(char* memory) const noexcept { std::free(memory); }
     };
@@ -115,7 +115,7 @@ private:
         m_capacity = capacity;
     }
 
-    std::unique_ptr<char, tagFree> m_memory;
+    std::unique_ptr<char, Free> m_memory;
     std::size_t m_begin = 0;
     std::size_t m_end = 0;
     std::size_t m_capacity = 0;

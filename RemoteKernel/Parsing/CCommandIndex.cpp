@@ -7,12 +7,12 @@
 namespace ZoVelkor::RemoteKernel
 {
 
-CCommandIndex::CCommandIndex(std::span<const tagCommandSource> sources)
+CCommandIndex::CCommandIndex(std::span<const CommandSource> sources)
 {
     CCommandIndexBuilder builder(*this);
-    for (const tagCommandSource& source : sources)
+    for (const CommandSource& source : sources)
     {
-        if (ValidateCommandTable(source.pRecords, source.iCount).empty())
+        if (ValidateCommandTable(source.records, source.count).empty())
         {
             builder.AddSource(source);
         }
@@ -22,21 +22,21 @@ CCommandIndex::CCommandIndex(std::span<const tagCommandSource> sources)
 
 CCommandIndex::~CCommandIndex() = default;
 
-bool CCommandIndex::IsInFurtherRange(const tagSuffixSlot& slot, long suffix) const noexcept
+bool CCommandIndex::IsInFurtherRange(const SuffixSlot& slot, long suffix) const noexcept
 {
-    const auto further = std::span(m_suffixRanges).subspan(slot.iFurther, slot.iFurtherCount);
-    return std::any_of(further.begin(), further.end(), [suffix](const tagSuffixRange& range) {
-        return suffix >= range.iLow && suffix <= range.iHigh;
+    const auto further = std::span(m_suffixRanges).subspan(slot.further, slot.furtherCount);
+    return std::any_of(further.begin(), further.end(), [suffix](const SuffixRange& range) {
+        return suffix >= range.low && suffix <= range.high;
     });
 }
 
-const std::int32_t* CCommandIndex::FindMnemonic(std::uint32_t list, const tagMnemonicKey& word) const noexcept
+const std::int32_t* CCommandIndex::FindMnemonic(std::uint32_t list, const MnemonicKey& word) const noexcept
 {
     const std::uint32_t found = Lookup(list, word);
     return found == kNone ? nullptr : &m_mnemonics[found];
 }
 
-const tagUnit* CCommandIndex::FindUnit(std::uint32_t list, const tagMnemonicKey& unit) const noexcept
+const Unit* CCommandIndex::FindUnit(std::uint32_t list, const MnemonicKey& unit) const noexcept
 {
     const std::uint32_t found = Lookup(list, unit);
     return found == kNone ? nullptr : &m_units[found];
@@ -44,19 +44,19 @@ const tagUnit* CCommandIndex::FindUnit(std::uint32_t list, const tagMnemonicKey&
 
 std::uint32_t CCommandIndex::Match(std::uint32_t node,
                                    const char* text,
-                                   const tagMnemonic& mnemonic,
+                                   const Mnemonic& mnemonic,
                                    std::size_t& keywordLength) const noexcept
 {
-    std::size_t stem = mnemonic.iLength;
+    std::size_t stem = mnemonic.length;
     while (stem > 0 && text[stem - 1] >= '0' && text[stem - 1] <= '9')
     {
         --stem;
     }
     // Only where a keyword ends in a digit by itself can the digits belong to it, all or some of them.
-    for (std::size_t length = m_nodes[node].bDigitKeywords ? mnemonic.iLength : stem;; --length)
+    for (std::size_t length = m_nodes[node].digitKeywords ? mnemonic.length : stem;; --length)
     {
         const std::uint32_t child = Lookup(node, CutMnemonic(mnemonic.key, length));
-        if (child != kNone && (length == mnemonic.iLength || m_nodes[child].bTakesSuffix))
+        if (child != kNone && (length == mnemonic.length || m_nodes[child].takesSuffix))
         {
             keywordLength = length;
             return child;
@@ -68,7 +68,7 @@ std::uint32_t CCommandIndex::Match(std::uint32_t node,
     }
 }
 
-const tagCommandEntry* CCommandIndex::Find(std::string_view header) const noexcept
+const CommandEntry* CCommandIndex::Find(std::string_view header) const noexcept
 {
     const bool isQuery = header.ends_with('?');
     header.remove_suffix(isQuery ? 1 : 0);
@@ -76,10 +76,10 @@ const tagCommandEntry* CCommandIndex::Find(std::string_view header) const noexce
     header.remove_prefix(header.starts_with('*') || header.starts_with(':') ? 1 : 0);
     while (node != kNone)
     {
-        const tagMnemonic mnemonic = ReadMnemonic(header.data(), header.data() + header.size());
+        const Mnemonic mnemonic = ReadMnemonic(header.data(), header.data() + header.size());
         std::size_t keywordLength = 0;
         node = Match(node, header.data(), mnemonic, keywordLength);
-        header.remove_prefix(mnemonic.iLength);
+        header.remove_prefix(mnemonic.length);
         if (header.empty())
         {
             break;
@@ -94,10 +94,10 @@ const tagCommandEntry* CCommandIndex::Find(std::string_view header) const noexce
     {
         return nullptr;
     }
-    std::uint32_t entry = isQuery ? m_nodes[node].iQueryEntry : m_nodes[node].iSettingEntry;
+    std::uint32_t entry = isQuery ? m_nodes[node].queryEntry : m_nodes[node].settingEntry;
     if (!isQuery && entry == kNone)
     {
-        entry = m_nodes[node].iQueryEntry;
+        entry = m_nodes[node].queryEntry;
     }
     return entry == kNone ? nullptr : &m_entries[entry];
 }

@@ -22,8 +22,8 @@ constexpr std::uint32_t kAcceptingBits = kNumericBits | ARG_BLOCK | ARG_STRG | A
                                          ARG_MINMAX | ARG_DEFAULT | ARG_UPDOWN | ARG_OFF | ARG_KEEP;
 constexpr std::uint32_t kAnyKind = kNumericBits | ARG_BLOCK | ARG_STRG | ARG_EXPR;
 
-constexpr tagSuffixSlot kAnySuffix{0, std::numeric_limits<std::int32_t>::max(), 0, 0, true};
-constexpr tagSuffixSlot kEmptySuffix{1, 0, 0, 0, true};
+constexpr SuffixSlot kAnySuffix{0, std::numeric_limits<std::int32_t>::max(), 0, 0, true};
+constexpr SuffixSlot kEmptySuffix{1, 0, 0, 0, true};
 
 bool IsDigit(char c)
 {
@@ -74,12 +74,11 @@ bool Contains(const TRange& range, std::string_view text)
 /// Tells whether a unit of a table is itself a multiple of a well-known one.
 bool IsMultiple(std::string_view unit)
 {
-    return std::any_of(std::begin(kUnitMultipliers),
-                       std::end(kUnitMultipliers),
-                       [unit](const tagUnitMultiplier& multiplier) {
-                           return unit.starts_with(multiplier.svText) &&
-                                  Contains(kBaseUnits, unit.substr(multiplier.svText.size()));
-                       });
+    return std::any_of(
+        std::begin(kUnitMultipliers), std::end(kUnitMultipliers), [unit](const UnitMultiplier& multiplier) {
+            return unit.starts_with(multiplier.text) &&
+                   Contains(kBaseUnits, unit.substr(multiplier.text.size()));
+        });
 }
 
 bool TakesMultipliers(std::string_view unit)
@@ -103,10 +102,10 @@ std::uint32_t QueryType(std::uint32_t type, bool hasMnemonics)
 CCommandIndexBuilder::CCommandIndexBuilder(CCommandIndex& index) : m_index(index), m_tree(2)
 {}
 
-void CCommandIndexBuilder::AddSource(const tagCommandSource& source)
+void CCommandIndexBuilder::AddSource(const CommandSource& source)
 {
-    const tagTableRoots roots = FindTableRoots(source.pRecords, source.iCount);
-    m_index.m_owners.push_back(source.spOwner);
+    const tagTableRoots roots = FindTableRoots(source.records, source.count);
+    m_index.m_owners.push_back(source.owner);
     CompileExpressions(source);
     if (roots.iCommon != tagTableRoots::kNone)
     {
@@ -118,16 +117,16 @@ void CCommandIndexBuilder::AddSource(const tagCommandSource& source)
     }
 }
 
-void CCommandIndexBuilder::CompileExpressions(const tagCommandSource& source)
+void CCommandIndexBuilder::CompileExpressions(const CommandSource& source)
 {
     m_expressions.clear();
-    for (const tagSuffixExpression& expression : FindSuffixExpressions(source.pRecords, source.iCount))
+    for (const tagSuffixExpression& expression : FindSuffixExpressions(source.records, source.count))
     {
         m_expressions.try_emplace(expression.iHeader, CompileExpression(expression.expression));
     }
 }
 
-tagSuffixSlot CCommandIndexBuilder::CompileExpression(std::string_view text)
+SuffixSlot CCommandIndexBuilder::CompileExpression(std::string_view text)
 {
     CNumericSuffixExpression expression;
     long position = 0;
@@ -135,25 +134,25 @@ tagSuffixSlot CCommandIndexBuilder::CompileExpression(std::string_view text)
     expression.SetExpression(std::string(text), false, position, error);
     expression.Normalise();
     const CNumericSuffixExpression::RangeList& ranges = expression.GetRanges();
-    tagSuffixSlot slot = kEmptySuffix;
+    SuffixSlot slot = kEmptySuffix;
     if (!ranges.empty())
     {
-        slot.iLow = static_cast<std::int32_t>(ranges.front().first);
-        slot.iHigh = static_cast<std::int32_t>(ranges.front().second);
-        slot.iFurther = static_cast<std::uint32_t>(m_index.m_suffixRanges.size());
-        slot.iFurtherCount = static_cast<std::uint16_t>(ranges.size() - 1);
+        slot.low = static_cast<std::int32_t>(ranges.front().first);
+        slot.high = static_cast<std::int32_t>(ranges.front().second);
+        slot.further = static_cast<std::uint32_t>(m_index.m_suffixRanges.size());
+        slot.furtherCount = static_cast<std::uint16_t>(ranges.size() - 1);
         std::transform(std::next(ranges.begin()),
                        ranges.end(),
                        std::back_inserter(m_index.m_suffixRanges),
                        [](const auto& range) {
-                           return CCommandIndex::tagSuffixRange{static_cast<std::int32_t>(range.first),
-                                                                static_cast<std::int32_t>(range.second)};
+                           return CCommandIndex::SuffixRange{static_cast<std::int32_t>(range.first),
+                                                             static_cast<std::int32_t>(range.second)};
                        });
     }
     return slot;
 }
 
-tagSuffixSlot CCommandIndexBuilder::SlotOf(std::size_t record, const _CS_HDR& header) const
+SuffixSlot CCommandIndexBuilder::SlotOf(std::size_t record, const _CS_HDR& header) const
 {
     if ((header.iFollow & NSUFF) == 0)
     {
@@ -163,29 +162,29 @@ tagSuffixSlot CCommandIndexBuilder::SlotOf(std::size_t record, const _CS_HDR& he
     return expression != m_expressions.end() ? expression->second : kAnySuffix;
 }
 
-void CCommandIndexBuilder::MergeGroup(const tagWalk& walk, std::size_t start)
+void CCommandIndexBuilder::MergeGroup(const Walk& walk, std::size_t start)
 {
-    const _CMD_SET_RECORD* const table = walk.pSource->pRecords;
+    const _CMD_SET_RECORD* const table = walk.source->records;
     const std::size_t end = start + table[start].hdr.iLength;
     for (std::size_t record = start; record < end; ++record)
     {
         const _CS_HDR& header = table[record].hdr;
         const std::string_view keyword = header.szKeyword;
-        tagWalk below = walk;
-        below.iNode = MergeNode(walk, header);
+        Walk below = walk;
+        below.node = MergeNode(walk, header);
         if ((header.iFollow & CCMD) != 0)
         {
-            below.sPath += keyword;
+            below.path += keyword;
         }
         else
         {
-            below.sPath += keyword.starts_with('[') ? "[:" : ":";
-            below.sPath += keyword.starts_with('[') ? keyword.substr(1) : keyword;
+            below.path += keyword.starts_with('[') ? "[:" : ":";
+            below.path += keyword.starts_with('[') ? keyword.substr(1) : keyword;
         }
         below.slots.push_back(SlotOf(record, header));
         if (header.iNodataMode != DEF || header.iDataMode != DEF)
         {
-            DefineEntry(below, below.iNode, header);
+            DefineEntry(below, below.node, header);
         }
         if (header.iSubStart != 0)
         {
@@ -194,60 +193,60 @@ void CCommandIndexBuilder::MergeGroup(const tagWalk& walk, std::size_t start)
     }
 }
 
-std::uint32_t CCommandIndexBuilder::MergeNode(const tagWalk& walk, const _CS_HDR& header)
+std::uint32_t CCommandIndexBuilder::MergeNode(const Walk& walk, const _CS_HDR& header)
 {
     const std::string keyword = WithoutBrackets(header.szKeyword);
     std::string longForm = CScpiToken::ScpiToken2LongForm(keyword);
     const auto [place, isNew] =
-        m_children.try_emplace({walk.iNode, longForm}, static_cast<std::uint32_t>(m_tree.size()));
+        m_children.try_emplace({walk.node, longForm}, static_cast<std::uint32_t>(m_tree.size()));
     if (isNew)
     {
-        tagTreeNode node;
-        node.sLong = std::move(longForm);
-        node.sShort = ShortForm(keyword);
-        node.iParent = walk.iNode;
+        TreeNode node;
+        node.longForm = std::move(longForm);
+        node.shortForm = ShortForm(keyword);
+        node.parent = walk.node;
         m_tree.push_back(std::move(node));
-        m_tree[walk.iNode].children.push_back(place->second);
+        m_tree[walk.node].children.push_back(place->second);
     }
-    tagTreeNode& node = m_tree[place->second];
-    node.bOptional = node.bOptional || header.szKeyword[0] == '[';
-    node.bTakesSuffix = node.bTakesSuffix || (header.iFollow & NSUFF) != 0;
+    TreeNode& node = m_tree[place->second];
+    node.optional = node.optional || header.szKeyword[0] == '[';
+    node.takesSuffix = node.takesSuffix || (header.iFollow & NSUFF) != 0;
     return place->second;
 }
 
-void CCommandIndexBuilder::DefineEntry(const tagWalk& walk, std::uint32_t node, const _CS_HDR& header)
+void CCommandIndexBuilder::DefineEntry(const Walk& walk, std::uint32_t node, const _CS_HDR& header)
 {
-    tagTreeNode& treeNode = m_tree[node];
-    if (treeNode.iEntry == CCommandIndex::kNone)
+    TreeNode& treeNode = m_tree[node];
+    if (treeNode.entry == CCommandIndex::kNone)
     {
-        treeNode.iEntry = static_cast<std::uint32_t>(m_index.m_entries.size());
+        treeNode.entry = static_cast<std::uint32_t>(m_index.m_entries.size());
         m_index.m_entries.emplace_back();
         m_entrySlots.emplace_back();
-        m_index.m_entries.back().bsHeader = CComBSTR(LongHeader(node).c_str());
+        m_index.m_entries.back().headerText = CComBSTR(LongHeader(node).c_str());
     }
-    tagCommandEntry& entry = m_index.m_entries[treeNode.iEntry];
-    entry.pApplication = walk.pSource->spOwner.get();
-    entry.iNodataMode = header.iNodataMode;
-    entry.iDataMode = header.iDataMode;
-    entry.iFlags = header.iFollow;
-    entry.sSyntaxPath = walk.sPath;
-    entry.pTable = walk.pSource->pRecords;
-    entry.pRecord = &header;
-    m_entrySlots[treeNode.iEntry] = walk.slots;
+    CommandEntry& entry = m_index.m_entries[treeNode.entry];
+    entry.application = walk.source->owner.get();
+    entry.nodataMode = header.iNodataMode;
+    entry.dataMode = header.iDataMode;
+    entry.flags = header.iFollow;
+    entry.syntaxPath = walk.path;
+    entry.pTable = walk.source->records;
+    entry.record = &header;
+    m_entrySlots[treeNode.entry] = walk.slots;
 }
 
 std::string CCommandIndexBuilder::LongHeader(std::uint32_t node) const
 {
-    const tagTreeNode& treeNode = m_tree[node];
-    if (treeNode.iParent == CCommandIndex::kRootNode)
+    const TreeNode& treeNode = m_tree[node];
+    if (treeNode.parent == CCommandIndex::kRootNode)
     {
-        return treeNode.sLong;
+        return treeNode.longForm;
     }
-    if (treeNode.iParent == CCommandIndex::kCommonNode)
+    if (treeNode.parent == CCommandIndex::kCommonNode)
     {
-        return "*" + treeNode.sLong;
+        return "*" + treeNode.longForm;
     }
-    return LongHeader(treeNode.iParent) + ":" + treeNode.sLong;
+    return LongHeader(treeNode.parent) + ":" + treeNode.longForm;
 }
 
 void CCommandIndexBuilder::Finish()
@@ -257,7 +256,7 @@ void CCommandIndexBuilder::Finish()
     // Lists of words and units share the edge table with the nodes; their numbers follow those of the nodes.
     m_nextList = static_cast<std::uint32_t>(m_tree.size());
     AddNodeEdges();
-    for (tagCommandEntry& entry : m_index.m_entries)
+    for (CommandEntry& entry : m_index.m_entries)
     {
         CompileParameters(entry);
     }
@@ -269,39 +268,39 @@ void CCommandIndexBuilder::FinishNodes()
     m_index.m_nodes.resize(m_tree.size());
     for (std::uint32_t i = 0; i < m_tree.size(); ++i)
     {
-        const tagTreeNode& source = m_tree[i];
+        const TreeNode& source = m_tree[i];
         const unsigned int above =
-            source.iParent == CCommandIndex::kNone ? 0U : m_index.m_nodes[source.iParent].iSlotCount;
+            source.parent == CCommandIndex::kNone ? 0U : m_index.m_nodes[source.parent].slotCount;
         m_index.m_nodes[i] = {CCommandIndex::kNone,
                               CCommandIndex::kNone,
-                              static_cast<std::uint16_t>(above + (source.bTakesSuffix ? 1U : 0U)),
-                              source.bTakesSuffix,
+                              static_cast<std::uint16_t>(above + (source.takesSuffix ? 1U : 0U)),
+                              source.takesSuffix,
                               false};
     }
     // Children follow their parents in the list, so that walking backwards finds their entries ready.
     for (std::uint32_t i = static_cast<std::uint32_t>(m_tree.size()); i-- > 0;)
     {
-        m_index.m_nodes[i].iSettingEntry = EntryFor(i, false);
-        m_index.m_nodes[i].iQueryEntry = EntryFor(i, true);
+        m_index.m_nodes[i].settingEntry = EntryFor(i, false);
+        m_index.m_nodes[i].queryEntry = EntryFor(i, true);
     }
 }
 
 std::uint32_t CCommandIndexBuilder::EntryFor(std::uint32_t node, bool query) const
 {
-    const tagTreeNode& treeNode = m_tree[node];
-    if (treeNode.iEntry != CCommandIndex::kNone)
+    const TreeNode& treeNode = m_tree[node];
+    if (treeNode.entry != CCommandIndex::kNone)
     {
-        const tagCommandEntry& entry = m_index.m_entries[treeNode.iEntry];
+        const CommandEntry& entry = m_index.m_entries[treeNode.entry];
         if (query ? entry.HasQuery() : entry.HasSetting())
         {
-            return treeNode.iEntry;
+            return treeNode.entry;
         }
     }
     for (const std::uint32_t child : treeNode.children)
     {
-        const tagCommandNode& below = m_index.m_nodes[child];
-        const std::uint32_t entry = query ? below.iQueryEntry : below.iSettingEntry;
-        if (m_tree[child].bOptional && entry != CCommandIndex::kNone)
+        const CommandNode& below = m_index.m_nodes[child];
+        const std::uint32_t entry = query ? below.queryEntry : below.settingEntry;
+        if (m_tree[child].optional && entry != CCommandIndex::kNone)
         {
             return entry;
         }
@@ -313,62 +312,61 @@ void CCommandIndexBuilder::FinishSuffixSlots()
 {
     for (std::uint32_t node = 0; node < m_tree.size(); ++node)
     {
-        if (m_tree[node].iEntry == CCommandIndex::kNone)
+        if (m_tree[node].entry == CCommandIndex::kNone)
         {
             continue;
         }
         std::vector<std::uint32_t> path;
-        for (std::uint32_t i = node; m_tree[i].iParent != CCommandIndex::kNone; i = m_tree[i].iParent)
+        for (std::uint32_t i = node; m_tree[i].parent != CCommandIndex::kNone; i = m_tree[i].parent)
         {
             path.insert(path.begin(), i);
         }
-        tagCommandEntry& entry = m_index.m_entries[m_tree[node].iEntry];
-        entry.iFirstSlot = static_cast<std::uint32_t>(m_index.m_suffixSlots.size());
+        CommandEntry& entry = m_index.m_entries[m_tree[node].entry];
+        entry.firstSlot = static_cast<std::uint32_t>(m_index.m_suffixSlots.size());
         for (std::size_t level = 0; level < path.size(); ++level)
         {
-            if (m_tree[path[level]].bTakesSuffix)
+            if (m_tree[path[level]].takesSuffix)
             {
-                m_index.m_suffixSlots.push_back(m_entrySlots[m_tree[node].iEntry][level]);
-                ++entry.iSlotCount;
+                m_index.m_suffixSlots.push_back(m_entrySlots[m_tree[node].entry][level]);
+                ++entry.slotCount;
             }
         }
     }
 }
 
-void CCommandIndexBuilder::CompileParameters(tagCommandEntry& entry)
+void CCommandIndexBuilder::CompileParameters(CommandEntry& entry)
 {
-    entry.iFirstParameter = static_cast<std::uint32_t>(m_index.m_parameters.size());
-    std::uint32_t record = entry.pRecord->iDatatype;
+    entry.firstParameter = static_cast<std::uint32_t>(m_index.m_parameters.size());
+    std::uint32_t record = entry.record->iDatatype;
     while (record != 0)
     {
         const _CS_PAR& parameter = entry.pTable[record].par;
         m_index.m_parameters.push_back(CompileParameter(entry.pTable, parameter));
-        ++entry.iParameterCount;
+        ++entry.parameterCount;
         if ((parameter.iExponent & ARG_FLAG_OPT) == 0)
         {
-            entry.iRequiredCount = entry.iParameterCount;
+            entry.requiredCount = entry.parameterCount;
         }
         record = parameter.iNextPar > record ? parameter.iNextPar : 0;
     }
 }
 
-tagParameterSpec CCommandIndexBuilder::CompileParameter(const _CMD_SET_RECORD* table,
-                                                        const _CS_PAR& parameter)
+ParameterSpec CCommandIndexBuilder::CompileParameter(const _CMD_SET_RECORD* table, const _CS_PAR& parameter)
 {
-    tagParameterSpec spec;
-    spec.iType = (parameter.iType & kAcceptingBits) != 0 ? parameter.iType : kAnyKind;
-    spec.iFlags = parameter.iExponent;
+    ParameterSpec spec;
+    spec.type = (parameter.iType & kAcceptingBits) != 0 ? parameter.iType : kAnyKind;
+    spec.flags = parameter.iExponent;
     if ((parameter.iType & MNEM) != 0 && parameter.iKeywords != 0)
     {
         const std::uint32_t count =
             parameter.iCount != 0 ? parameter.iCount : table[parameter.iKeywords].chr.iLength;
-        spec.iMnemonicList = CompileMnemonics(table, parameter.iKeywords, count);
+        spec.mnemonicList = CompileMnemonics(table, parameter.iKeywords, count);
     }
     if (parameter.iSuffixList != 0)
     {
-        spec.iUnitList = CompileUnits(table, parameter.iSuffixList);
+        spec.unitList = CompileUnits(table, parameter.iSuffixList);
     }
-    spec.iQueryType = QueryType(spec.iType, spec.iMnemonicList != 0);
+    spec.queryType = QueryType(spec.type, spec.mnemonicList != 0);
     return spec;
 }
 
@@ -423,25 +421,25 @@ std::uint32_t CCommandIndexBuilder::CompileUnits(const _CMD_SET_RECORD* table, s
 void CCommandIndexBuilder::AddUnit(
     std::uint32_t list, const std::string& key, const std::string& unit, std::uint32_t value, int exponent)
 {
-    tagUnit record{};
+    Unit record{};
     std::memcpy(record.szText, unit.data(), unit.size());
-    record.iTextLength = static_cast<std::uint32_t>(unit.size());
-    record.iEnum = static_cast<std::int32_t>(value);
-    record.iExponent = exponent;
+    record.textLength = static_cast<std::uint32_t>(unit.size());
+    record.enumeration = static_cast<std::int32_t>(value);
+    record.exponent = exponent;
     m_edges.push_back({list, static_cast<std::uint32_t>(m_index.m_units.size()), key});
     m_index.m_units.push_back(record);
 }
 
 void CCommandIndexBuilder::AddMultiples(std::uint32_t list, const std::string& unit, std::uint32_t value)
 {
-    for (const tagUnitMultiplier& multiplier : kUnitMultipliers)
+    for (const UnitMultiplier& multiplier : kUnitMultipliers)
     {
-        const bool isMega = multiplier.svText == "M" && Contains(kMegaUnits, unit);
+        const bool isMega = multiplier.text == "M" && Contains(kMegaUnits, unit);
         AddUnit(list,
-                std::string(multiplier.svText) + unit,
+                std::string(multiplier.text) + unit,
                 unit,
                 value,
-                isMega ? kMegaExponent : multiplier.iExponent);
+                isMega ? kMegaExponent : multiplier.exponent);
     }
 }
 
@@ -459,12 +457,12 @@ void CCommandIndexBuilder::AddChildEdges(std::uint32_t owner, std::uint32_t pare
     const std::vector<std::uint32_t>& children = m_tree[parent].children;
     for (const std::uint32_t child : children)
     {
-        m_edges.push_back({owner, child, m_tree[child].sLong});
-        m_index.m_nodes[owner].bDigitKeywords |= EndsInDigit(m_tree[child].sLong);
+        m_edges.push_back({owner, child, m_tree[child].longForm});
+        m_index.m_nodes[owner].digitKeywords |= EndsInDigit(m_tree[child].longForm);
     }
     for (const std::uint32_t child : children)
     {
-        m_edges.push_back({owner, child, m_tree[child].sShort});
+        m_edges.push_back({owner, child, m_tree[child].shortForm});
     }
 }
 
@@ -472,7 +470,7 @@ void CCommandIndexBuilder::AddOptionalEdges(std::uint32_t owner, std::uint32_t p
 {
     for (const std::uint32_t child : m_tree[parent].children)
     {
-        if (m_tree[child].bOptional)
+        if (m_tree[child].optional)
         {
             AddChildEdges(owner, child);
             AddOptionalEdges(owner, child);
@@ -485,22 +483,22 @@ void CCommandIndexBuilder::FillEdgeTable()
     const std::size_t size = std::bit_ceil(2 * m_edges.size() + 1);
     m_index.m_edges.resize(size);
     m_index.m_edgeMask = size - 1;
-    for (const tagPendingEdge& edge : m_edges)
+    for (const PendingEdge& edge : m_edges)
     {
-        const tagMnemonic key =
-            ReadMnemonic(edge.sKey.data(), edge.sKey.data() + edge.sKey.size(), kTableCharacters);
-        const bool canBeSent = key.iLength == edge.sKey.size() && key.iLength != 0;
-        if (!canBeSent || key.iLength > tagMnemonicKey::kCapacity ||
-            m_index.Lookup(edge.iOwner, key.key) != CCommandIndex::kNone)
+        const Mnemonic key =
+            ReadMnemonic(edge.key.data(), edge.key.data() + edge.key.size(), kTableCharacters);
+        const bool canBeSent = key.length == edge.key.size() && key.length != 0;
+        if (!canBeSent || key.length > MnemonicKey::kCapacity ||
+            m_index.Lookup(edge.owner, key.key) != CCommandIndex::kNone)
         {
             continue;
         }
-        std::size_t place = m_index.Place(edge.iOwner, key.key);
-        while (m_index.m_edges[place].iOwner != CCommandIndex::kNone)
+        std::size_t place = m_index.Place(edge.owner, key.key);
+        while (m_index.m_edges[place].owner != CCommandIndex::kNone)
         {
             place = (place + 1) & m_index.m_edgeMask;
         }
-        m_index.m_edges[place] = {key.key, edge.iOwner, edge.iTarget};
+        m_index.m_edges[place] = {key.key, edge.owner, edge.target};
     }
 }
 

@@ -22,15 +22,15 @@ const char* FindByte(const char* begin, std::size_t length, char byte) noexcept
 }
 } // namespace
 
-tagFrame CMessageFramer::Scan(std::span<const char> buffer) noexcept
+Frame CMessageFramer::Scan(std::span<const char> buffer) noexcept
 {
-    tagFrame frame;
-    tagStep step = tagStep::Continue;
-    while (step == tagStep::Continue)
+    Frame frame;
+    Step step = Step::Continue;
+    while (step == Step::Continue)
     {
-        step = m_bIndefinite ? ScanIndefinite(buffer, frame) : ScanText(buffer, frame);
+        step = m_indefinite ? ScanIndefinite(buffer, frame) : ScanText(buffer, frame);
     }
-    if (m_bSkips)
+    if (m_skips)
     {
         DropScanned(buffer, frame);
     }
@@ -39,29 +39,29 @@ tagFrame CMessageFramer::Scan(std::span<const char> buffer) noexcept
 
 void CMessageFramer::Reset() noexcept
 {
-    *this = CMessageFramer(m_limits, m_bStreams);
+    *this = CMessageFramer(m_limits, m_streams);
 }
 
 void CMessageFramer::Hold() noexcept
 {
     Reset();
-    m_bHolds = true;
+    m_holds = true;
 }
 
 void CMessageFramer::Skip(std::int64_t blockRest) noexcept
 {
     Reset();
-    m_bSkips = true;
-    m_bIndefinite = blockRest < 0;
-    m_scanned = m_lexed = m_blockEnd = m_bIndefinite ? 0 : static_cast<std::size_t>(blockRest);
+    m_skips = true;
+    m_indefinite = blockRest < 0;
+    m_scanned = m_lexed = m_blockEnd = m_indefinite ? 0 : static_cast<std::size_t>(blockRest);
 }
 
-CMessageFramer::tagStep CMessageFramer::ScanText(std::span<const char> buffer, tagFrame& frame) noexcept
+CMessageFramer::Step CMessageFramer::ScanText(std::span<const char> buffer, Frame& frame) noexcept
 {
     if (m_scanned >= buffer.size())
     {
-        frame.iBytesNeeded = m_scanned - buffer.size() + 1;
-        return tagStep::Done;
+        frame.bytesNeeded = m_scanned - buffer.size() + 1;
+        return Step::Done;
     }
     const char* const begin = buffer.data() + m_scanned;
     const std::size_t stretch = std::min(kStretch, buffer.size() - m_scanned);
@@ -69,10 +69,10 @@ CMessageFramer::tagStep CMessageFramer::ScanText(std::span<const char> buffer, t
     const std::size_t textLength = lineFeed != nullptr ? static_cast<std::size_t>(lineFeed - begin) : stretch;
     const char* const hash = FindByte(begin, textLength, '#');
     m_scanned += hash != nullptr ? static_cast<std::size_t>(hash - begin) : textLength;
-    if (!m_bSkips && m_scanned - m_blockBytes > m_limits.iMaxText)
+    if (!m_skips && m_scanned - m_blockBytes > m_limits.maxText)
     {
         Fail(kScpiInputBufferOverrun, frame);
-        return tagStep::Done;
+        return Step::Done;
     }
     if (hash != nullptr)
     {
@@ -81,70 +81,70 @@ CMessageFramer::tagStep CMessageFramer::ScanText(std::span<const char> buffer, t
     if (lineFeed != nullptr)
     {
         FinishMessage(m_scanned, frame);
-        return tagStep::Done;
+        return Step::Done;
     }
-    return tagStep::Continue;
+    return Step::Continue;
 }
 
-CMessageFramer::tagStep CMessageFramer::ScanHash(std::span<const char> buffer, tagFrame& frame) noexcept
+CMessageFramer::Step CMessageFramer::ScanHash(std::span<const char> buffer, Frame& frame) noexcept
 {
     const std::size_t hash = m_scanned;
     if (!IsElementStart(buffer, hash))
     {
         m_scanned = hash + 1;
-        return tagStep::Continue;
+        return Step::Continue;
     }
     if (hash + 1 == buffer.size())
     {
-        return tagStep::Done;
+        return Step::Done;
     }
-    const tagBlockHeader header = ReadBlockHeader({buffer.data() + hash, buffer.size() - hash});
-    switch (header.iResult)
+    const BlockHeader header = ReadBlockHeader({buffer.data() + hash, buffer.size() - hash});
+    switch (header.result)
     {
     case CBScpiBlockData::HeaderIncomplete:
-        return tagStep::Done;
+        return Step::Done;
     case CBScpiBlockData::HeaderInvalid:
         m_scanned = hash + 1;
-        return tagStep::Continue;
+        return Step::Continue;
     default:
         break;
     }
     const std::size_t dataBegin = hash + header.iSize;
-    if (header.iLength >= 0)
+    if (header.length >= 0)
     {
-        return EnterBlock(dataBegin, static_cast<std::size_t>(header.iLength), frame);
+        return EnterBlock(dataBegin, static_cast<std::size_t>(header.length), frame);
     }
-    m_bIndefinite = true;
+    m_indefinite = true;
     m_scanned = m_blockBegin = dataBegin;
-    return tagStep::Continue;
+    return Step::Continue;
 }
 
 bool CMessageFramer::IsStreamed(std::size_t blockBytes) const noexcept
 {
-    return m_bStreams && !m_bHolds && !m_bSkips && blockBytes > m_limits.iMaxHeld;
+    return m_streams && !m_holds && !m_skips && blockBytes > m_limits.maxHeld;
 }
 
-CMessageFramer::tagStep
-CMessageFramer::EnterBlock(std::size_t dataBegin, std::size_t length, tagFrame& frame) noexcept
+CMessageFramer::Step
+CMessageFramer::EnterBlock(std::size_t dataBegin, std::size_t length, Frame& frame) noexcept
 {
     if (IsStreamed(m_blockBytes + length))
     {
         LeaveBlock(dataBegin, static_cast<std::int64_t>(length), frame);
-        return tagStep::Done;
+        return Step::Done;
     }
-    const bool bTooMuch = !m_bSkips && m_blockBytes + length > m_limits.iMaxBlock;
+    const bool tooMuch = !m_skips && m_blockBytes + length > m_limits.maxBlock;
     m_blockBytes += length;
     m_scanned = dataBegin + length;
     m_lexed = m_blockEnd = m_scanned;
-    if (bTooMuch)
+    if (tooMuch)
     {
         Fail(kScpiTooMuchData, frame);
-        return tagStep::Done;
+        return Step::Done;
     }
-    return tagStep::Continue;
+    return Step::Continue;
 }
 
-CMessageFramer::tagStep CMessageFramer::ScanIndefinite(std::span<const char> buffer, tagFrame& frame) noexcept
+CMessageFramer::Step CMessageFramer::ScanIndefinite(std::span<const char> buffer, Frame& frame) noexcept
 {
     const std::size_t available = buffer.size() - m_scanned;
     const char* const begin = buffer.data() + m_scanned;
@@ -155,9 +155,9 @@ CMessageFramer::tagStep CMessageFramer::ScanIndefinite(std::span<const char> buf
     if (IsStreamed(m_blockBytes))
     {
         LeaveBlock(m_blockBegin, -1, frame);
-        return tagStep::Done;
+        return Step::Done;
     }
-    if (!m_bSkips && m_blockBytes > m_limits.iMaxBlock)
+    if (!m_skips && m_blockBytes > m_limits.maxBlock)
     {
         Fail(kScpiTooMuchData, frame);
     }
@@ -165,7 +165,7 @@ CMessageFramer::tagStep CMessageFramer::ScanIndefinite(std::span<const char> buf
     {
         FinishMessage(m_scanned, frame);
     }
-    return tagStep::Done;
+    return Step::Done;
 }
 
 bool CMessageFramer::IsElementStart(std::span<const char> buffer, std::size_t hash) noexcept
@@ -190,34 +190,34 @@ void CMessageFramer::FollowQuotes(std::span<const char> buffer, std::size_t end)
     }
 }
 
-void CMessageFramer::FinishMessage(std::size_t lineFeed, tagFrame& frame) noexcept
+void CMessageFramer::FinishMessage(std::size_t lineFeed, Frame& frame) noexcept
 {
-    frame.eStatus = m_bSkips ? tagFrameStatus::Dropped : tagFrameStatus::Message;
+    frame.status = m_skips ? FrameStatus::Dropped : FrameStatus::Message;
     Reset();
-    frame.iLength = lineFeed;
-    frame.iConsumed = lineFeed + 1;
+    frame.length = lineFeed;
+    frame.consumed = lineFeed + 1;
 }
 
-void CMessageFramer::LeaveBlock(std::size_t dataBegin, std::int64_t length, tagFrame& frame) noexcept
+void CMessageFramer::LeaveBlock(std::size_t dataBegin, std::int64_t length, Frame& frame) noexcept
 {
     Reset();
-    frame.eStatus = tagFrameStatus::Block;
-    frame.iLength = dataBegin;
-    frame.iConsumed = dataBegin;
-    frame.iBlockLength = length;
+    frame.status = FrameStatus::Block;
+    frame.length = dataBegin;
+    frame.consumed = dataBegin;
+    frame.blockLength = length;
 }
 
-void CMessageFramer::Fail(short error, tagFrame& frame) noexcept
+void CMessageFramer::Fail(short error, Frame& frame) noexcept
 {
-    m_bSkips = true;
-    frame.eStatus = tagFrameStatus::Error;
-    frame.iError = error;
+    m_skips = true;
+    frame.status = FrameStatus::Error;
+    frame.error = error;
 }
 
 /// Takes what has been looked at out of the buffer, but for the last byte: a block begins behind a separator.
-void CMessageFramer::DropScanned(std::span<const char> buffer, tagFrame& frame) noexcept
+void CMessageFramer::DropScanned(std::span<const char> buffer, Frame& frame) noexcept
 {
-    if (m_scanned <= buffer.size() && !m_bIndefinite)
+    if (m_scanned <= buffer.size() && !m_indefinite)
     {
         FollowQuotes(buffer, m_scanned);
     }
@@ -225,8 +225,8 @@ void CMessageFramer::DropScanned(std::span<const char> buffer, tagFrame& frame) 
     m_scanned -= dropped;
     m_lexed -= std::min(m_lexed, dropped);
     m_blockEnd -= std::min(m_blockEnd, dropped);
-    frame.iConsumed = dropped;
-    frame.iBytesNeeded = m_scanned > buffer.size() - dropped ? m_scanned - (buffer.size() - dropped) + 1 : 0;
+    frame.consumed = dropped;
+    frame.bytesNeeded = m_scanned > buffer.size() - dropped ? m_scanned - (buffer.size() - dropped) + 1 : 0;
 }
 
 } // namespace ZoVelkor::RemoteKernel

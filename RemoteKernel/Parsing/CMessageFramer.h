@@ -8,15 +8,15 @@ namespace ZoVelkor::RemoteKernel
 {
 
 /// Bounds of one program message. The defaults are the instrument's.
-struct tagMessageLimits
+struct MessageLimits
 {
-    std::size_t iMaxText = std::size_t{1} << 22;  ///< bytes outside blocks; beyond: -363
-    std::size_t iMaxBlock = std::size_t{1} << 29; ///< block bytes of one message in memory; beyond: -223
-    std::size_t iMaxHeld = std::size_t{1} << 20; ///< block bytes of one message that are collected before its
+    std::size_t maxText = std::size_t{1} << 22;  ///< bytes outside blocks; beyond: -363
+    std::size_t maxBlock = std::size_t{1} << 29; ///< block bytes of one message in memory; beyond: -223
+    std::size_t maxHeld = std::size_t{1} << 20;  ///< block bytes of one message that are collected before its
                                                  ///< commands run; a block that goes beyond is streamed
 };
 
-enum class tagFrameStatus
+enum class FrameStatus
 {
     Incomplete, ///< more bytes are needed
     Message,    ///< a program message is complete
@@ -26,14 +26,14 @@ enum class tagFrameStatus
 };
 
 /// What the framer says about the bytes at the start of an input buffer.
-struct tagFrame
+struct Frame
 {
-    tagFrameStatus eStatus = tagFrameStatus::Incomplete;
-    std::size_t iLength = 0;      ///< Message: its bytes, terminator excluded; Block: with the block's header
-    std::size_t iConsumed = 0;    ///< bytes to take out of the buffer after use, also when not a Message
-    std::size_t iBytesNeeded = 0; ///< Incomplete: at least so many are still missing, 0: not known
-    std::int64_t iBlockLength = 0; ///< Block: bytes of the data, -1: indefinite
-    short iError = 0;              ///< Error: SCPI error number
+    FrameStatus status = FrameStatus::Incomplete;
+    std::size_t length = 0;       ///< Message: its bytes, terminator excluded; Block: with the block's header
+    std::size_t consumed = 0;     ///< bytes to take out of the buffer after use, also when not a Message
+    std::size_t bytesNeeded = 0;  ///< Incomplete: at least so many are still missing, 0: not known
+    std::int64_t blockLength = 0; ///< Block: bytes of the data, -1: indefinite
+    short error = 0;              ///< Error: SCPI error number
 };
 
 /// Finds the end of program messages in a stream of bytes: a line feed outside blocks.
@@ -50,17 +50,17 @@ struct tagFrame
 class CMessageFramer
 {
 public:
-    /// @param bStreams  blocks beyond iMaxHeld are to be streamed
-    explicit CMessageFramer(const tagMessageLimits& limits = {}, bool bStreams = false) noexcept
+    /// @param streams  blocks beyond maxHeld are to be streamed
+    explicit CMessageFramer(const MessageLimits& limits = {}, bool streams = false) noexcept
         : m_limits(limits),
-          m_bStreams(bStreams)
+          m_streams(streams)
     {}
 
     /// Looks for the end of the first message.
     ///
     /// @param buffer  all bytes that have arrived and were not consumed; between two calls it may move in
     ///                memory and grow at its end, and loses exactly the consumed bytes at its start
-    tagFrame Scan(std::span<const char> buffer) noexcept;
+    Frame Scan(std::span<const char> buffer) noexcept;
 
     /// Forgets the message that has begun (device clear); the buffer must be emptied as well.
     void Reset() noexcept;
@@ -73,32 +73,32 @@ public:
     /// @param blockRest  bytes of a block that come first, -1: an indefinite block
     void Skip(std::int64_t blockRest) noexcept;
     /// Tells whether the message at hand is being dropped.
-    bool IsSkipping() const noexcept { return m_bSkips; }
+    bool IsSkipping() const noexcept { return m_skips; }
 
 private:
-    enum class tagStep
+    enum class Step
     {
         Continue,
         Done
     };
 
-    tagStep ScanText(std::span<const char> buffer, tagFrame& frame) noexcept;
-    tagStep ScanHash(std::span<const char> buffer, tagFrame& frame) noexcept;
-    tagStep EnterBlock(std::size_t dataBegin, std::size_t length, tagFrame& frame) noexcept;
-    tagStep ScanIndefinite(std::span<const char> buffer, tagFrame& frame) noexcept;
+    Step ScanText(std::span<const char> buffer, Frame& frame) noexcept;
+    Step ScanHash(std::span<const char> buffer, Frame& frame) noexcept;
+    Step EnterBlock(std::size_t dataBegin, std::size_t length, Frame& frame) noexcept;
+    Step ScanIndefinite(std::span<const char> buffer, Frame& frame) noexcept;
     bool IsElementStart(std::span<const char> buffer, std::size_t hash) noexcept;
     void FollowQuotes(std::span<const char> buffer, std::size_t end) noexcept;
     bool IsStreamed(std::size_t blockBytes) const noexcept;
-    void FinishMessage(std::size_t lineFeed, tagFrame& frame) noexcept;
-    void LeaveBlock(std::size_t dataBegin, std::int64_t length, tagFrame& frame) noexcept;
-    void Fail(short error, tagFrame& frame) noexcept;
-    void DropScanned(std::span<const char> buffer, tagFrame& frame) noexcept;
+    void FinishMessage(std::size_t lineFeed, Frame& frame) noexcept;
+    void LeaveBlock(std::size_t dataBegin, std::int64_t length, Frame& frame) noexcept;
+    void Fail(short error, Frame& frame) noexcept;
+    void DropScanned(std::span<const char> buffer, Frame& frame) noexcept;
 
-    tagMessageLimits m_limits;
-    bool m_bStreams = false;
-    bool m_bHolds = false;        ///< the message is collected whatever its blocks are
-    bool m_bSkips = false;        ///< the message is dropped as it arrives
-    bool m_bIndefinite = false;   ///< inside an indefinite block
+    MessageLimits m_limits;
+    bool m_streams = false;
+    bool m_holds = false;         ///< the message is collected whatever its blocks are
+    bool m_skips = false;         ///< the message is dropped as it arrives
+    bool m_indefinite = false;    ///< inside an indefinite block
     std::size_t m_scanned = 0;    ///< no message end and no open block before this place
     std::size_t m_lexed = 0;      ///< quotes have been followed up to here
     std::size_t m_blockEnd = 0;   ///< place behind the latest block, whose data separates nothing

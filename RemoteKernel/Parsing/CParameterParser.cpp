@@ -21,7 +21,7 @@ constexpr std::uint32_t kPositive = ARG_PINT | ARG_PFLOAT_S;
 constexpr std::uint32_t kNegative = ARG_NINT | ARG_NFLOAT_S;
 constexpr std::uint32_t kFraction = ARG_PFLOAT_S | ARG_NFLOAT_S;
 
-tagTextBuffer TextOf(tagZO_SCPI_PARAMETER& record) noexcept
+TextBuffer TextOf(tagZO_SCPI_PARAMETER& record) noexcept
 {
     return {record.szText, kParameterTextSize - 1};
 }
@@ -35,9 +35,9 @@ void SetLength(tagZO_SCPI_PARAMETER& record, std::size_t length) noexcept
 /// @return 0, or -223 for a text that does not fit; the record's text is then empty
 short StoreText(tagZO_SCPI_PARAMETER& record, const char* text, std::size_t length) noexcept
 {
-    tagTextBuffer buffer = TextOf(record);
+    TextBuffer buffer = TextOf(record);
     const bool fits = buffer.Append(text, length);
-    SetLength(record, buffer.iLength);
+    SetLength(record, buffer.length);
     return fits ? short{0} : kScpiTooMuchData;
 }
 
@@ -49,13 +49,13 @@ short StartError(char c) noexcept
 }
 
 /// @return null for a word without special meaning
-const tagSpecialWord* FindSpecialWord(const tagMnemonic& word) noexcept
+const SpecialWord* FindSpecialWord(const Mnemonic& word) noexcept
 {
-    const auto* const found = std::find_if(
-        std::begin(kSpecialWords), std::end(kSpecialWords), [&word](const tagSpecialWord& special) {
+    const auto* const found =
+        std::find_if(std::begin(kSpecialWords), std::end(kSpecialWords), [&word](const SpecialWord& special) {
             return special.shortForm == word.key || special.longForm == word.key;
         });
-    return found == std::end(kSpecialWords) || word.iLength > tagMnemonicKey::kCapacity ? nullptr : found;
+    return found == std::end(kSpecialWords) || word.length > MnemonicKey::kCapacity ? nullptr : found;
 }
 
 bool IsOnlyLetters(const char* begin, const char* end) noexcept
@@ -69,40 +69,40 @@ short SeparatorError(char c) noexcept
     return c > ' ' && c < '\x7F' ? kScpiInvalidSeparator : kScpiInvalidCharacter;
 }
 
-void tagCursor::SkipWhite() noexcept
+void Cursor::SkipWhite() noexcept
 {
-    while (pPlace != pEnd && IsWhiteSpace(*pPlace))
+    while (place != end && IsWhiteSpace(*place))
     {
-        ++pPlace;
+        ++place;
     }
 }
 
-tagParameterFault CParameterParser::Parse(const CCommandIndex& index,
-                                          const tagCommandEntry& entry,
-                                          bool optional,
-                                          tagCursor& cursor,
-                                          CBlockStream* pStream)
+ParameterFault CParameterParser::Parse(const CCommandIndex& index,
+                                       const CommandEntry& entry,
+                                       bool optional,
+                                       Cursor& cursor,
+                                       CBlockStream* stream)
 {
     m_index = &index;
     m_specs = index.Parameters(entry);
     m_cursor = cursor;
-    m_bOptional = optional;
-    m_pStream = pStream;
-    tagParameterFault fault;
+    m_optional = optional;
+    m_stream = stream;
+    ParameterFault fault;
     std::size_t count = 0;
     for (bool more = !m_cursor.AtUnitEnd(); more; ++count)
     {
         m_cursor.SkipWhite();
-        const char* const place = m_cursor.pPlace;
-        const tagParameterSpec* const spec = SpecFor(count);
-        const std::uint32_t type = spec == nullptr ? 0 : (optional ? spec->iQueryType : spec->iType);
+        const char* const place = m_cursor.place;
+        const ParameterSpec* const spec = SpecFor(count);
+        const std::uint32_t type = spec == nullptr ? 0 : (optional ? spec->queryType : spec->type);
         short error = type == 0 ? kScpiParameterNotAllowed : ReadParameter(*spec, type);
         m_cursor.SkipWhite();
         if ((error == 0 || IsScpiExecutionError(error)) && !m_cursor.AtElementEnd())
         {
-            return {SeparatorError(*m_cursor.pPlace), count, m_cursor.pPlace};
+            return {SeparatorError(*m_cursor.place), count, m_cursor.place};
         }
-        if (error != 0 && fault.iError == 0)
+        if (error != 0 && fault.error == 0)
         {
             fault = {error, count, place};
         }
@@ -111,30 +111,30 @@ tagParameterFault CParameterParser::Parse(const CCommandIndex& index,
             return {error, count, place};
         }
         more = !m_cursor.AtUnitEnd();
-        m_cursor.pPlace += more ? 1 : 0;
+        m_cursor.place += more ? 1 : 0;
     }
-    if (!optional && count < entry.iRequiredCount)
+    if (!optional && count < entry.requiredCount)
     {
-        return {kScpiMissingParameter, count, m_cursor.pPlace};
+        return {kScpiMissingParameter, count, m_cursor.place};
     }
-    if (m_pStream != nullptr && m_cursor.AtEnd())
+    if (m_stream != nullptr && m_cursor.AtEnd())
     {
-        return {kNeedsWholeBlock, count, m_cursor.pPlace};
+        return {kNeedsWholeBlock, count, m_cursor.place};
     }
     cursor = m_cursor;
     return fault;
 }
 
-const tagParameterSpec* CParameterParser::SpecFor(std::size_t parameter) const noexcept
+const ParameterSpec* CParameterParser::SpecFor(std::size_t parameter) const noexcept
 {
     if (parameter < m_specs.size())
     {
         return &m_specs[parameter];
     }
-    return !m_specs.empty() && (m_specs.back().iFlags & ARG_FLAG_REP) != 0 ? &m_specs.back() : nullptr;
+    return !m_specs.empty() && (m_specs.back().flags & ARG_FLAG_REP) != 0 ? &m_specs.back() : nullptr;
 }
 
-short CParameterParser::ReadParameter(const tagParameterSpec& spec, std::uint32_t type)
+short CParameterParser::ReadParameter(const ParameterSpec& spec, std::uint32_t type)
 {
     m_spec = &spec;
     m_type = type;
@@ -150,12 +150,12 @@ short CParameterParser::ReadParameter(const tagParameterSpec& spec, std::uint32_
         return error == 0 && tooMany ? kScpiTooMuchData : error;
     }
     record.iType = ZO_SCPI_PARAMTYPE_NOVALUE;
-    return m_bOptional || (spec.iFlags & ARG_FLAG_OPT) != 0 ? short{0} : kScpiMissingParameter;
+    return m_optional || (spec.flags & ARG_FLAG_OPT) != 0 ? short{0} : kScpiMissingParameter;
 }
 
 short CParameterParser::ReadElement(tagZO_SCPI_PARAMETER& record)
 {
-    const char first = *m_cursor.pPlace;
+    const char first = *m_cursor.place;
     if (first == '"' || first == '\'')
     {
         return ReadString(record);
@@ -185,11 +185,11 @@ short CParameterParser::ReadNumber(tagZO_SCPI_PARAMETER& record)
     {
         return kScpiNumericDataNotAllowed;
     }
-    const char* place = m_cursor.pPlace;
-    tagDecimal number;
-    const tagUnit* unit = nullptr;
-    short error = ScanDecimal(place, m_cursor.pEnd, number);
-    m_cursor.pPlace += place - m_cursor.pPlace;
+    const char* place = m_cursor.place;
+    Decimal number;
+    const Unit* unit = nullptr;
+    short error = ScanDecimal(place, m_cursor.end, number);
+    m_cursor.place += place - m_cursor.place;
     if (error == 0)
     {
         error = ReadUnit(unit);
@@ -198,24 +198,24 @@ short CParameterParser::ReadNumber(tagZO_SCPI_PARAMETER& record)
     {
         return error;
     }
-    const int exponent = unit == nullptr ? 0 : unit->iExponent;
+    const int exponent = unit == nullptr ? 0 : unit->exponent;
     // A number for a boolean is rounded first (SCPI-99 vol. 1, 7.3): 0.5 is ON.
     const bool integer = (m_type & kFraction) == 0 || m_type == kBooleanType;
-    const bool round = integer && (number.bHasPoint || number.bHasExponent || exponent != 0);
-    tagTextBuffer text = TextOf(record);
+    const bool round = integer && (number.hasPoint || number.hasExponent || exponent != 0);
+    TextBuffer text = TextOf(record);
     error = round ? WriteRounded(number, exponent, text) : WriteDecimal(number, exponent, text);
     record.iType = ZO_SCPI_PARAMTYPE_NUMERIC;
-    const bool isZero = number.bZero || (round && IsZeroText(text.pText, text.iLength));
+    const bool isZero = number.zero || (round && IsZeroText(text.text, text.length));
     if (unit != nullptr && error == 0)
     {
-        const bool fits = text.Append(" ", 1) && text.Append(unit->szText, unit->iTextLength);
+        const bool fits = text.Append(" ", 1) && text.Append(unit->szText, unit->textLength);
         error = fits ? short{0} : kScpiTooMuchData;
-        record.iUnit = unit->iEnum;
-        record.iUnitSuffix = unit->iEnum;
+        record.iUnit = unit->enumeration;
+        record.iUnitSuffix = unit->enumeration;
         record.iNoSuffix = 0;
     }
-    SetLength(record, text.iLength);
-    return error != 0 ? error : CheckSign(isZero, number.bNegative);
+    SetLength(record, text.length);
+    return error != 0 ? error : CheckSign(isZero, number.negative);
 }
 
 short CParameterParser::CheckSign(bool isZero, bool isNegative) const noexcept
@@ -224,50 +224,49 @@ short CParameterParser::CheckSign(bool isZero, bool isNegative) const noexcept
     return accepted ? short{0} : kScpiDataOutOfRange;
 }
 
-short CParameterParser::ReadUnit(const tagUnit*& unit) noexcept
+short CParameterParser::ReadUnit(const Unit*& unit) noexcept
 {
-    const char* const numberEnd = m_cursor.pPlace;
+    const char* const numberEnd = m_cursor.place;
     m_cursor.SkipWhite();
     if (m_cursor.AtElementEnd())
     {
         return 0;
     }
-    const char* const begin = m_cursor.pPlace;
+    const char* const begin = m_cursor.place;
     if (!IsLetter(*begin) && *begin != '/')
     {
         const bool runsOn = begin == numberEnd && std::strchr("+-.#", *begin) != nullptr;
         return runsOn ? kScpiInvalidCharacterInNumber : SeparatorError(*begin);
     }
-    const tagMnemonic text = ReadMnemonic(begin, m_cursor.pEnd, kUnitCharacters);
-    m_cursor.pPlace += text.iLength;
-    if (m_spec->iUnitList == 0)
+    const Mnemonic text = ReadMnemonic(begin, m_cursor.end, kUnitCharacters);
+    m_cursor.place += text.length;
+    if (m_spec->unitList == 0)
     {
-        return IsOnlyLetters(begin, m_cursor.pPlace) ? kScpiSuffixNotAllowed : kScpiInvalidCharacterInNumber;
+        return IsOnlyLetters(begin, m_cursor.place) ? kScpiSuffixNotAllowed : kScpiInvalidCharacterInNumber;
     }
-    if (text.iLength > kMaxMnemonicLength)
+    if (text.length > kMaxMnemonicLength)
     {
         return kScpiSuffixTooLong;
     }
-    unit = m_index->FindUnit(m_spec->iUnitList, text.key);
+    unit = m_index->FindUnit(m_spec->unitList, text.key);
     return unit == nullptr ? kScpiInvalidSuffix : short{0};
 }
 
 short CParameterParser::ReadHash(tagZO_SCPI_PARAMETER& record)
 {
-    struct tagBase
+    struct Base
     {
-        char cLetter;
-        unsigned int iBits;
-        std::uint32_t iType;
+        char letter;
+        unsigned int bits;
+        std::uint32_t type;
     };
-    constexpr tagBase kBases[] = {{'H', 4, ARG_HEX}, {'Q', 3, ARG_OCT}, {'B', 1, ARG_BIN}};
-    const char second = m_cursor.pPlace + 1 == m_cursor.pEnd ? '\0' : ToCapital(m_cursor.pPlace[1]);
-    for (const tagBase& base : kBases)
+    constexpr Base kBases[] = {{'H', 4, ARG_HEX}, {'Q', 3, ARG_OCT}, {'B', 1, ARG_BIN}};
+    const char second = m_cursor.place + 1 == m_cursor.end ? '\0' : ToCapital(m_cursor.place[1]);
+    for (const Base& base : kBases)
     {
-        if (second == base.cLetter)
+        if (second == base.letter)
         {
-            return (m_type & base.iType) != 0 ? ReadNonDecimal(record, base.iBits)
-                                              : kScpiNumericDataNotAllowed;
+            return (m_type & base.type) != 0 ? ReadNonDecimal(record, base.bits) : kScpiNumericDataNotAllowed;
         }
     }
     return IsDigit(second) ? ReadBlock(record) : kScpiInvalidBlockData;
@@ -276,15 +275,15 @@ short CParameterParser::ReadHash(tagZO_SCPI_PARAMETER& record)
 short CParameterParser::ReadNonDecimal(tagZO_SCPI_PARAMETER& record, unsigned int bits) noexcept
 {
     std::uint64_t value = 0;
-    const char* place = m_cursor.pPlace + 2;
-    const short error = ScanNonDecimal(place, m_cursor.pEnd, bits, value);
-    m_cursor.pPlace += place - m_cursor.pPlace;
+    const char* place = m_cursor.place + 2;
+    const short error = ScanNonDecimal(place, m_cursor.end, bits, value);
+    m_cursor.place += place - m_cursor.place;
     if (error != 0)
     {
         return error;
     }
     m_cursor.SkipWhite();
-    if (!m_cursor.AtEnd() && IsLetter(*m_cursor.pPlace))
+    if (!m_cursor.AtEnd() && IsLetter(*m_cursor.place))
     {
         return kScpiSuffixNotAllowed;
     }
@@ -296,31 +295,31 @@ short CParameterParser::ReadNonDecimal(tagZO_SCPI_PARAMETER& record, unsigned in
 
 short CParameterParser::ReadBlock(tagZO_SCPI_PARAMETER& record)
 {
-    const auto available = static_cast<std::size_t>(m_cursor.pEnd - m_cursor.pPlace);
-    const tagBlockHeader header = ReadBlockHeader({m_cursor.pPlace, available});
-    const std::uint32_t wanted = m_cursor.pPlace[1] == '0' ? ARG_IBLOCK : ARG_DBLOCK;
+    const auto available = static_cast<std::size_t>(m_cursor.end - m_cursor.place);
+    const BlockHeader header = ReadBlockHeader({m_cursor.place, available});
+    const std::uint32_t wanted = m_cursor.place[1] == '0' ? ARG_IBLOCK : ARG_DBLOCK;
     if ((m_type & wanted) == 0)
     {
         return kScpiBlockDataNotAllowed;
     }
-    if (header.iResult != CBScpiBlockData::HeaderComplete)
+    if (header.result != CBScpiBlockData::HeaderComplete)
     {
         return kScpiInvalidBlockData;
     }
     const std::size_t rest = available - header.iSize;
-    if (m_pStream != nullptr && rest == 0)
+    if (m_stream != nullptr && rest == 0)
     {
         return StoreStream(record);
     }
-    const std::size_t length = header.iLength < 0 ? rest : static_cast<std::size_t>(header.iLength);
+    const std::size_t length = header.length < 0 ? rest : static_cast<std::size_t>(header.length);
     if (length > rest)
     {
         return kScpiInvalidBlockData;
     }
-    char* const data = m_cursor.pPlace + header.iSize;
+    char* const data = m_cursor.place + header.iSize;
     record.iType = ZO_SCPI_PARAMTYPE_BLOCK;
     m_records.SetBlock(record, {reinterpret_cast<unsigned char*>(data), length});
-    m_cursor.pPlace = data + length;
+    m_cursor.place = data + length;
     return 0;
 }
 
@@ -331,33 +330,33 @@ short CParameterParser::StoreStream(tagZO_SCPI_PARAMETER& record)
         return kNeedsWholeBlock;
     }
     record.iType = ZO_SCPI_PARAMTYPE_BLOCK;
-    m_records.SetBlock(record, *m_pStream);
-    m_pStream = nullptr;
-    m_cursor.pPlace = m_cursor.pEnd;
+    m_records.SetBlock(record, *m_stream);
+    m_stream = nullptr;
+    m_cursor.place = m_cursor.end;
     return 0;
 }
 
 short CParameterParser::ReadWord(tagZO_SCPI_PARAMETER& record) noexcept
 {
-    const tagMnemonic word = ReadMnemonic(m_cursor.pPlace, m_cursor.pEnd);
-    const char* const begin = m_cursor.pPlace;
-    m_cursor.pPlace += word.iLength;
+    const Mnemonic word = ReadMnemonic(m_cursor.place, m_cursor.end);
+    const char* const begin = m_cursor.place;
+    m_cursor.place += word.length;
     const bool specialFirst = (m_type & kBooleanType) == kBooleanType;
     const bool known = specialFirst ? TakeSpecialWord(record, word) || TakeOwnWord(record, word)
                                     : TakeOwnWord(record, word) || TakeSpecialWord(record, word);
     if (known)
     {
-        return record.iTextLength != 0 ? short{0} : StoreText(record, begin, word.iLength);
+        return record.iTextLength != 0 ? short{0} : StoreText(record, begin, word.length);
     }
     return UnknownWordError(word);
 }
 
-short CParameterParser::UnknownWordError(const tagMnemonic& word) const noexcept
+short CParameterParser::UnknownWordError(const Mnemonic& word) const noexcept
 {
     const bool hasSpecialWords = (m_type & kWordTypes) != 0;
-    const bool hasOwnWords = m_spec->iMnemonicList != 0;
+    const bool hasOwnWords = m_spec->mnemonicList != 0;
     // A word in a query asks for a limit. Where there are none, the query takes no such parameter at all.
-    if (m_bOptional && !hasSpecialWords && (hasOwnWords || FindSpecialWord(word) != nullptr))
+    if (m_optional && !hasSpecialWords && (hasOwnWords || FindSpecialWord(word) != nullptr))
     {
         return kScpiParameterNotAllowed;
     }
@@ -365,16 +364,16 @@ short CParameterParser::UnknownWordError(const tagMnemonic& word) const noexcept
     {
         return kScpiCharacterDataNotAllowed;
     }
-    return word.iLength > kMaxMnemonicLength ? kScpiCharacterDataTooLong : kScpiInvalidCharacterData;
+    return word.length > kMaxMnemonicLength ? kScpiCharacterDataTooLong : kScpiInvalidCharacterData;
 }
 
-bool CParameterParser::TakeOwnWord(tagZO_SCPI_PARAMETER& record, const tagMnemonic& word) const noexcept
+bool CParameterParser::TakeOwnWord(tagZO_SCPI_PARAMETER& record, const Mnemonic& word) const noexcept
 {
-    if ((m_type & MNEM) == 0 || m_spec->iMnemonicList == 0 || word.iLength > tagMnemonicKey::kCapacity)
+    if ((m_type & MNEM) == 0 || m_spec->mnemonicList == 0 || word.length > MnemonicKey::kCapacity)
     {
         return false;
     }
-    const std::int32_t* const value = m_index->FindMnemonic(m_spec->iMnemonicList, word.key);
+    const std::int32_t* const value = m_index->FindMnemonic(m_spec->mnemonicList, word.key);
     if (value == nullptr)
     {
         return false;
@@ -384,19 +383,19 @@ bool CParameterParser::TakeOwnWord(tagZO_SCPI_PARAMETER& record, const tagMnemon
     return true;
 }
 
-bool CParameterParser::TakeSpecialWord(tagZO_SCPI_PARAMETER& record, const tagMnemonic& word) const noexcept
+bool CParameterParser::TakeSpecialWord(tagZO_SCPI_PARAMETER& record, const Mnemonic& word) const noexcept
 {
-    const tagSpecialWord* const found = FindSpecialWord(word);
-    if (found == nullptr || (m_type & found->iTypes) == 0)
+    const SpecialWord* const found = FindSpecialWord(word);
+    if (found == nullptr || (m_type & found->types) == 0)
     {
         return false;
     }
-    record.iSpecialCode = found->eCode;
+    record.iSpecialCode = found->code;
     record.iType = ZO_SCPI_PARAMTYPE_SPECIAL;
-    if (!found->svNumber.empty())
+    if (!found->number.empty())
     {
         record.iType = ZO_SCPI_PARAMTYPE_NUMERIC;
-        StoreText(record, found->svNumber.data(), found->svNumber.size());
+        StoreText(record, found->number.data(), found->number.size());
     }
     return true;
 }
@@ -407,44 +406,44 @@ short CParameterParser::ReadString(tagZO_SCPI_PARAMETER& record) noexcept
     {
         return kScpiStringDataNotAllowed;
     }
-    const char quote = *m_cursor.pPlace++;
-    tagTextBuffer text = TextOf(record);
+    const char quote = *m_cursor.place++;
+    TextBuffer text = TextOf(record);
     bool fits = true;
     for (;;)
     {
-        const auto rest = static_cast<std::size_t>(m_cursor.pEnd - m_cursor.pPlace);
+        const auto rest = static_cast<std::size_t>(m_cursor.end - m_cursor.place);
         char* const close =
-            rest == 0 ? nullptr : static_cast<char*>(std::memchr(m_cursor.pPlace, quote, rest));
+            rest == 0 ? nullptr : static_cast<char*>(std::memchr(m_cursor.place, quote, rest));
         if (close == nullptr)
         {
             return kScpiInvalidStringData;
         }
         // A doubled quote stands for itself: its first half is copied along, its second half skipped.
-        const bool doubled = close + 1 != m_cursor.pEnd && close[1] == quote;
+        const bool doubled = close + 1 != m_cursor.end && close[1] == quote;
         const char* const pieceEnd = doubled ? close + 1 : close;
-        fits = fits && text.Append(m_cursor.pPlace, static_cast<std::size_t>(pieceEnd - m_cursor.pPlace));
-        m_cursor.pPlace = close + (doubled ? 2 : 1);
+        fits = fits && text.Append(m_cursor.place, static_cast<std::size_t>(pieceEnd - m_cursor.place));
+        m_cursor.place = close + (doubled ? 2 : 1);
         if (!doubled)
         {
             break;
         }
     }
     record.iType = ZO_SCPI_PARAMTYPE_STRING;
-    SetLength(record, text.iLength);
+    SetLength(record, text.length);
     return fits ? short{0} : kScpiTooMuchData;
 }
 
 short CParameterParser::ReadUnquoted(tagZO_SCPI_PARAMETER& record) noexcept
 {
-    const char* const begin = m_cursor.pPlace;
+    const char* const begin = m_cursor.place;
     const char* last = begin;
-    for (; !m_cursor.AtElementEnd(); ++m_cursor.pPlace)
+    for (; !m_cursor.AtElementEnd(); ++m_cursor.place)
     {
-        last = IsWhiteSpace(*m_cursor.pPlace) ? last : m_cursor.pPlace + 1;
+        last = IsWhiteSpace(*m_cursor.place) ? last : m_cursor.place + 1;
     }
     const auto length = static_cast<std::size_t>(last - begin);
-    const tagMnemonic word = ReadMnemonic(begin, last);
-    if (word.iLength == length && (TakeOwnWord(record, word) || TakeSpecialWord(record, word)))
+    const Mnemonic word = ReadMnemonic(begin, last);
+    if (word.length == length && (TakeOwnWord(record, word) || TakeSpecialWord(record, word)))
     {
         return record.iTextLength != 0 ? short{0} : StoreText(record, begin, length);
     }
@@ -458,16 +457,16 @@ short CParameterParser::ReadExpression(tagZO_SCPI_PARAMETER& record) noexcept
     {
         return kScpiExpressionDataNotAllowed;
     }
-    const char* const begin = m_cursor.pPlace;
+    const char* const begin = m_cursor.place;
     std::size_t depth = 0;
     char quote = 0;
     do
     {
-        if (m_cursor.AtEnd() || (quote == 0 && *m_cursor.pPlace == ';'))
+        if (m_cursor.AtEnd() || (quote == 0 && *m_cursor.place == ';'))
         {
             return kScpiInvalidExpression;
         }
-        const char c = *m_cursor.pPlace++;
+        const char c = *m_cursor.place++;
         if (quote != 0 || c == '"' || c == '\'')
         {
             quote = quote == 0 ? c : (c == quote ? '\0' : quote);
@@ -477,7 +476,7 @@ short CParameterParser::ReadExpression(tagZO_SCPI_PARAMETER& record) noexcept
         depth -= c == ')' ? 1 : 0;
     } while (depth != 0 || quote != 0);
     record.iType = ZO_SCPI_PARAMTYPE_EXPRESSION;
-    return StoreText(record, begin, static_cast<std::size_t>(m_cursor.pPlace - begin));
+    return StoreText(record, begin, static_cast<std::size_t>(m_cursor.place - begin));
 }
 
 } // namespace ZoVelkor::RemoteKernel

@@ -10,14 +10,14 @@ namespace ZoVelkor::RemoteKernel
 {
 
 /// The part of a message that has not been parsed.
-struct tagCursor
+struct Cursor
 {
-    char* pPlace = nullptr;
-    char* pEnd = nullptr;
+    char* place = nullptr;
+    char* end = nullptr;
 
-    bool AtEnd() const noexcept { return pPlace == pEnd; }
-    bool AtUnitEnd() const noexcept { return AtEnd() || *pPlace == ';'; }
-    bool AtElementEnd() const noexcept { return AtUnitEnd() || *pPlace == ','; }
+    bool AtEnd() const noexcept { return place == end; }
+    bool AtUnitEnd() const noexcept { return AtEnd() || *place == ';'; }
+    bool AtElementEnd() const noexcept { return AtUnitEnd() || *place == ','; }
     void SkipWhite() noexcept;
 };
 
@@ -28,11 +28,11 @@ short SeparatorError(char c) noexcept;
 inline constexpr short kNeedsWholeBlock = 1;
 
 /// What is wrong with the parameters of one command.
-struct tagParameterFault
+struct ParameterFault
 {
-    short iError = 0; ///< 0: nothing
-    std::size_t iIndex = 0;
-    const char* pPlace = nullptr; ///< start of the offending element
+    short error = 0; ///< 0: nothing
+    std::size_t index = 0;
+    const char* place = nullptr; ///< start of the offending element
 };
 
 /// Reads the parameters of one command into records and checks them against the command's table.
@@ -43,33 +43,33 @@ public:
     ///
     /// An execution error is kept while the rest is read; a command error comes at once.
     /// @param optional  the query of a command with both forms: parameters only ask for limits and the like
-    /// @param pStream  the block whose header is the last thing before the cursor's end; null when there is
+    /// @param stream  the block whose header is the last thing before the cursor's end; null when there is
     /// none.
     ///                 It has to be the command's last parameter, else the fault is kNeedsWholeBlock
-    tagParameterFault Parse(const CCommandIndex& index,
-                            const tagCommandEntry& entry,
-                            bool optional,
-                            tagCursor& cursor,
-                            CBlockStream* pStream);
+    ParameterFault Parse(const CCommandIndex& index,
+                         const CommandEntry& entry,
+                         bool optional,
+                         Cursor& cursor,
+                         CBlockStream* stream);
 
     CParameterArray& Records() noexcept { return m_records; }
 
 private:
-    const tagParameterSpec* SpecFor(std::size_t parameter) const noexcept;
-    short ReadParameter(const tagParameterSpec& spec, std::uint32_t type);
+    const ParameterSpec* SpecFor(std::size_t parameter) const noexcept;
+    short ReadParameter(const ParameterSpec& spec, std::uint32_t type);
 
     short ReadElement(tagZO_SCPI_PARAMETER& record);
     short ReadNumber(tagZO_SCPI_PARAMETER& record);
     short CheckSign(bool isZero, bool isNegative) const noexcept;
-    short ReadUnit(const tagUnit*& unit) noexcept;
+    short ReadUnit(const Unit*& unit) noexcept;
     short ReadHash(tagZO_SCPI_PARAMETER& record);
     short ReadNonDecimal(tagZO_SCPI_PARAMETER& record, unsigned int bits) noexcept;
     short ReadBlock(tagZO_SCPI_PARAMETER& record);
     short StoreStream(tagZO_SCPI_PARAMETER& record);
     short ReadWord(tagZO_SCPI_PARAMETER& record) noexcept;
-    short UnknownWordError(const tagMnemonic& word) const noexcept;
-    bool TakeOwnWord(tagZO_SCPI_PARAMETER& record, const tagMnemonic& word) const noexcept;
-    bool TakeSpecialWord(tagZO_SCPI_PARAMETER& record, const tagMnemonic& word) const noexcept;
+    short UnknownWordError(const Mnemonic& word) const noexcept;
+    bool TakeOwnWord(tagZO_SCPI_PARAMETER& record, const Mnemonic& word) const noexcept;
+    bool TakeSpecialWord(tagZO_SCPI_PARAMETER& record, const Mnemonic& word) const noexcept;
     short ReadString(tagZO_SCPI_PARAMETER& record) noexcept;
     short ReadUnquoted(tagZO_SCPI_PARAMETER& record) noexcept;
     short ReadExpression(tagZO_SCPI_PARAMETER& record) noexcept;
@@ -78,13 +78,13 @@ private:
 
     // Of the command at work.
     const CCommandIndex* m_index = nullptr;
-    std::span<const tagParameterSpec> m_specs;
-    tagCursor m_cursor;
-    bool m_bOptional = false;
-    CBlockStream* m_pStream = nullptr; ///< null also when a record has it
+    std::span<const ParameterSpec> m_specs;
+    Cursor m_cursor;
+    bool m_optional = false;
+    CBlockStream* m_stream = nullptr; ///< null also when a record has it
 
     // Of the parameter at work.
-    const tagParameterSpec* m_spec = nullptr;
+    const ParameterSpec* m_spec = nullptr;
     std::uint32_t m_type = 0;
 };
 

@@ -60,14 +60,14 @@ public:
     /// @return false when the rest of the message is to be dropped, or its latest command needs the block
     bool Parse(const CCommandIndex& index,
                std::span<char> message,
-               CBlockStream* pStream,
+               CBlockStream* stream,
                ICommandExecutor& executor)
     {
         m_index = &index;
         m_executor = &executor;
         m_cursor = {message.data(), message.data() + message.size()};
-        m_pStream = pStream;
-        m_bHeld = false;
+        m_stream = stream;
+        m_held = false;
         for (;;)
         {
             m_cursor.SkipWhite();
@@ -75,24 +75,24 @@ public:
             {
                 return true;
             }
-            if (*m_cursor.pPlace != ';' && !ParseUnit())
+            if (*m_cursor.place != ';' && !ParseUnit())
             {
                 return false;
             }
-            m_cursor.pPlace += m_cursor.AtEnd() ? 0 : 1;
+            m_cursor.place += m_cursor.AtEnd() ? 0 : 1;
         }
     }
 
-    bool IsHeld() const noexcept { return m_bHeld; }
+    bool IsHeld() const noexcept { return m_held; }
     const char* UnitBegin() const noexcept { return m_header; }
 
 private:
     /// Form of a command that a unit asks for.
-    struct tagForm
+    struct Form
     {
-        const tagCommandEntry* pEntry = nullptr;
-        std::int32_t iMode = DEF;
-        bool bOptional = false; ///< see CParameterParser::Parse
+        const CommandEntry* entry = nullptr;
+        std::int32_t mode = DEF;
+        bool optional = false; ///< see CParameterParser::Parse
     };
 
     /// Ends a command, however it ended.
@@ -111,7 +111,7 @@ private:
     /// @return false when the rest of the message is to be dropped
     bool ParseUnit()
     {
-        m_header = m_cursor.pPlace;
+        m_header = m_cursor.place;
         const std::uint32_t path = m_path;
         short error = ReadHeader();
         if (error != 0)
@@ -119,64 +119,64 @@ private:
             return FailHeader(error);
         }
         m_cursor.SkipWhite();
-        tagForm form;
+        Form form;
         error = SelectForm(!m_cursor.AtUnitEnd(), form);
         if (error == 0)
         {
-            error = CollectSuffixes(*form.pEntry);
+            error = CollectSuffixes(*form.entry);
         }
         if (error != 0)
         {
             return FailHeader(error);
         }
-        const bool bContinue = RunCommand(form);
-        m_path = m_bHeld ? path : m_path;
-        return bContinue;
+        const bool goOn = RunCommand(form);
+        m_path = m_held ? path : m_path;
+        return goOn;
     }
 
-    bool RunCommand(const tagForm& form)
+    bool RunCommand(const Form& form)
     {
         CParameterArray& records = m_parameters.Records();
         const CRecordsGuard guard(records);
         if (!m_cursor.AtUnitEnd())
         {
-            const tagParameterFault fault =
-                m_parameters.Parse(*m_index, *form.pEntry, form.bOptional, m_cursor, m_pStream);
-            m_bHeld = fault.iError == kNeedsWholeBlock;
-            if (m_bHeld)
+            const ParameterFault fault =
+                m_parameters.Parse(*m_index, *form.entry, form.optional, m_cursor, m_stream);
+            m_held = fault.error == kNeedsWholeBlock;
+            if (m_held)
             {
                 return false;
             }
-            if (fault.iError != 0)
+            if (fault.error != 0)
             {
                 return FailParameter(fault);
             }
         }
-        tagParsedCommand command;
-        command.pApplication = form.pEntry->pApplication;
-        command.iCommand = static_cast<unsigned long>(form.iMode);
-        command.bQuery = m_query;
-        command.pNumericSuffixes = m_suffixes;
-        command.iNumericSuffixCount = m_suffixCount;
-        command.iArgumentCount = records.Size();
-        command.pArguments = records.Data();
-        command.bsHeader = form.pEntry->bsHeader;
+        ParsedCommand command;
+        command.application = form.entry->application;
+        command.command = static_cast<unsigned long>(form.mode);
+        command.query = m_query;
+        command.numericSuffixes = m_suffixes;
+        command.numericSuffixCount = m_suffixCount;
+        command.argumentCount = records.Size();
+        command.arguments = records.Data();
+        command.headerText = form.entry->headerText;
         return m_executor->ExecuteCommand(command);
     }
 
     short ReadHeader()
     {
-        if (*m_cursor.pPlace == '*')
+        if (*m_cursor.place == '*')
         {
-            ++m_cursor.pPlace;
+            ++m_cursor.place;
             m_node = CCommandIndex::kCommonNode;
             const short error = ReadKeyword();
             return error != 0 ? error : ReadHeaderEnd();
         }
         m_node = m_path;
-        if (*m_cursor.pPlace == ':')
+        if (*m_cursor.place == ':')
         {
-            ++m_cursor.pPlace;
+            ++m_cursor.place;
             m_node = CCommandIndex::kRootNode;
         }
         for (;;)
@@ -187,23 +187,23 @@ private:
             {
                 return error;
             }
-            if (m_cursor.AtEnd() || *m_cursor.pPlace != ':')
+            if (m_cursor.AtEnd() || *m_cursor.place != ':')
             {
                 m_path = parent;
                 return ReadHeaderEnd();
             }
-            ++m_cursor.pPlace;
+            ++m_cursor.place;
         }
     }
 
     /// Follows one keyword from m_node and takes its suffix.
     short ReadKeyword()
     {
-        const char* const text = m_cursor.pPlace;
-        const tagMnemonic mnemonic = ReadMnemonic(text, m_cursor.pEnd);
-        if (mnemonic.iLength == 0 || !IsLetter(*text))
+        const char* const text = m_cursor.place;
+        const Mnemonic mnemonic = ReadMnemonic(text, m_cursor.end);
+        if (mnemonic.length == 0 || !IsLetter(*text))
         {
-            return mnemonic.iLength != 0 ? kScpiInvalidCharacter : MissingKeyword();
+            return mnemonic.length != 0 ? kScpiInvalidCharacter : MissingKeyword();
         }
         std::size_t keywordLength = 0;
         const std::uint32_t child = m_index->Match(m_node, text, mnemonic, keywordLength);
@@ -211,39 +211,39 @@ private:
         {
             return UnknownKeyword();
         }
-        const tagCommandNode& node = m_index->Node(child);
-        std::fill(m_slots + m_index->Node(m_node).iSlotCount, m_slots + node.iSlotCount, 1L);
+        const CommandNode& node = m_index->Node(child);
+        std::fill(m_slots + m_index->Node(m_node).slotCount, m_slots + node.slotCount, 1L);
         m_node = child;
-        m_cursor.pPlace += mnemonic.iLength;
-        return keywordLength == mnemonic.iLength
+        m_cursor.place += mnemonic.length;
+        return keywordLength == mnemonic.length
                    ? short{0}
-                   : ReadSuffix(text + keywordLength, text + mnemonic.iLength, m_slots[node.iSlotCount - 1]);
+                   : ReadSuffix(text + keywordLength, text + mnemonic.length, m_slots[node.slotCount - 1]);
     }
 
     short MissingKeyword() const noexcept
     {
-        return m_cursor.AtEnd() ? kScpiSyntaxError : HeaderCharacterError(*m_cursor.pPlace, false);
+        return m_cursor.AtEnd() ? kScpiSyntaxError : HeaderCharacterError(*m_cursor.place, false);
     }
 
     /// A fault in the form of the header counts before a keyword that nobody knows.
     short UnknownKeyword() const noexcept
     {
-        const char* place = m_cursor.pPlace;
+        const char* place = m_cursor.place;
         for (;;)
         {
-            const tagMnemonic mnemonic = ReadMnemonic(place, m_cursor.pEnd);
-            place += mnemonic.iLength;
-            if (mnemonic.iLength > kMaxMnemonicLength)
+            const Mnemonic mnemonic = ReadMnemonic(place, m_cursor.end);
+            place += mnemonic.length;
+            if (mnemonic.length > kMaxMnemonicLength)
             {
                 return kScpiMnemonicTooLong;
             }
-            if (place == m_cursor.pEnd || *place == ';' || *place == '?' || IsWhiteSpace(*place))
+            if (place == m_cursor.end || *place == ';' || *place == '?' || IsWhiteSpace(*place))
             {
-                return mnemonic.iLength == 0 ? kScpiSyntaxError : kScpiUndefinedHeader;
+                return mnemonic.length == 0 ? kScpiSyntaxError : kScpiUndefinedHeader;
             }
-            if (*place != ':' || mnemonic.iLength == 0)
+            if (*place != ':' || mnemonic.length == 0)
             {
-                return HeaderCharacterError(*place, mnemonic.iLength != 0);
+                return HeaderCharacterError(*place, mnemonic.length != 0);
             }
             ++place;
         }
@@ -266,38 +266,38 @@ private:
 
     short ReadHeaderEnd() noexcept
     {
-        m_query = !m_cursor.AtEnd() && *m_cursor.pPlace == '?';
-        m_cursor.pPlace += m_query ? 1 : 0;
-        if (m_cursor.AtUnitEnd() || IsWhiteSpace(*m_cursor.pPlace))
+        m_query = !m_cursor.AtEnd() && *m_cursor.place == '?';
+        m_cursor.place += m_query ? 1 : 0;
+        if (m_cursor.AtUnitEnd() || IsWhiteSpace(*m_cursor.place))
         {
             return 0;
         }
-        return HeaderCharacterError(*m_cursor.pPlace, true);
+        return HeaderCharacterError(*m_cursor.place, true);
     }
 
-    short SelectForm(bool hasData, tagForm& form) const noexcept
+    short SelectForm(bool hasData, Form& form) const noexcept
     {
-        const tagCommandNode& node = m_index->Node(m_node);
-        const std::uint32_t number = m_query ? node.iQueryEntry : node.iSettingEntry;
+        const CommandNode& node = m_index->Node(m_node);
+        const std::uint32_t number = m_query ? node.queryEntry : node.settingEntry;
         if (number == CCommandIndex::kNone)
         {
             return kScpiUndefinedHeader;
         }
-        const tagCommandEntry& entry = m_index->Entry(number);
-        form.pEntry = &entry;
-        form.iMode = entry.iNodataMode;
+        const CommandEntry& entry = m_index->Entry(number);
+        form.entry = &entry;
+        form.mode = entry.nodataMode;
         if (m_query)
         {
-            form.bOptional = entry.HasBothForms();
-            const bool complete = hasData || form.bOptional || entry.iRequiredCount == 0;
+            form.optional = entry.HasBothForms();
+            const bool complete = hasData || form.optional || entry.requiredCount == 0;
             return complete ? short{0} : kScpiMissingParameter;
         }
-        if (entry.iDataMode != DEF && (hasData || entry.iRequiredCount == 0))
+        if (entry.dataMode != DEF && (hasData || entry.requiredCount == 0))
         {
-            form.iMode = entry.iDataMode;
+            form.mode = entry.dataMode;
             return 0;
         }
-        if ((entry.iFlags & QMARK) != 0 || entry.iNodataMode == DEF)
+        if ((entry.flags & QMARK) != 0 || entry.nodataMode == DEF)
         {
             return kScpiMissingParameter;
         }
@@ -305,20 +305,20 @@ private:
     }
 
     /// Leaves the suffixes that the application's own table knows.
-    short CollectSuffixes(const tagCommandEntry& entry) noexcept
+    short CollectSuffixes(const CommandEntry& entry) noexcept
     {
         m_suffixCount = 0;
         const CCommandIndex& index = *m_index;
-        const std::uint32_t written = index.Node(m_node).iSlotCount;
+        const std::uint32_t written = index.Node(m_node).slotCount;
         std::uint32_t place = 0;
-        for (const tagSuffixSlot& slot : index.SuffixSlots(entry))
+        for (const SuffixSlot& slot : index.SuffixSlots(entry))
         {
             const long suffix = place < written ? m_slots[place] : 1L;
             if (!index.AcceptsSuffix(slot, suffix))
             {
                 return kScpiHeaderSuffixOutOfRange;
             }
-            if (slot.bOwn)
+            if (slot.own)
             {
                 m_suffixes[m_suffixCount++] = suffix;
             }
@@ -330,37 +330,36 @@ private:
     bool FailHeader(short error)
     {
         const char* const end = std::find_if(static_cast<const char*>(m_header),
-                                             static_cast<const char*>(m_cursor.pEnd),
+                                             static_cast<const char*>(m_cursor.end),
                                              [](char c) { return c == ';' || IsWhiteSpace(c); });
         char buffer[kQuotedLength];
         m_executor->ReportError(error, Quote(m_header, end, buffer));
         return false;
     }
 
-    bool FailParameter(const tagParameterFault& fault)
+    bool FailParameter(const ParameterFault& fault)
     {
-        const char* const end = std::find_if(fault.pPlace,
-                                             static_cast<const char*>(m_cursor.pEnd),
-                                             [](char c) { return c == ',' || c == ';'; });
+        const char* const end = std::find_if(
+            fault.place, static_cast<const char*>(m_cursor.end), [](char c) { return c == ',' || c == ';'; });
         char quoted[kQuotedLength];
-        const std::string_view text = Quote(fault.pPlace, end, quoted);
+        const std::string_view text = Quote(fault.place, end, quoted);
         char buffer[2 * kQuotedLength];
         const auto result = fmt::format_to_n(
-            buffer, sizeof buffer, "parameter {}{}{}", fault.iIndex + 1, text.empty() ? "" : ": ", text);
-        m_executor->ReportError(fault.iError, {buffer, std::min(sizeof buffer, result.size)});
-        return IsScpiExecutionError(fault.iError);
+            buffer, sizeof buffer, "parameter {}{}{}", fault.index + 1, text.empty() ? "" : ": ", text);
+        m_executor->ReportError(fault.error, {buffer, std::min(sizeof buffer, result.size)});
+        return IsScpiExecutionError(fault.error);
     }
 
     const CCommandIndex* m_index = nullptr;
     ICommandExecutor* m_executor = nullptr;
-    tagCursor m_cursor;
-    CBlockStream* m_pStream = nullptr; ///< the block at the cursor's end
-    bool m_bHeld = false;              ///< the command needs that block in memory
-    const char* m_header = nullptr;    ///< start of the unit at work
+    Cursor m_cursor;
+    CBlockStream* m_stream = nullptr; ///< the block at the cursor's end
+    bool m_held = false;              ///< the command needs that block in memory
+    const char* m_header = nullptr;   ///< start of the unit at work
     std::uint32_t m_path = CCommandIndex::kRootNode;
     std::uint32_t m_node = CCommandIndex::kRootNode;
     bool m_query = false;
-    long m_slots[kMaxHeaderLevels] = {};    ///< suffixes of the path, see tagCommandNode::iSlotCount
+    long m_slots[kMaxHeaderLevels] = {};    ///< suffixes of the path, see CommandNode::slotCount
     long m_suffixes[kMaxHeaderLevels] = {}; ///< what the handler gets; a handler may overwrite it
     unsigned long m_suffixCount = 0;
     CParameterParser m_parameters;
@@ -384,22 +383,22 @@ void CProgramMessageParser::BeginMessage() noexcept
     m_implementation->BeginMessage();
 }
 
-tagPieceResult CProgramMessageParser::ParsePiece(const CCommandIndex& index,
-                                                 std::span<char> piece,
-                                                 CBlockStream& block,
-                                                 ICommandExecutor& executor,
-                                                 std::size_t& heldFrom)
+PieceResult CProgramMessageParser::ParsePiece(const CCommandIndex& index,
+                                              std::span<char> piece,
+                                              CBlockStream& block,
+                                              ICommandExecutor& executor,
+                                              std::size_t& heldFrom)
 {
     if (m_implementation->Parse(index, piece, &block, executor))
     {
-        return tagPieceResult::Continue;
+        return PieceResult::Continue;
     }
     if (!m_implementation->IsHeld())
     {
-        return tagPieceResult::Drop;
+        return PieceResult::Drop;
     }
     heldFrom = static_cast<std::size_t>(m_implementation->UnitBegin() - piece.data());
-    return tagPieceResult::Hold;
+    return PieceResult::Hold;
 }
 
 bool CProgramMessageParser::ParseRest(const CCommandIndex& index,

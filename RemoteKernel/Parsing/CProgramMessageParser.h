@@ -17,7 +17,7 @@ inline constexpr std::size_t kMaxParameters = std::size_t{1} << 17;
 class CBlockStream;
 
 /// What is to be done behind a piece of a message that ended with a block.
-enum class tagPieceResult
+enum class PieceResult
 {
     Continue, ///< take the rest of the block out, then parse on
     Drop,     ///< drop the rest of the message, block included
@@ -54,11 +54,11 @@ public:
     ///
     /// @param piece  ends with the header of the block; otherwise as for Parse
     /// @param[out] heldFrom  for Hold: start of the command that has not been run
-    tagPieceResult ParsePiece(const CCommandIndex& index,
-                              std::span<char> piece,
-                              CBlockStream& block,
-                              ICommandExecutor& executor,
-                              std::size_t& heldFrom);
+    PieceResult ParsePiece(const CCommandIndex& index,
+                           std::span<char> piece,
+                           CBlockStream& block,
+                           ICommandExecutor& executor,
+                           std::size_t& heldFrom);
     /// Runs the last piece, from behind a block; parameters and result as for Parse.
     bool ParseRest(const CCommandIndex& index, std::span<char> rest, ICommandExecutor& executor);
 

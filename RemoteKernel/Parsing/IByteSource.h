@@ -6,17 +6,17 @@
 namespace ZoVelkor::RemoteKernel
 {
 
-enum class tagReceiveStatus
+enum class ReceiveStatus
 {
     Received,
     TimedOut,
     Ended ///< the client has gone or has finished sending, or the wait was cancelled: nothing will come
 };
 
-struct tagReceived
+struct Received
 {
-    tagReceiveStatus eStatus = tagReceiveStatus::Ended;
-    std::size_t iCount = 0; ///< bytes received
+    ReceiveStatus status = ReceiveStatus::Ended;
+    std::size_t count = 0; ///< bytes received
 };
 
 /// Where a session gets further bytes of a message from while a command of it runs.
@@ -30,7 +30,7 @@ public:
     /// @param space  takes what has arrived; not empty
     /// @param timeoutMs  0 or more; -1 waits without limit
     /// @param cancelDescriptor  ends the wait when it becomes readable
-    virtual tagReceived Receive(std::span<char> space, int timeoutMs, int cancelDescriptor) noexcept = 0;
+    virtual Received Receive(std::span<char> space, int timeoutMs, int cancelDescriptor) noexcept = 0;
 
 protected:
     ~IByteSource() = default;

@@ -16,7 +16,7 @@ public:
     /// Runs one command.
     ///
     /// @return false: the rest of the program message is dropped (device clear, broken connection)
-    virtual bool ExecuteCommand(const tagParsedCommand& command) = 0;
+    virtual bool ExecuteCommand(const ParsedCommand& command) = 0;
 
     /// Takes an error. After a command error the parser drops the rest of the message; after an execution
     /// error

@@ -14,14 +14,14 @@ inline constexpr std::size_t kMaxMnemonicLength = 12;
 /// A keyword in capitals, packed into two words so that comparing takes two instructions.
 ///
 /// Characters beyond the sixteenth are not kept: no keyword of a table is that long.
-struct tagMnemonicKey
+struct MnemonicKey
 {
     static constexpr std::size_t kCapacity = 16;
 
-    std::uint64_t iLow = 0;
-    std::uint64_t iHigh = 0;
+    std::uint64_t low = 0;
+    std::uint64_t high = 0;
 
-    bool operator==(const tagMnemonicKey&) const = default;
+    bool operator==(const MnemonicKey&) const = default;
 };
 
 namespace Detail
@@ -56,19 +56,19 @@ inline constexpr std::array<unsigned char, 256> kUnitCharacters = Detail::MakeMn
 inline constexpr std::array<unsigned char, 256> kTableCharacters = Detail::MakeMnemonicCharacters("_/.^-");
 
 /// A mnemonic that has been read from a text.
-struct tagMnemonic
+struct Mnemonic
 {
-    tagMnemonicKey key;
-    std::size_t iLength = 0;
+    MnemonicKey key;
+    std::size_t length = 0;
 };
 
 /// Reads the characters of one class from the start of a text.
-constexpr tagMnemonic
+constexpr Mnemonic
 ReadMnemonic(const char* begin,
              const char* end,
              const std::array<unsigned char, 256>& characters = kMnemonicCharacters) noexcept
 {
-    tagMnemonic mnemonic;
+    Mnemonic mnemonic;
     const auto available = static_cast<std::size_t>(end - begin);
     std::size_t length = 0;
     const auto next = [&]() -> std::uint64_t {
@@ -79,33 +79,33 @@ ReadMnemonic(const char* begin,
         const std::uint64_t c = next();
         if (c == 0)
         {
-            mnemonic.iLength = length;
+            mnemonic.length = length;
             return mnemonic;
         }
-        mnemonic.key.iLow |= c << shift;
+        mnemonic.key.low |= c << shift;
     }
     for (unsigned int shift = 0; shift < 64 && next() != 0; shift += 8, ++length)
     {
-        mnemonic.key.iHigh |= next() << shift;
+        mnemonic.key.high |= next() << shift;
     }
     while (next() != 0)
     {
         ++length;
     }
-    mnemonic.iLength = length;
+    mnemonic.length = length;
     return mnemonic;
 }
 
 /// Keeps the first characters of a key.
-constexpr tagMnemonicKey CutMnemonic(tagMnemonicKey key, std::size_t length) noexcept
+constexpr MnemonicKey CutMnemonic(MnemonicKey key, std::size_t length) noexcept
 {
     if (length < 8)
     {
-        return {key.iLow & ((std::uint64_t{1} << (8 * length)) - 1), 0};
+        return {key.low & ((std::uint64_t{1} << (8 * length)) - 1), 0};
     }
-    if (length < tagMnemonicKey::kCapacity)
+    if (length < MnemonicKey::kCapacity)
     {
-        return {key.iLow, key.iHigh & ((std::uint64_t{1} << (8 * (length - 8))) - 1)};
+        return {key.low, key.high & ((std::uint64_t{1} << (8 * (length - 8))) - 1)};
     }
     return key;
 }

@@ -23,17 +23,17 @@ const char* SkipWhite(const char* place, const char* end) noexcept
 }
 
 /// Counts digits from the first one that is not zero.
-struct tagDigitCounter
+struct DigitCounter
 {
-    std::size_t iAll = 0;
-    std::size_t iSignificant = 0;
+    std::size_t all = 0;
+    std::size_t significant = 0;
 
     const char* Run(const char* place, const char* end) noexcept
     {
         for (; place != end && IsDigit(*place); ++place)
         {
-            ++iAll;
-            iSignificant += iSignificant != 0 || *place != '0' ? 1 : 0;
+            ++all;
+            significant += significant != 0 || *place != '0' ? 1 : 0;
         }
         return place;
     }
@@ -50,7 +50,7 @@ short MissingDigits(const char* place, const char* end) noexcept
     return IsElementEnd(place, end) ? kScpiNumericDataError : kScpiInvalidCharacterInNumber;
 }
 
-short ScanExponent(const char*& place, const char* end, tagDecimal& number) noexcept
+short ScanExponent(const char*& place, const char* end, Decimal& number) noexcept
 {
     const char* letter = SkipWhite(place, end);
     if (letter == end || (*letter != 'E' && *letter != 'e'))
@@ -76,8 +76,8 @@ short ScanExponent(const char*& place, const char* end, tagDecimal& number) noex
     {
         exponent = std::min(exponent * 10 + (*place - '0'), kMaxExponent + 1);
     }
-    number.bHasExponent = true;
-    number.iExponent = negative ? -exponent : exponent;
+    number.hasExponent = true;
+    number.exponent = negative ? -exponent : exponent;
     return exponent > kMaxExponent ? kScpiExponentTooLarge : short{0};
 }
 
@@ -92,98 +92,97 @@ unsigned int DigitValue(char c) noexcept
 }
 
 /// Significant digits of a mantissa, without sign, point and leading zeros.
-struct tagDigits
+struct Digits
 {
-    std::array<char, kMaxDigits + 1> aDigits{};
-    std::size_t iCount = 0;
-    int iScale = 0; ///< power of ten of the last digit
+    std::array<char, kMaxDigits + 1> digits{};
+    std::size_t count = 0;
+    int scale = 0; ///< power of ten of the last digit
 };
 
-tagDigits CollectDigits(const tagDecimal& number, int exponent) noexcept
+Digits CollectDigits(const Decimal& number, int exponent) noexcept
 {
-    tagDigits digits;
-    digits.iScale = number.iExponent + exponent;
+    Digits digits;
+    digits.scale = number.exponent + exponent;
     bool afterPoint = false;
-    for (std::size_t i = 0; i < number.iMantissaLength; ++i)
+    for (std::size_t i = 0; i < number.mantissaLength; ++i)
     {
-        const char c = number.pMantissa[i];
+        const char c = number.mantissa[i];
         afterPoint = afterPoint || c == '.';
         if (!IsDigit(c))
         {
             continue;
         }
-        digits.iScale -= afterPoint ? 1 : 0;
-        if (digits.iCount != 0 || c != '0')
+        digits.scale -= afterPoint ? 1 : 0;
+        if (digits.count != 0 || c != '0')
         {
-            digits.aDigits[digits.iCount++] = c;
+            digits.digits[digits.count++] = c;
         }
     }
     return digits;
 }
 
 /// Cuts the fraction off and carries the rounding on; one digit more may result.
-void RoundDigits(tagDigits& digits) noexcept
+void RoundDigits(Digits& digits) noexcept
 {
-    const auto cut = static_cast<std::size_t>(-digits.iScale);
-    const std::size_t kept = digits.iCount - std::min(cut, digits.iCount);
-    const bool up = cut <= digits.iCount && digits.iCount != 0 && digits.aDigits[kept] >= '5';
-    digits.iCount = kept;
-    digits.iScale = 0;
+    const auto cut = static_cast<std::size_t>(-digits.scale);
+    const std::size_t kept = digits.count - std::min(cut, digits.count);
+    const bool up = cut <= digits.count && digits.count != 0 && digits.digits[kept] >= '5';
+    digits.count = kept;
+    digits.scale = 0;
     if (!up)
     {
         return;
     }
     std::size_t place = kept;
-    while (place > 0 && digits.aDigits[place - 1] == '9')
+    while (place > 0 && digits.digits[place - 1] == '9')
     {
-        digits.aDigits[--place] = '0';
+        digits.digits[--place] = '0';
     }
     if (place > 0)
     {
-        ++digits.aDigits[place - 1];
+        ++digits.digits[place - 1];
         return;
     }
-    std::copy_backward(
-        digits.aDigits.begin(), digits.aDigits.begin() + kept, digits.aDigits.begin() + kept + 1);
-    digits.aDigits[0] = '1';
-    ++digits.iCount;
+    std::copy_backward(digits.digits.begin(), digits.digits.begin() + kept, digits.digits.begin() + kept + 1);
+    digits.digits[0] = '1';
+    ++digits.count;
 }
 } // namespace
 
-bool tagTextBuffer::Append(const char* text, std::size_t length) noexcept
+bool TextBuffer::Append(const char* piece, std::size_t count) noexcept
 {
-    if (length > iCapacity - iLength)
+    if (count > capacity - length)
     {
         return false;
     }
-    std::memcpy(pText + iLength, text, length);
-    iLength += length;
+    std::memcpy(text + length, piece, count);
+    length += count;
     return true;
 }
 
-short ScanDecimal(const char*& place, const char* end, tagDecimal& number) noexcept
+short ScanDecimal(const char*& place, const char* end, Decimal& number) noexcept
 {
-    number.pMantissa = place;
-    number.bNegative = *place == '-';
+    number.mantissa = place;
+    number.negative = *place == '-';
     if (*place == '-' || *place == '+')
     {
         ++place;
     }
-    tagDigitCounter counter;
+    DigitCounter counter;
     place = counter.Run(place, end);
     if (place != end && *place == '.')
     {
-        number.bHasPoint = true;
+        number.hasPoint = true;
         place = counter.Run(place + 1, end);
     }
-    number.iMantissaLength = static_cast<std::size_t>(place - number.pMantissa);
-    number.bZero = counter.iSignificant == 0;
-    if (counter.iAll == 0)
+    number.mantissaLength = static_cast<std::size_t>(place - number.mantissa);
+    number.zero = counter.significant == 0;
+    if (counter.all == 0)
     {
         return MissingDigits(place, end);
     }
     const short error = ScanExponent(place, end, number);
-    if (error == 0 && counter.iSignificant > kMaxDigits)
+    if (error == 0 && counter.significant > kMaxDigits)
     {
         return kScpiTooManyDigits;
     }
@@ -211,13 +210,13 @@ short ScanNonDecimal(const char*& place, const char* end, unsigned int bits, std
     return overflow ? kScpiDataOutOfRange : short{0};
 }
 
-short WriteDecimal(const tagDecimal& number, int exponent, tagTextBuffer& text) noexcept
+short WriteDecimal(const Decimal& number, int exponent, TextBuffer& text) noexcept
 {
-    if (!text.Append(number.pMantissa, number.iMantissaLength))
+    if (!text.Append(number.mantissa, number.mantissaLength))
     {
         return kScpiTooMuchData;
     }
-    const int sum = number.iExponent + exponent;
+    const int sum = number.exponent + exponent;
     if (sum == 0)
     {
         return 0;
@@ -227,30 +226,30 @@ short WriteDecimal(const tagDecimal& number, int exponent, tagTextBuffer& text) 
     return text.Append(buffer, static_cast<std::size_t>(last - buffer)) ? short{0} : kScpiTooMuchData;
 }
 
-short WriteRounded(const tagDecimal& number, int exponent, tagTextBuffer& text) noexcept
+short WriteRounded(const Decimal& number, int exponent, TextBuffer& text) noexcept
 {
-    tagDigits digits = CollectDigits(number, exponent);
-    if (digits.iScale < 0)
+    Digits digits = CollectDigits(number, exponent);
+    if (digits.scale < 0)
     {
         RoundDigits(digits);
     }
-    if (digits.iCount == 0)
+    if (digits.count == 0)
     {
         return text.Append("0", 1) ? short{0} : kScpiDataOutOfRange;
     }
-    const std::size_t zeros = static_cast<std::size_t>(digits.iScale);
-    const std::size_t length = digits.iCount + zeros + (number.bNegative ? 1 : 0);
-    if (length > text.iCapacity - text.iLength)
+    const std::size_t zeros = static_cast<std::size_t>(digits.scale);
+    const std::size_t length = digits.count + zeros + (number.negative ? 1 : 0);
+    if (length > text.capacity - text.length)
     {
         return kScpiDataOutOfRange;
     }
-    if (number.bNegative)
+    if (number.negative)
     {
         text.Append("-", 1);
     }
-    text.Append(digits.aDigits.data(), digits.iCount);
-    std::memset(text.pText + text.iLength, '0', zeros);
-    text.iLength += zeros;
+    text.Append(digits.digits.data(), digits.count);
+    std::memset(text.text + text.length, '0', zeros);
+    text.length += zeros;
     return 0;
 }
 

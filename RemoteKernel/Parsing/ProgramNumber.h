@@ -13,22 +13,22 @@ inline constexpr std::size_t kMaxDigits = 255;
 inline constexpr int kMaxExponent = 32000;
 
 /// A decimal number in place.
-struct tagDecimal
+struct Decimal
 {
-    const char* pMantissa = nullptr; ///< sign, digits and point
-    std::size_t iMantissaLength = 0;
-    int iExponent = 0;
-    bool bHasExponent = false;
-    bool bHasPoint = false;
-    bool bNegative = false;
-    bool bZero = true;
+    const char* mantissa = nullptr; ///< sign, digits and point
+    std::size_t mantissaLength = 0;
+    int exponent = 0;
+    bool hasExponent = false;
+    bool hasPoint = false;
+    bool negative = false;
+    bool zero = true;
 };
 
 /// Reads a decimal number in the flexible form: blanks may surround the E of the exponent.
 ///
 /// @param[in,out] place  first character; afterwards behind the number, also after -123 and -124
 /// @return 0, or -120, -121, -123, -124
-short ScanDecimal(const char*& place, const char* end, tagDecimal& number) noexcept;
+short ScanDecimal(const char*& place, const char* end, Decimal& number) noexcept;
 
 /// Reads the digits behind \#H, \#Q or \#B.
 ///
@@ -37,25 +37,25 @@ short ScanDecimal(const char*& place, const char* end, tagDecimal& number) noexc
 short ScanNonDecimal(const char*& place, const char* end, unsigned int bits, std::uint64_t& value) noexcept;
 
 /// Room for the text of a number.
-struct tagTextBuffer
+struct TextBuffer
 {
-    char* pText = nullptr;
-    std::size_t iCapacity = 0;
-    std::size_t iLength = 0;
+    char* text = nullptr;
+    std::size_t capacity = 0;
+    std::size_t length = 0;
 
     /// @return false when the text does not fit; nothing is stored then
-    bool Append(const char* text, std::size_t length) noexcept;
+    bool Append(const char* piece, std::size_t count) noexcept;
 };
 
 /// Writes a number with its exponent raised by that of a multiplier; the digits stay as they are.
 ///
 /// @return 0 or -223
-short WriteDecimal(const tagDecimal& number, int exponent, tagTextBuffer& text) noexcept;
+short WriteDecimal(const Decimal& number, int exponent, TextBuffer& text) noexcept;
 
 /// Writes a number rounded to an integer, halves away from zero (IEEE 488.2 section 7.7.2.4.2).
 ///
 /// @return 0, or -222 when the integer has more digits than there is room
-short WriteRounded(const tagDecimal& number, int exponent, tagTextBuffer& text) noexcept;
+short WriteRounded(const Decimal& number, int exponent, TextBuffer& text) noexcept;
 
 /// Tells whether a rounded text is zero, so that a sign before it has no meaning.
 bool IsZeroText(const char* text, std::size_t length) noexcept;

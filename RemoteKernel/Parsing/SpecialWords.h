@@ -10,34 +10,34 @@
 namespace ZoVelkor::RemoteKernel
 {
 
-constexpr tagMnemonicKey MakeWordKey(std::string_view word) noexcept
+constexpr MnemonicKey MakeWordKey(std::string_view word) noexcept
 {
     return ReadMnemonic(word.data(), word.data() + word.size()).key;
 }
 
 /// A word with a meaning of its own, whatever the command.
-struct tagSpecialWord
+struct SpecialWord
 {
-    tagMnemonicKey longForm;
-    tagMnemonicKey shortForm;
-    tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE eCode;
-    std::uint32_t iTypes;      ///< a parameter must have one of these types
-    std::string_view svNumber; ///< number for which the word stands; empty: none
+    MnemonicKey longForm;
+    MnemonicKey shortForm;
+    tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE code;
+    std::uint32_t types;     ///< a parameter must have one of these types
+    std::string_view number; ///< number for which the word stands; empty: none
 
-    constexpr tagSpecialWord(std::string_view longText,
-                             std::string_view shortText,
-                             tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE code,
-                             std::uint32_t types,
-                             std::string_view number) noexcept
+    constexpr SpecialWord(std::string_view longText,
+                          std::string_view shortText,
+                          tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE special,
+                          std::uint32_t allowed,
+                          std::string_view value) noexcept
         : longForm(MakeWordKey(longText)),
           shortForm(MakeWordKey(shortText)),
-          eCode(code),
-          iTypes(types),
-          svNumber(number)
+          code(special),
+          types(allowed),
+          number(value)
     {}
 };
 
-inline constexpr tagSpecialWord kSpecialWords[] = {
+inline constexpr SpecialWord kSpecialWords[] = {
     {"MINIMUM", "MIN", ZO_SCPI_SPECIAL_MINIMUM, ARG_MINMAX, ""},
     {"MAXIMUM", "MAX", ZO_SCPI_SPECIAL_MAXIMUM, ARG_MINMAX, ""},
     {"DEFAULT", "DEF", ZO_SCPI_SPECIAL_DEFAULT, ARG_DEFAULT, ""},

@@ -6,13 +6,13 @@ namespace ZoVelkor::RemoteKernel
 {
 
 /// Multiplier of a unit suffix (IEEE 488.2 table 7-2).
-struct tagUnitMultiplier
+struct UnitMultiplier
 {
-    std::string_view svText;
-    int iExponent;
+    std::string_view text;
+    int exponent;
 };
 
-inline constexpr tagUnitMultiplier kUnitMultipliers[] = {
+inline constexpr UnitMultiplier kUnitMultipliers[] = {
     {"EX", 18},
     {"PE", 15},
     {"T", 12},

@@ -8,9 +8,9 @@ namespace
 
 CComPtr<CSessionOutput> NoOutput()
 {
-    CComPtr<CSessionOutput> spOutput = CSessionOutput::Create(0U);
-    spOutput->Cancel();
-    return spOutput;
+    CComPtr<CSessionOutput> output = CSessionOutput::Create(0U);
+    output->Cancel();
+    return output;
 }
 
 } // namespace

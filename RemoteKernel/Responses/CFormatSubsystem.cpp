@@ -27,26 +27,26 @@ constexpr std::size_t kTextChunk = 256;
 /// Room that WriteReal and a separator need.
 constexpr std::size_t kMaxRealText = 48;
 
-struct tagFormatRow
+struct FormatRow
 {
     const char* szName;
-    long iMaxDigits;
-    tagEnumFormatDataType eType;
-    unsigned iBitsPerDigit; // 0: decimal
+    long maxDigits;
+    tagEnumFormatDataType type;
+    unsigned bitsPerDigit; // 0: decimal
 };
 
-constexpr tagFormatRow kTextFormats[] = {
+constexpr FormatRow kTextFormats[] = {
     {"ASC", CFormatSubsystem::kMaxDigits, ZO_FORMAT_ASCII, 0},
     {"HEX", 16, ZO_FORMAT_HEX, 4},
     {"OCT", 22, ZO_FORMAT_OCTAL, 3},
     {"BIN", 64, ZO_FORMAT_BINARY, 1},
 };
 
-const tagFormatRow* FindTextFormat(tagEnumFormatDataType type) noexcept
+const FormatRow* FindTextFormat(tagEnumFormatDataType type) noexcept
 {
     const auto* found = std::find_if(std::begin(kTextFormats),
                                      std::end(kTextFormats),
-                                     [type](const auto& row) { return row.eType == type; });
+                                     [type](const auto& row) { return row.type == type; });
     return found == std::end(kTextFormats) ? nullptr : found;
 }
 
@@ -59,8 +59,8 @@ bool IsValidFormat(tagEnumFormatDataType type, long width) noexcept
     case ZO_FORMAT_INTEGER:
         return width == 8 || width == 16 || width == 32 || width == 64;
     default:
-        const tagFormatRow* row = FindTextFormat(type);
-        return row != nullptr && width >= 0 && width <= row->iMaxDigits;
+        const FormatRow* row = FindTextFormat(type);
+        return row != nullptr && width >= 0 && width <= row->maxDigits;
     }
 }
 
@@ -78,13 +78,13 @@ T ToElement(double value) noexcept
     }
     else
     {
-        const tagResponseNumber number{tagResponseNumber::tagKind::Double, 0, 0, value};
+        const ResponseNumber number{ResponseNumber::Kind::Double, 0, 0, value};
         return static_cast<T>(number.AsInteger(std::numeric_limits<T>::min(), std::numeric_limits<T>::max()));
     }
 }
 
 template <class T>
-T ToElement(const tagResponseNumber& number) noexcept
+T ToElement(const ResponseNumber& number) noexcept
 {
     if constexpr (std::is_floating_point_v<T>)
     {
@@ -126,10 +126,10 @@ T ReverseBytes(T value) noexcept
 }
 
 template <class T>
-void StoreElement(char* place, T value, bool bMostSignificantFirst) noexcept
+void StoreElement(char* place, T value, bool mostSignificantFirst) noexcept
 {
     auto bits = std::bit_cast<UnsignedOf<sizeof(T)>>(value);
-    if (bMostSignificantFirst == (std::endian::native == std::endian::little))
+    if (mostSignificantFirst == (std::endian::native == std::endian::little))
     {
         bits = ReverseBytes(bits);
     }
@@ -159,106 +159,106 @@ void VisitElementType(tagEnumFormatDataType type, long width, TCall&& call)
 }
 
 char* WriteNumberText(char* place,
-                      const tagResponseNumber& number,
+                      const ResponseNumber& number,
                       tagEnumFormatDataType type,
                       long width) noexcept
 {
-    using tagKind = tagResponseNumber::tagKind;
-    if (const tagFormatRow* row = FindTextFormat(type); row != nullptr && row->iBitsPerDigit != 0)
+    using Kind = ResponseNumber::Kind;
+    if (const FormatRow* row = FindTextFormat(type); row != nullptr && row->bitsPerDigit != 0)
     {
         auto pattern =
-            number.eKind == tagKind::Unsigned
-                ? number.iUnsigned
+            number.kind == Kind::Unsigned
+                ? number.number
                 : static_cast<std::uint64_t>(number.AsInteger(std::numeric_limits<std::int64_t>::min(),
                                                               std::numeric_limits<std::int64_t>::max()));
-        if (static_cast<std::int64_t>(pattern) < 0 && number.eKind != tagKind::Unsigned &&
+        if (static_cast<std::int64_t>(pattern) < 0 && number.kind != Kind::Unsigned &&
             static_cast<std::int64_t>(pattern) >= std::numeric_limits<std::int32_t>::min())
         {
             pattern &= std::numeric_limits<std::uint32_t>::max();
         }
-        return WriteNonDecimal(place, pattern, row->iBitsPerDigit, static_cast<unsigned>(width));
+        return WriteNonDecimal(place, pattern, row->bitsPerDigit, static_cast<unsigned>(width));
     }
-    switch (number.eKind)
+    switch (number.kind)
     {
-    case tagKind::Signed:
-        return WriteInteger(place, number.iSigned);
-    case tagKind::Unsigned:
-        return WriteInteger(place, number.iUnsigned);
+    case Kind::Signed:
+        return WriteInteger(place, number.hasSign);
+    case Kind::Unsigned:
+        return WriteInteger(place, number.number);
     default:
         break;
     }
     if (width != 0)
     {
-        return WriteRealWithDigits(place, number.dReal, static_cast<int>(width));
+        return WriteRealWithDigits(place, number.real, static_cast<int>(width));
     }
-    return number.eKind == tagKind::Float ? WriteReal(place, static_cast<float>(number.dReal))
-                                          : WriteReal(place, number.dReal);
+    return number.kind == Kind::Float ? WriteReal(place, static_cast<float>(number.real))
+                                      : WriteReal(place, number.real);
 }
 
 } // namespace
 
 /// One data item: a scalar, or the elements of an array.
-struct CFormatSubsystem::tagItem
+struct CFormatSubsystem::Item
 {
     CComVariant value; // references resolved
-    tagEnumFormatDataInterpretation eInterpretation = ZO_INTERPRETATION_NUMERIC;
-    bool bArray = false;
-    std::size_t iLength = 1;
+    tagEnumFormatDataInterpretation interpretation = ZO_INTERPRETATION_NUMERIC;
+    bool array = false;
+    std::size_t length = 1;
 
-    HRESULT Set(const VARIANT* source, tagEnumFormatDataInterpretation interpretation) noexcept
+    HRESULT Set(const VARIANT* item, tagEnumFormatDataInterpretation meaning) noexcept
     {
-        if (source == nullptr)
+        if (item == nullptr)
         {
             return E_POINTER;
         }
-        eInterpretation = interpretation;
+        interpretation = meaning;
         // Arrays are only looked at, so the variant shares them instead of copying (see Element).
-        pSource = source;
-        if ((source->vt & VT_BYREF) != 0)
+        source = item;
+        if ((item->vt & VT_BYREF) != 0)
         {
-            const HRESULT result = VariantCopyInd(&value, source);
+            const HRESULT result = VariantCopyInd(&value, item);
             if (FAILED(result))
             {
                 return result;
             }
-            pSource = &value;
+            source = &value;
         }
-        bArray = (pSource->vt & VT_ARRAY) != 0;
-        if (bArray && pSource->parray == nullptr)
+        array = (source->vt & VT_ARRAY) != 0;
+        if (array && source->parray == nullptr)
         {
             return E_INVALIDARG;
         }
-        iLength = bArray ? pSource->parray->rgsabound[0].cElements : 1;
-        return interpretation <= ZO_INTERPRETATION_STRING ? S_OK : E_INVALIDARG;
+        length = array ? source->parray->rgsabound[0].cElements : 1;
+        return meaning <= ZO_INTERPRETATION_STRING ? S_OK : E_INVALIDARG;
     }
 
     /// An element as a variant that owns nothing.
     VARIANT Element(std::size_t index) const noexcept
     {
-        if (!bArray)
+        if (!array)
         {
-            return *pSource;
+            return *source;
         }
-        const SAFEARRAY& array = *pSource->parray;
+        const SAFEARRAY& elements = *source->parray;
         VARIANT element{};
-        element.vt = array.elementType;
+        element.vt = elements.elementType;
         std::memcpy(&element.llVal,
-                    static_cast<const char*>(array.pvData) + index * array.cbElements,
-                    std::min<std::size_t>(array.cbElements, sizeof element.llVal));
+                    static_cast<const char*>(elements.pvData) + index * elements.cbElements,
+                    std::min<std::size_t>(elements.cbElements, sizeof element.llVal));
         return element;
     }
 
-    const VARIANT* pSource = nullptr;
+    const VARIANT* source = nullptr;
 };
 
 HRESULT CFormatSubsystem::WriteRaw(std::string_view text) noexcept
 {
     char* place = nullptr;
-    const HRESULT result = m_spOutput->Prepare(text.size(), &place);
+    const HRESULT result = m_output->Prepare(text.size(), &place);
     if (SUCCEEDED(result))
     {
         std::memcpy(place, text.data(), text.size());
-        m_spOutput->Commit(text.size());
+        m_output->Commit(text.size());
     }
     return result;
 }
@@ -268,14 +268,14 @@ HRESULT CFormatSubsystem::InsertDataSeparator()
     return WriteRaw(",");
 }
 
-HRESULT CFormatSubsystem::NumericVariant(VARIANT const* value, tagEnumFormatDataType type, long width)
+HRESULT CFormatSubsystem::NumericVariant(const VARIANT* value, tagEnumFormatDataType type, long width)
 {
     if (value == nullptr)
     {
         return E_POINTER;
     }
-    const tagFormatRow* row = FindTextFormat(type == ZO_FORMAT_DEFAULT ? ZO_FORMAT_ASCII : type);
-    if (row == nullptr || width < 0 || width > row->iMaxDigits)
+    const FormatRow* row = FindTextFormat(type == ZO_FORMAT_DEFAULT ? ZO_FORMAT_ASCII : type);
+    if (row == nullptr || width < 0 || width > row->maxDigits)
     {
         return E_INVALIDARG;
     }
@@ -290,26 +290,26 @@ HRESULT CFormatSubsystem::NumericVariant(VARIANT const* value, tagEnumFormatData
 
 HRESULT CFormatSubsystem::WriteNumber(const VARIANT& value, tagEnumFormatDataType type, long width) noexcept
 {
-    tagResponseNumber number;
+    ResponseNumber number;
     HRESULT result = ReadResponseNumber(value, number);
     char* place = nullptr;
     if (SUCCEEDED(result))
     {
-        result = m_spOutput->Prepare(kMaxNumberText, &place);
+        result = m_output->Prepare(kMaxNumberText, &place);
     }
     if (SUCCEEDED(result))
     {
-        m_spOutput->Commit(static_cast<std::size_t>(WriteNumberText(place, number, type, width) - place));
+        m_output->Commit(static_cast<std::size_t>(WriteNumberText(place, number, type, width) - place));
     }
     return result;
 }
 
-HRESULT CFormatSubsystem::NumericText(unsigned long length, char const* text)
+HRESULT CFormatSubsystem::NumericText(unsigned long length, const char* text)
 {
     return text == nullptr && length != 0 ? E_POINTER : WriteRaw({text, length});
 }
 
-HRESULT CFormatSubsystem::StringText(unsigned long length, char const* text)
+HRESULT CFormatSubsystem::StringText(unsigned long length, const char* text)
 {
     if (text == nullptr && length != 0)
     {
@@ -318,7 +318,7 @@ HRESULT CFormatSubsystem::StringText(unsigned long length, char const* text)
     const std::string_view contents(text, length);
     const auto quotes = static_cast<std::size_t>(std::count(contents.begin(), contents.end(), '"'));
     char* place = nullptr;
-    const HRESULT result = m_spOutput->Prepare(length + quotes + 2, &place);
+    const HRESULT result = m_output->Prepare(length + quotes + 2, &place);
     if (FAILED(result))
     {
         return result;
@@ -334,11 +334,11 @@ HRESULT CFormatSubsystem::StringText(unsigned long length, char const* text)
         *end++ = c;
     }
     *end++ = '"';
-    m_spOutput->Commit(static_cast<std::size_t>(end - place));
+    m_output->Commit(static_cast<std::size_t>(end - place));
     return S_OK;
 }
 
-HRESULT CFormatSubsystem::OutputData(VARIANT const* data,
+HRESULT CFormatSubsystem::OutputData(const VARIANT* data,
                                      tagEnumFormatDataInterpretation interpretation,
                                      VARIANT_BOOL separator)
 {
@@ -346,8 +346,8 @@ HRESULT CFormatSubsystem::OutputData(VARIANT const* data,
 }
 
 HRESULT CFormatSubsystem::OutputScatteredData(unsigned long count,
-                                              VARIANT const* const* data,
-                                              tagEnumFormatDataInterpretation const* interpretations,
+                                              const VARIANT* const* data,
+                                              const tagEnumFormatDataInterpretation* interpretations,
                                               VARIANT_BOOL separator)
 {
     if (data == nullptr || interpretations == nullptr)
@@ -359,7 +359,7 @@ HRESULT CFormatSubsystem::OutputScatteredData(unsigned long count,
         return E_INVALIDARG;
     }
     return GuardedEntry([&]() -> HRESULT {
-        std::vector<tagItem> items(count);
+        std::vector<Item> items(count);
         for (std::size_t i = 0; i < count; ++i)
         {
             const HRESULT result = items[i].Set(data[i], interpretations[i]);
@@ -367,36 +367,36 @@ HRESULT CFormatSubsystem::OutputScatteredData(unsigned long count,
             {
                 return result;
             }
-            if (items[i].iLength != items[0].iLength)
+            if (items[i].length != items[0].length)
             {
                 return E_INVALIDARG;
             }
         }
         const HRESULT result = separator != VARIANT_FALSE ? InsertDataSeparator() : S_OK;
-        return FAILED(result) ? result : WriteItems(items, items[0].iLength);
+        return FAILED(result) ? result : WriteItems(items, items[0].length);
     });
 }
 
-HRESULT CFormatSubsystem::WriteItems(std::span<const tagItem> items, std::size_t length)
+HRESULT CFormatSubsystem::WriteItems(std::span<const Item> items, std::size_t length)
 {
-    const auto isBlockData = [this](const tagItem& item) {
-        return IsBinary() && item.eInterpretation == ZO_INTERPRETATION_NUMERIC;
+    const auto isBlockData = [this](const Item& item) {
+        return IsBinary() && item.interpretation == ZO_INTERPRETATION_NUMERIC;
     };
     if (length == 0)
     {
         return isBlockData(items[0]) ? WriteBlockHeader(0) : S_OK;
     }
-    if (items.size() == 1 && items[0].bArray && items[0].pSource->parray->elementType == VT_R8 &&
-        items[0].eInterpretation == ZO_INTERPRETATION_NUMERIC)
+    if (items.size() == 1 && items[0].array && items[0].source->parray->elementType == VT_R8 &&
+        items[0].interpretation == ZO_INTERPRETATION_NUMERIC)
     {
-        return OutputDoubles(static_cast<const double*>(items[0].pSource->parray->pvData), length);
+        return OutputDoubles(static_cast<const double*>(items[0].source->parray->pvData), length);
     }
     const std::size_t total = items.size() * length;
-    const auto itemOf = [items](std::size_t place) -> const tagItem& { return items[place % items.size()]; };
+    const auto itemOf = [items](std::size_t place) -> const Item& { return items[place % items.size()]; };
     std::size_t blockEnd = 0; // up to here the elements belong to the block that was begun
     for (std::size_t place = 0; place < total; ++place)
     {
-        const tagItem& item = itemOf(place);
+        const Item& item = itemOf(place);
         const VARIANT element = item.Element(place / items.size());
         HRESULT result = place != 0 && place >= blockEnd ? InsertDataSeparator() : S_OK;
         if (SUCCEEDED(result) && isBlockData(item) && place >= blockEnd)
@@ -408,7 +408,7 @@ HRESULT CFormatSubsystem::WriteItems(std::span<const tagItem> items, std::size_t
         if (SUCCEEDED(result))
         {
             result =
-                isBlockData(item) ? WriteBinaryNumber(element) : WriteElement(element, item.eInterpretation);
+                isBlockData(item) ? WriteBinaryNumber(element) : WriteElement(element, item.interpretation);
         }
         if (FAILED(result))
         {
@@ -425,14 +425,14 @@ HRESULT CFormatSubsystem::WriteElement(const VARIANT& value, tagEnumFormatDataIn
     case ZO_INTERPRETATION_STRING:
         return WriteString(value);
     case ZO_INTERPRETATION_BOOLEAN: {
-        tagResponseNumber number;
+        ResponseNumber number;
         const HRESULT result = ReadResponseNumber(value, number);
         return FAILED(result) ? result : WriteRaw(number.AsDouble() != 0 ? "1" : "0");
     }
     case ZO_INTERPRETATION_ASCII:
-        return WriteNumber(value, ZO_FORMAT_ASCII, m_eType == ZO_FORMAT_ASCII ? m_iWidth : 0);
+        return WriteNumber(value, ZO_FORMAT_ASCII, m_type == ZO_FORMAT_ASCII ? m_width : 0);
     default:
-        return WriteNumber(value, m_eType, m_iWidth);
+        return WriteNumber(value, m_type, m_width);
     }
 }
 
@@ -450,19 +450,19 @@ HRESULT CFormatSubsystem::WriteString(const VARIANT& value)
 
 HRESULT CFormatSubsystem::WriteBinaryNumber(const VARIANT& value) noexcept
 {
-    tagResponseNumber number;
+    ResponseNumber number;
     HRESULT result = ReadResponseNumber(value, number);
     char* place = nullptr;
     if (SUCCEEDED(result))
     {
-        result = m_spOutput->Prepare(ElementSize(), &place);
+        result = m_output->Prepare(ElementSize(), &place);
     }
     if (SUCCEEDED(result))
     {
-        VisitElementType(m_eType, m_iWidth, [&](auto sample) {
-            StoreElement(place, ToElement<decltype(sample)>(number), m_eByteOrder == ZO_BYTE_ORDER_NORMAL);
+        VisitElementType(m_type, m_width, [&](auto sample) {
+            StoreElement(place, ToElement<decltype(sample)>(number), m_byteOrder == ZO_BYTE_ORDER_NORMAL);
         });
-        m_spOutput->Commit(ElementSize());
+        m_output->Commit(ElementSize());
     }
     return result;
 }
@@ -477,7 +477,7 @@ HRESULT CFormatSubsystem::WriteBlockHeader(std::size_t dataBytes) noexcept
     return FAILED(result) ? result : WriteRaw(digits);
 }
 
-HRESULT CFormatSubsystem::OutputDoubles(double const* values, unsigned long count)
+HRESULT CFormatSubsystem::OutputDoubles(const double* values, unsigned long count)
 {
     if (values == nullptr && count != 0)
     {
@@ -489,13 +489,13 @@ HRESULT CFormatSubsystem::OutputDoubles(double const* values, unsigned long coun
 
 HRESULT CFormatSubsystem::WriteDoublesAsText(std::span<const double> values) noexcept
 {
-    const bool bPlain = m_eType == ZO_FORMAT_ASCII && m_iWidth == 0;
-    const std::size_t room = bPlain ? kMaxRealText : kMaxNumberText + 1;
+    const bool plain = m_type == ZO_FORMAT_ASCII && m_width == 0;
+    const std::size_t room = plain ? kMaxRealText : kMaxNumberText + 1;
     for (std::size_t first = 0; first < values.size(); first += kTextChunk)
     {
         const auto chunk = values.subspan(first, std::min(kTextChunk, values.size() - first));
         char* place = nullptr;
-        const HRESULT result = m_spOutput->Prepare(chunk.size() * room, &place);
+        const HRESULT result = m_output->Prepare(chunk.size() * room, &place);
         if (FAILED(result))
         {
             return result;
@@ -503,13 +503,12 @@ HRESULT CFormatSubsystem::WriteDoublesAsText(std::span<const double> values) noe
         char* end = place;
         for (const double value : chunk)
         {
-            end = bPlain ? WriteReal(end, value)
-                         : WriteNumberText(
-                               end, {tagResponseNumber::tagKind::Double, 0, 0, value}, m_eType, m_iWidth);
+            end = plain ? WriteReal(end, value)
+                        : WriteNumberText(end, {ResponseNumber::Kind::Double, 0, 0, value}, m_type, m_width);
             *end++ = ',';
         }
-        const bool bLast = first + chunk.size() == values.size();
-        m_spOutput->Commit(static_cast<std::size_t>(end - place) - (bLast ? 1 : 0));
+        const bool last = first + chunk.size() == values.size();
+        m_output->Commit(static_cast<std::size_t>(end - place) - (last ? 1 : 0));
     }
     return S_OK;
 }
@@ -521,21 +520,21 @@ HRESULT CFormatSubsystem::WriteDoublesAsBlock(std::span<const double> values) no
     char* place = nullptr;
     if (SUCCEEDED(result))
     {
-        result = m_spOutput->Prepare(bytes, &place);
+        result = m_output->Prepare(bytes, &place);
     }
     if (SUCCEEDED(result))
     {
-        const bool bMostSignificantFirst = m_eByteOrder == ZO_BYTE_ORDER_NORMAL;
-        VisitElementType(m_eType, m_iWidth, [&](auto sample) {
+        const bool mostSignificantFirst = m_byteOrder == ZO_BYTE_ORDER_NORMAL;
+        VisitElementType(m_type, m_width, [&](auto sample) {
             using TElement = decltype(sample);
             char* end = place;
             for (const double value : values)
             {
-                StoreElement(end, ToElement<TElement>(value), bMostSignificantFirst);
+                StoreElement(end, ToElement<TElement>(value), mostSignificantFirst);
                 end += sizeof(TElement);
             }
         });
-        m_spOutput->Commit(bytes);
+        m_output->Commit(bytes);
     }
     return result;
 }
@@ -546,8 +545,8 @@ HRESULT CFormatSubsystem::get_DataFormat(tagEnumFormatDataType* type, long* widt
     {
         return E_POINTER;
     }
-    *type = m_eType;
-    *width = m_iWidth;
+    *type = m_type;
+    *width = m_width;
     return S_OK;
 }
 
@@ -557,8 +556,8 @@ HRESULT CFormatSubsystem::put_DataFormat(tagEnumFormatDataType type, long width)
     {
         return E_INVALIDARG;
     }
-    m_eType = type;
-    m_iWidth = width;
+    m_type = type;
+    m_width = width;
     return S_OK;
 }
 
@@ -568,7 +567,7 @@ HRESULT CFormatSubsystem::get_ByteOrder(tagEnumFormatByteOrder* order)
     {
         return E_POINTER;
     }
-    *order = m_eByteOrder;
+    *order = m_byteOrder;
     return S_OK;
 }
 
@@ -578,7 +577,7 @@ HRESULT CFormatSubsystem::put_ByteOrder(tagEnumFormatByteOrder order)
     {
         return E_INVALIDARG;
     }
-    m_eByteOrder = order;
+    m_byteOrder = order;
     return S_OK;
 }
 
@@ -593,9 +592,9 @@ HRESULT CFormatSubsystem::GetDataFormatText(wchar_t** text)
         return E_INVALIDARG;
     }
     return GuardedEntry([&]() -> HRESULT {
-        const tagFormatRow* row = FindTextFormat(m_eType);
-        std::string name = row != nullptr ? row->szName : m_eType == ZO_FORMAT_REAL ? "REAL" : "INT";
-        name += ',' + std::to_string(m_iWidth);
+        const FormatRow* row = FindTextFormat(m_type);
+        std::string name = row != nullptr ? row->szName : m_type == ZO_FORMAT_REAL ? "REAL" : "INT";
+        name += ',' + std::to_string(m_width);
         *text = A2WBSTR(name.c_str());
         return *text != nullptr ? S_OK : E_OUTOFMEMORY;
     });
@@ -603,9 +602,9 @@ HRESULT CFormatSubsystem::GetDataFormatText(wchar_t** text)
 
 HRESULT CFormatSubsystem::Reset()
 {
-    m_eType = ZO_FORMAT_ASCII;
-    m_iWidth = 0;
-    m_eByteOrder = ZO_BYTE_ORDER_NORMAL;
+    m_type = ZO_FORMAT_ASCII;
+    m_width = 0;
+    m_byteOrder = ZO_BYTE_ORDER_NORMAL;
     return S_OK;
 }
 

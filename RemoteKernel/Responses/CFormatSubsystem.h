@@ -32,21 +32,21 @@ public:
     /// Most significant digits that can be asked for; a double has no more.
     static constexpr long kMaxDigits = 17;
 
-    explicit CFormatSubsystem(CComPtr<CSessionOutput> spOutput) noexcept : m_spOutput(std::move(spOutput)) {}
+    explicit CFormatSubsystem(CComPtr<CSessionOutput> output) noexcept : m_output(std::move(output)) {}
     virtual ~CFormatSubsystem() = default;
 
     HRESULT InsertDataSeparator() override;
-    HRESULT NumericVariant(VARIANT const* value, tagEnumFormatDataType type, long width) override;
-    HRESULT NumericText(unsigned long length, char const* text) override;
-    HRESULT StringText(unsigned long length, char const* text) override;
-    HRESULT OutputData(VARIANT const* data,
+    HRESULT NumericVariant(const VARIANT* value, tagEnumFormatDataType type, long width) override;
+    HRESULT NumericText(unsigned long length, const char* text) override;
+    HRESULT StringText(unsigned long length, const char* text) override;
+    HRESULT OutputData(const VARIANT* data,
                        tagEnumFormatDataInterpretation interpretation,
                        VARIANT_BOOL separator) override;
     HRESULT OutputScatteredData(unsigned long count,
-                                VARIANT const* const* data,
-                                tagEnumFormatDataInterpretation const* interpretations,
+                                const VARIANT* const* data,
+                                const tagEnumFormatDataInterpretation* interpretations,
                                 VARIANT_BOOL separator) override;
-    HRESULT OutputDoubles(double const* values, unsigned long count) override;
+    HRESULT OutputDoubles(const double* values, unsigned long count) override;
     HRESULT get_DataFormat(tagEnumFormatDataType* type, long* width) override;
     HRESULT put_DataFormat(tagEnumFormatDataType type, long width) override;
     HRESULT get_ByteOrder(tagEnumFormatByteOrder* order) override;
@@ -58,10 +58,10 @@ public:
     HRESULT WriteBlockHeader(std::size_t dataBytes) noexcept;
 
 private:
-    struct tagItem;
+    struct Item;
 
-    bool IsBinary() const noexcept { return m_eType == ZO_FORMAT_REAL || m_eType == ZO_FORMAT_INTEGER; }
-    std::size_t ElementSize() const noexcept { return static_cast<std::size_t>(m_iWidth) / 8; }
+    bool IsBinary() const noexcept { return m_type == ZO_FORMAT_REAL || m_type == ZO_FORMAT_INTEGER; }
+    std::size_t ElementSize() const noexcept { return static_cast<std::size_t>(m_width) / 8; }
     HRESULT WriteRaw(std::string_view text) noexcept;
     HRESULT WriteDoublesAsText(std::span<const double> values) noexcept;
     HRESULT WriteDoublesAsBlock(std::span<const double> values) noexcept;
@@ -69,12 +69,12 @@ private:
     HRESULT WriteBinaryNumber(const VARIANT& value) noexcept;
     HRESULT WriteString(const VARIANT& value);
     HRESULT WriteElement(const VARIANT& value, tagEnumFormatDataInterpretation interpretation);
-    HRESULT WriteItems(std::span<const tagItem> items, std::size_t length);
+    HRESULT WriteItems(std::span<const Item> items, std::size_t length);
 
-    CComPtr<CSessionOutput> m_spOutput;
-    tagEnumFormatDataType m_eType = ZO_FORMAT_ASCII;
-    long m_iWidth = 0;
-    tagEnumFormatByteOrder m_eByteOrder = ZO_BYTE_ORDER_NORMAL;
+    CComPtr<CSessionOutput> m_output;
+    tagEnumFormatDataType m_type = ZO_FORMAT_ASCII;
+    long m_width = 0;
+    tagEnumFormatByteOrder m_byteOrder = ZO_BYTE_ORDER_NORMAL;
 };
 
 } // namespace ZoVelkor::RemoteKernel

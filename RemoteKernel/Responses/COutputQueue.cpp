@@ -25,12 +25,12 @@ const wchar_t* FailureText(HRESULT result) noexcept
 
 } // namespace
 
-HRESULT COutputQueue::Write(unsigned long length, char const* text, wchar_t** error)
+HRESULT COutputQueue::Write(unsigned long length, const char* text, wchar_t** error)
 {
     return Append(length, text, error);
 }
 
-HRESULT COutputQueue::WriteBinary(unsigned long length, unsigned char const* data, wchar_t** error)
+HRESULT COutputQueue::WriteBinary(unsigned long length, const unsigned char* data, wchar_t** error)
 {
     return Append(length, data, error);
 }
@@ -57,15 +57,15 @@ HRESULT COutputQueue::Append(std::size_t length, const void* bytes, wchar_t** er
 
 HRESULT COutputQueue::Prepare(std::size_t maxBytes, char** place) noexcept
 {
-    if (m_bCancelled.load(std::memory_order_relaxed))
+    if (m_cancelled.load(std::memory_order_relaxed))
     {
         return E_ABORT;
     }
-    const std::size_t separator = m_bSeparatorPending ? 1 : 0;
+    const std::size_t separator = m_separatorPending ? 1 : 0;
     const std::size_t used = m_buffer.Size() - m_messageStart + separator;
-    if (m_bRefused || used > m_limit || maxBytes > m_limit - used)
+    if (m_refused || used > m_limit || maxBytes > m_limit - used)
     {
-        m_bRefused = true;
+        m_refused = true;
         return E_FAIL;
     }
     try
@@ -80,24 +80,24 @@ HRESULT COutputQueue::Prepare(std::size_t maxBytes, char** place) noexcept
     {
         *(*place)++ = ';';
         m_buffer.Commit(1);
-        m_bSeparatorPending = false;
+        m_separatorPending = false;
     }
     return S_OK;
 }
 
 void COutputQueue::EndMessage()
 {
-    if (m_bDropped)
+    if (m_dropped)
     {
         m_buffer.Truncate(m_messageStart);
-        m_bDropped = false;
+        m_dropped = false;
     }
     if (m_buffer.Size() != m_messageStart)
     {
         m_buffer.Append("\n", 1);
     }
     m_messageStart = m_commandStart = m_buffer.Size();
-    m_bIndefinite = false;
+    m_indefinite = false;
 }
 
 void COutputQueue::Clear() noexcept

@@ -25,8 +25,8 @@ public:
     explicit COutputQueue(std::size_t limit) noexcept : m_limit(limit) {}
     virtual ~COutputQueue() = default;
 
-    HRESULT Write(unsigned long length, char const* text, wchar_t** error) override;
-    HRESULT WriteBinary(unsigned long length, unsigned char const* data, wchar_t** error) override;
+    HRESULT Write(unsigned long length, const char* text, wchar_t** error) override;
+    HRESULT WriteBinary(unsigned long length, const unsigned char* data, wchar_t** error) override;
 
     /// Lends room for response bytes, which Commit takes over.
     ///
@@ -38,23 +38,23 @@ public:
     /// Starts the response of the next command of the message.
     void BeginCommand() noexcept
     {
-        m_bIndefinite = m_bIndefinite || IsIndefinite(m_buffer.View().substr(m_commandStart));
+        m_indefinite = m_indefinite || IsIndefinite(m_buffer.View().substr(m_commandStart));
         m_commandStart = m_buffer.Size();
-        m_bSeparatorPending = m_commandStart != m_messageStart;
-        m_bRefused = false;
+        m_separatorPending = m_commandStart != m_messageStart;
+        m_refused = false;
     }
     /// Tells whether a command before the running one has answered a block of indefinite length, behind which
     /// nothing can be told apart from it (IEEE 488.2 section 8.7.10).
-    bool HasIndefinite() const noexcept { return m_bIndefinite; }
+    bool HasIndefinite() const noexcept { return m_indefinite; }
     /// Forgets what the running command has answered.
     void DropCommand() noexcept { m_buffer.Truncate(m_commandStart); }
     /// Tells whether the running command has answered more than a message may.
-    bool IsRefused() const noexcept { return m_bRefused; }
+    bool IsRefused() const noexcept { return m_refused; }
     /// Forgets what the message has answered and will answer.
     void DropMessage() noexcept
     {
         m_buffer.Truncate(m_messageStart);
-        m_bDropped = true;
+        m_dropped = true;
     }
     /// Ends the response message.
     void EndMessage();
@@ -71,9 +71,9 @@ public:
     void ReleaseMemory() noexcept { m_buffer.ReleaseMemory(kKeptCapacity); }
 
     /// Refuses all further writes with E_ABORT. Threads: any.
-    void Cancel() noexcept { m_bCancelled.store(true, std::memory_order_relaxed); }
+    void Cancel() noexcept { m_cancelled.store(true, std::memory_order_relaxed); }
     /// Accepts writes again.
-    void Resume() noexcept { m_bCancelled.store(false, std::memory_order_relaxed); }
+    void Resume() noexcept { m_cancelled.store(false, std::memory_order_relaxed); }
 
 private:
     /// @param answer  of one command, perhaps behind the separator
@@ -87,11 +87,11 @@ private:
     CByteBuffer m_buffer;
     std::size_t m_messageStart = 0;
     std::size_t m_commandStart = 0;
-    bool m_bSeparatorPending = false;
-    bool m_bIndefinite = false;
-    bool m_bRefused = false; // the running command has passed the limit
-    bool m_bDropped = false; // nothing of the message at hand is answered
-    std::atomic<bool> m_bCancelled{false};
+    bool m_separatorPending = false;
+    bool m_indefinite = false;
+    bool m_refused = false; // the running command has passed the limit
+    bool m_dropped = false; // nothing of the message at hand is answered
+    std::atomic<bool> m_cancelled{false};
 };
 
 } // namespace ZoVelkor::RemoteKernel

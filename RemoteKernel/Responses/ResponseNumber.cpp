@@ -11,54 +11,54 @@ namespace ZoVelkor::RemoteKernel
 namespace
 {
 
-tagResponseNumber Signed(std::int64_t value) noexcept
+ResponseNumber Signed(std::int64_t value) noexcept
 {
-    return {tagResponseNumber::tagKind::Signed, value, 0, 0};
+    return {ResponseNumber::Kind::Signed, value, 0, 0};
 }
 
-tagResponseNumber Unsigned(std::uint64_t value) noexcept
+ResponseNumber Unsigned(std::uint64_t value) noexcept
 {
-    return {tagResponseNumber::tagKind::Unsigned, 0, value, 0};
+    return {ResponseNumber::Kind::Unsigned, 0, value, 0};
 }
 
-HRESULT ReadByConversion(const VARIANT& value, tagResponseNumber& number) noexcept
+HRESULT ReadByConversion(const VARIANT& value, ResponseNumber& number) noexcept
 {
     CComVariant converted;
     const HRESULT result = converted.ChangeType(VT_R8, &value);
-    number = {tagResponseNumber::tagKind::Double, 0, 0, converted.dblVal};
+    number = {ResponseNumber::Kind::Double, 0, 0, converted.dblVal};
     return result;
 }
 
 } // namespace
 
-double tagResponseNumber::AsDouble() const noexcept
+double ResponseNumber::AsDouble() const noexcept
 {
-    switch (eKind)
+    switch (kind)
     {
-    case tagKind::Signed:
-        return static_cast<double>(iSigned);
-    case tagKind::Unsigned:
-        return static_cast<double>(iUnsigned);
+    case Kind::Signed:
+        return static_cast<double>(hasSign);
+    case Kind::Unsigned:
+        return static_cast<double>(number);
     default:
-        return dReal;
+        return real;
     }
 }
 
-std::int64_t tagResponseNumber::AsInteger(std::int64_t low, std::int64_t high) const noexcept
+std::int64_t ResponseNumber::AsInteger(std::int64_t low, std::int64_t high) const noexcept
 {
-    if (eKind == tagKind::Signed)
+    if (kind == Kind::Signed)
     {
-        return std::clamp(iSigned, low, high);
+        return std::clamp(hasSign, low, high);
     }
-    if (eKind == tagKind::Unsigned)
+    if (kind == Kind::Unsigned)
     {
-        return iUnsigned > static_cast<std::uint64_t>(high) ? high : static_cast<std::int64_t>(iUnsigned);
+        return number > static_cast<std::uint64_t>(high) ? high : static_cast<std::int64_t>(number);
     }
-    if (std::isnan(dReal))
+    if (std::isnan(real))
     {
         return 0;
     }
-    const double rounded = std::nearbyint(dReal);
+    const double rounded = std::nearbyint(real);
     // As a double, high can be rounded up to a value beyond the range.
     if (rounded >= static_cast<double>(high))
     {
@@ -67,9 +67,9 @@ std::int64_t tagResponseNumber::AsInteger(std::int64_t low, std::int64_t high) c
     return rounded <= static_cast<double>(low) ? low : static_cast<std::int64_t>(rounded);
 }
 
-HRESULT ReadResponseNumber(const VARIANT& value, tagResponseNumber& number) noexcept
+HRESULT ReadResponseNumber(const VARIANT& value, ResponseNumber& number) noexcept
 {
-    using tagKind = tagResponseNumber::tagKind;
+    using Kind = ResponseNumber::Kind;
     switch (value.vt)
     {
     case VT_I1:
@@ -102,10 +102,10 @@ HRESULT ReadResponseNumber(const VARIANT& value, tagResponseNumber& number) noex
         number = Signed(value.boolVal != VARIANT_FALSE ? 1 : 0);
         return S_OK;
     case VT_R4:
-        number = {tagKind::Float, 0, 0, static_cast<double>(value.fltVal)};
+        number = {Kind::Float, 0, 0, static_cast<double>(value.fltVal)};
         return S_OK;
     case VT_R8:
-        number = {tagKind::Double, 0, 0, value.dblVal};
+        number = {Kind::Double, 0, 0, value.dblVal};
         return S_OK;
     default:
         return ReadByConversion(value, number);

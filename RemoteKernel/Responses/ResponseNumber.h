@@ -8,9 +8,9 @@ namespace ZoVelkor::RemoteKernel
 {
 
 /// A number on its way into a response, without loss whatever type it came in.
-struct tagResponseNumber
+struct ResponseNumber
 {
-    enum class tagKind
+    enum class Kind
     {
         Signed,
         Unsigned,
@@ -18,10 +18,10 @@ struct tagResponseNumber
         Double
     };
 
-    tagKind eKind = tagKind::Signed;
-    std::int64_t iSigned = 0;
-    std::uint64_t iUnsigned = 0;
-    double dReal = 0; // Float: its value is one of a float
+    Kind kind = Kind::Signed;
+    std::int64_t hasSign = 0;
+    std::uint64_t number = 0;
+    double real = 0; // Float: its value is one of a float
 
     double AsDouble() const noexcept;
     /// The nearest integer, halves to the even neighbour, limited to the range; not-a-number gives 0.
@@ -31,6 +31,6 @@ struct tagResponseNumber
 /// Reads a scalar variant that is no reference; text is converted.
 ///
 /// @return S_OK; the failing result of VariantChangeType
-HRESULT ReadResponseNumber(const VARIANT& value, tagResponseNumber& number) noexcept;
+HRESULT ReadResponseNumber(const VARIANT& value, ResponseNumber& number) noexcept;
 
 } // namespace ZoVelkor::RemoteKernel

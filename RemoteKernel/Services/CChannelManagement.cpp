@@ -15,9 +15,9 @@ HRESULT CChannelManagement::get_ChannelCount(long* count)
             return E_POINTER;
         }
         const auto paths =
-            m_spPath == nullptr ? m_spPaths->All() : std::vector<std::shared_ptr<CRemotePath>>{m_spPath};
+            m_path == nullptr ? m_paths->All() : std::vector<std::shared_ptr<CRemotePath>>{m_path};
         *count = std::count_if(
-            paths.begin(), paths.end(), [](const auto& spPath) { return spPath->Channel() != nullptr; });
+            paths.begin(), paths.end(), [](const auto& path) { return path->Channel() != nullptr; });
         return S_OK;
     });
 }
@@ -29,14 +29,14 @@ HRESULT CChannelManagement::GetChannel(long remotePath, IZOScpiChannel** channel
         return E_POINTER;
     }
     *channel = nullptr;
-    const bool bForeign = m_spPath != nullptr && (!m_spPath->IsOpen() || m_spPath->Number() != remotePath);
-    if (bForeign || !CPathTable::IsNumber(remotePath))
+    const bool foreign = m_path != nullptr && (!m_path->IsOpen() || m_path->Number() != remotePath);
+    if (foreign || !CPathTable::IsNumber(remotePath))
     {
         return E_INVALIDARG;
     }
-    const std::shared_ptr<CRemotePath> spPath = m_spPaths->Find(remotePath);
-    CComPtr<IZOScpiChannel> spChannel = spPath == nullptr ? nullptr : spPath->Channel();
-    *channel = spChannel.Detach();
+    const std::shared_ptr<CRemotePath> path = m_paths->Find(remotePath);
+    CComPtr<IZOScpiChannel> found = path == nullptr ? nullptr : path->Channel();
+    *channel = found.Detach();
     return *channel == nullptr ? S_FALSE : S_OK;
 }
 

@@ -10,10 +10,10 @@ namespace ZoVelkor::RemoteKernel
 class CChannelManagement : public IZOScpiChannelManagement
 {
 public:
-    /// @param spPath  null: all
-    CChannelManagement(const tagKernelParts& parts, std::shared_ptr<CRemotePath> spPath)
-        : m_spPaths(parts.spPaths),
-          m_spPath(std::move(spPath))
+    /// @param path  null: all
+    CChannelManagement(const KernelParts& parts, std::shared_ptr<CRemotePath> path)
+        : m_paths(parts.paths),
+          m_path(std::move(path))
     {}
     virtual ~CChannelManagement() = default;
 
@@ -21,8 +21,8 @@ public:
     HRESULT GetChannel(long remotePath, IZOScpiChannel** channel) override;
 
 private:
-    const std::shared_ptr<CPathTable> m_spPaths;
-    const std::shared_ptr<CRemotePath> m_spPath;
+    const std::shared_ptr<CPathTable> m_paths;
+    const std::shared_ptr<CRemotePath> m_path;
 };
 
 } // namespace ZoVelkor::RemoteKernel

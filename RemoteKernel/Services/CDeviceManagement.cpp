@@ -7,21 +7,21 @@ namespace ZoVelkor::RemoteKernel
 
 HRESULT CDeviceManagement::RegisterDeviceHandler(IZOScpiDeviceHandler* handler)
 {
-    return handler == nullptr ? E_POINTER : m_spRegistry->RegisterDeviceHandler(handler, m_iRemotePath);
+    return handler == nullptr ? E_POINTER : m_registry->RegisterDeviceHandler(handler, m_iRemotePath);
 }
 
 HRESULT CDeviceManagement::UnregisterDeviceHandler(IZOScpiDeviceHandler* handler)
 {
     return handler == nullptr
                ? E_POINTER
-               : m_spRegistry->Unregister(tagApplicationKind::DeviceHandler, handler, m_iRemotePath);
+               : m_registry->Unregister(ApplicationKind::DeviceHandler, handler, m_iRemotePath);
 }
 
 HRESULT CDeviceManagement::Tell(HRESULT (IZOScpiDeviceHandler::*handler)(),
                                 HRESULT (IZOScpiMultichannelEventObserver::*observer)(long))
 {
     return GuardedEntry([&]() -> HRESULT {
-        return FAILED(m_spEvents->Tell(m_iRemotePath, handler, observer)) ? E_FAIL : S_OK;
+        return FAILED(m_events->Tell(m_iRemotePath, handler, observer)) ? E_FAIL : S_OK;
     });
 }
 

@@ -10,10 +10,10 @@ namespace ZoVelkor::RemoteKernel
 class CDeviceManagement : public IZOScpiDeviceManagement
 {
 public:
-    /// @param remotePath  tagApplicationParts::kAllPaths: all
-    CDeviceManagement(const tagKernelParts& parts, long remotePath)
-        : m_spRegistry(parts.spRegistry),
-          m_spEvents(parts.spEvents),
+    /// @param remotePath  ApplicationParts::kAllPaths: all
+    CDeviceManagement(const KernelParts& parts, long remotePath)
+        : m_registry(parts.registry),
+          m_events(parts.events),
           m_iRemotePath(remotePath)
     {}
     virtual ~CDeviceManagement() = default;
@@ -27,8 +27,8 @@ private:
     HRESULT Tell(HRESULT (IZOScpiDeviceHandler::*handler)(),
                  HRESULT (IZOScpiMultichannelEventObserver::*observer)(long));
 
-    const CComPtr<CApplicationRegistryObject> m_spRegistry;
-    const std::shared_ptr<CEventDistributor> m_spEvents;
+    const CComPtr<CApplicationRegistryObject> m_registry;
+    const std::shared_ptr<CEventDistributor> m_events;
     const long m_iRemotePath;
 };
 

@@ -13,18 +13,18 @@ ZO_SOURCE_UNIT("RemoteKernel/Services/CMultichannelAdministration")
 namespace
 {
 
-CComPtr<IUnknown> Identity(IZOScpiChannel* pChannel)
+CComPtr<IUnknown> Identity(IZOScpiChannel* channel)
 {
-    CComPtr<IUnknown> spIdentity;
-    static_cast<void>(CComPtr<IZOScpiChannel>(pChannel).QueryInterface(&spIdentity));
-    return spIdentity;
+    CComPtr<IUnknown> identity;
+    static_cast<void>(CComPtr<IZOScpiChannel>(channel).QueryInterface(&identity));
+    return identity;
 }
 
 } // namespace
 
 CMultichannelAdministration::CMultichannelAdministration(CRemoteKernel& kernel,
-                                                         const tagKernelParts& parts,
-                                                         const tagSessionLimits& limits)
+                                                         const KernelParts& parts,
+                                                         const SessionLimits& limits)
     : m_kernel(kernel),
       m_parts(parts),
       m_limits(limits)
@@ -56,25 +56,24 @@ HRESULT CMultichannelAdministration::AddConnection(IZOScpiChannel* channel,
     *provider = nullptr;
     return GuardedEntry([&]() -> HRESULT {
         const std::lock_guard lock(m_mutex);
-        if (m_bClosed)
+        if (m_closed)
         {
             return E_UNEXPECTED;
         }
-        CComPtr<CConnectionObject>& spConnection = m_connections[Identity(channel)];
-        const bool bNew = spConnection == nullptr;
+        CComPtr<CConnectionObject>& connection = m_connections[Identity(channel)];
+        const bool fresh = connection == nullptr;
         try
         {
-            spConnection =
-                bNew ? CConnectionObject::Create(m_kernel, m_parts, m_limits, channel) : spConnection;
+            connection = fresh ? CConnectionObject::Create(m_kernel, m_parts, m_limits, channel) : connection;
         }
         catch (...)
         {
             m_connections.erase(Identity(channel));
             throw;
         }
-        *remotePath = spConnection->RemotePath();
-        CComPtr<IZOScpiChannelServiceProvider>(spConnection).CopyTo(provider);
-        return bNew ? S_OK : S_FALSE;
+        *remotePath = connection->RemotePath();
+        CComPtr<IZOScpiChannelServiceProvider>(connection).CopyTo(provider);
+        return fresh ? S_OK : S_FALSE;
     });
 }
 
@@ -85,7 +84,7 @@ HRESULT CMultichannelAdministration::RemoveConnection(IZOScpiChannel* channel)
         return RepairError(ZO_NULL_POINTER(nullptr, "channel"));
     }
     return GuardedEntry([&]() -> HRESULT {
-        CComPtr<CConnectionObject> spConnection;
+        CComPtr<CConnectionObject> connection;
         {
             const std::lock_guard lock(m_mutex);
             const auto found = m_connections.find(Identity(channel));
@@ -93,11 +92,11 @@ HRESULT CMultichannelAdministration::RemoveConnection(IZOScpiChannel* channel)
             {
                 return S_FALSE;
             }
-            spConnection = std::move(found->second);
+            connection = std::move(found->second);
             m_connections.erase(found);
         }
         // Without lock: the commands of this connection may have to end first.
-        spConnection->End();
+        connection->End();
         return S_OK;
     });
 }
@@ -105,25 +104,25 @@ HRESULT CMultichannelAdministration::RemoveConnection(IZOScpiChannel* channel)
 HRESULT CMultichannelAdministration::RegisterParser(IZOScpiParser* parser)
 {
     return parser == nullptr ? RepairError(ZO_NULL_POINTER(nullptr, "parser"))
-                             : m_parts.spRegistry->RegisterParser(parser);
+                             : m_parts.registry->RegisterParser(parser);
 }
 
 HRESULT CMultichannelAdministration::UnregisterParser(IZOScpiParser* parser)
 {
     return parser == nullptr ? RepairError(ZO_NULL_POINTER(nullptr, "parser"))
-                             : m_parts.spRegistry->Unregister(tagApplicationKind::Parser, parser);
+                             : m_parts.registry->Unregister(ApplicationKind::Parser, parser);
 }
 
 HRESULT CMultichannelAdministration::RegisterEventObserver(IZOScpiMultichannelEventObserver* observer)
 {
     return observer == nullptr ? RepairError(ZO_NULL_POINTER(nullptr, "observer"))
-                               : m_parts.spEvents->RegisterObserver(observer);
+                               : m_parts.events->RegisterObserver(observer);
 }
 
 HRESULT CMultichannelAdministration::UnregisterEventObserver(IZOScpiMultichannelEventObserver* observer)
 {
     return observer == nullptr ? RepairError(ZO_NULL_POINTER(nullptr, "observer"))
-                               : m_parts.spEvents->UnregisterObserver(observer);
+                               : m_parts.events->UnregisterObserver(observer);
 }
 
 void CMultichannelAdministration::Close()
@@ -131,12 +130,12 @@ void CMultichannelAdministration::Close()
     std::map<IUnknown*, CComPtr<CConnectionObject>> connections;
     {
         const std::lock_guard lock(m_mutex);
-        m_bClosed = true;
+        m_closed = true;
         connections.swap(m_connections);
     }
-    for (const auto& [identity, spConnection] : connections)
+    for (const auto& [identity, connection] : connections)
     {
-        spConnection->End();
+        connection->End();
     }
 }
 

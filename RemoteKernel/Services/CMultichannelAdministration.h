@@ -18,9 +18,7 @@ class CMultichannelAdministration : public IZOScpiMultichannelAdministration
 {
 public:
     /// @param kernel  used until Close
-    CMultichannelAdministration(CRemoteKernel& kernel,
-                                const tagKernelParts& parts,
-                                const tagSessionLimits& limits);
+    CMultichannelAdministration(CRemoteKernel& kernel, const KernelParts& parts, const SessionLimits& limits);
     virtual ~CMultichannelAdministration() = default;
 
     HRESULT get_RemotePathCount(long* count) override;
@@ -38,10 +36,10 @@ public:
 
 private:
     CRemoteKernel& m_kernel; // not used after Close
-    const tagKernelParts m_parts;
-    const tagSessionLimits m_limits;
+    const KernelParts m_parts;
+    const SessionLimits m_limits;
     std::mutex m_mutex;
-    bool m_bClosed = false;                                        // guarded by m_mutex
+    bool m_closed = false;                                         // guarded by m_mutex
     std::map<IUnknown*, CComPtr<CConnectionObject>> m_connections; // guarded by m_mutex, by identity
 };
 

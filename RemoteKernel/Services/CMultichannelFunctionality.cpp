@@ -16,7 +16,7 @@ namespace
 
 /// Hands out a service of a path that has a connection, made by a function of the path.
 template <class TService, class TMake>
-HRESULT GiveOfPath(const tagKernelParts& parts, long remotePath, TService** service, TMake make)
+HRESULT GiveOfPath(const KernelParts& parts, long remotePath, TService** service, TMake make)
 {
     if (service == nullptr)
     {
@@ -24,12 +24,12 @@ HRESULT GiveOfPath(const tagKernelParts& parts, long remotePath, TService** serv
     }
     *service = nullptr;
     return GuardedEntry([&]() -> HRESULT {
-        std::shared_ptr<CRemotePath> spPath = parts.spPaths->Find(remotePath);
-        if (spPath == nullptr)
+        std::shared_ptr<CRemotePath> path = parts.paths->Find(remotePath);
+        if (path == nullptr)
         {
             return E_INVALIDARG;
         }
-        return CComPtr<TService>(make(std::move(spPath))).CopyTo(service);
+        return CComPtr<TService>(make(std::move(path))).CopyTo(service);
     });
 }
 
@@ -54,9 +54,9 @@ HRESULT GiveOfNumber(long remotePath, TService** service, const TArguments&... a
 HRESULT CMultichannelFunctionality::GetScpiStatusManagement(long remotePath,
                                                             IZOScpiStatusManagement** service)
 {
-    return GiveOfPath(m_parts, remotePath, service, [&](auto spPath) {
-        return CComObject<CPathStatusManagement, IZOScpiStatusManagement>::Create(std::move(spPath),
-                                                                                  m_parts.spStatus);
+    return GiveOfPath(m_parts, remotePath, service, [&](auto path) {
+        return CComObject<CPathStatusManagement, IZOScpiStatusManagement>::Create(std::move(path),
+                                                                                  m_parts.status);
     });
 }
 
@@ -68,24 +68,24 @@ HRESULT CMultichannelFunctionality::GetScpiParserManagement(long remotePath,
 
 HRESULT CMultichannelFunctionality::GetScpiErrorManagement(long remotePath, IZOScpiErrorManagement** service)
 {
-    return GiveOfPath(m_parts, remotePath, service, [&](auto spPath) {
-        return CComObject<CPathErrorManagement, IZOScpiErrorManagement>::Create(std::move(spPath),
-                                                                                m_parts.spErrors);
+    return GiveOfPath(m_parts, remotePath, service, [&](auto path) {
+        return CComObject<CPathErrorManagement, IZOScpiErrorManagement>::Create(std::move(path),
+                                                                                m_parts.errors);
     });
 }
 
 HRESULT CMultichannelFunctionality::GetScpiRemoteManagement(long remotePath, IZOScpiRemoteControl** service)
 {
-    return GiveOfPath(m_parts, remotePath, service, [&](auto spPath) {
-        return CComObject<CRemoteControl, IZOScpiRemoteControl>::Create(m_parts, std::move(spPath));
+    return GiveOfPath(m_parts, remotePath, service, [&](auto path) {
+        return CComObject<CRemoteControl, IZOScpiRemoteControl>::Create(m_parts, std::move(path));
     });
 }
 
 HRESULT CMultichannelFunctionality::GetScpiChannelManagement(long remotePath,
                                                              IZOScpiChannelManagement** service)
 {
-    return GiveOfPath(m_parts, remotePath, service, [&](auto spPath) {
-        return CComObject<CChannelManagement, IZOScpiChannelManagement>::Create(m_parts, std::move(spPath));
+    return GiveOfPath(m_parts, remotePath, service, [&](auto path) {
+        return CComObject<CChannelManagement, IZOScpiChannelManagement>::Create(m_parts, std::move(path));
     });
 }
 
@@ -97,7 +97,7 @@ HRESULT CMultichannelFunctionality::GetScpiDeviceManagement(long remotePath,
 
 HRESULT CMultichannelFunctionality::GetScpiFormatManagement(long remotePath, IZOScpiSubsystemFormat** service)
 {
-    return GiveOfPath(m_parts, remotePath, service, [](const auto& spPath) { return spPath->Format(); });
+    return GiveOfPath(m_parts, remotePath, service, [](const auto& path) { return path->Format(); });
 }
 
 HRESULT CMultichannelFunctionality::GetScpiLanguageManagement(long remotePath,
@@ -112,13 +112,13 @@ HRESULT CMultichannelFunctionality::GetChannelEvents(long remotePath, HANDLE* de
     {
         return E_POINTER;
     }
-    const std::shared_ptr<CRemotePath> spPath = m_parts.spPaths->Find(remotePath);
-    if (spPath == nullptr || spPath->ShutdownEvent() == nullptr)
+    const std::shared_ptr<CRemotePath> path = m_parts.paths->Find(remotePath);
+    if (path == nullptr || path->ShutdownEvent() == nullptr)
     {
         return E_INVALIDARG;
     }
-    *deviceClear = spPath->DeviceClearEvent()->Get();
-    *shutdown = spPath->ShutdownEvent()->Get();
+    *deviceClear = path->DeviceClearEvent()->Get();
+    *shutdown = path->ShutdownEvent()->Get();
     return S_OK;
 }
 

@@ -10,7 +10,7 @@ namespace ZoVelkor::RemoteKernel
 class CMultichannelFunctionality : public IZOScpiMultichannelFunctionality
 {
 public:
-    explicit CMultichannelFunctionality(const tagKernelParts& parts) : m_parts(parts) {}
+    explicit CMultichannelFunctionality(const KernelParts& parts) : m_parts(parts) {}
     virtual ~CMultichannelFunctionality() = default;
 
     HRESULT GetScpiStatusManagement(long remotePath, IZOScpiStatusManagement** service) override;
@@ -24,7 +24,7 @@ public:
     HRESULT GetChannelEvents(long remotePath, HANDLE* deviceClear, HANDLE* shutdown) override;
 
 private:
-    const tagKernelParts m_parts;
+    const KernelParts m_parts;
 };
 
 } // namespace ZoVelkor::RemoteKernel

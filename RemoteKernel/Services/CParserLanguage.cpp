@@ -30,7 +30,7 @@ HRESULT CParserLanguage::get_Language(wchar_t** name)
     return GiveText("SCPI", name);
 }
 
-HRESULT CParserLanguage::put_Language(wchar_t const* name)
+HRESULT CParserLanguage::put_Language(const wchar_t* name)
 {
     if (name == nullptr)
     {
@@ -44,7 +44,7 @@ HRESULT CParserLanguage::get_LanguageVersion(wchar_t** version)
     return GiveText(kScpiVersion, version);
 }
 
-HRESULT CParserLanguage::IsHeaderKnown(wchar_t const* header, short* known)
+HRESULT CParserLanguage::IsHeaderKnown(const wchar_t* header, short* known)
 {
     if (header == nullptr || known == nullptr)
     {
@@ -52,9 +52,9 @@ HRESULT CParserLanguage::IsHeaderKnown(wchar_t const* header, short* known)
     }
     return GuardedEntry([&]() -> HRESULT {
         std::uint64_t generation = 0;
-        const auto spSet = m_spRegistry->Current(generation);
+        const auto set = m_registry->Current(generation);
         const CComBSTR text(header);
-        *known = spSet->spIndex->Find(NarrowResponseText(text)) != nullptr ? VARIANT_TRUE : VARIANT_FALSE;
+        *known = set->index->Find(NarrowResponseText(text)) != nullptr ? VARIANT_TRUE : VARIANT_FALSE;
         return S_OK;
     });
 }

@@ -10,16 +10,16 @@ namespace ZoVelkor::RemoteKernel
 class CParserLanguage : public IZOScpiParserLanguage
 {
 public:
-    explicit CParserLanguage(const tagKernelParts& parts) : m_spRegistry(parts.spRegistry) {}
+    explicit CParserLanguage(const KernelParts& parts) : m_registry(parts.registry) {}
     virtual ~CParserLanguage() = default;
 
     HRESULT get_Language(wchar_t** name) override;
-    HRESULT put_Language(wchar_t const* name) override;
+    HRESULT put_Language(const wchar_t* name) override;
     HRESULT get_LanguageVersion(wchar_t** version) override;
-    HRESULT IsHeaderKnown(wchar_t const* header, short* known) override;
+    HRESULT IsHeaderKnown(const wchar_t* header, short* known) override;
 
 private:
-    const CComPtr<CApplicationRegistryObject> m_spRegistry;
+    const CComPtr<CApplicationRegistryObject> m_registry;
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -8,17 +8,17 @@ namespace ZoVelkor::RemoteKernel
 
 HRESULT CParserManagement::GetObjectRegistration(IZOScpiObjectRegistration** registration)
 {
-    return m_spRegistry.CopyTo(registration);
+    return m_registry.CopyTo(registration);
 }
 
 HRESULT CParserManagement::StartParser()
 {
-    return GuardedEntry([&]() -> HRESULT { return m_spGate->Start(m_iRemotePath) ? S_OK : S_FALSE; });
+    return GuardedEntry([&]() -> HRESULT { return m_gate->Start(m_iRemotePath) ? S_OK : S_FALSE; });
 }
 
 HRESULT CParserManagement::StopParser()
 {
-    return GuardedEntry([&]() -> HRESULT { return m_spGate->Stop(m_iRemotePath) ? S_OK : S_FALSE; });
+    return GuardedEntry([&]() -> HRESULT { return m_gate->Stop(m_iRemotePath) ? S_OK : S_FALSE; });
 }
 
 HRESULT CParserManagement::get_ParserStarted(short* started)
@@ -27,7 +27,7 @@ HRESULT CParserManagement::get_ParserStarted(short* started)
     {
         return E_POINTER;
     }
-    *started = m_spGate->IsStarted(m_iRemotePath) ? VARIANT_TRUE : VARIANT_FALSE;
+    *started = m_gate->IsStarted(m_iRemotePath) ? VARIANT_TRUE : VARIANT_FALSE;
     return S_OK;
 }
 

@@ -10,9 +10,9 @@ namespace ZoVelkor::RemoteKernel
 class CParserManagement : public IZOScpiParserManagement
 {
 public:
-    CParserManagement(const tagKernelParts& parts, long remotePath)
-        : m_spRegistry(parts.spRegistry),
-          m_spGate(parts.spGate),
+    CParserManagement(const KernelParts& parts, long remotePath)
+        : m_registry(parts.registry),
+          m_gate(parts.gate),
           m_iRemotePath(remotePath)
     {}
     virtual ~CParserManagement() = default;
@@ -23,8 +23,8 @@ public:
     HRESULT get_ParserStarted(short* started) override;
 
 private:
-    const CComPtr<IZOScpiObjectRegistration> m_spRegistry;
-    const std::shared_ptr<CParserGate> m_spGate;
+    const CComPtr<IZOScpiObjectRegistration> m_registry;
+    const std::shared_ptr<CParserGate> m_gate;
     const long m_iRemotePath;
 };
 

@@ -10,20 +10,20 @@ namespace ZoVelkor::RemoteKernel
 class CScpiTree : public IZOScpiTree
 {
 public:
-    explicit CScpiTree(const tagKernelParts& parts) : m_spRegistry(parts.spRegistry) {}
+    explicit CScpiTree(const KernelParts& parts) : m_registry(parts.registry) {}
     virtual ~CScpiTree() = default;
 
     HRESULT RegisterPlugIn(IUnknown* plugIn) override
     {
-        return plugIn == nullptr ? E_POINTER : m_spRegistry->RegisterPlugIn(plugIn);
+        return plugIn == nullptr ? E_POINTER : m_registry->RegisterPlugIn(plugIn);
     }
     HRESULT UnregisterPlugIn(IUnknown* plugIn) override
     {
-        return plugIn == nullptr ? E_POINTER : m_spRegistry->Unregister(tagApplicationKind::PlugIn, plugIn);
+        return plugIn == nullptr ? E_POINTER : m_registry->Unregister(ApplicationKind::PlugIn, plugIn);
     }
 
 private:
-    const CComPtr<CApplicationRegistryObject> m_spRegistry;
+    const CComPtr<CApplicationRegistryObject> m_registry;
 };
 
 } // namespace ZoVelkor::RemoteKernel

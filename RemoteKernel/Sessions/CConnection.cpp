@@ -30,21 +30,21 @@ CUniqueEvent MakeWakeEvent()
     return event;
 }
 
-int WaitDescriptor(IZOScpiChannel* pChannel)
+int WaitDescriptor(IZOScpiChannel* channel)
 {
     int descriptor = -1;
-    CComPtr<IZOScpiWaitableChannel> spWaitable;
-    if (SUCCEEDED(CComPtr<IZOScpiChannel>(pChannel).QueryInterface(&spWaitable)))
+    CComPtr<IZOScpiWaitableChannel> waitable;
+    if (SUCCEEDED(CComPtr<IZOScpiChannel>(channel).QueryInterface(&waitable)))
     {
-        static_cast<void>(spWaitable->GetWaitDescriptor(&descriptor));
+        static_cast<void>(waitable->GetWaitDescriptor(&descriptor));
     }
     return descriptor;
 }
 
-std::wstring ChannelName(IZOScpiChannel* pChannel)
+std::wstring ChannelName(IZOScpiChannel* channel)
 {
     tag_ScpiChannelInfo info{};
-    const HRESULT result = GuardedEntry([&] { return pChannel->get_ChannelProperties(&info); });
+    const HRESULT result = GuardedEntry([&] { return channel->get_ChannelProperties(&info); });
     std::wstring name = SUCCEEDED(result) && info.bsName != nullptr ? info.bsName : L"";
     CSmartScpiChannelInfo::ClearData(info);
     return name;
@@ -53,16 +53,15 @@ std::wstring ChannelName(IZOScpiChannel* pChannel)
 } // namespace
 
 CConnection::CConnection(CRemoteKernel& kernel,
-                         const tagKernelParts& parts,
-                         const tagSessionLimits& limits,
+                         const KernelParts& parts,
+                         const SessionLimits& limits,
                          IZOScpiChannel* channel)
     : m_parts(parts),
-      m_spChannel(channel),
+      m_channel(channel),
       m_descriptor(WaitDescriptor(channel)),
       m_wake(MakeWakeEvent()),
-      m_spSession(
-          std::make_unique<CSession>(kernel, limits, tagSessionTransport{m_descriptor, this, channel})),
-      m_spPath(m_spSession->Path())
+      m_session(std::make_unique<CSession>(kernel, limits, SessionTransport{m_descriptor, this, channel})),
+      m_path(m_session->Path())
 {}
 
 CConnection::~CConnection()
@@ -75,16 +74,16 @@ void CConnection::End()
     std::thread thread;
     {
         const std::lock_guard lock(m_mutex);
-        if (m_bEnded || m_spSession == nullptr)
+        if (m_ended || m_session == nullptr)
         {
             return;
         }
-        m_bEnded = true;
-        m_spSession->Cancel();
+        m_ended = true;
+        m_session->Cancel();
         std::swap(thread, m_thread);
-        m_bEndedByThread = thread.get_id() == std::this_thread::get_id();
+        m_endedByThread = thread.get_id() == std::this_thread::get_id();
     }
-    static_cast<void>(GuardedEntry([this] { return m_spChannel->Abort(); }));
+    static_cast<void>(GuardedEntry([this] { return m_channel->Abort(); }));
     if (thread.get_id() == std::this_thread::get_id())
     {
         thread.detach(); // it takes the connection down when it is back
@@ -99,43 +98,43 @@ void CConnection::End()
 
 void CConnection::TakeDown()
 {
-    std::unique_ptr<CSession> spSession;
-    bool bServed = false;
+    std::unique_ptr<CSession> session;
+    bool served = false;
     {
         const std::lock_guard lock(m_mutex);
-        spSession = std::move(m_spSession);
-        bServed = m_bServed;
+        session = std::move(m_session);
+        served = m_served;
     }
-    if (bServed)
+    if (served)
     {
-        TellBroken(ChannelName(m_spChannel));
+        TellBroken(ChannelName(m_channel));
     }
-    spSession.reset();
-    m_spChannel.Release();
+    session.reset();
+    m_channel.Release();
 }
 
 void CConnection::TellBroken(std::wstring name)
 {
-    m_parts.spEvents->TellObservers([&](IZOScpiMultichannelEventObserver& observer) {
+    m_parts.events->TellObservers([&](IZOScpiMultichannelEventObserver& observer) {
         return observer.ConnectionBroken(name.data(), RemotePath());
     });
 }
 
 HRESULT CConnection::SignalConnected()
 {
-    CComPtr<IZOScpiChannel> spChannel; // the end of the connection may come at any moment
+    CComPtr<IZOScpiChannel> channel; // the end of the connection may come at any moment
     {
         const std::lock_guard lock(m_mutex);
-        if (m_bEnded || m_bConnected)
+        if (m_ended || m_connected)
         {
-            return m_bEnded ? E_UNEXPECTED : S_FALSE;
+            return m_ended ? E_UNEXPECTED : S_FALSE;
         }
-        m_bConnected = true;
-        spChannel = m_spChannel;
+        m_connected = true;
+        channel = m_channel;
     }
     return GuardedEntry([&]() -> HRESULT {
-        std::wstring name = ChannelName(spChannel);
-        m_parts.spEvents->TellObservers([&](IZOScpiMultichannelEventObserver& observer) {
+        std::wstring name = ChannelName(channel);
+        m_parts.events->TellObservers([&](IZOScpiMultichannelEventObserver& observer) {
             return observer.ConnectionAccepted(name.data(), RemotePath());
         });
         const HRESULT result = GuardedEntry([this] { return StartThread(); });
@@ -150,26 +149,27 @@ HRESULT CConnection::SignalConnected()
 HRESULT CConnection::StartThread()
 {
     const std::lock_guard lock(m_mutex);
-    if (m_bEnded)
+    if (m_ended)
     {
         return E_UNEXPECTED;
     }
     // The thread keeps the connection until it is back, whoever lets go of it meanwhile.
-    m_thread = std::thread([this,
-                            spSelf = CComPtr<IZOScpiChannelServiceProvider>(this),
-                            pSession = m_spSession.get()] { Run(*pSession); });
-    m_bServed = true;
+    m_thread =
+        std::thread([this, self = CComPtr<IZOScpiChannelServiceProvider>(this), session = m_session.get()] {
+            Run(*session);
+        });
+    m_served = true;
     return S_OK;
 }
 
 HRESULT CConnection::SignalDisconnected()
 {
     const std::lock_guard lock(m_mutex);
-    if (m_spSession == nullptr)
+    if (m_session == nullptr)
     {
         return E_UNEXPECTED;
     }
-    m_spSession->Cancel();
+    m_session->Cancel();
     return S_OK;
 }
 
@@ -182,24 +182,24 @@ HRESULT CConnection::SignalDataAvailable()
 HRESULT CConnection::SignalDeviceClear()
 {
     const std::lock_guard lock(m_mutex);
-    if (m_spSession == nullptr)
+    if (m_session == nullptr)
     {
         return E_UNEXPECTED;
     }
-    m_spSession->DeviceClear();
+    m_session->DeviceClear();
     return S_OK;
 }
 
 HRESULT CConnection::SignalGotoLocal()
 {
     return GuardedEntry([this]() -> HRESULT {
-        if (m_spPath->State().GotoLocal() != tagStateChange::Changed)
+        if (m_path->State().GotoLocal() != StateChange::Changed)
         {
             return S_FALSE;
         }
-        m_parts.spEvents->Tell(
+        m_parts.events->Tell(
             RemotePath(), &IZOScpiDeviceHandler::GotoLocal, &IZOScpiMultichannelEventObserver::GotoLocal);
-        m_spPath->PublishStatus();
+        m_path->PublishStatus();
         return S_OK;
     });
 }
@@ -207,13 +207,13 @@ HRESULT CConnection::SignalGotoLocal()
 HRESULT CConnection::SignalGotoRemote()
 {
     return GuardedEntry([this]() -> HRESULT {
-        if (m_spPath->State().GotoRemote() != tagStateChange::Changed)
+        if (m_path->State().GotoRemote() != StateChange::Changed)
         {
             return S_FALSE;
         }
-        m_parts.spEvents->Tell(
+        m_parts.events->Tell(
             RemotePath(), &IZOScpiDeviceHandler::GotoRemote, &IZOScpiMultichannelEventObserver::GotoRemote);
-        m_spPath->PublishStatus();
+        m_path->PublishStatus();
         return S_OK;
     });
 }
@@ -221,12 +221,12 @@ HRESULT CConnection::SignalGotoRemote()
 HRESULT CConnection::SignalLocalLockout(short on)
 {
     return GuardedEntry([&]() -> HRESULT {
-        if (m_spPath->State().SetLockout(on != 0) != tagStateChange::Changed)
+        if (m_path->State().SetLockout(on != 0) != StateChange::Changed)
         {
             return S_FALSE;
         }
-        m_parts.spEvents->TellLockout(RemotePath(), on != 0);
-        m_spPath->PublishStatus();
+        m_parts.events->TellLockout(RemotePath(), on != 0);
+        m_path->PublishStatus();
         return S_OK;
     });
 }
@@ -234,13 +234,13 @@ HRESULT CConnection::SignalLocalLockout(short on)
 HRESULT CConnection::SignalTrigger()
 {
     std::unique_lock lock(m_mutex);
-    if (!m_thread.joinable() || m_trigger.bOver)
+    if (!m_thread.joinable() || m_trigger.over)
     {
         return E_UNEXPECTED;
     }
-    const std::uint64_t mine = ++m_trigger.iRequested;
+    const std::uint64_t mine = ++m_trigger.requested;
     SetEvent(m_wake.Get());
-    m_triggerDone.wait(lock, [&] { return m_trigger.iDone >= mine; });
+    m_triggerDone.wait(lock, [&] { return m_trigger.done >= mine; });
     return m_trigger.result;
 }
 
@@ -251,17 +251,17 @@ HRESULT CConnection::SignalStbChange(unsigned char)
 
 HRESULT CConnection::ReportError(short code, wchar_t* text)
 {
-    if (!m_spPath->IsOpen())
+    if (!m_path->IsOpen())
     {
         return E_UNEXPECTED;
     }
-    const HRESULT result = m_parts.spErrors->SetError(RemotePath(), code, text);
+    const HRESULT result = m_parts.errors->SetError(RemotePath(), code, text);
     if (code == kScpiQueryUnterminated || IsScpiCommandError(code))
     {
         const std::lock_guard lock(m_mutex);
-        if (m_spSession != nullptr)
+        if (m_session != nullptr)
         {
-            m_spSession->DropInput();
+            m_session->DropInput();
         }
     }
     return result;
@@ -275,7 +275,7 @@ HRESULT CConnection::GetScpiManager(IUnknown** manager)
     }
     *manager = nullptr;
     const std::lock_guard lock(m_mutex);
-    return m_spSession == nullptr ? E_UNEXPECTED : CComPtr<IUnknown>(m_spSession->Context()).CopyTo(manager);
+    return m_session == nullptr ? E_UNEXPECTED : CComPtr<IUnknown>(m_session->Context()).CopyTo(manager);
 }
 
 void CConnection::Run(CSession& session)
@@ -291,13 +291,13 @@ void CConnection::Run(CSession& session)
         return S_OK;
     }));
     CloseTriggers(E_ABORT, true);
-    static_cast<void>(GuardedEntry([this] { return m_spChannel->Abort(); }));
-    bool bTakesDown = false;
+    static_cast<void>(GuardedEntry([this] { return m_channel->Abort(); }));
+    bool takesDown = false;
     {
         const std::lock_guard lock(m_mutex);
-        bTakesDown = m_bEndedByThread;
+        takesDown = m_endedByThread;
     }
-    if (bTakesDown)
+    if (takesDown)
     {
         TakeDown();
     }
@@ -314,7 +314,7 @@ void CConnection::Serve(CSession& session)
                 session.FinishClear();
             } while (session.IsClearPending());
             CloseTriggers(E_ABORT, false);
-            static_cast<void>(m_spChannel->DeviceClearAcknowledge());
+            static_cast<void>(m_channel->DeviceClearAcknowledge());
         }
         const std::uint64_t triggers = TriggersRequested();
         if (!Drain(session))
@@ -351,8 +351,8 @@ bool CConnection::Drain(CSession& session)
         }
         // Whatever comes after a read that was not filled ends the wait that follows, if there is a
         // descriptor to wait for; another channel is read until it has nothing.
-        const bool bAll = received == 0 || (m_descriptor >= 0 && received < space.size());
-        if (bAll || session.IsClearPending() || session.IsCancelled())
+        const bool all = received == 0 || (m_descriptor >= 0 && received < space.size());
+        if (all || session.IsClearPending() || session.IsCancelled())
         {
             return true;
         }
@@ -364,7 +364,7 @@ HRESULT CConnection::ReadInto(std::span<char> space, std::size_t& received) noex
     return GuardedEntry([&]() -> HRESULT {
         unsigned long got = 0;
         const HRESULT result =
-            m_spChannel->Read(space.size(), reinterpret_cast<unsigned char*>(space.data()), &got);
+            m_channel->Read(space.size(), reinterpret_cast<unsigned char*>(space.data()), &got);
         received = got <= space.size() ? got : 0;
         return got <= space.size() ? result : E_UNEXPECTED;
     });
@@ -379,7 +379,7 @@ bool CConnection::RunMessages(CSession& session)
             return false;
         }
         session.ClearResponse();
-        static_cast<void>(m_spChannel->ProgramMessageEnd());
+        static_cast<void>(m_channel->ProgramMessageEnd());
     }
     return true;
 }
@@ -392,9 +392,9 @@ bool CConnection::Send(std::string_view response)
     }
     unsigned long written = 0;
     // The channel's operations take what they only read as changeable.
-    auto* const pBytes = reinterpret_cast<unsigned char*>(const_cast<char*>(response.data()));
-    HRESULT result = m_spChannel->Write(response.size(), pBytes, &written);
-    result = SUCCEEDED(result) ? m_spChannel->Flush() : result;
+    auto* const bytes = reinterpret_cast<unsigned char*>(const_cast<char*>(response.data()));
+    HRESULT result = m_channel->Write(response.size(), bytes, &written);
+    result = SUCCEEDED(result) ? m_channel->Flush() : result;
     return SUCCEEDED(result) || result == E_ABORT;
 }
 
@@ -405,15 +405,15 @@ bool CConnection::WaitForWork(CSession& session, int timeoutMs) noexcept
         {session.BreakDescriptor(), POLLIN, 0},
         {m_descriptor, POLLIN, 0}, // a negative one is passed over
     };
-    const bool bSomething = poll(descriptors, std::size(descriptors), timeoutMs) != 0;
+    const bool something = poll(descriptors, std::size(descriptors), timeoutMs) != 0;
     if (descriptors[0].revents != 0)
     {
         WaitForSingleObject(m_wake.Get(), 0); // takes the event
     }
-    return bSomething;
+    return something;
 }
 
-tagReceived CConnection::Receive(std::span<char> space, int timeoutMs, int cancelDescriptor) noexcept
+Received CConnection::Receive(std::span<char> space, int timeoutMs, int cancelDescriptor) noexcept
 {
     for (;;)
     {
@@ -424,12 +424,12 @@ tagReceived CConnection::Receive(std::span<char> space, int timeoutMs, int cance
         }
         if (received != 0)
         {
-            return {tagReceiveStatus::Received, received};
+            return {ReceiveStatus::Received, received};
         }
         if (TriggersRequested() != TriggersDone())
         {
             // It has come inside the block and cannot wait for the rest.
-            m_spSession->RefuseTrigger();
+            m_session->RefuseTrigger();
             CloseTriggers(S_FALSE, false);
         }
         pollfd descriptors[] = {
@@ -439,7 +439,7 @@ tagReceived CConnection::Receive(std::span<char> space, int timeoutMs, int cance
         };
         if (poll(descriptors, std::size(descriptors), timeoutMs) == 0)
         {
-            return {tagReceiveStatus::TimedOut, 0};
+            return {ReceiveStatus::TimedOut, 0};
         }
         if (descriptors[1].revents != 0)
         {
@@ -455,20 +455,20 @@ tagReceived CConnection::Receive(std::span<char> space, int timeoutMs, int cance
 std::uint64_t CConnection::TriggersRequested()
 {
     const std::lock_guard lock(m_mutex);
-    return m_trigger.iRequested;
+    return m_trigger.requested;
 }
 
 std::uint64_t CConnection::TriggersDone()
 {
     const std::lock_guard lock(m_mutex);
-    return m_trigger.iDone;
+    return m_trigger.done;
 }
 
 void CConnection::RunTrigger(CSession& session, std::uint64_t requested)
 {
     const HRESULT result = session.IsClearPending() || session.IsCancelled() ? E_ABORT : session.Trigger();
     const std::lock_guard lock(m_mutex);
-    m_trigger.iDone = requested;
+    m_trigger.done = requested;
     m_trigger.result = result;
     m_triggerDone.notify_all();
 }
@@ -476,12 +476,12 @@ void CConnection::RunTrigger(CSession& session, std::uint64_t requested)
 void CConnection::CloseTriggers(HRESULT result, bool over)
 {
     const std::lock_guard lock(m_mutex);
-    if (m_trigger.iDone != m_trigger.iRequested)
+    if (m_trigger.done != m_trigger.requested)
     {
-        m_trigger.iDone = m_trigger.iRequested;
+        m_trigger.done = m_trigger.requested;
         m_trigger.result = result;
     }
-    m_trigger.bOver = over;
+    m_trigger.over = over;
     m_triggerDone.notify_all();
 }
 

@@ -28,8 +28,8 @@ public:
     /// @param channel  counted until End
     /// @throws std::system_error, std::bad_alloc
     CConnection(CRemoteKernel& kernel,
-                const tagKernelParts& parts,
-                const tagSessionLimits& limits,
+                const KernelParts& parts,
+                const SessionLimits& limits,
                 IZOScpiChannel* channel);
     CConnection(const CConnection&) = delete;
     CConnection& operator=(const CConnection&) = delete;
@@ -47,17 +47,17 @@ public:
     HRESULT SignalDisconnected() override;
     HRESULT GetScpiManager(IUnknown** manager) override;
 
-    long RemotePath() const noexcept { return m_spPath->Number(); }
+    long RemotePath() const noexcept { return m_path->Number(); }
     /// Ends the connection and waits for its thread, unless that calls. Calling it again does nothing.
     void End();
 
 private:
-    struct tagTrigger
+    struct Trigger
     {
-        std::uint64_t iRequested = 0;
-        std::uint64_t iDone = 0;  // requests that are over, carried out or not
+        std::uint64_t requested = 0;
+        std::uint64_t done = 0;   // requests that are over, carried out or not
         HRESULT result = S_FALSE; // of the latest
-        bool bOver = false;       // the thread takes no further ones
+        bool over = false;        // the thread takes no further ones
     };
 
     void Run(CSession& session);
@@ -76,26 +76,26 @@ private:
     ///
     /// @return false on time-out
     bool WaitForWork(CSession& session, int timeoutMs) noexcept;
-    tagReceived Receive(std::span<char> space, int timeoutMs, int cancelDescriptor) noexcept override;
+    Received Receive(std::span<char> space, int timeoutMs, int cancelDescriptor) noexcept override;
     HRESULT ReadInto(std::span<char> space, std::size_t& received) noexcept;
     void TakeDown();
     HRESULT StartThread();
     void TellBroken(std::wstring name);
 
-    const tagKernelParts m_parts;
-    CComPtr<IZOScpiChannel> m_spChannel; // constant until TakeDown
-    const int m_descriptor;              // of a waitable channel, else -1
-    const CUniqueEvent m_wake;           // auto-reset: the thread is to look around
+    const KernelParts m_parts;
+    CComPtr<IZOScpiChannel> m_channel; // constant until TakeDown
+    const int m_descriptor;            // of a waitable channel, else -1
+    const CUniqueEvent m_wake;         // auto-reset: the thread is to look around
 
     std::mutex m_mutex;
-    std::unique_ptr<CSession> m_spSession; // guarded by m_mutex; the thread has it without lock
-    const std::shared_ptr<CRemotePath> m_spPath;
-    bool m_bConnected = false;     // guarded by m_mutex
-    bool m_bServed = false;        // guarded by m_mutex: the thread has begun
-    bool m_bEnded = false;         // guarded by m_mutex
-    bool m_bEndedByThread = false; // guarded by m_mutex
-    std::thread m_thread;          // guarded by m_mutex
-    tagTrigger m_trigger;          // guarded by m_mutex
+    std::unique_ptr<CSession> m_session; // guarded by m_mutex; the thread has it without lock
+    const std::shared_ptr<CRemotePath> m_path;
+    bool m_connected = false;     // guarded by m_mutex
+    bool m_served = false;        // guarded by m_mutex: the thread has begun
+    bool m_ended = false;         // guarded by m_mutex
+    bool m_endedByThread = false; // guarded by m_mutex
+    std::thread m_thread;         // guarded by m_mutex
+    Trigger m_trigger;            // guarded by m_mutex
     std::condition_variable m_triggerDone;
 };
 

@@ -6,18 +6,18 @@ namespace ZoVelkor::RemoteKernel
 bool CParserGate::Start(long remotePath)
 {
     const std::lock_guard lock(m_mutex);
-    const bool bChanged = m_stopped.erase(remotePath) != 0;
+    const bool changed = m_stopped.erase(remotePath) != 0;
     m_stops.store(m_stopped.size(), std::memory_order_release);
     m_changed.notify_all();
-    return bChanged;
+    return changed;
 }
 
 bool CParserGate::Stop(long remotePath)
 {
     const std::lock_guard lock(m_mutex);
-    const bool bChanged = m_stopped.insert(remotePath).second;
+    const bool changed = m_stopped.insert(remotePath).second;
     m_stops.store(m_stopped.size(), std::memory_order_release);
-    return bChanged;
+    return changed;
 }
 
 bool CParserGate::IsStarted(long remotePath) const

@@ -13,37 +13,34 @@ namespace ZoVelkor::RemoteKernel
 class CPathErrorManagement : public IZOScpiErrorManagement
 {
 public:
-    CPathErrorManagement(std::shared_ptr<CRemotePath> spPath, CComPtr<IZOScpiErrorManagement> spAll) noexcept
-        : m_spPath(std::move(spPath)),
-          m_spAll(std::move(spAll))
+    CPathErrorManagement(std::shared_ptr<CRemotePath> path, CComPtr<IZOScpiErrorManagement> all) noexcept
+        : m_path(std::move(path)),
+          m_all(std::move(all))
     {}
     virtual ~CPathErrorManagement() = default;
 
-    HRESULT SetError(long remotePath, short code, wchar_t const* detail) override
+    HRESULT SetError(long remotePath, short code, const wchar_t* detail) override
     {
-        return IsOwn(remotePath) ? m_spAll->SetError(remotePath, code, detail) : E_INVALIDARG;
+        return IsOwn(remotePath) ? m_all->SetError(remotePath, code, detail) : E_INVALIDARG;
     }
     HRESULT GetNextError(long remotePath, short* code, wchar_t** text) override
     {
-        return IsOwn(remotePath) ? m_spAll->GetNextError(remotePath, code, text) : E_INVALIDARG;
+        return IsOwn(remotePath) ? m_all->GetNextError(remotePath, code, text) : E_INVALIDARG;
     }
     HRESULT GetErrorCount(long remotePath, unsigned long* count) override
     {
-        return IsOwn(remotePath) ? m_spAll->GetErrorCount(remotePath, count) : E_INVALIDARG;
+        return IsOwn(remotePath) ? m_all->GetErrorCount(remotePath, count) : E_INVALIDARG;
     }
     HRESULT ClearErrors(long remotePath) override
     {
-        return IsOwn(remotePath) ? m_spAll->ClearErrors(remotePath) : E_INVALIDARG;
+        return IsOwn(remotePath) ? m_all->ClearErrors(remotePath) : E_INVALIDARG;
     }
 
 private:
-    bool IsOwn(long remotePath) const noexcept
-    {
-        return m_spPath->IsOpen() && m_spPath->Number() == remotePath;
-    }
+    bool IsOwn(long remotePath) const noexcept { return m_path->IsOpen() && m_path->Number() == remotePath; }
 
-    const std::shared_ptr<CRemotePath> m_spPath;
-    const CComPtr<IZOScpiErrorManagement> m_spAll;
+    const std::shared_ptr<CRemotePath> m_path;
+    const CComPtr<IZOScpiErrorManagement> m_all;
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -14,19 +14,18 @@ namespace ZoVelkor::RemoteKernel
 class CPathStatusManagement : public IZOScpiStatusManagement
 {
 public:
-    CPathStatusManagement(std::shared_ptr<CRemotePath> spPath,
-                          CComPtr<IZOScpiStatusManagement> spAll) noexcept
-        : m_spPath(std::move(spPath)),
-          m_spAll(std::move(spAll))
+    CPathStatusManagement(std::shared_ptr<CRemotePath> path, CComPtr<IZOScpiStatusManagement> all) noexcept
+        : m_path(std::move(path)),
+          m_all(std::move(all))
     {}
     virtual ~CPathStatusManagement() = default;
 
     HRESULT
-    GetRegister(long remotePath, wchar_t const* name, IZOScpiStatusRegister** statusRegister) override
+    GetRegister(long remotePath, const wchar_t* name, IZOScpiStatusRegister** statusRegister) override
     {
         if (remotePath == kScpiInstrumentPath || IsOwn(remotePath))
         {
-            return m_spAll->GetRegister(remotePath, name, statusRegister);
+            return m_all->GetRegister(remotePath, name, statusRegister);
         }
         if (statusRegister != nullptr)
         {
@@ -36,17 +35,14 @@ public:
     }
     HRESULT SerialPoll(long remotePath, unsigned char* stb) override
     {
-        return IsOwn(remotePath) ? m_spAll->SerialPoll(remotePath, stb) : E_INVALIDARG;
+        return IsOwn(remotePath) ? m_all->SerialPoll(remotePath, stb) : E_INVALIDARG;
     }
 
 private:
-    bool IsOwn(long remotePath) const noexcept
-    {
-        return m_spPath->IsOpen() && m_spPath->Number() == remotePath;
-    }
+    bool IsOwn(long remotePath) const noexcept { return m_path->IsOpen() && m_path->Number() == remotePath; }
 
-    const std::shared_ptr<CRemotePath> m_spPath;
-    const CComPtr<IZOScpiStatusManagement> m_spAll;
+    const std::shared_ptr<CRemotePath> m_path;
+    const CComPtr<IZOScpiStatusManagement> m_all;
 };
 
 } // namespace ZoVelkor::RemoteKernel

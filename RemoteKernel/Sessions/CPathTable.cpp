@@ -32,17 +32,17 @@ void CPathTable::Close(CRemotePath& path) noexcept
 std::shared_ptr<CRemotePath> CPathTable::Find(long number) const
 {
     const std::lock_guard lock(m_mutex);
-    const std::shared_ptr<CRemotePath> spPath =
+    const std::shared_ptr<CRemotePath> path =
         IsNumber(number) ? m_paths[static_cast<std::size_t>(number)] : nullptr;
-    return spPath != nullptr && spPath->IsOpen() ? spPath : nullptr;
+    return path != nullptr && path->IsOpen() ? path : nullptr;
 }
 
 std::vector<std::shared_ptr<CRemotePath>> CPathTable::All() const
 {
     std::vector<std::shared_ptr<CRemotePath>> paths;
     const std::lock_guard lock(m_mutex);
-    std::copy_if(m_paths.begin(), m_paths.end(), std::back_inserter(paths), [](const auto& spPath) {
-        return spPath != nullptr && spPath->IsOpen();
+    std::copy_if(m_paths.begin(), m_paths.end(), std::back_inserter(paths), [](const auto& path) {
+        return path != nullptr && path->IsOpen();
     });
     return paths;
 }

@@ -10,30 +10,30 @@ namespace ZoVelkor::RemoteKernel
 
 std::vector<std::shared_ptr<CRemotePath>> CRemoteControl::Paths() const
 {
-    if (m_spPath == nullptr)
+    if (m_path == nullptr)
     {
-        return m_spPaths->All();
+        return m_paths->All();
     }
-    return {m_spPath};
+    return {m_path};
 }
 
 HRESULT CRemoteControl::ChangeEach(const FChange& change)
 {
     return GuardedEntry([&]() -> HRESULT {
-        if (m_spPath != nullptr && !m_spPath->IsOpen())
+        if (m_path != nullptr && !m_path->IsOpen())
         {
             return E_INVALIDARG;
         }
         HRESULT result = S_FALSE;
-        for (const auto& spPath : Paths())
+        for (const auto& path : Paths())
         {
-            const tagStateChange changed = change(*spPath);
-            if (changed == tagStateChange::Changed)
+            const StateChange changed = change(*path);
+            if (changed == StateChange::Changed)
             {
-                spPath->PublishStatus();
+                path->PublishStatus();
                 result = SUCCEEDED(result) ? S_OK : result;
             }
-            else if (changed == tagStateChange::LockedOut)
+            else if (changed == StateChange::LockedOut)
             {
                 result = E_ACCESSDENIED;
             }
@@ -45,12 +45,12 @@ HRESULT CRemoteControl::ChangeEach(const FChange& change)
 HRESULT CRemoteControl::GotoLocal()
 {
     return ChangeEach([this](CRemotePath& path) {
-        const tagStateChange changed = path.State().ReturnToLocal();
-        if (changed == tagStateChange::Changed)
+        const StateChange changed = path.State().ReturnToLocal();
+        if (changed == StateChange::Changed)
         {
-            m_spEvents->Tell(path.Number(),
-                             &IZOScpiDeviceHandler::GotoLocal,
-                             &IZOScpiMultichannelEventObserver::GotoLocal);
+            m_events->Tell(path.Number(),
+                           &IZOScpiDeviceHandler::GotoLocal,
+                           &IZOScpiMultichannelEventObserver::GotoLocal);
             path.TellReturnToLocal();
         }
         return changed;
@@ -60,12 +60,12 @@ HRESULT CRemoteControl::GotoLocal()
 HRESULT CRemoteControl::GotoRemote()
 {
     return ChangeEach([this](CRemotePath& path) {
-        const tagStateChange changed = path.State().GotoRemote();
-        if (changed == tagStateChange::Changed)
+        const StateChange changed = path.State().GotoRemote();
+        if (changed == StateChange::Changed)
         {
-            m_spEvents->Tell(path.Number(),
-                             &IZOScpiDeviceHandler::GotoRemote,
-                             &IZOScpiMultichannelEventObserver::GotoRemote);
+            m_events->Tell(path.Number(),
+                           &IZOScpiDeviceHandler::GotoRemote,
+                           &IZOScpiMultichannelEventObserver::GotoRemote);
         }
         return changed;
     });
@@ -74,10 +74,10 @@ HRESULT CRemoteControl::GotoRemote()
 HRESULT CRemoteControl::LocalLockout(short on)
 {
     return ChangeEach([this, on](CRemotePath& path) {
-        const tagStateChange changed = path.State().SetLockout(on != 0);
-        if (changed == tagStateChange::Changed)
+        const StateChange changed = path.State().SetLockout(on != 0);
+        if (changed == StateChange::Changed)
         {
-            m_spEvents->TellLockout(path.Number(), on != 0);
+            m_events->TellLockout(path.Number(), on != 0);
         }
         return changed;
     });
@@ -91,10 +91,10 @@ HRESULT CRemoteControl::IsAny(short* state, bool (CRemoteLocalState::*is)() cons
             return E_POINTER;
         }
         const auto paths = Paths();
-        const bool bAny = std::any_of(
-            paths.begin(), paths.end(), [is](const auto& spPath) { return (spPath->State().*is)(); });
-        *state = bAny ? VARIANT_TRUE : VARIANT_FALSE;
-        return m_spPath != nullptr && !m_spPath->IsOpen() ? E_INVALIDARG : S_OK;
+        const bool any =
+            std::any_of(paths.begin(), paths.end(), [is](const auto& path) { return (path->State().*is)(); });
+        *state = any ? VARIANT_TRUE : VARIANT_FALSE;
+        return m_path != nullptr && !m_path->IsOpen() ? E_INVALIDARG : S_OK;
     });
 }
 

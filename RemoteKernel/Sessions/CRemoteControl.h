@@ -12,11 +12,11 @@ namespace ZoVelkor::RemoteKernel
 class CRemoteControl : public IZOScpiRemoteControl
 {
 public:
-    /// @param spPath  null: all
-    CRemoteControl(const tagKernelParts& parts, std::shared_ptr<CRemotePath> spPath)
-        : m_spPaths(parts.spPaths),
-          m_spEvents(parts.spEvents),
-          m_spPath(std::move(spPath))
+    /// @param path  null: all
+    CRemoteControl(const KernelParts& parts, std::shared_ptr<CRemotePath> path)
+        : m_paths(parts.paths),
+          m_events(parts.events),
+          m_path(std::move(path))
     {}
     virtual ~CRemoteControl() = default;
 
@@ -27,7 +27,7 @@ public:
     HRESULT get_LocalLockoutState(short* lockout) override;
 
 private:
-    using FChange = std::function<tagStateChange(CRemotePath&)>;
+    using FChange = std::function<StateChange(CRemotePath&)>;
 
     /// @return S_OK; S_FALSE when no path changed; E_ACCESSDENIED when one is locked out; E_INVALIDARG when
     /// the one path has ended
@@ -35,9 +35,9 @@ private:
     HRESULT IsAny(short* state, bool (CRemoteLocalState::*is)() const noexcept);
     std::vector<std::shared_ptr<CRemotePath>> Paths() const;
 
-    const std::shared_ptr<CPathTable> m_spPaths;
-    const std::shared_ptr<CEventDistributor> m_spEvents;
-    const std::shared_ptr<CRemotePath> m_spPath;
+    const std::shared_ptr<CPathTable> m_paths;
+    const std::shared_ptr<CEventDistributor> m_events;
+    const std::shared_ptr<CRemotePath> m_path;
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -6,7 +6,7 @@
 namespace ZoVelkor::RemoteKernel
 {
 
-enum class tagStateChange
+enum class StateChange
 {
     Changed,
     Unchanged,
@@ -19,34 +19,34 @@ enum class tagStateChange
 class CRemoteLocalState
 {
 public:
-    bool IsRemote() const noexcept { return m_bRemote.load(std::memory_order_relaxed); }
-    bool IsLockedOut() const noexcept { return m_bLockedOut.load(std::memory_order_relaxed); }
+    bool IsRemote() const noexcept { return m_remote.load(std::memory_order_relaxed); }
+    bool IsLockedOut() const noexcept { return m_lockedOut.load(std::memory_order_relaxed); }
 
-    tagStateChange GotoRemote() noexcept { return Change(m_bRemote, true); }
+    StateChange GotoRemote() noexcept { return Change(m_remote, true); }
     /// The controller's wish: it may always. A lockout stays (LWLS).
-    tagStateChange GotoLocal() noexcept { return Change(m_bRemote, false); }
+    StateChange GotoLocal() noexcept { return Change(m_remote, false); }
     /// The instrument's own wish, which a lockout forbids.
-    tagStateChange ReturnToLocal() noexcept
+    StateChange ReturnToLocal() noexcept
     {
         const std::lock_guard lock(m_mutex);
-        return m_bLockedOut && m_bRemote ? tagStateChange::LockedOut : ChangeLocked(m_bRemote, false);
+        return m_lockedOut && m_remote ? StateChange::LockedOut : ChangeLocked(m_remote, false);
     }
-    tagStateChange SetLockout(bool lockedOut) noexcept { return Change(m_bLockedOut, lockedOut); }
+    StateChange SetLockout(bool lockedOut) noexcept { return Change(m_lockedOut, lockedOut); }
 
 private:
-    tagStateChange Change(std::atomic<bool>& state, bool value) noexcept
+    StateChange Change(std::atomic<bool>& state, bool value) noexcept
     {
         const std::lock_guard lock(m_mutex);
         return ChangeLocked(state, value);
     }
-    static tagStateChange ChangeLocked(std::atomic<bool>& state, bool value) noexcept
+    static StateChange ChangeLocked(std::atomic<bool>& state, bool value) noexcept
     {
-        return state.exchange(value) == value ? tagStateChange::Unchanged : tagStateChange::Changed;
+        return state.exchange(value) == value ? StateChange::Unchanged : StateChange::Changed;
     }
 
     std::mutex m_mutex; // a change looks at both
-    std::atomic<bool> m_bRemote{false};
-    std::atomic<bool> m_bLockedOut{false};
+    std::atomic<bool> m_remote{false};
+    std::atomic<bool> m_lockedOut{false};
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -7,60 +7,60 @@ namespace ZoVelkor::RemoteKernel
 
 void CRemotePath::Close() noexcept
 {
-    m_bOpen.store(false);
-    CComPtr<IZOScpiChannel> spChannel; // released without lock
+    m_open.store(false);
+    CComPtr<IZOScpiChannel> channel; // released without lock
     const std::lock_guard lock(m_mutex);
-    spChannel = std::move(m_spChannel);
+    channel = std::move(m_channel);
 }
 
-void CRemotePath::AttachChannel(IZOScpiChannel* pChannel)
+void CRemotePath::AttachChannel(IZOScpiChannel* channel)
 {
-    m_spDeviceClear = MakeSharedEvent("No event for a channel");
-    m_spShutdown = MakeSharedEvent("No event for a channel");
+    m_deviceClear = MakeSharedEvent("No event for a channel");
+    m_shutdown = MakeSharedEvent("No event for a channel");
     short remoteLocal = 0;
     short status = 0;
-    static_cast<void>(pChannel->GetCapabilities(&remoteLocal, &status));
-    m_bRemoteLocal = remoteLocal != 0;
-    m_bWantsStatus = status != 0;
-    m_spChannel = pChannel;
+    static_cast<void>(channel->GetCapabilities(&remoteLocal, &status));
+    m_remoteLocal = remoteLocal != 0;
+    m_wantsStatus = status != 0;
+    m_channel = channel;
 }
 
 CComPtr<IZOScpiChannel> CRemotePath::Channel() const
 {
     const std::lock_guard lock(m_mutex);
-    return m_spChannel;
+    return m_channel;
 }
 
 void CRemotePath::ServiceRequest(bool requested) noexcept
 {
-    m_bServiceRequest.store(requested);
+    m_serviceRequest.store(requested);
     PublishStatus();
 }
 
 void CRemotePath::PublishStatus() noexcept
 {
-    if (!m_bWantsStatus)
+    if (!m_wantsStatus)
     {
         return;
     }
     const std::lock_guard lock(m_mutex);
     tagZO_SCPI_CHANNEL_STATUS status{
-        m_bServiceRequest.load() ? VARIANT_TRUE : VARIANT_FALSE,
+        m_serviceRequest.load() ? VARIANT_TRUE : VARIANT_FALSE,
         m_state.IsRemote() ? VARIANT_TRUE : VARIANT_FALSE,
         m_state.IsLockedOut() ? VARIANT_TRUE : VARIANT_FALSE,
     };
-    if (m_spChannel != nullptr)
+    if (m_channel != nullptr)
     {
-        static_cast<void>(GuardedEntry([&] { return m_spChannel->SetChannelStatus(&status); }));
+        static_cast<void>(GuardedEntry([&] { return m_channel->SetChannelStatus(&status); }));
     }
 }
 
 void CRemotePath::TellReturnToLocal() noexcept
 {
     const std::lock_guard lock(m_mutex);
-    if (m_spChannel != nullptr)
+    if (m_channel != nullptr)
     {
-        static_cast<void>(GuardedEntry([&] { return m_spChannel->ReturnToLocal(); }));
+        static_cast<void>(GuardedEntry([&] { return m_channel->ReturnToLocal(); }));
     }
 }
 

@@ -20,35 +20,35 @@ namespace ZoVelkor::RemoteKernel
 class CRemotePath final : public IServiceRequestObserver
 {
 public:
-    explicit CRemotePath(long number) noexcept : m_iNumber(number) {}
+    explicit CRemotePath(long number) noexcept : m_number(number) {}
 
-    long Number() const noexcept { return m_iNumber; }
+    long Number() const noexcept { return m_number; }
     /// Tells whether the path exists; its number may mean another one if not any more.
-    bool IsOpen() const noexcept { return m_bOpen.load(std::memory_order_acquire); }
+    bool IsOpen() const noexcept { return m_open.load(std::memory_order_acquire); }
     /// The path is set up: others may find it.
-    void Publish() noexcept { m_bOpen.store(true, std::memory_order_release); }
+    void Publish() noexcept { m_open.store(true, std::memory_order_release); }
     /// The path has ended; its channel is not called any more when this returns.
     void Close() noexcept;
 
     CRemoteLocalState& State() noexcept { return m_state; }
     /// Its controller has made it local and will make it remote again; a message does not.
-    bool IsHeldLocal() const noexcept { return m_bRemoteLocal && !m_state.IsRemote(); }
+    bool IsHeldLocal() const noexcept { return m_remoteLocal && !m_state.IsRemote(); }
     /// A program message makes it remote.
-    bool EntersRemote() const noexcept { return !m_bRemoteLocal && !m_state.IsRemote(); }
+    bool EntersRemote() const noexcept { return !m_remoteLocal && !m_state.IsRemote(); }
 
     /// Called before Publish.
     ///
     /// @throws std::system_error when the system is short of descriptors
-    void AttachChannel(IZOScpiChannel* pChannel);
+    void AttachChannel(IZOScpiChannel* channel);
     /// @return a new reference; null without channel or after the end
     CComPtr<IZOScpiChannel> Channel() const;
     /// Null before AttachChannel.
-    const SharedEvent& DeviceClearEvent() const noexcept { return m_spDeviceClear; }
-    const SharedEvent& ShutdownEvent() const noexcept { return m_spShutdown; }
+    const SharedEvent& DeviceClearEvent() const noexcept { return m_deviceClear; }
+    const SharedEvent& ShutdownEvent() const noexcept { return m_shutdown; }
 
     /// Called before Publish.
-    void SetFormat(const CComPtr<IZOScpiSubsystemFormat>& spFormat) { m_spFormat = spFormat; }
-    const CComPtr<IZOScpiSubsystemFormat>& Format() const noexcept { return m_spFormat; }
+    void SetFormat(const CComPtr<IZOScpiSubsystemFormat>& format) { m_format = format; }
+    const CComPtr<IZOScpiSubsystemFormat>& Format() const noexcept { return m_format; }
 
     void ServiceRequest(bool requested) noexcept override;
     /// Passes the states on to a channel that wants them.
@@ -57,17 +57,17 @@ public:
     void TellReturnToLocal() noexcept;
 
 private:
-    const long m_iNumber;
-    std::atomic<bool> m_bOpen{false};
+    const long m_number;
+    std::atomic<bool> m_open{false};
     CRemoteLocalState m_state;
-    std::atomic<bool> m_bServiceRequest{false};
-    bool m_bRemoteLocal = false; // constant after Publish, like the following
-    bool m_bWantsStatus = false;
-    SharedEvent m_spDeviceClear;
-    SharedEvent m_spShutdown;
-    CComPtr<IZOScpiSubsystemFormat> m_spFormat;
-    mutable std::mutex m_mutex;          // held while the channel is told something
-    CComPtr<IZOScpiChannel> m_spChannel; // guarded by m_mutex
+    std::atomic<bool> m_serviceRequest{false};
+    bool m_remoteLocal = false; // constant after Publish, like the following
+    bool m_wantsStatus = false;
+    SharedEvent m_deviceClear;
+    SharedEvent m_shutdown;
+    CComPtr<IZOScpiSubsystemFormat> m_format;
+    mutable std::mutex m_mutex;        // held while the channel is told something
+    CComPtr<IZOScpiChannel> m_channel; // guarded by m_mutex
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -6,15 +6,15 @@ namespace ZoVelkor::RemoteKernel
 {
 
 CRemotePathServices::CRemotePathServices(long remotePath,
-                                         CComPtr<IZOScpiErrorManagement> spErrorManagement,
-                                         CComPtr<IZOScpiStatusManagement> spStatusManagement,
-                                         CComPtr<IZOScpiSubsystemFormat> spSubsystemFormat,
-                                         CComPtr<IZOScpiPendingOperations> spPendingOperations) noexcept
+                                         CComPtr<IZOScpiErrorManagement> errorManagement,
+                                         CComPtr<IZOScpiStatusManagement> statusManagement,
+                                         CComPtr<IZOScpiSubsystemFormat> subsystemFormat,
+                                         CComPtr<IZOScpiPendingOperations> pendingOperations) noexcept
     : m_iRemotePath(remotePath),
-      m_spErrorManagement(std::move(spErrorManagement)),
-      m_spStatusManagement(std::move(spStatusManagement)),
-      m_spSubsystemFormat(std::move(spSubsystemFormat)),
-      m_spPendingOperations(std::move(spPendingOperations))
+      m_errorManagement(std::move(errorManagement)),
+      m_statusManagement(std::move(statusManagement)),
+      m_subsystemFormat(std::move(subsystemFormat)),
+      m_pendingOperations(std::move(pendingOperations))
 {}
 
 HRESULT CRemotePathServices::GetRemotePath(long* remotePath)
@@ -29,22 +29,22 @@ HRESULT CRemotePathServices::GetRemotePath(long* remotePath)
 
 HRESULT CRemotePathServices::GetErrorManagement(IZOScpiErrorManagement** service)
 {
-    return m_spErrorManagement.CopyTo(service);
+    return m_errorManagement.CopyTo(service);
 }
 
 HRESULT CRemotePathServices::GetStatusManagement(IZOScpiStatusManagement** service)
 {
-    return m_spStatusManagement.CopyTo(service);
+    return m_statusManagement.CopyTo(service);
 }
 
 HRESULT CRemotePathServices::GetSubsystemFormat(IZOScpiSubsystemFormat** service)
 {
-    return m_spSubsystemFormat.CopyTo(service);
+    return m_subsystemFormat.CopyTo(service);
 }
 
 HRESULT CRemotePathServices::GetPendingOperations(IZOScpiPendingOperations** service)
 {
-    return m_spPendingOperations.CopyTo(service);
+    return m_pendingOperations.CopyTo(service);
 }
 
 } // namespace ZoVelkor::RemoteKernel

@@ -12,10 +12,10 @@ class CRemotePathServices : public IZOScpiManager
 {
 public:
     CRemotePathServices(long remotePath,
-                        CComPtr<IZOScpiErrorManagement> spErrorManagement,
-                        CComPtr<IZOScpiStatusManagement> spStatusManagement,
-                        CComPtr<IZOScpiSubsystemFormat> spSubsystemFormat,
-                        CComPtr<IZOScpiPendingOperations> spPendingOperations) noexcept;
+                        CComPtr<IZOScpiErrorManagement> errorManagement,
+                        CComPtr<IZOScpiStatusManagement> statusManagement,
+                        CComPtr<IZOScpiSubsystemFormat> subsystemFormat,
+                        CComPtr<IZOScpiPendingOperations> pendingOperations) noexcept;
     virtual ~CRemotePathServices() = default;
 
     HRESULT GetRemotePath(long* remotePath) override;
@@ -26,10 +26,10 @@ public:
 
 private:
     const long m_iRemotePath;
-    const CComPtr<IZOScpiErrorManagement> m_spErrorManagement;
-    const CComPtr<IZOScpiStatusManagement> m_spStatusManagement;
-    const CComPtr<IZOScpiSubsystemFormat> m_spSubsystemFormat;
-    const CComPtr<IZOScpiPendingOperations> m_spPendingOperations;
+    const CComPtr<IZOScpiErrorManagement> m_errorManagement;
+    const CComPtr<IZOScpiStatusManagement> m_statusManagement;
+    const CComPtr<IZOScpiSubsystemFormat> m_subsystemFormat;
+    const CComPtr<IZOScpiPendingOperations> m_pendingOperations;
 };
 
 } // namespace ZoVelkor::RemoteKernel

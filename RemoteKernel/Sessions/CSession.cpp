@@ -25,95 +25,93 @@ std::string_view FrameErrorDetail(short error) noexcept
 }
 
 /// @return whether it was not there yet
-bool AddOnce(std::vector<CApplication*>& list, CApplication* pApplication)
+bool AddOnce(std::vector<CApplication*>& list, CApplication* application)
 {
-    const bool bNew = std::find(list.begin(), list.end(), pApplication) == list.end();
-    if (bNew)
+    const bool fresh = std::find(list.begin(), list.end(), application) == list.end();
+    if (fresh)
     {
-        list.push_back(pApplication);
+        list.push_back(application);
     }
-    return bNew;
+    return fresh;
 }
 
 std::shared_ptr<CRemotePath> OpenPath(CPathTable& paths)
 {
-    std::shared_ptr<CRemotePath> spPath = paths.Open();
-    if (spPath == nullptr)
+    std::shared_ptr<CRemotePath> path = paths.Open();
+    if (path == nullptr)
     {
         throw std::system_error(EMFILE, std::generic_category(), "All remote paths are taken");
     }
-    return spPath;
+    return path;
 }
 
 /// The context of the path's commands: services that reach this path alone.
 CComPtr<CComObject<CRemotePathServices, IZOScpiManager>>
-MakeServices(const std::shared_ptr<CRemotePath>& spPath,
-             const tagKernelParts& parts,
-             const CComPtr<CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>>& spFormat)
+MakeServices(const std::shared_ptr<CRemotePath>& path,
+             const KernelParts& parts,
+             const CComPtr<CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>>& format)
 {
     using CErrors = CComObject<CPathErrorManagement, IZOScpiErrorManagement>;
     using CStatus = CComObject<CPathStatusManagement, IZOScpiStatusManagement>;
-    return CComObject<CRemotePathServices, IZOScpiManager>::Create(spPath->Number(),
-                                                                   CErrors::Create(spPath, parts.spErrors),
-                                                                   CStatus::Create(spPath, parts.spStatus),
-                                                                   spFormat,
-                                                                   parts.spOperations);
+    return CComObject<CRemotePathServices, IZOScpiManager>::Create(path->Number(),
+                                                                   CErrors::Create(path, parts.errors),
+                                                                   CStatus::Create(path, parts.status),
+                                                                   format,
+                                                                   parts.operations);
 }
 
 } // namespace
 
-CSession::CSession(CRemoteKernel& kernel,
-                   const tagSessionLimits& limits,
-                   const tagSessionTransport& transport)
+CSession::CSession(CRemoteKernel& kernel, const SessionLimits& limits, const SessionTransport& transport)
     : m_kernel(kernel),
-      m_spOutput(CSessionOutput::Create(limits.iMaxResponse)),
-      m_spFormat(CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>::Create(m_spOutput)),
-      m_spBreakEvent(MakeSharedEvent("No event for a session")),
-      m_spStatus(std::make_shared<CSessionStatus>(m_spBreakEvent)),
-      m_spErrors(std::make_shared<CErrorQueue>(limits.iErrorQueueDepth, m_spStatus)),
-      m_spPath(OpenPath(*kernel.m_parts.spPaths)),
-      m_spServices(MakeServices(m_spPath, kernel.m_parts, m_spFormat)),
-      m_pContext(static_cast<IZOScpiManager*>(m_spServices)),
-      m_spBuiltIns(std::make_unique<CBuiltInCommands>(tagBuiltInContext{*m_spOutput,
-                                                                        *m_spFormat,
-                                                                        *m_spErrors,
-                                                                        *kernel.m_parts.spOperations,
-                                                                        *m_spStatus,
-                                                                        *kernel.m_parts.spStatus,
-                                                                        *kernel.m_parts.spEvents,
-                                                                        m_spApplications,
-                                                                        m_spPath->Number(),
-                                                                        m_spBreakEvent->Get(),
-                                                                        transport.iConnection})),
-      m_framer(limits.message, transport.pSource != nullptr),
+      m_output(CSessionOutput::Create(limits.maxResponse)),
+      m_format(CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>::Create(m_output)),
+      m_breakEvent(MakeSharedEvent("No event for a session")),
+      m_status(std::make_shared<CSessionStatus>(m_breakEvent)),
+      m_errors(std::make_shared<CErrorQueue>(limits.errorQueueDepth, m_status)),
+      m_path(OpenPath(*kernel.m_parts.paths)),
+      m_services(MakeServices(m_path, kernel.m_parts, m_format)),
+      m_context(static_cast<IZOScpiManager*>(m_services)),
+      m_builtIns(std::make_unique<CBuiltInCommands>(BuiltInContext{*m_output,
+                                                                   *m_format,
+                                                                   *m_errors,
+                                                                   *kernel.m_parts.operations,
+                                                                   *m_status,
+                                                                   *kernel.m_parts.status,
+                                                                   *kernel.m_parts.events,
+                                                                   m_applications,
+                                                                   m_path->Number(),
+                                                                   m_breakEvent->Get(),
+                                                                   transport.connection})),
+      m_framer(limits.message, transport.source != nullptr),
       m_stream(
-          m_input, transport.pSource, GetEventDescriptor(m_spBreakEvent->Get()), *this, limits.iBlockPauseMs),
-      m_bStreams(transport.pSource != nullptr)
+          m_input, transport.source, GetEventDescriptor(m_breakEvent->Get()), *this, limits.blockPauseMs),
+      m_streams(transport.source != nullptr)
 {
     AddPath(transport);
 }
 
-void CSession::AddPath(const tagSessionTransport& transport)
+void CSession::AddPath(const SessionTransport& transport)
 {
-    const long path = m_spPath->Number();
+    const long path = m_path->Number();
     try
     {
-        if (!m_kernel.m_parts.spOperations->AddPath(path))
+        if (!m_kernel.m_parts.operations->AddPath(path))
         {
             throw std::system_error(EMFILE, std::generic_category(), "No event for a session");
         }
-        m_kernel.m_parts.spErrors->AddPath(path, m_spErrors);
-        m_kernel.m_parts.spStatus->AddPath(path, m_spStatus);
-        m_kernel.m_parts.spFormat->CopySettingsTo(*m_spFormat);
-        m_spPath->SetFormat(CComPtr<IZOScpiSubsystemFormat>(m_spFormat));
-        if (transport.pChannel != nullptr)
+        m_kernel.m_parts.errors->AddPath(path, m_errors);
+        m_kernel.m_parts.status->AddPath(path, m_status);
+        m_kernel.m_parts.format->CopySettingsTo(*m_format);
+        m_path->SetFormat(CComPtr<IZOScpiSubsystemFormat>(m_format));
+        if (transport.channel != nullptr)
         {
-            m_spPath->AttachChannel(transport.pChannel);
-            SetServiceRequestObserver(m_spPath.get());
+            m_path->AttachChannel(transport.channel);
+            SetServiceRequestObserver(m_path.get());
         }
-        m_spStatus->Enable(m_kernel.m_parts.spStatus->PowerOnMasks());
+        m_status->Enable(m_kernel.m_parts.status->PowerOnMasks());
         m_kernel.AddSession(*this);
-        m_spPath->Publish();
+        m_path->Publish();
     }
     catch (...)
     {
@@ -131,32 +129,32 @@ CSession::~CSession()
 
 void CSession::RemovePath() noexcept
 {
-    const long path = m_spPath->Number();
+    const long path = m_path->Number();
     SetServiceRequestObserver(nullptr);
-    m_kernel.m_parts.spErrors->RemovePath(path);
-    m_kernel.m_parts.spOperations->RemovePath(path);
-    m_kernel.m_parts.spStatus->RemovePath(path);
-    m_kernel.m_parts.spRegistry->ReleaseEngines(path);
-    m_kernel.m_parts.spGate->Start(path);
+    m_kernel.m_parts.errors->RemovePath(path);
+    m_kernel.m_parts.operations->RemovePath(path);
+    m_kernel.m_parts.status->RemovePath(path);
+    m_kernel.m_parts.registry->ReleaseEngines(path);
+    m_kernel.m_parts.gate->Start(path);
     // Last: from here on the number may stand for another path.
-    m_kernel.m_parts.spPaths->Close(*m_spPath);
+    m_kernel.m_parts.paths->Close(*m_path);
 }
 
 void CSession::Break(int reason) noexcept
 {
-    const bool bDeviceClear = reason == kBreakForDeviceClear && m_spPath->DeviceClearEvent() != nullptr;
+    const bool deviceClear = reason == kBreakForDeviceClear && m_path->DeviceClearEvent() != nullptr;
     {
         const std::lock_guard lock(m_breakMutex);
         m_break.store(std::max(m_break.load(), reason));
         m_breakNext = std::max(m_breakNext, reason);
-        m_spOutput->Cancel();
-        SetEvent(m_spBreakEvent->Get());
-        if (bDeviceClear)
+        m_output->Cancel();
+        SetEvent(m_breakEvent->Get());
+        if (deviceClear)
         {
-            SetEvent(m_spPath->DeviceClearEvent()->Get());
+            SetEvent(m_path->DeviceClearEvent()->Get());
         }
     }
-    m_kernel.m_parts.spGate->Wake();
+    m_kernel.m_parts.gate->Wake();
 }
 
 void CSession::GoOn() noexcept
@@ -167,20 +165,20 @@ void CSession::GoOn() noexcept
     {
         return;
     }
-    m_spOutput->Resume();
-    ResetEvent(m_spBreakEvent->Get());
-    if (m_spPath->DeviceClearEvent() != nullptr)
+    m_output->Resume();
+    ResetEvent(m_breakEvent->Get());
+    if (m_path->DeviceClearEvent() != nullptr)
     {
-        ResetEvent(m_spPath->DeviceClearEvent()->Get());
+        ResetEvent(m_path->DeviceClearEvent()->Get());
     }
 }
 
 void CSession::Cancel() noexcept
 {
     Break(kBreakForEver);
-    if (m_spPath->ShutdownEvent() != nullptr)
+    if (m_path->ShutdownEvent() != nullptr)
     {
-        SetEvent(m_spPath->ShutdownEvent()->Get());
+        SetEvent(m_path->ShutdownEvent()->Get());
     }
 }
 
@@ -194,10 +192,10 @@ void CSession::FinishClear()
     }
     m_input.Clear();
     m_framer.Reset();
-    m_bInMessage = false;
+    m_inMessage = false;
     m_bytesAnnounced = 0;
     Abandon();
-    m_spOutput->EndMessage();
+    m_output->EndMessage();
     ClearResponse();
     ReleaseMemory();
     if (reason == kBreakForDeviceClear)
@@ -209,18 +207,18 @@ void CSession::FinishClear()
 
 void CSession::TellDeviceClear()
 {
-    const long path = m_spPath->Number();
-    if (m_kernel.m_parts.spOperations->CancelOperationComplete(path))
+    const long path = m_path->Number();
+    if (m_kernel.m_parts.operations->CancelOperationComplete(path))
     {
-        m_kernel.m_parts.spEvents->TellOpcReset(path);
+        m_kernel.m_parts.events->TellOpcReset(path);
     }
-    m_kernel.m_parts.spEvents->Tell(
+    m_kernel.m_parts.events->Tell(
         path, &IZOScpiDeviceHandler::DeviceClear, &IZOScpiMultichannelEventObserver::DeviceClear);
 }
 
 void CSession::Abandon()
 {
-    if (m_bBegun)
+    if (m_begun)
     {
         TellMessageEnd();
     }
@@ -228,7 +226,7 @@ void CSession::Abandon()
 
 HRESULT CSession::Trigger()
 {
-    if (!m_input.IsEmpty() || m_bInMessage || m_framer.IsSkipping())
+    if (!m_input.IsEmpty() || m_inMessage || m_framer.IsSkipping())
     {
         RefuseTrigger();
         if (!m_framer.IsSkipping())
@@ -238,12 +236,12 @@ HRESULT CSession::Trigger()
         return S_FALSE;
     }
     RefreshApplications();
-    if (m_spPath->IsHeldLocal())
+    if (m_path->IsHeldLocal())
     {
         ReportError(kScpiInvalidWhileLocal, {});
         return S_FALSE;
     }
-    return m_spBuiltIns->GroupExecuteTrigger() == S_OK ? S_OK : S_FALSE;
+    return m_builtIns->GroupExecuteTrigger() == S_OK ? S_OK : S_FALSE;
 }
 
 void CSession::RefuseTrigger()
@@ -254,15 +252,15 @@ void CSession::RefuseTrigger()
 std::string_view CSession::Process(std::span<char> bytes)
 {
     ClearResponse();
-    const bool bInPlace = m_input.IsEmpty() && !m_bStreams;
-    while (bInPlace && !bytes.empty() && !IsBroken())
+    const bool inPlace = m_input.IsEmpty() && !m_streams;
+    while (inPlace && !bytes.empty() && !IsBroken())
     {
-        const tagFrame frame = m_framer.Scan(bytes);
-        if (frame.eStatus == tagFrameStatus::Message)
+        const Frame frame = m_framer.Scan(bytes);
+        if (frame.status == FrameStatus::Message)
         {
-            ExecuteMessage(bytes.first(frame.iLength));
+            ExecuteMessage(bytes.first(frame.length));
         }
-        bytes = bytes.subspan(frame.iConsumed);
+        bytes = bytes.subspan(frame.consumed);
         if (HandleFrame(frame))
         {
             break;
@@ -272,7 +270,7 @@ std::string_view CSession::Process(std::span<char> bytes)
     {
         m_input.Append(bytes.data(), bytes.size());
     }
-    while (!bInPlace && ExecuteNext())
+    while (!inPlace && ExecuteNext())
     {}
     return Response();
 }
@@ -294,7 +292,7 @@ std::span<char> CSession::InputSpace()
 void CSession::ReleaseMemory() noexcept
 {
     m_input.ReleaseMemory(kKeptInput);
-    m_spOutput->ReleaseMemory();
+    m_output->ReleaseMemory();
 }
 
 bool CSession::ExecuteNext()
@@ -302,67 +300,67 @@ bool CSession::ExecuteNext()
     while (!m_input.IsEmpty() && !IsBroken())
     {
         const std::span<char> bytes(m_input.Data(), m_input.Size());
-        const tagFrame frame = m_framer.Scan(bytes);
-        if (frame.eStatus == tagFrameStatus::Block)
+        const Frame frame = m_framer.Scan(bytes);
+        if (frame.status == FrameStatus::Block)
         {
             ExecuteUpToBlock(frame);
             continue;
         }
-        const bool bMessage = frame.eStatus == tagFrameStatus::Message;
-        if (bMessage)
+        const bool message = frame.status == FrameStatus::Message;
+        if (message)
         {
-            ExecuteMessage(bytes.first(frame.iLength));
+            ExecuteMessage(bytes.first(frame.length));
         }
-        m_input.Consume(frame.iConsumed);
-        const bool bIncomplete = HandleFrame(frame);
-        const bool bEnded = bMessage || frame.eStatus == tagFrameStatus::Dropped;
-        if (bEnded || bIncomplete)
+        m_input.Consume(frame.consumed);
+        const bool incomplete = HandleFrame(frame);
+        const bool ended = message || frame.status == FrameStatus::Dropped;
+        if (ended || incomplete)
         {
-            return bEnded;
+            return ended;
         }
     }
     return false;
 }
 
-bool CSession::HandleFrame(const tagFrame& frame)
+bool CSession::HandleFrame(const Frame& frame)
 {
-    if (frame.eStatus == tagFrameStatus::Error)
+    if (frame.status == FrameStatus::Error)
     {
-        ReportError(frame.iError, FrameErrorDetail(frame.iError));
+        ReportError(frame.error, FrameErrorDetail(frame.error));
     }
-    else if (frame.eStatus == tagFrameStatus::Dropped)
+    else if (frame.status == FrameStatus::Dropped)
     {
         EndMessage();
     }
-    const bool bIncomplete = frame.eStatus == tagFrameStatus::Incomplete;
-    m_bytesAnnounced = bIncomplete ? frame.iBytesNeeded : 0;
-    return bIncomplete;
+    const bool incomplete = frame.status == FrameStatus::Incomplete;
+    m_bytesAnnounced = incomplete ? frame.bytesNeeded : 0;
+    return incomplete;
 }
 
-void CSession::ExecuteUpToBlock(const tagFrame& frame)
+void CSession::ExecuteUpToBlock(const Frame& frame)
 {
-    if (!m_bInMessage)
+    if (!m_inMessage)
     {
         BeginMessage();
         m_parser.BeginMessage();
-        m_bInMessage = true;
+        m_inMessage = true;
     }
     // The piece stays in place while its commands run; what has arrived behind it goes to fresh memory.
     std::swap(m_piece, m_input);
-    m_input.Append(m_piece.Data() + frame.iLength, m_piece.Size() - frame.iLength);
-    m_piece.Truncate(frame.iLength);
-    m_stream.Begin(frame.iBlockLength);
+    m_input.Append(m_piece.Data() + frame.length, m_piece.Size() - frame.length);
+    m_piece.Truncate(frame.length);
+    m_stream.Begin(frame.blockLength);
     std::size_t heldFrom = 0;
-    CMessageTrace::Print(m_spPath->Number(), '<', {m_piece.Data(), m_piece.Size()});
-    const tagPieceResult result = m_parser.ParsePiece(
-        *m_spApplications->spIndex, {m_piece.Data(), m_piece.Size()}, m_stream, *this, heldFrom);
-    if (result == tagPieceResult::Hold)
+    CMessageTrace::Print(m_path->Number(), '<', {m_piece.Data(), m_piece.Size()});
+    const PieceResult result = m_parser.ParsePiece(
+        *m_applications->index, {m_piece.Data(), m_piece.Size()}, m_stream, *this, heldFrom);
+    if (result == PieceResult::Hold)
     {
         CollectFrom(heldFrom);
     }
     else
     {
-        FinishBlock(result == tagPieceResult::Continue);
+        FinishBlock(result == PieceResult::Continue);
     }
     m_piece.Clear();
     m_piece.ReleaseMemory(kKeptInput);
@@ -377,13 +375,13 @@ void CSession::CollectFrom(std::size_t place)
     m_framer.Hold();
 }
 
-void CSession::FinishBlock(bool bContinue)
+void CSession::FinishBlock(bool goOn)
 {
-    if (bContinue && SUCCEEDED(m_stream.Finish()))
+    if (goOn && SUCCEEDED(m_stream.Finish()))
     {
         return;
     }
-    if (m_stream.State() == CBlockStream::tagState::Lost && !IsClearPending())
+    if (m_stream.State() == CBlockStream::Progress::Lost && !IsClearPending())
     {
         Cancel();
     }
@@ -392,13 +390,13 @@ void CSession::FinishBlock(bool bContinue)
 
 void CSession::RefreshApplications()
 {
-    if (m_kernel.m_parts.spRegistry->Generation() != m_generation)
+    if (m_kernel.m_parts.registry->Generation() != m_generation)
     {
-        m_spApplications = m_kernel.m_parts.spRegistry->Current(m_generation);
-        const auto& applications = m_spApplications->applications;
-        std::erase_if(m_remoteTold, [&applications](const CApplication* pApplication) {
-            return std::none_of(applications.begin(), applications.end(), [&](const auto& spOther) {
-                return spOther.get() == pApplication;
+        m_applications = m_kernel.m_parts.registry->Current(m_generation);
+        const auto& applications = m_applications->applications;
+        std::erase_if(m_remoteTold, [&applications](const CApplication* told) {
+            return std::none_of(applications.begin(), applications.end(), [&](const auto& application) {
+                return application.get() == told;
             });
         });
     }
@@ -406,37 +404,37 @@ void CSession::RefreshApplications()
 
 void CSession::ExecuteMessage(std::span<char> message)
 {
-    CMessageTrace::Print(m_spPath->Number(), '<', {message.data(), message.size()});
-    if (m_bInMessage)
+    CMessageTrace::Print(m_path->Number(), '<', {message.data(), message.size()});
+    if (m_inMessage)
     {
-        m_parser.ParseRest(*m_spApplications->spIndex, message, *this);
+        m_parser.ParseRest(*m_applications->index, message, *this);
     }
     else
     {
         BeginMessage();
-        m_parser.Parse(*m_spApplications->spIndex, message, *this);
+        m_parser.Parse(*m_applications->index, message, *this);
     }
     EndMessage();
 }
 
 void CSession::BeginMessage()
 {
-    const long path = m_spPath->Number();
-    if (!m_kernel.m_parts.spGate->IsOpen(path))
+    const long path = m_path->Number();
+    if (!m_kernel.m_parts.gate->IsOpen(path))
     {
-        m_kernel.m_parts.spGate->Wait(path, [this] { return IsBroken(); });
+        m_kernel.m_parts.gate->Wait(path, [this] { return IsBroken(); });
     }
     RefreshApplications();
-    m_bBegun = true;
-    CEventDistributor& events = *m_kernel.m_parts.spEvents;
-    if (m_spPath->EntersRemote() && m_spPath->State().GotoRemote() == tagStateChange::Changed)
+    m_begun = true;
+    CEventDistributor& events = *m_kernel.m_parts.events;
+    if (m_path->EntersRemote() && m_path->State().GotoRemote() == StateChange::Changed)
     {
         // The applications hear of it with their next command: a busy one must not hold this message up.
-        m_bTellsRemote = true;
+        m_tellsRemote = true;
         m_remoteTold.clear();
         events.TellObservers(
             [path](IZOScpiMultichannelEventObserver& observer) { return observer.GotoRemote(path); });
-        m_spPath->PublishStatus();
+        m_path->PublishStatus();
     }
     if (events.HasObservers())
     {
@@ -448,18 +446,18 @@ void CSession::BeginMessage()
 
 void CSession::TellMessageEnd()
 {
-    m_bBegun = false;
-    const long path = m_spPath->Number();
+    m_begun = false;
+    const long path = m_path->Number();
     const short aborted = IsBroken() ? VARIANT_TRUE : VARIANT_FALSE;
-    for (CApplication* pApplication : m_involved)
+    for (CApplication* application : m_involved)
     {
-        static_cast<void>(pApplication->CallDeviceHandler(
+        static_cast<void>(application->CallDeviceHandler(
             path, [aborted](IZOScpiDeviceHandler& handler) { return handler.ProgramMessageEnd(aborted); }));
     }
     m_involved.clear();
-    if (m_kernel.m_parts.spEvents->HasObservers())
+    if (m_kernel.m_parts.events->HasObservers())
     {
-        m_kernel.m_parts.spEvents->TellObservers([=](IZOScpiMultichannelEventObserver& observer) {
+        m_kernel.m_parts.events->TellObservers([=](IZOScpiMultichannelEventObserver& observer) {
             return observer.ProgramMessageEnd(aborted, path);
         });
     }
@@ -467,80 +465,79 @@ void CSession::TellMessageEnd()
 
 void CSession::EndMessage()
 {
-    m_bInMessage = false;
+    m_inMessage = false;
     TellMessageEnd();
-    CMessageTrace::Print(m_spPath->Number(), '>', m_spOutput->Message());
-    m_spOutput->EndMessage();
-    if (!m_spOutput->IsEmpty() && !IsBroken())
+    CMessageTrace::Print(m_path->Number(), '>', m_output->Message());
+    m_output->EndMessage();
+    if (!m_output->IsEmpty() && !IsBroken())
     {
-        m_spStatus->StatusByte().SetMessageAvailable(true);
+        m_status->StatusByte().SetMessageAvailable(true);
     }
 }
 
-bool CSession::ExecuteCommand(const tagParsedCommand& command)
+bool CSession::ExecuteCommand(const ParsedCommand& command)
 {
     if (IsBroken())
     {
         return false;
     }
-    m_spOutput->BeginCommand();
-    m_spErrors->BeginCommand();
-    if (command.bQuery && m_spOutput->HasIndefinite())
+    m_output->BeginCommand();
+    m_errors->BeginCommand();
+    if (command.query && m_output->HasIndefinite())
     {
         ReportError(kScpiQueryAfterIndefinite, {});
         return false;
     }
-    const bool bBuiltIn = command.pApplication->IsBuiltIn();
-    if (m_spPath->IsHeldLocal() && !command.bQuery &&
-        (!bBuiltIn || CBuiltInCommands::ChangesInstrument(command)))
+    const bool builtIn = command.application->IsBuiltIn();
+    if (m_path->IsHeldLocal() && !command.query && (!builtIn || CBuiltInCommands::ChangesInstrument(command)))
     {
         ReportError(kScpiInvalidWhileLocal, {});
         return true;
     }
     HRESULT result = S_OK;
-    if (bBuiltIn)
+    if (builtIn)
     {
-        result = m_spBuiltIns->Execute(command);
+        result = m_builtIns->Execute(command);
     }
     else if (!RunApplication(command, result))
     {
         ReportError(kScpiUndefinedHeader, "Application has left");
         return false;
     }
-    return result == S_OK && !m_spErrors->CommandRaisedError() ? !IsBroken() : CloseCommand(result);
+    return result == S_OK && !m_errors->CommandRaisedError() ? !IsBroken() : CloseCommand(result);
 }
 
-bool CSession::RunApplication(const tagParsedCommand& command, HRESULT& result)
+bool CSession::RunApplication(const ParsedCommand& command, HRESULT& result)
 {
-    CApplication& application = *command.pApplication;
-    tagApplicationNews news;
-    news.bMessageBegin = AddOnce(m_involved, &application);
+    CApplication& application = *command.application;
+    ApplicationNews news;
+    news.messageBegin = AddOnce(m_involved, &application);
     // What a front panel has made local meanwhile is told so already.
-    news.bRemote = m_bTellsRemote && m_spPath->State().IsRemote() && AddOnce(m_remoteTold, &application);
-    return application.Execute(command, news, m_pContext, m_spPath->Number(), m_spOutput, result);
+    news.remote = m_tellsRemote && m_path->State().IsRemote() && AddOnce(m_remoteTold, &application);
+    return application.Execute(command, news, m_context, m_path->Number(), m_output, result);
 }
 
 bool CSession::CloseCommand(HRESULT result)
 {
-    if (m_spOutput->IsRefused())
+    if (m_output->IsRefused())
     {
         ReportError(kScpiQueryDeadlocked, "Response too long");
-        m_spOutput->DropMessage();
+        m_output->DropMessage();
     }
-    else if (FAILED(result) && result != E_ABORT && !m_spErrors->CommandRaisedError())
+    else if (FAILED(result) && result != E_ABORT && !m_errors->CommandRaisedError())
     {
-        m_spErrors->Push(kScpiExecutionError, {});
+        m_errors->Push(kScpiExecutionError, {});
     }
-    if (result != S_OK || m_spErrors->CommandFailed())
+    if (result != S_OK || m_errors->CommandFailed())
     {
-        m_spOutput->DropCommand();
+        m_output->DropCommand();
     }
     return result != E_ABORT && !IsBroken();
 }
 
 void CSession::ReportError(short code, std::string_view detail)
 {
-    m_spErrors->Push(code, detail);
+    m_errors->Push(code, detail);
 }
 
 } // namespace ZoVelkor::RemoteKernel

@@ -29,12 +29,12 @@ class CBuiltInCommands;
 class CRemoteKernel;
 
 /// What a session may know of its transport; outlives the session.
-struct tagSessionTransport
+struct SessionTransport
 {
-    int iConnection = -1;           ///< descriptor whose error or hang-up ends the waits of *OPC? and *WAI
-    IByteSource* pSource = nullptr; ///< where large blocks are read from while their commands run; null: they
-                                    ///< are collected
-    IZOScpiChannel* pChannel = nullptr; ///< hears of states
+    int connection = -1;           ///< descriptor whose error or hang-up ends the waits of *OPC? and *WAI
+    IByteSource* source = nullptr; ///< where large blocks are read from while their commands run; null: they
+                                   ///< are collected
+    IZOScpiChannel* channel = nullptr; ///< hears of states
 };
 
 /// One remote path: takes bytes of program messages, runs their commands, gives the response bytes.
@@ -66,8 +66,8 @@ public:
     /// @throws std::system_error when the system is short of descriptors or all remote paths are taken,
     ///         std::bad_alloc
     explicit CSession(CRemoteKernel& kernel,
-                      const tagSessionLimits& limits = {},
-                      const tagSessionTransport& transport = {});
+                      const SessionLimits& limits = {},
+                      const SessionTransport& transport = {});
     CSession(const CSession&) = delete;
     CSession& operator=(const CSession&) = delete;
     /// Ends the session. Operations that it began and that go on are forgotten.
@@ -89,13 +89,13 @@ public:
     bool ExecuteNext();
 
     /// Response bytes that were not cleared; empty when the messages answered nothing.
-    std::string_view Response() const noexcept { return m_spOutput->View(); }
+    std::string_view Response() const noexcept { return m_output->View(); }
     void ClearResponse() noexcept
     {
-        if (!m_spOutput->IsEmpty())
+        if (!m_output->IsEmpty())
         {
-            m_spOutput->Clear();
-            m_spStatus->StatusByte().SetMessageAvailable(false);
+            m_output->Clear();
+            m_status->StatusByte().SetMessageAvailable(false);
         }
     }
 
@@ -103,7 +103,7 @@ public:
     bool HoldsMemory() const noexcept
     {
         return m_input.IsEmpty() &&
-               (m_input.Capacity() > kKeptInput || m_spOutput->Capacity() > COutputQueue::kKeptCapacity);
+               (m_input.Capacity() > kKeptInput || m_output->Capacity() > COutputQueue::kKeptCapacity);
     }
     /// Gives such memory back; for a transport whose client has become quiet.
     void ReleaseMemory() noexcept;
@@ -141,22 +141,22 @@ public:
     /// section 11.2.2.1). Threads: any.
     unsigned char SerialPoll() noexcept
     {
-        return static_cast<unsigned char>(m_spStatus->StatusByte().SerialPoll());
+        return static_cast<unsigned char>(m_status->StatusByte().SerialPoll());
     }
     /// @param pObserver  borrowed until another one is set or the session has ended; null: none. Threads:
     /// any.
     void SetServiceRequestObserver(IServiceRequestObserver* pObserver) noexcept
     {
-        m_spStatus->StatusByte().SetObserver(pObserver);
+        m_status->StatusByte().SetObserver(pObserver);
     }
 
     /// The number by which services know this session.
-    long RemotePath() const noexcept { return m_spPath->Number(); }
-    const std::shared_ptr<CRemotePath>& Path() const noexcept { return m_spPath; }
+    long RemotePath() const noexcept { return m_path->Number(); }
+    const std::shared_ptr<CRemotePath>& Path() const noexcept { return m_path; }
     /// Services of the path, the context of its commands; borrowed.
-    IUnknown* Context() const noexcept { return m_pContext; }
+    IUnknown* Context() const noexcept { return m_context; }
     /// Readable while the session is broken off: cancelled, or a clear is pending.
-    int BreakDescriptor() const noexcept { return GetEventDescriptor(m_spBreakEvent->Get()); }
+    int BreakDescriptor() const noexcept { return GetEventDescriptor(m_breakEvent->Get()); }
 
 private:
     /// Memory that stays with an idle session.
@@ -169,51 +169,51 @@ private:
     static constexpr int kBreakForDeviceClear = 2;
     static constexpr int kBreakForEver = 3;
 
-    bool ExecuteCommand(const tagParsedCommand& command) override;
+    bool ExecuteCommand(const ParsedCommand& command) override;
     void ReportError(short code, std::string_view detail) override;
     /// @return true when the message at the start of the input is incomplete
-    bool HandleFrame(const tagFrame& frame);
+    bool HandleFrame(const Frame& frame);
     void ExecuteMessage(std::span<char> message);
-    void ExecuteUpToBlock(const tagFrame& frame);
+    void ExecuteUpToBlock(const Frame& frame);
     void CollectFrom(std::size_t place);
-    void FinishBlock(bool bContinue);
+    void FinishBlock(bool goOn);
     void BeginMessage();
     void EndMessage();
     void TellMessageEnd();
     void TellDeviceClear();
     bool CloseCommand(HRESULT result);
-    bool RunApplication(const tagParsedCommand& command, HRESULT& result);
+    bool RunApplication(const ParsedCommand& command, HRESULT& result);
     bool IsBroken() const noexcept { return m_break.load(std::memory_order_relaxed) != kRuns; }
     void Break(int reason) noexcept;
     void GoOn() noexcept;
-    void AddPath(const tagSessionTransport& transport);
+    void AddPath(const SessionTransport& transport);
     void RefreshApplications();
     void RemovePath() noexcept;
 
     CRemoteKernel& m_kernel;
-    const CComPtr<CSessionOutput> m_spOutput;
-    const CComPtr<CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>> m_spFormat;
-    const SharedEvent m_spBreakEvent;
-    const std::shared_ptr<CSessionStatus> m_spStatus;
-    const std::shared_ptr<CErrorQueue> m_spErrors;
-    const std::shared_ptr<CRemotePath> m_spPath;
-    const CComPtr<CComObject<CRemotePathServices, IZOScpiManager>> m_spServices;
-    IUnknown* const m_pContext; // m_spServices
-    std::shared_ptr<const tagApplicationSet> m_spApplications;
+    const CComPtr<CSessionOutput> m_output;
+    const CComPtr<CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>> m_format;
+    const SharedEvent m_breakEvent;
+    const std::shared_ptr<CSessionStatus> m_status;
+    const std::shared_ptr<CErrorQueue> m_errors;
+    const std::shared_ptr<CRemotePath> m_path;
+    const CComPtr<CComObject<CRemotePathServices, IZOScpiManager>> m_services;
+    IUnknown* const m_context; // m_services
+    std::shared_ptr<const ApplicationSet> m_applications;
     std::uint64_t m_generation = 0;
-    std::unique_ptr<CBuiltInCommands> m_spBuiltIns;
+    std::unique_ptr<CBuiltInCommands> m_builtIns;
     CProgramMessageParser m_parser;
     CMessageFramer m_framer;
     CByteBuffer m_input;
     CByteBuffer m_piece; // the message up to the block that is being read
     CBlockStream m_stream;
-    const bool m_bStreams;
-    bool m_bBegun = false;                   // observers and handlers have heard of the message at hand
-    bool m_bInMessage = false;               // commands of the message at hand have run
+    const bool m_streams;
+    bool m_begun = false;                    // observers and handlers have heard of the message at hand
+    bool m_inMessage = false;                // commands of the message at hand have run
     std::size_t m_bytesAnnounced = 0;        // still missing of the message at hand, as far as known
     std::vector<CApplication*> m_involved;   // whose commands the message at hand has run
     std::vector<CApplication*> m_remoteTold; // who know that the path is remote
-    bool m_bTellsRemote = false;             // those who do not are to be told
+    bool m_tellsRemote = false;              // those who do not are to be told
     std::mutex m_breakMutex;
     std::atomic<int> m_break{kRuns}; // changed under m_breakMutex
     int m_breakNext = kRuns;         // guarded by m_breakMutex: what has come since FinishClear began

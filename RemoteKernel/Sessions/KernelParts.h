@@ -22,17 +22,17 @@ using COperationsObject = CComObject<CPendingOperations, IZOScpiPendingOperation
 using CMessageTraceObject = CComObject<CMessageTrace, IZOScpiTraceManagement>;
 
 /// What the sessions and services of one kernel share; each holds what it needs as long as it lives.
-struct tagKernelParts
+struct KernelParts
 {
-    CComPtr<CApplicationRegistryObject> spRegistry;
-    CComPtr<CErrorObject> spErrors;
-    CComPtr<CStatusObject> spStatus;
-    CComPtr<COperationsObject> spOperations;
-    CComPtr<CDefaultFormatObject> spFormat;
-    CComPtr<CMessageTraceObject> spTrace;
-    std::shared_ptr<CPathTable> spPaths;
-    std::shared_ptr<CParserGate> spGate;
-    std::shared_ptr<CEventDistributor> spEvents;
+    CComPtr<CApplicationRegistryObject> registry;
+    CComPtr<CErrorObject> errors;
+    CComPtr<CStatusObject> status;
+    CComPtr<COperationsObject> operations;
+    CComPtr<CDefaultFormatObject> format;
+    CComPtr<CMessageTraceObject> newTrace;
+    std::shared_ptr<CPathTable> paths;
+    std::shared_ptr<CParserGate> gate;
+    std::shared_ptr<CEventDistributor> events;
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -32,10 +32,10 @@ std::shared_ptr<CErrorQueue> CErrorManagement::Find(long remotePath)
     return found == m_queues.end() ? nullptr : found->second;
 }
 
-HRESULT CErrorManagement::SetError(long remotePath, short code, wchar_t const* detail)
+HRESULT CErrorManagement::SetError(long remotePath, short code, const wchar_t* detail)
 {
-    const std::shared_ptr<CErrorQueue> spQueue = Find(remotePath);
-    if (spQueue == nullptr)
+    const std::shared_ptr<CErrorQueue> queue = Find(remotePath);
+    if (queue == nullptr)
     {
         return E_INVALIDARG;
     }
@@ -45,7 +45,7 @@ HRESULT CErrorManagement::SetError(long remotePath, short code, wchar_t const* d
     }
     std::array<char, kMaxErrorText> narrow{};
     const std::size_t length = Narrow(detail, narrow);
-    spQueue->Push(code, {narrow.data(), length});
+    queue->Push(code, {narrow.data(), length});
     return S_OK;
 }
 
@@ -55,16 +55,16 @@ HRESULT CErrorManagement::GetNextError(long remotePath, short* code, wchar_t** t
     {
         return E_POINTER;
     }
-    const std::shared_ptr<CErrorQueue> spQueue = Find(remotePath);
-    if (spQueue == nullptr || *text != nullptr)
+    const std::shared_ptr<CErrorQueue> queue = Find(remotePath);
+    if (queue == nullptr || *text != nullptr)
     {
         return E_INVALIDARG;
     }
-    tagErrorEntry entry;
-    const bool bFound = spQueue->Pop(entry);
-    *code = entry.iCode;
-    *text = A2WBSTR(entry.szText, entry.iLength);
-    return bFound ? S_OK : S_FALSE;
+    ErrorEntry entry;
+    const bool found = queue->Pop(entry);
+    *code = entry.code;
+    *text = A2WBSTR(entry.szText, entry.length);
+    return found ? S_OK : S_FALSE;
 }
 
 HRESULT CErrorManagement::GetErrorCount(long remotePath, unsigned long* count)
@@ -73,26 +73,26 @@ HRESULT CErrorManagement::GetErrorCount(long remotePath, unsigned long* count)
     {
         return E_POINTER;
     }
-    const std::shared_ptr<CErrorQueue> spQueue = Find(remotePath);
-    *count = spQueue == nullptr ? 0 : spQueue->Count();
-    return spQueue == nullptr ? E_INVALIDARG : S_OK;
+    const std::shared_ptr<CErrorQueue> queue = Find(remotePath);
+    *count = queue == nullptr ? 0 : queue->Count();
+    return queue == nullptr ? E_INVALIDARG : S_OK;
 }
 
 HRESULT CErrorManagement::ClearErrors(long remotePath)
 {
-    const std::shared_ptr<CErrorQueue> spQueue = Find(remotePath);
-    if (spQueue == nullptr)
+    const std::shared_ptr<CErrorQueue> queue = Find(remotePath);
+    if (queue == nullptr)
     {
         return E_INVALIDARG;
     }
-    spQueue->Clear();
+    queue->Clear();
     return S_OK;
 }
 
-void CErrorManagement::AddPath(long remotePath, std::shared_ptr<CErrorQueue> spQueue)
+void CErrorManagement::AddPath(long remotePath, std::shared_ptr<CErrorQueue> queue)
 {
     const std::lock_guard lock(m_mutex);
-    m_queues[remotePath] = std::move(spQueue);
+    m_queues[remotePath] = std::move(queue);
 }
 
 void CErrorManagement::RemovePath(long remotePath) noexcept

@@ -16,12 +16,12 @@ class CErrorManagement : public IZOScpiErrorManagement
 public:
     virtual ~CErrorManagement() = default;
 
-    HRESULT SetError(long remotePath, short code, wchar_t const* detail) override;
+    HRESULT SetError(long remotePath, short code, const wchar_t* detail) override;
     HRESULT GetNextError(long remotePath, short* code, wchar_t** text) override;
     HRESULT GetErrorCount(long remotePath, unsigned long* count) override;
     HRESULT ClearErrors(long remotePath) override;
 
-    void AddPath(long remotePath, std::shared_ptr<CErrorQueue> spQueue);
+    void AddPath(long remotePath, std::shared_ptr<CErrorQueue> queue);
     void RemovePath(long remotePath) noexcept;
 
 private:

@@ -15,20 +15,20 @@ namespace
 
 constexpr short kLastExecutionError = -299;
 
-void AppendText(tagErrorEntry& entry, std::string_view text) noexcept
+void AppendText(ErrorEntry& entry, std::string_view text) noexcept
 {
-    const std::size_t count = std::min(text.size(), kMaxErrorText - entry.iLength);
+    const std::size_t count = std::min(text.size(), kMaxErrorText - entry.length);
     std::transform(text.begin(),
                    text.begin() + static_cast<std::ptrdiff_t>(count),
-                   entry.szText + entry.iLength,
+                   entry.szText + entry.length,
                    [](char c) { return c >= ' ' && c <= '~' ? c : '?'; });
-    entry.iLength = static_cast<std::uint16_t>(entry.iLength + count);
+    entry.length = static_cast<std::uint16_t>(entry.length + count);
 }
 
-void FillEntry(tagErrorEntry& entry, short code, std::string_view detail) noexcept
+void FillEntry(ErrorEntry& entry, short code, std::string_view detail) noexcept
 {
-    entry.iCode = code;
-    entry.iLength = 0;
+    entry.code = code;
+    entry.length = 0;
     AppendText(entry, GetScpiErrorText(code));
     if (!detail.empty())
     {
@@ -39,24 +39,24 @@ void FillEntry(tagErrorEntry& entry, short code, std::string_view detail) noexce
 
 } // namespace
 
-CErrorQueue::CErrorQueue(std::size_t depth, std::shared_ptr<IErrorQueueObserver> spObserver)
+CErrorQueue::CErrorQueue(std::size_t depth, std::shared_ptr<IErrorQueueObserver> observer)
     : m_depth(std::max<std::size_t>(depth, 2)),
-      m_spObserver(std::move(spObserver)),
-      m_entries(std::make_unique_for_overwrite<tagErrorEntry[]>(m_depth))
+      m_observer(std::move(observer)),
+      m_entries(std::make_unique_for_overwrite<ErrorEntry[]>(m_depth))
 {}
 
 void CErrorQueue::Push(short code, std::string_view detail) noexcept
 {
     if (m_commandThread.load(std::memory_order_relaxed) == std::this_thread::get_id())
     {
-        m_bCommandRaisedError = true;
-        m_bCommandFailed |= code < 0 && code >= kLastExecutionError && code != kScpiDataQuestionable;
+        m_commandRaisedError = true;
+        m_commandFailed |= code < 0 && code >= kLastExecutionError && code != kScpiDataQuestionable;
     }
     const std::lock_guard lock(m_mutex);
     if (m_count == m_depth)
     {
-        tagErrorEntry& last = m_entries[(m_first + m_count - 1) % m_depth];
-        if (last.iCode != kScpiQueueOverflow)
+        ErrorEntry& last = m_entries[(m_first + m_count - 1) % m_depth];
+        if (last.code != kScpiQueueOverflow)
         {
             FillEntry(last, kScpiQueueOverflow, {});
             Notify(kScpiQueueOverflow, m_count);
@@ -72,17 +72,17 @@ void CErrorQueue::Push(short code, std::string_view detail) noexcept
 
 void CErrorQueue::Notify(short code, std::size_t countBefore) const noexcept
 {
-    if (m_spObserver != nullptr)
+    if (m_observer != nullptr)
     {
-        m_spObserver->ErrorQueued(code);
+        m_observer->ErrorQueued(code);
         if (countBefore == 0)
         {
-            m_spObserver->ErrorsWaiting(true);
+            m_observer->ErrorsWaiting(true);
         }
     }
 }
 
-bool CErrorQueue::Pop(tagErrorEntry& entry) noexcept
+bool CErrorQueue::Pop(ErrorEntry& entry) noexcept
 {
     const std::lock_guard lock(m_mutex);
     if (m_count == 0)
@@ -92,9 +92,9 @@ bool CErrorQueue::Pop(tagErrorEntry& entry) noexcept
     }
     entry = m_entries[m_first];
     m_first = (m_first + 1) % m_depth;
-    if (--m_count == 0 && m_spObserver != nullptr)
+    if (--m_count == 0 && m_observer != nullptr)
     {
-        m_spObserver->ErrorsWaiting(false);
+        m_observer->ErrorsWaiting(false);
     }
     return true;
 }
@@ -103,9 +103,9 @@ void CErrorQueue::Clear() noexcept
 {
     const std::lock_guard lock(m_mutex);
     m_count = 0;
-    if (m_spObserver != nullptr)
+    if (m_observer != nullptr)
     {
-        m_spObserver->ErrorsWaiting(false);
+        m_observer->ErrorsWaiting(false);
     }
 }
 
@@ -118,13 +118,13 @@ std::size_t CErrorQueue::Count() const noexcept
 void CErrorQueue::BeginCommand() noexcept
 {
     m_commandThread.store(std::this_thread::get_id(), std::memory_order_relaxed);
-    m_bCommandRaisedError = false;
-    m_bCommandFailed = false;
+    m_commandRaisedError = false;
+    m_commandFailed = false;
 }
 
-void AppendErrorResponse(std::string& response, const tagErrorEntry& entry)
+void AppendErrorResponse(std::string& response, const ErrorEntry& entry)
 {
-    response += std::to_string(entry.iCode);
+    response += std::to_string(entry.code);
     response += ',';
     response += CScpiSinkFramework::GetScpiStringFormat(entry.Text());
 }

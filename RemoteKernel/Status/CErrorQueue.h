@@ -16,13 +16,13 @@ namespace ZoVelkor::RemoteKernel
 inline constexpr std::size_t kMaxErrorText = 255;
 
 /// One entry of the error queue.
-struct tagErrorEntry // NOLINT(cppcoreguidelines-pro-type-member-init): only iLength characters are ever read
+struct ErrorEntry // NOLINT(cppcoreguidelines-pro-type-member-init): only iLength characters are ever read
 {
-    short iCode = 0;
-    std::uint16_t iLength = 0;
+    short code = 0;
+    std::uint16_t length = 0;
     char szText[kMaxErrorText]; ///< standard text, perhaps a semicolon and a detail; printable ASCII only
 
-    std::string_view Text() const noexcept { return {szText, iLength}; }
+    std::string_view Text() const noexcept { return {szText, length}; }
 };
 
 /// Hears of what happens in an error queue. Called under the queue's lock: it must not call the queue.
@@ -46,8 +46,8 @@ class CErrorQueue
 {
 public:
     /// @param depth  entries, at least 2
-    /// @param spObserver  may be null
-    explicit CErrorQueue(std::size_t depth, std::shared_ptr<IErrorQueueObserver> spObserver = {});
+    /// @param observer  may be null
+    explicit CErrorQueue(std::size_t depth, std::shared_ptr<IErrorQueueObserver> observer = {});
 
     /// Adds an error.
     ///
@@ -57,7 +57,7 @@ public:
     /// Takes the oldest error.
     ///
     /// @return false, and entry is 0 "No error", when there is none
-    bool Pop(tagErrorEntry& entry) noexcept;
+    bool Pop(ErrorEntry& entry) noexcept;
 
     void Clear() noexcept;
     std::size_t Count() const noexcept;
@@ -65,26 +65,26 @@ public:
     /// Starts watching what the calling thread pushes, for the two questions below.
     void BeginCommand() noexcept;
     /// Tells whether this thread has pushed an error since BeginCommand.
-    bool CommandRaisedError() const noexcept { return m_bCommandRaisedError; }
+    bool CommandRaisedError() const noexcept { return m_commandRaisedError; }
     /// Tells whether such an error means that the command was not carried out: a command or execution error
     /// other than -231 "Data questionable", which comes along with a valid answer.
-    bool CommandFailed() const noexcept { return m_bCommandFailed; }
+    bool CommandFailed() const noexcept { return m_commandFailed; }
 
 private:
     void Notify(short code, std::size_t countBefore) const noexcept;
 
     const std::size_t m_depth;
-    const std::shared_ptr<IErrorQueueObserver> m_spObserver;
+    const std::shared_ptr<IErrorQueueObserver> m_observer;
     std::atomic<std::thread::id> m_commandThread{};
-    bool m_bCommandRaisedError = false; // only the thread in m_commandThread
-    bool m_bCommandFailed = false;      // only the thread in m_commandThread
+    bool m_commandRaisedError = false; // only the thread in m_commandThread
+    bool m_commandFailed = false;      // only the thread in m_commandThread
     mutable std::mutex m_mutex;
-    std::unique_ptr<tagErrorEntry[]> m_entries; // guarded by m_mutex, a ring of m_depth entries
-    std::size_t m_first = 0;                    // guarded by m_mutex
-    std::size_t m_count = 0;                    // guarded by m_mutex
+    std::unique_ptr<ErrorEntry[]> m_entries; // guarded by m_mutex, a ring of m_depth entries
+    std::size_t m_first = 0;                 // guarded by m_mutex
+    std::size_t m_count = 0;                 // guarded by m_mutex
 };
 
 /// The entry as the queries of the error queue answer it: -113,"Undefined header;BOGus".
-void AppendErrorResponse(std::string& response, const tagErrorEntry& entry);
+void AppendErrorResponse(std::string& response, const ErrorEntry& entry);
 
 } // namespace ZoVelkor::RemoteKernel

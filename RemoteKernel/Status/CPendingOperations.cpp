@@ -52,7 +52,7 @@ HRESULT CPendingOperations::Begin(long remotePath, unsigned long& operation)
         ++m_lastOperation;
     } while (m_lastOperation == 0 || m_owners.contains(m_lastOperation));
     m_owners.emplace(m_lastOperation, remotePath);
-    if (path->second.iPending++ == 0)
+    if (path->second.pending++ == 0)
     {
         ResetEvent(path->second.idle.Get());
     }
@@ -70,10 +70,10 @@ HRESULT CPendingOperations::EndOperation(unsigned long operation)
     }
     const long remotePath = owner->second;
     m_owners.erase(owner);
-    tagPath& path = m_paths.at(remotePath);
-    if (--path.iPending == 0)
+    Path& path = m_paths.at(remotePath);
+    if (--path.pending == 0)
     {
-        if (std::exchange(path.bCompleteRequested, false))
+        if (std::exchange(path.completeRequested, false))
         {
             ReportComplete(remotePath);
         }
@@ -84,9 +84,9 @@ HRESULT CPendingOperations::EndOperation(unsigned long operation)
 
 void CPendingOperations::ReportComplete(long remotePath) const noexcept
 {
-    if (m_pObserver != nullptr)
+    if (m_observer != nullptr)
     {
-        m_pObserver->OperationComplete(remotePath);
+        m_observer->OperationComplete(remotePath);
     }
 }
 
@@ -98,13 +98,13 @@ HRESULT CPendingOperations::GetPendingCount(long remotePath, unsigned long* coun
     }
     const std::lock_guard lock(m_mutex);
     const auto path = m_paths.find(remotePath);
-    *count = path == m_paths.end() ? 0 : path->second.iPending;
+    *count = path == m_paths.end() ? 0 : path->second.pending;
     return path == m_paths.end() ? E_INVALIDARG : S_OK;
 }
 
 bool CPendingOperations::AddPath(long remotePath)
 {
-    tagPath path;
+    Path path;
     path.idle.Reset(CreateEvent(TRUE, TRUE));
     if (!path.idle)
     {
@@ -124,9 +124,9 @@ void CPendingOperations::RemovePath(long remotePath) noexcept
 void CPendingOperations::RequestOperationComplete(long remotePath)
 {
     const std::lock_guard lock(m_mutex);
-    tagPath& path = m_paths.at(remotePath);
-    path.bCompleteRequested = path.iPending != 0;
-    if (!path.bCompleteRequested)
+    Path& path = m_paths.at(remotePath);
+    path.completeRequested = path.pending != 0;
+    if (!path.completeRequested)
     {
         ReportComplete(remotePath);
     }
@@ -136,15 +136,15 @@ bool CPendingOperations::CancelOperationComplete(long remotePath) noexcept
 {
     const std::lock_guard lock(m_mutex);
     const auto path = m_paths.find(remotePath);
-    return path != m_paths.end() && std::exchange(path->second.bCompleteRequested, false);
+    return path != m_paths.end() && std::exchange(path->second.completeRequested, false);
 }
 
 bool CPendingOperations::IsIdle(long remotePath, int& idleDescriptor)
 {
     const std::lock_guard lock(m_mutex);
-    const tagPath& path = m_paths.at(remotePath);
+    const Path& path = m_paths.at(remotePath);
     idleDescriptor = GetEventDescriptor(path.idle.Get());
-    return path.iPending == 0;
+    return path.pending == 0;
 }
 
 bool CPendingOperations::WaitUntilIdle(long remotePath, HANDLE cancelEvent, int connection)

@@ -37,7 +37,7 @@ public:
     HRESULT GetPendingCount(long remotePath, unsigned long* count) override;
 
     /// @param pObserver  borrowed; set before the first session starts; may be null
-    void SetObserver(IOperationCompleteObserver* pObserver) noexcept { m_pObserver = pObserver; }
+    void SetObserver(IOperationCompleteObserver* pObserver) noexcept { m_observer = pObserver; }
 
     /// Makes a remote path known.
     ///
@@ -63,10 +63,10 @@ public:
     bool WaitUntilIdle(long remotePath, HANDLE cancelEvent, int connection);
 
 private:
-    struct tagPath
+    struct Path
     {
-        unsigned long iPending = 0;
-        bool bCompleteRequested = false;
+        unsigned long pending = 0;
+        bool completeRequested = false;
         CUniqueEvent idle; // manual reset, set while nothing is pending
     };
 
@@ -74,9 +74,9 @@ private:
     bool IsIdle(long remotePath, int& idleDescriptor);
     void ReportComplete(long remotePath) const noexcept;
 
-    IOperationCompleteObserver* m_pObserver = nullptr;
+    IOperationCompleteObserver* m_observer = nullptr;
     std::mutex m_mutex;
-    std::map<long, tagPath> m_paths;                  // guarded by m_mutex
+    std::map<long, Path> m_paths;                     // guarded by m_mutex
     std::unordered_map<unsigned long, long> m_owners; // guarded by m_mutex, operation to path
     std::uint32_t m_lastOperation = 0;                // guarded by m_mutex
 };

@@ -5,23 +5,23 @@
 namespace ZoVelkor::RemoteKernel
 {
 
-CSessionStatus::CSessionStatus(const SharedEvent& spWaitEnd)
-    : m_spStatusByte(CStatusByteObject::Create()),
-      m_spStandardEvent(CStandardEventObject::Create())
+CSessionStatus::CSessionStatus(const SharedEvent& waitEnd)
+    : m_statusByte(CStatusByteObject::Create()),
+      m_standardEvent(CStandardEventObject::Create())
 {
-    m_spStatusByte->EndWaitsWith(spWaitEnd);
-    m_spStandardEvent->EndWaitsWith(spWaitEnd);
-    m_spStandardEvent->SetupParentRegister(m_spStatusByte, kStatusStandardEvent);
+    m_statusByte->EndWaitsWith(waitEnd);
+    m_standardEvent->EndWaitsWith(waitEnd);
+    m_standardEvent->SetupParentRegister(m_statusByte, kStatusStandardEvent);
     SetEvent(kEventPowerOn);
 }
 
 void CSessionStatus::SetEvent(wchar_t bit) noexcept
 {
     wchar_t latched = 0;
-    m_spStandardEvent->GetSnapshot(nullptr, nullptr, nullptr, &latched, nullptr);
+    m_standardEvent->GetSnapshot(nullptr, nullptr, nullptr, &latched, nullptr);
     if ((latched & bit) == 0)
     {
-        m_spStandardEvent->ModifyCondition(bit, bit);
+        m_standardEvent->ModifyCondition(bit, bit);
     }
 }
 
@@ -35,7 +35,7 @@ void CSessionStatus::ErrorQueued(short code) noexcept
 
 void CSessionStatus::ErrorsWaiting(bool waiting) noexcept
 {
-    m_spStatusByte->ModifyCondition(kStatusErrorQueue, waiting ? kStatusErrorQueue : L'\0');
+    m_statusByte->ModifyCondition(kStatusErrorQueue, waiting ? kStatusErrorQueue : L'\0');
 }
 
 } // namespace ZoVelkor::RemoteKernel

@@ -16,18 +16,18 @@ class CSessionStatus final : public IErrorQueueObserver
 public:
     /// The power-on event is set: the session has not seen it yet.
     ///
-    /// @param spWaitEnd  ends waits for bits of these registers while it is set
-    explicit CSessionStatus(const SharedEvent& spWaitEnd);
+    /// @param waitEnd  ends waits for bits of these registers while it is set
+    explicit CSessionStatus(const SharedEvent& waitEnd);
 
-    CStatusByteObject& StatusByte() noexcept { return *m_spStatusByte; }
-    CStandardEventObject& StandardEvent() noexcept { return *m_spStandardEvent; }
+    CStatusByteObject& StatusByte() noexcept { return *m_statusByte; }
+    CStandardEventObject& StandardEvent() noexcept { return *m_standardEvent; }
 
     /// Sets the masks that the session begins with, without bit 6 of the service mask as *SRE does; its
     /// observers are there already.
-    void Enable(const tagEnableMasks& masks) noexcept
+    void Enable(const EnableMasks& masks) noexcept
     {
-        m_spStandardEvent->SetEnable(masks.event);
-        m_spStatusByte->SetEnable(static_cast<wchar_t>(masks.service & ~kStatusService));
+        m_standardEvent->SetEnable(masks.event);
+        m_statusByte->SetEnable(static_cast<wchar_t>(masks.service & ~kStatusService));
     }
 
     /// Latches an event of the standard event register.
@@ -37,8 +37,8 @@ public:
     void ErrorsWaiting(bool waiting) noexcept override;
 
 private:
-    const CComPtr<CStatusByteObject> m_spStatusByte;
-    const CComPtr<CStandardEventObject> m_spStandardEvent;
+    const CComPtr<CStatusByteObject> m_statusByte;
+    const CComPtr<CStandardEventObject> m_standardEvent;
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -37,28 +37,28 @@ HRESULT CStatusByteRegister::SetEnable(wchar_t value)
 void CStatusByteRegister::SetObserver(IServiceRequestObserver* pObserver) noexcept
 {
     const CCritSectionLocker locker(Section());
-    m_pObserver = pObserver;
+    m_observer = pObserver;
 }
 
 HRESULT CStatusByteRegister::DoUpdateParentRegister(bool summary)
 {
-    if (m_pObserver != nullptr)
+    if (m_observer != nullptr)
     {
-        m_pObserver->ServiceRequest(summary);
+        m_observer->ServiceRequest(summary);
     }
     return CStatusRegister::DoUpdateParentRegister(summary);
 }
 
 void CStatusByteRegister::Watch() noexcept
 {
-    m_bWatched.store(true);
+    m_watched.store(true);
     UpdateMessageAvailable();
 }
 
 void CStatusByteRegister::UpdateMessageAvailable() noexcept
 {
     const CCritSectionLocker locker(Section());
-    ModifyCondition(kStatusMessageAvailable, m_bMessageAvailable.load() ? kStatusMessageAvailable : L'\0');
+    ModifyCondition(kStatusMessageAvailable, m_messageAvailable.load() ? kStatusMessageAvailable : L'\0');
 }
 
 wchar_t CStatusByteRegister::Enabled() noexcept
@@ -70,12 +70,12 @@ wchar_t CStatusByteRegister::Enabled() noexcept
 
 wchar_t CStatusByteRegister::Read(bool messageAvailable) noexcept
 {
-    m_bMessageAvailable.store(messageAvailable);
+    m_messageAvailable.store(messageAvailable);
     UpdateMessageAvailable();
     wchar_t condition = 0;
     GetCondition(&condition);
-    const bool bMasterSummary = (condition & Enabled()) != 0;
-    return static_cast<wchar_t>(condition | (bMasterSummary ? kStatusService : 0));
+    const bool masterSummary = (condition & Enabled()) != 0;
+    return static_cast<wchar_t>(condition | (masterSummary ? kStatusService : 0));
 }
 
 wchar_t CStatusByteRegister::SerialPoll() noexcept

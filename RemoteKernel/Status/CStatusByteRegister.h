@@ -27,8 +27,8 @@ public:
     /// Says whether a response waits. Cheap until somebody watches the bit: see Watch.
     void SetMessageAvailable(bool available) noexcept
     {
-        m_bMessageAvailable.store(available);
-        if (m_bWatched.load())
+        m_messageAvailable.store(available);
+        if (m_watched.load())
         {
             UpdateMessageAvailable();
         }
@@ -55,9 +55,9 @@ private:
     void UpdateMessageAvailable() noexcept;
     wchar_t Enabled() noexcept;
 
-    std::atomic<bool> m_bMessageAvailable{false};
-    std::atomic<bool> m_bWatched{false};
-    IServiceRequestObserver* m_pObserver = nullptr; // guarded by Section()
+    std::atomic<bool> m_messageAvailable{false};
+    std::atomic<bool> m_watched{false};
+    IServiceRequestObserver* m_observer = nullptr; // guarded by Section()
 };
 
 using CStatusByteObject = CComObject<CStatusByteRegister, IZOScpiStatusRegister>;

@@ -14,7 +14,7 @@ namespace ZoVelkor::RemoteKernel
 namespace
 {
 
-struct tagRegisterDefinition
+struct RegisterDefinition
 {
     const wchar_t* szName;
     std::size_t parent; ///< kInstrumentRegisterCount: the sessions' status bytes
@@ -22,10 +22,10 @@ struct tagRegisterDefinition
     wchar_t presetEnable;
 };
 
-/// In the order of tagInstrumentRegister; parents stand before their children.
+/// In the order of InstrumentRegister; parents stand before their children.
 ///
 /// A register below another one reports all its bits unless told otherwise (SCPI-99 vol. 2, 20.7).
-constexpr tagRegisterDefinition kDefinitions[] = {
+constexpr RegisterDefinition kDefinitions[] = {
     {L"STATus:OPERation", kInstrumentRegisterCount, kStatusOperation, 0},
     {L"STATus:QUEStionable", kInstrumentRegisterCount, kStatusQuestionable, 0},
     {L"STATus:QUEStionable:POWer", kQuestionableRegister, 1 << 3, kScpiRegisterMask},
@@ -73,21 +73,21 @@ bool IsRegisterName(std::wstring_view text, std::wstring_view syntax) noexcept
 } // namespace
 
 CStatusManagement::CStatusManagement()
-    : m_spStopEvent(MakeSharedEvent("No event for the status registers")),
-      m_spDistributor(CSummaryDistributorObject::Create())
+    : m_stopEvent(MakeSharedEvent("No event for the status registers")),
+      m_distributor(CSummaryDistributorObject::Create())
 {
     for (std::size_t i = 0; i < kInstrumentRegisterCount; ++i)
     {
-        const tagRegisterDefinition& definition = kDefinitions[i];
+        const RegisterDefinition& definition = kDefinitions[i];
         m_registers[i] =
             CStatusRegisterObject::Create(definition.szName, kScpiRegisterMask, definition.presetEnable);
-        IZOScpiStatusRegister* pParent = m_spDistributor;
+        IZOScpiStatusRegister* parent = m_distributor;
         if (definition.parent != kInstrumentRegisterCount)
         {
-            pParent = m_registers[definition.parent];
+            parent = m_registers[definition.parent];
         }
-        m_registers[i]->SetupParentRegister(pParent, definition.parentMask);
-        m_registers[i]->EndWaitsWith(m_spStopEvent);
+        m_registers[i]->SetupParentRegister(parent, definition.parentMask);
+        m_registers[i]->EndWaitsWith(m_stopEvent);
     }
 }
 
@@ -99,33 +99,33 @@ std::shared_ptr<CSessionStatus> CStatusManagement::Find(long remotePath)
 }
 
 HRESULT
-CStatusManagement::GetRegister(long remotePath, wchar_t const* name, IZOScpiStatusRegister** statusRegister)
+CStatusManagement::GetRegister(long remotePath, const wchar_t* name, IZOScpiStatusRegister** statusRegister)
 {
     if (name == nullptr || statusRegister == nullptr)
     {
         return E_POINTER;
     }
     *statusRegister = nullptr;
-    const std::shared_ptr<CSessionStatus> spSession = Find(remotePath);
-    if (spSession == nullptr && remotePath != kScpiInstrumentPath)
+    const std::shared_ptr<CSessionStatus> session = Find(remotePath);
+    if (session == nullptr && remotePath != kScpiInstrumentPath)
     {
         return E_INVALIDARG;
     }
-    for (const auto& spRegister : m_registers)
+    for (const auto& shared : m_registers)
     {
-        if (IsRegisterName(name, spRegister->Name()))
+        if (IsRegisterName(name, shared->Name()))
         {
-            return CComPtr<IZOScpiStatusRegister>(spRegister).CopyTo(statusRegister);
+            return CComPtr<IZOScpiStatusRegister>(shared).CopyTo(statusRegister);
         }
     }
-    if (spSession != nullptr && EqualsNoCase(name, spSession->StandardEvent().Name()))
+    if (session != nullptr && EqualsNoCase(name, session->StandardEvent().Name()))
     {
-        return CComPtr<IZOScpiStatusRegister>(&spSession->StandardEvent()).CopyTo(statusRegister);
+        return CComPtr<IZOScpiStatusRegister>(&session->StandardEvent()).CopyTo(statusRegister);
     }
-    if (spSession != nullptr && EqualsNoCase(name, spSession->StatusByte().Name()))
+    if (session != nullptr && EqualsNoCase(name, session->StatusByte().Name()))
     {
-        spSession->StatusByte().Watch();
-        return CComPtr<IZOScpiStatusRegister>(&spSession->StatusByte()).CopyTo(statusRegister);
+        session->StatusByte().Watch();
+        return CComPtr<IZOScpiStatusRegister>(&session->StatusByte()).CopyTo(statusRegister);
     }
     return S_FALSE;
 }
@@ -136,102 +136,102 @@ HRESULT CStatusManagement::SerialPoll(long remotePath, unsigned char* stb)
     {
         return E_POINTER;
     }
-    const std::shared_ptr<CSessionStatus> spSession = Find(remotePath);
-    if (spSession == nullptr)
+    const std::shared_ptr<CSessionStatus> session = Find(remotePath);
+    if (session == nullptr)
     {
         return E_INVALIDARG;
     }
-    *stb = static_cast<unsigned char>(spSession->StatusByte().SerialPoll());
+    *stb = static_cast<unsigned char>(session->StatusByte().SerialPoll());
     return S_OK;
 }
 
 void CStatusManagement::OperationComplete(long remotePath) noexcept
 {
-    if (const std::shared_ptr<CSessionStatus> spSession = Find(remotePath); spSession != nullptr)
+    if (const std::shared_ptr<CSessionStatus> session = Find(remotePath); session != nullptr)
     {
-        spSession->SetEvent(kEventOperationComplete);
+        session->SetEvent(kEventOperationComplete);
     }
 }
 
-void CStatusManagement::AddPath(long remotePath, std::shared_ptr<CSessionStatus> spStatus)
+void CStatusManagement::AddPath(long remotePath, std::shared_ptr<CSessionStatus> status)
 {
-    CStatusByteObject& statusByte = spStatus->StatusByte();
+    CStatusByteObject& statusByte = status->StatusByte();
     {
         const std::lock_guard lock(m_mutex);
-        m_paths[remotePath] = std::move(spStatus);
+        m_paths[remotePath] = std::move(status);
     }
-    m_spDistributor->Attach(&statusByte);
+    m_distributor->Attach(&statusByte);
 }
 
 void CStatusManagement::RemovePath(long remotePath) noexcept
 {
-    if (const std::shared_ptr<CSessionStatus> spSession = Find(remotePath); spSession != nullptr)
+    if (const std::shared_ptr<CSessionStatus> session = Find(remotePath); session != nullptr)
     {
-        m_spDistributor->Detach(&spSession->StatusByte());
+        m_distributor->Detach(&session->StatusByte());
         const std::lock_guard lock(m_mutex);
         m_paths.erase(remotePath);
     }
 }
 
-void CStatusManagement::PowerOn(const tagPowerOnStatus& status, IPowerOnStore* pStore)
+void CStatusManagement::PowerOn(const PowerOnStatus& status, IPowerOnStore* store)
 {
     const std::lock_guard lock(m_powerOnMutex);
-    m_powerOnMasks = status.bClear ? tagEnableMasks{} : status.masks;
+    m_powerOnMasks = status.clear ? EnableMasks{} : status.masks;
     m_powerOn = status;
-    m_pPowerOnStore = pStore;
+    m_powerOnStore = store;
 }
 
-bool CStatusManagement::SetPowerOnClear(bool clear, const tagEnableMasks& masks)
+bool CStatusManagement::SetPowerOnClear(bool clear, const EnableMasks& masks)
 {
     const std::lock_guard lock(m_powerOnMutex);
-    return KeepLocked({clear, clear ? tagEnableMasks{} : masks});
+    return KeepLocked({clear, clear ? EnableMasks{} : masks});
 }
 
 bool CStatusManagement::IsPowerOnClear()
 {
     const std::lock_guard lock(m_powerOnMutex);
-    return m_powerOn.bClear;
+    return m_powerOn.clear;
 }
 
-bool CStatusManagement::NoteMasks(const tagEnableMasks& masks)
+bool CStatusManagement::NoteMasks(const EnableMasks& masks)
 {
     const std::lock_guard lock(m_powerOnMutex);
-    return m_powerOn.bClear || KeepLocked({false, masks});
+    return m_powerOn.clear || KeepLocked({false, masks});
 }
 
-bool CStatusManagement::KeepLocked(const tagPowerOnStatus& status)
+bool CStatusManagement::KeepLocked(const PowerOnStatus& status)
 {
-    if (status != m_powerOn || !m_bPowerOnKept)
+    if (status != m_powerOn || !m_powerOnKept)
     {
         m_powerOn = status;
-        m_bPowerOnKept = m_pPowerOnStore == nullptr || m_pPowerOnStore->Keep(status);
+        m_powerOnKept = m_powerOnStore == nullptr || m_powerOnStore->Keep(status);
     }
-    return m_bPowerOnKept;
+    return m_powerOnKept;
 }
 
 void CStatusManagement::ClearEvents() noexcept
 {
     // Children first, so that none sets the summary of a parent that is clear already. Reading withdraws the
     // summary like ClearEvents, but leaves the parent's filter to those who set it meanwhile.
-    for (auto spRegister = m_registers.rbegin(); spRegister != m_registers.rend(); ++spRegister)
+    for (auto statusRegister = m_registers.rbegin(); statusRegister != m_registers.rend(); ++statusRegister)
     {
         wchar_t events = 0;
-        (*spRegister)->GetEvents(&events);
+        (*statusRegister)->GetEvents(&events);
     }
 }
 
 void CStatusManagement::Preset() noexcept
 {
-    for (const auto& spRegister : m_registers)
+    for (const auto& statusRegister : m_registers)
     {
         // Not by the register's Preset, which would leave the summaries as they were.
         wchar_t negTrans = 0;
         wchar_t posTrans = 0;
         wchar_t enable = 0;
-        spRegister->GetPresetDefaults(&negTrans, &posTrans, &enable);
-        spRegister->SetNegTrans(negTrans);
-        spRegister->SetPosTrans(posTrans);
-        spRegister->SetEnable(enable);
+        statusRegister->GetPresetDefaults(&negTrans, &posTrans, &enable);
+        statusRegister->SetNegTrans(negTrans);
+        statusRegister->SetPosTrans(posTrans);
+        statusRegister->SetEnable(enable);
     }
 }
 

@@ -15,7 +15,7 @@ namespace ZoVelkor::RemoteKernel
 {
 
 /// Registers that the instrument has once, whatever the sessions, in the order of their commands.
-enum tagInstrumentRegister : std::size_t
+enum InstrumentRegister : std::size_t
 {
     kOperationRegister,
     kQuestionableRegister,
@@ -37,14 +37,14 @@ public:
     virtual ~CStatusManagement() = default;
 
     HRESULT
-    GetRegister(long remotePath, wchar_t const* name, IZOScpiStatusRegister** statusRegister) override;
+    GetRegister(long remotePath, const wchar_t* name, IZOScpiStatusRegister** statusRegister) override;
     HRESULT SerialPoll(long remotePath, unsigned char* stb) override;
     void OperationComplete(long remotePath) noexcept override;
 
-    void AddPath(long remotePath, std::shared_ptr<CSessionStatus> spStatus);
+    void AddPath(long remotePath, std::shared_ptr<CSessionStatus> status);
     void RemovePath(long remotePath) noexcept;
 
-    CStatusRegisterObject& InstrumentRegister(tagInstrumentRegister index) noexcept
+    CStatusRegisterObject& InstrumentRegister(InstrumentRegister index) noexcept
     {
         return *m_registers[index];
     }
@@ -55,36 +55,36 @@ public:
 
     /// Gives the status that the instrument was switched on with; before the first session.
     ///
-    /// @param pStore  borrowed; hears of changes. Null: nothing is kept
-    void PowerOn(const tagPowerOnStatus& status, IPowerOnStore* pStore);
+    /// @param store  borrowed; hears of changes. Null: nothing is kept
+    void PowerOn(const PowerOnStatus& status, IPowerOnStore* store);
     /// The masks that a session begins with: each sees a power-on at its beginning.
-    const tagEnableMasks& PowerOnMasks() const noexcept { return m_powerOnMasks; }
+    const EnableMasks& PowerOnMasks() const noexcept { return m_powerOnMasks; }
     /// *PSC: whether the enable masks are cleared at power-on (IEEE 488.2 section 10.25).
     ///
     /// @param masks  of the session that says so
     /// @return false when the store failed; the flag holds until the instrument is switched off
-    bool SetPowerOnClear(bool clear, const tagEnableMasks& masks);
+    bool SetPowerOnClear(bool clear, const EnableMasks& masks);
     bool IsPowerOnClear();
     /// Notes the masks of a session that has set one. The last session to do so has its masks kept.
     ///
     /// @return as SetPowerOnClear
-    bool NoteMasks(const tagEnableMasks& masks);
+    bool NoteMasks(const EnableMasks& masks);
 
     /// Ends all waits for bits of the instrument's registers; there will be no more.
-    void Stop() noexcept { SetEvent(m_spStopEvent->Get()); }
+    void Stop() noexcept { SetEvent(m_stopEvent->Get()); }
 
 private:
     std::shared_ptr<CSessionStatus> Find(long remotePath);
-    bool KeepLocked(const tagPowerOnStatus& status);
+    bool KeepLocked(const PowerOnStatus& status);
 
-    const SharedEvent m_spStopEvent;
-    const CComPtr<CSummaryDistributorObject> m_spDistributor;
+    const SharedEvent m_stopEvent;
+    const CComPtr<CSummaryDistributorObject> m_distributor;
     std::array<CComPtr<CStatusRegisterObject>, kInstrumentRegisterCount> m_registers;
-    tagEnableMasks m_powerOnMasks; // constant once there are sessions
+    EnableMasks m_powerOnMasks; // constant once there are sessions
     std::mutex m_powerOnMutex;
-    tagPowerOnStatus m_powerOn;               // guarded by m_powerOnMutex
-    bool m_bPowerOnKept = true;               // guarded by m_powerOnMutex
-    IPowerOnStore* m_pPowerOnStore = nullptr; // guarded by m_powerOnMutex
+    PowerOnStatus m_powerOn;                 // guarded by m_powerOnMutex
+    bool m_powerOnKept = true;               // guarded by m_powerOnMutex
+    IPowerOnStore* m_powerOnStore = nullptr; // guarded by m_powerOnMutex
     std::mutex m_mutex;
     std::map<long, std::shared_ptr<CSessionStatus>> m_paths; // guarded by m_mutex
 };

@@ -9,19 +9,19 @@ namespace ZoVelkor::RemoteKernel
 {
 
 CStatusRegister::CStatusRegister(std::wstring name, wchar_t mask, wchar_t presetEnable)
-    : m_sName(std::move(name)),
+    : m_name(std::move(name)),
       m_mask(mask)
 {
-    SetObjectName(std::string(m_sName.begin(), m_sName.end()));
+    SetObjectName(std::string(m_name.begin(), m_name.end()));
     DoSetRegisterMask(mask);
     SetPresetDefaults(0, mask, presetEnable);
     Preset();
 }
 
-void CStatusRegister::EndWaitsWith(SharedEvent spEvent)
+void CStatusRegister::EndWaitsWith(SharedEvent event)
 {
-    m_spWaitEnd = std::move(spEvent);
-    SetDeviceClearHandle(m_spWaitEnd->Get());
+    m_waitEnd = std::move(event);
+    SetDeviceClearHandle(m_waitEnd->Get());
 }
 
 HRESULT CStatusRegister::SetCondition(long bit, short on)
@@ -37,15 +37,15 @@ HRESULT CStatusRegister::DoGetScpiStatusData(tagScpiStatusData* data)
         return E_POINTER;
     }
     *data = {};
-    m_sName.copy(data->szName, kScpiStatusNameSize - 1);
+    m_name.copy(data->szName, kScpiStatusNameSize - 1);
     GetSnapshot(&data->condition, &data->negTrans, &data->posTrans, &data->events, &data->enable);
     GetPresetDefaults(&data->presetNegTrans, &data->presetPosTrans, &data->presetEnable);
     GetSummary(&data->summary);
     GetParentUpdate(&data->parentUpdate);
-    CComPtr<IZOScpiStatusRegister> spParent;
+    CComPtr<IZOScpiStatusRegister> parent;
     wchar_t parentMask = 0;
-    GetParentRegister(&spParent, &parentMask);
-    data->parentMask = spParent == nullptr ? L'\0' : parentMask;
+    GetParentRegister(&parent, &parentMask);
+    data->parentMask = parent == nullptr ? L'\0' : parentMask;
     return S_OK;
 }
 

@@ -20,9 +20,9 @@ public:
     CStatusRegister(std::wstring name, wchar_t mask, wchar_t presetEnable);
 
     /// Lets an event end the waits for bits while it is set; the register keeps it alive.
-    void EndWaitsWith(SharedEvent spEvent);
+    void EndWaitsWith(SharedEvent event);
 
-    const std::wstring& Name() const noexcept { return m_sName; }
+    const std::wstring& Name() const noexcept { return m_name; }
     wchar_t Mask() const noexcept { return m_mask; }
 
     /// As in the base, by way of ModifyCondition: what a register adds to a change holds for one bit too.
@@ -33,9 +33,9 @@ protected:
     ~CStatusRegister() override = default;
 
 private:
-    const std::wstring m_sName;
+    const std::wstring m_name;
     const wchar_t m_mask;
-    SharedEvent m_spWaitEnd;
+    SharedEvent m_waitEnd;
 };
 
 using CStatusRegisterObject = CComObject<CStatusRegister, IZOScpiStatusRegister>;

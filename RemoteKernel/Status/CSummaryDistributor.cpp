@@ -15,27 +15,27 @@ HRESULT CSummaryDistributor::ModifyCondition(wchar_t mask, wchar_t value)
 {
     const CCritSectionLocker locker(Section());
     HRESULT result = CStatusRegister::ModifyCondition(mask, value);
-    for (const auto& spStatusByte : m_statusBytes)
+    for (const auto& statusByte : m_statusBytes)
     {
-        const HRESULT sessionResult = spStatusByte->ModifyCondition(mask, value);
+        const HRESULT sessionResult = statusByte->ModifyCondition(mask, value);
         result = FAILED(result) ? result : sessionResult;
     }
     return result;
 }
 
-void CSummaryDistributor::Attach(CStatusByteObject* pStatusByte)
+void CSummaryDistributor::Attach(CStatusByteObject* statusByte)
 {
     const CCritSectionLocker locker(Section());
-    m_statusBytes.emplace_back(pStatusByte);
+    m_statusBytes.emplace_back(statusByte);
     wchar_t summaries = 0;
     GetCondition(&summaries);
-    pStatusByte->ModifyCondition(kStatusOperation | kStatusQuestionable, summaries);
+    statusByte->ModifyCondition(kStatusOperation | kStatusQuestionable, summaries);
 }
 
-void CSummaryDistributor::Detach(CStatusByteObject* pStatusByte) noexcept
+void CSummaryDistributor::Detach(CStatusByteObject* statusByte) noexcept
 {
     const CCritSectionLocker locker(Section());
-    std::erase_if(m_statusBytes, [pStatusByte](const auto& spOther) { return spOther == pStatusByte; });
+    std::erase_if(m_statusBytes, [statusByte](const auto& application) { return application == statusByte; });
 }
 
 } // namespace ZoVelkor::RemoteKernel

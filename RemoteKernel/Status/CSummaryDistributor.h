@@ -19,8 +19,8 @@ public:
     HRESULT ModifyCondition(wchar_t mask, wchar_t value) override;
 
     /// Gives a status byte the present summaries, and all later ones until Detach.
-    void Attach(CStatusByteObject* pStatusByte);
-    void Detach(CStatusByteObject* pStatusByte) noexcept;
+    void Attach(CStatusByteObject* statusByte);
+    void Detach(CStatusByteObject* statusByte) noexcept;
 
 protected:
     ~CSummaryDistributor() override = default;

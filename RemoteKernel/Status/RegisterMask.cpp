@@ -10,42 +10,42 @@ namespace ZoVelkor::RemoteKernel
 namespace
 {
 
-tagRegisterMask ReadNumber(const tagZO_SCPI_PARAMETER& argument)
+RegisterMask ReadNumber(const tagZO_SCPI_PARAMETER& argument)
 {
-    tagRegisterMask mask;
+    RegisterMask mask;
     const char* const end = argument.szText + argument.iTextLength;
-    const auto [place, result] = std::from_chars(argument.szText, end, mask.iValue);
+    const auto [place, result] = std::from_chars(argument.szText, end, mask.value);
     if (result != std::errc() || place != end)
     {
-        mask.iError = kScpiDataOutOfRange;
-        mask.sDetail.assign(argument.szText, argument.iTextLength);
+        mask.error = kScpiDataOutOfRange;
+        mask.detail.assign(argument.szText, argument.iTextLength);
     }
     return mask;
 }
 
-tagRegisterMask ReadList(const tagZO_SCPI_PARAMETER& argument, const CScpiExpression::Trafo& names)
+RegisterMask ReadList(const tagZO_SCPI_PARAMETER& argument, const CScpiExpression::Trafo& names)
 {
     const std::string list(argument.szText + 1, argument.iTextLength - 2); // without parentheses
-    tagRegisterMask mask;
+    RegisterMask mask;
     long value = 0;
-    const bool bEmpty = list.find_first_not_of(' ') == std::string::npos;
-    if (!bEmpty && CScpiExpression::GetRegisterValueFromExpression(list, value, mask.sDetail, names))
+    const bool empty = list.find_first_not_of(' ') == std::string::npos;
+    if (!empty && CScpiExpression::GetRegisterValueFromExpression(list, value, mask.detail, names))
     {
-        mask.iValue = static_cast<std::uint32_t>(value);
+        mask.value = static_cast<std::uint32_t>(value);
     }
     else
     {
-        mask.iError = kScpiInvalidExpression;
+        mask.error = kScpiInvalidExpression;
     }
     return mask;
 }
 
-tagRegisterMask ReadElement(const tagZO_SCPI_PARAMETER& argument, const CScpiExpression::Trafo& names)
+RegisterMask ReadElement(const tagZO_SCPI_PARAMETER& argument, const CScpiExpression::Trafo& names)
 {
     switch (argument.iType)
     {
     case ZO_SCPI_PARAMTYPE_CHARACTER:
-        return {.iValue = argument.iSpecialCode, .sDetail = {}};
+        return {.value = argument.iSpecialCode, .detail = {}};
     case ZO_SCPI_PARAMTYPE_EXPRESSION:
         return ReadList(argument, names);
     default:
@@ -55,24 +55,24 @@ tagRegisterMask ReadElement(const tagZO_SCPI_PARAMETER& argument, const CScpiExp
 
 } // namespace
 
-tagRegisterMask
-ReadRegisterMask(const tagParsedCommand& command, const CScpiExpression::Trafo& names, std::uint32_t highest)
+RegisterMask
+ReadRegisterMask(const ParsedCommand& command, const CScpiExpression::Trafo& names, std::uint32_t highest)
 {
-    tagRegisterMask all;
-    for (unsigned long i = 0; i < command.iArgumentCount; ++i)
+    RegisterMask all;
+    for (unsigned long i = 0; i < command.argumentCount; ++i)
     {
-        tagRegisterMask element = ReadElement(command.pArguments[i], names);
-        if (element.iError == 0 && element.iValue > highest)
+        RegisterMask element = ReadElement(command.arguments[i], names);
+        if (element.error == 0 && element.value > highest)
         {
-            element.iError = kScpiDataOutOfRange;
-            element.sDetail.assign(command.pArguments[i].szText, command.pArguments[i].iTextLength);
+            element.error = kScpiDataOutOfRange;
+            element.detail.assign(command.arguments[i].szText, command.arguments[i].iTextLength);
         }
-        if (element.iError != 0)
+        if (element.error != 0)
         {
-            element.sDetail = "parameter " + std::to_string(i + 1) + ": " + element.sDetail;
+            element.detail = "parameter " + std::to_string(i + 1) + ": " + element.detail;
             return element;
         }
-        all.iValue |= element.iValue;
+        all.value |= element.value;
     }
     return all;
 }

@@ -9,11 +9,11 @@ namespace ZoVelkor::RemoteKernel
 {
 
 /// A value for a register word, or what is wrong with it.
-struct tagRegisterMask
+struct RegisterMask
 {
-    std::uint32_t iValue = 0;
-    short iError = 0; ///< 0: none
-    std::string sDetail;
+    std::uint32_t value = 0;
+    short error = 0; ///< 0: none
+    std::string detail;
 };
 
 /// Reads the parameters of a command that sets a register word: numbers, bit names and lists of both in
@@ -21,7 +21,7 @@ struct tagRegisterMask
 ///
 /// @param names    bit names for the lists
 /// @param highest  largest value of one number; more is -222
-tagRegisterMask
-ReadRegisterMask(const tagParsedCommand& command, const CScpiExpression::Trafo& names, std::uint32_t highest);
+RegisterMask
+ReadRegisterMask(const ParsedCommand& command, const CScpiExpression::Trafo& names, std::uint32_t highest);
 
 } // namespace ZoVelkor::RemoteKernel

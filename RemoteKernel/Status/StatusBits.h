@@ -31,13 +31,13 @@ inline constexpr wchar_t kScpiRegisterMask = 0x7FFF;
 /// @return 0 for code 0 and for numbers of no class
 constexpr wchar_t StandardEventOf(short code) noexcept
 {
-    struct tagClass
+    struct Class
     {
         short lowest;
         short highest;
         wchar_t bit;
     };
-    constexpr tagClass kClasses[] = {
+    constexpr Class kClasses[] = {
         {-199, -100, kEventCommandError},
         {-299, -200, kEventExecutionError},
         {-399, -300, kEventDeviceError},
@@ -48,7 +48,7 @@ constexpr wchar_t StandardEventOf(short code) noexcept
         {-799, -700, kEventRequestControl},
         {-899, -800, kEventOperationComplete},
     };
-    for (const tagClass& range : kClasses)
+    for (const Class& range : kClasses)
     {
         if (code >= range.lowest && code <= range.highest)
         {

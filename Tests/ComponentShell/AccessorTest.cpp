@@ -85,10 +85,10 @@ TEST(StreamQIPtr, CarriesAnInterfaceToAnotherThreadOnce)
     auto stream = StreamWithPassenger();
     EXPECT_EQ(CPassenger::s_iInstances, 1) << "the stream keeps the object";
     std::jthread([&stream] {
-        CComPtr<IPassenger> spPassenger;
-        EXPECT_EQ(stream.Unmarshal(&spPassenger), S_OK);
-        EXPECT_NE(spPassenger, nullptr);
-        EXPECT_EQ(stream.Unmarshal(&spPassenger), S_FALSE);
+        CComPtr<IPassenger> passenger;
+        EXPECT_EQ(stream.Unmarshal(&passenger), S_OK);
+        EXPECT_NE(passenger, nullptr);
+        EXPECT_EQ(stream.Unmarshal(&passenger), S_FALSE);
     }).join();
     EXPECT_EQ(CPassenger::s_iInstances, 0);
 }

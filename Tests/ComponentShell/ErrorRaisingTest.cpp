@@ -18,15 +18,15 @@ ZO_SOURCE_UNIT("Tests/ComponentShell/ErrorRaisingTest");
 TEST(ErrorRaising, ThrowErrorCarriesTheWholeReportToSinkAndCatcher)
 {
     CErrorRecorder recorder;
-    auto spThing = std::make_unique<CObjectDataReference>();
-    spThing->SetObjectName("Channel");
+    auto thing = std::make_unique<CObjectDataReference>();
+    thing->SetObjectName("Channel");
     std::string expected = "Tests/ComponentShell/ErrorRaisingTest(" + std::to_string(__LINE__ + 6);
     expected +=
         "): fatal error thrown: No answer [condition: hr == S_OK] [result: 0x80000007] [object: Channel#";
-    expected += std::to_string(spThing->ObjectNumber()) + "] [built: " + kSourceUnit.buildStamp + "]";
+    expected += std::to_string(thing->ObjectNumber()) + "] [built: " + kSourceUnit.buildStamp + "]";
     try
     {
-        ThrowError(ZO_REPORT(tagErrorSeverity::Fatal, spThing.get(), "hr == S_OK", "No answer", E_ABORT));
+        ThrowError(ZO_REPORT(tagErrorSeverity::Fatal, thing.get(), "hr == S_OK", "No answer", E_ABORT));
     }
     catch (const CShellError& error)
     {
@@ -34,7 +34,7 @@ TEST(ErrorRaising, ThrowErrorCarriesTheWholeReportToSinkAndCatcher)
         ASSERT_EQ(entries.size(), 1U);
         EXPECT_EQ(FormatErrorReport(entries[0].report, entries[0].thrown), expected);
         EXPECT_EQ(FormatErrorReport(error.Report(), true), expected);
-        spThing.reset();
+        thing.reset();
         EXPECT_EQ(error.what(), expected) << "the text does not need the object";
         return;
     }
@@ -67,13 +67,13 @@ class CSlowSink final : public IErrorSink
 public:
     void Report(const tagErrorReport&, bool) noexcept override
     {
-        ++m_iEntered;
+        ++m_entered;
         std::this_thread::yield();
-        ++m_iLeft;
+        ++m_left;
     }
 
-    std::atomic<int> m_iEntered{0};
-    std::atomic<int> m_iLeft{0};
+    std::atomic<int> m_entered{0};
+    std::atomic<int> m_left{0};
 };
 
 TEST(ErrorSink, NobodyIsInsideASinkThatWasReplaced)
@@ -89,12 +89,12 @@ TEST(ErrorSink, NobodyIsInsideASinkThatWasReplaced)
     {
         CSlowSink sink;
         EXPECT_EQ(SetErrorSink(&sink), &recorder);
-        while (sink.m_iEntered == 0)
+        while (sink.m_entered == 0)
         {
             std::this_thread::yield();
         }
         EXPECT_EQ(SetErrorSink(&recorder), &sink);
-        EXPECT_EQ(sink.m_iEntered, sink.m_iLeft);
+        EXPECT_EQ(sink.m_entered, sink.m_left);
     }
 }
 

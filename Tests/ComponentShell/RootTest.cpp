@@ -29,8 +29,8 @@ std::atomic<int> g_iInstances{0};
 class CTestService : public ITestService
 {
 public:
-    explicit CTestService(int value) : m_iValue(value) { ++g_iInstances; }
-    int Value() override { return m_iValue; }
+    explicit CTestService(int value) : m_value(value) { ++g_iInstances; }
+    int Value() override { return m_value; }
 
 protected:
     ~CTestService()
@@ -41,32 +41,32 @@ protected:
     }
 
 private:
-    const int m_iValue;
+    const int m_value;
 };
 
 class RootTest : public testing::Test
 {
 protected:
-    void SetUp() override { ASSERT_EQ(GetRoot(&m_spRoot), S_OK); }
+    void SetUp() override { ASSERT_EQ(GetRoot(&m_root), S_OK); }
     void TearDown() override
     {
-        m_spRoot->UnregisterInterface(kServiceId);
+        m_root->UnregisterInterface(kServiceId);
         EXPECT_EQ(g_iInstances, 0);
     }
 
     HRESULT Register(int value, const IID& iid = kServiceId)
     {
-        const auto spService = CComObject<CTestService, ITestService>::Create(value);
-        return m_spRoot->RegisterInterface(iid, spService.Get());
+        const auto service = CComObject<CTestService, ITestService>::Create(value);
+        return m_root->RegisterInterface(iid, service.Get());
     }
 
     static int RegisteredValue()
     {
-        CComPtr<ITestService> spService;
-        return ZoGetRegisteredInterface(&kServiceId, &spService) == S_OK ? spService->Value() : -1;
+        CComPtr<ITestService> service;
+        return ZoGetRegisteredInterface(&kServiceId, &service) == S_OK ? service->Value() : -1;
     }
 
-    CComPtr<IZORoot> m_spRoot;
+    CComPtr<IZORoot> m_root;
 };
 
 TEST_F(RootTest, RegistryHoldsTheObjectUntilItIsUnregistered)
@@ -74,20 +74,20 @@ TEST_F(RootTest, RegistryHoldsTheObjectUntilItIsUnregistered)
     EXPECT_EQ(Register(1), S_OK);
     EXPECT_EQ(g_iInstances, 1);
     EXPECT_EQ(RegisteredValue(), 1);
-    EXPECT_EQ(m_spRoot->UnregisterInterface(kServiceId), S_OK);
+    EXPECT_EQ(m_root->UnregisterInterface(kServiceId), S_OK);
     EXPECT_EQ(g_iInstances, 0);
-    EXPECT_EQ(m_spRoot->UnregisterInterface(kServiceId), S_FALSE);
+    EXPECT_EQ(m_root->UnregisterInterface(kServiceId), S_FALSE);
 }
 
 TEST_F(RootTest, LaterRegistrationReplacesTheEarlierWhichItsFindersKeep)
 {
     EXPECT_EQ(Register(1), S_OK);
-    CComPtr<ITestService> spFirst;
-    ASSERT_EQ(ZoGetRegisteredInterface(&kServiceId, std::addressof(spFirst)), S_OK);
+    CComPtr<ITestService> first;
+    ASSERT_EQ(ZoGetRegisteredInterface(&kServiceId, std::addressof(first)), S_OK);
     EXPECT_EQ(Register(2), S_FALSE);
     EXPECT_EQ(RegisteredValue(), 2);
-    EXPECT_EQ(spFirst->Value(), 1);
-    spFirst.Release();
+    EXPECT_EQ(first->Value(), 1);
+    first.Release();
     EXPECT_EQ(Register(3), S_FALSE);
     EXPECT_EQ(g_iInstances, 1);
 }
@@ -95,22 +95,22 @@ TEST_F(RootTest, LaterRegistrationReplacesTheEarlierWhichItsFindersKeep)
 TEST_F(RootTest, MissingServiceGivesNoInterfaceNullAndNoReport)
 {
     CErrorRecorder recorder;
-    void* pFound = this;
+    void* found = this;
     EXPECT_EQ(Register(1, kOtherId), E_NOINTERFACE) << "an object without the interface is refused";
-    EXPECT_EQ(ZoGetRegisteredInterface(&kOtherId, &pFound), E_NOINTERFACE);
-    EXPECT_EQ(pFound, nullptr);
+    EXPECT_EQ(ZoGetRegisteredInterface(&kOtherId, &found), E_NOINTERFACE);
+    EXPECT_EQ(found, nullptr);
     EXPECT_TRUE(recorder.Take().empty());
 }
 
 TEST_F(RootTest, NullPointersAreReported)
 {
     CErrorRecorder recorder;
-    void* pFound = nullptr;
+    void* found = nullptr;
     EXPECT_EQ(GetRoot(nullptr), E_POINTER);
-    EXPECT_EQ(m_spRoot->RegisterInterface(kServiceId, nullptr), E_POINTER);
-    EXPECT_EQ(m_spRoot->GetRegisteredInterface(kServiceId, nullptr), E_POINTER);
+    EXPECT_EQ(m_root->RegisterInterface(kServiceId, nullptr), E_POINTER);
+    EXPECT_EQ(m_root->GetRegisteredInterface(kServiceId, nullptr), E_POINTER);
     EXPECT_EQ(ZoGetRegisteredInterface(&kServiceId, static_cast<ITestService**>(nullptr)), E_POINTER);
-    EXPECT_EQ(ZoGetRegisteredInterface(nullptr, &pFound), E_POINTER);
+    EXPECT_EQ(ZoGetRegisteredInterface(nullptr, &found), E_POINTER);
     EXPECT_EQ(recorder.Take().size(), 5U);
 }
 
@@ -121,7 +121,7 @@ TEST_F(RootTest, SurvivesRegistrationReplacementAndLookUpAtOnce)
         for (int n = 0; n < kRounds; ++n)
         {
             EXPECT_TRUE(SUCCEEDED(Register(n)));
-            m_spRoot->UnregisterInterface(kServiceId);
+            m_root->UnregisterInterface(kServiceId);
         }
     };
     const std::jthread first(change);

@@ -108,15 +108,15 @@ TEST(ThreadPool, ReusesIdleThreadsByNameAndMakesOthersUpToTheLimit)
 {
     CErrorRecorder recorder;
     CComponentShellThreadPool pool;
-    CThread* const pFirst = pool.GetThread("SwplScpiManagerThread");
-    EXPECT_NE(pool.GetThread("SwplScpiManagerThread"), pFirst) << "the first is handed out";
-    RunToEnd(*pFirst, [] {});
-    EXPECT_NE(pool.GetThread("Other"), pFirst);
-    EXPECT_EQ(pool.GetThread("SwplScpiManagerThread"), pFirst);
-    pool.ReturnThread(pFirst);
-    EXPECT_EQ(pool.GetThread("SwplScpiManagerThread"), pFirst);
-    EXPECT_EQ(pFirst->Start(nullptr), E_POINTER);
-    EXPECT_EQ(pool.GetThread("SwplScpiManagerThread"), pFirst) << "a failed start gives the thread back";
+    CThread* const first = pool.GetThread("SwplScpiManagerThread");
+    EXPECT_NE(pool.GetThread("SwplScpiManagerThread"), first) << "the first is handed out";
+    RunToEnd(*first, [] {});
+    EXPECT_NE(pool.GetThread("Other"), first);
+    EXPECT_EQ(pool.GetThread("SwplScpiManagerThread"), first);
+    pool.ReturnThread(first);
+    EXPECT_EQ(pool.GetThread("SwplScpiManagerThread"), first);
+    EXPECT_EQ(first->Start(nullptr), E_POINTER);
+    EXPECT_EQ(pool.GetThread("SwplScpiManagerThread"), first) << "a failed start gives the thread back";
     while (pool.ThreadCount() < CComponentShellThreadPool::kMaximumThreads)
     {
         ASSERT_NE(pool.GetThread("Other"), nullptr);
@@ -128,14 +128,14 @@ TEST(ThreadPool, ShutdownAbortsJoinsAndRefuses)
 {
     CEndlessWork works[3];
     CComponentShellThreadPool pool;
-    CThread* const pReserved = pool.GetThread("Test");
+    CThread* const reserved = pool.GetThread("Test");
     for (CEndlessWork& work : works)
     {
         ASSERT_EQ(pool.GetThread("Test")->Start(&work), S_OK);
     }
     EXPECT_EQ(pool.Shutdown(), S_OK);
     EXPECT_EQ(pool.GetThread("Test"), nullptr);
-    EXPECT_EQ(pReserved->Start(std::make_unique<CWork>()), E_ABORT);
+    EXPECT_EQ(reserved->Start(std::make_unique<CWork>()), E_ABORT);
 }
 
 TEST(ThreadPool, HandsEachThreadToOneCallerAtATime)

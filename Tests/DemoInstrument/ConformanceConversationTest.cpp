@@ -7,7 +7,7 @@ namespace
 {
 
 // clang-format off
-constexpr tagConversation kAccepted[] = {
+constexpr ConversationCase kAccepted[] = {
     {"ResetState",
      "SENS4:FREQ:CENT 5;SPAN 5;:SENS2:RES:RANG 5;:SOUR2:VOLT 5;:OUTP2 ON;"
       ":TRIG:SOUR BUS;COUN 5;DEL 5;*RST",
@@ -64,7 +64,7 @@ constexpr tagConversation kAccepted[] = {
 // clang-format on
 
 // clang-format off
-constexpr tagConversation kRefused[] = {
+constexpr ConversationCase kRefused[] = {
     {"CenterTooHigh", "FREQ:CENT 1.1E9", "FREQ:CENT?", "1E6", -222},
     {"CenterNegative", "FREQ:CENT -1", "FREQ:CENT?", "1E6", -222},
     {"CenterInfinite", "FREQ:CENT INF", "FREQ:CENT?", "1E6", -222},
@@ -128,7 +128,7 @@ constexpr tagConversation kRefused[] = {
 class ConformanceConversation : public DemoFixture
 {
 protected:
-    ConformanceConversation() : DemoFixture(tagDemoProfile::Conformance) {}
+    ConformanceConversation() : DemoFixture(DemoProfile::Conformance) {}
 };
 
 TEST_F(ConformanceConversation, AcceptedCommandsTakeEffect)

@@ -69,9 +69,9 @@ int DemoFixture::NextError()
     return std::stoi(Client().Query("SYST:ERR?"));
 }
 
-void DemoFixture::ExpectConversations(std::span<const tagConversation> rows)
+void DemoFixture::ExpectConversations(std::span<const ConversationCase> rows)
 {
-    for (const tagConversation& row : rows)
+    for (const ConversationCase& row : rows)
     {
         SCOPED_TRACE(row.name);
         Client().Write("*RST;*CLS");
@@ -95,7 +95,7 @@ void DemoFixture::ExpectConversations(std::span<const tagConversation> rows)
 void DemoFixture::Start()
 {
     m_instrument =
-        std::make_unique<CDemoInstrument>(tagDemoOptions{"127.0.0.1", 0, m_profile, m_registry.File()});
+        std::make_unique<CDemoInstrument>(DemoOptions{"127.0.0.1", 0, m_profile, m_registry.File()});
     m_client.emplace(m_instrument->Port());
 }
 

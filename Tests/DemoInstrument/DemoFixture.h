@@ -23,7 +23,7 @@ std::vector<double> Numbers(const std::string& answer);
 void ExpectSameAnswer(const std::string& answer, const std::string& expected);
 
 /// One conversation with an instrument in its reset state.
-struct tagConversation
+struct ConversationCase
 {
     const char* name;
     const char* send;   ///< sent first; empty: nothing
@@ -38,7 +38,7 @@ class DemoFixture : public testing::Test
 protected:
     using CScpiClient = Testing::CScpiClient;
 
-    explicit DemoFixture(tagDemoProfile profile = tagDemoProfile::Analyzer) : m_profile(profile) { Start(); }
+    explicit DemoFixture(DemoProfile profile = DemoProfile::Analyzer) : m_profile(profile) { Start(); }
 
     CScpiClient& Client() { return *m_client; }
     CScpiClient Connect() const { return CScpiClient(m_instrument->Port()); }
@@ -63,11 +63,11 @@ protected:
     int NextError();
 
     /// Holds each conversation after a reset.
-    void ExpectConversations(std::span<const tagConversation> rows);
+    void ExpectConversations(std::span<const ConversationCase> rows);
 
 private:
     const CTemporaryRegistry m_registry;
-    const tagDemoProfile m_profile;
+    const DemoProfile m_profile;
     std::unique_ptr<CDemoInstrument> m_instrument;
     std::optional<CScpiClient> m_client;
 };

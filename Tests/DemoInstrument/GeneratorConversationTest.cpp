@@ -14,7 +14,7 @@ namespace
 {
 
 // clang-format off
-constexpr tagConversation kConversations[] = {
+constexpr ConversationCase kConversations[] = {
     {"ResetState", "SOUR2:FREQ 2E9;POW 5;:SOUR:LIST:FREQ 1E6,2E6;:OUTP ON;:DISP:BRIG 1;*RST",
      "SOUR2:FREQ?;POW?;:SOUR:LIST:FREQ?;:OUTP?;:DISP:BRIG?", "1E9;-30;1E9;0;0.5"},
     {"AllNames", "SOUR:FREQ 1 MHZ;:SOUR2:FREQ:CW 2 MHZ;:SOUR1:FREQ:FIX 3 MHZ;:SOUR:POW -10 DBM;:SOUR2:POW:LEV:IMM:AMPL -20",
@@ -99,11 +99,11 @@ protected:
     /// Registers and unregisters the generator until the end; each state lasts for some round of a client.
     void ChangeUntilDone()
     {
-        for (std::optional<CGeneratorApplication> generator; !m_bDone;)
+        for (std::optional<CGeneratorApplication> generator; !m_done;)
         {
             generator.has_value() ? generator.reset() : void(generator.emplace());
             const unsigned int rounds = m_rounds;
-            if (!m_bDone)
+            if (!m_done)
             {
                 m_rounds.wait(rounds);
             }
@@ -135,33 +135,33 @@ protected:
         m_rounds.notify_all();
     }
 
-    RemoteKernel::CRemoteKernel m_kernel{RemoteKernel::tagInstrumentIdentity()};
+    RemoteKernel::CRemoteKernel m_kernel{RemoteKernel::InstrumentIdentity()};
     std::optional<CAnalyzerApplication> m_analyzer;
-    RemoteKernel::CTcpServer m_server{{.iPort = 0}};
+    RemoteKernel::CTcpServer m_server{{.port = 0}};
     std::atomic<unsigned int> m_rounds = 0;
-    std::atomic<bool> m_bDone = false;
+    std::atomic<bool> m_done = false;
 };
 
 TEST_F(ComingAndGoing, EachMessageIsAnsweredWhollyOrUnknown)
 {
     // clang-format off
-    struct tagTalk { const char* message; const char* answer; int answered = 0; int refused = 0; } talks[] = {
+    struct TalkCase { const char* message; const char* answer; int answered = 0; int refused = 0; } talks[] = {
         {"SOUR:FREQ 2 GHZ;:SOUR:FREQ?", "2000000000"}, {"SOUR2:FREQ 3 GHZ;:SOUR2:FREQ?", "3000000000"}, {"DISP:BRIG?", "0.5"},
         {"SENS3:FREQ:CENT 1 GHZ;CENT?;:DISP:TEXT 'a';TEXT?", "1000000000;\"a\""}};
     // clang-format on
     std::jthread changes([this] { ChangeUntilDone(); });
     {
         std::vector<std::jthread> clients;
-        for (tagTalk& talk : talks)
+        for (TalkCase& talk : talks)
         {
             clients.emplace_back(
                 [this, &talk] { Talk(talk.message, talk.answer, talk.answered, talk.refused); });
         }
     }
-    m_bDone = true;
+    m_done = true;
     FinishRound();
     int refused = 0;
-    for (const tagTalk& talk : talks)
+    for (const TalkCase& talk : talks)
     {
         EXPECT_GT(talk.answered, 0) << talk.message;
         refused += talk.refused;

@@ -33,18 +33,18 @@ protected:
     LxiConversation()
     {
         Start(0);
-        m_peer.emplace(RemoteKernel::tagLxiEndpointSettings{
-            .iPort = 0, .iMulticastPort = m_instrument->LxiMulticastPort(), .iRetransmissions = 1});
+        m_peer.emplace(RemoteKernel::LxiEndpointSettings{
+            .port = 0, .multicastPort = m_instrument->LxiMulticastPort(), .retransmissions = 1});
         m_peer->Start();
     }
 
     void Start(std::uint16_t lxiPort)
     {
-        tagDemoOptions options;
-        options.iPort = 0;
-        options.sRegistryFile = m_registry.File();
+        DemoOptions options;
+        options.port = 0;
+        options.registryFile = m_registry.File();
         options.lxiPort = lxiPort;
-        options.iLxiMulticastPort = 0;
+        options.lxiMulticastPort = 0;
         m_client.reset();
         m_instrument.reset();
         m_instrument.emplace(options);
@@ -108,7 +108,7 @@ TEST_F(LxiConversation, EachEnabledEventStartsASweepAndNoOther)
     }
 }
 
-struct tagStampCase
+struct StampCase
 {
     const char* name;
     const char* settings;
@@ -119,7 +119,7 @@ struct tagStampCase
 
 TEST_F(LxiConversation, SweepStartsAtTheTimeStamp)
 {
-    constexpr tagStampCase kStamps[] = {
+    constexpr StampCase kStamps[] = {
         {"Past", "TRIG:LXI:LAN2:ENAB ON", std::nullopt, -3'600'000, 0},
         {"Future", "TRIG:LXI:LAN2:ENAB ON", std::nullopt, 120, 120},
         {"TheEarlierFirst", "TRIG:LXI:LAN2:ENAB ON", 120, 1'000'000, 120},
@@ -127,7 +127,7 @@ TEST_F(LxiConversation, SweepStartsAtTheTimeStamp)
         {"Delay", "TRIG:LXI:LAN2:ENAB ON;DEL 120MS", std::nullopt, 0, 120},
         {"DelayOfThePast", "TRIG:LXI:LAN2:ENAB ON;DEL 120MS", std::nullopt, -3'600'000, 0},
     };
-    for (const tagStampCase& row : kStamps)
+    for (const StampCase& row : kStamps)
     {
         SCOPED_TRACE(row.name);
         Arm(row.settings);

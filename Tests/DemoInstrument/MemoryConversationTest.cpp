@@ -44,9 +44,9 @@ protected:
 
 // Rows are laid out by hand.
 // clang-format off
-struct tagKept { const char* name; const char* send; const char* ask; const char* answer; };
+struct Kept { const char* name; const char* send; const char* ask; const char* answer; };
 
-constexpr tagKept kKept[] = {
+constexpr Kept kKept[] = {
     {"nothing", "*RST", "*PSC?;*ESE?;*SRE?;*PRE?;:SYST:COMM:LAN:HOST?", "1;0;0;0;\"zo-demo\""},
     {"host name", "SYST:COMM:LAN:HOST 'Box-7';*RST", "SYST:COMM:LAN:HOST?", "\"Box-7\""},
     {"date", "SYST:DATE 2040,2,29", "SYST:DATE?", "2040,2,29"},
@@ -70,7 +70,7 @@ constexpr tagKept kKept[] = {
 
 TEST_F(MemoryConversation, SurvivesARestart)
 {
-    for (const tagKept& row : kKept)
+    for (const Kept& row : kKept)
     {
         SCOPED_TRACE(row.name);
         Client().Write(row.send);
@@ -89,7 +89,7 @@ TEST_F(MemoryConversation, RefusesWithoutChange)
     const char* const answer = "2030,1,31;\"a\";101";
     const std::string label(63, 'l');
     const std::string names[] = {"SYST:COMM:LAN:HOST '" + label + "x'", "SYST:COMM:LAN:HOST '" + label + "'", '"' + label + '"'};
-    const tagConversation rows[] = {
+    const ConversationCase rows[] = {
         {"never saved", "SWE:POIN 101;*RCL 5", ask, answer, -200}, {"state 10", "SWE:POIN 101;*RCL 10", ask, answer, -222},
         {"save 10", "SWE:POIN 101;*SAV 10", ask, answer, -222}, {"state -1", "SWE:POIN 101;*RCL -1", ask, answer, -222},
         {"no state", "SWE:POIN 101;*RCL", ask, answer, -109}, {"word", "SWE:POIN 101;*SAV MAX", ask, answer, -148},
@@ -129,12 +129,12 @@ TEST_F(MemoryConversation, ClockGoesOnAndIsNotTheMachines)
 
 TEST_F(MemoryConversation, DamagedStatesAreNotRecalled)
 {
-    struct tagDamage
+    struct Damage
     {
         const wchar_t* part;
         const wchar_t* damaged;
     };
-    const tagDamage damages[] = {
+    const Damage damages[] = {
         {L"sweep.points 1001", L"sweep.points 100"},
         {L"sweep.time.auto 1", L"sweep.time.auto 2"},
         {L"channel1.start 0", L"channel1.start 6.1e9"},
@@ -169,7 +169,7 @@ TEST_F(MemoryConversation, DamagedStatesAreNotRecalled)
 
 TEST_F(MemoryConversation, RegistrySaysHowToBegin)
 {
-    struct tagValue
+    struct Value
     {
         const wchar_t* key;
         const wchar_t* name;
@@ -177,7 +177,7 @@ TEST_F(MemoryConversation, RegistrySaysHowToBegin)
         const char* ask;
         const char* answer;
     };
-    const tagValue values[] = {
+    const Value values[] = {
         {kIdentificationKey, L"SerialNumber", L"4711", "*IDN?", "Zo,Demo Analyser,4711,1.0.0"},
         {kIdentificationKey, L"Manufacturer", L"A,B", "*IDN?", "A B,Demo Analyser,4711,1.0.0"},
         {kFormatKey, L"Data", L"REAL,32", "FORM?", "REAL,32"},
@@ -192,7 +192,7 @@ TEST_F(MemoryConversation, RegistrySaysHowToBegin)
         {kClockKey, L"OffsetMs", L"10x", "SYST:DATE?", nullptr},
     };
     const std::string today = Query("SYST:DATE?");
-    for (const tagValue& row : values)
+    for (const Value& row : values)
     {
         Put(row.key, row.name, row.text);
         Restart();

@@ -15,16 +15,16 @@ class Properties : public DemoFixture
 protected:
     Properties()
     {
-        EXPECT_EQ(ZoGetRegisteredInterface(&IID_IZOScalarPropertyAccess, std::addressof(m_spAccess)), S_OK);
+        EXPECT_EQ(ZoGetRegisteredInterface(&IID_IZOScalarPropertyAccess, std::addressof(m_access)), S_OK);
     }
-    CComPtr<IZOScalarPropertyAccess> m_spAccess;
+    CComPtr<IZOScalarPropertyAccess> m_access;
 };
 
 TEST_F(Properties, AreTheSettingsOfTheCommands)
 {
     // clang-format off
-    struct tagRow { const wchar_t* name; long id; CComVariant value; HRESULT result; const char* ask; const char* answer; };
-    const tagRow rows[] = {
+    struct Row { const wchar_t* name; long id; CComVariant value; HRESULT result; const char* ask; const char* answer; };
+    const Row rows[] = {
         {L"Center1", 101, 1e9, S_OK, "SENS1:FREQ:CENT?;SPAN?", "1000000000;2000000000"},
         {L"center4", 104, L"2.5e9", S_OK, "SENS4:FREQ:CENT?", "2500000000"},
         {L"Span2", 202, 0.0, S_OK, "SENS2:FREQ:SPAN?", "0"},
@@ -46,18 +46,18 @@ TEST_F(Properties, AreTheSettingsOfTheCommands)
         {L"Marker8", 1308, 3e9, E_INVALIDARG, "CALC:MARK8:X?", "1500000000"},
     };
     // clang-format on
-    for (const tagRow& row : rows)
+    for (const Row& row : rows)
     {
         SCOPED_TRACE(testing::Message() << row.id << row.ask);
         long id = 0;
-        EXPECT_EQ(m_spAccess->GetPropertyDispId(std::wstring(row.name).data(), &id), S_OK);
+        EXPECT_EQ(m_access->GetPropertyDispId(std::wstring(row.name).data(), &id), S_OK);
         EXPECT_EQ(id, row.id);
-        EXPECT_EQ(m_spAccess->SetScalarValue(row.id, row.value), row.result);
+        EXPECT_EQ(m_access->SetScalarValue(row.id, row.value), row.result);
         const std::string answer = Client().Query(row.ask);
         ExpectSameAnswer(answer, row.answer);
         if (CComVariant value, wanted; row.result == S_OK)
         {
-            EXPECT_EQ(m_spAccess->GetScalarValue(row.id, &value), S_OK);
+            EXPECT_EQ(m_access->GetScalarValue(row.id, &value), S_OK);
             EXPECT_EQ(wanted.ChangeType(value.vt, &row.value), S_OK);
             EXPECT_EQ(value, wanted);
         }
@@ -69,15 +69,15 @@ TEST_F(Properties, UnknownOnesAndThoseOfAnEndedInstrument)
     CComVariant value;
     for (const long id : {0L, 1L, 100L, 105L, 802L, 1309L, 1400L, -101L})
     {
-        EXPECT_EQ(m_spAccess->GetScalarValue(id, &value), S_FALSE) << id;
-        EXPECT_EQ(m_spAccess->SetScalarValue(id, CComVariant(1)), S_FALSE) << id;
+        EXPECT_EQ(m_access->GetScalarValue(id, &value), S_FALSE) << id;
+        EXPECT_EQ(m_access->SetScalarValue(id, CComVariant(1)), S_FALSE) << id;
     }
-    EXPECT_EQ(m_spAccess->GetScalarValue(101, nullptr), E_POINTER);
+    EXPECT_EQ(m_access->GetScalarValue(101, nullptr), E_POINTER);
     Stop();
-    EXPECT_EQ(m_spAccess->GetScalarValue(101, &value), E_ABORT);
-    EXPECT_EQ(m_spAccess->SetScalarValue(101, CComVariant(1)), E_ABORT);
-    CComPtr<IZOScalarPropertyAccess> spGone;
-    EXPECT_NE(ZoGetRegisteredInterface(&IID_IZOScalarPropertyAccess, std::addressof(spGone)), S_OK);
+    EXPECT_EQ(m_access->GetScalarValue(101, &value), E_ABORT);
+    EXPECT_EQ(m_access->SetScalarValue(101, CComVariant(1)), E_ABORT);
+    CComPtr<IZOScalarPropertyAccess> gone;
+    EXPECT_NE(ZoGetRegisteredInterface(&IID_IZOScalarPropertyAccess, std::addressof(gone)), S_OK);
 }
 
 TEST_F(Properties, TakeTurnsWithCommandsAndStates)
@@ -99,9 +99,9 @@ TEST_F(Properties, TakeTurnsWithCommandsAndStates)
     });
     for (long i = 1; i <= kRounds; ++i)
     {
-        EXPECT_EQ(m_spAccess->SetScalarValue(303, CComVariant(static_cast<double>(i) * 1e6)), S_OK);
+        EXPECT_EQ(m_access->SetScalarValue(303, CComVariant(static_cast<double>(i) * 1e6)), S_OK);
         CComVariant span;
-        EXPECT_EQ(m_spAccess->GetScalarValue(201, &span), S_OK);
+        EXPECT_EQ(m_access->GetScalarValue(201, &span), S_OK);
         EXPECT_EQ(span, CComVariant(0.0));
     }
 }

@@ -5,7 +5,7 @@ namespace ZoVelkor::Demo
 namespace
 {
 
-constexpr tagConversation kAccepted[] = {
+constexpr ConversationCase kAccepted[] = {
     {"CenterAndSpan", "FREQ:CENT 1 GHz;SPAN 100 MHz", "FREQ:STAR?;STOP?", "950E6;1050E6"},
     {"StartAndStop", "sense:frequency:start 100 kHz;stop 300KHZ", "FREQ:CENT?;SPAN?", "2E5;2E5"},
     {"WideSpanMovesCenter", "FREQ:CENT 5 GHZ;SPAN 6E9", "FREQ:CENT?", "3E9"},
@@ -61,7 +61,7 @@ constexpr tagConversation kAccepted[] = {
 };
 
 // What was set before the refused command holds after it.
-constexpr tagConversation kRefused[] = {
+constexpr ConversationCase kRefused[] = {
     {"TooHigh", "FREQ:CENT 1 GHZ;CENT 6.1 GHZ", "FREQ:CENT?", "1E9", -222},
     {"Negative", "FREQ:STAR 1 GHZ;STAR -1", "FREQ:STAR?", "1E9", -222},
     {"Infinity", "FREQ:CENT INF", "FREQ:CENT?", "3E9", -222},
@@ -97,7 +97,7 @@ constexpr tagConversation kRefused[] = {
 };
 
 // Queries that answer nothing but an error.
-constexpr tagConversation kUnanswered[] = {
+constexpr ConversationCase kUnanswered[] = {
     {"EmptyTrace", "", "TRAC3?", nullptr, -230},
     {"MarkerLevelWithoutTrace", "", "CALC:MARK:Y?", nullptr, -230},
     {"DetectorQueryWithWord", "", "DET? POS", nullptr, -108},

@@ -15,12 +15,12 @@ namespace
 constexpr long kPoints = 1001;
 constexpr std::uint64_t kSeed = 42;
 
-tagChannelSettings ChannelAt(double centerHz, double spanHz, double bandwidthHz)
+ChannelSettings ChannelAt(double centerHz, double spanHz, double bandwidthHz)
 {
-    tagChannelSettings channel;
+    ChannelSettings channel;
     channel.frequency.SetCenter(centerHz);
     channel.frequency.SetSpan(spanHz);
-    channel.bBandwidthAuto = false;
+    channel.bandwidthAuto = false;
     channel.manualBandwidthHz = bandwidthHz;
     return channel;
 }
@@ -30,7 +30,7 @@ double MeanOf(const std::vector<double>& values)
     return std::accumulate(values.begin(), values.end(), 0.0) / static_cast<double>(values.size());
 }
 
-struct tagCarrierCase
+struct CarrierCase
 {
     const char* name;
     double frequencyHz;
@@ -41,7 +41,7 @@ struct tagCarrierCase
 };
 
 // The last row: a filter far narrower than a point still meets the carrier somewhere in its point.
-constexpr tagCarrierCase kCarrierCases[] = {
+constexpr CarrierCase kCarrierCases[] = {
     {"Strongest", 1e9, 1e5, 1e3, -10.0, 0.1},
     {"HalfBandwidthOff", 1e9 + 5e2, 0.0, 1e3, -13.0, 0.1},
     {"WeakNeighbour", 1.0005e9, 1e5, 1e3, -45.0, 0.1},
@@ -51,11 +51,11 @@ constexpr tagCarrierCase kCarrierCases[] = {
 
 TEST(Simulation, ShowsCarriersAtTheirLevel)
 {
-    for (const tagCarrierCase& row : kCarrierCases)
+    for (const CarrierCase& row : kCarrierCases)
     {
         SCOPED_TRACE(row.name);
-        const tagChannelSettings channel = ChannelAt(row.frequencyHz, row.spanHz, row.bandwidthHz);
-        const auto levels = SimulateTrace(channel, kPoints, tagDetector::Positive, kSeed);
+        const ChannelSettings channel = ChannelAt(row.frequencyHz, row.spanHz, row.bandwidthHz);
+        const auto levels = SimulateTrace(channel, kPoints, Detector::Positive, kSeed);
         EXPECT_NEAR(*std::max_element(levels.begin(), levels.end()), row.levelDbm, row.toleranceDb);
     }
 }
@@ -64,7 +64,7 @@ TEST(Simulation, NoiseGrowsByTenDecibelsADecadeOfBandwidth)
 {
     for (const double bandwidthHz : {1e2, 1e3, 1e4})
     {
-        const auto levels = SimulateTrace(ChannelAt(5e9, 1e6, bandwidthHz), kPoints, tagDetector::Rms, kSeed);
+        const auto levels = SimulateTrace(ChannelAt(5e9, 1e6, bandwidthHz), kPoints, Detector::Rms, kSeed);
         EXPECT_NEAR(MeanOf(levels), kNoiseDensityDbm + 10 * std::log10(bandwidthHz), 0.3) << bandwidthHz;
     }
 }
@@ -73,20 +73,20 @@ TEST(Simulation, DetectorsOrderTheNoise)
 {
     // Mean logarithms of exponentially distributed samples: one lies 2.5 dB below the mean power, the
     // smallest of 16 another 12 dB below, the largest 5.1 dB above it.
-    struct tagDetectorCase
+    struct DetectorCase
     {
-        tagDetector detector;
+        Detector detector;
         double aboveRmsDb;
     };
-    constexpr tagDetectorCase kCases[] = {
-        {tagDetector::Positive, 5.1},
-        {tagDetector::Rms, -0.1},
-        {tagDetector::Average, -2.5},
-        {tagDetector::Sample, -2.5},
-        {tagDetector::Negative, -14.5},
+    constexpr DetectorCase kCases[] = {
+        {Detector::Positive, 5.1},
+        {Detector::Rms, -0.1},
+        {Detector::Average, -2.5},
+        {Detector::Sample, -2.5},
+        {Detector::Negative, -14.5},
     };
-    const tagChannelSettings noise = ChannelAt(5e9, 1e6, 1e3);
-    for (const tagDetectorCase& row : kCases)
+    const ChannelSettings noise = ChannelAt(5e9, 1e6, 1e3);
+    for (const DetectorCase& row : kCases)
     {
         const double mean = MeanOf(SimulateTrace(noise, 10001, row.detector, kSeed));
         EXPECT_NEAR(mean - (kNoiseDensityDbm + 30), row.aboveRmsDb, 0.3) << static_cast<long>(row.detector);
@@ -95,13 +95,13 @@ TEST(Simulation, DetectorsOrderTheNoise)
 
 TEST(Simulation, EqualSeedsGiveEqualTraces)
 {
-    const tagChannelSettings noise = ChannelAt(5e9, 1e6, 1e3);
-    const auto first = SimulateTrace(noise, kPoints, tagDetector::Sample, kSeed);
-    EXPECT_EQ(first, SimulateTrace(noise, kPoints, tagDetector::Sample, kSeed));
-    EXPECT_NE(first, SimulateTrace(noise, kPoints, tagDetector::Sample, kSeed + 1));
+    const ChannelSettings noise = ChannelAt(5e9, 1e6, 1e3);
+    const auto first = SimulateTrace(noise, kPoints, Detector::Sample, kSeed);
+    EXPECT_EQ(first, SimulateTrace(noise, kPoints, Detector::Sample, kSeed));
+    EXPECT_NE(first, SimulateTrace(noise, kPoints, Detector::Sample, kSeed + 1));
 }
 
-struct tagRangeCase
+struct RangeCase
 {
     const char* name;
     void (CFrequencyRange::*set)(double);
@@ -111,7 +111,7 @@ struct tagRangeCase
 };
 
 // From a range of 1 to 2 GHz.
-constexpr tagRangeCase kRangeCases[] = {
+constexpr RangeCase kRangeCases[] = {
     {"CenterKeepsSpan", &CFrequencyRange::SetCenter, 3e9, 2.5e9, 3.5e9},
     {"CenterNearZeroShrinksSpan", &CFrequencyRange::SetCenter, 1e8, 0.0, 2e8},
     {"CenterNearEndShrinksSpan", &CFrequencyRange::SetCenter, 5.9e9, 5.8e9, 6e9},
@@ -127,7 +127,7 @@ constexpr tagRangeCase kRangeCases[] = {
 
 TEST(FrequencyRange, CouplesItsFourQuantities)
 {
-    for (const tagRangeCase& row : kRangeCases)
+    for (const RangeCase& row : kRangeCases)
     {
         SCOPED_TRACE(row.name);
         CFrequencyRange range;
@@ -141,13 +141,13 @@ TEST(FrequencyRange, CouplesItsFourQuantities)
 
 TEST(Settings, StepsFollowTheirSequence)
 {
-    struct tagStepCase
+    struct StepCase
     {
         double value;
         bool up;
         double expected;
     };
-    constexpr tagStepCase kCases[] = {
+    constexpr StepCase kCases[] = {
         {1e3, true, 3e3},
         {3e3, true, 1e4},
         {1e3, false, 3e2},
@@ -157,7 +157,7 @@ TEST(Settings, StepsFollowTheirSequence)
         {9e3, true, 1e4},
         {1e-3, true, 3e-3},
     };
-    for (const tagStepCase& row : kCases)
+    for (const StepCase& row : kCases)
     {
         EXPECT_DOUBLE_EQ(NextInSequence(row.value, row.up, {1, 3}), row.expected) << row.value << row.up;
     }
@@ -165,7 +165,7 @@ TEST(Settings, StepsFollowTheirSequence)
 
 TEST(Settings, BandwidthAndSweepTimeFollowTheSpan)
 {
-    tagAnalyzerSettings settings;
+    AnalyzerSettings settings;
     EXPECT_DOUBLE_EQ(settings.Channel(1).BandwidthHz(), kMaxBandwidthHz);
     settings.Channel(1).frequency.SetSpan(1e6);
     EXPECT_DOUBLE_EQ(settings.Channel(1).BandwidthHz(), 1e4);

@@ -63,7 +63,7 @@ TEST_F(StatusConversation, CommonTriggerIsForTheSweepThatWaits)
     EXPECT_EQ(NextError(), -211);
 }
 
-struct tagQuestionableCase
+struct QuestionableCase
 {
     const char* name;
     const char* settings;
@@ -71,7 +71,7 @@ struct tagQuestionableCase
     const char* frequency;
 };
 
-constexpr tagQuestionableCase kQuestionable[] = {
+constexpr QuestionableCase kQuestionable[] = {
     {"Reset", "*CLS", "0", "0"},
     {"LevelAbove", ":SENS4:POW:RLEV -11 DBM", "8", "0"},
     {"LevelBelow", ":SENS4:POW:RLEV -9 DBM", "0", "0"},
@@ -83,7 +83,7 @@ constexpr tagQuestionableCase kQuestionable[] = {
 TEST_F(StatusConversation, QuestionableTellsOfTheLastSweep)
 {
     const std::string ask = "STAT:QUES:POW:COND?;:STAT:QUES:FREQ:COND?";
-    for (const tagQuestionableCase& row : kQuestionable)
+    for (const QuestionableCase& row : kQuestionable)
     {
         SCOPED_TRACE(row.name);
         const std::string expected = std::string(row.power) + ";" + row.frequency;

@@ -12,7 +12,7 @@ namespace
 
 using Channels = std::vector<long>;
 
-struct tagListCase
+struct ListCase
 {
     const char* text;
     std::optional<Channels> expected;
@@ -20,7 +20,7 @@ struct tagListCase
 
 TEST(ChannelList, GivesChannelsOrNothing)
 {
-    const tagListCase cases[] = {
+    const ListCase cases[] = {
         {"(@1)", Channels{1}},
         {"(@1,3:5)", Channels{1, 3, 4, 5}},
         {"(@5:3)", Channels{5, 4, 3}},
@@ -41,7 +41,7 @@ TEST(ChannelList, GivesChannelsOrNothing)
         {"(@a)", std::nullopt},
         {"", std::nullopt},
     };
-    for (const tagListCase& row : cases)
+    for (const ListCase& row : cases)
     {
         EXPECT_EQ(ParseChannelList(row.text, 8), row.expected) << row.text;
     }
@@ -120,7 +120,7 @@ private:
     int m_reads = 0;
 };
 
-struct tagBlockCase
+struct BlockCase
 {
     const char* name;
     std::size_t size;
@@ -134,7 +134,7 @@ struct tagBlockCase
 TEST(BlockReading, ReadsToTheEndInPiecesAndRefusesTooMuch)
 {
     constexpr std::size_t kLimit = 600'000;
-    constexpr tagBlockCase kCases[] = {
+    constexpr BlockCase kCases[] = {
         {"Announced", 100'000, 100'000, S_OK, 100'000, S_OK, 1},
         {"InPieces", 600'000, 600'000, S_OK, 600'000, S_OK, 3},
         {"Empty", 0, 0, S_FALSE, 0, S_OK, 1},
@@ -144,7 +144,7 @@ TEST(BlockReading, ReadsToTheEndInPiecesAndRefusesTooMuch)
         {"TooMuch", 800'000, -1, S_OK, 0, S_FALSE, 3},
         {"Cancelled", 10, 20, E_ABORT, 0, E_ABORT, 1},
     };
-    for (const tagBlockCase& row : kCases)
+    for (const BlockCase& row : kCases)
     {
         SCOPED_TRACE(row.name);
         CFakeBlock block(row.size, row.end);
@@ -157,7 +157,7 @@ TEST(BlockReading, ReadsToTheEndInPiecesAndRefusesTooMuch)
 
 TEST(Trace, FindsFrequenciesAndPeak)
 {
-    tagTrace trace{{}, {-80, -20, -20, -90}};
+    Trace trace{{}, {-80, -20, -20, -90}};
     EXPECT_EQ(trace.PeakIndex(), 1U);
     EXPECT_DOUBLE_EQ(trace.FrequencyHz(3), kMaxFrequencyHz);
     EXPECT_EQ(trace.NearestIndex(0), 0U);

@@ -65,7 +65,7 @@ TEST_F(SweepConversation, SecondInitiationIsIgnored)
     EXPECT_EQ(NextError(), 0);
 }
 
-struct tagEndCase
+struct EndCase
 {
     const char* name;
     const char* command;
@@ -73,7 +73,7 @@ struct tagEndCase
 
 TEST_F(SweepConversation, AbortedSweepEndsWithoutTrace)
 {
-    for (const tagEndCase row : {tagEndCase{"Abort", "ABOR"}, {"Reset", "*RST"}})
+    for (const EndCase row : {EndCase{"Abort", "ABOR"}, {"Reset", "*RST"}})
     {
         SCOPED_TRACE(row.name);
         Client().Write("SWE:TIME 1000;:INIT");
@@ -96,7 +96,7 @@ TEST_F(SweepConversation, OnlyTheSessionThatStartedItWaits)
 
 TEST_F(SweepConversation, OnlyTheSessionThatStartedItWaitsForTheTrigger)
 {
-    for (const tagEndCase row : {tagEndCase{"Query", "*OPC?"}, {"Wait", "*WAI;:INIT:CONT?"}})
+    for (const EndCase row : {EndCase{"Query", "*OPC?"}, {"Wait", "*WAI;:INIT:CONT?"}})
     {
         SCOPED_TRACE(row.name);
         auto starter = Connect();
@@ -110,7 +110,7 @@ TEST_F(SweepConversation, OnlyTheSessionThatStartedItWaitsForTheTrigger)
     EXPECT_EQ(NextError(), 0);
 }
 
-struct tagIgnoredCase
+struct IgnoredCase
 {
     const char* name;
     const char* before;
@@ -118,11 +118,11 @@ struct tagIgnoredCase
 
 TEST_F(SweepConversation, TriggersAreIgnoredWhenNothingWaits)
 {
-    for (const tagIgnoredCase row : {tagIgnoredCase{"Idle", "TRIG:SOUR BUS"},
-                                     {"ImmediateSource", "INIT"},
-                                     {"SecondTrigger", "TRIG:SOUR BUS;:INIT;:TRIG:SEQ:IMM"},
-                                     {"Aborted", "TRIG:SOUR BUS;:INIT;:ABOR"},
-                                     {"Reset", "TRIG:SOUR BUS;:INIT;*RST"}})
+    for (const IgnoredCase row : {IgnoredCase{"Idle", "TRIG:SOUR BUS"},
+                                  {"ImmediateSource", "INIT"},
+                                  {"SecondTrigger", "TRIG:SOUR BUS;:INIT;:TRIG:SEQ:IMM"},
+                                  {"Aborted", "TRIG:SOUR BUS;:INIT;:ABOR"},
+                                  {"Reset", "TRIG:SOUR BUS;:INIT;*RST"}})
     {
         SCOPED_TRACE(row.name);
         Client().Write("*RST;:SWE:TIME 1000;:" + std::string(row.before));
@@ -166,7 +166,7 @@ TEST_F(SweepConversation, InstrumentEndsInTheMiddleOfASweep)
     EXPECT_EQ(Client().Query("SWE:TIME:AUTO?"), "1");
 }
 
-struct tagBlockFormatCase
+struct BlockFormatCase
 {
     const char* name;
     const char* format;
@@ -177,7 +177,7 @@ struct tagBlockFormatCase
 using namespace std::string_view_literals;
 
 // The values -1.5 and 2 as IEEE 754 has them.
-constexpr tagBlockFormatCase kBlockFormats[] = {
+constexpr BlockFormatCase kBlockFormats[] = {
     {"Real64Normal", "REAL,64;:FORM:BORD NORM", "#216", "\xBF\xF8\0\0\0\0\0\0\x40\0\0\0\0\0\0\0"sv},
     {"Real64Swapped", "REAL,64;:FORM:BORD SWAP", "#216", "\0\0\0\0\0\0\xF8\xBF\0\0\0\0\0\0\0\x40"sv},
     {"Real32Normal", "REAL,32;:FORM:BORD NORM", "#18", "\xBF\xC0\0\0\x40\0\0\0"sv},
@@ -186,7 +186,7 @@ constexpr tagBlockFormatCase kBlockFormats[] = {
 
 TEST_F(SweepConversation, TracesTravelInEveryFormat)
 {
-    for (const tagBlockFormatCase& row : kBlockFormats)
+    for (const BlockFormatCase& row : kBlockFormats)
     {
         SCOPED_TRACE(row.name);
         Client().Write("*RST;:TRAC -1.5,2;:FORM " + std::string(row.format));

@@ -50,13 +50,13 @@ public:
     {
         wchar_t words[2]{};
         GetCondition(&words[0]);
-        const HRESULT hr = CBScpiStatusRegister::ModifyCondition(mask, value);
+        const HRESULT result = CBScpiStatusRegister::ModifyCondition(mask, value);
         GetCondition(&words[1]);
         if (m_log != nullptr && words[0] != words[1])
         {
             m_log->Add(static_cast<int>(words[1]));
         }
-        return hr;
+        return result;
     }
 
 private:
@@ -94,20 +94,20 @@ protected:
 
     SweepPhases()
     {
-        CComPtr<IZORoot> spRoot;
-        GetRoot(&spRoot);
-        spRoot->RegisterInterface(IID_IZOScpiStatusManagement,
-                                  static_cast<IZOScpiStatusManagement*>(m_spServices));
+        CComPtr<IZORoot> root;
+        GetRoot(&root);
+        root->RegisterInterface(IID_IZOScpiStatusManagement,
+                                static_cast<IZOScpiStatusManagement*>(m_services));
         m_status.emplace();
-        spRoot->UnregisterInterface(IID_IZOScpiStatusManagement);
+        root->UnregisterInterface(IID_IZOScpiStatusManagement);
         m_engine.emplace(m_traces, *m_status);
         m_settings.sweepPoints = kMinSweepPoints;
         m_settings.manualSweepTimeS = kMinSweepTimeS;
-        m_settings.bSweepTimeAuto = false;
-        Apply(tagTriggerSource::Immediate);
+        m_settings.sweepTimeAuto = false;
+        Apply(TriggerSource::Immediate);
     }
 
-    void Apply(tagTriggerSource source)
+    void Apply(TriggerSource source)
     {
         m_settings.triggerSource = source;
         m_engine->SetSettings(m_settings);
@@ -115,16 +115,16 @@ protected:
     bool Initiate()
     {
         CPendingOperation operation;
-        operation.Begin(CComPtr<IZOScpiPendingOperations>(m_spServices), 0);
+        operation.Begin(CComPtr<IZOScpiPendingOperations>(m_services), 0);
         return m_engine->Initiate(std::move(operation));
     }
 
     CLog m_log;
-    CComPtr<ServicesObject> m_spServices = ServicesObject::Create(m_log);
+    CComPtr<ServicesObject> m_services = ServicesObject::Create(m_log);
     CTraceMemory m_traces;
     std::optional<CInstrumentStatus> m_status;
     std::optional<CSweepEngine> m_engine;
-    tagAnalyzerSettings m_settings;
+    AnalyzerSettings m_settings;
 };
 
 TEST_F(SweepPhases, SettlingComesOnlyWithOtherFrequencies)
@@ -144,7 +144,7 @@ TEST_F(SweepPhases, SettlingComesOnlyWithOtherFrequencies)
 
 TEST_F(SweepPhases, EverySweepWaitsForItsOwnTrigger)
 {
-    Apply(tagTriggerSource::Bus);
+    Apply(TriggerSource::Bus);
     EXPECT_FALSE(m_engine->Trigger());
     EXPECT_TRUE(Initiate());
     EXPECT_EQ(m_log.Take(1), Entries{32});
@@ -162,7 +162,7 @@ TEST_F(SweepPhases, EverySweepWaitsForItsOwnTrigger)
 
 TEST_F(SweepPhases, TheEndOfTheEngineClearsThePhase)
 {
-    Apply(tagTriggerSource::Bus);
+    Apply(TriggerSource::Bus);
     EXPECT_TRUE(Initiate());
     m_engine.reset();
     EXPECT_EQ(m_log.Take(3), (Entries{32, 0, kOperationEnded}));

@@ -117,7 +117,7 @@ TEST(ComBstr, PassesOwnershipThroughPointers)
     EXPECT_EQ(text.Copy(), nullptr);
 }
 
-struct tagAppendCase
+struct AppendCase
 {
     const char* name;
     std::function<HRESULT(CComBSTR&)> append;
@@ -126,7 +126,7 @@ struct tagAppendCase
 
 TEST(ComBstr, Appends)
 {
-    const tagAppendCase cases[] = {
+    const AppendCase cases[] = {
         {"Object", [](CComBSTR& s) { return s.Append(CComBSTR(2, L"\0x")); }, L"ab\0x"s},
         {"Itself", [](CComBSTR& s) { return s.Append(s); }, L"abab"},
         {"WidePart", [](CComBSTR& s) { return s.Append(L"cde", 2); }, L"abcd"},
@@ -134,7 +134,7 @@ TEST(ComBstr, Appends)
         {"Character", [](CComBSTR& s) { return s.Append('\x80'); }, L"ab\u20AC"},
         {"Bytes", [](CComBSTR& s) { return s.AppendBytes("c\0\0\0", 4); }, L"abc"},
     };
-    for (const tagAppendCase& row : cases)
+    for (const AppendCase& row : cases)
     {
         CComBSTR text(L"ab");
         EXPECT_EQ(row.append(text), S_OK) << row.name;

@@ -143,14 +143,14 @@ TEST(Utf8, ReplacesOrRefusesWhatIsNotUtf8)
     EXPECT_STREQ(buffer, "\xEF\xBF\xBD");
 }
 
-struct tagCaseRow
+struct CaseRow
 {
     const char* name;
     std::wstring small;
     std::wstring capital;
 };
 
-const tagCaseRow kCaseRows[] = {
+const CaseRow kCaseRows[] = {
     {"Ascii", L"az", L"AZ"},
     {"Latin1", L"\u00E0\u00F6\u00F8\u00FE", L"\u00C0\u00D6\u00D8\u00DE"},
     {"YDiaeresis", L"\u00FF", L"\u0178"},
@@ -162,7 +162,7 @@ const tagCaseRow kCaseRows[] = {
 
 TEST(CharacterCase, MapsOneToOne)
 {
-    for (const tagCaseRow& row : kCaseRows)
+    for (const CaseRow& row : kCaseRows)
     {
         std::wstring text = row.small;
         EXPECT_EQ(CharUpper(text.data()), text.data());

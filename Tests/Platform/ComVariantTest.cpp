@@ -9,7 +9,7 @@ namespace
 {
 using namespace std::string_literals;
 
-struct tagSource
+struct Source
 {
     const char* name;
     CComVariant value;
@@ -21,7 +21,7 @@ const CComVariant kError(5L, VT_ERROR);
 constexpr short kShort = -1;
 constexpr const wchar_t* kNoText = nullptr;
 
-const tagSource kSources[] = {
+const Source kSources[] = {
     {"Default", {}, VT_EMPTY, 0},
     {"Bool", true, VT_BOOL, 0xFFFF},
     {"Char", '\xFF', VT_I1, 0xFF},
@@ -37,7 +37,7 @@ const tagSource kSources[] = {
 
 TEST(ComVariant, TakesItsTypeFromItsSource)
 {
-    for (const tagSource& row : kSources)
+    for (const Source& row : kSources)
     {
         EXPECT_EQ(row.value.vt, row.type) << row.name;
         EXPECT_EQ(row.value.llVal, row.bits) << row.name;
@@ -101,7 +101,7 @@ TEST(ComVariant, AttachesAndDetaches)
     EXPECT_EQ(CComVariant(raw).scode, DISP_E_BADVARTYPE) << "remembers why it could not copy";
 }
 
-struct tagComparison
+struct Comparison
 {
     const char* name;
     CComVariant left;
@@ -114,7 +114,7 @@ const CComBSTR kZeroInside(3, L"a\0b");
 constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr auto kLargest = std::numeric_limits<unsigned long long>::max();
 
-const tagComparison kComparisons[] = {
+const Comparison kComparisons[] = {
     {"Same", 1, 1, true, VARCMP_EQ},
     {"SignMatters", -1LL, kLargest, false, VARCMP_LT},
     {"Exact64", 9007199254740993LL, 9007199254740992LL, false, VARCMP_GT},
@@ -129,7 +129,7 @@ const tagComparison kComparisons[] = {
 
 TEST(ComVariant, ComparesValues)
 {
-    for (const tagComparison& row : kComparisons)
+    for (const Comparison& row : kComparisons)
     {
         EXPECT_EQ(row.left == row.right, row.equal) << row.name;
         EXPECT_EQ(VarCmp(&row.left, &row.right), row.order) << row.name;

@@ -32,7 +32,7 @@ constexpr int kPatienceMs = 60'000;
 constexpr const wchar_t* kBlob = L"blob";
 
 /// What one writer has surely committed: the number of its blob and of its newest key.
-struct tagReport
+struct Report
 {
     std::uint32_t writer;
     std::uint32_t blob;
@@ -82,7 +82,7 @@ std::wstring StepPath(std::uint32_t number)
 [[noreturn]] void WriteForEver(std::uint32_t writer)
 {
     const CUniqueKey key = MakeWriterKey(writer);
-    tagReport report{writer, StoredBlob(key.Get()), 0};
+    Report report{writer, StoredBlob(key.Get()), 0};
     const auto send = [&] {
         Check(::write(STDOUT_FILENO, &report, sizeof report) == sizeof report, "nobody hears the report");
     };
@@ -142,7 +142,7 @@ public:
     /// Waits for so many reports, and takes all that are there.
     void Hear(std::size_t count)
     {
-        std::array<tagReport, 64> reports{};
+        std::array<Report, 64> reports{};
         for (;;)
         {
             const ssize_t size = ::read(m_pipe[0], reports.data(), sizeof reports);
@@ -176,7 +176,7 @@ private:
     std::string m_file;
     std::array<int, 2> m_pipe{};
     std::array<pid_t, kWriters> m_processes{};
-    std::array<tagReport, kWriters> m_reports{};
+    std::array<Report, kWriters> m_reports{};
 };
 
 void CheckIntegrity(const std::string& file)

@@ -93,7 +93,7 @@ const tagConversion kAccepted[] = {
     {"DaysToDate", L"1.5", VT_DATE, Date(1.5)},
 };
 
-struct tagRefusal
+struct Refusal
 {
     const char* name;
     CComVariant source;
@@ -103,7 +103,7 @@ struct tagRefusal
 
 constexpr VARTYPE kReference = VT_I4 | VT_BYREF;
 
-const tagRefusal kRefused[] = {
+const Refusal kRefused[] = {
     {"AboveByte", 255.5, VT_UI1, DISP_E_OVERFLOW},
     {"BelowUnsigned", -1, VT_UI4, DISP_E_OVERFLOW},
     {"AboveLong", 2147483647.5, VT_I4, DISP_E_OVERFLOW},
@@ -146,7 +146,7 @@ TEST(VariantChangeType, ConvertsIntoFreshAndIntoSameVariant)
 
 TEST(VariantChangeType, LeavesTheTargetAloneOnFailure)
 {
-    for (const tagRefusal& row : kRefused)
+    for (const Refusal& row : kRefused)
     {
         CComVariant target(L"former");
         EXPECT_EQ(VariantChangeType(&target, &row.source, 0, row.type), row.expected) << row.name;

@@ -9,16 +9,16 @@ namespace ZoVelkor::Testing
 namespace
 {
 
-struct tagHeaderCase
+struct HeaderCase
 {
     const char* szText;
-    int iResult;
-    std::int64_t iLength; ///< 99: not written
+    int result;
+    std::int64_t length; ///< 99: not written
 };
 
 TEST(BlockHeader, IsRecognised)
 {
-    constexpr tagHeaderCase kCases[] = {
+    constexpr HeaderCase kCases[] = {
         {"", 0, 99},
         {"#", 0, 99},
         {"1", 2, 99},
@@ -47,11 +47,11 @@ TEST(BlockHeader, IsRecognised)
         {"#(1x)", 2, 99},
         {"#(1 )", 2, 99},
     };
-    for (const tagHeaderCase& row : kCases)
+    for (const HeaderCase& row : kCases)
     {
         std::int64_t length = 99;
-        EXPECT_EQ(CBScpiBlockData::ParseBlockDataHeader(row.szText, length), row.iResult) << row.szText;
-        EXPECT_EQ(length, row.iLength) << row.szText;
+        EXPECT_EQ(CBScpiBlockData::ParseBlockDataHeader(row.szText, length), row.result) << row.szText;
+        EXPECT_EQ(length, row.length) << row.szText;
     }
 }
 

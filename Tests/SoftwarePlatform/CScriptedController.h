@@ -107,12 +107,12 @@ private:
             if ((answer & kAborted) != 0) { Abort(); }
         };
         if ((answer & kLate) != 0) { late = act; }
-        else if ((answer & kFromThread) != 0) { m_spThread = std::make_shared<std::jthread>(act); }
+        else if ((answer & kFromThread) != 0) { m_thread = std::make_shared<std::jthread>(act); }
         else { act(); }
         return (answer & kRefused) != 0 ? kRefusal : S_OK;
     }
 
-    std::shared_ptr<std::jthread> m_spThread;
+    std::shared_ptr<std::jthread> m_thread;
 };
 
 /// Condition, message and result of the error that an operation raises; empty when it raises none.

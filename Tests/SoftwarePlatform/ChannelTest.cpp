@@ -78,7 +78,7 @@ public:
     {
         std::this_thread::yield(); // lets a second caller in, if there is one
         ++m_adds;
-        m_spChannel = c;
+        m_channel = c;
         *path = m_path;
         *out = CProvider::Create().Detach();
         return m_addResult;
@@ -86,7 +86,7 @@ public:
     HRESULT RemoveConnection(IZOScpiChannel* /*channel*/) override
     {
         m_duringRemove();
-        m_spChannel.Release();
+        m_channel.Release();
         return m_removeResult;
     }
     HRESULT GetChannelEvents(long path, HANDLE* deviceClear, HANDLE* shutdown) override
@@ -114,7 +114,7 @@ public:
     HRESULT m_removeResult = S_OK;
     long m_path = 7;
     std::function<void()> m_duringRemove = [] {};
-    CComPtr<IZOScpiChannel> m_spChannel;
+    CComPtr<IZOScpiChannel> m_channel;
 
 protected:
     virtual ~CFakeKernel() = default;
@@ -125,25 +125,25 @@ using CKernel = CComObject<CFakeKernel, IZOScpiMultichannelAdministration, IZOSc
 class Channel : public testing::Test
 {
 protected:
-    Channel() { GetRoot(&m_spRoot), Publish(kAdministration), Publish(kFunctionality); }
+    Channel() { GetRoot(&m_root), Publish(kAdministration), Publish(kFunctionality); }
     ~Channel() override { Withdraw(kAdministration), Withdraw(kFunctionality); }
     void Publish(const IID& iid)
     {
-        m_spRoot->RegisterInterface(iid, static_cast<IZOScpiMultichannelAdministration*>(m_spKernel));
+        m_root->RegisterInterface(iid, static_cast<IZOScpiMultichannelAdministration*>(m_kernel));
     }
-    void Withdraw(const IID& iid) { m_spRoot->UnregisterInterface(iid); }
-    HRESULT Connect() { return m_spChannel->GetServiceProvider(&m_spProvider); }
+    void Withdraw(const IID& iid) { m_root->UnregisterInterface(iid); }
+    HRESULT Connect() { return m_channel->GetServiceProvider(&m_provider); }
     /// Path and events of the connection.
     std::string State() const
     {
-        const HANDLE deviceClear = m_spChannel->GetCurrentDeviceClearHandle();
-        const HANDLE shutdown = m_spChannel->GetCurrentShutdownEventHandle();
-        return fmt::format("{} {} {}", m_spChannel->GetRemotePath(), deviceClear, shutdown);
+        const HANDLE deviceClear = m_channel->GetCurrentDeviceClearHandle();
+        const HANDLE shutdown = m_channel->GetCurrentShutdownEventHandle();
+        return fmt::format("{} {} {}", m_channel->GetRemotePath(), deviceClear, shutdown);
     }
     void Fails(bool connecting, const char* message, const char* condition)
     {
         const std::string before = State();
-        EXPECT_THROW(connecting ? Connect() : m_spChannel->DisconnectRemotePath(), CShellError);
+        EXPECT_THROW(connecting ? Connect() : m_channel->DisconnectRemotePath(), CShellError);
         const tagErrorReport report = m_recorder.Take().at(0).report;
         EXPECT_EQ(report.message, message);
         EXPECT_STREQ(report.condition, condition);
@@ -152,10 +152,10 @@ protected:
     }
 
     CErrorRecorder m_recorder;
-    CComPtr<IZORoot> m_spRoot;
-    CComPtr<CKernel> m_spKernel = CKernel::Create();
-    CComPtr<CTestChannel> m_spChannel = CTestChannel::Create();
-    CComPtr<IZOScpiChannelServiceProvider> m_spProvider;
+    CComPtr<IZORoot> m_root;
+    CComPtr<CKernel> m_kernel = CKernel::Create();
+    CComPtr<CTestChannel> m_channel = CTestChannel::Create();
+    CComPtr<IZOScpiChannelServiceProvider> m_provider;
 };
 
 unsigned char g_bytes[] = {'a', 'b'};
@@ -180,70 +180,70 @@ const std::pair<const char*, Call> kCalls[] = {
 };
 TEST_F(Channel, CallsReachTheirHookAndReturnItsResult)
 {
-    const auto spSilent = CComObject<CBScpiChannel, IZOScpiChannel>::Create();
-    const auto spThrowing = CTestChannel::Create();
-    spThrowing->m_answer = []() -> HRESULT { throw std::bad_alloc(); };
-    m_spChannel->m_answer = [] { return E_PENDING; };
+    const auto silent = CComObject<CBScpiChannel, IZOScpiChannel>::Create();
+    const auto throwing = CTestChannel::Create();
+    throwing->m_answer = []() -> HRESULT { throw std::bad_alloc(); };
+    m_channel->m_answer = [] { return E_PENDING; };
     for (const auto& [expected, call] : kCalls)
     {
-        m_spChannel->m_log.clear();
-        EXPECT_EQ(call(*m_spChannel), E_PENDING);
-        EXPECT_EQ(m_spChannel->m_log, expected);
-        EXPECT_EQ(call(*spSilent), S_OK) << expected;
-        EXPECT_EQ(call(*spThrowing), E_OUTOFMEMORY) << expected;
+        m_channel->m_log.clear();
+        EXPECT_EQ(call(*m_channel), E_PENDING);
+        EXPECT_EQ(m_channel->m_log, expected);
+        EXPECT_EQ(call(*silent), S_OK) << expected;
+        EXPECT_EQ(call(*throwing), E_OUTOFMEMORY) << expected;
     }
-    EXPECT_EQ(m_spChannel->ChannelStatus().vtbRemote, 65);
+    EXPECT_EQ(m_channel->ChannelStatus().vtbRemote, 65);
     short flags[2] = {};
-    EXPECT_EQ(m_spChannel->GetCapabilities(&flags[0], &flags[1]), S_OK);
+    EXPECT_EQ(m_channel->GetCapabilities(&flags[0], &flags[1]), S_OK);
     EXPECT_EQ(flags[0] * 10 + flags[1], -5);
-    EXPECT_EQ(m_spChannel->Write(1, g_bytes, nullptr), E_POINTER);
+    EXPECT_EQ(m_channel->Write(1, g_bytes, nullptr), E_POINTER);
     EXPECT_EQ(m_recorder.Take().back().report.message, "Null pointer detected (written)");
-    EXPECT_EQ(m_spChannel->GetServiceProvider(nullptr), E_POINTER);
+    EXPECT_EQ(m_channel->GetServiceProvider(nullptr), E_POINTER);
     EXPECT_EQ(m_recorder.Take().back().report.message, "Null pointer detected (provider)");
 }
 
 TEST_F(Channel, OpensOnceUntilClosedEvenAfterAFailure)
 {
-    m_spChannel->m_answer = [] { return std::this_thread::yield(), E_FAIL; };
+    m_channel->m_answer = [] { return std::this_thread::yield(), E_FAIL; };
     std::atomic<int> failures = 0;
-    InEightThreads([&] { failures += FAILED(m_spChannel->Open()) ? 1 : 0; });
+    InEightThreads([&] { failures += FAILED(m_channel->Open()) ? 1 : 0; });
     EXPECT_EQ(failures, 1);
-    EXPECT_EQ(m_spChannel->Close(), E_FAIL);
-    EXPECT_EQ(m_spChannel->Open(), E_FAIL);
-    EXPECT_EQ(m_spChannel->m_log, "Open0 Close0 Open0 ");
+    EXPECT_EQ(m_channel->Close(), E_FAIL);
+    EXPECT_EQ(m_channel->Open(), E_FAIL);
+    EXPECT_EQ(m_channel->m_log, "Open0 Close0 Open0 ");
 }
 
 TEST_F(Channel, ConnectsOnceForAllThreadsAndTheKernelsGetThroughAtTheEnd)
 {
     EXPECT_EQ(State(), "-1 0 0");
     InEightThreads([this] {
-        CComPtr<IZOScpiChannelServiceProvider> spProvider;
-        EXPECT_EQ(m_spChannel->GetServiceProvider(&spProvider), S_OK);
-        EXPECT_EQ(spProvider->SignalTrigger(), E_NOTIMPL);
-        EXPECT_EQ(spProvider->ReportError(-410, nullptr), S_OK);
+        CComPtr<IZOScpiChannelServiceProvider> provider;
+        EXPECT_EQ(m_channel->GetServiceProvider(&provider), S_OK);
+        EXPECT_EQ(provider->SignalTrigger(), E_NOTIMPL);
+        EXPECT_EQ(provider->ReportError(-410, nullptr), S_OK);
     });
-    EXPECT_EQ(m_spKernel->m_adds, 1);
-    EXPECT_EQ(m_spChannel->ReleaseServiceProvider(CProvider::Create()), S_OK);
+    EXPECT_EQ(m_kernel->m_adds, 1);
+    EXPECT_EQ(m_channel->ReleaseServiceProvider(CProvider::Create()), S_OK);
     EXPECT_EQ(State(), "7 11 12");
 
-    m_spChannel->Open();
-    m_spKernel->m_duringRemove = [this] {
+    m_channel->Open();
+    m_kernel->m_duringRemove = [this] {
         std::jthread([this] {
             EXPECT_EQ(Connect(), S_OK);
             EXPECT_EQ(State(), "7 11 12");
             for (const auto& [expected, call] : kCalls)
             {
-                EXPECT_EQ(call(*m_spChannel), S_OK) << expected;
+                EXPECT_EQ(call(*m_channel), S_OK) << expected;
             }
         });
     };
     CTraceRecorder recorder;
-    EXPECT_EQ(m_spChannel->DisconnectRemotePath(), S_OK);
+    EXPECT_EQ(m_channel->DisconnectRemotePath(), S_OK);
     EXPECT_EQ(State(), "-1 0 0");
-    get_RemoteDiagnoseControl()->bRpcModeActive = true;
-    EXPECT_EQ(m_spChannel->DisconnectRemotePath(), S_OK);
-    get_RemoteDiagnoseControl()->bRpcModeActive = false;
-    const auto line = fmt::format("[Velkor] Disconnect interface = {}", fmt::ptr(m_spChannel.Get()));
+    get_RemoteDiagnoseControl()->rpcModeActive = true;
+    EXPECT_EQ(m_channel->DisconnectRemotePath(), S_OK);
+    get_RemoteDiagnoseControl()->rpcModeActive = false;
+    const auto line = fmt::format("[Velkor] Disconnect interface = {}", fmt::ptr(m_channel.Get()));
     EXPECT_EQ(recorder.Take(), std::vector{line});
 }
 
@@ -251,23 +251,23 @@ TEST_F(Channel, FailuresOfTheKernelAreRaised)
 {
     for (const HRESULT result : {2, E_FAIL})
     {
-        m_spKernel->m_addResult = result;
+        m_kernel->m_addResult = result;
         Fails(true, "Unexpected result adding new connection to remote kernel", "stop on error");
     }
-    m_spKernel->m_addResult = m_spKernel->m_removeResult = S_FALSE;
-    m_spKernel->m_path = 8;
+    m_kernel->m_addResult = m_kernel->m_removeResult = S_FALSE;
+    m_kernel->m_path = 8;
     EXPECT_EQ(Connect(), S_OK);
     EXPECT_EQ(State(), "8 0 0") << "a connection without events";
     EXPECT_EQ(m_recorder.Take().size(), 1U);
-    EXPECT_EQ(m_spChannel->DisconnectRemotePath(), S_OK);
+    EXPECT_EQ(m_channel->DisconnectRemotePath(), S_OK);
     Withdraw(kFunctionality);
     Fails(true, "Missing interface", "p_MultichannelFunc != NULL");
-    m_spChannel->SetServiceProvider(CProvider::Create());
-    m_spKernel->m_removeResult = 2;
+    m_channel->SetServiceProvider(CProvider::Create());
+    m_kernel->m_removeResult = 2;
     Fails(false, "Unexpected result removing connection from remote kernel", "stop on error");
     Withdraw(kAdministration);
     Fails(false, "Missing interface", "pMultichannelAdmin != NULL");
-    m_spChannel->SetServiceProvider(nullptr);
+    m_channel->SetServiceProvider(nullptr);
     Fails(true, "Missing interface", "pMultichannelAdmin != NULL");
 }
 
@@ -278,19 +278,19 @@ TEST_F(Channel, PropertiesAreCopiesWithStringsOfTheirOwn)
     info->bsRemoteAddress = SysAllocString(L"");
     info->iMessages = 16;
     CSmartScpiChannelInfo::CopyData(*info.operator->(), info.Get());
-    EXPECT_EQ(m_spChannel->put_ChannelProperties(info.Get()), S_OK);
+    EXPECT_EQ(m_channel->put_ChannelProperties(info.Get()), S_OK);
     tag_ScpiChannelInfo out{};
     out.bsLocalAddress = SysAllocString(L"freed");
     info.Detach(out);
     EXPECT_EQ(out.bsName, name);
     EXPECT_EQ(info->bsName, nullptr);
-    EXPECT_EQ(m_spChannel->get_ChannelProperties(&out), S_OK);
+    EXPECT_EQ(m_channel->get_ChannelProperties(&out), S_OK);
     EXPECT_EQ(SysStringLen(out.bsName), 3U);
     EXPECT_STREQ(out.bsRemoteAddress, L"");
     info = out;
     EXPECT_EQ(CSmartScpiChannelInfo(info).CopyTo(&out), S_OK);
-    m_spChannel->m_answer = [] { return E_FAIL; };
-    EXPECT_EQ(m_spChannel->get_ChannelProperties(&out), E_FAIL);
+    m_channel->m_answer = [] { return E_FAIL; };
+    EXPECT_EQ(m_channel->get_ChannelProperties(&out), E_FAIL);
     EXPECT_EQ(out.iMessages, 17);
     CSmartScpiChannelInfo::ClearData(out);
     EXPECT_EQ(out.bsName, nullptr);

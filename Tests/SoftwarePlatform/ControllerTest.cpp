@@ -37,7 +37,7 @@ TEST(ControllerSlots, AreInOrder)
 }
 
 /// One request: what the transport is asked, and what is got when it answers and when it does not.
-struct tagOperation
+struct Operation
 {
     std::function<HRESULT(C&, std::string&)> run;
     std::string requested, outputs, outputsOnFailure, refusal;
@@ -49,33 +49,33 @@ HRESULT RunRead(C& c, std::string& out)
     unsigned char buffer[] = "-----";
     long got = 77;
     short end = 7;
-    const HRESULT hr = c.Read(4, buffer, &got, &end);
-    return out = C::Line(buffer, got, end), hr;
+    const HRESULT result = c.Read(4, buffer, &got, &end);
+    return out = C::Line(buffer, got, end), result;
 }
 
 HRESULT RunReadResponse(C& c, std::string& out)
 {
     unsigned char* text = g_message;
-    const HRESULT hr = c.ReadResponse(&text);
+    const HRESULT result = c.ReadResponse(&text);
     out = text != nullptr ? reinterpret_cast<char*>(text) : "null";
-    return CoTaskMemFree(text), hr;
+    return CoTaskMemFree(text), result;
 }
 
 HRESULT RunReadString(C& c, std::string& out)
 {
     CComBSTR text;
-    const HRESULT hr = c.ReadString(&text);
-    return out = text.IsNull() ? "null" : CZoString(text).ToStdString(), hr;
+    const HRESULT result = c.ReadString(&text);
+    return out = text.IsNull() ? "null" : CZoString(text).ToStdString(), result;
 }
 
 HRESULT RunPoll(C& c, std::string& out)
 {
     unsigned char stb = 7;
-    const HRESULT hr = c.ReadStatusByte(&stb);
-    return out = C::Line(int{stb}), hr;
+    const HRESULT result = c.ReadStatusByte(&stb);
+    return out = C::Line(int{stb}), result;
 }
 
-const tagOperation kOperations[] = {
+const Operation kOperations[] = {
     {[](C& c, auto&) { return c.WriteMessage(g_message); }, "Write a,b 3 1 check ", "", "", "Fatal WriteMessage execution error", ""},
     {RunReadResponse, "Read 1 0 0 check ", "answer", "null", "Fatal ReadResponse execution error", ""},
     {[](C& c, auto&) { return c.WriteString(CComBSTR(5, L"a\0\u00E4\u20AC\u0416")); }, std::string("Write a\0\xE4\x80? 5 1 check ", 22), "", "", kMethod, ""},
@@ -101,22 +101,22 @@ TEST_F(Controller, RequestsWaitForTheirAnswer)
     constexpr std::pair<unsigned, HRESULT> kAnswers[] = {
         {kDone, S_OK}, {kDone | kFromThread, S_OK}, {kError | kFromThread, E_FAIL}, {kError | kDone, E_FAIL}, {kAborted | kFromThread, E_ABORT},
         {kAborted | kError | kDone, E_ABORT}, {0, E_PENDING}, {kDone | kLate, E_PENDING}, {kThrow, E_FAIL}, {kRefused | kDone, kRefusal}};
-    for (const tagOperation& row : kOperations)
+    for (const Operation& row : kOperations)
     {
-        for (const auto& [answer, result] : kAnswers)
+        for (const auto& [answer, expected] : kAnswers)
         {
             C c({answer});
             c.incoming = "answer";
             std::string outputs;
-            HRESULT hr = result;
-            const std::string& message = result == kRefusal ? row.refusal : result != S_OK ? row.raised : "";
-            EXPECT_EQ(Raised([&] { hr = row.run(c, outputs); }), message.empty() ? "" : C::Line("hResult == S_OK", message, result)) << answer;
-            EXPECT_EQ(hr, result) << row.requested << answer;
+            HRESULT result = expected;
+            const std::string& message = expected == kRefusal ? row.refusal : expected != S_OK ? row.raised : "";
+            EXPECT_EQ(Raised([&] { result = row.run(c, outputs); }), message.empty() ? "" : C::Line("hResult == S_OK", message, expected)) << answer;
+            EXPECT_EQ(result, expected) << row.requested << answer;
             // The status byte is handed over whenever it has come.
-            const bool hasCome = result == S_OK || (row.requested == "Poll check " && (answer & kDone) != 0 && (answer & kLate) == 0);
+            const bool hasCome = expected == S_OK || (row.requested == "Poll check " && (answer & kDone) != 0 && (answer & kLate) == 0);
             if (message.empty()) { EXPECT_EQ(outputs, hasCome ? row.outputs : row.outputsOnFailure) << row.requested << answer; }
             if (message.empty() && !c.isQuiet) { EXPECT_EQ(c.log, row.requested) << answer; }
-            if (result == kRefusal) { EXPECT_EQ(c.log, row.requested.substr(0, row.requested.find("check"))) << "nothing follows"; }
+            if (expected == kRefusal) { EXPECT_EQ(c.log, row.requested.substr(0, row.requested.find("check"))) << "nothing follows"; }
             EXPECT_EQ(c.LastError(), "No error");
         }
     }
@@ -139,9 +139,9 @@ TEST_F(Controller, LateAnswersCountForTheTriggerOnly)
 
 TEST_F(Controller, AnswersThatCannotBeTrueAreRefused)
 {
-    struct tagCase { long excess, fetchExcess; HRESULT fetchResult, result; };
+    struct Case { long excess, fetchExcess; HRESULT fetchResult, result; };
     std::string out;
-    for (const auto& [excess, fetchExcess, fetchResult, result] : std::initializer_list<tagCase>{
+    for (const auto& [excess, fetchExcess, fetchResult, result] : std::initializer_list<Case>{
              {1L << 31, 0, S_OK, E_UNEXPECTED}, {-7, 0, S_OK, E_UNEXPECTED}, {0, 1, S_OK, E_UNEXPECTED}, {0, -4, S_OK, E_UNEXPECTED},
              {0, 0, S_FALSE, S_FALSE}, {0, 0, E_FAIL, E_FAIL}})
     {
@@ -194,12 +194,12 @@ TEST_F(Controller, NullPointersAreReported)
         {[&] { return c.get_InterruptActive(nullptr); }, "pvtbInterruptActive"}};
     for (const auto& [run, parameter] : kRows)
     {
-        HRESULT hr = E_POINTER;
+        HRESULT result = E_POINTER;
         const std::string line = C::Line(parameter + " != NULL", "Null pointer detected (" + parameter + ")", E_POINTER);
-        EXPECT_EQ(Raised([&] { hr = run(); }), parameter.starts_with('p') ? line : "") << "getters of properties raise";
+        EXPECT_EQ(Raised([&] { result = run(); }), parameter.starts_with('p') ? line : "") << "getters of properties raise";
         const auto reports = errors.Take();
         ASSERT_EQ(reports.size(), 1U) << parameter;
-        EXPECT_EQ(C::Line(reports[0].report.condition, reports[0].report.message, hr), line);
+        EXPECT_EQ(C::Line(reports[0].report.condition, reports[0].report.message, result), line);
     }
     EXPECT_EQ(c.log.find_first_not_of("chek "), std::string::npos) << c.log;
 }
@@ -269,14 +269,14 @@ TEST_F(Controller, InterruptsReachTheCallback)
         {VARIANT_TRUE, [] { return E_FAIL; }, 1, 77, raised}, {VARIANT_TRUE, []() -> HRESULT { throw std::runtime_error("x"); }, 1, 77, raised}};
     CInterrupt second;
     C c({0});
-    for (const auto& [active, action, calls, result, message] : kRows)
+    for (const auto& [active, action, calls, expected, message] : kRows)
     {
         CInterrupt callback(action);
-        HRESULT hr = 77;
+        HRESULT result = 77;
         c.SetInterruptCallback(&callback);
         c.put_InterruptActive(active);
-        EXPECT_EQ(Raised([&] { hr = c.DoInterrupt(); }), message);
-        EXPECT_EQ(C::Line(hr, callback.calls), C::Line(result, calls));
+        EXPECT_EQ(Raised([&] { result = c.DoInterrupt(); }), message);
+        EXPECT_EQ(C::Line(result, callback.calls), C::Line(expected, calls));
         EXPECT_EQ(c.Clear(), E_PENDING);
         EXPECT_EQ(c.WaitInterrupt(), S_OK) << "whatever the callback did, and requests leave it set";
         EXPECT_EQ(c.SetInterruptCallback(&second), S_OK);

@@ -52,8 +52,8 @@ struct ControllerTransfer : CControllerTest
 
 TEST_F(ControllerTransfer, FilesAreReceivedInChunks)
 {
-    struct tagCase { long size; bool ends; long count; const char* outcome; }; // bytes got, END, requests
-    for (const tagCase& row : std::initializer_list<tagCase>{
+    struct Case { long size; bool ends; long count; const char* outcome; }; // bytes got, END, requests
+    for (const Case& row : std::initializer_list<Case>{
              {5, true, 0, "0 0 check "}, {1, true, -1, "1 -1 Read 1 1 314159 check check "},
              {kChunk - 1, true, -1, "314158 -1 Read 1 1 314159 check check "}, {kChunk, true, -1, "314159 -1 Read 1 1 314159 check check "},
              {kChunk + 1, true, -5, "314160 -1 Read 1 1 314159 check Read 1 1 314159 check check "},
@@ -75,8 +75,8 @@ TEST_F(ControllerTransfer, FilesAreReceivedInChunks)
 
 TEST_F(ControllerTransfer, FilesAreSentInChunks)
 {
-    struct tagCase { long size; long count; short end; const char* outcome; }; // bytes sent, requests with length and END
-    for (const tagCase& row : std::initializer_list<tagCase>{
+    struct Case { long size; long count; short end; const char* outcome; }; // bytes sent, requests with length and END
+    for (const Case& row : std::initializer_list<Case>{
              {0, 0, VARIANT_TRUE, "0 check "}, {kChunk - 1, 0, VARIANT_TRUE, "314158 Write  314158 1 check check "},
              {kChunk, -1, VARIANT_TRUE, "314159 Write  314159 1 check check "}, {kChunk, 0, VARIANT_FALSE, "314159 Write  314159 0 check check "},
              {kChunk, 0, 1, "314159 Write  314159 0 check check "},
@@ -102,9 +102,9 @@ TEST_F(ControllerTransfer, FailuresLeaveTextAndNoDescriptor)
     const auto refuseSync = [](C&) { g_refusesSync = true; };
     const auto sayNothing = [](C& c) { c.incoming.clear(); };
     const auto shrink = [this](C& c) { c.onRequest = [this] { std::filesystem::resize_file(path, kChunk + 1); }; };
-    struct tagCase { bool receives; unsigned second; std::string path; std::string text; long moved = 0; HRESULT result = S_FALSE;
+    struct Case { bool receives; unsigned second; std::string path; std::string text; long moved = 0; HRESULT result = S_FALSE;
         std::function<void(C&)> prepare = [](C&) {}; };
-    for (const tagCase& row : std::initializer_list<tagCase>{
+    for (const Case& row : std::initializer_list<Case>{
              {true, kDone, "", "Missing filename.", 0, E_INVALIDARG}, {true, kDone, missing, "Error open file " + missing},
              {true, kDone, "/dev/full", "Error writing binary data to file."}, {true, kDone, path, kTransmitting, 0, S_FALSE, sayNothing},
              {true, kError, path, kTransmitting, kChunk}, {true, 0, path, kTransmitting, kChunk}, {true, kAborted | kFromThread, path, kTransmitting, kChunk},
@@ -120,14 +120,14 @@ TEST_F(ControllerTransfer, FailuresLeaveTextAndNoDescriptor)
         c.incoming = Content(kChunk + 9);
         row.prepare(c);
         const CComBSTR name(row.path.c_str());
-        HRESULT hr = kRefusal; // stays when the refusal is raised
+        HRESULT result = kRefusal; // stays when the refusal is raised
         const std::ptrdiff_t before = OpenDescriptors();
         const bool raises = !Raised([&] {
-            hr = row.receives ? c.ReadToFile(name, -1, &length, &end) : c.WriteFromFile(name, 0, VARIANT_TRUE, &length);
+            result = row.receives ? c.ReadToFile(name, -1, &length, &end) : c.WriteFromFile(name, 0, VARIANT_TRUE, &length);
         }).empty();
         EXPECT_EQ(OpenDescriptors(), before) << row.text;
         g_refusesBuffer = g_refusesSync = false;
-        EXPECT_EQ(C::Line(hr, length, c.LastError()), C::Line(row.result, row.moved, row.text)) << row.receives << ' ' << row.second;
+        EXPECT_EQ(C::Line(result, length, c.LastError()), C::Line(row.result, row.moved, row.text)) << row.receives << ' ' << row.second;
         EXPECT_EQ(raises, row.result == kRefusal);
         EXPECT_TRUE(raises || c.isQuiet || c.log.ends_with("check ")) << c.log;
     }

@@ -81,7 +81,7 @@ TEST(Crc16, IsTheRemainderOfThePolynomial)
 /// A module with version information of its own.
 struct CNumberedVersion : CVersion
 {
-    explicit CNumberedVersion(const tagFixedFileInfo* pInfo) : CVersion(pInfo) {}
+    explicit CNumberedVersion(const tagFixedFileInfo* info) : CVersion(info) {}
 };
 
 std::array<WORD, 8> Numbers(const CVersion& v)

@@ -12,19 +12,19 @@ namespace
 {
 
 /// The same getter of both styles; gives result, SCPI error and value as one text.
-struct tagGetter
+struct Getter
 {
     std::function<std::string(CPool&)> pool;
     std::function<std::string(CRecord&)> record;
 };
 
 template <class TValue>
-tagGetter Both(HRESULT (CPool::*pool)(TValue&, long), HRESULT (CRecord::*record)(TValue&, long), TValue start)
+Getter Both(HRESULT (CPool::*pool)(TValue&, long), HRESULT (CRecord::*record)(TValue&, long), TValue start)
 {
     const auto call = [start](auto& data, auto getter) {
         TValue value = start;
-        const HRESULT hr = (data.*getter)(value, 0);
-        return (std::ostringstream() << hr << ' ' << data.GetScpiError() << ' ' << value).str();
+        const HRESULT result = (data.*getter)(value, 0);
+        return (std::ostringstream() << result << ' ' << data.GetScpiError() << ' ' << value).str();
     };
     return {[=](CPool& data) { return call(data, pool); }, [=](CRecord& data) { return call(data, record); }};
 }
@@ -32,23 +32,22 @@ tagGetter Both(HRESULT (CPool::*pool)(TValue&, long), HRESULT (CRecord::*record)
 template <class TData>
 std::string ReadBlock(TData& data)
 {
-    CComPtr<IZOScpiBlockData> spBlock;
+    CComPtr<IZOScpiBlockData> block;
     long length = 0;
-    return std::to_string(data.GetBlockArgument(&spBlock, length, 0));
+    return std::to_string(data.GetBlockArgument(&block, length, 0));
 }
 
 const std::string kOld = "old";
-const tagGetter kBlock = {&ReadBlock<CPool>, &ReadBlock<CRecord>};
-const tagGetter kDouble = Both(&CPool::GetDoubleArgument, &CRecord::GetDoubleArgument, 99.0);
-const tagGetter kInteger = Both(&CPool::GetIntegerArgument, &CRecord::GetIntegerArgument, 99L);
-const tagGetter kBoolean = Both(&CPool::GetBooleanArgument, &CRecord::GetBooleanArgument, true);
-const tagGetter kCharacter = Both(&CPool::GetCharacterArgument, &CRecord::GetCharacterArgument, 99L);
-const tagGetter kWord =
-    Both(&CPool::GetMnemonicArgument, &CRecord::GetMnemonicArgument, ZO_SCPI_SPECIAL_KEEP);
-const tagGetter kString = Both<std::string>(&CPool::GetStringArgument, &CRecord::GetStringArgument, kOld);
-const tagGetter kExpression = Both(&CPool::GetExprStringArgument, &CRecord::GetExprStringArgument, kOld);
-const tagGetter kUnit = Both(&CPool::GetUnitSuffix, &CRecord::GetSuffix, 99L);
-const tagGetter kType = Both(&CPool::GetArgumentType, &CRecord::GetArgumentType, ZO_SCPI_PARAMTYPE_UNDEFINED);
+const Getter kBlock = {&ReadBlock<CPool>, &ReadBlock<CRecord>};
+const Getter kDouble = Both(&CPool::GetDoubleArgument, &CRecord::GetDoubleArgument, 99.0);
+const Getter kInteger = Both(&CPool::GetIntegerArgument, &CRecord::GetIntegerArgument, 99L);
+const Getter kBoolean = Both(&CPool::GetBooleanArgument, &CRecord::GetBooleanArgument, true);
+const Getter kCharacter = Both(&CPool::GetCharacterArgument, &CRecord::GetCharacterArgument, 99L);
+const Getter kWord = Both(&CPool::GetMnemonicArgument, &CRecord::GetMnemonicArgument, ZO_SCPI_SPECIAL_KEEP);
+const Getter kString = Both<std::string>(&CPool::GetStringArgument, &CRecord::GetStringArgument, kOld);
+const Getter kExpression = Both(&CPool::GetExprStringArgument, &CRecord::GetExprStringArgument, kOld);
+const Getter kUnit = Both(&CPool::GetUnitSuffix, &CRecord::GetSuffix, 99L);
+const Getter kType = Both(&CPool::GetArgumentType, &CRecord::GetArgumentType, ZO_SCPI_PARAMTYPE_UNDEFINED);
 
 tagZO_SCPI_PARAMETER Changed(tagZO_SCPI_PARAMETER parameter, std::uint32_t textLength, bool hasUnit)
 {
@@ -57,18 +56,18 @@ tagZO_SCPI_PARAMETER Changed(tagZO_SCPI_PARAMETER parameter, std::uint32_t textL
     return parameter;
 }
 
-struct tagGetterCase
+struct GetterCase
 {
-    char const* name;
+    const char* name;
     tagZO_SCPI_PARAMETER parameter;
-    tagGetter const& getter;
-    char const* pool;
-    char const* record; ///< empty: the same
+    const Getter& getter;
+    const char* pool;
+    const char* record; ///< empty: the same
 };
 
 // The formatter takes the commas of calls for column ends.
 // clang-format off
-const tagGetterCase kGetterCases[] = {
+const GetterCase kGetterCases[] = {
     {"Double",             Number("-2.5E1"),                          kDouble,     "0 0 -25",         ""},
     {"DoubleWithRest",     Number("10 MHZ"),                          kDouble,     "0 0 10",          ""},
     {"OverflowIsStored",   Number("1E999"),                           kDouble,     "1 -222 inf",      ""},
@@ -100,10 +99,10 @@ const tagGetterCase kGetterCases[] = {
 
 TEST(HandlerArgument, GettersFollowTheTable)
 {
-    for (tagGetterCase const& row : kGetterCases)
+    for (const GetterCase& row : kGetterCases)
     {
         SCOPED_TRACE(row.name);
-        tagCommand command({row.parameter});
+        Command command({row.parameter});
         CPool pool(command.data);
         CRecord record(command.data);
         EXPECT_EQ(row.getter.pool(pool), row.pool);
@@ -114,7 +113,7 @@ TEST(HandlerArgument, GettersFollowTheTable)
 TEST(HandlerArgument, EachTypeHasItsErrorWhereAnotherIsRequired)
 {
     constexpr short kErrors[] = {-100, -109, -128, -148, -158, -168, -178, -100, -100};
-    const std::tuple<long, tagGetter const&, HRESULT (CRecord::*)(long)> kGetters[] = {
+    const std::tuple<long, const Getter&, HRESULT (CRecord::*)(long)> kGetters[] = {
         {2, kDouble, &CRecord::CheckNumericParamType},
         {2, kInteger, &CRecord::CheckNumericParamType},
         {2, kUnit, &CRecord::CheckNumericParamType},
@@ -125,8 +124,8 @@ TEST(HandlerArgument, EachTypeHasItsErrorWhereAnotherIsRequired)
         {7, kWord, nullptr}};
     for (long type = 0; type < std::ssize(kErrors); ++type)
     {
-        tagCommand command({Parameter(static_cast<std::uint32_t>(type), "1")});
-        for (auto const& [required, getter, check] : kGetters)
+        Command command({Parameter(static_cast<std::uint32_t>(type), "1")});
+        for (const auto& [required, getter, check] : kGetters)
         {
             SCOPED_TRACE(testing::Message() << "arrived " << type << ", required " << required);
             const short expected = type == required ? short{0} : kErrors[type];
@@ -154,10 +153,10 @@ TEST(HandlerArgument, CountIsCheckedByTheLastIndexNotByANumber)
                                                                      {3, 1, false, 0},
                                                                      {1, 0, true, 0},
                                                                      {0, 0, true, -109}};
-    for (auto const& [count, last, isExact, error] : kRows)
+    for (const auto& [count, last, isExact, error] : kRows)
     {
         SCOPED_TRACE(testing::Message() << count << " arguments, last " << last);
-        tagCommand command(std::vector(count, Number("1")));
+        Command command(std::vector(count, Number("1")));
         OnBothStyles(command, [n = count, index = last, exact = isExact, code = error](auto& data) {
             EXPECT_EQ(data.CheckArgumentCount(index, exact), code != 0);
             EXPECT_EQ(data.GetScpiError(), code);
@@ -175,10 +174,10 @@ TEST(HandlerArgument, MisuseIsReportedByThePoolAndThrownByTheRecord)
                                 "m_pParams != NULL|Missing parameter|thrown\n";
     constexpr char kIndex[] = "iArgumentIndex >= 0|Invalid argument index\n"
                               "iArgumentIndex >= 0|Invalid argument index|thrown\n";
-    for (auto const& [hasArray, index, lines] :
+    for (const auto& [hasArray, index, lines] :
          {std::tuple(false, 0L, kNoArray), std::tuple(false, -1L, kNoArray), std::tuple(true, -1L, kIndex)})
     {
-        tagCommand command({Number("1")});
+        Command command({Number("1")});
         command.data.m_pArguments = hasArray ? command.data.m_pArguments : nullptr;
         CErrorRecorder recorder;
         double value = 99;
@@ -207,7 +206,7 @@ TEST(HandlerArgument, NumbersConvertAsTheCLibraryDoes)
         errno = 0;
         const double expected = std::strtod(text.c_str(), nullptr);
         const bool isInRange = errno != ERANGE;
-        tagCommand command({Number(text.c_str())});
+        Command command({Number(text.c_str())});
         CPool pool(command.data);
         double value = 99;
         long unit = 77;
@@ -220,10 +219,10 @@ TEST(HandlerArgument, NumbersConvertAsTheCLibraryDoes)
 
 TEST(HandlerArgument, TextGettersSucceedAndLeaveTheTextWhenTheArgumentIsMissing)
 {
-    tagCommand command({Number("10 MHZ"), Special(6), Special(7), Special(1)});
+    Command command({Number("10 MHZ"), Special(6), Special(7), Special(1)});
     CPool pool(command.data);
     CZoString text;
-    for (long index = 0; char const* number : {"10", "1", "0", "WORD"})
+    for (long index = 0; const char* number : {"10", "1", "0", "WORD"})
     {
         EXPECT_EQ(pool.GetNumericArgument(text, index), 0);
         EXPECT_EQ(text.ToStdString(), number);
@@ -242,7 +241,7 @@ TEST(HandlerArgument, TextGettersSucceedAndLeaveTheTextWhenTheArgumentIsMissing)
     }
 }
 
-struct tagFakeBlock : CFake<IZOScpiBlockData>
+struct FakeBlock : CFake<IZOScpiBlockData>
 {
     HRESULT Read(unsigned long, unsigned char*, unsigned long*) override { return E_NOTIMPL; }
     HRESULT Status(short*, long*) override { return E_NOTIMPL; }
@@ -274,12 +273,12 @@ TEST(HandlerArgument, BlockBytesAreLent)
 {
     constexpr std::pair<HRESULT, HRESULT> kAccesses[] = {
         {S_OK, S_OK}, {E_ABORT, E_ABORT}, {E_PENDING, S_FALSE}};
-    tagFakeBlock block;
-    tagCommand command({Parameter(5, ""), Parameter(5, "")});
+    FakeBlock block;
+    Command command({Parameter(5, ""), Parameter(5, "")});
     command.arguments[0].pBlockData = &block;
     unsigned char* pData = nullptr;
     unsigned long length = 0;
-    for (auto const& [access, result] : kAccesses)
+    for (const auto& [access, result] : kAccesses)
     {
         CPool pool(command.data);
         block.result = access;
@@ -293,18 +292,18 @@ TEST(HandlerArgument, BlockBytesAreLent)
     EXPECT_EQ(CPool(command.data).GetBlockDataArgument(&pData, length, 1), 0) << "no block object";
     EXPECT_EQ(pData, nullptr);
 
-    CComPtr<IZOScpiBlockData> spBlock;
+    CComPtr<IZOScpiBlockData> blockData;
     long signedLength = 0;
     command.arguments[0].iBlockLength = 0xFFFFFFFF;
-    EXPECT_EQ(CPool(command.data).GetBlockArgument(&spBlock, signedLength, 0), 0);
-    EXPECT_EQ(CRecord(command.data).GetBlockArgument(&spBlock, signedLength, 0), 0);
+    EXPECT_EQ(CPool(command.data).GetBlockArgument(&blockData, signedLength, 0), 0);
+    EXPECT_EQ(CRecord(command.data).GetBlockArgument(&blockData, signedLength, 0), 0);
     EXPECT_EQ(block.m_references, 1);
     EXPECT_EQ(signedLength, -1) << "a length not known in advance";
 }
 
 TEST(HandlerArgument, NullBlockPointerIsFoundBeforeAnythingElse)
 {
-    tagCommand command;
+    Command command;
     CErrorRecorder recorder;
     CPool pool(command.data);
     long length = 0;
@@ -319,7 +318,7 @@ TEST(HandlerArgument, NullBlockPointerIsFoundBeforeAnythingElse)
 
 TEST(HandlerArgument, NumericSuffixIsStoredBeforeItsRangeIsChecked)
 {
-    tagCommand command;
+    Command command;
     CRecord record(command.data);
     long value = 0;
     EXPECT_EQ(record.GetNumericSuffixWithRangeCheck(value, 0, 4, 4), 0);
@@ -333,8 +332,8 @@ TEST(HandlerArgument, NumericSuffixIsStoredBeforeItsRangeIsChecked)
 
 TEST(HandlerArgument, CharacterStringComesFromTheEnumeration)
 {
-    constexpr char const* kShapes[] = {"SINusoid", "SQUare", nullptr};
-    tagCommand command({Parameter(3, "SQU", 2), Parameter(3, "X", 0), Parameter(3, "X", 3), Number("1")});
+    constexpr const char* kShapes[] = {"SINusoid", "SQUare", nullptr};
+    Command command({Parameter(3, "SQU", 2), Parameter(3, "X", 0), Parameter(3, "X", 3), Number("1")});
     CRecord record(command.data);
     std::string text;
     CErrorRecorder recorder;

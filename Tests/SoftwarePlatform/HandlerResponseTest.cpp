@@ -15,7 +15,7 @@ constexpr double kValues[] = {1.5, 2};
 
 /// A response, what it writes, and what it writes when it is given again: by default the same behind a comma.
 template <class TData>
-struct tagResponseCase
+struct ResponseCase
 {
     HRESULT (*response)(TData&);
     std::string text;
@@ -24,7 +24,7 @@ struct tagResponseCase
 
 // The formatter takes the commas of calls for column ends.
 // clang-format off
-const tagResponseCase<CPool> kPoolCases[] = {
+const ResponseCase<CPool> kPoolCases[] = {
     {ZO_POOL(DoubleResponse(0.5)), "[5 0.5 0 0]"},         {ZO_POOL(NumericResponse(0.25F)), "[4 0.25 0 0]"},
     {ZO_POOL(NumericResponse("true")), "[num 1]"},         {ZO_POOL(NumericResponse("false")), "[num 0]"},
     {ZO_POOL(NumericResponse(std::string("TRUE"))), "[num TRUE]"},
@@ -37,7 +37,7 @@ const tagResponseCase<CPool> kPoolCases[] = {
     {ZO_POOL(BooleanResponse("true")), "1"},               {ZO_POOL(BooleanResponse("0")), "0"},
     {ZO_POOL(BooleanResponse(CZoString("2"))), "1"},       {ZO_POOL(BooleanResponse(CComVariant(2))), "1"},
     {ZO_POOL(StringResponse(std::string("a\"b"))), "[str a\"b]"},
-    {ZO_POOL(StringResponse(static_cast<char const*>(nullptr))), "[str ]"},
+    {ZO_POOL(StringResponse(static_cast<const char*>(nullptr))), "[str ]"},
     {ZO_POOL(StringResponse(L"w")), "[str w]"},           {ZO_POOL(StringResponse(CZoString("z"))), "[str z]"},
     {ZO_POOL(ArbitraryResponse("x,yz", 3)), "x,y"},        {ZO_POOL(ArbitraryResponse(std::string("s"))), "s"},
     {ZO_POOL(ArbitraryResponse(CZoString("z"))), "z"},     {ZO_POOL(ArbitraryResponse("c")), "c"},
@@ -47,7 +47,7 @@ const tagResponseCase<CPool> kPoolCases[] = {
     {ZO_POOL(OutputScatteredData(3, nullptr, nullptr)), "[scattered 3 0]", "[scattered 3 -1]"},
 };
 
-const tagResponseCase<CRecord> kRecordCases[] = {
+const ResponseCase<CRecord> kRecordCases[] = {
     {ZO_RECORD(DoubleResponse(0.5)), "0.500000"},          {ZO_RECORD(BooleanResponse(false)), "0"},
     {ZO_RECORD(DoubleResponse(-1e20)), "-100000000000000000000.000000"},
     {ZO_RECORD(IntegerResponse(2147483647)), "2147483647"},
@@ -61,21 +61,21 @@ const tagResponseCase<CRecord> kRecordCases[] = {
 
 /// Gives each response twice; then again, with each write of the second response failing in turn.
 template <class TData, class TCases>
-void ExpectResponses(TCases const& cases)
+void ExpectResponses(const TCases& cases)
 {
-    for (auto const& row : cases)
+    for (const auto& row : cases)
     {
         SCOPED_TRACE(row.text);
         int failing = 0;
         for (bool hasFailed = true; hasFailed; ++failing)
         {
-            tagCommand command;
+            Command command;
             TData data(command.data);
             EXPECT_EQ(row.response(data), 0);
             command.transcript.FailAfter(failing);
-            const HRESULT hr = row.response(data);
+            const HRESULT result = row.response(data);
             hasFailed = command.transcript.HasFailed();
-            EXPECT_EQ(hr, hasFailed ? 1 : 0);
+            EXPECT_EQ(result, hasFailed ? 1 : 0);
             EXPECT_EQ(data.GetScpiError(), hasFailed ? -200 : 0) << "write " << failing;
             EXPECT_TRUE(hasFailed || command.transcript.text == row.text + row.again)
                 << command.transcript.text;
@@ -92,11 +92,11 @@ TEST(HandlerResponse, ItemsAreJoinedAndEveryRefusalIsAnExecutionError)
 
 TEST(HandlerResponse, BlockHeaderCountsTheDigitsOfTheLength)
 {
-    for (auto const& [length, header] : {std::pair(1234L, "#41234"),
+    for (const auto& [length, header] : {std::pair(1234L, "#41234"),
                                          std::pair(100000L, "#6100000"),
                                          std::pair(2147483647L, "#102147483647")})
     {
-        tagCommand command;
+        Command command;
         OnBothStyles(command, [bytes = length](auto& data) { EXPECT_EQ(data.BlockResponse("x", bytes), 0); });
         EXPECT_EQ(command.transcript.text, std::string(header) + header);
     }
@@ -106,7 +106,7 @@ TEST(HandlerResponse, RefusedBlockCarriesTheTextOfTheOutputBuffer)
 {
     for (const int failing : {0, 1})
     {
-        tagCommand command;
+        Command command;
         OnBothStyles(command, [&](auto& data) {
             command.transcript.FailAfter(failing);
             data.BlockResponse("ab", 2);
@@ -126,8 +126,8 @@ TEST(HandlerResponse, UnusableValuesAreExecutionErrors)
         ZO_POOL(IntegerResponse("")),                   ZO_POOL(IntegerResponse(CComVariant("abc"))),
         ZO_POOL(BooleanResponse("maybe")),              ZO_POOL(BooleanResponse(CComVariant("maybe")))};
     // clang-format on
-    tagCommand command;
-    for (auto const& response : kPool)
+    Command command;
+    for (const auto& response : kPool)
     {
         CPool pool(command.data);
         EXPECT_EQ(response(pool), 1);
@@ -145,8 +145,8 @@ TEST(HandlerResponse, UnusableValuesAreExecutionErrors)
 
 TEST(HandlerResponse, MissingServicesAreReported)
 {
-    tagCommand command;
-    command.format.m_bPresent = false;
+    Command command;
+    command.format.m_present = false;
     command.data.m_pOutputBuffer = nullptr;
     CErrorRecorder recorder;
     CPool pool(command.data);
@@ -157,7 +157,7 @@ TEST(HandlerResponse, MissingServicesAreReported)
     EXPECT_THROW(CRecord(command.data).BooleanResponse(true), CShellError);
     pool.OutputRegisterValue("STATus:OPERation");
     record.OutputRegisterValue("STATus:OPERation", 0);
-    command.status.m_bPresent = false;
+    command.status.m_present = false;
     pool.OutputRegisterValue("STATus:OPERation");
     record.OutputRegisterValue("STATus:OPERation", 0);
 
@@ -176,7 +176,7 @@ TEST(HandlerResponse, MissingServicesAreReported)
 
 TEST(HandlerResponse, ServicesAreAskedOnceAndNotBeforeTheyAreNeeded)
 {
-    tagCommand command;
+    Command command;
     CPool pool(command.data);
     CRecord record(command.data);
     pool.BooleanResponse(true);
@@ -190,7 +190,7 @@ TEST(HandlerResponse, ServicesAreAskedOnceAndNotBeforeTheyAreNeeded)
 
 TEST(HandlerResponse, PendingSeparatorIsWrittenOnce)
 {
-    tagCommand command;
+    Command command;
     CPool pool(command.data);
     EXPECT_EQ(pool.PendingDataSeparatorResponse(), 0);
     pool.BooleanResponse(true);
@@ -207,13 +207,13 @@ TEST(HandlerResponse, PendingSeparatorIsWrittenOnce)
 
 TEST(HandlerResponse, OutputFilterIsDefinedWhenNoneIsActive)
 {
-    struct tagOpen : CPool
+    struct Open : CPool
     {
         using CPool::CPool;
         using CPool::RegExFilter;
     };
-    tagCommand command;
-    tagOpen pool(command.data);
+    Command command;
+    Open pool(command.data);
     EXPECT_TRUE(pool.IsOutputFilterDefined());
     constexpr HRESULT (*kEnds[])(CPool&) = {ZO_POOL(SetOutputFilterString("")),
                                             ZO_POOL(SetOutputFilterRegEx("")),
@@ -226,8 +226,8 @@ TEST(HandlerResponse, OutputFilterIsDefinedWhenNoneIsActive)
         EXPECT_FALSE(pool.IsOutputFilterDefined());
         EXPECT_TRUE(pool.RunOutputFilter("xabcx"));
         EXPECT_FALSE(pool.RunOutputFilter("ABC"));
-        const HRESULT hr = end(pool);
-        EXPECT_EQ(hr, pool.GetScpiError() != 0);
+        const HRESULT result = end(pool);
+        EXPECT_EQ(result, pool.GetScpiError() != 0);
         EXPECT_TRUE(pool.IsOutputFilterDefined());
         EXPECT_TRUE(pool.RunOutputFilter("ABC"));
     }
@@ -238,14 +238,14 @@ TEST(HandlerResponse, OutputFilterIsDefinedWhenNoneIsActive)
 
 TEST(HandlerResponse, BlockDataErrorNamesTheDataFormat)
 {
-    const std::tuple<bool, int, char const*, char const*> kRows[] = {
+    const std::tuple<bool, int, const char*, const char*> kRows[] = {
         {true, 9, "bad (%FORMDATA%) %FORMDATA%", "bad (REAL,32) REAL,32"},
         {false, 9, "bad (%FORMDATA%)x()", "bad x"},
         {true, 0, "bad (%FORMDATA%)", "bad "}};
-    for (auto const& [hasFormat, failing, text, expected] : kRows)
+    for (const auto& [hasFormat, failing, text, expected] : kRows)
     {
-        tagCommand command;
-        command.format.m_bPresent = hasFormat;
+        Command command;
+        command.format.m_present = hasFormat;
         command.transcript.FailAfter(failing);
         CPool pool(command.data);
         EXPECT_EQ(pool.SetScpiBlockDataError(text), 1);

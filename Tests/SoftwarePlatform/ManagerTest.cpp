@@ -17,16 +17,16 @@ namespace
 constexpr long kNoPath = -1;
 
 /// What was asked for, and how it is answered. Calls on the manager's thread end with a '*'.
-struct tagScript
+struct Script
 {
     /// @return 1 for the service or step that is missing
-    HRESULT Find(std::string const& name)
+    HRESULT Find(const std::string& name)
     {
         const std::lock_guard lock(mutex);
         log += name + ";";
         return name == missing && --findsLeft < 0 ? S_FALSE : S_OK;
     }
-    HRESULT Call(std::string const& name)
+    HRESULT Call(const std::string& name)
     {
         char thread[16] = {};
         pthread_getname_np(pthread_self(), thread, sizeof(thread));
@@ -72,49 +72,49 @@ struct CServices : TServices...
     HRESULT Give(long path, T** target)
     {
         // clang-format off
-        constexpr char const* kNames[] = {
+        constexpr const char* kNames[] = {
             "ParserManagement", "ErrorManagement", "StatusManagement", "RemoteControl", "ChannelManagement",
             "DeviceManagement", "SubsystemFormat", "ParserLanguage", "TraceManagement", "Tree", "Administration",
             "Functionality", "Registration", "parser", "sink", "commands", "observer"};
         // clang-format on
         std::size_t i = 0;
         static_cast<void>(((std::derived_from<TServices, T> || (++i, false)) || ...));
-        const HRESULT hr = script.Find(kNames[i] + (path == kNoPath ? "" : std::to_string(path)));
-        *target = hr == S_OK ? this : nullptr;
-        references += hr == S_OK;
-        return hr;
+        const HRESULT found = script.Find(kNames[i] + (path == kNoPath ? "" : std::to_string(path)));
+        *target = found == S_OK ? this : nullptr;
+        references += found == S_OK;
+        return found;
     }
 
     CComPtr<IZORoot> root;
-    tagScript script;
+    Script script;
     std::atomic<ULONG> references = 0;
 };
 
-struct tagFormat : CFakeFormat
+struct Format : CFakeFormat
 {
-    tagFormat() : CFakeFormat(s_unused) {}
-    static inline tagTranscript s_unused;
+    Format() : CFakeFormat(s_unused) {}
+    static inline Transcript s_unused;
 };
 
 // clang-format off
-using tagServices = CServices<
-    IZOScpiParserManagement, tagFakeErrorManagement, tagFakeStatusManagement, IZOScpiRemoteControl,
-    IZOScpiChannelManagement, IZOScpiDeviceManagement, tagFormat, IZOScpiParserLanguage, IZOScpiTraceManagement,
+using Services = CServices<
+    IZOScpiParserManagement, FakeErrorManagement, FakeStatusManagement, IZOScpiRemoteControl,
+    IZOScpiChannelManagement, IZOScpiDeviceManagement, Format, IZOScpiParserLanguage, IZOScpiTraceManagement,
     IZOScpiTree, IZOScpiMultichannelAdministration, IZOScpiMultichannelFunctionality, IZOScpiObjectRegistration,
     CBScpiParser, CBScpiExecutionSink, CBScpiCommands, CBScpiMultichannelEventObserver>;
 // clang-format on
 
 /// The kernel and an application with all its interfaces.
-struct tagKernel : tagServices
+struct Kernel : Services
 {
     using IObserver = IZOScpiMultichannelEventObserver;
-    using tagType = tagZO_SCPI_PARSER_TYPE;
-    using tagTree = tagZO_SCPI_PARSER_TREE;
+    using Type = tagZO_SCPI_PARSER_TYPE;
+    using Tree = tagZO_SCPI_PARSER_TREE;
     HRESULT StartParser() override { return script.Call("StartParser"); }
     HRESULT StopParser() override { return script.Call("StopParser"); }
     HRESULT GotoLocal() override { return script.Call("GotoLocal"); }
     HRESULT GetObjectRegistration(IZOScpiObjectRegistration** p) override { return Give(kNoPath, p); }
-    HRESULT RegisterObject(tagZO_SCPI_PARSER_OBJECT const* p) override
+    HRESULT RegisterObject(const tagZO_SCPI_PARSER_OBJECT* p) override
     {
         return object = *p, script.Call("in");
     }
@@ -130,12 +130,12 @@ struct tagKernel : tagServices
     HRESULT RegisterEventObserver(IObserver*) override { return script.Call("observer in"); }
     HRESULT UnregisterEventObserver(IObserver*) override { return script.Call("observer out"); }
     HRESULT put_ParserName(wchar_t*) override { return script.Find("put name"); }
-    HRESULT put_ParserType(tagType) override { return script.Find("put type"); }
+    HRESULT put_ParserType(Type) override { return script.Find("put type"); }
     HRESULT put_ActivatedMeasurementParser(short on) override
     {
         return script.Find("put " + std::to_string(on));
     }
-    HRESULT RegisterCommandTree(tagType, wchar_t* name, tagTree tree, IZOScpiExecutionSink*) override
+    HRESULT RegisterCommandTree(Type, wchar_t* name, Tree tree, IZOScpiExecutionSink*) override
     {
         return script.Find("put " + CZoString(name).ToStdString() + std::to_string(tree.iSize));
     }
@@ -154,19 +154,19 @@ struct tagKernel : tagServices
     HRESULT GotoRemote() override { return E_NOTIMPL; }
     HRESULT SystemPreset() override { return E_NOTIMPL; }
     HRESULT LocalLockout(short) override { return E_NOTIMPL; }
-    const tagTree* DoGetParserTree() override { return nullptr; }
+    const Tree* DoGetParserTree() override { return nullptr; }
     HRESULT get_RemoteState(short*) override { return E_NOTIMPL; }
     HRESULT get_ChannelCount(long*) override { return E_NOTIMPL; }
     HRESULT get_Language(wchar_t**) override { return E_NOTIMPL; }
     HRESULT get_ParserStarted(short*) override { return E_NOTIMPL; }
-    HRESULT put_Language(wchar_t const*) override { return E_NOTIMPL; }
+    HRESULT put_Language(const wchar_t*) override { return E_NOTIMPL; }
     HRESULT get_LocalLockoutState(short*) override { return E_NOTIMPL; }
     HRESULT put_MessageTraceActive(short) override { return E_NOTIMPL; }
     HRESULT get_LanguageVersion(wchar_t**) override { return E_NOTIMPL; }
     HRESULT get_MessageTraceActive(short*) override { return E_NOTIMPL; }
     HRESULT RemoveConnection(IZOScpiChannel*) override { return E_NOTIMPL; }
     HRESULT GetChannel(long, IZOScpiChannel**) override { return E_NOTIMPL; }
-    HRESULT IsHeaderKnown(wchar_t const*, short*) override { return E_NOTIMPL; }
+    HRESULT IsHeaderKnown(const wchar_t*, short*) override { return E_NOTIMPL; }
     HRESULT GetChannelEvents(long, HANDLE*, HANDLE*) override { return E_NOTIMPL; }
     HRESULT RegisterDeviceHandler(IZOScpiDeviceHandler*) override { return E_NOTIMPL; }
     HRESULT UnregisterDeviceHandler(IZOScpiDeviceHandler*) override { return E_NOTIMPL; }
@@ -176,10 +176,10 @@ struct tagKernel : tagServices
 };
 
 /// An application that has found the kernel; when it goes it checks that nothing has leaked.
-struct tagWorld
+struct World
 {
     /// @param fault  what is missing and how often it is there before, as "Tree@1"; "kernel" was never found
-    explicit tagWorld(std::string const& fault = "nothing@0")
+    explicit World(const std::string& fault = "nothing@0")
     {
         const std::size_t at = fault.find('@');
         fault.starts_with("kernel") ? S_OK : manager.Find();
@@ -199,13 +199,13 @@ struct tagWorld
         take() ? pool.ReturnThread(taken[0]) : void();
         while (kernel.script.missing == "thread" && take())
         {}
-        const HRESULT hr = (manager.*request)(true);
+        const HRESULT result = (manager.*request)(true);
         std::ranges::for_each(taken, [&](CThread* thread) { pool.ReturnThread(thread); });
-        return taken[0]->WaitUntilIdle(INFINITE) == S_OK ? hr : E_UNEXPECTED;
+        return taken[0]->WaitUntilIdle(INFINITE) == S_OK ? result : E_UNEXPECTED;
     }
 
     CErrorRecorder recorder;
-    tagKernel kernel;
+    Kernel kernel;
     IUnknown* const object = static_cast<IZOScpiParser*>(&kernel);
     CSwplScpiManager manager;
     CSwplScpiParser parser;
@@ -214,42 +214,42 @@ struct tagWorld
 
 using CManager = CSwplScpiManager;
 using CTemplate = CScpiAdministrationTemplate;
-using tagOperation = std::function<HRESULT(tagWorld&)>;
+using Operation = std::function<HRESULT(World&)>;
 constexpr char kTable[2 * sizeof(_CMD_SET_RECORD)] = {};
 constexpr auto kType = ZO_PARSER_TYPE_SERVICE;
 
-tagOperation Administer(HRESULT (CTemplate::*operation)(IUnknown*))
+Operation Administer(HRESULT (CTemplate::*operation)(IUnknown*))
 {
-    return [operation](tagWorld& w) { return (w.administration.*operation)(w.object); };
+    return [operation](World& w) { return (w.administration.*operation)(w.object); };
 }
 
 // clang-format off
-const std::map<std::string, tagOperation> kOperations = {
-    {"Find",                [](tagWorld&) { return CManager().Find(); }},
-    {"FindEx",              [](tagWorld&) { return CManager().FindEx(7); }},
-    {"RegisterParser",      [](tagWorld& w) { return w.manager.RegisterParser(&w.parser); }},
-    {"UnregisterParser",    [](tagWorld& w) { return w.manager.UnregisterParser(&w.parser); }},
-    {"StartParser",         [](tagWorld& w) { return w.manager.StartParser(false); }},
-    {"StopParser",          [](tagWorld& w) { return w.manager.StopParser(false); }},
-    {"ReturnToLocal",       [](tagWorld& w) { return w.manager.ReturnToLocal(false); }},
-    {"StartParser*",        [](tagWorld& w) { return w.OnThread(&CManager::StartParser); }},
-    {"StopParser*",         [](tagWorld& w) { return w.OnThread(&CManager::StopParser); }},
-    {"ReturnToLocal*",      [](tagWorld& w) { return w.OnThread(&CManager::ReturnToLocal); }},
-    {"RegisterCommandTree", [](tagWorld& w) { return w.parser.RegisterCommandTree(80, kTable, kType, L"Demo"); }},
-    {"Attach",              [](tagWorld& w) { return w.administration.AttachRemoteSystem(); }},
+const std::map<std::string, Operation> kOperations = {
+    {"Find",                [](World&) { return CManager().Find(); }},
+    {"FindEx",              [](World&) { return CManager().FindEx(7); }},
+    {"RegisterParser",      [](World& w) { return w.manager.RegisterParser(&w.parser); }},
+    {"UnregisterParser",    [](World& w) { return w.manager.UnregisterParser(&w.parser); }},
+    {"StartParser",         [](World& w) { return w.manager.StartParser(false); }},
+    {"StopParser",          [](World& w) { return w.manager.StopParser(false); }},
+    {"ReturnToLocal",       [](World& w) { return w.manager.ReturnToLocal(false); }},
+    {"StartParser*",        [](World& w) { return w.OnThread(&CManager::StartParser); }},
+    {"StopParser*",         [](World& w) { return w.OnThread(&CManager::StopParser); }},
+    {"ReturnToLocal*",      [](World& w) { return w.OnThread(&CManager::ReturnToLocal); }},
+    {"RegisterCommandTree", [](World& w) { return w.parser.RegisterCommandTree(80, kTable, kType, L"Demo"); }},
+    {"Attach",              [](World& w) { return w.administration.AttachRemoteSystem(); }},
     {"ParserIn",            Administer(&CTemplate::RegisterMultichannelParser)},
     {"ParserOut",           Administer(&CTemplate::UnregisterMultichannelParser)},
     {"ObserverIn",          Administer(&CTemplate::RegisterMultichannelEventObserver)},
     {"ObserverOut",         Administer(&CTemplate::UnregisterMultichannelEventObserver)},
     {"PlugIn",              Administer(&CTemplate::RegisterScpiPlugIn)},
     {"Unplug",              Administer(&CTemplate::UnregisterScpiPlugIn)},
-    {"Aggregate",           [](tagWorld& w) {
+    {"Aggregate",           [](World& w) {
         return w.administration.SetupAggregatedParser(nullptr, w.object, 80, kTable, kType, L"Demo", true); }},
 };
 // clang-format on
 
 /// What the services were asked, the result or "raised", and the reports.
-std::string Outcome(tagWorld& world, tagOperation const& operation)
+std::string Outcome(World& world, const Operation& operation)
 {
     std::ostringstream text;
     try
@@ -261,7 +261,7 @@ std::string Outcome(tagWorld& world, tagOperation const& operation)
         EXPECT_EQ(error.Report().result, ZO_E_SHELL);
         text << "raised";
     }
-    for (auto const& [report, thrown] : world.recorder.Take())
+    for (const auto& [report, thrown] : world.recorder.Take())
     {
         text << " {" << report.sourceUnit << "|" << report.condition << "|" << report.message << "}";
     }
@@ -270,7 +270,7 @@ std::string Outcome(tagWorld& world, tagOperation const& operation)
 
 TEST(ManagerTest, CopiesHoldTheServicesUntilTheyAreDetached)
 {
-    tagWorld world;
+    World world;
     const ULONG held = world.kernel.references;
     CSwplScpiManager copy(world.manager);
     EXPECT_EQ(world.kernel.references, held + 9);
@@ -292,7 +292,7 @@ TEST(ManagerTest, OperationsHaveTheOutcomeOfTheirRow)
     {
         std::getline(std::getline(std::getline(file, fault, '\t'), result, '\t'), outcome);
         SCOPED_TRACE(name + " without " + fault + ", result " + result);
-        tagWorld world(fault);
+        World world(fault);
         world.kernel.script.throws = result == "throws";
         world.kernel.script.result =
             result == "throws" ? 0 : static_cast<HRESULT>(std::stoul(result, nullptr, 16));
@@ -303,7 +303,7 @@ TEST(ManagerTest, OperationsHaveTheOutcomeOfTheirRow)
 
 TEST(ManagerTest, EachRegistrationHasANewIdentity)
 {
-    tagWorld world;
+    World world;
     EXPECT_EQ(world.parser.RegisterCommandTree(80, kTable, kType, L"Demo"), S_OK);
     EXPECT_EQ(world.manager.RegisterParser(&world.parser), S_OK);
     const GUID first = world.parser.GetGuid();
@@ -318,7 +318,7 @@ TEST(ManagerTest, EachRegistrationHasANewIdentity)
 
 TEST(ManagerTest, RequestsInFlightHaveThreadsOfTheirOwn)
 {
-    tagWorld world;
+    World world;
     CThread* const thread = GetComponentShellThreadPool().GetThread("SwplScpiManagerThread");
     GetComponentShellThreadPool().ReturnThread(thread);
     ResetEvent(world.kernel.script.gate.Get());
@@ -330,7 +330,7 @@ TEST(ManagerTest, RequestsInFlightHaveThreadsOfTheirOwn)
 
 TEST(ManagerTest, AttachmentHoldsEveryPathOrNone)
 {
-    tagWorld world;
+    World world;
     const ULONG held = world.kernel.references;
     EXPECT_EQ(world.administration.AttachRemoteSystem() | world.administration.AttachRemoteSystem(), S_OK);
     EXPECT_EQ(world.kernel.references, held + 3);

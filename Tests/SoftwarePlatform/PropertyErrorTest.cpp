@@ -11,23 +11,23 @@ namespace
 using namespace ZoVelkor;
 
 /// Notes what it is told, and whether it is about the expected value.
-struct tagNotingObject : CObjectDataReference
+struct NotingObject : CObjectDataReference
 {
     void PropertyError(const void* value, const std::string& text) override { Note("E:" + text, value); }
     void PropertyWarning(const void* value, const std::string& text) override { Note("W:" + text, value); }
     void Note(const std::string& text, const void* p)
     {
-        notes += text + (p == pExpected ? ";" : "@elsewhere;");
+        notes += text + (p == expected ? ";" : "@elsewhere;");
     }
 
-    const void* pExpected = nullptr;
+    const void* expected = nullptr;
     std::string notes;
 };
 
 /// A strategy, its object and its reports.
-struct tagRun
+struct StrategyRun
 {
-    explicit tagRun(int mode, bool warnings = false, bool empty = false, bool strict = false)
+    explicit StrategyRun(int mode, bool warnings = false, bool empty = false, bool strict = false)
     {
         strategy.SetMember(
             &object, static_cast<tagEnumScpiNodeRepairUpdateMode>(mode), warnings, empty, strict);
@@ -39,7 +39,7 @@ struct tagRun
                std::to_string(strategy.GetErrorCounter());
     }
 
-    tagNotingObject object;
+    NotingObject object;
     CErrorRecorder recorder;
     CScpiPropErrorStrategy strategy;
 };
@@ -57,13 +57,13 @@ TEST(PropErrorStrategy, ModeAndWarningsDecideWhereAProblemGoes)
     {
         for (const bool warnings : {false, true})
         {
-            tagRun run(mode, warnings);
-            run.object.pExpected = &mode;
+            StrategyRun run(mode, warnings);
+            run.object.expected = &mode;
             run.strategy.PropError(&mode, "m");
             EXPECT_EQ(run.Outcome(), warnings ? asWarning : asError) << mode;
         }
     }
-    tagRun run(16);
+    StrategyRun run(16);
     run.strategy.PropError(nullptr, "m");
     const auto report = run.recorder.Take().at(0).report;
     EXPECT_TRUE(report.object == &run.object && report.result == ZO_E_SHELL);
@@ -72,7 +72,7 @@ TEST(PropErrorStrategy, ModeAndWarningsDecideWhereAProblemGoes)
 
 TEST(PropErrorStrategy, WithoutObjectTheShellIsToldInstead)
 {
-    tagRun run(8);
+    StrategyRun run(8);
     run.strategy = CScpiPropErrorStrategy();
     run.strategy.PropErrorRelaxed(nullptr, "new");
     run.strategy.SetMember(nullptr, ZO_SCPI_NODE_REPORT_TO_OBJECT, false, false, false);
@@ -87,7 +87,7 @@ TEST(PropErrorStrategy, ConditionalProblemsFollowTheirFlag)
 {
     for (const bool flag : {false, true})
     {
-        tagRun run(1, false, flag, flag);
+        StrategyRun run(1, false, flag, flag);
         run.strategy.CheckUndefinedLong(5, 5);
         run.strategy.CheckUndefinedLong(5, 6);
         run.strategy.CheckNullGuid(GUID_NULL);
@@ -111,9 +111,9 @@ TEST(PropErrorStrategy, OnlyRepairModeChangesTextsAndDoesSoWithChecksOff)
         for (const char* flags : {"", "nochecks"})
         {
             ApplyDiagnoseFlags(*get_RemoteDiagnoseControl(), flags, "test");
-            tagRun run(mode, false, true);
+            StrategyRun run(mode, false, true);
             CComBSTR value(L"bad");
-            run.object.pExpected = std::addressof(value);
+            run.object.expected = std::addressof(value);
             run.strategy.PropErrorBstrRepair(value, "m", std::string("go\0od", 5));
             EXPECT_EQ(value.View(), mode == 2 ? std::wstring_view(L"go\0od", 5) : L"bad") << mode;
             EXPECT_EQ(run.Outcome(), *flags == '\0' ? asError : "#0") << mode;
@@ -155,9 +155,10 @@ TEST(ScpiTransaction, MapsEveryReason)
     EXPECT_EQ(Verdict(2, -1), "-220unknown error");
 }
 
-struct tagFakeTransaction : CFake<IZODatabaseTransaction>
+struct FakeTransaction : CFake<IZODatabaseTransaction>
 {
-    explicit tagFakeTransaction(HRESULT hr = S_OK, Acceptance given = {}) : result(hr), verdict(given) {}
+    explicit FakeTransaction(HRESULT outcome = S_OK, Acceptance given = {}) : result(outcome), verdict(given)
+    {}
     HRESULT FinishTransaction(TransactionAcceptMode, Acceptance* p) override { return *p = verdict, result; }
     HRESULT UndoTransaction() override { return result; }
     HRESULT AbortTransaction() override { return result; }
@@ -175,33 +176,32 @@ constexpr std::tuple<HRESULT, Acceptance, HRESULT, const char*> kFinishes[] = {
 // clang-format on
 
 /// A pool with a transaction for reading; kernel commands have none.
-struct tagReadingPool : CPool
+struct ReadingPool : CPool
 {
-    explicit tagReadingPool(tagCommand const& command, IZODatabaseTransaction* pTransaction)
-        : CPool(command.data)
+    explicit ReadingPool(const Command& command, IZODatabaseTransaction* transaction) : CPool(command.data)
     {
-        SetReadTransaction(pTransaction);
+        SetReadTransaction(transaction);
     }
     std::string Error() const { return std::to_string(GetScpiError()) + GetScpiErrorText(); }
 };
 
 TEST(PoolTransactions, FailuresRaiseExecutionErrorsAndFinishingThatOfTheVerdict)
 {
-    const tagCommand command;
+    const Command command;
     for (const auto& [result, verdict, expected, error] : kFinishes)
     {
         CErrorRecorder recorder;
-        tagFakeTransaction transaction{result, verdict};
-        CComPtr<IZODatabaseTransaction> spTransaction(&transaction);
-        tagReadingPool finish(command, nullptr);
-        tagReadingPool undo(command, nullptr);
-        tagReadingPool stop(command, &transaction);
-        EXPECT_EQ(finish.FinishTransaction(spTransaction, ZO_TRANSACTION_ACCEPT_ALL), expected);
+        FakeTransaction fake{result, verdict};
+        CComPtr<IZODatabaseTransaction> transaction(&fake);
+        ReadingPool finish(command, nullptr);
+        ReadingPool undo(command, nullptr);
+        ReadingPool stop(command, &fake);
+        EXPECT_EQ(finish.FinishTransaction(transaction, ZO_TRANSACTION_ACCEPT_ALL), expected);
         EXPECT_EQ(finish.Error(), error);
         EXPECT_EQ(Lines(recorder.Take()), "");
         const bool isUndone = SUCCEEDED(result);
         const bool isRight = result == S_OK;
-        EXPECT_EQ(undo.UndoTransaction(spTransaction), isUndone ? S_OK : S_FALSE);
+        EXPECT_EQ(undo.UndoTransaction(transaction), isUndone ? S_OK : S_FALSE);
         EXPECT_EQ(stop.StopTransaction(), isRight ? S_OK : S_FALSE);
         EXPECT_EQ(undo.Error() + stop.Error(),
                   std::string(isUndone ? "0" : "-200") + (isRight ? "0" : "-200"));
@@ -213,15 +213,15 @@ TEST(PoolTransactions, FailuresRaiseExecutionErrorsAndFinishingThatOfTheVerdict)
 
 TEST(PoolTransactions, KernelCommandsHaveNone)
 {
-    const tagCommand command;
-    tagReadingPool pool(command, nullptr);
-    tagFakeTransaction transaction;
-    CComPtr<IZODatabaseTransaction> spTransaction(&transaction);
-    EXPECT_EQ(pool.GetReadTransaction(spTransaction) + pool.GetWriteTransaction(spTransaction), 2);
-    EXPECT_EQ(pool.GetCurrentTransaction(spTransaction), 1);
-    EXPECT_EQ(spTransaction, nullptr);
-    EXPECT_EQ(pool.FinishTransaction(spTransaction, ZO_TRANSACTION_ACCEPT_EXACT), S_OK);
-    EXPECT_EQ(pool.UndoTransaction(spTransaction) + pool.StopTransaction(), S_OK);
+    const Command command;
+    ReadingPool pool(command, nullptr);
+    FakeTransaction fake;
+    CComPtr<IZODatabaseTransaction> transaction(&fake);
+    EXPECT_EQ(pool.GetReadTransaction(transaction) + pool.GetWriteTransaction(transaction), 2);
+    EXPECT_EQ(pool.GetCurrentTransaction(transaction), 1);
+    EXPECT_EQ(transaction, nullptr);
+    EXPECT_EQ(pool.FinishTransaction(transaction, ZO_TRANSACTION_ACCEPT_EXACT), S_OK);
+    EXPECT_EQ(pool.UndoTransaction(transaction) + pool.StopTransaction(), S_OK);
     EXPECT_EQ(pool.Error(), "0");
 }
 

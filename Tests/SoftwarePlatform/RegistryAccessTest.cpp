@@ -43,23 +43,23 @@ struct RegistryAccess : testing::Test
 {
     RegistryAccess()
     {
-        EXPECT_EQ(GetModuleService(L"RegistryServices_2.6", std::addressof(m_spService)), S_OK);
-        EXPECT_EQ(m_spService->RegCreateKey(kMachine, m_name, &m_key), S_OK);
+        EXPECT_EQ(GetModuleService(L"RegistryServices_2.6", std::addressof(m_service)), S_OK);
+        EXPECT_EQ(m_service->RegCreateKey(kMachine, m_name, &m_key), S_OK);
     }
-    ~RegistryAccess() override { m_spService->RegCloseKey(m_key); }
+    ~RegistryAccess() override { m_service->RegCloseKey(m_key); }
 
     std::wstring Read(HRESULT expected, bool expanded = false)
     {
         CComBSTR text;
-        EXPECT_EQ(expanded ? m_spService->ReadExpandedString(m_key, m_name, &text)
-                           : m_spService->ReadString(m_key, m_name, &text),
+        EXPECT_EQ(expanded ? m_service->ReadExpandedString(m_key, m_name, &text)
+                           : m_service->ReadString(m_key, m_name, &text),
                   expected);
         EXPECT_EQ(text.IsNull(), expected != S_OK);
         return std::wstring(text.View());
     }
     HRESULT Set(long type, std::wstring text, long size)
     {
-        return m_spService->RegSetValue(
+        return m_service->RegSetValue(
             m_key, m_name, type, size, reinterpret_cast<unsigned char*>(text.data()));
     }
     std::string Reports()
@@ -74,7 +74,7 @@ struct RegistryAccess : testing::Test
 
     CTemporaryRegistry m_registry;
     CErrorRecorder m_recorder;
-    CComPtr<IZORegistryAccess> m_spService;
+    CComPtr<IZORegistryAccess> m_service;
     wchar_t m_name[5] = L"name";
     long m_key = 0;
 };
@@ -83,13 +83,13 @@ TEST_F(RegistryAccess, GivesTheRootsInItsOwnOrder)
 {
     std::array<long, 7> keys{};
     auto [classes, machine, user, config, users, performance, dynamic] = keys;
-    m_spService->GetBasicKeys(&classes, &machine, &user, &config, &users, &performance, &dynamic);
+    m_service->GetBasicKeys(&classes, &machine, &user, &config, &users, &performance, &dynamic);
     keys = {classes, user, machine, users, performance, config, dynamic};
     for (std::size_t i = 0; i < keys.size(); ++i)
     {
         EXPECT_EQ(keys[i], 0x80000000L + static_cast<long>(i));
     }
-    EXPECT_EQ(m_spService->GetBasicKeys(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), S_OK);
+    EXPECT_EQ(m_service->GetBasicKeys(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), S_OK);
 }
 
 TEST_F(RegistryAccess, ReadsOnlyWholeTexts)
@@ -129,7 +129,7 @@ TEST_F(RegistryAccess, ReadsOnlyWholeTexts)
         EXPECT_EQ(Read(result), text) << type << " " << size;
         EXPECT_EQ(Read(expandedResult, true), expanded) << type << " " << size;
     }
-    EXPECT_EQ(m_spService->RegRecursiveDeleteKey(kMachine, m_name), S_OK);
+    EXPECT_EQ(m_service->RegRecursiveDeleteKey(kMachine, m_name), S_OK);
     Read(MakeResult(0x800703FA));
     Read(MakeResult(0x800703FA), true);
 }
@@ -141,15 +141,15 @@ TEST_F(RegistryAccess, WritesTextsNumbersAndGuids)
     {
         long type = 0;
         long size = 0;
-        EXPECT_EQ(wanted == 1 ? m_spService->WriteString(m_key, m_name, text)
-                              : m_spService->WriteExpandedString(m_key, m_name, text),
+        EXPECT_EQ(wanted == 1 ? m_service->WriteString(m_key, m_name, text)
+                              : m_service->WriteExpandedString(m_key, m_name, text),
                   S_OK);
-        EXPECT_EQ(m_spService->RegQueryValue(m_key, m_name, &type, &size, nullptr), S_OK);
+        EXPECT_EQ(m_service->RegQueryValue(m_key, m_name, &type, &size, nullptr), S_OK);
         EXPECT_TRUE(type == wanted && size == 16);
     }
-    EXPECT_EQ(m_spService->WriteString(m_key, m_name, nullptr), E_POINTER);
-    EXPECT_EQ(m_spService->WriteExpandedString(m_key, m_name, nullptr), E_POINTER);
-    EXPECT_EQ(m_spService->WriteString(99, m_name, text), kBadHandle);
+    EXPECT_EQ(m_service->WriteString(m_key, m_name, nullptr), E_POINTER);
+    EXPECT_EQ(m_service->WriteExpandedString(m_key, m_name, nullptr), E_POINTER);
+    EXPECT_EQ(m_service->WriteString(99, m_name, text), kBadHandle);
 
     const std::tuple<long, HRESULT, long> numbers[] = {// clang-format off
         {0x7FFFFFFF, S_OK, 0x7FFFFFFF}, {-0x80000000L, S_OK, -0x80000000L}, {0xFFFFFFFFL, S_OK, -1},
@@ -158,19 +158,19 @@ TEST_F(RegistryAccess, WritesTextsNumbersAndGuids)
     for (const auto& [written, result, read] : numbers)
     {
         long value = 0;
-        EXPECT_EQ(m_spService->WriteLong(m_key, m_name, written), result) << written;
-        EXPECT_EQ(m_spService->ReadLong(m_key, m_name, &value), S_OK);
+        EXPECT_EQ(m_service->WriteLong(m_key, m_name, written), result) << written;
+        EXPECT_EQ(m_service->ReadLong(m_key, m_name, &value), S_OK);
         EXPECT_EQ(value, read);
     }
     const GUID id = {0x12345678, 0x9ABC, 0xDEF0, {1, 2, 3, 4, 5, 6, 7, 8}};
     GUID got{};
-    EXPECT_EQ(m_spService->ReadGuid(m_key, m_name, &got), kInvalidData) << "a number";
-    EXPECT_EQ(m_spService->WriteGuid(m_key, m_name, &id), S_OK);
+    EXPECT_EQ(m_service->ReadGuid(m_key, m_name, &got), kInvalidData) << "a number";
+    EXPECT_EQ(m_service->WriteGuid(m_key, m_name, &id), S_OK);
     EXPECT_EQ(Read(S_OK), L"{12345678-9ABC-DEF0-0102-030405060708}");
-    EXPECT_EQ(m_spService->ReadGuid(m_key, m_name, &got), S_OK);
+    EXPECT_EQ(m_service->ReadGuid(m_key, m_name, &got), S_OK);
     EXPECT_TRUE(got == id);
-    EXPECT_EQ(m_spService->WriteString(m_key, m_name, text), S_OK);
-    EXPECT_EQ(m_spService->ReadGuid(m_key, m_name, &got), CO_E_CLASSSTRING);
+    EXPECT_EQ(m_service->WriteString(m_key, m_name, text), S_OK);
+    EXPECT_EQ(m_service->ReadGuid(m_key, m_name, &got), CO_E_CLASSSTRING);
 }
 
 TEST_F(RegistryAccess, EveryFailureToReadANumberIsInvalidData)
@@ -179,12 +179,12 @@ TEST_F(RegistryAccess, EveryFailureToReadANumberIsInvalidData)
     for (const auto& [type, size, key] : {std::tuple(3, 4, m_key), {4, 8, m_key}, {1, 4, m_key}, {4, 4, 99L}})
     {
         Set(type, L"ab", size);
-        EXPECT_EQ(m_spService->ReadLong(key, m_name, &value), kInvalidData);
+        EXPECT_EQ(m_service->ReadLong(key, m_name, &value), kInvalidData);
     }
-    EXPECT_EQ(m_spService->ReadLong(m_key, nullptr, &value), kInvalidData) << "missing";
+    EXPECT_EQ(m_service->ReadLong(m_key, nullptr, &value), kInvalidData) << "missing";
     EXPECT_EQ(value, 99);
     Set(4, L"\x89ABCDEF", 2);
-    EXPECT_EQ(m_spService->ReadLong(m_key, m_name, &value), S_OK);
+    EXPECT_EQ(m_service->ReadLong(m_key, m_name, &value), S_OK);
     EXPECT_EQ(value, 0xCDEF) << "a short number";
 }
 
@@ -194,26 +194,26 @@ TEST_F(RegistryAccess, QueriesAndEnumeratesLikeThePlatform)
     long type = 0;
     long size = 11;
     unsigned char data[12] = {};
-    EXPECT_EQ(m_spService->RegQueryValue(m_key, m_name, &type, &size, data), kMoreData);
+    EXPECT_EQ(m_service->RegQueryValue(m_key, m_name, &type, &size, data), kMoreData);
     EXPECT_TRUE(type == 1 && size == 12);
     CComBSTR name;
     size = 12;
-    EXPECT_EQ(m_spService->RegEnumValue(m_key, 0, &type, &size, data, &name), S_OK);
+    EXPECT_EQ(m_service->RegEnumValue(m_key, 0, &type, &size, data, &name), S_OK);
     EXPECT_TRUE(type == 1 && size == 12 && data[4] == 'b' && name == L"name");
     size = 1;
-    EXPECT_EQ(m_spService->RegEnumValue(m_key, 0, nullptr, &size, data, &name), kMoreData);
+    EXPECT_EQ(m_service->RegEnumValue(m_key, 0, nullptr, &size, data, &name), kMoreData);
     EXPECT_TRUE(size == 12 && name.IsNull());
     size = -1;
     const std::pair<HRESULT, HRESULT> cases[] = {
         // clang-format off
-        {m_spService->RegQueryValue(m_key, m_name, &type, &size, data), kBadParameter},
-        {m_spService->RegQueryValue(m_key, m_name, nullptr, nullptr, data), kBadParameter},
-        {m_spService->RegSetValue(m_key, m_name, 1, -1, data), kBadParameter},
-        {m_spService->RegSetValue(m_key, m_name, 1, 0x100000001L, data), kBadParameter},
-        {m_spService->RegEnumValue(m_key, 0, &type, nullptr, data, nullptr), S_OK}, // no data without a size
-        {m_spService->RegEnumValue(m_key, 1, &type, nullptr, nullptr, nullptr), kNoMore},
-        {m_spService->RegEnumValue(m_key, -1, &type, nullptr, nullptr, nullptr), kNoMore},
-        {m_spService->RegEnumValue(m_key, 0x100000000L, &type, nullptr, nullptr, nullptr), kBadParameter}};
+        {m_service->RegQueryValue(m_key, m_name, &type, &size, data), kBadParameter},
+        {m_service->RegQueryValue(m_key, m_name, nullptr, nullptr, data), kBadParameter},
+        {m_service->RegSetValue(m_key, m_name, 1, -1, data), kBadParameter},
+        {m_service->RegSetValue(m_key, m_name, 1, 0x100000001L, data), kBadParameter},
+        {m_service->RegEnumValue(m_key, 0, &type, nullptr, data, nullptr), S_OK}, // no data without a size
+        {m_service->RegEnumValue(m_key, 1, &type, nullptr, nullptr, nullptr), kNoMore},
+        {m_service->RegEnumValue(m_key, -1, &type, nullptr, nullptr, nullptr), kNoMore},
+        {m_service->RegEnumValue(m_key, 0x100000000L, &type, nullptr, nullptr, nullptr), kBadParameter}};
     // clang-format on
     for (const auto& row : cases)
     {
@@ -223,32 +223,32 @@ TEST_F(RegistryAccess, QueriesAndEnumeratesLikeThePlatform)
     {
         std::wstring longName(length, L'a');
         long made = 0;
-        EXPECT_EQ(m_spService->RegCreateKey(m_key, longName.data(), &made), S_OK);
-        EXPECT_EQ(m_spService->RegEnumKey(m_key, 0, &name), result) << length;
+        EXPECT_EQ(m_service->RegCreateKey(m_key, longName.data(), &made), S_OK);
+        EXPECT_EQ(m_service->RegEnumKey(m_key, 0, &name), result) << length;
         EXPECT_EQ(name == longName.c_str(), result == S_OK);
         long counts[5] = {};
         EXPECT_EQ(
-            m_spService->RegQueryInfoKey(m_key, &counts[0], &counts[1], &counts[2], &counts[3], &counts[4]),
+            m_service->RegQueryInfoKey(m_key, &counts[0], &counts[1], &counts[2], &counts[3], &counts[4]),
             S_OK);
         EXPECT_EQ((std::vector<long>(counts, counts + 5)), (std::vector<long>{1, length, 1, 4, 12}));
-        EXPECT_EQ(m_spService->RegCloseKey(made), S_OK);
-        EXPECT_EQ(m_spService->RegCloseKey(made), kBadHandle);
-        EXPECT_EQ(m_spService->RegDeleteKey(m_key, longName.data()), S_OK);
+        EXPECT_EQ(m_service->RegCloseKey(made), S_OK);
+        EXPECT_EQ(m_service->RegCloseKey(made), kBadHandle);
+        EXPECT_EQ(m_service->RegDeleteKey(m_key, longName.data()), S_OK);
     }
-    EXPECT_EQ(m_spService->RegEnumKey(m_key, 0, &name), kNoMore);
-    EXPECT_EQ(m_spService->RegCloseKey(0), S_FALSE);
+    EXPECT_EQ(m_service->RegEnumKey(m_key, 0, &name), kNoMore);
+    EXPECT_EQ(m_service->RegCloseKey(0), S_FALSE);
     long opened = 99;
-    EXPECT_EQ(m_spService->RegOpenKey(m_key, m_name, &opened), kNotFound);
+    EXPECT_EQ(m_service->RegOpenKey(m_key, m_name, &opened), kNotFound);
     EXPECT_EQ(opened, 0);
-    EXPECT_EQ(m_spService->RegCreateKey(m_key, m_name, nullptr), kBadParameter);
-    EXPECT_EQ(m_spService->RegDeleteKey(kMachine, m_name), S_OK);
-    EXPECT_EQ(m_spService->SaveRegKeyToFile(m_key, m_name), E_NOTIMPL);
-    EXPECT_EQ(m_spService->RegRecursiveDeleteKey(kMachine, nullptr), kBadParameter);
+    EXPECT_EQ(m_service->RegCreateKey(m_key, m_name, nullptr), kBadParameter);
+    EXPECT_EQ(m_service->RegDeleteKey(kMachine, m_name), S_OK);
+    EXPECT_EQ(m_service->SaveRegKeyToFile(m_key, m_name), E_NOTIMPL);
+    EXPECT_EQ(m_service->RegRecursiveDeleteKey(kMachine, nullptr), kBadParameter);
 }
 
 TEST_F(RegistryAccess, RefusesArgumentsBeforeTheBaseLayerSeesThem)
 {
-    IZORegistryAccess& service = *m_spService;
+    IZORegistryAccess& service = *m_service;
     wchar_t held[] = L"held";
     wchar_t* full = held;
     long one = 1;
@@ -291,7 +291,7 @@ TEST_F(RegistryAccess, RefusesArgumentsBeforeTheBaseLayerSeesThem)
 /// Fails in every way that a base layer can.
 struct CFailingRegistry : CBRegistryAccess
 {
-    HRESULT Fail() const { return m_bThrows ? throw std::runtime_error("broken") : m_result; }
+    HRESULT Fail() const { return m_throws ? throw std::runtime_error("broken") : m_result; }
     HRESULT ReadString(long, wchar_t*, wchar_t**) override { return Fail(); }
     HRESULT WriteString(long, wchar_t*, wchar_t*) override { return Fail(); }
     HRESULT SaveRegKeyToFile(long, wchar_t*) override { return Fail(); }
@@ -314,7 +314,7 @@ struct CFailingRegistry : CBRegistryAccess
     }
     HRESULT DoUnregisterNotificationRegKey(IZONotificationSink*) override { return Fail(); }
 
-    bool m_bThrows = false;
+    bool m_throws = false;
     HRESULT m_result = S_OK;
     CCritSection m_section;
     bool m_isLocked = false;
@@ -324,17 +324,17 @@ using CFailing = CComObject<CERegistryAccess<CFailingRegistry>, IZORegistryAcces
 
 TEST_F(RegistryAccess, EachOperationHasItsOwnResultForAnException)
 {
-    const auto spFailing = CFailing::Create();
-    spFailing->m_bThrows = true;
+    const auto failing = CFailing::Create();
+    failing->m_throws = true;
     wchar_t* text = nullptr;
     GUID id{};
     const std::pair<HRESULT, HRESULT> cases[] = {
         // clang-format off
-        {spFailing->ReadString(0, nullptr, &text), E_FAIL}, {spFailing->WriteString(0, nullptr, m_name), E_FAIL},
-        {spFailing->ReadGuid(0, nullptr, &id), E_FAIL}, {spFailing->WriteGuid(0, nullptr, &id), E_FAIL},
-        {spFailing->SaveRegKeyToFile(0, nullptr), E_FAIL}, {spFailing->WriteLong(0, nullptr, 0), E_UNEXPECTED},
-        {spFailing->RegEnumKey(0, 0, &text), E_UNEXPECTED}, {spFailing->RegCloseKey(0), E_UNEXPECTED},
-        {spFailing->UnregisterNotificationRegKey(reinterpret_cast<IZONotificationSink*>(this)), E_FAIL}};
+        {failing->ReadString(0, nullptr, &text), E_FAIL}, {failing->WriteString(0, nullptr, m_name), E_FAIL},
+        {failing->ReadGuid(0, nullptr, &id), E_FAIL}, {failing->WriteGuid(0, nullptr, &id), E_FAIL},
+        {failing->SaveRegKeyToFile(0, nullptr), E_FAIL}, {failing->WriteLong(0, nullptr, 0), E_UNEXPECTED},
+        {failing->RegEnumKey(0, 0, &text), E_UNEXPECTED}, {failing->RegCloseKey(0), E_UNEXPECTED},
+        {failing->UnregisterNotificationRegKey(reinterpret_cast<IZONotificationSink*>(this)), E_FAIL}};
     // clang-format on
     for (const auto& [result, expected] : cases)
     {
@@ -346,42 +346,42 @@ TEST_F(RegistryAccess, EachOperationHasItsOwnResultForAnException)
 TEST_F(RegistryAccess, RegistersNotificationsUnderTheLock)
 {
     auto* const sink = reinterpret_cast<IZONotificationSink*>(this); // passed through, never used
-    EXPECT_EQ(m_spService->RegisterNotificationRegKey(sink, m_key, m_name, 0, nullptr, 0, 0), S_OK);
-    EXPECT_EQ(m_spService->UnregisterNotificationRegKey(sink), S_OK);
+    EXPECT_EQ(m_service->RegisterNotificationRegKey(sink, m_key, m_name, 0, nullptr, 0, 0), S_OK);
+    EXPECT_EQ(m_service->UnregisterNotificationRegKey(sink), S_OK);
 
-    const auto spFailing = CFailing::Create();
+    const auto failing = CFailing::Create();
     const std::tuple<HRESULT, HRESULT, bool> cases[] = {// clang-format off
         {S_OK, S_OK, false}, {S_FALSE, S_FALSE, false}, {E_FAIL, E_FAIL, false}, {E_NOTIMPL, E_NOTIMPL, true},
         {2, E_FAIL, true}};
     // clang-format on
     for (const auto& [result, expected, isReported] : cases)
     {
-        spFailing->m_result = result;
-        EXPECT_EQ(spFailing->RegisterNotificationRegKey(sink, 0, nullptr, 0, nullptr, -1, 9), expected);
+        failing->m_result = result;
+        EXPECT_EQ(failing->RegisterNotificationRegKey(sink, 0, nullptr, 0, nullptr, -1, 9), expected);
         EXPECT_EQ(Reports(), isReported ? kInvalidResult : "");
-        EXPECT_EQ(spFailing->m_passed, std::pair(short{-1}, 9UL));
+        EXPECT_EQ(failing->m_passed, std::pair(short{-1}, 9UL));
     }
-    EXPECT_FALSE(spFailing->m_isLocked) << "there is no lock yet";
-    spFailing->m_result = S_OK;
-    spFailing->SetArgumentChecking(false);
-    EXPECT_EQ(spFailing->UnregisterNotificationRegKey(nullptr), S_OK) << "unchecked";
-    spFailing->SetLock(&spFailing->m_section);
-    EXPECT_EQ(spFailing->RegisterNotificationRegKey(sink, 0, nullptr, 0, nullptr, 0, 0), S_OK);
-    EXPECT_TRUE(spFailing->m_isLocked);
-    EXPECT_TRUE(spFailing->m_section.TryLock()) << "and it is left again";
-    spFailing->m_section.Unlock();
+    EXPECT_FALSE(failing->m_isLocked) << "there is no lock yet";
+    failing->m_result = S_OK;
+    failing->SetArgumentChecking(false);
+    EXPECT_EQ(failing->UnregisterNotificationRegKey(nullptr), S_OK) << "unchecked";
+    failing->SetLock(&failing->m_section);
+    EXPECT_EQ(failing->RegisterNotificationRegKey(sink, 0, nullptr, 0, nullptr, 0, 0), S_OK);
+    EXPECT_TRUE(failing->m_isLocked);
+    EXPECT_TRUE(failing->m_section.TryLock()) << "and it is left again";
+    failing->m_section.Unlock();
 }
 
 TEST_F(RegistryAccess, IsFoundUnderItsVersionAndTracesItsCalls)
 {
-    CComPtr<IZORegistryAccess> spOther;
+    CComPtr<IZORegistryAccess> application;
     for (const wchar_t* name : {L"RegistryServices", L"RegistryServices_2.5", L"registryservices_2.6"})
     {
-        EXPECT_EQ(GetModuleService(name, std::addressof(spOther)), E_NOINTERFACE);
+        EXPECT_EQ(GetModuleService(name, std::addressof(application)), E_NOINTERFACE);
     }
     CTraceRecorder trace;
     get_RemoteDiagnoseControl()->bCallStackTraceActive = true;
-    m_spService->RegCloseKey(0);
+    m_service->RegCloseKey(0);
     get_RemoteDiagnoseControl()->bCallStackTraceActive = false;
     EXPECT_EQ(trace.Take(),
               (std::vector<std::string>{"[RegistryAccess] > RegCloseKey", "[RegistryAccess] < RegCloseKey"}));

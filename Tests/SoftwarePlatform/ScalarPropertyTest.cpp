@@ -54,12 +54,12 @@ struct ScalarProperty : testing::Test
     CProperty& Add(int type, long dispId, const char* name, void* variable)
     {
         m_property = CProperty(static_cast<VARTYPE>(type), dispId, name, variable);
-        m_spAccess->AddPropertyReference(m_property);
+        m_access->AddPropertyReference(m_property);
         return m_property;
     }
     CErrorRecorder m_recorder;
     CProperty m_property{VT_EMPTY, 0, "", nullptr};
-    CComPtr<CAccess> m_spAccess = CAccess::Create();
+    CComPtr<CAccess> m_access = CAccess::Create();
 };
 
 TEST_F(ScalarProperty, ValueIsConvertedAndStoredInTheWidthOfTheType)
@@ -67,10 +67,10 @@ TEST_F(ScalarProperty, ValueIsConvertedAndStoredInTheWidthOfTheType)
     for (const auto& [type, value, bits, result, unsupported] : kStored)
     {
         std::uint64_t variable = kOnes;
-        m_spAccess->ClearPropertyReferences();
+        m_access->ClearPropertyReferences();
         EXPECT_EQ(Add(type, 1, "p", &variable).Set(value), result) << type;
         EXPECT_EQ(variable, result == S_OK ? bits : kOnes) << type;
-        EXPECT_EQ(m_spAccess->SetScalarValue(1, value), S_OK);
+        EXPECT_EQ(m_access->SetScalarValue(1, value), S_OK);
         EXPECT_EQ(variable, bits) << type;
         const auto entries = m_recorder.Take();
         EXPECT_EQ(entries.empty(), *unsupported == 0) << type;
@@ -88,12 +88,12 @@ TEST_F(ScalarProperty, TextVariableOwnsItsString)
     BSTR variable = SysAllocString(L"former");
     const CProperty& property = Add(VT_BSTR, 1, "p", &variable);
     CComVariant value(L"text");
-    EXPECT_EQ(m_spAccess->SetScalarValue(1, value), S_OK);
+    EXPECT_EQ(m_access->SetScalarValue(1, value), S_OK);
     EXPECT_TRUE(variable == CComBSTR(L"text") && variable != value.bstrVal);
-    EXPECT_EQ(m_spAccess->SetScalarValue(1, CComVariant(2.5)), S_OK);
+    EXPECT_EQ(m_access->SetScalarValue(1, CComVariant(2.5)), S_OK);
     EXPECT_EQ(property.Get(value), S_OK);
     EXPECT_TRUE(value == CComVariant(L"2.5"));
-    EXPECT_EQ(m_spAccess->SetScalarValue(1, CComVariant(1L, VT_ERROR)), S_OK) << "not convertible";
+    EXPECT_EQ(m_access->SetScalarValue(1, CComVariant(1L, VT_ERROR)), S_OK) << "not convertible";
     EXPECT_EQ(variable, nullptr);
 }
 
@@ -103,29 +103,29 @@ TEST_F(ScalarProperty, FirstOfSeveralIsFoundByIdentifierAndByName)
     Add(VT_I4, 0xFFFFFFF9, "Span", &spans[0]); // -7 in 32 bits
     Add(VT_I4, -7, "Span", &spans[1]);
     Add(VT_I4, 8, "span", nullptr);
-    const auto spCopy = CAccess::Create(*m_spAccess);
-    m_spAccess->ClearPropertyReferences();
-    EXPECT_EQ(m_spAccess->SetScalarValue(-7, CComVariant(1)), S_FALSE);
-    EXPECT_EQ(spCopy->SetScalarValue(-7, CComVariant(1)), S_OK);
-    EXPECT_EQ(spCopy->SetScalarValue(0xFFFFFFF9, CComVariant(spans[0] + 1)), S_OK);
+    const auto copy = CAccess::Create(*m_access);
+    m_access->ClearPropertyReferences();
+    EXPECT_EQ(m_access->SetScalarValue(-7, CComVariant(1)), S_FALSE);
+    EXPECT_EQ(copy->SetScalarValue(-7, CComVariant(1)), S_OK);
+    EXPECT_EQ(copy->SetScalarValue(0xFFFFFFF9, CComVariant(spans[0] + 1)), S_OK);
     EXPECT_TRUE(spans[0] == 2 && spans[1] == 0);
 
     wchar_t names[][5] = {L"sPAN", L"Spa"};
     long dispIds[] = {0, 0};
-    EXPECT_EQ(spCopy->GetPropertyDispId(names[0], &dispIds[0]), S_OK);
-    EXPECT_EQ(spCopy->GetPropertyDispId(names[1], &dispIds[1]), S_FALSE);
+    EXPECT_EQ(copy->GetPropertyDispId(names[0], &dispIds[0]), S_OK);
+    EXPECT_EQ(copy->GetPropertyDispId(names[1], &dispIds[1]), S_FALSE);
     EXPECT_TRUE(dispIds[0] == -7 && dispIds[1] == -1);
     CComBSTR found;
-    EXPECT_TRUE(spCopy->GetPropertyName(8, &found) == S_OK && found == L"span");
-    EXPECT_EQ(spCopy->GetPropertyName(8, nullptr), S_OK);
+    EXPECT_TRUE(copy->GetPropertyName(8, &found) == S_OK && found == L"span");
+    EXPECT_EQ(copy->GetPropertyName(8, nullptr), S_OK);
     wchar_t* unknown = names[0];
-    EXPECT_TRUE(spCopy->GetPropertyName(9, &unknown) == S_FALSE && unknown == nullptr);
-    EXPECT_EQ(spCopy->GetScalarValue(9, nullptr), S_FALSE);
+    EXPECT_TRUE(copy->GetPropertyName(9, &unknown) == S_FALSE && unknown == nullptr);
+    EXPECT_EQ(copy->GetScalarValue(9, nullptr), S_FALSE);
     EXPECT_TRUE(m_recorder.Take().empty());
-    EXPECT_EQ(spCopy->SetScalarValue(8, CComVariant(1)), E_POINTER);
-    EXPECT_EQ(spCopy->GetPropertyDispId(names[0], nullptr), E_POINTER);
-    EXPECT_EQ(spCopy->GetPropertyDispId(nullptr, &dispIds[0]), E_POINTER);
-    EXPECT_EQ(spCopy->GetScalarValue(8, nullptr), S_FALSE);
+    EXPECT_EQ(copy->SetScalarValue(8, CComVariant(1)), E_POINTER);
+    EXPECT_EQ(copy->GetPropertyDispId(names[0], nullptr), E_POINTER);
+    EXPECT_EQ(copy->GetPropertyDispId(nullptr, &dispIds[0]), E_POINTER);
+    EXPECT_EQ(copy->GetScalarValue(8, nullptr), S_FALSE);
     const std::string message = "DoGetScalarValue not implemented for property with dispatch ID = 8";
     EXPECT_EQ(m_recorder.Take().at(3).report.message, message);
 }

@@ -22,15 +22,15 @@ struct CTestCommands : CBScpiCommands
     explicit CTestCommands(std::uint32_t size = sizeof(kTree), const CMD_SET_RECORD* table = kTree)
         : m_tree{size, table}
     {}
-    explicit CTestCommands(std::nullptr_t) : m_pTree(nullptr) {}
+    explicit CTestCommands(std::nullptr_t) : m_given(nullptr) {}
 
     static std::size_t TreeSlot() { return VirtualSlots(&CTestCommands::DoGetParserTree).front(); }
 
 private:
-    const tagZO_SCPI_PARSER_TREE* DoGetParserTree() override { return m_pTree; }
+    const tagZO_SCPI_PARSER_TREE* DoGetParserTree() override { return m_given; }
 
     tagZO_SCPI_PARSER_TREE m_tree{};
-    const tagZO_SCPI_PARSER_TREE* m_pTree = &m_tree;
+    const tagZO_SCPI_PARSER_TREE* m_given = &m_tree;
 };
 
 using CComponent = CComObject<CTestCommands, IZOScpiCommands>;
@@ -62,7 +62,7 @@ TEST(ScpiCommands, TreeIsSentAsOneBlock)
     {
         SCOPED_TRACE(testing::Message() << row.size << ' ' << row.failingCall);
         CErrorRecorder recorder;
-        tagFakeOutputBuffer output;
+        FakeOutputBuffer output;
         output.transcript.failingCall = row.failingCall;
         EXPECT_EQ(CComponent::Create(row.size)->SendCommandTree(&output), row.result);
         EXPECT_EQ(output.transcript.text, row.written);
@@ -81,21 +81,21 @@ TEST(ScpiCommands, ListingsEndEachLine)
         {&I::GetCommandHeader, ":FREQuency\n", ""}, {&I::GetCommandSyntax, ":FREQuency[?] <integer>\n", ""},
         {&I::GetCommandHeaderDiag, ":TEST/nquery/\n", ":TEST/nquery/\n"}, {&I::GetCommandSyntaxDiag, ":TEST\n", ":TEST\n"}};
     // clang-format on
-    CMD_SET_RECORD diagnostic[] = {HDR("TEST", DEF, 3, 0, 1, 0, HDR_DIAG)};
-    const auto spAll = CComponent::Create();
-    const auto spDiagnostic = CComponent::Create(std::uint32_t{sizeof(diagnostic)}, diagnostic);
+    CMD_SET_RECORD diagnosticTable[] = {HDR("TEST", DEF, 3, 0, 1, 0, HDR_DIAG)};
+    const auto all = CComponent::Create();
+    const auto diagnostic = CComponent::Create(std::uint32_t{sizeof(diagnosticTable)}, diagnosticTable);
     for (const auto& row : cases)
     {
         CComBSTR text;
-        EXPECT_EQ((spAll.Get()->*row.get)(&text), S_OK);
+        EXPECT_EQ((all.Get()->*row.get)(&text), S_OK);
         EXPECT_TRUE(text == row.all) << row.all;
-        EXPECT_EQ((spDiagnostic.Get()->*row.get)(&text), S_OK);
+        EXPECT_EQ((diagnostic.Get()->*row.get)(&text), S_OK);
         EXPECT_FALSE(text.IsNull());
         EXPECT_TRUE(text == row.diagnosticOnly) << row.all;
     }
 }
 
-CComBSTR Golden(std::string const& name)
+CComBSTR Golden(const std::string& name)
 {
     std::ostringstream text;
     text << std::ifstream(ZO_TABLE_GOLDENS "/" + name).rdbuf();
@@ -116,14 +116,14 @@ TEST(ScpiCommands, WithoutTableNothingIsWrittenOrReported)
 {
     wchar_t held[] = L"old";
     CErrorRecorder recorder;
-    for (const auto& spCommands : {CComponent::Create(0U), CComponent::Create(40U, nullptr)})
+    for (const auto& commands : {CComponent::Create(0U), CComponent::Create(40U, nullptr)})
     {
-        tagFakeOutputBuffer output;
+        FakeOutputBuffer output;
         wchar_t* text = held;
-        EXPECT_EQ(spCommands->SendCommandTree(&output), S_FALSE);
-        EXPECT_EQ(spCommands->GetCommandHeader(&text), S_FALSE);
-        EXPECT_EQ(spCommands->GetCommandSyntaxDiag(nullptr), S_FALSE);
-        EXPECT_EQ(spCommands->GetParserTableSource(&text, &text), S_FALSE);
+        EXPECT_EQ(commands->SendCommandTree(&output), S_FALSE);
+        EXPECT_EQ(commands->GetCommandHeader(&text), S_FALSE);
+        EXPECT_EQ(commands->GetCommandSyntaxDiag(nullptr), S_FALSE);
+        EXPECT_EQ(commands->GetParserTableSource(&text, &text), S_FALSE);
         EXPECT_EQ(output.transcript.calls, 0);
         EXPECT_EQ(text, held);
     }
@@ -138,32 +138,32 @@ TEST(ScpiCommands, WithoutTableNothingIsWrittenOrReported)
 
 TEST(ScpiCommands, BaseKnowsNoHeaderAndGivesItsTree)
 {
-    const auto spCommands = CComponent::Create();
+    const auto commands = CComponent::Create();
     short known = 7, first = 7, other = 7;
     wchar_t* text = nullptr;
-    EXPECT_EQ(spCommands->IsImplemented(0, nullptr, &known), S_FALSE);
-    EXPECT_EQ(spCommands->GetHeaderSyntax(0, nullptr, &first, &other, &other, &other, &text, &text), S_FALSE);
+    EXPECT_EQ(commands->IsImplemented(0, nullptr, &known), S_FALSE);
+    EXPECT_EQ(commands->GetHeaderSyntax(0, nullptr, &first, &other, &other, &other, &text, &text), S_FALSE);
     EXPECT_TRUE(known == 0 && first == 0 && other == 7);
     tagZO_SCPI_PARSER_TREE tree{};
-    EXPECT_EQ(spCommands->GetParserTableReference(&tree), S_OK);
+    EXPECT_EQ(commands->GetParserTableReference(&tree), S_OK);
     EXPECT_TRUE(tree.iSize == sizeof(kTree) && tree.pTable == kTree);
 }
 
 TEST(ScpiCommands, UnusableAddressesAreReported)
 {
     CErrorRecorder recorder;
-    const auto spCommands = CComponent::Create();
+    const auto commands = CComponent::Create();
     CComBSTR text;
     wchar_t held[] = L"old";
     wchar_t* holder = held;
-    EXPECT_EQ(spCommands->SendCommandTree(nullptr), E_POINTER);
-    EXPECT_EQ(spCommands->GetCommandHeader(nullptr), E_POINTER);
-    EXPECT_EQ(spCommands->GetCommandHeader(&holder), E_INVALIDARG);
-    EXPECT_EQ(spCommands->IsImplemented(0, nullptr, nullptr), E_POINTER);
-    EXPECT_EQ(spCommands->GetParserTableReference(nullptr), E_POINTER);
-    EXPECT_THROW(spCommands->GetParserTableSource(nullptr, &text), CShellError);
-    EXPECT_THROW(spCommands->GetParserTableSource(&text, nullptr), CShellError);
-    EXPECT_THROW(spCommands->GetParserTableSource(&text, &holder), CShellError);
+    EXPECT_EQ(commands->SendCommandTree(nullptr), E_POINTER);
+    EXPECT_EQ(commands->GetCommandHeader(nullptr), E_POINTER);
+    EXPECT_EQ(commands->GetCommandHeader(&holder), E_INVALIDARG);
+    EXPECT_EQ(commands->IsImplemented(0, nullptr, nullptr), E_POINTER);
+    EXPECT_EQ(commands->GetParserTableReference(nullptr), E_POINTER);
+    EXPECT_THROW(commands->GetParserTableSource(nullptr, &text), CShellError);
+    EXPECT_THROW(commands->GetParserTableSource(&text, nullptr), CShellError);
+    EXPECT_THROW(commands->GetParserTableSource(&text, &holder), CShellError);
     EXPECT_TRUE(text.IsNull());
     EXPECT_EQ(holder, held);
     EXPECT_EQ(Lines(recorder.Take()),

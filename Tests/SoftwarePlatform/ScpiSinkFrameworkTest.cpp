@@ -22,7 +22,7 @@ TYPED_TEST_SUITE(ScpiExecution, BothStyles);
 
 TYPED_TEST(ScpiExecution, ResultIsMappedAndTheErrorDelivered)
 {
-    const std::tuple<long, short, HRESULT, char const*> kRows[] = {{0, 0, S_OK, ""},
+    const std::tuple<long, short, HRESULT, const char*> kRows[] = {{0, 0, S_OK, ""},
                                                                    {0, -222, S_OK, "2:-222;"},
                                                                    {1, -222, S_OK, "2:-222;"},
                                                                    {1, 0, S_OK, ""},
@@ -32,10 +32,10 @@ TYPED_TEST(ScpiExecution, ResultIsMappedAndTheErrorDelivered)
                                                                    {E_FAIL, 0, S_OK, "2:-200;"},
                                                                    {E_FAIL, -109, S_OK, "2:-109;"},
                                                                    {2, 0, S_OK, "2:-200;"}};
-    for (auto const& [result, error, returned, delivered] : kRows)
+    for (const auto& [result, error, returned, delivered] : kRows)
     {
         SCOPED_TRACE(testing::Message() << "result " << result << ", error " << error);
-        tagCommand command;
+        Command command;
         TypeParam data(command.data);
         data.SetScpiError(error);
         EXPECT_EQ(CScpiSinkFramework::FinishCommandExecution(result, data), returned);
@@ -47,17 +47,17 @@ TYPED_TEST(ScpiExecution, ResultIsMappedAndTheErrorDelivered)
 
 TYPED_TEST(ScpiExecution, UndeliverableErrorIsReportedAndDoesNotShowInTheResult)
 {
-    constexpr char const* kFaults[] = {"m_pScpiManager != NULL|Fatal missing interface",
+    constexpr const char* kFaults[] = {"m_pScpiManager != NULL|Fatal missing interface",
                                        "m_pScpiManager != NULL|Fatal missing interface",
                                        "m_iRemotePath >= 0|Invalid remote path",
                                        "pScpiErrorManagement != NULL|Fatal missing interface"};
     for (int fault = 0; fault < 4; ++fault)
     {
-        tagCommand command;
+        Command command;
         IUnknown* const contexts[] = {nullptr, &command.output, &command, &command};
-        command.data.m_pContext = contexts[fault];
+        command.data.m_context = contexts[fault];
         command.data.m_iRemotePath = fault == 2 ? -1 : 0;
-        command.errors.m_bPresent = fault != 3;
+        command.errors.m_present = fault != 3;
         CErrorRecorder recorder;
         TypeParam data(command.data);
         data.SetScpiError(-222);
@@ -71,7 +71,7 @@ TYPED_TEST(ScpiExecution, UndeliverableErrorIsReportedAndDoesNotShowInTheResult)
 
 TYPED_TEST(ScpiExecution, RefusedHandOverSetsTheExecutionError)
 {
-    tagCommand command;
+    Command command;
     command.errors.result = E_FAIL;
     CErrorRecorder recorder;
     TypeParam data(command.data);
@@ -83,7 +83,7 @@ TYPED_TEST(ScpiExecution, RefusedHandOverSetsTheExecutionError)
 
 TYPED_TEST(ScpiExecution, ExceptionOfAHandlerBecomesAnExecutionError)
 {
-    tagCommand command;
+    Command command;
     CErrorRecorder recorder;
     HRESULT(*const kHandlers[])
     (TypeParam&) = {
@@ -101,8 +101,8 @@ TYPED_TEST(ScpiExecution, QueryOnlyAndNoQueryDependOnTheForm)
 {
     for (const bool isQuery : {false, true})
     {
-        tagCommand command;
-        command.data.m_bQuery = isQuery;
+        Command command;
+        command.data.m_query = isQuery;
         TypeParam data(command.data);
         EXPECT_EQ(data.IsQuery(), isQuery);
         EXPECT_EQ(data.SetScpiError_QueryOnly(), isQuery ? 0 : 1);
@@ -116,7 +116,7 @@ TYPED_TEST(ScpiExecution, QueryOnlyAndNoQueryDependOnTheForm)
 
 TYPED_TEST(ScpiExecution, ErrorOperationsSetTheirCodes)
 {
-    tagCommand command;
+    Command command;
     TypeParam data(command.data);
     EXPECT_TRUE(data.SetScpiError_ParameterNotAllowed() == 1 && data.GetScpiError() == -108);
     EXPECT_TRUE(data.ScpiErrorMissingParameter() == 1 && data.GetScpiError() == -109);
@@ -130,7 +130,7 @@ TYPED_TEST(ScpiExecution, ErrorOperationsSetTheirCodes)
 
 TEST(ScpiExecutionPool, EarlierErrorStaysUnlessReplaced)
 {
-    tagCommand command;
+    Command command;
     CPool pool(command.data);
     EXPECT_EQ(pool.SetScpiError(-222, "first", false), 1);
     EXPECT_EQ(pool.SetScpiError(-109, "second", false), 1);
@@ -152,18 +152,18 @@ TYPED_TEST(ScpiExecution, NumericSettingTakesNumbersAndSpecialWords)
                                                                      {Number("nan"), -222, 5},
                                                                      {Special(6), -224, 5}};
     CNumericSetting setting({0, 11, 5, 4, 3});
-    for (auto const& [argument, error, value] : kRows)
+    for (const auto& [argument, error, value] : kRows)
     {
         SCOPED_TRACE(testing::Message() << argument.szText << argument.iSpecialCode);
-        tagCommand command({argument});
+        Command command({argument});
         TypeParam data(command.data);
         setting.Reset();
         EXPECT_EQ(setting.Handle(data), error != 0);
         EXPECT_EQ(data.GetScpiError(), error);
         EXPECT_EQ(setting.Value(), value);
     }
-    tagCommand command({Special(5)});
-    for (auto const& [limits, error] :
+    Command command({Special(5)});
+    for (const auto& [limits, error] :
          {std::pair(tagNumericLimits{3, 6, 5, 4}, -222), std::pair(tagNumericLimits{3, 6, 5}, -224)})
     {
         TypeParam data(command.data);
@@ -174,15 +174,15 @@ TYPED_TEST(ScpiExecution, NumericSettingTakesNumbersAndSpecialWords)
 
 TYPED_TEST(ScpiExecution, NumericSettingAnswersItsValueOrALimit)
 {
-    const std::pair<std::vector<tagZO_SCPI_PARAMETER>, char const*> kAnswers[] = {{{}, "5"},
+    const std::pair<std::vector<tagZO_SCPI_PARAMETER>, const char*> kAnswers[] = {{{}, "5"},
                                                                                   {{Special(1)}, "1"},
                                                                                   {{Special(2)}, "10"},
                                                                                   {{Special(4)}, "-224"},
                                                                                   {{Number("1")}, "-128"}};
-    for (auto const& [arguments, expected] : kAnswers)
+    for (const auto& [arguments, expected] : kAnswers)
     {
-        tagCommand command(arguments);
-        command.data.m_bQuery = true;
+        Command command(arguments);
+        command.data.m_query = true;
         TypeParam data(command.data);
         CNumericSetting({1, 10, 5}).Handle(data);
         const std::string answer = command.transcript.text + std::to_string(data.GetScpiError());

@@ -17,29 +17,29 @@ namespace
 
 TEST(SinkComponents, DefaultsSucceedAndPassCalibrationAndSelfTest)
 {
-    const auto spSink = CComObject<CBScpiExecutionSink, IZOScpiExecutionSink>::Create();
-    EXPECT_EQ(spSink->Execute(nullptr, 0, 1, 0, nullptr, 0, nullptr, nullptr, nullptr), S_OK);
+    const auto sink = CComObject<CBScpiExecutionSink, IZOScpiExecutionSink>::Create();
+    EXPECT_EQ(sink->Execute(nullptr, 0, 1, 0, nullptr, 0, nullptr, nullptr, nullptr), S_OK);
 
-    const auto spCallback = CComObject<CBScpiEmulationCallback, IZOScpiEmulationCallback>::Create();
-    EXPECT_EQ(spCallback->MapEsrToStb(1, 2), E_NOTIMPL);
-    EXPECT_EQ(spCallback->ProgramMessageEnd(), S_OK);
+    const auto callback = CComObject<CBScpiEmulationCallback, IZOScpiEmulationCallback>::Create();
+    EXPECT_EQ(callback->MapEsrToStb(1, 2), E_NOTIMPL);
+    EXPECT_EQ(callback->ProgramMessageEnd(), S_OK);
 
-    const auto spHandler = CComObject<CBScpiDeviceHandler, IZOScpiDeviceHandler>::Create();
+    const auto handler = CComObject<CBScpiDeviceHandler, IZOScpiDeviceHandler>::Create();
     long result = 99;
     short passed = 0;
     wchar_t text[] = L"old";
     wchar_t* options = text;
     wchar_t* level = text;
-    EXPECT_EQ(spHandler->Calibrate(&result), S_OK);
+    EXPECT_EQ(handler->Calibrate(&result), S_OK);
     EXPECT_EQ(result, 0);
-    EXPECT_EQ(spHandler->Selftest(&passed), S_OK);
+    EXPECT_EQ(handler->Selftest(&passed), S_OK);
     EXPECT_EQ(passed, -1);
-    EXPECT_EQ(spHandler->GetDeviceOptions(&options), S_OK);
+    EXPECT_EQ(handler->GetDeviceOptions(&options), S_OK);
     EXPECT_EQ(options, nullptr);
-    EXPECT_EQ(spHandler->GetFirmwareLevel(&level), S_OK);
+    EXPECT_EQ(handler->GetFirmwareLevel(&level), S_OK);
     EXPECT_EQ(level, nullptr);
-    EXPECT_EQ(spHandler->Calibrate(nullptr), S_OK);
-    EXPECT_EQ(spHandler->GetFirmwareLevel(nullptr), S_OK);
+    EXPECT_EQ(handler->Calibrate(nullptr), S_OK);
+    EXPECT_EQ(handler->GetFirmwareLevel(nullptr), S_OK);
 }
 
 /// Notes each notification; answers with a result of its own.
@@ -47,13 +47,13 @@ class CNotingObserver : public CBScpiMultichannelEventObserver
 {
 public:
     std::string m_seen;
-    bool m_bThrows = false;
+    bool m_throws = false;
 
 private:
-    HRESULT Note(char const* name, long path, long more = 0)
+    HRESULT Note(const char* name, long path, long more = 0)
     {
         m_seen += name + std::to_string(path) + "," + std::to_string(more) + ";";
-        return m_bThrows ? throw std::bad_alloc() : E_PENDING;
+        return m_throws ? throw std::bad_alloc() : E_PENDING;
     }
     HRESULT DoGotoLocal(long path) override { return Note("Local", path); }
     HRESULT DoGotoRemote(long path) override { return Note("Remote", path); }
@@ -94,20 +94,20 @@ void NotifyAll(IZOScpiMultichannelEventObserver& observer, HRESULT expected)
 TEST(SinkComponents, ObserverForwardsEachNotificationAndCarriesItsIdentity)
 {
     NotifyAll(*CComObject<CBScpiMultichannelEventObserver, IZOScpiMultichannelEventObserver>::Create(), S_OK);
-    const auto spObserver = CComObject<CNotingObserver, IZOScpiMultichannelEventObserver>::Create();
-    NotifyAll(*spObserver, E_PENDING);
-    EXPECT_EQ(spObserver->m_seen,
+    const auto observer = CComObject<CNotingObserver, IZOScpiMultichannelEventObserver>::Create();
+    NotifyAll(*observer, E_PENDING);
+    EXPECT_EQ(observer->m_seen,
               "Accepted1,110;Broken2,110;Local3,0;Remote4,0;Lockout5,1;Clear6,0;Trigger7,0;"
               "Reset8,0;Preset9,0;Begin10,0;End11,0;Opc12,9;");
 
     const CErrorRecorder recorder;
-    spObserver->m_bThrows = true;
-    NotifyAll(*spObserver, E_OUTOFMEMORY);
+    observer->m_throws = true;
+    NotifyAll(*observer, E_OUTOFMEMORY);
 
     const GUID id{1, 2, 3, {4}};
     GUID got{};
-    EXPECT_EQ(spObserver->put_EventClientId(id), S_OK);
-    EXPECT_EQ(spObserver->get_EventClientId(&got), S_OK);
+    EXPECT_EQ(observer->put_EventClientId(id), S_OK);
+    EXPECT_EQ(observer->get_EventClientId(&got), S_OK);
     EXPECT_TRUE(got == id);
 }
 
@@ -119,7 +119,7 @@ public:
         return VirtualSlots(&CCloningParser::DoCreateClone, &CCloningParser::DoReleaseClone);
     }
 
-    IUnknown* m_pReleased = nullptr;
+    IUnknown* m_released = nullptr;
 
 private:
     HRESULT DoCreateClone(IUnknown** ppParserEngine) override
@@ -130,24 +130,24 @@ private:
     }
     HRESULT DoReleaseClone(IUnknown* pParserEngine) override
     {
-        m_pReleased = pParserEngine;
+        m_released = pParserEngine;
         return S_FALSE;
     }
 };
 
 TEST(SinkComponents, MultichannelParserChecksAndForwards)
 {
-    const auto spParser = CComObject<CCloningParser, IZOScpiMultichannelParser>::Create();
-    CComPtr<IUnknown> spEngine;
-    EXPECT_EQ(spParser->CreateClone(&spEngine), S_FALSE);
-    EXPECT_NE(spEngine.Get(), nullptr);
-    EXPECT_EQ(spParser->ReleaseClone(spEngine), S_FALSE);
-    EXPECT_EQ(spParser->m_pReleased, spEngine.Get());
+    const auto parser = CComObject<CCloningParser, IZOScpiMultichannelParser>::Create();
+    CComPtr<IUnknown> engine;
+    EXPECT_EQ(parser->CreateClone(&engine), S_FALSE);
+    EXPECT_NE(engine.Get(), nullptr);
+    EXPECT_EQ(parser->ReleaseClone(engine), S_FALSE);
+    EXPECT_EQ(parser->m_released, engine.Get());
     EXPECT_EQ(CCloningParser::Slots(), (std::vector<std::size_t>{5, 6})) << "behind the interface";
 
     CErrorRecorder recorder;
-    EXPECT_THROW(static_cast<void>(spParser->CreateClone(nullptr)), CShellError);
-    EXPECT_THROW(static_cast<void>(spParser->ReleaseClone(nullptr)), CShellError);
+    EXPECT_THROW(static_cast<void>(parser->CreateClone(nullptr)), CShellError);
+    EXPECT_THROW(static_cast<void>(parser->ReleaseClone(nullptr)), CShellError);
     const auto entries = recorder.Take();
     EXPECT_EQ(Lines(entries),
               "ppParserEngine != NULL|Null pointer detected (ppParserEngine)|thrown\n"

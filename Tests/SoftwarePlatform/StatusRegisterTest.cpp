@@ -55,7 +55,7 @@ Words WordsOf(IZOScpiStatusRegister& object)
 }
 
 /// One operation, its result, and the words of child and parent afterwards.
-struct tagStep
+struct Step
 {
     std::function<HRESULT()> act;
     HRESULT result;
@@ -72,7 +72,7 @@ struct StatusRegister : testing::Test
         child->SetDeviceClearHandle(deviceClear.Get());
     }
 
-    void Run(const std::vector<tagStep>& steps)
+    void Run(const std::vector<Step>& steps)
     {
         for (std::size_t i = 0; i < steps.size(); ++i)
         {

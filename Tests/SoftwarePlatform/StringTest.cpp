@@ -203,7 +203,7 @@ TEST(StringPrepend, PutsEveryTypeInFront)
     EXPECT_EQ(Whole(text), L"54321x");
 }
 
-struct tagCompareCase
+struct CompareCase
 {
     const char* name;
     const char* left;
@@ -214,7 +214,7 @@ struct tagCompareCase
 };
 
 // A null on the left is both less and greater than a text.
-constexpr tagCompareCase kCompareCases[] = {
+constexpr CompareCase kCompareCases[] = {
     {"Smaller", "a", "b", false, true, false},
     {"Larger", "b", "a", false, false, true},
     {"Same", "a", "a", true, false, false},
@@ -226,7 +226,7 @@ constexpr tagCompareCase kCompareCases[] = {
 };
 
 template <class TLeft, class TRight>
-void ExpectComparison(const tagCompareCase& row, const TLeft& left, const TRight& right)
+void ExpectComparison(const CompareCase& row, const TLeft& left, const TRight& right)
 {
     EXPECT_EQ(left == right, row.equal);
     EXPECT_EQ(left != right, !row.equal);
@@ -238,7 +238,7 @@ void ExpectComparison(const tagCompareCase& row, const TLeft& left, const TRight
 
 TEST(StringCompare, OperatorsFollowTheTableForEveryTypeInBothOrders)
 {
-    for (const tagCompareCase& row : kCompareCases)
+    for (const CompareCase& row : kCompareCases)
     {
         SCOPED_TRACE(row.name);
         const CZoString left(row.left);

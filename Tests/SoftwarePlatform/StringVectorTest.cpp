@@ -109,20 +109,20 @@ private:
     std::vector<std::string> m_cells;
 };
 
-using tagOutcome = std::variant<std::string, double, std::optional<std::string>>;
+using Result = std::variant<std::string, double, std::optional<std::string>>;
 
-tagOutcome Outcome(const CZoString& text)
+Result Outcome(const CZoString& text)
 {
     return text.IsNull() ? std::optional<std::string>() : std::optional(text.ToStdString());
 }
 
-tagOutcome Outcome(const QString& text)
+Result Outcome(const QString& text)
 {
     return text.isNull() ? std::optional<std::string>() : std::optional(text.toLatin1().toStdString());
 }
 
 template <class T>
-requires std::is_arithmetic_v<T> tagOutcome Outcome(T value)
+requires std::is_arithmetic_v<T> Result Outcome(T value)
 {
     if constexpr (std::is_floating_point_v<T>)
     {
@@ -134,7 +134,7 @@ requires std::is_arithmetic_v<T> tagOutcome Outcome(T value)
     }
 }
 
-tagOutcome Expected(const CRow& row, const tagOutcome& kind)
+Result Expected(const CRow& row, const Result& kind)
 {
     if (std::holds_alternative<double>(kind))
     {
@@ -147,14 +147,14 @@ tagOutcome Expected(const CRow& row, const tagOutcome& kind)
     return Decode(row.Result());
 }
 
-bool AreSame(const tagOutcome& left, const tagOutcome& right)
+bool AreSame(const Result& left, const Result& right)
 {
     const double* a = std::get_if<double>(&left);
     const double* b = std::get_if<double>(&right);
     return left == right || (a != nullptr && b != nullptr && std::isnan(*a) && std::isnan(*b));
 }
 
-std::string Printed(const tagOutcome& outcome)
+std::string Printed(const Result& outcome)
 {
     if (const double* number = std::get_if<double>(&outcome))
     {
@@ -164,34 +164,34 @@ std::string Printed(const tagOutcome& outcome)
     return text == nullptr ? std::get<std::string>(outcome) : *text ? '"' + **text + '"' : "null";
 }
 
-using tagAction = tagOutcome (*)(CRow&);
+using Action = Result (*)(CRow&);
 
 template <class T>
-tagOutcome ArgOf(CRow& r)
+Result ArgOf(CRow& r)
 {
     return Outcome(r.recv.Arg(r.As<T>(1), r.Int(2), r.Int(3)));
 }
 
 template <class T>
-tagOutcome NumberOf(CRow& r)
+Result NumberOf(CRow& r)
 {
     return Outcome(CZoString::Number(r.As<T>(1), r.Int(2)));
 }
 
 template <class T>
-tagOutcome SetNumOf(CRow& r)
+Result SetNumOf(CRow& r)
 {
     return Outcome(r.recv.SetNum(r.As<T>(1), r.Int(2)));
 }
 
 template <class T>
-tagOutcome SetFloatOf(CRow& r)
+Result SetFloatOf(CRow& r)
 {
     return Outcome(r.recv.SetNum(r.As<T>(1), r.Char(2), r.Int(3)));
 }
 
 template <auto convert>
-tagOutcome IntegerOf(CRow& r)
+Result IntegerOf(CRow& r)
 {
     return Outcome((r.recv.*convert)(&r.ok, r.Int(1)));
 }
@@ -203,7 +203,7 @@ bool HasZero(const CRow& r)
 
 // One operation a line; the formatter would spread them.
 // clang-format off
-const std::map<std::string, tagAction> kActions = {
+const std::map<std::string, Action> kActions = {
     {"find.str", [](CRow& r) { return Outcome(r.recv.Find(r.Text(1), r.Int(2), r.Flag(3))); }},
     {"find.char", [](CRow& r) { return Outcome(r.recv.Find(r.Char(1), r.Int(2), r.Flag(3))); }},
     {"find.rx",
@@ -288,8 +288,8 @@ TEST(StringVectors, AllRowsGiveTheResultOfQt3)
         SCOPED_TRACE(line);
         const auto action = kActions.find(row.Operation());
         ASSERT_NE(action, kActions.end()) << "unknown operation";
-        const tagOutcome actual = action->second(row);
-        const tagOutcome expected = Expected(row, actual);
+        const Result actual = action->second(row);
+        const Result expected = Expected(row, actual);
         EXPECT_TRUE(AreSame(actual, expected)) << Printed(actual) << " instead of " << Printed(expected);
         if (row.Ok() != "-")
         {

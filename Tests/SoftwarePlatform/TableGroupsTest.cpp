@@ -17,9 +17,9 @@ namespace
 using namespace ZoVelkor;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using tagRecords = std::vector<CMD_SET_RECORD>;
+using Records = std::vector<CMD_SET_RECORD>;
 
-CScpiParserTableGroups Analyse(tagRecords& records, bool withCount = true)
+CScpiParserTableGroups Analyse(Records& records, bool withCount = true)
 {
     CScpiParserTable table;
     table.SetParserTable(records.data(),
@@ -30,7 +30,7 @@ CScpiParserTableGroups Analyse(tagRecords& records, bool withCount = true)
 }
 
 // clang-format off
-const tagRecords kTable = {
+const Records kTable = {
     /*  0 */ HDR("RST", 1, DEF, 0, 1, 0, CCMD),
     /*  1 */ HDR("undef", DEF, DEF, 0, 0, 0, 0),
     /*  2 */ HDR("A", DEF, DEF, 4, 2, 0, 0),
@@ -47,7 +47,7 @@ const tagRecords kTable = {
 
 TEST(TableGroups, EachGroupOnceBehindThePlaceholder)
 {
-    tagRecords records = kTable;
+    Records records = kTable;
     for (const bool withCount : {false, true})
     {
         const CScpiParserTableGroups groups = Analyse(records, withCount);
@@ -58,14 +58,14 @@ TEST(TableGroups, EachGroupOnceBehindThePlaceholder)
         EXPECT_EQ(groups.Groups(tagScpiTableKind::NumericSuffix).size(), withCount ? 1U : 0U);
         EXPECT_EQ(groups.TableEnd(), withCount ? 11 : 10);
         EXPECT_EQ(groups.OffsetWidth(), withCount ? 2 : 1);
-        EXPECT_EQ(groups.m_eKind, tagScpiTableKind::None);
+        EXPECT_EQ(groups.m_kind, tagScpiTableKind::None);
     }
     EXPECT_EQ(static_cast<int>(tagScpiTableKind::None), 5);
 }
 
 TEST(TableGroups, EmptyRootAndMissingTableHaveNoGroups)
 {
-    tagRecords records = {HDR("A", 1, DEF, 0, 0, 0, 0)};
+    Records records = {HDR("A", 1, DEF, 0, 0, 0, 0)};
     const CScpiParserTableGroups groups = Analyse(records);
     EXPECT_THAT(groups.Groups(tagScpiTableKind::Header), IsEmpty());
     EXPECT_EQ(groups.TableEnd(), 0);
@@ -120,7 +120,7 @@ TEST(TableGroups, TokensOfAFlagWord)
 TEST(TableGroups, SharedGroupsOfADeepTreeAreVisitedOnce)
 {
     constexpr std::uint32_t kLevels = 20'000;
-    tagRecords records;
+    Records records;
     for (std::uint32_t i = 0; i < kLevels; ++i)
     {
         const std::uint32_t child = i + 1 < kLevels ? 2 * i + 2 : 0;
@@ -132,7 +132,7 @@ TEST(TableGroups, SharedGroupsOfADeepTreeAreVisitedOnce)
 
 TEST(TableGroups, ExpressionsNameHeadersBeforeThem)
 {
-    tagRecords records = kTable;
+    Records records = kTable;
     records.push_back(NSE("5", NSE_HEADER | 10));
     records.push_back(NSE("", NSE_HEADER | 2));
     std::memset(records.back().nse.szExpression, '1', kTableExpressionSize);

@@ -40,7 +40,7 @@ std::string SourceOf(std::span<_CMD_SET_RECORD> records)
 std::string Text(std::map<std::string, long> const& map)
 {
     std::string text;
-    for (auto const& [name, value] : map)
+    for (const auto& [name, value] : map)
     {
         text += name + '=' + std::to_string(value) + ' ';
     }

@@ -15,9 +15,9 @@ namespace
 {
 
 using namespace ZoVelkor;
-using tagLines = std::list<std::string>;
+using Lines = std::list<std::string>;
 
-struct tagTokenCase
+struct TokenCase
 {
     const char* text;
     const char* longForm;
@@ -26,7 +26,7 @@ struct tagTokenCase
     const char* numericShortForm;
 };
 
-constexpr tagTokenCase kTokenCases[] = {
+constexpr TokenCase kTokenCases[] = {
     {"FREQuency", "FREQUENCY", "FREQ", "FREQuency", "FREQ"},
     {"frequency", "FREQUENCY", "FREQ", "FREQuency", "FREQ"},
     {"power", "POWER", "POW", "POWer", "POW"},
@@ -43,7 +43,7 @@ constexpr tagTokenCase kTokenCases[] = {
 
 TEST(Token, FormsOfAKeyword)
 {
-    for (const tagTokenCase& row : kTokenCases)
+    for (const TokenCase& row : kTokenCases)
     {
         SCOPED_TRACE(row.text);
         CScpiToken token{std::string(row.text)};
@@ -75,13 +75,13 @@ TEST(Token, NormaliseReplacesTheStoredText)
     EXPECT_EQ(copy.Check(), "The first character is invalid in the scpi token 1trace");
 }
 
-struct tagErrorTextCase
+struct ErrorTextCase
 {
     short code;
     const char* text;
 };
 
-constexpr tagErrorTextCase kErrorTextCases[] = {
+constexpr ErrorTextCase kErrorTextCases[] = {
     {0, "No error"},
     {-100, "Command error"},
     {-115, "Unexpected number of parameter"},
@@ -103,7 +103,7 @@ TEST(ErrorMap, TextsOfKnownAndUnknownCodes)
 {
     const CScpiErrorMap map;
     const CScpiErrorMap copy(map);
-    for (const tagErrorTextCase& row : kErrorTextCases)
+    for (const ErrorTextCase& row : kErrorTextCases)
     {
         SCOPED_TRACE(row.code);
         CComBSTR text(L"old");
@@ -147,45 +147,45 @@ CMD_SET_RECORD kTree[] = {
 };
 // clang-format on
 
-tagLines Listing(CMD_SET_RECORD* table, bool diagnostic, bool syntax)
+Lines Listing(CMD_SET_RECORD* table, bool diagnostic, bool syntax)
 {
-    tagLines lines{"stale"};
+    Lines lines{"stale"};
     EXPECT_EQ(CScpiParserTable(table).GetAllCommands(diagnostic, syntax, lines), 0);
     return lines;
 }
 
 TEST(ParserTable, HeaderHelpListsChildrenFirst)
 {
-    const tagLines expected = {"*RST/nquery/",
-                               "*IDN?/qonly/",
-                               "[:SENSe]:FREQuency:STEP?/qonly/",
-                               "[:SENSe]:FREQuency",
-                               "[:SENSe]:MODE/nquery/"};
+    const Lines expected = {"*RST/nquery/",
+                            "*IDN?/qonly/",
+                            "[:SENSe]:FREQuency:STEP?/qonly/",
+                            "[:SENSe]:FREQuency",
+                            "[:SENSe]:MODE/nquery/"};
     EXPECT_EQ(Listing(kTree, false, false), expected);
 }
 
 TEST(ParserTable, SyntaxHelpAddsParameters)
 {
-    const tagLines expected = {"*RST",
-                               "*IDN?",
-                               "[:SENSe]:FREQuency:STEP?",
-                               "[:SENSe]:FREQuency[?] <numeric_value>|MAXimum|MINimum [MHZ|HZ],<string>",
-                               "[:SENSe]:MODE FAST|SLOW"};
+    const Lines expected = {"*RST",
+                            "*IDN?",
+                            "[:SENSe]:FREQuency:STEP?",
+                            "[:SENSe]:FREQuency[?] <numeric_value>|MAXimum|MINimum [MHZ|HZ],<string>",
+                            "[:SENSe]:MODE FAST|SLOW"};
     EXPECT_EQ(Listing(kTree, false, true), expected);
 }
 
 TEST(ParserTable, DiagnosticListingHasDiagnosticCommandsOnly)
 {
-    const tagLines expected = {"[:SENSe]:FREQuency:TEST/nquery/", ":SERVice/nquery/"};
+    const Lines expected = {"[:SENSe]:FREQuency:TEST/nquery/", ":SERVice/nquery/"};
     EXPECT_EQ(Listing(kTree, true, false), expected);
 }
 
 TEST(ParserTable, RootFollowsCommonCommandsWithoutPlaceholder)
 {
     CMD_SET_RECORD tree[] = {HDR("RST", 1, DEF, 0, 1, 0, CCMD), HDR("ABORt", 2, DEF, 0, 1, 0, 0)};
-    EXPECT_EQ(Listing(tree, false, true), (tagLines{"*RST", ":ABORt"}));
+    EXPECT_EQ(Listing(tree, false, true), (Lines{"*RST", ":ABORt"}));
     tree[0].hdr.iFollow = 0;
-    EXPECT_EQ(Listing(tree, false, true), tagLines{":RST"});
+    EXPECT_EQ(Listing(tree, false, true), Lines{":RST"});
 }
 
 TEST(ParserTable, WithoutTableNothingIsListed)
@@ -214,7 +214,7 @@ TEST(ParserTable, ParameterGroupReachesItsHighestRecord)
     EXPECT_EQ(parser.GetParGroupSize(-1), 0);
 }
 
-struct tagParameterCase
+struct ParameterCase
 {
     const char* name;
     std::uint32_t type;
@@ -222,7 +222,7 @@ struct tagParameterCase
 };
 
 // Mnemonics of a parameter with MNEM are SLOW and FAST.
-constexpr tagParameterCase kParameterCases[] = {
+constexpr ParameterCase kParameterCases[] = {
     {"Nothing", 0, "<any>"},
     {"PositiveInteger", ARG_PINT, "<any>"},
     {"Integer", ARG_SINT, "<integer>"},
@@ -243,7 +243,7 @@ constexpr tagParameterCase kParameterCases[] = {
 
 TEST(ParserTable, ParameterSyntax)
 {
-    for (const tagParameterCase& row : kParameterCases)
+    for (const ParameterCase& row : kParameterCases)
     {
         SCOPED_TRACE(row.name);
         const CMD_SET_RECORD record = PAR("p", row.type, 0, 2, 13, 0, 0);
@@ -275,7 +275,7 @@ TEST(ParserTable, DamagedTablesEnd)
         HDR("C", 1, DEF, 0xFFFFFFFFU, 0, 0xFFFFFFFFU, 0),
         PAR("P", ARG_STRG, 0xFFFFFFFFU, 0xFFFFFFFFU, 1, 3, 0),
     };
-    EXPECT_EQ(Listing(tree, false, true), (tagLines{":A:B <string>", ":A:C", ":A"}));
+    EXPECT_EQ(Listing(tree, false, true), (Lines{":A:B <string>", ":A:C", ":A"}));
     std::memset(tree[2].hdr.szKeyword, 'X', kTableTextSize);
     EXPECT_EQ(*std::next(Listing(tree, false, true).begin()), ":A:" + std::string(kTableTextSize, 'X'));
     tree[0].hdr.iLength = 0x80000000U;

@@ -34,7 +34,7 @@ struct CHandClock : CETimeDateControl<CBTimeDateControl>
         std::tie(Time, Date) = m_now;
         return m_readResult == kThrow ? throw std::runtime_error("clock") : m_readResult;
     }
-    HRESULT DoSetTimeDate(tagTimeStruct const& Time, tagDateStruct const& Date) override
+    HRESULT DoSetTimeDate(const tagTimeStruct& Time, const tagDateStruct& Date) override
     {
         m_now = {Time, Date};
         return m_setResult;
@@ -54,7 +54,7 @@ using CClock = CComObject<CHandClock, IZOTimeDateControl>;
 struct TimeDateControl : testing::Test
 {
     CErrorRecorder m_recorder;
-    CComPtr<CClock> m_spClock = CClock::Create();
+    CComPtr<CClock> m_clock = CClock::Create();
     tagTimeStruct m_time{99, 99, 99, 9999};
     tagDateStruct m_date{};
 };
@@ -75,14 +75,14 @@ TEST_F(TimeDateControl, FieldsAreCheckedBeforeAndBehindTheBaseLayer)
 {
     for (const auto& [time, date, argument, returned] : kBadFields)
     {
-        EXPECT_EQ(m_spClock->SetTimeAndDate(time, date), kRange);
-        EXPECT_EQ(std::exchange(m_spClock->m_now, {time, date}), std::pair(kTime, kDate));
-        EXPECT_EQ(m_spClock->GetTimeAndDate(&m_time, &m_date), kRange);
+        EXPECT_EQ(m_clock->SetTimeAndDate(time, date), kRange);
+        EXPECT_EQ(std::exchange(m_clock->m_now, {time, date}), std::pair(kTime, kDate));
+        EXPECT_EQ(m_clock->GetTimeAndDate(&m_time, &m_date), kRange);
         const auto reports = m_recorder.Take();
         EXPECT_STREQ(reports.at(0).report.condition, argument);
         EXPECT_STREQ(reports.at(1).report.condition, returned);
-        EXPECT_EQ(m_spClock->SetTimeAndDate({0, 0, 0, 0}, {0, 1, 1}), S_OK);
-        EXPECT_EQ(m_spClock->SetTimeAndDate(kTime, kDate), S_OK);
+        EXPECT_EQ(m_clock->SetTimeAndDate({0, 0, 0, 0}, {0, 1, 1}), S_OK);
+        EXPECT_EQ(m_clock->SetTimeAndDate(kTime, kDate), S_OK);
     }
 }
 
@@ -110,15 +110,15 @@ TEST_F(TimeDateControl, EveryOperationChecksItsArgumentsAndItsResult)
 {
     for (const auto& [isGood, isChecked, read, set, results, count, last] : kCalls)
     {
-        m_spClock->m_readResult = read;
-        m_spClock->m_setResult = set;
-        m_spClock->SetArgumentChecking(isChecked);
+        m_clock->m_readResult = read;
+        m_clock->m_setResult = set;
+        m_clock->SetArgumentChecking(isChecked);
         tagTimeStruct* const pTime = isGood ? &m_time : nullptr;
-        EXPECT_EQ(CallAll(*m_spClock, pTime, isGood ? &m_date : nullptr, isGood ? 1 : 24), results) << last;
+        EXPECT_EQ(CallAll(*m_clock, pTime, isGood ? &m_date : nullptr, isGood ? 1 : 24), results) << last;
         const auto entries = m_recorder.Take();
         EXPECT_EQ(entries.size(), count) << last;
         EXPECT_EQ(entries.empty() ? "" : entries.back().report.message, last);
-        m_spClock->m_now = {kTime, kDate};
+        m_clock->m_now = {kTime, kDate};
     }
 }
 
@@ -135,11 +135,11 @@ TEST(TimeDateSlots, AreInOrder)
 
 TEST_F(TimeDateControl, WithoutPrimitivesNothingIsImplementedButTheZone)
 {
-    const auto spBase = CComObject<CBTimeDateControl, IZOTimeDateControl>::Create();
+    const auto base = CComObject<CBTimeDateControl, IZOTimeDateControl>::Create();
     const Results results{E_NOTIMPL, E_NOTIMPL, E_NOTIMPL, S_OK, E_NOTIMPL, E_NOTIMPL, E_NOTIMPL, S_OK};
-    EXPECT_EQ(CallAll(*spBase, &m_time, &m_date, 1), results);
+    EXPECT_EQ(CallAll(*base, &m_time, &m_date, 1), results);
     EXPECT_STREQ(m_recorder.Take().at(4).report.condition, "hResult == S_OK");
-    EXPECT_EQ(m_spClock->GetTimeZone(&m_time), S_OK) << "not a time, but not the clock's either";
+    EXPECT_EQ(m_clock->GetTimeZone(&m_time), S_OK) << "not a time, but not the clock's either";
     EXPECT_EQ(m_time, (tagTimeStruct{99, 99, 99, 9999}));
 }
 
@@ -147,41 +147,41 @@ TEST_F(TimeDateControl, SettingOnePartKeepsTheOther)
 {
     CTraceRecorder trace;
     ApplyDiagnoseFlags(*get_RemoteDiagnoseControl(), "calls", "test");
-    EXPECT_EQ(m_spClock->SetDate({2000, 2, 29}), S_OK);
+    EXPECT_EQ(m_clock->SetDate({2000, 2, 29}), S_OK);
     ApplyDiagnoseFlags(*get_RemoteDiagnoseControl(), "", "test");
     EXPECT_EQ(trace.Take().at(0), "[TimeDateControl] > SetDate");
-    EXPECT_EQ(m_spClock->m_now, std::pair(kTime, tagDateStruct{2000, 2, 29}));
-    EXPECT_EQ(m_spClock->SetTime({1, 2, 3, 4}), S_OK);
-    EXPECT_EQ(m_spClock->m_now, std::pair(tagTimeStruct{1, 2, 3, 4}, tagDateStruct{2000, 2, 29}));
+    EXPECT_EQ(m_clock->m_now, std::pair(kTime, tagDateStruct{2000, 2, 29}));
+    EXPECT_EQ(m_clock->SetTime({1, 2, 3, 4}), S_OK);
+    EXPECT_EQ(m_clock->m_now, std::pair(tagTimeStruct{1, 2, 3, 4}, tagDateStruct{2000, 2, 29}));
 }
 
 TEST(ModuleServices, TimeServicesReadAndSetTheSystemClock)
 {
-    const CClockRecorder clock;
-    CComPtr<IZOTimeDateControl> spClock;
-    ASSERT_EQ(GetModuleService(kTimeServices, std::addressof(spClock)), S_OK);
-    EXPECT_EQ(spClock->SetTimeAndDate({1, 2, 3, 4}, {2000, 2, 29}), S_OK);
+    const CClockRecorder recorder;
+    CComPtr<IZOTimeDateControl> clock;
+    ASSERT_EQ(GetModuleService(kTimeServices, std::addressof(clock)), S_OK);
+    EXPECT_EQ(clock->SetTimeAndDate({1, 2, 3, 4}, {2000, 2, 29}), S_OK);
     EXPECT_EQ(CClockRecorder::Take(), CClockRecorder::Setting(951786123, 4));
-    EXPECT_EQ(spClock->SetTimeAndDate(kTime, {2023, 4, 31}), S_FALSE) << "the platform decides";
-    EXPECT_EQ(spClock->SetDate({2000, 2, 29}), S_OK);
+    EXPECT_EQ(clock->SetTimeAndDate(kTime, {2023, 4, 31}), S_FALSE) << "the platform decides";
+    EXPECT_EQ(clock->SetDate({2000, 2, 29}), S_OK);
     const LONGLONG seconds = CClockRecorder::Take().value_or(CClockRecorder::Setting()).first;
     EXPECT_LE((std::time(nullptr) - seconds + 5) % 86400, 10) << "the time of day stays";
     const CClockRecorder refusing(EPERM);
-    EXPECT_EQ(spClock->SetTimeAndDate(kTime, kDate), S_FALSE);
+    EXPECT_EQ(clock->SetTimeAndDate(kTime, kDate), S_FALSE);
 }
 
 TEST(ModuleServices, NameVersionAndInterfaceMustFit)
 {
     CErrorRecorder recorder;
-    void* pService = &recorder;
+    void* service = &recorder;
     for (const wchar_t* name : {L"TimeServices", L"TimeServices_2.5", L"timeservices_2.6", L"_2.6", L""})
     {
-        EXPECT_EQ(GetModuleService(name, IID_IUnknown, &pService), E_NOINTERFACE);
-        EXPECT_EQ(std::exchange(pService, &recorder), nullptr);
+        EXPECT_EQ(GetModuleService(name, IID_IUnknown, &service), E_NOINTERFACE);
+        EXPECT_EQ(std::exchange(service, &recorder), nullptr);
     }
-    EXPECT_EQ(GetModuleService(kTimeServices, GUID_NULL, &pService), E_NOINTERFACE);
+    EXPECT_EQ(GetModuleService(kTimeServices, GUID_NULL, &service), E_NOINTERFACE);
     EXPECT_TRUE(recorder.Take().empty());
-    EXPECT_EQ(GetModuleService(nullptr, IID_IUnknown, &pService), E_POINTER);
+    EXPECT_EQ(GetModuleService(nullptr, IID_IUnknown, &service), E_POINTER);
     EXPECT_EQ(GetModuleService(kTimeServices, IID_IUnknown, nullptr), E_POINTER);
 }
 

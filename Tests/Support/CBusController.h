@@ -40,29 +40,28 @@ public:
     /// Enough for everything that is to happen at all.
     static constexpr DWORD kTimeoutMs = 30'000;
 
-    explicit CBusController(const tagBusSettings& settings = {})
-        : m_spChannel(CBusChannelObject::Create(settings))
+    explicit CBusController(const BusSettings& settings = {}) : m_channel(CBusChannelObject::Create(settings))
     {
-        m_spChannel->SetRemoteEnable(true);
-        EXPECT_EQ(m_spChannel->Connect(), S_OK);
+        m_channel->SetRemoteEnable(true);
+        EXPECT_EQ(m_channel->Connect(), S_OK);
     }
     CBusController(const CBusController&) = delete;
     CBusController& operator=(const CBusController&) = delete;
-    ~CBusController() { m_spChannel->Disconnect(); }
+    ~CBusController() { m_channel->Disconnect(); }
 
-    CBusChannelObject* operator->() const { return m_spChannel; }
-    CBusChannelObject& Channel() const { return *m_spChannel; }
+    CBusChannelObject* operator->() const { return m_channel; }
+    CBusChannelObject& Channel() const { return *m_channel; }
 
     void Send(std::string_view text, bool end = true)
     {
-        EXPECT_EQ(m_spChannel->Send(text, end, kTimeoutMs), S_OK) << text;
+        EXPECT_EQ(m_channel->Send(text, end, kTimeoutMs), S_OK) << text;
     }
     std::string Receive()
     {
-        const tagBusResponse response = m_spChannel->Receive(SIZE_MAX, kTimeoutMs);
+        const BusResponse response = m_channel->Receive(SIZE_MAX, kTimeoutMs);
         EXPECT_EQ(response.result, S_OK);
-        EXPECT_TRUE(response.bEnd);
-        return response.sBytes.substr(0, response.sBytes.size() - 1);
+        EXPECT_TRUE(response.end);
+        return response.bytes.substr(0, response.bytes.size() - 1);
     }
     std::string Query(std::string_view text)
     {
@@ -72,12 +71,12 @@ public:
     unsigned Poll()
     {
         unsigned char stb = 0;
-        EXPECT_EQ(m_spChannel->SerialPoll(&stb), S_OK);
+        EXPECT_EQ(m_channel->SerialPoll(&stb), S_OK);
         return stb;
     }
 
 private:
-    const CComPtr<CBusChannelObject> m_spChannel;
+    const CComPtr<CBusChannelObject> m_channel;
 };
 
 /// Notes the events of all paths as "Name path" or "Name(argument) path".
@@ -133,7 +132,7 @@ private:
     HRESULT Note(const std::string& name, long path)
     {
         const std::lock_guard lock(m_mutex);
-        m_events.push_back(name + (m_bPaths ? std::to_string(path) : ""));
+        m_events.push_back(name + (m_paths ? std::to_string(path) : ""));
         return S_OK;
     }
 
@@ -141,7 +140,7 @@ private:
     std::vector<std::string> m_events; // guarded by m_mutex
 
 public:
-    std::atomic<bool> m_bPaths{false}; ///< appends the path to each event
+    std::atomic<bool> m_paths{false}; ///< appends the path to each event
 };
 
 using CRecorderObject = CComObject<CEventRecorder, IZOScpiMultichannelEventObserver>;
@@ -150,9 +149,9 @@ using CRecorderObject = CComObject<CEventRecorder, IZOScpiMultichannelEventObser
 template <class TService>
 CComPtr<TService> AtRoot()
 {
-    CComPtr<TService> spService;
-    ZoGetRegisteredInterface(&TService::kInterfaceId, &spService);
-    return spService;
+    CComPtr<TService> service;
+    ZoGetRegisteredInterface(&TService::kInterfaceId, &service);
+    return service;
 }
 
 } // namespace ZoVelkor::RemoteKernel::Testing

@@ -11,13 +11,13 @@ struct CClockRecorder
     using Setting = std::pair<LONGLONG, int>;
 
     /// @param refusal  errno number with which every setting is refused; 0 accepts them
-    explicit CClockRecorder(int refusal = 0) : m_pFormer(SetSystemClockPrimitive(&Record))
+    explicit CClockRecorder(int refusal = 0) : m_former(SetSystemClockPrimitive(&Record))
     {
         s_iRefusal = refusal;
     }
     CClockRecorder(const CClockRecorder&) = delete;
     CClockRecorder& operator=(const CClockRecorder&) = delete;
-    ~CClockRecorder() { SetSystemClockPrimitive(m_pFormer); }
+    ~CClockRecorder() { SetSystemClockPrimitive(m_former); }
 
     /// The time that reached the clock since the last call, in seconds since 1970 and milliseconds.
     static std::optional<Setting> Take() { return std::exchange(s_last, std::nullopt); }
@@ -30,5 +30,5 @@ private:
     }
     static inline int s_iRefusal = 0;
     static inline std::optional<Setting> s_last;
-    const SystemClockPrimitive m_pFormer;
+    const SystemClockPrimitive m_former;
 };

@@ -15,16 +15,16 @@ namespace ZoVelkor
 class CErrorRecorder final : public IErrorSink
 {
 public:
-    struct tagEntry
+    struct Entry
     {
         tagErrorReport report;
         bool thrown = false;
     };
 
-    CErrorRecorder() : m_pFormer(SetErrorSink(this)) {}
+    CErrorRecorder() : m_former(SetErrorSink(this)) {}
     CErrorRecorder(const CErrorRecorder&) = delete;
     CErrorRecorder& operator=(const CErrorRecorder&) = delete;
-    ~CErrorRecorder() { SetErrorSink(m_pFormer); }
+    ~CErrorRecorder() { SetErrorSink(m_former); }
 
     void Report(const tagErrorReport& report, bool thrown) noexcept override
     {
@@ -32,7 +32,7 @@ public:
         m_entries.push_back({report, thrown});
     }
 
-    std::vector<tagEntry> Take()
+    std::vector<Entry> Take()
     {
         const CCritSectionLocker locker(m_section);
         return std::exchange(m_entries, {});
@@ -40,7 +40,7 @@ public:
 
 private:
     CCritSection m_section;
-    std::vector<tagEntry> m_entries ZO_GUARDED_BY(m_section);
-    IErrorSink* const m_pFormer;
+    std::vector<Entry> m_entries ZO_GUARDED_BY(m_section);
+    IErrorSink* const m_former;
 };
 } // namespace ZoVelkor

@@ -14,12 +14,12 @@ namespace ZoVelkor::RemoteKernel::Testing
 {
 
 /// An event as an observer heard it.
-struct tagHeardEvent
+struct HeardEvent
 {
-    std::unique_ptr<CLxiLanPacket> spPacket = std::make_unique<CLxiLanPacket>();
+    std::unique_ptr<CLxiLanPacket> packet = std::make_unique<CLxiLanPacket>();
     long event = kUnknownLxiEvent;
     CLxiTime time;
-    tagLxiPeer sender;
+    LxiPeer sender;
 };
 
 /// Keeps all events that it hears of until they are taken; goes before its endpoint.
@@ -43,17 +43,17 @@ public:
         }
     }
 
-    void OnLxiEvent(const tagLxiEvent& event) override
+    void OnLxiEvent(const LxiEvent& event) override
     {
-        tagHeardEvent heard{.event = event.event, .time = event.time, .sender = event.sender};
-        heard.spPacket->duplicatePacket(event.packet);
+        HeardEvent heard{.event = event.event, .time = event.time, .sender = event.sender};
+        heard.packet->duplicatePacket(event.packet);
         const std::lock_guard lock(m_mutex);
         m_heard.push_back(std::move(heard));
         m_changed.notify_one();
     }
 
     /// Waits for the next event; fails after half a minute.
-    tagHeardEvent Take()
+    HeardEvent Take()
     {
         std::unique_lock lock(m_mutex);
         if (!m_changed.wait_for(lock, std::chrono::seconds(30), [this] { return !m_heard.empty(); }))
@@ -61,7 +61,7 @@ public:
             ADD_FAILURE() << "no event";
             return {};
         }
-        tagHeardEvent heard = std::move(m_heard.front());
+        HeardEvent heard = std::move(m_heard.front());
         m_heard.pop_front();
         return heard;
     }
@@ -70,7 +70,7 @@ private:
     CLxiEventEndpoint& m_endpoint;
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::deque<tagHeardEvent> m_heard; // guarded by m_mutex
+    std::deque<HeardEvent> m_heard; // guarded by m_mutex
 };
 
 } // namespace ZoVelkor::RemoteKernel::Testing

@@ -28,14 +28,14 @@ CScpiClient::CScpiClient(std::uint16_t port, const std::string& address)
     addrinfo hints{};
     hints.ai_flags = AI_NUMERICHOST | AI_NUMERICSERV;
     hints.ai_socktype = SOCK_STREAM;
-    addrinfo* pFound = nullptr;
-    if (getaddrinfo(address.c_str(), std::to_string(port).c_str(), &hints, &pFound) != 0)
+    addrinfo* found = nullptr;
+    if (getaddrinfo(address.c_str(), std::to_string(port).c_str(), &hints, &found) != 0)
     {
         throw std::runtime_error("no address: " + address);
     }
-    m_socket = socket(pFound->ai_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const int result = connect(m_socket, pFound->ai_addr, pFound->ai_addrlen);
-    freeaddrinfo(pFound);
+    m_socket = socket(found->ai_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int result = connect(m_socket, found->ai_addr, found->ai_addrlen);
+    freeaddrinfo(found);
     if (result != 0)
     {
         Close();

@@ -15,14 +15,14 @@
 namespace ZoVelkor::RemoteKernel::Testing
 {
 
-using tagWords = std::vector<std::pair<std::string, std::uint32_t>>;
+using Words = std::vector<std::pair<std::string, std::uint32_t>>;
 
-struct tagTestParameter
+struct TestParameter
 {
-    std::uint32_t iType;
-    std::uint32_t iFlags = 0;
-    tagWords units{};
-    tagWords words{};
+    std::uint32_t type;
+    std::uint32_t flags = 0;
+    Words units{};
+    Words words{};
 };
 
 /// Builds command tables from header patterns: "SENSe#:FREQuency[:CW]" or "[:SENSe#]:...", '#' for a suffix,
@@ -34,17 +34,17 @@ public:
                        std::int32_t nodata,
                        std::int32_t data,
                        std::uint32_t flags,
-                       std::vector<tagTestParameter> parameters = {})
+                       std::vector<TestParameter> parameters = {})
     {
         const bool isCommon = pattern.front() == '*';
-        tagNode* node = isCommon ? &m_common : &m_root;
+        Node* node = isCommon ? &m_common : &m_root;
         for (pattern.remove_prefix(isCommon ? 1 : 0); !pattern.empty();)
         {
             node = &Child(*node, TakeKeyword(pattern));
         }
-        node->iNodata = nodata;
-        node->iData = data;
-        node->iFlags |= flags | (isCommon ? CCMD : 0U);
+        node->nodata = nodata;
+        node->data = data;
+        node->flags |= flags | (isCommon ? CCMD : 0U);
         node->parameters = std::move(parameters);
         return *this;
     }
@@ -62,15 +62,15 @@ public:
     }
 
 private:
-    struct tagNode
+    struct Node
     {
-        std::string sKeyword;
-        std::string sExpression;
-        std::int32_t iNodata = DEF;
-        std::int32_t iData = DEF;
-        std::uint32_t iFlags = 0;
-        std::vector<tagTestParameter> parameters;
-        std::vector<tagNode> children;
+        std::string keyword;
+        std::string expression;
+        std::int32_t nodata = DEF;
+        std::int32_t data = DEF;
+        std::uint32_t flags = 0;
+        std::vector<TestParameter> parameters;
+        std::vector<Node> children;
     };
 
     /// Cuts the first keyword off and gives it as the table writes it, with what begins with '#' behind it.
@@ -91,14 +91,14 @@ private:
         return keyword;
     }
 
-    static tagNode& Child(tagNode& parent, std::string keyword)
+    static Node& Child(Node& parent, std::string keyword)
     {
         const std::size_t stem = std::min(keyword.find('#'), keyword.size());
         const std::string suffix = keyword.substr(stem);
         keyword.erase(stem);
-        for (tagNode& child : parent.children)
+        for (Node& child : parent.children)
         {
-            if (child.sKeyword == keyword)
+            if (child.keyword == keyword)
             {
                 return child;
             }
@@ -115,7 +115,7 @@ private:
         return start;
     }
 
-    static std::uint32_t EmitWords(std::vector<_CMD_SET_RECORD>& table, const tagWords& words)
+    static std::uint32_t EmitWords(std::vector<_CMD_SET_RECORD>& table, const Words& words)
     {
         const std::uint32_t start = words.empty() ? 0 : Append(table, words.size());
         for (std::size_t i = 0; i < words.size(); ++i)
@@ -128,38 +128,37 @@ private:
         return start;
     }
 
-    static std::uint32_t EmitParameters(std::vector<_CMD_SET_RECORD>& table, const tagNode& node)
+    static std::uint32_t EmitParameters(std::vector<_CMD_SET_RECORD>& table, const Node& node)
     {
         const std::uint32_t start = node.parameters.empty() ? 0 : Append(table, node.parameters.size());
         for (std::uint32_t i = 0; i < node.parameters.size(); ++i)
         {
-            const tagTestParameter& parameter = node.parameters[i];
+            const TestParameter& parameter = node.parameters[i];
             const std::uint32_t units = EmitWords(table, parameter.units);
             const std::uint32_t words = EmitWords(table, parameter.words);
             const std::uint32_t next = i + 1 < node.parameters.size() ? start + i + 1 : 0;
             const auto count = static_cast<std::uint32_t>(parameter.words.size());
-            table[start + i].par = {"p", parameter.iType, units, count, words, next, parameter.iFlags};
+            table[start + i].par = {"p", parameter.type, units, count, words, next, parameter.flags};
         }
         return start;
     }
 
-    static std::uint32_t EmitGroup(std::vector<_CMD_SET_RECORD>& table, const tagNode& parent)
+    static std::uint32_t EmitGroup(std::vector<_CMD_SET_RECORD>& table, const Node& parent)
     {
         const auto& nodes = parent.children;
         const std::uint32_t start = nodes.empty() ? 0 : Append(table, nodes.size());
         for (std::size_t i = 0; i < nodes.size(); ++i)
         {
-            const tagNode& node = nodes[i];
+            const Node& node = nodes[i];
             const auto length = i == 0 ? static_cast<std::uint32_t>(nodes.size()) : 0U;
             const std::uint32_t children = EmitGroup(table, node);
-            table[start + i].hdr = {{}, node.iNodata, node.iData, children, length, 0, node.iFlags};
-            std::strncpy(table[start + i].hdr.szKeyword, node.sKeyword.c_str(), kTableTextSize - 1);
+            table[start + i].hdr = {{}, node.nodata, node.data, children, length, 0, node.flags};
+            std::strncpy(table[start + i].hdr.szKeyword, node.keyword.c_str(), kTableTextSize - 1);
         }
         return start;
     }
 
-    static void
-    AttachParameters(std::vector<_CMD_SET_RECORD>& table, const tagNode& parent, std::uint32_t group)
+    static void AttachParameters(std::vector<_CMD_SET_RECORD>& table, const Node& parent, std::uint32_t group)
     {
         for (std::uint32_t i = 0; i < parent.children.size(); ++i)
         {
@@ -170,23 +169,23 @@ private:
     }
 
     static void
-    AppendExpressions(std::vector<_CMD_SET_RECORD>& table, const tagNode& parent, std::uint32_t group)
+    AppendExpressions(std::vector<_CMD_SET_RECORD>& table, const Node& parent, std::uint32_t group)
     {
         for (std::uint32_t i = 0; i < parent.children.size(); ++i)
         {
-            const tagNode& node = parent.children[i];
-            if (!node.sExpression.empty())
+            const Node& node = parent.children[i];
+            if (!node.expression.empty())
             {
                 _CS_NSE& record = table[Append(table, 1)].nse;
-                std::strncpy(record.szExpression, node.sExpression.c_str(), kTableExpressionSize - 1);
+                std::strncpy(record.szExpression, node.expression.c_str(), kTableExpressionSize - 1);
                 record.iValue = NSE_HEADER | (group + i);
             }
             AppendExpressions(table, node, table[group + i].hdr.iSubStart);
         }
     }
 
-    tagNode m_common;
-    tagNode m_root;
+    Node m_common;
+    Node m_root;
 };
 
 /// An owner for a source; only its address counts.

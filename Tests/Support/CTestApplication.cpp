@@ -17,7 +17,7 @@ ZO_SOURCE_UNIT("Tests/Support/CTestApplication")
 
 namespace
 {
-enum tagCommand : std::int32_t
+enum Command : std::int32_t
 {
     CmdStore,
     CmdStoreWithSuffix,
@@ -36,11 +36,11 @@ constexpr std::uint32_t kNumber = ARG_SFLOAT | ARG_MINMAX | ARG_DEFAULT;
 constexpr std::uint32_t kBoolean = ARG_SFLOAT | ARG_OFF | MNEM;
 } // namespace
 
-struct CTestSink::tagCall
+struct CTestSink::Call
 {
     IZOScpiManager& manager;
     long remotePath;
-    bool bQuery;
+    bool query;
     const long* suffixes;
     std::vector<tagZO_SCPI_PARAMETER> arguments;
     IZOScpiOutputBuffer& output;
@@ -62,8 +62,8 @@ struct CTestSink::tagCall
 
 std::vector<_CMD_SET_RECORD> CTestSink::Table()
 {
-    const tagWords units{{"HZ", 1}};
-    const tagWords modes{{"POSitive", 1}, {"NEGative", 2}};
+    const Words units{{"HZ", 1}};
+    const Words modes{{"POSitive", 1}, {"NEGative", 2}};
     return CTableBuilder()
         .Add("CHANnel#1-3:FREQuency", DEF, CmdStoreWithSuffix, HDR_SET, {{kNumber, 0, units, {}}})
         .Add("INTeger", DEF, CmdStore, HDR_SET, {{ARG_SINT}})
@@ -100,16 +100,16 @@ HRESULT CTestSink::Execute(IUnknown* context,
 {
     if (m_running.fetch_add(1) != 0)
     {
-        m_bOverlapped = true;
+        m_overlapped = true;
     }
-    CComPtr<IZOScpiManager> spManager;
-    context->QueryInterface(IID_IZOScpiManager, reinterpret_cast<void**>(&spManager));
-    struct tagLeave
+    CComPtr<IZOScpiManager> manager;
+    context->QueryInterface(IID_IZOScpiManager, reinterpret_cast<void**>(&manager));
+    struct Leave
     {
         std::atomic<int>& running;
-        ~tagLeave() { --running; }
+        ~Leave() { --running; }
     } leave{m_running};
-    return Run({*spManager,
+    return Run({*manager,
                 remotePath,
                 isQuery != 0,
                 numericSuffixes,
@@ -118,7 +118,7 @@ HRESULT CTestSink::Execute(IUnknown* context,
                command);
 }
 
-HRESULT CTestSink::Run(const tagCall& call, unsigned long command)
+HRESULT CTestSink::Run(const Call& call, unsigned long command)
 {
     switch (command)
     {
@@ -149,7 +149,7 @@ HRESULT CTestSink::Run(const tagCall& call, unsigned long command)
     }
 }
 
-HRESULT CTestSink::Store(const tagCall& call, std::string prefix)
+HRESULT CTestSink::Store(const Call& call, std::string prefix)
 {
     m_last = std::move(prefix);
     for (const tagZO_SCPI_PARAMETER& argument : call.arguments)
@@ -160,7 +160,7 @@ HRESULT CTestSink::Store(const tagCall& call, std::string prefix)
     return S_OK;
 }
 
-HRESULT CTestSink::StoreBlock(const tagCall& call)
+HRESULT CTestSink::StoreBlock(const Call& call)
 {
     constexpr std::size_t kPiece = std::size_t{1} << 16;
     std::vector<unsigned char> block;
@@ -180,7 +180,7 @@ HRESULT CTestSink::StoreBlock(const tagCall& call)
     return S_OK;
 }
 
-HRESULT CTestSink::TakeBlock(const tagCall& call)
+HRESULT CTestSink::TakeBlock(const Call& call)
 {
     IZOScpiBlockData& block = *call.arguments.back().pBlockData;
     long wanted = call.Integer(0);
@@ -208,7 +208,7 @@ HRESULT CTestSink::TakeBlock(const tagCall& call)
     return S_OK;
 }
 
-HRESULT CTestSink::AnswerBlock(const tagCall& call) const
+HRESULT CTestSink::AnswerBlock(const Call& call) const
 {
     const std::string length = std::to_string(m_block.size());
     const std::string header = '#' + std::to_string(length.size()) + length;
@@ -216,7 +216,7 @@ HRESULT CTestSink::AnswerBlock(const tagCall& call) const
     return FAILED(result) ? result : call.output.WriteBinary(m_block.size(), m_block.data(), nullptr);
 }
 
-HRESULT CTestSink::AnswerList(const tagCall& call) const
+HRESULT CTestSink::AnswerList(const Call& call) const
 {
     std::vector<double> values;
     for (int i = 0; i < call.Integer(0); ++i)
@@ -226,16 +226,16 @@ HRESULT CTestSink::AnswerList(const tagCall& call) const
     return call.Format()->OutputDoubles(values.data(), values.size());
 }
 
-HRESULT CTestSink::SetFormat(const tagCall& call) const
+HRESULT CTestSink::SetFormat(const Call& call) const
 {
     return call.Format()->put_DataFormat(static_cast<tagEnumFormatDataType>(call.Integer(0)),
                                          call.Integer(1));
 }
 
-HRESULT CTestSink::Fail(const tagCall& call) const
+HRESULT CTestSink::Fail(const Call& call) const
 {
     call.output.Write(4, "half", nullptr);
-    switch (static_cast<tagFailure>(call.Integer(0)))
+    switch (static_cast<Failure>(call.Integer(0)))
     {
     case ErrorAndResultOne:
         call.SetError(kScpiSettingsConflict, L"one \"quoted\"");
@@ -260,11 +260,11 @@ HRESULT CTestSink::Fail(const tagCall& call) const
     }
 }
 
-HRESULT CTestSink::BeginOperation(const tagCall& call)
+HRESULT CTestSink::BeginOperation(const Call& call)
 {
     const std::lock_guard lock(m_mutex);
-    call.manager.GetPendingOperations(&m_spOperations);
-    const HRESULT result = m_spOperations->BeginOperation(call.remotePath, &m_operations.emplace_back());
+    call.manager.GetPendingOperations(&m_pendingOperations);
+    const HRESULT result = m_pendingOperations->BeginOperation(call.remotePath, &m_operations.emplace_back());
     SetEvent(m_operationBegun.Get());
     return result;
 }
@@ -274,7 +274,7 @@ void CTestSink::EndOperations()
     const std::lock_guard lock(m_mutex);
     for (const unsigned long operation : std::exchange(m_operations, {}))
     {
-        m_spOperations->EndOperation(operation);
+        m_pendingOperations->EndOperation(operation);
     }
 }
 
@@ -286,7 +286,7 @@ HRESULT CTestDevice::Reset()
 
 HRESULT CTestDevice::Selftest(short* passed)
 {
-    *passed = m_bHealthy ? VARIANT_TRUE : VARIANT_FALSE;
+    *passed = m_healthy ? VARIANT_TRUE : VARIANT_FALSE;
     return S_OK;
 }
 
@@ -310,17 +310,17 @@ HRESULT CTestDevice::Note(char event)
 }
 
 CComPtr<IZOScpiParser> MakeParser(const std::vector<_CMD_SET_RECORD>& records,
-                                  IZOScpiExecutionSink* pSink,
-                                  IZOScpiDeviceHandler* pDevice)
+                                  IZOScpiExecutionSink* sink,
+                                  IZOScpiDeviceHandler* device)
 {
-    const auto spParser = CComObject<CBScpiParser, IZOScpiParser>::Create(pDevice);
+    const auto parser = CComObject<CBScpiParser, IZOScpiParser>::Create(device);
     const auto size = static_cast<std::uint32_t>(records.size() * sizeof(_CMD_SET_RECORD));
     CComBSTR name(L"tester");
-    spParser->RegisterCommandTree(ZO_PARSER_TYPE_MEASUREMENT, name, {size, records.data()}, pSink);
-    return CComPtr<IZOScpiParser>(spParser);
+    parser->RegisterCommandTree(ZO_PARSER_TYPE_MEASUREMENT, name, {size, records.data()}, sink);
+    return CComPtr<IZOScpiParser>(parser);
 }
 
-tagTestInstrument::tagTestInstrument()
+TestInstrument::TestInstrument()
 {
     if (FAILED(kernel.Start()) || FAILED(Register(table, id)))
     {
@@ -328,15 +328,15 @@ tagTestInstrument::tagTestInstrument()
     }
 }
 
-HRESULT tagTestInstrument::Register(const std::vector<_CMD_SET_RECORD>& records,
-                                    GUID& objectId,
-                                    IZOScpiExecutionSink* pOtherSink)
+HRESULT TestInstrument::Register(const std::vector<_CMD_SET_RECORD>& records,
+                                 GUID& objectId,
+                                 IZOScpiExecutionSink* otherSink)
 {
-    IZOScpiExecutionSink* const pSink =
-        pOtherSink != nullptr ? pOtherSink : static_cast<IZOScpiExecutionSink*>(spSink);
+    IZOScpiExecutionSink* const usedSink =
+        otherSink != nullptr ? otherSink : static_cast<IZOScpiExecutionSink*>(sink);
     CoCreateGuid(&objectId);
-    const auto spParser = MakeParser(records, pSink, spDevice);
-    const tagZO_SCPI_PARSER_OBJECT object{L"tester", ZO_PARSER_TYPE_MEASUREMENT, spParser, objectId};
+    const auto parser = MakeParser(records, usedSink, device);
+    const tagZO_SCPI_PARSER_OBJECT object{L"tester", ZO_PARSER_TYPE_MEASUREMENT, parser, objectId};
     return kernel.ObjectRegistration().RegisterObject(&object);
 }
 

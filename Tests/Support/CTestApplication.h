@@ -22,7 +22,7 @@ class CTestSink : public CBScpiExecutionSink
 {
 public:
     /// What `FAIL n` and `FAIL? n` do.
-    enum tagFailure : int
+    enum Failure : int
     {
         ErrorAndResultOne,
         ErrorAndResultZero,
@@ -59,26 +59,26 @@ public:
     CUniqueEvent m_takeEntered{CreateEvent(FALSE, FALSE)};    ///< set when TAKE and the like run
     std::atomic<HRESULT> m_takeResult{S_OK};                  ///< why they failed
     std::atomic<int> m_running{0};                            ///< handlers at work, never above 1
-    std::atomic<bool> m_bOverlapped{false};                   ///< two ran at once
+    std::atomic<bool> m_overlapped{false};                    ///< two ran at once
 
 private:
-    struct tagCall;
+    struct Call;
 
-    HRESULT Run(const tagCall& call, unsigned long command);
-    HRESULT Store(const tagCall& call, std::string prefix);
-    HRESULT StoreBlock(const tagCall& call);
-    HRESULT TakeBlock(const tagCall& call);
-    HRESULT AnswerBlock(const tagCall& call) const;
-    HRESULT AnswerList(const tagCall& call) const;
-    HRESULT SetFormat(const tagCall& call) const;
-    HRESULT Fail(const tagCall& call) const;
-    HRESULT BeginOperation(const tagCall& call);
+    HRESULT Run(const Call& call, unsigned long command);
+    HRESULT Store(const Call& call, std::string prefix);
+    HRESULT StoreBlock(const Call& call);
+    HRESULT TakeBlock(const Call& call);
+    HRESULT AnswerBlock(const Call& call) const;
+    HRESULT AnswerList(const Call& call) const;
+    HRESULT SetFormat(const Call& call) const;
+    HRESULT Fail(const Call& call) const;
+    HRESULT BeginOperation(const Call& call);
 
     std::string m_last;
     std::vector<unsigned char> m_block;
     std::mutex m_mutex;
     std::vector<unsigned long> m_operations; // guarded by m_mutex
-    CComPtr<IZOScpiPendingOperations> m_spOperations;
+    CComPtr<IZOScpiPendingOperations> m_pendingOperations;
 };
 
 class CTestDevice : public CBScpiDeviceHandler
@@ -99,7 +99,7 @@ public:
     std::string TakeEvents();
 
     std::atomic<int> m_resets{0};
-    std::atomic<bool> m_bHealthy{true};
+    std::atomic<bool> m_healthy{true};
     std::wstring m_options;
 
 private:
@@ -114,22 +114,22 @@ using CDeviceObject = CComObject<CTestDevice, IZOScpiDeviceHandler>;
 
 /// A parser with a tree, as an application registers it.
 CComPtr<IZOScpiParser> MakeParser(const std::vector<_CMD_SET_RECORD>& records,
-                                  IZOScpiExecutionSink* pSink,
-                                  IZOScpiDeviceHandler* pDevice = nullptr);
+                                  IZOScpiExecutionSink* sink,
+                                  IZOScpiDeviceHandler* device = nullptr);
 
 /// A kernel with the test application in it.
-struct tagTestInstrument
+struct TestInstrument
 {
-    tagTestInstrument();
+    TestInstrument();
 
     /// Registers one more application under a fresh identity.
     ///
-    /// @param pOtherSink  null: the test application's own
+    /// @param otherSink  null: the test application's own
     HRESULT
-    Register(const std::vector<_CMD_SET_RECORD>& table, GUID& id, IZOScpiExecutionSink* pOtherSink = nullptr);
+    Register(const std::vector<_CMD_SET_RECORD>& table, GUID& id, IZOScpiExecutionSink* otherSink = nullptr);
 
-    CComPtr<CSinkObject> spSink = CSinkObject::Create();
-    CComPtr<CDeviceObject> spDevice = CDeviceObject::Create();
+    CComPtr<CSinkObject> sink = CSinkObject::Create();
+    CComPtr<CDeviceObject> device = CDeviceObject::Create();
     std::vector<_CMD_SET_RECORD> table = CTestSink::Table();
     CRemoteKernel kernel{{"Maker", "Model", "123", "1.0"}};
     GUID id{};

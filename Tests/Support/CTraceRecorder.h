@@ -14,10 +14,10 @@ namespace ZoVelkor
 class CTraceRecorder final : public ITraceSink
 {
 public:
-    CTraceRecorder() : m_pFormer(SetTraceSink(this)) {}
+    CTraceRecorder() : m_former(SetTraceSink(this)) {}
     CTraceRecorder(const CTraceRecorder&) = delete;
     CTraceRecorder& operator=(const CTraceRecorder&) = delete;
-    ~CTraceRecorder() { SetTraceSink(m_pFormer); }
+    ~CTraceRecorder() { SetTraceSink(m_former); }
 
     void Print(std::string_view line) noexcept override
     {
@@ -34,6 +34,6 @@ public:
 private:
     CCritSection m_section;
     std::vector<std::string> m_lines ZO_GUARDED_BY(m_section);
-    ITraceSink* const m_pFormer;
+    ITraceSink* const m_former;
 };
 } // namespace ZoVelkor

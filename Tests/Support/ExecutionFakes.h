@@ -25,28 +25,28 @@ public:
     HRESULT QueryInterface(const IID& iid, void** object) override
     {
         ++m_queries;
-        TInterface* pSelf = nullptr;
-        const HRESULT hr = iid == TInterface::kInterfaceId ? Give(&pSelf) : E_NOINTERFACE;
-        *object = pSelf;
-        return hr;
+        TInterface* self = nullptr;
+        const HRESULT result = iid == TInterface::kInterfaceId ? Give(&self) : E_NOINTERFACE;
+        *object = self;
+        return result;
     }
     ULONG AddRef() override { return static_cast<ULONG>(++std::atomic_ref(m_references)); }
     ULONG Release() override { return static_cast<ULONG>(--std::atomic_ref(m_references)); }
     /// Hands out a reference the way a service getter does.
     HRESULT Give(TInterface** target)
     {
-        *target = m_bPresent ? this : nullptr;
-        m_references += m_bPresent;
-        return m_bPresent ? S_OK : S_FALSE;
+        *target = m_present ? this : nullptr;
+        m_references += m_present;
+        return m_present ? S_OK : S_FALSE;
     }
 
     int m_references = 0;
     int m_queries = 0;
-    bool m_bPresent = true;
+    bool m_present = true;
 };
 
 /// What the command wrote; lets one of the writes fail.
-struct tagTranscript
+struct Transcript
 {
     std::string text;
     int calls = 0;
@@ -54,55 +54,55 @@ struct tagTranscript
 
     void FailAfter(int count) { failingCall = calls + count; }
     bool HasFailed() const { return calls > failingCall; }
-    HRESULT Add(std::string const& more) { return calls++ == failingCall ? E_FAIL : (text += more, S_OK); }
+    HRESULT Add(const std::string& more) { return calls++ == failingCall ? E_FAIL : (text += more, S_OK); }
 };
 
-struct tagFakeOutputBuffer : CFake<IZOScpiOutputBuffer>
+struct FakeOutputBuffer : CFake<IZOScpiOutputBuffer>
 {
-    HRESULT Write(unsigned long length, char const* text, wchar_t** error) override
+    HRESULT Write(unsigned long length, const char* text, wchar_t** error) override
     {
-        const HRESULT hr = transcript.Add(length != 0 ? std::string(text, length) : "");
-        if (FAILED(hr) && error != nullptr)
+        const HRESULT result = transcript.Add(length != 0 ? std::string(text, length) : "");
+        if (FAILED(result) && error != nullptr)
         {
             *error = SysAllocString(L"queue is full");
         }
-        return hr;
+        return result;
     }
     /// Lengths beyond 100 are not read.
-    HRESULT WriteBinary(unsigned long length, unsigned char const* data, wchar_t** error) override
+    HRESULT WriteBinary(unsigned long length, const unsigned char* data, wchar_t** error) override
     {
-        return Write(length > 100 ? 0 : length, reinterpret_cast<char const*>(data), error);
+        return Write(length > 100 ? 0 : length, reinterpret_cast<const char*>(data), error);
     }
 
-    tagTranscript transcript;
+    Transcript transcript;
 };
 
 /// Writes what it is asked for in brackets.
 class CFakeFormat : public CFake<IZOScpiSubsystemFormat>
 {
 public:
-    explicit CFakeFormat(tagTranscript& transcript) : m_transcript(transcript) {}
+    explicit CFakeFormat(Transcript& transcript) : m_transcript(transcript) {}
     HRESULT InsertDataSeparator() override { return m_transcript.Add(","); }
-    HRESULT NumericVariant(VARIANT const* value, tagEnumFormatDataType type, long width) override
+    HRESULT NumericVariant(const VARIANT* value, tagEnumFormatDataType type, long width) override
     {
         CComVariant number(*value);
         number.ChangeType(VT_R8);
         return Put(value->vt, static_cast<double>(number.dblVal), type, width);
     }
-    HRESULT NumericText(unsigned long n, char const* p) override { return Put("num", std::string(p, n)); }
-    HRESULT StringText(unsigned long n, char const* p) override { return Put("str", std::string(p, n)); }
-    HRESULT OutputData(VARIANT const*, tagEnumFormatDataInterpretation kind, VARIANT_BOOL separator) override
+    HRESULT NumericText(unsigned long n, const char* p) override { return Put("num", std::string(p, n)); }
+    HRESULT StringText(unsigned long n, const char* p) override { return Put("str", std::string(p, n)); }
+    HRESULT OutputData(const VARIANT*, tagEnumFormatDataInterpretation kind, VARIANT_BOOL separator) override
     {
         return Put("data", kind, separator);
     }
     HRESULT OutputScatteredData(unsigned long count,
-                                VARIANT const* const*,
-                                tagEnumFormatDataInterpretation const*,
+                                const VARIANT* const*,
+                                const tagEnumFormatDataInterpretation*,
                                 VARIANT_BOOL separator) override
     {
         return Put("scattered", count, separator);
     }
-    HRESULT OutputDoubles(double const* values, unsigned long n) override { return Put("reals", n, *values); }
+    HRESULT OutputDoubles(const double* values, unsigned long n) override { return Put("reals", n, *values); }
     HRESULT get_DataFormat(tagEnumFormatDataType*, long*) override { return E_NOTIMPL; }
     HRESULT put_DataFormat(tagEnumFormatDataType, long) override { return E_NOTIMPL; }
     HRESULT get_ByteOrder(tagEnumFormatByteOrder*) override { return E_NOTIMPL; }
@@ -110,26 +110,26 @@ public:
     HRESULT Reset() override { return E_NOTIMPL; }
     HRESULT GetDataFormatText(wchar_t** text) override
     {
-        const HRESULT hr = m_transcript.Add("");
-        *text = SUCCEEDED(hr) ? SysAllocString(L"REAL,32") : nullptr;
-        return hr;
+        const HRESULT result = m_transcript.Add("");
+        *text = SUCCEEDED(result) ? SysAllocString(L"REAL,32") : nullptr;
+        return result;
     }
 
 private:
     template <class... TItems>
-    HRESULT Put(TItems const&... items)
+    HRESULT Put(const TItems&... items)
     {
         std::ostringstream text;
         ((text << ' ' << items), ...);
         return m_transcript.Add("[" + text.str().substr(1) + "]");
     }
 
-    tagTranscript& m_transcript;
+    Transcript& m_transcript;
 };
 
-struct tagFakeErrorManagement : CFake<IZOScpiErrorManagement>
+struct FakeErrorManagement : CFake<IZOScpiErrorManagement>
 {
-    HRESULT SetError(long remotePath, short code, wchar_t const* detail) override
+    HRESULT SetError(long remotePath, short code, const wchar_t* detail) override
     {
         const std::string text(detail, detail + std::wcslen(detail));
         queue += std::to_string(remotePath) + ":" + std::to_string(code) + text + ";";
@@ -143,10 +143,10 @@ struct tagFakeErrorManagement : CFake<IZOScpiErrorManagement>
     HRESULT result = S_OK;
 };
 
-struct tagFakeStatusManagement : CFake<IZOScpiStatusManagement>
+struct FakeStatusManagement : CFake<IZOScpiStatusManagement>
 {
     HRESULT SerialPoll(long, unsigned char*) override { return E_NOTIMPL; }
-    HRESULT GetRegister(long, wchar_t const*, IZOScpiStatusRegister** target) override
+    HRESULT GetRegister(long, const wchar_t*, IZOScpiStatusRegister** target) override
     {
         *target = nullptr;
         return S_FALSE;
@@ -154,10 +154,9 @@ struct tagFakeStatusManagement : CFake<IZOScpiStatusManagement>
 };
 
 /// One command and everything that Execute would be given with it; itself the manager.
-struct tagCommand : CFake<IZOScpiManager>
+struct Command : CFake<IZOScpiManager>
 {
-    explicit tagCommand(std::vector<tagZO_SCPI_PARAMETER> parameters = {}) : arguments(std::move(parameters))
-    {}
+    explicit Command(std::vector<tagZO_SCPI_PARAMETER> parameters = {}) : arguments(std::move(parameters)) {}
     HRESULT GetRemotePath(long*) override { return E_NOTIMPL; }
     HRESULT GetErrorManagement(IZOScpiErrorManagement** p) override { return errors.Give(p); }
     HRESULT GetStatusManagement(IZOScpiStatusManagement** p) override { return status.Give(p); }
@@ -166,16 +165,16 @@ struct tagCommand : CFake<IZOScpiManager>
 
     std::vector<tagZO_SCPI_PARAMETER> arguments;
     long suffixes[3] = {4, 5, -1};
-    tagFakeOutputBuffer output;
-    tagTranscript& transcript = output.transcript;
+    FakeOutputBuffer output;
+    Transcript& transcript = output.transcript;
     CFakeFormat format{transcript};
-    tagFakeErrorManagement errors;
-    tagFakeStatusManagement status;
+    FakeErrorManagement errors;
+    FakeStatusManagement status;
     tagZO_SCPI_PARSER_DATA data =
         MakeScpiParserData(this, 2, 17, 0, suffixes, arguments.size(), arguments.data(), nullptr, &output);
 };
 
-inline tagZO_SCPI_PARAMETER Parameter(std::uint32_t type, char const* text, std::uint32_t code = 0)
+inline tagZO_SCPI_PARAMETER Parameter(std::uint32_t type, const char* text, std::uint32_t code = 0)
 {
     tagZO_SCPI_PARAMETER parameter{type, code, {}, 3, 5, 0, 0, 0, nullptr};
     std::strncpy(parameter.szText, text, sizeof(parameter.szText) - 1);
@@ -183,7 +182,7 @@ inline tagZO_SCPI_PARAMETER Parameter(std::uint32_t type, char const* text, std:
     return parameter;
 }
 
-inline tagZO_SCPI_PARAMETER Number(char const* text)
+inline tagZO_SCPI_PARAMETER Number(const char* text)
 {
     return Parameter(ZO_SCPI_PARAMTYPE_NUMERIC, text);
 }
@@ -198,7 +197,7 @@ using CRecord = CCommandExecutionData;
 
 /// Gives the command to both handler styles, each with a fresh pool or record.
 template <class TTest>
-void OnBothStyles(tagCommand const& command, TTest const& test)
+void OnBothStyles(const Command& command, const TTest& test)
 {
     CPool pool(command.data);
     test(pool);
@@ -207,10 +206,10 @@ void OnBothStyles(tagCommand const& command, TTest const& test)
 }
 
 /// One line for each report: condition, message, and whether it was thrown.
-inline std::string Lines(std::vector<CErrorRecorder::tagEntry> const& entries)
+inline std::string Lines(std::vector<CErrorRecorder::Entry> const& entries)
 {
     std::string lines;
-    for (auto const& [report, thrown] : entries)
+    for (const auto& [report, thrown] : entries)
     {
         lines += std::string(report.condition) + "|" + report.message + (thrown ? "|thrown\n" : "\n");
     }

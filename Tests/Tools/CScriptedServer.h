@@ -40,12 +40,12 @@ public:
     CScriptedServer& operator=(const CScriptedServer&) = delete;
     ~CScriptedServer();
 
-    const tagInstrumentAddress& Address() const noexcept { return m_address; }
+    const InstrumentAddress& Address() const noexcept { return m_address; }
     CPeer Accept();
 
 private:
     int m_listener;
-    tagInstrumentAddress m_address;
+    InstrumentAddress m_address;
 };
 
 } // namespace ZoVelkor::Tools::Testing

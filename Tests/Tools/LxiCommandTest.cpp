@@ -33,14 +33,14 @@ std::string Altered(std::size_t offset, const std::string& bytes)
     return std::string(kMessage).replace(offset, bytes.size(), bytes);
 }
 
-struct tagSendRow
+struct SendRow
 {
     const char* options;
     const char* text;
 };
 
 // clang-format off
-constexpr tagSendRow kSent[] = {
+constexpr SendRow kSent[] = {
     {"--time 0", "LAN0 domain 0 sequence 1 time 0.000000000 (now)"},
     {"-e LXIERROR --time 1.5 --domain 255 --sequence 4294967295",
      "LXIERROR domain 255 sequence 4294967295 time 1.500000000 (1970-01-01 00:00:01 UTC) flags error"},
@@ -51,7 +51,7 @@ constexpr tagSendRow kSent[] = {
      "LAN0 domain 0 sequence 1 time 0.000000000 (now) data 0:\"a:b\" data 255:0x00ff data 7:0x3078 data 8:0x0a"},
 };
 
-constexpr tagSendRow kNotSent[] = {
+constexpr SendRow kNotSent[] = {
     {"--event ''",               "--event : not 1 to 16 printable ASCII characters"},
     {"--event seventeen.letters", "not 1 to 16"},
     {"--time yesterday",         "--time yesterday: not now, SECONDS or +SECONDS"},
@@ -79,12 +79,12 @@ TEST_F(ToolTest, LxiSendShowsWhatTheOptionsMean)
 {
     for (const auto& [options, text] : kSent)
     {
-        const tagRun run = Run("lxi send --dry-run "s + options);
+        const ToolRun run = Run("lxi send --dry-run "s + options);
         EXPECT_EQ(run.out, "not sent: "s + text + "\n") << run.err;
     }
     for (const auto& [options, text] : kNotSent)
     {
-        const tagRun run = Run("lxi send "s + options);
+        const ToolRun run = Run("lxi send "s + options);
         EXPECT_EQ(run.exitCode, 2) << options;
         EXPECT_EQ(run.out, "") << options;
         EXPECT_THAT(run.err, HasSubstr(text)) << options;
@@ -134,13 +134,13 @@ constexpr const char* kSqueezed[] = {
     "000030 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\r\n*\r\n\r\n000060 00 00 00 00 00\n000065\n",
 };
 
-struct tagBadDump
+struct BadDump
 {
     const char* text;
     const char* err;
 };
 
-constexpr tagBadDump kBadDumps[] = {
+constexpr BadDump kBadDumps[] = {
     {"",                               "standard input: there is no event message in it"},
     {"4c58\n49 x",                     "line 2: x are no hexadecimal digits"},
     {"4c5",                            "line 1: 4c5 is no whole number of bytes"},
@@ -158,7 +158,7 @@ TEST_F(ToolTest, LxiDecodeTakesWhatToolsPrint)
         "00 00 00 00 00 00 00 05 01 68 65 6c 6c 6f 00 00\n");
     for (const std::string& dump : kDumps)
     {
-        const tagRun run = Run("lxi decode -", dump);
+        const ToolRun run = Run("lxi decode -", dump);
         EXPECT_EQ(run.out, "packet 1, offset 0: "s + kMessageText) << dump << run.err;
         EXPECT_EQ(run.exitCode, 0);
     }
@@ -171,13 +171,13 @@ TEST_F(ToolTest, LxiDecodeTakesWhatToolsPrint)
     EXPECT_EQ(Run("lxi decode missing 4c").exitCode, 2);
     for (const auto& [text, err] : kBadDumps)
     {
-        const tagRun run = Run("lxi decode -", text);
+        const ToolRun run = Run("lxi decode -", text);
         EXPECT_EQ(run.exitCode, 1) << text;
         EXPECT_THAT(run.err, HasSubstr(err));
     }
 }
 
-struct tagDamagedRow
+struct DamagedRow
 {
     std::string bytes;
     const char* out;
@@ -186,7 +186,7 @@ struct tagDamagedRow
 TEST_F(ToolTest, LxiDecodeSaysWhatIsWrongAndWhere)
 {
     // clang-format off
-    const tagDamagedRow kDamaged[] = {
+    const DamagedRow kDamaged[] = {
         {"\xFF" + kMessage, "packet 1, offset 0: damaged at offset 0 of 1: it does not begin with LX\npacket 2, offset 1: LAN3 "},
         {kMessage.substr(0, 37) + kMessage, "offset 0: damaged at offset 37 of 37: the header is cut off\npacket 2, offset 37: LAN3 "},
         {kMessage.substr(0, 37), "offset 0: damaged at offset 37 of 37: the header is cut off\n"},
@@ -200,7 +200,7 @@ TEST_F(ToolTest, LxiDecodeSaysWhatIsWrongAndWhere)
     // clang-format on
     for (const auto& [bytes, out] : kDamaged)
     {
-        const tagRun run = Run("lxi decode -", bytes);
+        const ToolRun run = Run("lxi decode -", bytes);
         EXPECT_THAT(run.out, HasSubstr(out));
         EXPECT_EQ(run.exitCode, run.out.find("damaged") != std::string::npos ? 1 : 0) << out;
     }
@@ -259,7 +259,7 @@ TEST_F(ToolTest, LxiDecodeReadsPcapFiles)
     };
     for (const std::string& capture : captures)
     {
-        const tagRun run = Run("lxi decode -", capture);
+        const ToolRun run = Run("lxi decode -", capture);
         EXPECT_EQ(run.out, kDatagram + ""s + kMessageText);
         EXPECT_EQ(run.err, "zo: 1 events, 0 damaged in 1 frames\n");
         EXPECT_EQ(run.exitCode, 0);
@@ -287,7 +287,7 @@ TEST_F(ToolTest, LxiDecodeSaysWhatIsWrongInPcapFiles)
                 packet.substr(0, 31),
                 altered(24, "\1\1\1\1")}) +
               "cut");
-    const tagRun run = Run("lxi decode odd.pcap --json");
+    const ToolRun run = Run("lxi decode odd.pcap --json");
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.err, "zo: 1 events, 4 damaged in 10 frames\n");
     const std::string peers = R"("from":"udp 10.0.0.1:5044","to":"udp 224.0.23.159:5044",)";
@@ -320,7 +320,7 @@ TEST(PcapFile, EveryTruncationIsNoticed)
         }
         else
         {
-            EXPECT_EQ(ReadPcapFile(part).sFault.empty(), size == 24) << size;
+            EXPECT_EQ(ReadPcapFile(part).fault.empty(), size == 24) << size;
         }
         // The frame itself, cut off by whoever captured it.
         const auto cut = Pcap(1, {(kMacs + "\x08\0"s + IpPacket(kMessage)).substr(0, size)});

@@ -26,13 +26,13 @@ protected:
     RegistryTool() { SetRegistryFile((Folder() / "r.db").c_str()); }
     ~RegistryTool() override { SetRegistryFile(nullptr); }
 
-    tagRun Registry(const std::string& action, const std::string& rest, std::string_view input = "") const
+    ToolRun Registry(const std::string& action, const std::string& rest, std::string_view input = "") const
     {
         return Run("registry " + action + " --file r.db " + rest, input);
     }
 };
 
-struct tagRegistryRow
+struct RegistryRow
 {
     const char* action;
     const char* rest;
@@ -42,7 +42,7 @@ struct tagRegistryRow
 };
 
 // clang-format off
-constexpr tagRegistryRow kRows[] = {
+constexpr RegistryRow kRows[] = {
     {"list",   "HKLM",                           3, "", "zo: cannot read r.db: No such file"},
     {"set",    "hklm\\Zo/a text x",              0, "", ""},
     {"get",    "HKEY_LOCAL_MACHINE\\zo/A TEXT",  0, "x\n", ""},
@@ -108,10 +108,10 @@ constexpr tagRegistryRow kRows[] = {
 
 TEST_F(RegistryTool, ActionsResultsAndExitCodes)
 {
-    for (const tagRegistryRow& row : kRows)
+    for (const RegistryRow& row : kRows)
     {
         SCOPED_TRACE(std::string(row.action) + ' ' + row.rest);
-        const tagRun run = Registry(row.action, row.rest);
+        const ToolRun run = Registry(row.action, row.rest);
         EXPECT_EQ(run.exitCode, row.exitCode);
         EXPECT_EQ(run.out, row.out);
         EXPECT_THAT(run.err, HasSubstr(row.err));
@@ -128,14 +128,14 @@ TEST_F(RegistryTool, HelpHasAnExampleAtEveryLevel)
     }
 }
 
-struct tagPathRow
+struct PathRow
 {
     const char* text;
     const char* path; ///< as it is shown; null: no path
 };
 
 // clang-format off
-constexpr tagPathRow kPaths[] = {
+constexpr PathRow kPaths[] = {
     {"HKLM",                  "HKEY_LOCAL_MACHINE"},
     {"hkcu\\",                "HKEY_CURRENT_USER"},
     {"hkey_users/a/b\\c/",    "HKEY_USERS\\a\\b\\c"},
@@ -159,7 +159,7 @@ constexpr tagPathRow kPaths[] = {
 
 TEST(RegistryPath, IsTakenApartAndShownSoThatItCanBeTyped)
 {
-    for (const tagPathRow& row : kPaths)
+    for (const PathRow& row : kPaths)
     {
         SCOPED_TRACE(row.text);
         if (row.path == nullptr)
@@ -167,7 +167,7 @@ TEST(RegistryPath, IsTakenApartAndShownSoThatItCanBeTyped)
             EXPECT_THROW(ParseRegistryPath(WideText(row.text)), CTextFault);
             continue;
         }
-        const tagRegistryPath path = ParseRegistryPath(WideText(row.text));
+        const RegistryPath path = ParseRegistryPath(WideText(row.text));
         EXPECT_EQ(PathText(path), row.path);
         EXPECT_EQ(ParseRegistryPath(WideText(PathText(path))).keys, path.keys);
     }
@@ -183,13 +183,13 @@ std::vector<BYTE> Bytes(std::wstring_view characters)
 }
 
 /// A value as it lies in the registry, and how it is written.
-struct tagFormRow
+struct FormRow
 {
-    tagRegistryValue value;
+    RegistryValue value;
     const char* text;
 };
 
-std::vector<tagFormRow> Forms()
+std::vector<FormRow> Forms()
 {
     using namespace std::string_view_literals;
     const std::wstring strange = {L'a', wchar_t(0xD800), wchar_t(0x7FFFFFFF), wchar_t(-1), L'\0'};
@@ -225,7 +225,7 @@ std::vector<tagFormRow> Forms()
 TEST_F(RegistryTool, EveryValueComesBackFromAnExport)
 {
     const std::wstring keys[] = {L"Zo", L"Zo\\a/b]", L"Zo\\u{A}\\x\ny", L"Zo\\ ä "};
-    const std::vector<tagFormRow> forms = Forms();
+    const std::vector<FormRow> forms = Forms();
     for (const std::wstring& name : keys)
     {
         HKEY key = 0;
@@ -249,16 +249,16 @@ TEST_F(RegistryTool, EveryValueComesBackFromAnExport)
     const auto former = ReadRegistryTree({HKEY_CURRENT_USER, L"Zo"});
     ASSERT_EQ(Registry("delete", "HKCU/Zo -r").exitCode, 0);
     EXPECT_THAT(Registry("import", "a").out, HasSubstr("a: 5 keys, 89 values, 89 of them changed\n"));
-    const std::function<void(const tagRegistryKey&, const tagRegistryKey&)> compare =
-        [&](const tagRegistryKey& was, const tagRegistryKey& is) {
-            EXPECT_EQ(was.name, is.name);
-            EXPECT_TRUE(was.values == is.values);
-            ASSERT_EQ(was.keys.size(), is.keys.size());
-            for (std::size_t i = 0; i < was.keys.size(); ++i)
-            {
-                compare(was.keys[i], is.keys[i]);
-            }
-        };
+    const std::function<void(const RegistryKey&, const RegistryKey&)> compare = [&](const RegistryKey& was,
+                                                                                    const RegistryKey& is) {
+        EXPECT_EQ(was.name, is.name);
+        EXPECT_TRUE(was.values == is.values);
+        ASSERT_EQ(was.keys.size(), is.keys.size());
+        for (std::size_t i = 0; i < was.keys.size(); ++i)
+        {
+            compare(was.keys[i], is.keys[i]);
+        }
+    };
     compare(former.top, ReadRegistryTree({HKEY_CURRENT_USER, L"Zo"}).top);
     EXPECT_TRUE(Registry("export", "HKCU/Zo").out == file);
     EXPECT_THAT(Registry("import", "-", file).out, HasSubstr(" 0 of them changed\n"));
@@ -321,13 +321,13 @@ TEST_F(RegistryTool, DamagedFilesAreNotImportedAtAll)
     {
         SCOPED_TRACE(fault);
         Write("bad", *text == '\n' ? "zo registry 1" + std::string(text) : text);
-        const tagRun run = Registry("import", "bad");
+        const ToolRun run = Registry("import", "bad");
         EXPECT_EQ(run.exitCode, 1);
         EXPECT_THAT(run.err, StartsWith(std::string("zo: bad:") + fault));
         EXPECT_EQ(Registry("list", "HKLM").out, "HKEY_LOCAL_MACHINE\n");
     }
     Write("good", "zo registry 1\n[HKLM]\nend\n");
-    const tagRun run = Run("registry import good --file good");
+    const ToolRun run = Run("registry import good --file good");
     EXPECT_EQ(run.exitCode, 3);
     EXPECT_THAT(run.err,
                 HasSubstr("zo: good:2: HKEY_LOCAL_MACHINE: the registry is damaged, or the file is"));

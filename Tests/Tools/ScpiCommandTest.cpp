@@ -24,7 +24,7 @@ class DemoScpi : public ToolTest
 {
 protected:
     /// Runs `zo scpi`; @ in the arguments stands for the instrument's address.
-    tagRun Scpi(std::string arguments, std::string_view input = "") const
+    ToolRun Scpi(std::string arguments, std::string_view input = "") const
     {
         if (const std::size_t place = arguments.find('@'); place != std::string::npos)
         {
@@ -34,10 +34,10 @@ protected:
     }
 
     const Demo::CDemoInstrument m_instrument{
-        {.iPort = 0, .sRegistryFile = (Folder() / "registry.db").string()}};
+        {.port = 0, .registryFile = (Folder() / "registry.db").string()}};
 };
 
-struct tagScpiRow
+struct ScpiRow
 {
     const char* arguments;
     const char* input;
@@ -47,7 +47,7 @@ struct tagScpiRow
 };
 
 // clang-format off
-constexpr tagScpiRow kRows[] = {
+constexpr ScpiRow kRows[] = {
     {"query @ *IDN? FREQ:CENT?",              "", 0, "Zo,Demo Analyser,0,1.0.0\n3000000000\n", ""},
     {"query @ 'FREQ:CENT 1GHz;CENT?'",        "", 0, "1000000000\n", ""},
     {"query @ SYST:ERR?",                     "", 0, "0,\"No error\"\n", ""},
@@ -75,11 +75,11 @@ constexpr tagScpiRow kRows[] = {
 
 TEST_F(DemoScpi, CommandsAnswersAndExitCodes)
 {
-    for (const tagScpiRow& row : kRows)
+    for (const ScpiRow& row : kRows)
     {
         SCOPED_TRACE(row.arguments);
         EXPECT_EQ(Scpi("write @ *RST *CLS").exitCode, 0);
-        const tagRun run = Scpi(row.arguments, row.input);
+        const ToolRun run = Scpi(row.arguments, row.input);
         EXPECT_EQ(run.exitCode, row.exitCode);
         EXPECT_EQ(run.out, row.out);
         EXPECT_THAT(run.err, HasSubstr(row.err));
@@ -128,7 +128,7 @@ TEST_F(ToolTest, AnAnswerThatEndsEarlyLeavesANamedRest)
     EXPECT_EQ(peer.ReadTo("*STB?\n"), "X?\nSYSTem:ERRor?\n*STB?\n");
     peer.Send("#15abc");
     peer.FinishSending();
-    const tagRun run = end.get();
+    const ToolRun run = end.get();
     EXPECT_EQ(run.exitCode, 3);
     EXPECT_THAT(run.err, EndsWith("(6 bytes of it came); x is not complete\n"));
 }
@@ -146,13 +146,13 @@ TEST_F(ToolTest, UnaskedResponsesAreRead)
 TEST_F(DemoScpi, TheConsoleEditsCompletesRemembersAndSurvivesCtrlC)
 {
     const std::string prompt = m_instrument.Address() + "> ";
-    struct tagStep
+    struct Step
     {
         const char* keys;
         const char* shown;
     };
     // clang-format off
-    constexpr tagStep kSteps[] = {
+    constexpr Step kSteps[] = {
         {"*IDN?\n",                       "Zo,Demo Analyser,0,1.0.0\r\n"},
         {"freq:ce\t?\n",                  "\r\n3000000000\r\n"},
         {"FREQ:CENT 1 GHz;sp\t?\n",       "\r\n2000000000\r\n"},
@@ -166,7 +166,7 @@ TEST_F(DemoScpi, TheConsoleEditsCompletesRemembersAndSurvivesCtrlC)
     // clang-format on
     CTerminal terminal(Folder(), {"scpi", m_instrument.Address(), "--timeout", "60"});
     EXPECT_THAT(terminal.WaitFor(prompt), EndsWith(prompt));
-    for (const tagStep& step : kSteps)
+    for (const Step& step : kSteps)
     {
         SCOPED_TRACE(step.keys);
         terminal.Type(step.keys);
@@ -196,7 +196,7 @@ TEST_F(ToolTest, CtrlCEndsACallOutsideTheConsole)
     EXPECT_EQ(terminal.WaitForExit(), 130);
 }
 
-struct tagCompletionRow
+struct CompletionRow
 {
     const char* line;
     const char* completed;
@@ -209,7 +209,7 @@ constexpr const char* kListing =
     ":DISPlay:TEXT[:DATA]\n:TRACe[:DATA]\n:ABORt/nquery/\n\n";
 
 // clang-format off
-constexpr tagCompletionRow kCompletions[] = {
+constexpr CompletionRow kCompletions[] = {
     {"",                  "",                  "*CLS *IDN ABORt DETector DISPlay FREQuency SENSe SYSTem TRACe"},
     {"s",                 "s",                 "sense system"},
     {"S",                 "S",                 "SENSe SYSTem"},
@@ -240,13 +240,13 @@ constexpr tagCompletionRow kCompletions[] = {
 TEST(HeaderCompletion, FollowsTheInstrumentsHeaders)
 {
     const CHeaderCompletion completion(kListing);
-    for (const tagCompletionRow& row : kCompletions)
+    for (const CompletionRow& row : kCompletions)
     {
-        const tagCompletion result = completion.Complete(row.line);
+        const Completion result = completion.Complete(row.line);
         std::string line = row.line;
         if (!result.text.empty())
         {
-            line.replace(line.size() - result.iReplaced, result.iReplaced, result.text);
+            line.replace(line.size() - result.replaced, result.replaced, result.text);
         }
         EXPECT_EQ(line, row.completed) << row.line;
         EXPECT_EQ(fmt::format("{}", fmt::join(result.choices, " ")), row.choices) << row.line;

@@ -35,7 +35,7 @@ std::vector<std::string> SortedLines(const std::string& text)
     return lines;
 }
 
-struct tagUsageRow
+struct UsageRow
 {
     const char* arguments;
     int exitCode;
@@ -43,7 +43,7 @@ struct tagUsageRow
 };
 
 // clang-format off
-constexpr tagUsageRow kBadUsage[] = {
+constexpr UsageRow kBadUsage[] = {
     {"",                                         2, "subcommand"},
     {"table",                                    2, "subcommand"},
     {"chair",                                    2, "zo: unknown: chair"},
@@ -69,9 +69,9 @@ constexpr tagUsageRow kBadUsage[] = {
 
 TEST_F(ToolTest, BadUsageHasAMessageAndAnExitCode)
 {
-    for (const tagUsageRow& row : kBadUsage)
+    for (const UsageRow& row : kBadUsage)
     {
-        const tagRun run = Run(row.arguments);
+        const ToolRun run = Run(row.arguments);
         EXPECT_EQ(run.exitCode, row.exitCode) << row.arguments;
         EXPECT_EQ(run.out, "") << row.arguments;
         EXPECT_THAT(run.err, HasSubstr(row.err)) << row.arguments;
@@ -82,7 +82,7 @@ TEST_F(ToolTest, HelpHasAnExampleAtEveryLevel)
 {
     for (const std::string level : {"zo", "zo table", "zo table headers", "zo table merge", "zo table save"})
     {
-        const tagRun run = Run(level.substr(2) + " --help");
+        const ToolRun run = Run(level.substr(2) + " --help");
         EXPECT_EQ(run.exitCode, 0) << level;
         EXPECT_THAT(run.out, HasSubstr("Example: " + level)) << level;
     }
@@ -90,13 +90,13 @@ TEST_F(ToolTest, HelpHasAnExampleAtEveryLevel)
 
 constexpr _CMD_SET_RECORD kSound = HDR("OUTPut", 0, 0, 0, 1, 0, QMARK | HDR_SET);
 
-struct tagBadFile
+struct BadFile
 {
     std::string bytes;
     const char* fault;
 };
 
-std::vector<tagBadFile> BadFiles()
+std::vector<BadFile> BadFiles()
 {
     const _CMD_SET_RECORD outside[] = {HDR("OUTPut", 0, 0, 900, 1, 0, 0)};
     const _CMD_SET_RECORD bracket[] = {HDR("[OUTPut", 0, 0, 0, 1, 0, 0)};
@@ -123,12 +123,12 @@ TEST_F(ToolTest, BadFilesAreNamedAndNotUsed)
     {
         SCOPED_TRACE(fault);
         Write("bad.tab", bytes);
-        const tagRun check = Run("table check bad.tab");
+        const ToolRun check = Run("table check bad.tab");
         EXPECT_EQ(check.exitCode, 1);
         EXPECT_THAT(check.out, StartsWith(std::string("bad.tab: ") + fault));
         for (const char* use : {"headers bad.tab", "merge bad.tab bad.tab -o x", "source bad.tab"})
         {
-            const tagRun run = Run(std::string("table ") + use);
+            const ToolRun run = Run(std::string("table ") + use);
             EXPECT_EQ(run.exitCode, 1) << use;
             EXPECT_EQ(run.out, "") << use;
             EXPECT_THAT(run.err, StartsWith(std::string("zo: bad.tab: ") + fault)) << use;
@@ -159,7 +159,7 @@ TEST_F(ToolTest, CheckTellsAllFaultsOfAllFiles)
     std::fill(std::begin(damaged[2].hdr.szKeyword), std::end(damaged[2].hdr.szKeyword), 'x');
     Write("bad.tab", TableFile(damaged));
     Write("good.tab", TableFile({&kSound, 1}));
-    const tagRun run = Run("table check bad.tab missing.tab good.tab");
+    const ToolRun run = Run("table check bad.tab missing.tab good.tab");
     EXPECT_EQ(run.exitCode, 3);
     EXPECT_THAT(run.err, StartsWith("zo: cannot read missing.tab"));
     EXPECT_EQ(run.out,
@@ -175,7 +175,7 @@ TEST_F(ToolTest, MergedTablesListTheCommandsOfBoth)
 {
     Write("a.tab", TableFile(Demo::AnalyzerTable()));
     Write("g.tab", TableFile(Demo::CGeneratorCommands::Table()));
-    const tagRun merge = Run("table merge a.tab g.tab -o -");
+    const ToolRun merge = Run("table merge a.tab g.tab -o -");
     EXPECT_EQ(merge.exitCode, 0);
     EXPECT_EQ(merge.err, "");
     EXPECT_EQ(Run("table check -", merge.out).exitCode, 0);
@@ -192,7 +192,7 @@ TEST_F(ToolTest, MergeTellsWhichCommandIsReplaced)
 {
     Write("a.tab", TableFile({&kSound, 1}));
     Write("b.tab", TableFile({&kSound, 1}));
-    const tagRun run = Run("table merge a.tab b.tab -o ab.tab");
+    const ToolRun run = Run("table merge a.tab b.tab -o ab.tab");
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_THAT(run.err, StartsWith("zo: Plug-in 'b.tab', record 0, keyword: 'OUTPut' replaces"));
     EXPECT_EQ(Read("ab.tab"), Read("a.tab"));
@@ -210,7 +210,7 @@ TEST_F(ToolTest, GroupsTellWhereTheyStandAndWhatIsInNone)
         NSE("1..4", NSE_HEADER | 1),
     };
     Write("t.tab", TableFile(table));
-    const tagRun run = Run("table groups t.tab");
+    const ToolRun run = Run("table groups t.tab");
     EXPECT_EQ(run.exitCode, 0) << run.err;
     EXPECT_EQ(run.out,
               "7 records, 6 groups\n"
@@ -220,7 +220,7 @@ TEST_F(ToolTest, GroupsTellWhereTheyStandAndWhatIsInNone)
               "\nMnemonics\n first  count  entries\n     4      1  LOW\n"
               "\nNumeric-suffix expressions\n first  count  entries\n     6      1  1:1..4\n"
               "\nOutside every group: 3\n");
-    const tagRun source = Run("table source t.tab");
+    const ToolRun source = Run("table source t.tab");
     EXPECT_EQ(source.exitCode, 1);
     EXPECT_THAT(source.err, HasSubstr("1 records belong to no group, the first is record 3"));
 }
@@ -258,7 +258,7 @@ TEST_F(ToolTest, ReaderThatHasGoneEndsItQuietly)
     int ends[2] = {};
     ASSERT_EQ(pipe(ends), 0);
     close(ends[0]);
-    const tagRun run = Run("table headers t.tab", "", ends[1]);
+    const ToolRun run = Run("table headers t.tab", "", ends[1]);
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(Run("table merge t.tab t.tab -o tt.tab", "", -1, ends[1]).exitCode, 0);
@@ -279,7 +279,7 @@ protected:
 
 private:
     const Demo::CDemoInstrument m_instrument{
-        {.iPort = 0, .sRegistryFile = (Folder() / "registry.db").string()}};
+        {.port = 0, .registryFile = (Folder() / "registry.db").string()}};
 };
 
 TEST_F(DemoTable, IsTheSameFromInstrumentAndFile)
@@ -287,7 +287,7 @@ TEST_F(DemoTable, IsTheSameFromInstrumentAndFile)
     Write(Resource(), "a file that happens to have that name");
     ASSERT_EQ(Run("table save " + Resource() + " -o demo.tab").exitCode, 0);
     EXPECT_EQ(Run("table check demo.tab").exitCode, 0);
-    const tagRun headers = Run("table headers " + Address());
+    const ToolRun headers = Run("table headers " + Address());
     EXPECT_EQ(headers.out, Run("table headers demo.tab").out);
     for (const char* line : {"*IDN?/qonly/\n", ":SENSe]:FREQuency:CENTer\n", ":OUTPut[:STATe]\n"})
     {
@@ -297,7 +297,7 @@ TEST_F(DemoTable, IsTheSameFromInstrumentAndFile)
     EXPECT_THAT(Run("table syntax --diagnostic " + Address()).out, HasSubstr(":SYSTem:HELP:TABLe?\n"));
 }
 
-struct tagBadAnswer
+struct BadAnswer
 {
     const char* answer;
     bool closes;
@@ -306,7 +306,7 @@ struct tagBadAnswer
 };
 
 // clang-format off
-constexpr tagBadAnswer kBadAnswers[] = {
+constexpr BadAnswer kBadAnswers[] = {
     {"-113,\"Undefined header;#SYST\"\r\n", false, 1, "gives no command table: -113,\"Undefined header;#SYST\"\n"},
     {"-300,\"Too many connections\"\n",     true,  1, "gives no command table: -300,\"Too many connections\"\n"},
     {"0,\"No error\"\n",                    false, 1, "gives no command table: 0,\"No error\"\n"},
@@ -323,7 +323,7 @@ constexpr tagBadAnswer kBadAnswers[] = {
 
 TEST_F(ToolTest, BadAnswersOfInstruments)
 {
-    for (const tagBadAnswer& row : kBadAnswers)
+    for (const BadAnswer& row : kBadAnswers)
     {
         SCOPED_TRACE(row.err);
         CScriptedServer server;
@@ -339,7 +339,7 @@ TEST_F(ToolTest, BadAnswersOfInstruments)
         {
             peer.FinishSending();
         }
-        const tagRun run = end.get();
+        const ToolRun run = end.get();
         EXPECT_EQ(run.exitCode, row.exitCode);
         EXPECT_THAT(run.err, HasSubstr(address));
         EXPECT_THAT(run.err, HasSubstr(row.err));

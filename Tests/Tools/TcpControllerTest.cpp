@@ -37,10 +37,10 @@ HRESULT Write(CController& controller, std::string text, short end = VARIANT_TRU
 std::string Response(CController& controller)
 {
     unsigned char* text = nullptr;
-    const HRESULT hResult = controller.ReadResponse(&text);
-    const std::string response = hResult == S_OK        ? reinterpret_cast<char*>(text)
-                                 : hResult == E_PENDING ? "pending"
-                                                        : "failed";
+    const HRESULT result = controller.ReadResponse(&text);
+    const std::string response = result == S_OK        ? reinterpret_cast<char*>(text)
+                                 : result == E_PENDING ? "pending"
+                                                       : "failed";
     CoTaskMemFree(text);
     return response;
 }
@@ -50,9 +50,9 @@ std::string Part(CController& controller, long count)
     std::string part(static_cast<std::size_t>(count), '\0');
     long got = -1;
     short end = 1;
-    const HRESULT hResult = controller.Read(count, reinterpret_cast<unsigned char*>(part.data()), &got, &end);
+    const HRESULT result = controller.Read(count, reinterpret_cast<unsigned char*>(part.data()), &got, &end);
     part.resize(static_cast<std::size_t>(got));
-    return hResult != S_OK ? "failed" : part + (end == VARIANT_TRUE ? "|end" : "");
+    return result != S_OK ? "failed" : part + (end == VARIANT_TRUE ? "|end" : "");
 }
 
 class TcpController : public testing::Test
@@ -65,11 +65,11 @@ protected:
         return m_server.Accept();
     }
 
-    void SetTimeout(long ms) { EXPECT_EQ(m_spController->put_Timeout(ms), S_OK); }
+    void SetTimeout(long ms) { EXPECT_EQ(m_controller.put_Timeout(ms), S_OK); }
 
     CScriptedServer m_server;
-    CComPtr<CController> m_spController = CController::Create(m_server.Address());
-    CController& m_controller = *m_spController;
+    CComPtr<CController> m_owner = CController::Create(m_server.Address());
+    CController& m_controller = *m_owner;
     CPeer m_peer = Connect();
 };
 
@@ -120,7 +120,7 @@ TEST_F(TcpController, AnEndedWriteHasALineFeedBehindIt)
     EXPECT_EQ(m_peer.ReadTo("x\n"), "DATA #11\n\n\nx\n");
 }
 
-struct tagLostPeer
+struct LostPeer
 {
     const char* response;
     std::function<void(CPeer&)> leave;
@@ -129,14 +129,14 @@ struct tagLostPeer
 
 TEST_F(TcpController, AVanishedPeerIsAnErrorUntilTheNextClear)
 {
-    const tagLostPeer rows[] = {
+    const LostPeer rows[] = {
         {"",
          [](CPeer& peer) { peer.FinishSending(); },
          "closed the connection in the middle of an answer (0 "},
         {"#19abc", [](CPeer& peer) { peer.FinishSending(); }, "(6 bytes of it came)"},
         {"", [](CPeer& peer) { peer.Reset(); }, ": cannot receive: Connection reset"},
     };
-    for (const tagLostPeer& row : rows)
+    for (const LostPeer& row : rows)
     {
         CPeer peer = Connect();
         auto response = std::async(std::launch::async, [this] { return Response(m_controller); });
@@ -194,46 +194,46 @@ TEST_F(TcpController, AResponseBeyondTheLimitIsNotKept)
 
 TEST(TcpControllerConnect, NobodyThere)
 {
-    const auto spController = CController::Create(tagInstrumentAddress{"127.0.0.1", "1"});
-    EXPECT_EQ(Write(*spController, "x"), E_FAIL);
-    EXPECT_EQ(spController->FaultText(), "127.0.0.1:1: not connected");
-    EXPECT_EQ(spController->Clear(), E_FAIL);
-    EXPECT_EQ(spController->FaultText(), "cannot connect to 127.0.0.1:1: Connection refused");
+    const auto controller = CController::Create(InstrumentAddress{"127.0.0.1", "1"});
+    EXPECT_EQ(Write(*controller, "x"), E_FAIL);
+    EXPECT_EQ(controller->FaultText(), "127.0.0.1:1: not connected");
+    EXPECT_EQ(controller->Clear(), E_FAIL);
+    EXPECT_EQ(controller->FaultText(), "cannot connect to 127.0.0.1:1: Connection refused");
 }
 
 /// A server that takes no more connections: further ones stay under way.
-struct tagFullServer
+struct FullServer
 {
-    tagFullServer()
+    FullServer()
     {
-        spFirst->put_Timeout(kLongMs);
-        EXPECT_EQ(spFirst->Clear(), S_OK);
+        first->put_Timeout(kLongMs);
+        EXPECT_EQ(first->Clear(), S_OK);
     }
 
     CScriptedServer server{0};
-    CComPtr<CController> spFirst = CController::Create(server.Address());
+    CComPtr<CController> first = CController::Create(server.Address());
 };
 
 TEST(TcpControllerConnect, ConnectingEndsWithTheTimeOut)
 {
-    const tagFullServer full;
-    const auto spController = CController::Create(full.server.Address());
-    spController->put_Timeout(kShortMs);
-    EXPECT_EQ(spController->Clear(), E_PENDING);
-    EXPECT_EQ(Write(*spController, "x"), E_FAIL);
+    const FullServer full;
+    const auto controller = CController::Create(full.server.Address());
+    controller->put_Timeout(kShortMs);
+    EXPECT_EQ(controller->Clear(), E_PENDING);
+    EXPECT_EQ(Write(*controller, "x"), E_FAIL);
 }
 
 TEST_F(TcpController, AbortEndsACallFromAnotherThread)
 {
-    const tagFullServer full;
-    const auto spStuck = CController::Create(full.server.Address());
+    const FullServer full;
+    const auto stuck = CController::Create(full.server.Address());
     const std::function<HRESULT()> calls[] = {
         [this] {
             unsigned char* text = nullptr;
             return m_controller.ReadResponse(&text);
         },
         [this] { return Write(m_controller, std::string(std::size_t{64} << 20, 'x')); },
-        [&] { return spStuck->Clear(); },
+        [&] { return stuck->Clear(); },
     };
     for (const auto& call : calls)
     {
@@ -242,7 +242,7 @@ TEST_F(TcpController, AbortEndsACallFromAnotherThread)
         while (result.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready)
         {
             m_controller.Abort();
-            spStuck->Abort();
+            stuck->Abort();
         }
         EXPECT_EQ(result.get(), E_ABORT);
     }
@@ -250,18 +250,18 @@ TEST_F(TcpController, AbortEndsACallFromAnotherThread)
 
 TEST_F(TcpController, TheStatusByteIsAskedForBetweenMessagesOnly)
 {
-    struct tagRow
+    struct Row
     {
         const char* answer;
-        HRESULT hResult;
+        HRESULT result;
         int status;
     };
-    for (const tagRow& row :
-         {tagRow{"80\n", S_OK, 80}, {"+255\r\n", S_OK, 255}, {"256\n", E_FAIL, 0}, {"x\n", E_FAIL, 0}})
+    for (const Row& row :
+         {Row{"80\n", S_OK, 80}, {"+255\r\n", S_OK, 255}, {"256\n", E_FAIL, 0}, {"x\n", E_FAIL, 0}})
     {
         m_peer.Send(row.answer);
         unsigned char status = 1;
-        EXPECT_EQ(m_controller.ReadStatusByte(&status), row.hResult) << row.answer;
+        EXPECT_EQ(m_controller.ReadStatusByte(&status), row.result) << row.answer;
         EXPECT_EQ(status, row.status) << row.answer;
         EXPECT_EQ(m_peer.ReadTo("\n"), "*STB?\n");
     }
@@ -304,12 +304,12 @@ TEST_F(TcpController, ManyConnectionsLeaveNothingBehind)
     const long threads = CountEntries("/proc/self/task");
     for (int i = 0; i < 64; ++i)
     {
-        const auto spController = CController::Create(m_server.Address());
-        ASSERT_EQ(spController->Clear(), S_OK);
-        ASSERT_EQ(spController->Clear(), S_OK);
+        const auto controller = CController::Create(m_server.Address());
+        ASSERT_EQ(controller->Clear(), S_OK);
+        ASSERT_EQ(controller->Clear(), S_OK);
         m_server.Accept().Send("1\n");
         m_server.Accept().Send("2\n");
-        EXPECT_EQ(Response(*spController), "2\n");
+        EXPECT_EQ(Response(*controller), "2\n");
     }
     EXPECT_EQ(CountEntries("/proc/self/fd"), descriptors);
     // A thread that was joined may still be leaving the list.

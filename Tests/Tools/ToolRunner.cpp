@@ -49,7 +49,7 @@ ToolTest::~ToolTest()
     std::filesystem::remove_all(m_folder);
 }
 
-tagRun ToolTest::Run(const std::string& arguments, std::string_view input, int output, int error) const
+ToolRun ToolTest::Run(const std::string& arguments, std::string_view input, int output, int error) const
 {
     std::istringstream words("zo " + arguments);
     std::vector<std::string> texts;

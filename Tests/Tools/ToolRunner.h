@@ -14,7 +14,7 @@ namespace ZoVelkor::Tools::Testing
 {
 
 /// What came of one run of the tool.
-struct tagRun
+struct ToolRun
 {
     int exitCode = -1; ///< -1 when a signal ended it
     std::string out;
@@ -35,7 +35,7 @@ protected:
     ///
     /// @param output  descriptor for its standard output; -1 collects it
     /// @param error   the same for its standard error
-    tagRun
+    ToolRun
     Run(const std::string& arguments, std::string_view input = "", int output = -1, int error = -1) const;
 
     void Write(const std::string& name, std::string_view bytes) const;

@@ -30,8 +30,8 @@ sigset_t InterruptSet()
 
 } // namespace
 
-CInterruptWatcher::CInterruptWatcher(tagIdleInterrupt idle)
-    : m_eIdle(idle),
+CInterruptWatcher::CInterruptWatcher(IdleInterrupt idle)
+    : m_idle(idle),
       m_stop(CreateEvent(TRUE, FALSE)),
       m_thread("ZoInterrupt")
 {
@@ -72,9 +72,9 @@ void CInterruptWatcher::Watch()
         if (isExitDue && !isCall)
         {
             // The other thread is in the look-up of a name or in a read that nothing else ends.
-            std::_Exit(static_cast<int>(tagExitCode::Interrupted));
+            std::_Exit(static_cast<int>(ExitCode::Interrupted));
         }
-        isExitDue = isSignal && !isCall && m_eIdle == tagIdleInterrupt::Exit;
+        isExitDue = isSignal && !isCall && m_idle == IdleInterrupt::Exit;
         timeoutMs = isCall ? kRepeatMs : (isExitDue ? kGraceMs : -1);
     }
 }
@@ -84,11 +84,11 @@ bool CInterruptWatcher::AbortCall(bool isSignal)
 {
     const std::lock_guard lock(m_mutex);
     m_isInterrupted = m_isInterrupted || isSignal;
-    if (m_pController != nullptr)
+    if (m_controller != nullptr)
     {
-        m_pController->Abort();
+        m_controller->Abort();
     }
-    return m_pController != nullptr;
+    return m_controller != nullptr;
 }
 
 void CInterruptWatcher::Forget()
@@ -97,27 +97,27 @@ void CInterruptWatcher::Forget()
 }
 
 CInterruptWatcher::CCall::CCall(CInterruptWatcher* watcher, IZOScpiController& controller)
-    : m_pWatcher(watcher)
+    : m_watcher(watcher)
 {
-    if (m_pWatcher != nullptr)
+    if (m_watcher != nullptr)
     {
-        const std::lock_guard lock(m_pWatcher->m_mutex);
-        m_pWatcher->m_pController = &controller;
+        const std::lock_guard lock(m_watcher->m_mutex);
+        m_watcher->m_controller = &controller;
     }
 }
 
 CInterruptWatcher::CCall::~CCall()
 {
-    if (m_pWatcher != nullptr)
+    if (m_watcher != nullptr)
     {
-        const std::lock_guard lock(m_pWatcher->m_mutex);
-        m_pWatcher->m_pController = nullptr;
+        const std::lock_guard lock(m_watcher->m_mutex);
+        m_watcher->m_controller = nullptr;
     }
 }
 
 bool CInterruptWatcher::CCall::IsInterrupted() const noexcept
 {
-    return m_pWatcher != nullptr && m_pWatcher->m_isInterrupted;
+    return m_watcher != nullptr && m_watcher->m_isInterrupted;
 }
 
 } // namespace ZoVelkor::Tools

@@ -16,9 +16,9 @@ namespace ZoVelkor::Tools
 {
 
 /// What Ctrl-C does while no call is in progress.
-enum class tagIdleInterrupt : std::uint8_t
+enum class IdleInterrupt : std::uint8_t
 {
-    Exit,    ///< the program ends with tagExitCode::Interrupted
+    Exit,    ///< the program ends with ExitCode::Interrupted
     Remember ///< the next call does not begin, see Forget
 };
 
@@ -29,7 +29,7 @@ enum class tagIdleInterrupt : std::uint8_t
 class CInterruptWatcher
 {
 public:
-    explicit CInterruptWatcher(tagIdleInterrupt idle);
+    explicit CInterruptWatcher(IdleInterrupt idle);
     CInterruptWatcher(const CInterruptWatcher&) = delete;
     CInterruptWatcher& operator=(const CInterruptWatcher&) = delete;
     /// Lets the signal do again what it did before.
@@ -52,7 +52,7 @@ public:
         bool IsInterrupted() const noexcept;
 
     private:
-        CInterruptWatcher* const m_pWatcher;
+        CInterruptWatcher* const m_watcher;
     };
 
 private:
@@ -71,13 +71,13 @@ private:
     void TakeSignal();
     bool AbortCall(bool isSignal);
 
-    const tagIdleInterrupt m_eIdle;
+    const IdleInterrupt m_idle;
     sigset_t m_formerMask{};
     CUniqueHandle<&close, int, -1> m_signals;
     CUniqueEvent m_stop;
     std::atomic<bool> m_isInterrupted = false;
     std::mutex m_mutex;
-    IZOScpiController* m_pController = nullptr; ///< of the call, guarded by the mutex
+    IZOScpiController* m_controller = nullptr; ///< of the call, guarded by the mutex
     CLoop m_loop{*this};
     CThread m_thread; ///< the last member, so that it ends before the others
 };

@@ -19,8 +19,8 @@ constexpr std::size_t kBarWidth = 30;
 } // namespace
 
 CProgressBar::CProgressBar(std::string what, std::size_t total)
-    : m_sWhat(std::move(what)),
-      m_iTotal(std::max<std::size_t>(total, 1)),
+    : m_what(std::move(what)),
+      m_total(std::max<std::size_t>(total, 1)),
       m_isTerminal(isatty(STDERR_FILENO) != 0),
       m_nextDraw(CClock::now() + kDrawInterval)
 {}
@@ -35,7 +35,7 @@ CProgressBar::~CProgressBar()
 
 void CProgressBar::Advance(std::size_t bytes)
 {
-    m_iDone += bytes;
+    m_done += bytes;
     const CClock::time_point now = CClock::now();
     if (m_isTerminal && now >= m_nextDraw)
     {
@@ -47,18 +47,18 @@ void CProgressBar::Advance(std::size_t bytes)
 void CProgressBar::Draw() noexcept
 {
     constexpr double kMebi = 1024.0 * 1024.0;
-    const double share = std::min(static_cast<double>(m_iDone) / static_cast<double>(m_iTotal), 1.0);
+    const double share = std::min(static_cast<double>(m_done) / static_cast<double>(m_total), 1.0);
     const auto filled = static_cast<std::size_t>(share * kBarWidth);
     fmt::print(stderr,
                "\r{} [{:#<{}}{:.<{}}] {:3.0f} %, {:.1f} of {:.1f} MiB",
-               m_sWhat,
+               m_what,
                "",
                filled,
                "",
                kBarWidth - filled,
                share * 100.0,
-               static_cast<double>(m_iDone) / kMebi,
-               static_cast<double>(m_iTotal) / kMebi);
+               static_cast<double>(m_done) / kMebi,
+               static_cast<double>(m_total) / kMebi);
     std::fflush(stderr);
     m_isDrawn = true;
 }

@@ -26,10 +26,10 @@ private:
 
     void Draw() noexcept;
 
-    const std::string m_sWhat;
-    const std::size_t m_iTotal;
+    const std::string m_what;
+    const std::size_t m_total;
     const bool m_isTerminal;
-    std::size_t m_iDone = 0;
+    std::size_t m_done = 0;
     CClock::time_point m_nextDraw;
     bool m_isDrawn = false;
 };

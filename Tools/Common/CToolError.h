@@ -7,7 +7,7 @@ namespace ZoVelkor::Tools
 {
 
 /// Exit codes of all subcommands; with several files the highest one that applies.
-enum class tagExitCode
+enum class ExitCode
 {
     Success = 0,
     Failed = 1,       ///< what was asked for failed: damaged table, instrument refused
@@ -20,12 +20,12 @@ enum class tagExitCode
 class CToolError : public std::runtime_error
 {
 public:
-    CToolError(tagExitCode code, const std::string& message) : std::runtime_error(message), m_eCode(code) {}
+    CToolError(ExitCode code, const std::string& message) : std::runtime_error(message), m_code(code) {}
 
-    tagExitCode Code() const noexcept { return m_eCode; }
+    ExitCode Code() const noexcept { return m_code; }
 
 private:
-    tagExitCode m_eCode;
+    ExitCode m_code;
 };
 
 } // namespace ZoVelkor::Tools

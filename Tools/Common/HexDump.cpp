@@ -88,7 +88,7 @@ public:
 private:
     [[noreturn]] void Refuse(const std::string& fault) const
     {
-        throw CToolError(tagExitCode::Failed, fmt::format("line {}: {}", m_line, fault));
+        throw CToolError(ExitCode::Failed, fmt::format("line {}: {}", m_line, fault));
     }
 
     /// Takes the offset that a line begins with, and leaves the digits alone.

@@ -10,18 +10,18 @@ namespace ZoVelkor::Tools
 /// Adds one subcommand to the tool.
 ///
 /// @param result  where its actions leave the exit code, while the command line is parsed
-using AddSubcommand = void (*)(CLI::App& tool, tagExitCode& result);
+using AddSubcommand = void (*)(CLI::App& tool, ExitCode& result);
 
 /// `zo table`: looks into command tables, merges them and writes them out.
-void AddTableCommands(CLI::App& tool, tagExitCode& result);
+void AddTableCommands(CLI::App& tool, ExitCode& result);
 
 /// `zo scpi`: talks to an instrument.
-void AddScpiCommands(CLI::App& tool, tagExitCode& result);
+void AddScpiCommands(CLI::App& tool, ExitCode& result);
 
 /// `zo registry`: reads, writes and watches the registry.
-void AddRegistryCommands(CLI::App& tool, tagExitCode& result);
+void AddRegistryCommands(CLI::App& tool, ExitCode& result);
 
 /// `zo lxi`: sends, receives and decodes LXI events.
-void AddLxiCommands(CLI::App& tool, tagExitCode& result);
+void AddLxiCommands(CLI::App& tool, ExitCode& result);
 
 } // namespace ZoVelkor::Tools

@@ -16,17 +16,16 @@ namespace ZoVelkor::Tools
 namespace
 {
 
-struct tagFileCloser
+struct FileCloser
 {
     void operator()(std::FILE* file) const noexcept { std::fclose(file); }
 };
 
-using CFile = std::unique_ptr<std::FILE, tagFileCloser>;
+using CFile = std::unique_ptr<std::FILE, FileCloser>;
 
 [[noreturn]] void Fail(const char* verb, const std::string& name)
 {
-    throw CToolError(tagExitCode::NoAccess,
-                     fmt::format("cannot {} {}: {}", verb, name, std::strerror(errno)));
+    throw CToolError(ExitCode::NoAccess, fmt::format("cannot {} {}: {}", verb, name, std::strerror(errno)));
 }
 
 CFile Open(const std::string& name, const char* mode, const char* verb)
@@ -89,7 +88,7 @@ void WriteOutput(const std::string& name, std::string_view bytes, bool isMore)
     {
         if (errno == EPIPE)
         {
-            throw tagReaderGone{};
+            throw ReaderGone{};
         }
         Fail("write", "standard output");
     }

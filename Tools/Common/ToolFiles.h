@@ -11,7 +11,7 @@ namespace ZoVelkor::Tools
 inline constexpr std::string_view kStandardStream = "-";
 
 /// Raised when whoever read the standard output has gone; nothing is left to do or to say.
-struct tagReaderGone
+struct ReaderGone
 {};
 
 /// Reads a file, or standard input.
@@ -23,7 +23,7 @@ std::string ReadInput(const std::string& name, std::size_t limit);
 /// Writes a file, or standard output, and sees to it that everything has arrived.
 ///
 /// @param isMore  goes behind what is in the file already
-/// @throws CToolError (NoAccess); tagReaderGone
+/// @throws CToolError (NoAccess); ReaderGone
 void WriteOutput(const std::string& name, std::string_view bytes, bool isMore = false);
 
 /// Says something on the standard error; one that nobody reads is no failure.

@@ -44,73 +44,72 @@ void MakeFile(const std::string& name)
         open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
     if (!file)
     {
-        throw CToolError(tagExitCode::NoAccess,
-                         fmt::format("cannot write {}: {}", name, std::strerror(errno)));
+        throw CToolError(ExitCode::NoAccess, fmt::format("cannot write {}: {}", name, std::strerror(errno)));
     }
 }
 
 } // namespace
 
-CInstrumentLink::CInstrumentLink(const tagInstrumentAddress& address,
+CInstrumentLink::CInstrumentLink(const InstrumentAddress& address,
                                  std::chrono::milliseconds timeout,
                                  CInterruptWatcher* watcher)
-    : m_sAddress(address.Text()),
+    : m_address(address.Text()),
       m_timeout(timeout),
-      m_pWatcher(watcher),
-      m_spController(CComObject<CTransferController, IZOScpiController>::Create(address))
+      m_watcher(watcher),
+      m_controller(CComObject<CTransferController, IZOScpiController>::Create(address))
 {
-    m_spController->put_Timeout(static_cast<long>(timeout.count()));
+    m_controller->put_Timeout(static_cast<long>(timeout.count()));
 }
 
 /// @return E_ABORT too when Ctrl-C came before the first wait of the call or after the last one
 template <class TCall>
 HRESULT CInstrumentLink::Call(TCall call)
 {
-    const CInterruptWatcher::CCall mark(m_pWatcher, *m_spController);
-    const HRESULT hResult = mark.IsInterrupted() ? E_ABORT : call();
-    return mark.IsInterrupted() ? E_ABORT : hResult;
+    const CInterruptWatcher::CCall mark(m_watcher, *m_controller);
+    const HRESULT result = mark.IsInterrupted() ? E_ABORT : call();
+    return mark.IsInterrupted() ? E_ABORT : result;
 }
 
-void CInstrumentLink::Fail(HRESULT hResult, const std::string& pending) const
+void CInstrumentLink::Fail(HRESULT result, const std::string& pending) const
 {
-    if (hResult == E_ABORT)
+    if (result == E_ABORT)
     {
-        throw CToolError(tagExitCode::Interrupted, m_sAddress + ": interrupted");
+        throw CToolError(ExitCode::Interrupted, m_address + ": interrupted");
     }
-    if (hResult == E_PENDING)
+    if (result == E_PENDING)
     {
-        throw CToolError(tagExitCode::NoAccess, pending);
+        throw CToolError(ExitCode::NoAccess, pending);
     }
-    throw CToolError(tagExitCode::NoAccess, m_spController->FaultText());
+    throw CToolError(ExitCode::NoAccess, m_controller->FaultText());
 }
 
-void CInstrumentLink::FailSend(HRESULT hResult) const
+void CInstrumentLink::FailSend(HRESULT result) const
 {
     const double seconds = std::chrono::duration<double>(m_timeout).count();
-    Fail(hResult, fmt::format("{}: takes nothing within {} s", m_sAddress, seconds));
+    Fail(result, fmt::format("{}: takes nothing within {} s", m_address, seconds));
 }
 
-void CInstrumentLink::FailRead(HRESULT hResult) const
+void CInstrumentLink::FailRead(HRESULT result) const
 {
     const double seconds = std::chrono::duration<double>(m_timeout).count();
-    Fail(hResult,
+    Fail(result,
          fmt::format("{}: no complete answer within {} s ({} bytes of it came)",
-                     m_sAddress,
+                     m_address,
                      seconds,
-                     m_spController->ReceivedBytes()));
+                     m_controller->ReceivedBytes()));
 }
 
 void CInstrumentLink::Connect()
 {
-    if (m_pWatcher != nullptr)
+    if (m_watcher != nullptr)
     {
-        m_pWatcher->Forget();
+        m_watcher->Forget();
     }
-    const HRESULT hResult = Call([this] { return m_spController->Clear(); });
-    if (hResult != S_OK)
+    const HRESULT result = Call([this] { return m_controller->Clear(); });
+    if (result != S_OK)
     {
         const double seconds = std::chrono::duration<double>(m_timeout).count();
-        Fail(hResult, fmt::format("cannot connect to {}: nothing within {} s", m_sAddress, seconds));
+        Fail(result, fmt::format("cannot connect to {}: nothing within {} s", m_address, seconds));
     }
 }
 
@@ -118,32 +117,32 @@ void CInstrumentLink::Send(std::string_view bytes, bool isEnd)
 {
     if (bytes.size() > kMaxWrite)
     {
-        throw CToolError(tagExitCode::Usage, "a command of more than 2 GiB");
+        throw CToolError(ExitCode::Usage, "a command of more than 2 GiB");
     }
     // The interface takes what it only reads as modifiable.
     auto* const data = reinterpret_cast<unsigned char*>(const_cast<char*>(bytes.data()));
-    const HRESULT hResult = Call([&] {
+    const HRESULT result = Call([&] {
         const short end = isEnd ? VARIANT_TRUE : VARIANT_FALSE;
-        return m_spController->Write(data, static_cast<long>(bytes.size()), end);
+        return m_controller->Write(data, static_cast<long>(bytes.size()), end);
     });
-    if (hResult != S_OK)
+    if (result != S_OK)
     {
-        FailSend(hResult);
+        FailSend(result);
     }
 }
 
-tagResponsePart CInstrumentLink::Read(std::size_t count)
+ResponsePart CInstrumentLink::Read(std::size_t count)
 {
-    tagResponsePart part{std::string(count, '\0')};
+    ResponsePart part{std::string(count, '\0')};
     long got = 0;
     short end = VARIANT_FALSE;
-    const HRESULT hResult = Call([&] {
+    const HRESULT result = Call([&] {
         auto* const buffer = reinterpret_cast<unsigned char*>(part.bytes.data());
-        return m_spController->Read(static_cast<long>(count), buffer, &got, &end);
+        return m_controller->Read(static_cast<long>(count), buffer, &got, &end);
     });
-    if (hResult != S_OK)
+    if (result != S_OK)
     {
-        FailRead(hResult);
+        FailRead(result);
     }
     part.bytes.resize(static_cast<std::size_t>(got));
     part.isEnd = end == VARIANT_TRUE;
@@ -152,11 +151,11 @@ tagResponsePart CInstrumentLink::Read(std::size_t count)
 
 std::string CInstrumentLink::ReadLine()
 {
-    tagResponsePart part = Read(kMaxLine);
+    ResponsePart part = Read(kMaxLine);
     if (!part.isEnd)
     {
-        throw CToolError(tagExitCode::Failed,
-                         fmt::format("{}: an answer of more than {} bytes", m_sAddress, kMaxLine));
+        throw CToolError(ExitCode::Failed,
+                         fmt::format("{}: an answer of more than {} bytes", m_address, kMaxLine));
     }
     return std::move(part.bytes);
 }
@@ -168,20 +167,20 @@ void CInstrumentLink::Transfer(const char* what,
                                TTransfer transfer)
 {
     CProgressBar bar(what, size);
-    m_spController->ForgetLastResult();
-    m_spController->ShowOn(&bar);
-    const HRESULT hResult = Call([&] { return transfer(Wide(name)); });
-    m_spController->ShowOn(nullptr);
-    if (hResult == S_FALSE && m_spController->LastResult() == S_OK)
+    m_controller->ForgetLastResult();
+    m_controller->ShowOn(&bar);
+    const HRESULT result = Call([&] { return transfer(Wide(name)); });
+    m_controller->ShowOn(nullptr);
+    if (result == S_FALSE && m_controller->LastResult() == S_OK)
     {
         CComBSTR text;
-        m_spController->GetLastError(&text);
-        throw CToolError(tagExitCode::NoAccess, fmt::format("{}: {}", name, Narrow(text)));
+        m_controller->GetLastError(&text);
+        throw CToolError(ExitCode::NoAccess, fmt::format("{}: {}", name, Narrow(text)));
     }
-    if (hResult != S_OK)
+    if (result != S_OK)
     {
-        const HRESULT hCause = hResult == E_ABORT ? hResult : m_spController->LastResult();
-        what[0] == 's' ? FailSend(hCause) : FailRead(hCause);
+        const HRESULT cause = result == E_ABORT ? result : m_controller->LastResult();
+        what[0] == 's' ? FailSend(cause) : FailRead(cause);
     }
 }
 
@@ -189,11 +188,11 @@ void CInstrumentLink::SendFile(const std::string& name, std::size_t size)
 {
     long sent = 0;
     Transfer("sending", name, size, [&](const CComBSTR& file) {
-        return m_spController->WriteFromFile(file, static_cast<long>(size), VARIANT_TRUE, &sent);
+        return m_controller->WriteFromFile(file, static_cast<long>(size), VARIANT_TRUE, &sent);
     });
     if (static_cast<std::size_t>(sent) != size)
     {
-        throw CToolError(tagExitCode::NoAccess,
+        throw CToolError(ExitCode::NoAccess,
                          fmt::format("{}: {} bytes were there and not {}", name, sent, size));
     }
 }
@@ -206,7 +205,7 @@ void CInstrumentLink::FetchFile(const std::string& name, std::size_t size)
     try
     {
         Transfer("fetching", name, size, [&](const CComBSTR& file) {
-            return m_spController->ReadToFile(file, static_cast<long>(size), &got, &end);
+            return m_controller->ReadToFile(file, static_cast<long>(size), &got, &end);
         });
     }
     catch (const CToolError& error)
@@ -215,8 +214,8 @@ void CInstrumentLink::FetchFile(const std::string& name, std::size_t size)
     }
     if (static_cast<std::size_t>(got) != size)
     {
-        throw CToolError(tagExitCode::NoAccess,
-                         fmt::format("{}: an answer that ends within a block", m_sAddress));
+        throw CToolError(ExitCode::NoAccess,
+                         fmt::format("{}: an answer that ends within a block", m_address));
     }
 }
 

@@ -14,7 +14,7 @@ namespace ZoVelkor::Tools
 {
 
 /// A part of a response.
-struct tagResponsePart
+struct ResponsePart
 {
     std::string bytes;
     bool isEnd = false; ///< the response ends with it
@@ -31,11 +31,11 @@ public:
     ///
     /// @param timeout  limit of each wait
     /// @param watcher  turns Ctrl-C into an abort; may be null
-    CInstrumentLink(const tagInstrumentAddress& address,
+    CInstrumentLink(const InstrumentAddress& address,
                     std::chrono::milliseconds timeout,
                     CInterruptWatcher* watcher = nullptr);
 
-    const std::string& Address() const noexcept { return m_sAddress; }
+    const std::string& Address() const noexcept { return m_address; }
 
     /// Opens the connection, instead of a former one; an earlier Ctrl-C is forgotten.
     void Connect();
@@ -44,7 +44,7 @@ public:
     void Send(std::string_view bytes, bool isEnd);
 
     /// Reads so many bytes of a response, fewer at its end.
-    tagResponsePart Read(std::size_t count);
+    ResponsePart Read(std::size_t count);
 
     /// Reads a response, or what is left of one, in one piece.
     ///
@@ -65,14 +65,14 @@ private:
     HRESULT Call(TCall call);
     template <class TTransfer>
     void Transfer(const char* what, const std::string& name, std::size_t size, TTransfer transfer);
-    [[noreturn]] void Fail(HRESULT hResult, const std::string& pending) const;
-    [[noreturn]] void FailSend(HRESULT hResult) const;
-    [[noreturn]] void FailRead(HRESULT hResult) const;
+    [[noreturn]] void Fail(HRESULT result, const std::string& pending) const;
+    [[noreturn]] void FailSend(HRESULT result) const;
+    [[noreturn]] void FailRead(HRESULT result) const;
 
-    const std::string m_sAddress;
+    const std::string m_address;
     const std::chrono::milliseconds m_timeout;
-    CInterruptWatcher* const m_pWatcher;
-    const CComPtr<CComObject<CTransferController, IZOScpiController>> m_spController;
+    CInterruptWatcher* const m_watcher;
+    const CComPtr<CComObject<CTransferController, IZOScpiController>> m_controller;
 };
 
 } // namespace ZoVelkor::Tools

@@ -20,10 +20,10 @@ std::size_t CMessageScanner::Take(std::string_view bytes)
     std::size_t taken = 0;
     while (taken < bytes.size())
     {
-        if (m_iBlockLeft > 0)
+        if (m_blockLeft > 0)
         {
-            const std::size_t part = std::min(m_iBlockLeft, bytes.size() - taken);
-            m_iBlockLeft -= part;
+            const std::size_t part = std::min(m_blockLeft, bytes.size() - taken);
+            m_blockLeft -= part;
             taken += part;
             continue;
         }
@@ -40,75 +40,75 @@ void CMessageScanner::TakeOne(char byte)
 {
     if (!m_isInside)
     {
-        m_eState = tagState::ItemStart;
+        m_state = Progress::ItemStart;
         m_isInside = true;
         m_hasQuestion = false;
-        m_cQuote = '\0';
+        m_quote = '\0';
     }
     if (byte == '\n')
     {
-        m_eState = tagState::End;
+        m_state = Progress::End;
         m_isInside = false;
         return;
     }
-    m_hasQuestion = m_hasQuestion || (byte == '?' && m_eState != tagState::Text);
-    m_eState = StateAfter(byte);
+    m_hasQuestion = m_hasQuestion || (byte == '?' && m_state != Progress::Text);
+    m_state = StateAfter(byte);
 }
 
-CMessageScanner::tagState CMessageScanner::StateAfter(char byte)
+CMessageScanner::Progress CMessageScanner::StateAfter(char byte)
 {
     const bool isSeparator = byte == ',' || byte == ';' || byte == ' ' || byte == '\t';
-    switch (m_eState)
+    switch (m_state)
     {
-    case tagState::Text:
-        return byte == m_cQuote ? tagState::Item : tagState::Text;
-    case tagState::BlockMark:
+    case Progress::Text:
+        return byte == m_quote ? Progress::Item : Progress::Text;
+    case Progress::BlockMark:
         if (IsDigit(byte) && byte != '0')
         {
-            m_iDigits = byte - '0';
-            m_iBlock = 0;
-            return tagState::BlockDigits;
+            m_digits = byte - '0';
+            m_block = 0;
+            return Progress::BlockDigits;
         }
         break;
-    case tagState::BlockDigits:
+    case Progress::BlockDigits:
         if (IsDigit(byte))
         {
             return TakeLengthDigit(byte);
         }
         break;
-    case tagState::Item:
+    case Progress::Item:
         // The second of two quotes goes on with the string that the first one seemed to end.
-        if (byte == m_cQuote)
+        if (byte == m_quote)
         {
-            return tagState::Text;
+            return Progress::Text;
         }
         break;
-    case tagState::End:
-    case tagState::ItemStart:
+    case Progress::End:
+    case Progress::ItemStart:
         if (byte == '"' || byte == '\'')
         {
-            m_cQuote = byte;
-            return tagState::Text;
+            m_quote = byte;
+            return Progress::Text;
         }
         if (byte == '#')
         {
-            return tagState::BlockMark;
+            return Progress::BlockMark;
         }
         break;
     }
-    m_cQuote = '\0';
-    return isSeparator ? tagState::ItemStart : tagState::Item;
+    m_quote = '\0';
+    return isSeparator ? Progress::ItemStart : Progress::Item;
 }
 
-CMessageScanner::tagState CMessageScanner::TakeLengthDigit(char byte)
+CMessageScanner::Progress CMessageScanner::TakeLengthDigit(char byte)
 {
-    m_iBlock = m_iBlock * 10 + static_cast<std::size_t>(byte - '0');
-    if (--m_iDigits > 0)
+    m_block = m_block * 10 + static_cast<std::size_t>(byte - '0');
+    if (--m_digits > 0)
     {
-        return tagState::BlockDigits;
+        return Progress::BlockDigits;
     }
-    m_iBlockLeft = m_iBlock;
-    return tagState::Item;
+    m_blockLeft = m_block;
+    return Progress::Item;
 }
 
 } // namespace ZoVelkor::Tools

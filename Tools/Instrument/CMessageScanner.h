@@ -20,14 +20,14 @@ public:
     std::size_t Take(std::string_view bytes);
 
     /// The last byte that was taken ended a message.
-    bool IsEnd() const noexcept { return m_eState == tagState::End; }
+    bool IsEnd() const noexcept { return m_state == Progress::End; }
     /// A message has begun and not ended.
     bool IsInside() const noexcept { return m_isInside; }
     /// A question mark outside strings and blocks was in the message that has begun or ended last.
     bool HasQuestion() const noexcept { return m_hasQuestion; }
 
 private:
-    enum class tagState : std::uint8_t
+    enum class Progress : std::uint8_t
     {
         End,
         ItemStart,
@@ -38,16 +38,16 @@ private:
     };
 
     void TakeOne(char byte);
-    tagState StateAfter(char byte);
-    tagState TakeLengthDigit(char byte);
+    Progress StateAfter(char byte);
+    Progress TakeLengthDigit(char byte);
 
-    tagState m_eState = tagState::End;
+    Progress m_state = Progress::End;
     bool m_isInside = false;
     bool m_hasQuestion = false;
-    char m_cQuote = '\0';
-    int m_iDigits = 0;            ///< digits of a block's length that are still to come
-    std::size_t m_iBlock = 0;     ///< length as far as it is known
-    std::size_t m_iBlockLeft = 0; ///< bytes of the block that are still to come
+    char m_quote = '\0';
+    int m_digits = 0;            ///< digits of a block's length that are still to come
+    std::size_t m_block = 0;     ///< length as far as it is known
+    std::size_t m_blockLeft = 0; ///< bytes of the block that are still to come
 };
 
 } // namespace ZoVelkor::Tools

@@ -39,21 +39,21 @@ constexpr std::string_view kEnd = "\n";
 constexpr std::string_view kTrigger = "*TRG\n";
 constexpr std::string_view kAskStatus = "*STB?\n";
 
-struct tagAddressFreer
+struct AddressFreer
 {
     void operator()(addrinfo* list) const noexcept { freeaddrinfo(list); }
 };
 
-using CAddressList = std::unique_ptr<addrinfo, tagAddressFreer>;
+using CAddressList = std::unique_ptr<addrinfo, AddressFreer>;
 
 /// @param[out] fault  0, or what getaddrinfo says
-CAddressList Resolve(const tagInstrumentAddress& address, int& fault)
+CAddressList Resolve(const InstrumentAddress& address, int& fault)
 {
     addrinfo hints{};
     hints.ai_socktype = SOCK_STREAM;
     hints.ai_flags = AI_NUMERICSERV;
     addrinfo* found = nullptr;
-    fault = getaddrinfo(address.sHost.c_str(), address.sPort.c_str(), &hints, &found);
+    fault = getaddrinfo(address.host.c_str(), address.port.c_str(), &hints, &found);
     return CAddressList(fault == 0 ? found : nullptr);
 }
 
@@ -96,9 +96,9 @@ void Empty(std::string& buffer)
 
 } // namespace
 
-CTcpController::CTcpController(tagInstrumentAddress address)
+CTcpController::CTcpController(InstrumentAddress address)
     : m_address(std::move(address)),
-      m_sFault(m_address.Text() + ": not connected"),
+      m_fault(m_address.Text() + ": not connected"),
       m_wake(CreateEvent(FALSE, FALSE)),
       m_thread("ZoTcpController")
 {
@@ -111,7 +111,7 @@ CTcpController::CTcpController(tagInstrumentAddress address)
 std::string CTcpController::FaultText() const
 {
     const std::lock_guard lock(m_mutex);
-    return m_sFault;
+    return m_fault;
 }
 
 std::size_t CTcpController::ReceivedBytes() const
@@ -122,17 +122,17 @@ std::size_t CTcpController::ReceivedBytes() const
 
 std::size_t CTcpController::UnreadBytes() const noexcept
 {
-    return (m_readScanner.IsInside() ? m_iReceived : 0) + m_pending.size() - m_iPendingUsed;
+    return (m_readScanner.IsInside() ? m_received : 0) + m_pending.size() - m_pendingUsed;
 }
 
-HRESULT CTcpController::Begin(tagRequest request)
+HRESULT CTcpController::Begin(Request request)
 {
     const std::lock_guard lock(m_mutex);
-    if (!m_isUp && request.eKind != tagKind::Connect)
+    if (!m_isUp && request.kind != Kind::Connect)
     {
         return DoAcknowledgeError();
     }
-    if (request.eKind == tagKind::AskStatus && (m_isAnswerDue || m_sendScanner.IsInside()))
+    if (request.kind == Kind::AskStatus && (m_isAnswerDue || m_sendScanner.IsInside()))
     {
         Fail("the status byte cannot be asked for inside a message or before an answer");
         return S_OK;
@@ -140,7 +140,7 @@ HRESULT CTcpController::Begin(tagRequest request)
     BeginRead();
     request.caller = std::this_thread::get_id();
     m_request = request;
-    ++m_iSerial;
+    ++m_serial;
     SetEvent(m_wake.Get());
     return S_OK;
 }
@@ -156,7 +156,7 @@ HRESULT CTcpController::DoClear()
     long timeoutMs = 0;
     CBScpiController::get_Timeout(&timeoutMs);
     const long limitMs = timeoutMs < 0 || timeoutMs > kMaxConnectMs ? kMaxConnectMs : timeoutMs;
-    return Begin({.eKind = tagKind::Connect, .deadline = CClock::now() + std::chrono::milliseconds(limitMs)});
+    return Begin({.kind = Kind::Connect, .deadline = CClock::now() + std::chrono::milliseconds(limitMs)});
 }
 
 HRESULT CTcpController::DoTrigger()
@@ -183,20 +183,20 @@ HRESULT CTcpController::DoTrigger()
 
 HRESULT CTcpController::DoReadStatusByte()
 {
-    return Begin({.eKind = tagKind::AskStatus, .data = kAskStatus, .iLimit = kMaxStatusAnswer});
+    return Begin({.kind = Kind::AskStatus, .data = kAskStatus, .limit = kMaxStatusAnswer});
 }
 
 HRESULT CTcpController::DoRead(bool, bool counted, long count)
 {
-    return Begin({.eKind = tagKind::Read,
+    return Begin({.kind = Kind::Read,
                   .isCounted = counted,
-                  .iLimit = counted ? static_cast<std::size_t>(count) : kMaxUncountedBytes});
+                  .limit = counted ? static_cast<std::size_t>(count) : kMaxUncountedBytes});
 }
 
 HRESULT CTcpController::DoWrite(unsigned char* data, long length, bool end)
 {
     const std::string_view bytes(reinterpret_cast<const char*>(data), static_cast<std::size_t>(length));
-    return Begin({.eKind = tagKind::Write, .data = bytes, .isEnd = end});
+    return Begin({.kind = Kind::Write, .data = bytes, .isEnd = end});
 }
 
 HRESULT CTcpController::DoFetchData(unsigned char* buffer, long* length)
@@ -220,7 +220,7 @@ HRESULT CTcpController::CheckProtocolError()
 {
     const std::lock_guard lock(m_mutex);
     // Abort comes here too, from another thread, and by then the request may be a new one.
-    if (m_request.eKind != tagKind::None && m_request.caller == std::this_thread::get_id())
+    if (m_request.kind != Kind::None && m_request.caller == std::this_thread::get_id())
     {
         TakeBack();
     }
@@ -229,39 +229,39 @@ HRESULT CTcpController::CheckProtocolError()
 
 void CTcpController::TakeBack()
 {
-    switch (m_request.eKind)
+    switch (m_request.kind)
     {
-    case tagKind::Read:
-    case tagKind::ReadStatus:
-        m_pending = m_data + m_pending.substr(m_iPendingUsed);
-        m_iPendingUsed = 0;
-        m_iReceived -= std::min(m_iReceived, m_data.size());
+    case Kind::Read:
+    case Kind::ReadStatus:
+        m_pending = m_data + m_pending.substr(m_pendingUsed);
+        m_pendingUsed = 0;
+        m_received -= std::min(m_received, m_data.size());
         m_readScanner = m_scannerBeforeRead;
         Empty(m_data);
         break;
-    case tagKind::Write:
-    case tagKind::AskStatus:
-        if (m_request.iSent > 0)
+    case Kind::Write:
+    case Kind::AskStatus:
+        if (m_request.sent > 0)
         {
             Disconnect();
-            m_sFault = m_address.Text() + ": a message was cut off in the middle";
+            m_fault = m_address.Text() + ": a message was cut off in the middle";
         }
         break;
-    case tagKind::Connect:
-        m_sFault = m_address.Text() + ": not connected";
+    case Kind::Connect:
+        m_fault = m_address.Text() + ": not connected";
         break;
-    case tagKind::None:
+    case Kind::None:
         break;
     }
     m_request = {};
-    ++m_iSerial;
+    ++m_serial;
     SetEvent(m_wake.Get());
 }
 
 void CTcpController::Serve()
 {
     CLock lock(m_mutex);
-    while (!m_bStop)
+    while (!m_stop)
     {
         Advance(lock);
     }
@@ -270,7 +270,7 @@ void CTcpController::Serve()
 void CTcpController::Stop()
 {
     const std::lock_guard lock(m_mutex);
-    m_bStop = true;
+    m_stop = true;
     SetEvent(m_wake.Get());
 }
 
@@ -280,23 +280,23 @@ void CTcpController::Advance(CLock& lock)
     {
         m_socket.Reset();
     }
-    switch (m_request.eKind)
+    switch (m_request.kind)
     {
-    case tagKind::None:
+    case Kind::None:
         Wait(lock, 0);
         break;
-    case tagKind::Connect:
+    case Kind::Connect:
         Connect(lock);
         break;
-    case tagKind::Write:
-    case tagKind::AskStatus:
+    case Kind::Write:
+    case Kind::AskStatus:
         if (!TryWrite())
         {
             Wait(lock, POLLOUT);
         }
         break;
-    case tagKind::Read:
-    case tagKind::ReadStatus:
+    case Kind::Read:
+    case Kind::ReadStatus:
         if (!TryRead())
         {
             Wait(lock, POLLIN);
@@ -324,8 +324,8 @@ void CTcpController::StartOver()
     m_sendScanner = {};
     m_readScanner = {};
     m_isAnswerDue = false;
-    m_iReceived = 0;
-    m_iPendingUsed = 0;
+    m_received = 0;
+    m_pendingUsed = 0;
     Empty(m_pending);
     Empty(m_data);
 }
@@ -333,7 +333,7 @@ void CTcpController::StartOver()
 void CTcpController::Connect(CLock& lock)
 {
     StartOver();
-    const unsigned serial = m_iSerial;
+    const unsigned serial = m_serial;
     int fault = 0;
     lock.unlock();
     const CAddressList candidates = Resolve(m_address, fault);
@@ -344,7 +344,7 @@ void CTcpController::Connect(CLock& lock)
     }
     if (candidates == nullptr)
     {
-        m_sFault = fmt::format("cannot find host {}: {}", m_address.sHost, gai_strerror(fault));
+        m_fault = fmt::format("cannot find host {}: {}", m_address.host, gai_strerror(fault));
     }
     else
     {
@@ -354,7 +354,7 @@ void CTcpController::Connect(CLock& lock)
             return;
         }
         m_isUp = fault == 0;
-        m_sFault = fmt::format("cannot connect to {}: {}", m_address.Text(), std::strerror(fault));
+        m_fault = fmt::format("cannot connect to {}: {}", m_address.Text(), std::strerror(fault));
     }
     m_request = {};
     static_cast<void>(m_isUp ? DoAcknowledgeClear() : DoAcknowledgeError());
@@ -415,17 +415,17 @@ int CTcpController::TryConnect(CLock& lock,
 /// What is done at length without the lock was not taken back meanwhile.
 bool CTcpController::IsCurrent(unsigned serial) const noexcept
 {
-    return !m_bStop && m_iSerial == serial;
+    return !m_stop && m_serial == serial;
 }
 
 /// @return false when the socket takes nothing at present
 bool CTcpController::TryWrite()
 {
     const std::size_t size = m_request.data.size();
-    if (m_request.iSent < size + (m_request.isEnd ? kEnd.size() : 0))
+    if (m_request.sent < size + (m_request.isEnd ? kEnd.size() : 0))
     {
-        const bool isEnd = m_request.iSent >= size;
-        const std::string_view piece = isEnd ? kEnd : m_request.data.substr(m_request.iSent);
+        const bool isEnd = m_request.sent >= size;
+        const std::string_view piece = isEnd ? kEnd : m_request.data.substr(m_request.sent);
         const int more = m_request.isEnd && !isEnd ? MSG_MORE : 0;
         const ssize_t sent = send(m_socket.Get(), piece.data(), piece.size(), MSG_NOSIGNAL | more);
         if (sent < 0)
@@ -440,7 +440,7 @@ bool CTcpController::TryWrite()
             }
             return true;
         }
-        m_request.iSent += static_cast<std::size_t>(sent);
+        m_request.sent += static_cast<std::size_t>(sent);
         return true;
     }
     FinishWrite();
@@ -454,9 +454,9 @@ void CTcpController::FinishWrite()
     {
         NoteSent(kEnd);
     }
-    if (m_request.eKind == tagKind::AskStatus)
+    if (m_request.kind == Kind::AskStatus)
     {
-        m_request.eKind = tagKind::ReadStatus;
+        m_request.kind = Kind::ReadStatus;
         return;
     }
     m_request = {};
@@ -481,7 +481,7 @@ bool CTcpController::TryRead()
         FinishRead(true);
         return true;
     }
-    if (m_data.size() < m_request.iLimit)
+    if (m_data.size() < m_request.limit)
     {
         return Receive();
     }
@@ -491,7 +491,7 @@ bool CTcpController::TryRead()
     }
     else
     {
-        FailLink(fmt::format("an answer of more than {} bytes", m_request.iLimit));
+        FailLink(fmt::format("an answer of more than {} bytes", m_request.limit));
     }
     return true;
 }
@@ -500,27 +500,27 @@ bool CTcpController::TryRead()
 void CTcpController::Gather()
 {
     const std::string_view fresh = std::string_view(m_pending).substr(
-        m_iPendingUsed, m_request.iLimit - std::min(m_request.iLimit, m_data.size()));
+        m_pendingUsed, m_request.limit - std::min(m_request.limit, m_data.size()));
     if (fresh.empty())
     {
         return;
     }
     if (!m_readScanner.IsInside())
     {
-        m_iReceived = 0;
+        m_received = 0;
     }
     const std::size_t taken = m_readScanner.Take(fresh);
     m_data.append(fresh.substr(0, taken));
-    m_iPendingUsed += taken;
-    m_iReceived += taken;
+    m_pendingUsed += taken;
+    m_received += taken;
 }
 
 bool CTcpController::Receive()
 {
     const std::size_t room =
-        m_request.isCounted ? std::min(kPieceBytes, m_request.iLimit - m_data.size()) : kPieceBytes;
+        m_request.isCounted ? std::min(kPieceBytes, m_request.limit - m_data.size()) : kPieceBytes;
     m_pending.resize(room);
-    m_iPendingUsed = 0;
+    m_pendingUsed = 0;
     const ssize_t count = recv(m_socket.Get(), m_pending.data(), room, 0);
     const int fault = count < 0 ? errno : 0;
     m_pending.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
@@ -546,7 +546,7 @@ void CTcpController::FinishRead(bool end)
     {
         m_isAnswerDue = false;
     }
-    if (m_request.eKind == tagKind::ReadStatus)
+    if (m_request.kind == Kind::ReadStatus)
     {
         FinishStatus();
         return;
@@ -572,7 +572,7 @@ void CTcpController::FinishStatus()
 
 void CTcpController::Fail(const std::string& what)
 {
-    m_sFault = fmt::format("{}: {}", m_address.Text(), what);
+    m_fault = fmt::format("{}: {}", m_address.Text(), what);
     m_request = {};
     DoAcknowledgeError();
 }

@@ -46,7 +46,7 @@ class CTcpController : public CBScpiController
 {
 public:
     /// @throws std::runtime_error when the system gives no thread or no event
-    explicit CTcpController(tagInstrumentAddress address);
+    explicit CTcpController(InstrumentAddress address);
     CTcpController(const CTcpController&) = delete;
     CTcpController& operator=(const CTcpController&) = delete;
 
@@ -77,7 +77,7 @@ private:
     using CLock = std::unique_lock<std::mutex>;
     using CUniqueSocket = CUniqueHandle<&close, int, -1>;
 
-    enum class tagKind : std::uint8_t
+    enum class Kind : std::uint8_t
     {
         None,
         Connect,
@@ -87,14 +87,14 @@ private:
         ReadStatus
     };
 
-    struct tagRequest
+    struct Request
     {
-        tagKind eKind = tagKind::None;
+        Kind kind = Kind::None;
         std::string_view data{}; ///< to write; the caller's
-        std::size_t iSent = 0;
+        std::size_t sent = 0;
         bool isEnd = false;
         bool isCounted = false;
-        std::size_t iLimit = 0; ///< most bytes to read
+        std::size_t limit = 0; ///< most bytes to read
         CClock::time_point deadline{};
         std::thread::id caller{};
     };
@@ -112,7 +112,7 @@ private:
     };
 
     // The caller's side.
-    HRESULT Begin(tagRequest request);
+    HRESULT Begin(Request request);
 
     // The thread's side. All take and leave the lock held; it is free while they wait.
     void Serve();
@@ -141,23 +141,23 @@ private:
     void FailLink(const std::string& what);
     void Disconnect();
 
-    const tagInstrumentAddress m_address;
+    const InstrumentAddress m_address;
 
     mutable std::mutex m_mutex; // guards all that follows up to the loop
-    bool m_bStop = false;
-    unsigned m_iSerial = 0; ///< counts the requests
-    tagRequest m_request;
+    bool m_stop = false;
+    unsigned m_serial = 0; ///< counts the requests
+    Request m_request;
     CUniqueSocket m_socket; ///< closed by the thread alone, which waits on it without the lock
     bool m_isUp = false;    ///< the connection can be used
-    std::string m_sFault;
+    std::string m_fault;
     CMessageScanner m_sendScanner;
     bool m_isAnswerDue = false;
     CMessageScanner m_readScanner;
     CMessageScanner m_scannerBeforeRead;
-    std::string m_pending;          ///< came, and belongs to no read yet
-    std::size_t m_iPendingUsed = 0; ///< how much of its beginning does
-    std::string m_data;             ///< what the read at hand has gathered, or the last one
-    std::size_t m_iReceived = 0;
+    std::string m_pending;         ///< came, and belongs to no read yet
+    std::size_t m_pendingUsed = 0; ///< how much of its beginning does
+    std::string m_data;            ///< what the read at hand has gathered, or the last one
+    std::size_t m_received = 0;
 
     CUniqueEvent m_wake; ///< auto-reset: there is a request, or none any more
     CLoop m_loop{*this};

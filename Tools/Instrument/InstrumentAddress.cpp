@@ -48,7 +48,7 @@ std::optional<std::string> HostOf(std::string_view text)
 }
 
 /// Splits host and port at the last separator.
-std::optional<tagInstrumentAddress> Split(std::string_view text, std::string_view separator)
+std::optional<InstrumentAddress> Split(std::string_view text, std::string_view separator)
 {
     const std::size_t place = text.rfind(separator);
     if (place == std::string_view::npos || !IsPort(text.substr(place + separator.size())))
@@ -56,8 +56,7 @@ std::optional<tagInstrumentAddress> Split(std::string_view text, std::string_vie
         return std::nullopt;
     }
     const std::optional<std::string> host = HostOf(text.substr(0, place));
-    return host ? std::optional(
-                      tagInstrumentAddress{*host, std::string(text.substr(place + separator.size()))})
+    return host ? std::optional(InstrumentAddress{*host, std::string(text.substr(place + separator.size()))})
                 : std::nullopt;
 }
 
@@ -75,13 +74,13 @@ std::optional<std::string_view> AfterInterface(std::string_view text)
 
 } // namespace
 
-std::string tagInstrumentAddress::Text() const
+std::string InstrumentAddress::Text() const
 {
-    const bool isV6 = sHost.find(':') != std::string::npos;
-    return isV6 ? fmt::format("[{}]:{}", sHost, sPort) : fmt::format("{}:{}", sHost, sPort);
+    const bool isV6 = host.find(':') != std::string::npos;
+    return isV6 ? fmt::format("[{}]:{}", host, port) : fmt::format("{}:{}", host, port);
 }
 
-std::optional<tagInstrumentAddress> ParseInstrumentAddress(const std::string& text)
+std::optional<InstrumentAddress> ParseInstrumentAddress(const std::string& text)
 {
     const std::optional<std::string_view> resource = AfterInterface(text);
     if (!resource)
@@ -94,13 +93,13 @@ std::optional<tagInstrumentAddress> ParseInstrumentAddress(const std::string& te
     if (!address)
     {
         throw CToolError(
-            tagExitCode::Usage,
+            ExitCode::Usage,
             fmt::format("{}: not of the form TCPIP::host::port::SOCKET with a port from 1 to 65535", text));
     }
     return address;
 }
 
-tagInstrumentAddress TakeInstrumentAddress(const std::string& text, const std::string& defaultPort)
+InstrumentAddress TakeInstrumentAddress(const std::string& text, const std::string& defaultPort)
 {
     if (auto address = ParseInstrumentAddress(text))
     {
@@ -110,7 +109,7 @@ tagInstrumentAddress TakeInstrumentAddress(const std::string& text, const std::s
     {
         return {*host, defaultPort};
     }
-    throw CToolError(tagExitCode::Usage,
+    throw CToolError(ExitCode::Usage,
                      fmt::format("{}: neither TCPIP::host::port::SOCKET nor host:port", text));
 }
 

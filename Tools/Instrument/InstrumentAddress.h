@@ -7,10 +7,10 @@ namespace ZoVelkor::Tools
 {
 
 /// Where an instrument answers raw SCPI over TCP.
-struct tagInstrumentAddress
+struct InstrumentAddress
 {
-    std::string sHost; ///< name or IP address, without brackets
-    std::string sPort; ///< 1 to 65535
+    std::string host; ///< name or IP address, without brackets
+    std::string port; ///< 1 to 65535
 
     /// As messages name it.
     std::string Text() const;
@@ -21,12 +21,12 @@ struct tagInstrumentAddress
 ///
 /// @return nothing when the text is no address
 /// @throws CToolError (Usage) for an address that begins like the first form and is not of that form
-std::optional<tagInstrumentAddress> ParseInstrumentAddress(const std::string& text);
+std::optional<InstrumentAddress> ParseInstrumentAddress(const std::string& text);
 
 /// The same where nothing but an address can stand.
 ///
 /// @param defaultPort  when the text has none; unless given, the usual one for raw SCPI
 /// @throws CToolError (Usage)
-tagInstrumentAddress TakeInstrumentAddress(const std::string& text, const std::string& defaultPort = "5025");
+InstrumentAddress TakeInstrumentAddress(const std::string& text, const std::string& defaultPort = "5025");
 
 } // namespace ZoVelkor::Tools

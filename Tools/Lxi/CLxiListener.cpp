@@ -26,7 +26,7 @@ using RemoteKernel::kMaxLxiMessageSize;
 constexpr int kPortAttempts = 16;
 
 /// Order of what Wait watches; connections follow.
-enum tagWatched : std::size_t
+enum Watched : std::size_t
 {
     kSignals,
     kMulticast,
@@ -42,7 +42,7 @@ std::string Place(in_addr address, std::uint16_t port)
 
 [[noreturn]] void Fail(in_addr address, std::uint16_t port, int error)
 {
-    throw CToolError(tagExitCode::NoAccess,
+    throw CToolError(ExitCode::NoAccess,
                      fmt::format("cannot listen on {}: {}", Place(address, port), std::strerror(error)));
 }
 
@@ -195,31 +195,31 @@ std::vector<pollfd> CLxiListener::Watched() const
         {m_unicast.Get(), POLLIN, 0},
         {m_acceptor.Get(), POLLIN, 0},
     };
-    for (const tagConnection& connection : m_connections)
+    for (const PeerConnection& connection : m_connections)
     {
         watched.push_back({connection.socket.Get(), POLLIN, 0});
     }
     return watched;
 }
 
-tagLxiWait CLxiListener::Wait(std::optional<Clock::time_point> deadline)
+LxiWait CLxiListener::Wait(std::optional<Clock::time_point> deadline)
 {
     std::vector<pollfd> watched = Watched();
     const int count = poll(watched.data(), watched.size(), MillisecondsUntil(deadline));
     if (count == 0)
     {
-        return tagLxiWait::TimeOut;
+        return LxiWait::TimeOut;
     }
     if (count < 0)
     {
-        return tagLxiWait::Heard;
+        return LxiWait::Heard;
     }
     if (watched[kSignals].revents != 0)
     {
-        return tagLxiWait::Interrupted;
+        return LxiWait::Interrupted;
     }
     std::size_t place = kConnections;
-    std::erase_if(m_connections, [&](tagConnection& connection) {
+    std::erase_if(m_connections, [&](PeerConnection& connection) {
         return watched[place++].revents != 0 && !Read(connection);
     });
     if (watched[kMulticast].revents != 0)
@@ -234,7 +234,7 @@ tagLxiWait CLxiListener::Wait(std::optional<Clock::time_point> deadline)
     {
         Accept();
     }
-    return tagLxiWait::Heard;
+    return LxiWait::Heard;
 }
 
 void CLxiListener::ReadDatagram(const CSocket& socket)
@@ -264,7 +264,7 @@ void CLxiListener::Accept()
 }
 
 /// @return false when the connection is over
-bool CLxiListener::Read(tagConnection& connection)
+bool CLxiListener::Read(PeerConnection& connection)
 {
     std::array<std::uint8_t, kMaxLxiMessageSize> bytes;
     const ssize_t count = recv(connection.socket.Get(), bytes.data(), bytes.size(), 0);

@@ -17,7 +17,7 @@
 namespace ZoVelkor::Tools
 {
 
-enum class tagLxiWait : std::uint8_t
+enum class LxiWait : std::uint8_t
 {
     Heard, ///< something has come; it need not have been a whole message
     TimeOut,
@@ -35,9 +35,9 @@ public:
     using Clock = std::chrono::steady_clock;
 
     /// Takes a datagram, or a message of a TCP stream.
-    using OnMessage = std::function<void(std::span<const std::uint8_t>, const RemoteKernel::tagLxiPeer&)>;
+    using OnMessage = std::function<void(std::span<const std::uint8_t>, const RemoteKernel::LxiPeer&)>;
     /// Takes what is wrong with a TCP stream, which is over.
-    using OnDamage = std::function<void(const RemoteKernel::tagLxiPeer&, const char* fault)>;
+    using OnDamage = std::function<void(const RemoteKernel::LxiPeer&, const char* fault)>;
 
     /// @param address  IPv4; 0.0.0.0 are all interfaces; multicast then comes by the system's choice and by
     /// loopback
@@ -54,13 +54,13 @@ public:
     /// Waits, and hands on all that has come.
     ///
     /// @param deadline  nothing: no time limit
-    tagLxiWait Wait(std::optional<Clock::time_point> deadline);
+    LxiWait Wait(std::optional<Clock::time_point> deadline);
 
 private:
-    struct tagConnection
+    struct PeerConnection
     {
         CSocket socket;
-        RemoteKernel::tagLxiPeer peer;
+        RemoteKernel::LxiPeer peer;
         RemoteKernel::CLxiStreamDecoder decoder;
     };
 
@@ -71,7 +71,7 @@ private:
     std::vector<pollfd> Watched() const;
     void ReadDatagram(const CSocket& socket);
     void Accept();
-    bool Read(tagConnection& connection);
+    bool Read(PeerConnection& connection);
 
     const in_addr m_address;
     const OnMessage m_onMessage;
@@ -82,7 +82,7 @@ private:
     CSocket m_unicast;
     CSocket m_multicast;
     CSocket m_acceptor;
-    std::list<tagConnection> m_connections;
+    std::list<PeerConnection> m_connections;
 };
 
 } // namespace ZoVelkor::Tools

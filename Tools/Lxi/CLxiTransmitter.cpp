@@ -20,17 +20,17 @@ namespace
 {
 
 /// The first IPv4 address of a host.
-sockaddr_in FindHost(const tagInstrumentAddress& address)
+sockaddr_in FindHost(const InstrumentAddress& address)
 {
     addrinfo hints{};
     hints.ai_family = AF_INET;
     hints.ai_socktype = SOCK_DGRAM;
     addrinfo* found = nullptr;
-    const int fault = getaddrinfo(address.sHost.c_str(), address.sPort.c_str(), &hints, &found);
+    const int fault = getaddrinfo(address.host.c_str(), address.port.c_str(), &hints, &found);
     if (fault != 0)
     {
-        throw CToolError(tagExitCode::NoAccess,
-                         fmt::format("cannot find host {}: {}", address.sHost, gai_strerror(fault)));
+        throw CToolError(ExitCode::NoAccess,
+                         fmt::format("cannot find host {}: {}", address.host, gai_strerror(fault)));
     }
     const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> owner(found, &freeaddrinfo);
     sockaddr_in name{};
@@ -38,18 +38,18 @@ sockaddr_in FindHost(const tagInstrumentAddress& address)
     return name;
 }
 
-sockaddr_in FindReceiver(const tagLxiReceiver& receiver)
+sockaddr_in FindReceiver(const LxiReceiver& receiver)
 {
-    if (receiver.sAddress.empty())
+    if (receiver.address.empty())
     {
-        return SocketName(TakeIpAddress(RemoteKernel::kLxiMulticastGroup), receiver.iPort);
+        return SocketName(TakeIpAddress(RemoteKernel::kLxiMulticastGroup), receiver.port);
     }
-    return FindHost(TakeInstrumentAddress(receiver.sAddress, std::to_string(receiver.iPort)));
+    return FindHost(TakeInstrumentAddress(receiver.address, std::to_string(receiver.port)));
 }
 
 } // namespace
 
-CLxiTransmitter::CLxiTransmitter(const tagLxiReceiver& receiver) : m_name(FindReceiver(receiver))
+CLxiTransmitter::CLxiTransmitter(const LxiReceiver& receiver) : m_name(FindReceiver(receiver))
 {
     if (!receiver.isTcp)
     {
@@ -62,11 +62,11 @@ CLxiTransmitter::CLxiTransmitter(const tagLxiReceiver& receiver) : m_name(FindRe
     }
     catch (const std::system_error& error)
     {
-        throw CToolError(tagExitCode::NoAccess, error.what());
+        throw CToolError(ExitCode::NoAccess, error.what());
     }
 }
 
-void CLxiTransmitter::OpenUdp(const tagLxiReceiver& receiver)
+void CLxiTransmitter::OpenUdp(const LxiReceiver& receiver)
 {
     m_udp.Reset(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     constexpr int kOn = 1;
@@ -74,9 +74,9 @@ void CLxiTransmitter::OpenUdp(const tagLxiReceiver& receiver)
     {
         Fail(errno);
     }
-    if (receiver.sAddress.empty())
+    if (receiver.address.empty())
     {
-        const sockaddr_in source = SocketName(TakeIpAddress(receiver.sInterface), 0);
+        const sockaddr_in source = SocketName(TakeIpAddress(receiver.interface), 0);
         const auto* const name = reinterpret_cast<const sockaddr*>(&source);
         if (setsockopt(m_udp.Get(), IPPROTO_IP, IP_MULTICAST_IF, &source.sin_addr, sizeof source.sin_addr) !=
                 0 ||
@@ -106,7 +106,7 @@ void CLxiTransmitter::Send(std::span<const std::uint8_t> message)
 
 void CLxiTransmitter::Fail(int error) const
 {
-    throw CToolError(tagExitCode::NoAccess,
+    throw CToolError(ExitCode::NoAccess,
                      fmt::format("cannot send to {}: {}", Receiver().Text(), std::strerror(error)));
 }
 

@@ -12,11 +12,11 @@ namespace ZoVelkor::Tools
 {
 
 /// Whom event messages are sent to, and how.
-struct tagLxiReceiver
+struct LxiReceiver
 {
-    std::string sAddress;    ///< HOST or HOST:PORT; empty: the multicast group
-    std::uint16_t iPort = 0; ///< unless the address has one
-    std::string sInterface;  ///< IPv4 address of the interface for multicast
+    std::string address;    ///< HOST or HOST:PORT; empty: the multicast group
+    std::uint16_t port = 0; ///< unless the address has one
+    std::string interface;  ///< IPv4 address of the interface for multicast
     bool isTcp = false;
 };
 
@@ -27,15 +27,15 @@ public:
     /// Finds the receiver; with TCP it connects.
     ///
     /// @throws CToolError (Usage, NoAccess)
-    explicit CLxiTransmitter(const tagLxiReceiver& receiver);
+    explicit CLxiTransmitter(const LxiReceiver& receiver);
 
     /// @throws CToolError (NoAccess)
     void Send(std::span<const std::uint8_t> message);
 
-    RemoteKernel::tagLxiPeer Receiver() const noexcept { return PeerOf(m_name, m_tcp.has_value()); }
+    RemoteKernel::LxiPeer Receiver() const noexcept { return PeerOf(m_name, m_tcp.has_value()); }
 
 private:
-    void OpenUdp(const tagLxiReceiver& receiver);
+    void OpenUdp(const LxiReceiver& receiver);
     [[noreturn]] void Fail(int error) const;
 
     sockaddr_in m_name;

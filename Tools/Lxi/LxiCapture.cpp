@@ -53,7 +53,7 @@ void PrintStream(Bytes bytes, CLxiEventPrinter& printer)
     }
 }
 
-bool IsEventDatagram(const tagCapturedDatagram& datagram, std::uint16_t port)
+bool IsEventDatagram(const CapturedDatagram& datagram, std::uint16_t port)
 {
     return datagram.sender.port == port || datagram.receiver.port == port ||
            (datagram.payload.size() >= kMark.size() &&
@@ -62,8 +62,8 @@ bool IsEventDatagram(const tagCapturedDatagram& datagram, std::uint16_t port)
 
 void PrintPcapFile(Bytes file, std::uint16_t port, CLxiEventPrinter& printer)
 {
-    const tagCapture capture = ReadPcapFile(file);
-    for (const tagCapturedDatagram& datagram : capture.datagrams)
+    const Capture capture = ReadPcapFile(file);
+    for (const CapturedDatagram& datagram : capture.datagrams)
     {
         if (!IsEventDatagram(datagram, port))
         {
@@ -76,9 +76,9 @@ void PrintPcapFile(Bytes file, std::uint16_t port, CLxiEventPrinter& printer)
                        datagram.missing},
                       datagram.payload);
     }
-    if (!capture.sFault.empty())
+    if (!capture.fault.empty())
     {
-        printer.PrintFault({"capture", ""}, capture.sFault);
+        printer.PrintFault({"capture", ""}, capture.fault);
     }
     Tell(fmt::format("{} in {} frames", printer.Summary(), capture.frameCount));
 }
@@ -105,7 +105,7 @@ void PrintLxiCapture(std::string_view capture, std::uint16_t port, CLxiEventPrin
     }
     if (printer.SoundCount() + printer.DamagedCount() == 0)
     {
-        throw CToolError(tagExitCode::Failed, "there is no event message in it");
+        throw CToolError(ExitCode::Failed, "there is no event message in it");
     }
 }
 

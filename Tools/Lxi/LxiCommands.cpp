@@ -29,11 +29,11 @@ namespace
 constexpr std::size_t kMaxCaptureSize = std::size_t{1} << 30U;
 
 /// What the actions of `zo lxi` are given.
-struct tagLxiOptions
+struct LxiOptions
 {
-    tagLxiEventWords event;
-    std::string sReceiver;
-    std::string sInterface = "127.0.0.1";
+    LxiEventWords event;
+    std::string receiver;
+    std::string interface = "127.0.0.1";
     std::vector<std::string> capture;
     std::uint32_t sequenceNumber = 1;
     std::size_t count = 0;
@@ -45,16 +45,16 @@ struct tagLxiOptions
     bool isJson = false;
 };
 
-tagLxiOrigin SentTo(const std::optional<CLxiTransmitter>& transmitter)
+LxiOrigin SentTo(const std::optional<CLxiTransmitter>& transmitter)
 {
     return {transmitter ? "sent to " + transmitter->Receiver().Text() : "not sent", ""};
 }
 
-tagExitCode Send(const tagLxiOptions& options)
+ExitCode Send(const LxiOptions& options)
 {
-    if (options.isTcp && options.sReceiver.empty())
+    if (options.isTcp && options.receiver.empty())
     {
-        throw CToolError(tagExitCode::Usage, "--tcp goes with --to");
+        throw CToolError(ExitCode::Usage, "--tcp goes with --to");
     }
     CLxiEventPrinter printer(false);
     std::uint32_t number = options.sequenceNumber;
@@ -63,8 +63,7 @@ tagExitCode Send(const tagLxiOptions& options)
     std::optional<CLxiTransmitter> transmitter;
     if (!options.isDryRun)
     {
-        transmitter.emplace(
-            tagLxiReceiver{options.sReceiver, options.port, options.sInterface, options.isTcp});
+        transmitter.emplace(LxiReceiver{options.receiver, options.port, options.interface, options.isTcp});
     }
     for (std::size_t sent = 0; sent < std::max<std::size_t>(options.count, 1); ++sent)
     {
@@ -82,15 +81,15 @@ tagExitCode Send(const tagLxiOptions& options)
             printer.Print(SentTo(transmitter), message);
         }
     }
-    return tagExitCode::Success;
+    return ExitCode::Success;
 }
 
-tagLxiOrigin HeardFrom(const RemoteKernel::tagLxiPeer& sender)
+LxiOrigin HeardFrom(const RemoteKernel::LxiPeer& sender)
 {
     return {sender.Text(), fmt::format(R"("from":"{}")", sender.Text())};
 }
 
-tagExitCode Listen(const tagLxiOptions& options)
+ExitCode Listen(const LxiOptions& options)
 {
     using Clock = CLxiListener::Clock;
     CLxiEventPrinter printer(options.isJson);
@@ -101,30 +100,30 @@ tagExitCode Listen(const tagLxiOptions& options)
     };
     auto deadline = nextDeadline();
     CLxiListener listener(
-        options.sInterface,
+        options.interface,
         options.port,
-        [&](auto message, const RemoteKernel::tagLxiPeer& sender) {
+        [&](auto message, const RemoteKernel::LxiPeer& sender) {
             // Several messages can come at once, of which not all are wanted.
             if (!isDone() && printer.Print(HeardFrom(sender), message))
             {
                 deadline = nextDeadline();
             }
         },
-        [&](const RemoteKernel::tagLxiPeer& sender, const char* fault) {
+        [&](const RemoteKernel::LxiPeer& sender, const char* fault) {
             printer.PrintFault(HeardFrom(sender), fault);
         });
     Tell("listening on " + listener.Text());
-    tagLxiWait wait = tagLxiWait::Heard;
-    while (wait == tagLxiWait::Heard && !isDone())
+    LxiWait wait = LxiWait::Heard;
+    while (wait == LxiWait::Heard && !isDone())
     {
         wait = listener.Wait(deadline);
     }
     Tell(printer.Summary());
-    if (wait == tagLxiWait::Interrupted)
+    if (wait == LxiWait::Interrupted)
     {
-        return tagExitCode::Interrupted;
+        return ExitCode::Interrupted;
     }
-    return options.count == 0 || isDone() ? tagExitCode::Success : tagExitCode::NoAccess;
+    return options.count == 0 || isDone() ? ExitCode::Success : ExitCode::NoAccess;
 }
 
 /// What is no file is a capture by itself when it consists of hexadecimal digits.
@@ -140,7 +139,7 @@ std::string ReadCapture(const std::vector<std::string>& words)
     }
     if (words.size() != 1)
     {
-        throw CToolError(tagExitCode::Usage,
+        throw CToolError(ExitCode::Usage,
                          fmt::format("{}: neither one file nor hexadecimal digits", Printable(text)));
     }
     return ReadInput(name, kMaxCaptureSize);
@@ -151,7 +150,7 @@ std::string NameOf(const std::vector<std::string>& words)
     return words.front() == kStandardStream ? "standard input" : Printable(words.front());
 }
 
-tagExitCode Decode(const tagLxiOptions& options)
+ExitCode Decode(const LxiOptions& options)
 {
     CLxiEventPrinter printer(options.isJson);
     const std::string capture = ReadCapture(options.capture);
@@ -163,7 +162,7 @@ tagExitCode Decode(const tagLxiOptions& options)
     {
         throw CToolError(error.Code(), fmt::format("{}: {}", NameOf(options.capture), error.what()));
     }
-    return printer.DamagedCount() == 0 ? tagExitCode::Success : tagExitCode::Failed;
+    return printer.DamagedCount() == 0 ? ExitCode::Success : ExitCode::Failed;
 }
 
 // What an action takes on the command line.
@@ -175,17 +174,17 @@ constexpr unsigned kCount = 0x10;
 constexpr unsigned kInterface = 0x20;
 constexpr unsigned kJson = 0x40;
 
-struct tagLxiAction
+struct LxiAction
 {
     const char* name;
     const char* description;
     unsigned takes;
     const char* examples;
-    tagExitCode (*run)(const tagLxiOptions& options);
+    ExitCode (*run)(const LxiOptions& options);
 };
 
 // clang-format off
-constexpr tagLxiAction kActions[] = {
+constexpr LxiAction kActions[] = {
     {"send", "Send event messages, to the multicast group on loopback unless told otherwise",
      kEvent | kReceiver | kCount | kInterface,
      "Example: zo lxi send --event LAN3\n"
@@ -208,15 +207,15 @@ constexpr const char* kLxiFooter = "Example: zo lxi listen\n"
                                    "Example: zo lxi send --event LAN3\n"
                                    "Example: zo lxi decode capture.pcap";
 
-void AddEventOptions(CLI::App& command, tagLxiEventWords& event)
+void AddEventOptions(CLI::App& command, LxiEventWords& event)
 {
     constexpr unsigned kMaxDomain = 255;
-    command.add_option("-e,--event", event.sEvent, "LAN0 to LAN7, LXIERROR or another name")
+    command.add_option("-e,--event", event.event, "LAN0 to LAN7, LXIERROR or another name")
         ->type_name("NAME")
         ->capture_default_str();
     command
         .add_option(
-            "--time", event.sTime, "now, SECONDS since 1970 or +SECONDS from now, with a fraction maybe")
+            "--time", event.time, "now, SECONDS since 1970 or +SECONDS from now, with a fraction maybe")
         ->type_name("TIME")
         ->capture_default_str();
     command.add_option("--domain", event.domain, "Domain")
@@ -232,10 +231,10 @@ void AddEventOptions(CLI::App& command, tagLxiEventWords& event)
         ->allow_extra_args(false);
 }
 
-void AddReceiverOptions(CLI::App& command, tagLxiOptions& options)
+void AddReceiverOptions(CLI::App& command, LxiOptions& options)
 {
     CLI::Option* const receiver =
-        command.add_option("--to", options.sReceiver, "One receiver")->type_name("HOST[:PORT]");
+        command.add_option("--to", options.receiver, "One receiver")->type_name("HOST[:PORT]");
     command
         .add_flag_callback(
             "--multicast", [] {}, "To the multicast group, which is usual")
@@ -248,7 +247,7 @@ void AddReceiverOptions(CLI::App& command, tagLxiOptions& options)
     command.add_flag("--hex", options.isHex, "Show the bytes that are sent, nothing else");
 }
 
-void AddOptions(CLI::App& command, unsigned takes, tagLxiOptions& options)
+void AddOptions(CLI::App& command, unsigned takes, LxiOptions& options)
 {
     if ((takes & kEvent) != 0)
     {
@@ -276,7 +275,7 @@ void AddOptions(CLI::App& command, unsigned takes, tagLxiOptions& options)
     }
     if ((takes & kInterface) != 0)
     {
-        command.add_option("--bind", options.sInterface, "IPv4 address of the interface")
+        command.add_option("--bind", options.interface, "IPv4 address of the interface")
             ->type_name("ADDRESS")
             ->capture_default_str();
     }
@@ -289,18 +288,18 @@ void AddOptions(CLI::App& command, unsigned takes, tagLxiOptions& options)
 
 } // namespace
 
-void AddLxiCommands(CLI::App& tool, tagExitCode& result)
+void AddLxiCommands(CLI::App& tool, ExitCode& result)
 {
     CLI::App& lxi = *tool.add_subcommand("lxi", "LXI events: send, listen, decode captures");
     lxi.require_subcommand(1);
     lxi.footer(kLxiFooter);
-    const auto spOptions = std::make_shared<tagLxiOptions>();
-    for (const tagLxiAction& action : kActions)
+    const auto options = std::make_shared<LxiOptions>();
+    for (const LxiAction& action : kActions)
     {
         CLI::App& command = *lxi.add_subcommand(action.name, action.description);
         command.footer(action.examples);
-        AddOptions(command, action.takes, *spOptions);
-        command.callback([spOptions, &action, &result] { result = action.run(*spOptions); });
+        AddOptions(command, action.takes, *options);
+        command.callback([options, &action, &result] { result = action.run(*options); });
     }
 }
 

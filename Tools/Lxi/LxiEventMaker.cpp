@@ -29,7 +29,7 @@ constexpr std::uint64_t kMaxSeconds = 0xFFFF'FFFF'FFFF;
 
 [[noreturn]] void Refuse(const std::string& message)
 {
-    throw CToolError(tagExitCode::Usage, message);
+    throw CToolError(ExitCode::Usage, message);
 }
 
 template <class TNumber>
@@ -72,7 +72,7 @@ void SetEvent(CLxiLanPacket& packet, const std::string& name)
 
 void SetFlag(CLxiLanPacket& packet, const std::string& name)
 {
-    const auto* const row = std::ranges::find(kLxiFlags, std::string_view(name), &tagLxiFlag::name);
+    const auto* const row = std::ranges::find(kLxiFlags, std::string_view(name), &LxiFlag::name);
     if (row == std::end(kLxiFlags))
     {
         Refuse(fmt::format("--flags {}: none of {}", Printable(name), LxiFlagNames()));
@@ -144,12 +144,12 @@ CLxiTime TakeLxiTime(const std::string& text)
     return time;
 }
 
-std::vector<std::uint8_t> MakeLxiMessage(const tagLxiEventWords& words, std::uint32_t sequenceNumber)
+std::vector<std::uint8_t> MakeLxiMessage(const LxiEventWords& words, std::uint32_t sequenceNumber)
 {
     CLxiLanPacket packet;
-    SetEvent(packet, words.sEvent);
+    SetEvent(packet, words.event);
     packet.setDomain(static_cast<unsigned char>(words.domain));
-    const CLxiTime time = TakeLxiTime(words.sTime);
+    const CLxiTime time = TakeLxiTime(words.time);
     packet.setEpoch(time.GetEpoch());
     packet.setTimestamp(time.GetSeconds(), time.GetNanoSeconds(), 0);
     for (const std::string& flag : words.flags)

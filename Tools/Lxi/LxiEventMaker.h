@@ -12,10 +12,10 @@ namespace ZoVelkor::Tools
 {
 
 /// What an event message consists of, in the words of the command line.
-struct tagLxiEventWords
+struct LxiEventWords
 {
-    std::string sEvent = "LAN0";
-    std::string sTime = "now";
+    std::string event = "LAN0";
+    std::string time = "now";
     unsigned domain = 0;
     std::vector<std::string> flags; ///< names of kLxiFlags
     std::vector<std::string> data;  ///< TYPE:TEXT, or TYPE:0xDIGITS
@@ -29,6 +29,6 @@ CLxiTime TakeLxiTime(const std::string& text);
 /// Writes the message, as it travels.
 ///
 /// @throws CToolError (Usage)
-std::vector<std::uint8_t> MakeLxiMessage(const tagLxiEventWords& words, std::uint32_t sequenceNumber);
+std::vector<std::uint8_t> MakeLxiMessage(const LxiEventWords& words, std::uint32_t sequenceNumber);
 
 } // namespace ZoVelkor::Tools

@@ -22,7 +22,7 @@ namespace
 {
 
 using Bytes = std::span<const std::uint8_t>;
-using RemoteKernel::tagLxiMessageState;
+using RemoteKernel::LxiMessageState;
 
 /// Third byte of a message unless hardware has written another one.
 constexpr unsigned char kSoftwareMark = 'I';
@@ -34,9 +34,9 @@ std::string EventName(const CLxiLanPacket& packet)
     return {id.begin(), std::find(id.begin(), id.end(), 0)};
 }
 
-struct tagStamp
+struct Stamp
 {
-    explicit tagStamp(const CLxiLanPacket& packet)
+    explicit Stamp(const CLxiLanPacket& packet)
     {
         unsigned long lower = 0;
         packet.getTimestamp(lower, nanoSeconds, fraction);
@@ -48,7 +48,7 @@ struct tagStamp
     unsigned int fraction = 0; ///< 2^-16 ns
 };
 
-std::string StampText(const tagStamp& stamp)
+std::string StampText(const Stamp& stamp)
 {
     std::string text = fmt::format("{}.{:09}", stamp.seconds, stamp.nanoSeconds);
     if (stamp.fraction != 0)
@@ -66,7 +66,7 @@ std::string StampText(const tagStamp& stamp)
 std::vector<std::string> FlagNames(const CLxiLanPacket& packet)
 {
     std::vector<std::string> names;
-    for (const tagLxiFlag& flag : kLxiFlags)
+    for (const LxiFlag& flag : kLxiFlags)
     {
         if ((packet.*flag.get)() != 0)
         {
@@ -76,15 +76,15 @@ std::vector<std::string> FlagNames(const CLxiLanPacket& packet)
     return names;
 }
 
-struct tagField
+struct Field
 {
     unsigned identifier;
     std::vector<std::uint8_t> data;
 };
 
-std::vector<tagField> Fields(const CLxiLanPacket& packet)
+std::vector<Field> Fields(const CLxiLanPacket& packet)
 {
-    std::vector<tagField> fields;
+    std::vector<Field> fields;
     for (unsigned i = 0; i != packet.getNumberOfUserDataFields(); ++i)
     {
         tagLxiLanUserDataType field;
@@ -96,7 +96,7 @@ std::vector<tagField> Fields(const CLxiLanPacket& packet)
 }
 
 /// Text when all of it can be read, else hexadecimal digits.
-std::string FieldText(const tagField& field)
+std::string FieldText(const Field& field)
 {
     const std::string text(field.data.begin(), field.data.end());
     const bool isText = Printable(text) == text && !text.starts_with("0x");
@@ -113,7 +113,7 @@ std::string TextOf(const CLxiLanPacket& packet)
                                    name.empty() ? "(no name)" : Printable(name),
                                    packet.getDomain(),
                                    packet.getSequenceNumber(),
-                                   StampText(tagStamp(packet)));
+                                   StampText(Stamp(packet)));
     if (packet.getHWDetect() != kSoftwareMark)
     {
         text += fmt::format(" third byte 0x{:02x}", packet.getHWDetect());
@@ -122,7 +122,7 @@ std::string TextOf(const CLxiLanPacket& packet)
     {
         text += fmt::format(" flags {}", fmt::join(flags, ","));
     }
-    for (const tagField& field : Fields(packet))
+    for (const Field& field : Fields(packet))
     {
         text += " data " + FieldText(field);
     }
@@ -132,9 +132,9 @@ std::string TextOf(const CLxiLanPacket& packet)
 std::string JsonOf(const CLxiLanPacket& packet)
 {
     const std::string name = EventName(packet);
-    const tagStamp stamp(packet);
+    const Stamp stamp(packet);
     std::vector<std::string> fields;
-    for (const tagField& field : Fields(packet))
+    for (const Field& field : Fields(packet))
     {
         fields.push_back(fmt::format(R"({{"type":{},"hex":"{}"}})", field.identifier, HexText(field.data)));
     }
@@ -157,17 +157,17 @@ std::string JsonOf(const CLxiLanPacket& packet)
                        fmt::join(fields, ","));
 }
 
-struct tagFault
+struct Fault
 {
     std::string text;
     std::size_t offset;
 };
 
 /// What is wrong with bytes that should be one whole message.
-tagFault FindFault(Bytes bytes, std::size_t missing)
+Fault FindFault(Bytes bytes, std::size_t missing)
 {
     const auto extent = RemoteKernel::MeasureLxiMessage(bytes);
-    if (extent.state == tagLxiMessageState::Complete)
+    if (extent.state == LxiMessageState::Complete)
     {
         return {fmt::format("{} bytes follow the message", bytes.size() - extent.size + missing),
                 extent.size};
@@ -185,14 +185,14 @@ tagFault FindFault(Bytes bytes, std::size_t missing)
 std::string LxiFlagNames()
 {
     std::string names;
-    for (const tagLxiFlag& flag : kLxiFlags)
+    for (const LxiFlag& flag : kLxiFlags)
     {
         names += fmt::format("{}{}", names.empty() ? "" : ", ", flag.name);
     }
     return names;
 }
 
-bool CLxiEventPrinter::Print(const tagLxiOrigin& origin, Bytes bytes)
+bool CLxiEventPrinter::Print(const LxiOrigin& origin, Bytes bytes)
 {
     CLxiLanPacket packet;
     if (origin.missing == 0 && RemoteKernel::DecodeLxiMessage(bytes, packet))
@@ -201,7 +201,7 @@ bool CLxiEventPrinter::Print(const tagLxiOrigin& origin, Bytes bytes)
         ++m_soundCount;
         return true;
     }
-    const tagFault fault = FindFault(bytes, origin.missing);
+    const Fault fault = FindFault(bytes, origin.missing);
     Write(origin,
           fmt::format("damaged at offset {} of {}: {}", fault.offset, bytes.size(), fault.text),
           fmt::format(R"("fault":"{}","at":{},"size":{})", fault.text, fault.offset, bytes.size()));
@@ -209,7 +209,7 @@ bool CLxiEventPrinter::Print(const tagLxiOrigin& origin, Bytes bytes)
     return false;
 }
 
-void CLxiEventPrinter::PrintFault(const tagLxiOrigin& origin, const std::string& fault)
+void CLxiEventPrinter::PrintFault(const LxiOrigin& origin, const std::string& fault)
 {
     Write(origin, "damaged: " + fault, fmt::format(R"("fault":"{}")", fault));
     ++m_damagedCount;
@@ -220,14 +220,12 @@ std::string CLxiEventPrinter::Summary() const
     return fmt::format("{} events, {} damaged", m_soundCount, m_damagedCount);
 }
 
-void CLxiEventPrinter::Write(const tagLxiOrigin& origin,
-                             const std::string& text,
-                             const std::string& json) const
+void CLxiEventPrinter::Write(const LxiOrigin& origin, const std::string& text, const std::string& json) const
 {
-    const char* const comma = origin.sJson.empty() ? "" : ",";
+    const char* const comma = origin.json.empty() ? "" : ",";
     WriteOutput("-",
-                m_isJson ? fmt::format("{{{}{}{}}}\n", origin.sJson, comma, json)
-                         : fmt::format("{}: {}\n", origin.sText, text));
+                m_isJson ? fmt::format("{{{}{}{}}}\n", origin.json, comma, json)
+                         : fmt::format("{}: {}\n", origin.text, text));
 }
 
 } // namespace ZoVelkor::Tools

@@ -11,14 +11,14 @@ namespace ZoVelkor::Tools
 {
 
 /// A flag of event messages by its name.
-struct tagLxiFlag
+struct LxiFlag
 {
     const char* name;
     void (CLxiLanPacket::*set)(int);
     int (CLxiLanPacket::*get)() const;
 };
 
-inline constexpr tagLxiFlag kLxiFlags[] = {
+inline constexpr LxiFlag kLxiFlags[] = {
     {"error", &CLxiLanPacket::setIsErrorMessage, &CLxiLanPacket::getIsErrorMessage},
     {"retransmission", &CLxiLanPacket::setIsRetransmission, &CLxiLanPacket::getIsRetransmission},
     {"hardware", &CLxiLanPacket::setIsHwFlagSet, &CLxiLanPacket::getIsHwFlagSet},
@@ -29,10 +29,10 @@ inline constexpr tagLxiFlag kLxiFlags[] = {
 std::string LxiFlagNames();
 
 /// Where an event message was found.
-struct tagLxiOrigin
+struct LxiOrigin
 {
-    std::string sText;       ///< for people
-    std::string sJson;       ///< members of a JSON object
+    std::string text;        ///< for people
+    std::string json;        ///< members of a JSON object
     std::size_t missing = 0; ///< bytes behind it that were there but are not known
 };
 
@@ -45,10 +45,10 @@ public:
     /// Shows a message, or what is wrong with bytes that are none.
     ///
     /// @return it is a sound message
-    bool Print(const tagLxiOrigin& origin, std::span<const std::uint8_t> bytes);
+    bool Print(const LxiOrigin& origin, std::span<const std::uint8_t> bytes);
 
     /// Shows a fault that no bytes are known of.
-    void PrintFault(const tagLxiOrigin& origin, const std::string& fault);
+    void PrintFault(const LxiOrigin& origin, const std::string& fault);
 
     std::size_t SoundCount() const noexcept { return m_soundCount; }
     std::size_t DamagedCount() const noexcept { return m_damagedCount; }
@@ -57,7 +57,7 @@ public:
     std::string Summary() const;
 
 private:
-    void Write(const tagLxiOrigin& origin, const std::string& text, const std::string& json) const;
+    void Write(const LxiOrigin& origin, const std::string& text, const std::string& json) const;
 
     const bool m_isJson;
     std::size_t m_soundCount = 0;

@@ -14,7 +14,7 @@ in_addr TakeIpAddress(const std::string& text)
     in_addr address{};
     if (inet_pton(AF_INET, text.c_str(), &address) != 1)
     {
-        throw CToolError(tagExitCode::Usage, fmt::format("{} is no IPv4 address", text));
+        throw CToolError(ExitCode::Usage, fmt::format("{} is no IPv4 address", text));
     }
     return address;
 }
@@ -35,7 +35,7 @@ sockaddr_in SocketName(in_addr address, std::uint16_t port) noexcept
     return name;
 }
 
-RemoteKernel::tagLxiPeer PeerOf(const sockaddr_in& name, bool isTcp) noexcept
+RemoteKernel::LxiPeer PeerOf(const sockaddr_in& name, bool isTcp) noexcept
 {
     return {ntohl(name.sin_addr.s_addr), ntohs(name.sin_port), isTcp};
 }

@@ -22,6 +22,6 @@ std::string AddressText(in_addr address);
 
 sockaddr_in SocketName(in_addr address, std::uint16_t port) noexcept;
 
-RemoteKernel::tagLxiPeer PeerOf(const sockaddr_in& name, bool isTcp) noexcept;
+RemoteKernel::LxiPeer PeerOf(const sockaddr_in& name, bool isTcp) noexcept;
 
 } // namespace ZoVelkor::Tools

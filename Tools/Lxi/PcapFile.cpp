@@ -16,7 +16,7 @@ namespace
 
 using Bytes = std::span<const std::uint8_t>;
 
-enum class tagByteOrder
+enum class ByteOrder
 {
     Big,
     Little
@@ -26,7 +26,7 @@ enum class tagByteOrder
 class CByteCursor
 {
 public:
-    explicit CByteCursor(Bytes bytes, tagByteOrder order = tagByteOrder::Big) noexcept
+    explicit CByteCursor(Bytes bytes, ByteOrder order = ByteOrder::Big) noexcept
         : m_rest(bytes),
           m_order(order)
     {}
@@ -48,7 +48,7 @@ public:
         unsigned shift = 0;
         for (const std::uint8_t byte : Take(size))
         {
-            const bool isBig = m_order == tagByteOrder::Big;
+            const bool isBig = m_order == ByteOrder::Big;
             number = isBig ? (number << 8U) | byte : number | (std::uint32_t{byte} << shift);
             shift += 8;
         }
@@ -59,22 +59,22 @@ public:
 
 private:
     Bytes m_rest;
-    tagByteOrder m_order;
+    ByteOrder m_order;
     bool m_isSound = true;
 };
 
-struct tagMagic
+struct Magic
 {
     std::uint32_t number; ///< in big-endian order
-    tagByteOrder order;
+    ByteOrder order;
 };
 
 /// Stamps in microseconds or nanoseconds.
-constexpr tagMagic kMagics[] = {
-    {0xA1B2C3D4, tagByteOrder::Big},
-    {0xA1B23C4D, tagByteOrder::Big},
-    {0xD4C3B2A1, tagByteOrder::Little},
-    {0x4D3CB2A1, tagByteOrder::Little},
+constexpr Magic kMagics[] = {
+    {0xA1B2C3D4, ByteOrder::Big},
+    {0xA1B23C4D, ByteOrder::Big},
+    {0xD4C3B2A1, ByteOrder::Little},
+    {0x4D3CB2A1, ByteOrder::Little},
 };
 constexpr std::uint32_t kPcapNgMagic = 0x0A0D0D0A;
 
@@ -86,7 +86,7 @@ constexpr std::uint32_t kLinkTypeMask = 0x0FFFFFFF;
 constexpr std::size_t kNoProtocol = SIZE_MAX;
 
 /// What stands before the IP header.
-struct tagLinkType
+struct LinkType
 {
     std::uint32_t number;
     std::size_t headerSize;
@@ -95,7 +95,7 @@ struct tagLinkType
 
 constexpr std::uint32_t kEthernet = 1;
 
-constexpr tagLinkType kLinkTypes[] = {
+constexpr LinkType kLinkTypes[] = {
     {0, 4, kNoProtocol}, // loopback of BSD
     {kEthernet, 14, 12},
     {12, 0, kNoProtocol},  // raw IP
@@ -115,7 +115,7 @@ constexpr std::uint32_t kUdpProtocol = 17;
 constexpr std::uint16_t kFragmentOffsetMask = 0x1FFF;
 
 /// Leaves the link's header behind; false when no IPv4 follows.
-bool SkipLinkHeader(CByteCursor& frame, const tagLinkType& type)
+bool SkipLinkHeader(CByteCursor& frame, const LinkType& type)
 {
     CByteCursor header(frame.Take(type.headerSize));
     if (type.protocolOffset == kNoProtocol)
@@ -132,7 +132,7 @@ bool SkipLinkHeader(CByteCursor& frame, const tagLinkType& type)
     return frame.IsSound() && protocol == kIpV4EtherType;
 }
 
-struct tagIpPacket
+struct IpPacket
 {
     std::uint32_t sender;
     std::uint32_t receiver;
@@ -141,7 +141,7 @@ struct tagIpPacket
 };
 
 /// The packet, when it carries UDP and its beginning is there.
-std::optional<tagIpPacket> ReadIpPacket(CByteCursor frame)
+std::optional<IpPacket> ReadIpPacket(CByteCursor frame)
 {
     const std::uint32_t versionAndSize = frame.Number(1);
     frame.Take(1);
@@ -163,10 +163,10 @@ std::optional<tagIpPacket> ReadIpPacket(CByteCursor frame)
         return std::nullopt;
     }
     const std::size_t size = totalSize - headerSize;
-    return tagIpPacket{sender, receiver, size, frame.Rest().first(std::min(size, frame.Rest().size()))};
+    return IpPacket{sender, receiver, size, frame.Rest().first(std::min(size, frame.Rest().size()))};
 }
 
-std::optional<tagCapturedDatagram> ReadDatagram(Bytes bytes, const tagLinkType& type)
+std::optional<CapturedDatagram> ReadDatagram(Bytes bytes, const LinkType& type)
 {
     CByteCursor frame(bytes);
     const auto packet = SkipLinkHeader(frame, type) ? ReadIpPacket(frame) : std::nullopt;
@@ -185,33 +185,33 @@ std::optional<tagCapturedDatagram> ReadDatagram(Bytes bytes, const tagLinkType& 
     }
     const std::size_t payloadSize = size - kUdpHeaderSize;
     const std::size_t captured = std::min(payloadSize, udp.Rest().size());
-    return tagCapturedDatagram{0,
-                               {packet->sender, senderPort, false},
-                               {packet->receiver, receiverPort, false},
-                               udp.Rest().first(captured),
-                               payloadSize - captured};
+    return CapturedDatagram{0,
+                            {packet->sender, senderPort, false},
+                            {packet->receiver, receiverPort, false},
+                            udp.Rest().first(captured),
+                            payloadSize - captured};
 }
 
-const tagLinkType& FindLinkType(std::uint32_t number)
+const LinkType& FindLinkType(std::uint32_t number)
 {
-    const auto* const row = std::ranges::find(kLinkTypes, number, &tagLinkType::number);
+    const auto* const row = std::ranges::find(kLinkTypes, number, &LinkType::number);
     if (row == std::end(kLinkTypes))
     {
         throw CToolError(
-            tagExitCode::Failed,
+            ExitCode::Failed,
             fmt::format("frames of link type {}; known are Ethernet, Linux cooked, raw IP and loopback",
                         number));
     }
     return *row;
 }
 
-tagByteOrder TakeMagic(CByteCursor& file)
+ByteOrder TakeMagic(CByteCursor& file)
 {
     const std::uint32_t number = file.Number(kMagicSize);
-    const auto* const row = std::ranges::find(kMagics, number, &tagMagic::number);
+    const auto* const row = std::ranges::find(kMagics, number, &Magic::number);
     if (row == std::end(kMagics))
     {
-        throw CToolError(tagExitCode::Failed, "a capture in the format pcapng; it must be saved as pcap");
+        throw CToolError(ExitCode::Failed, "a capture in the format pcapng; it must be saved as pcap");
     }
     return row->order;
 }
@@ -221,22 +221,22 @@ tagByteOrder TakeMagic(CByteCursor& file)
 bool IsCapture(Bytes file) noexcept
 {
     const std::uint32_t number = CByteCursor(file).Number(kMagicSize);
-    return number == kPcapNgMagic || std::ranges::count(kMagics, number, &tagMagic::number) != 0;
+    return number == kPcapNgMagic || std::ranges::count(kMagics, number, &Magic::number) != 0;
 }
 
-tagCapture ReadPcapFile(Bytes bytes)
+Capture ReadPcapFile(Bytes bytes)
 {
     CByteCursor magic(bytes);
-    const tagByteOrder order = TakeMagic(magic);
+    const ByteOrder order = TakeMagic(magic);
     CByteCursor file(magic.Rest(), order);
     file.Take(kVersionToSnapshotSize);
     const std::uint32_t linkType = file.Number(4) & kLinkTypeMask;
     if (!file.IsSound())
     {
-        throw CToolError(tagExitCode::Failed, "the header of the capture is cut off");
+        throw CToolError(ExitCode::Failed, "the header of the capture is cut off");
     }
-    const tagLinkType& type = FindLinkType(linkType);
-    tagCapture capture;
+    const LinkType& type = FindLinkType(linkType);
+    Capture capture;
     while (!file.Rest().empty())
     {
         const std::size_t place = bytes.size() - file.Rest().size();
@@ -246,7 +246,7 @@ tagCapture ReadPcapFile(Bytes bytes)
         const Bytes frame = file.Take(size);
         if (!file.IsSound())
         {
-            capture.sFault =
+            capture.fault =
                 fmt::format("frame {} at offset {} of the file is cut off", capture.frameCount + 1, place);
             break;
         }

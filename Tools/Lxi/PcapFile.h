@@ -12,20 +12,20 @@ namespace ZoVelkor::Tools
 {
 
 /// A UDP datagram of a capture.
-struct tagCapturedDatagram
+struct CapturedDatagram
 {
     std::size_t frame; ///< number of its frame, from 1
-    RemoteKernel::tagLxiPeer sender;
-    RemoteKernel::tagLxiPeer receiver;
+    RemoteKernel::LxiPeer sender;
+    RemoteKernel::LxiPeer receiver;
     std::span<const std::uint8_t> payload; ///< part of the file
     std::size_t missing;                   ///< bytes of the payload that were not captured
 };
 
-struct tagCapture
+struct Capture
 {
-    std::vector<tagCapturedDatagram> datagrams; ///< those over IPv4, without later fragments
+    std::vector<CapturedDatagram> datagrams; ///< those over IPv4, without later fragments
     std::size_t frameCount = 0;
-    std::string sFault; ///< why the file ends early; empty when it does not
+    std::string fault; ///< why the file ends early; empty when it does not
 };
 
 /// Whether a file is a capture, also of a format that ReadPcapFile does not know.
@@ -35,6 +35,6 @@ bool IsCapture(std::span<const std::uint8_t> file) noexcept;
 /// captures, raw IP or loopback.
 ///
 /// @throws CToolError (Failed) for another format or another kind of frames
-tagCapture ReadPcapFile(std::span<const std::uint8_t> file);
+Capture ReadPcapFile(std::span<const std::uint8_t> file);
 
 } // namespace ZoVelkor::Tools

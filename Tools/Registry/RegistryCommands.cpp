@@ -21,41 +21,41 @@ namespace
 {
 
 /// What the actions of `zo registry` are given.
-struct tagRegistryOptions
+struct RegistryOptions
 {
-    std::string sKey;
-    std::string sValue;
+    std::string key;
+    std::string value;
     bool isValueGiven = false;
-    std::string sData;
-    std::string sType;
-    std::string sFile = std::string(kStandardStream);
-    std::string sRegistry;
+    std::string data;
+    std::string type;
+    std::string file = std::string(kStandardStream);
+    std::string registry;
     unsigned depth = kAnyDepth;
     std::size_t count = 0;
     bool isRecursive = false;
     bool isJson = false;
 
-    tagRegistryPath Path() const { return ParseRegistryPath(WideText(sKey)); }
-    std::vector<tagRegistryPath> Paths() const
+    RegistryPath Path() const { return ParseRegistryPath(WideText(key)); }
+    std::vector<RegistryPath> Paths() const
     {
-        return sKey.empty() ? AllRoots() : std::vector<tagRegistryPath>{Path()};
+        return key.empty() ? AllRoots() : std::vector<RegistryPath>{Path()};
     }
     std::wstring ValueName() const
     {
-        std::wstring name = WideText(sValue);
+        std::wstring name = WideText(value);
         CheckValueName(name);
         return name;
     }
 };
 
-std::string Place(const tagRegistryPath& path, const std::wstring& name)
+std::string Place(const RegistryPath& path, const std::wstring& name)
 {
     return fmt::format("{} {}", PathText(path), QuotedText(name));
 }
 
-[[noreturn]] void FailMissingValue(const tagRegistryPath& path, const std::wstring& name)
+[[noreturn]] void FailMissingValue(const RegistryPath& path, const std::wstring& name)
 {
-    throw CToolError(tagExitCode::Failed, fmt::format("{}: no such value", Place(path, name)));
+    throw CToolError(ExitCode::Failed, fmt::format("{}: no such value", Place(path, name)));
 }
 
 /// Without this, a power failure could undo the last changes.
@@ -68,7 +68,7 @@ void Flush(HKEY key)
 }
 
 /// The data of a value for scripts: as it is, whatever is in it.
-struct tagPlainData
+struct PlainData
 {
     std::string operator()(const std::wstring& content) const { return Utf8Text(content) + '\n'; }
     std::string operator()(std::uint64_t content) const { return fmt::format("{}\n", content); }
@@ -84,63 +84,61 @@ struct tagPlainData
     }
 };
 
-tagExitCode Get(const tagRegistryOptions& options)
+ExitCode Get(const RegistryOptions& options)
 {
-    const tagRegistryPath path = options.Path();
+    const RegistryPath path = options.Path();
     const std::wstring name = options.ValueName();
     const auto value = ReadRegistryValue(OpenRegistryKey(path).Get(), name, path);
     if (!value)
     {
         FailMissingValue(path, name);
     }
-    WriteOutput("-",
-                options.isJson ? JsonValue(*value) + '\n' : std::visit(tagPlainData{}, ContentOf(*value)));
-    return tagExitCode::Success;
+    WriteOutput("-", options.isJson ? JsonValue(*value) + '\n' : std::visit(PlainData{}, ContentOf(*value)));
+    return ExitCode::Success;
 }
 
 /// The type that is asked for, else the one that the value has already, else the one that the data look like.
-const tagValueType& ChooseType(const tagRegistryOptions& options, HKEY key, const tagRegistryPath& path)
+const ValueType& ChooseType(const RegistryOptions& options, HKEY key, const RegistryPath& path)
 {
-    if (!options.sType.empty())
+    if (!options.type.empty())
     {
-        return *FindValueType(options.sType);
+        return *FindValueType(options.type);
     }
     const std::wstring name = options.ValueName();
     const auto former = ReadRegistryValue(key, name, path);
     if (!former)
     {
-        return GuessType(WideText(options.sData));
+        return GuessType(WideText(options.data));
     }
-    const tagValueType* const type = FindValueType(former->type);
+    const ValueType* const type = FindValueType(former->type);
     if (type == nullptr)
     {
         throw CToolError(
-            tagExitCode::Usage,
+            ExitCode::Usage,
             fmt::format(
                 "{} has type {}; --type {} changes that", Place(path, name), former->type, ValueTypeNames()));
     }
     return *type;
 }
 
-std::vector<BYTE>
-DataForType(const tagRegistryOptions& options, const tagValueType& type, const tagRegistryPath& path)
+std::vector<BYTE> DataForType(const RegistryOptions& options, const ValueType& type, const RegistryPath& path)
 {
     try
     {
-        return DataOf(WideText(options.sData), type);
+        return DataOf(WideText(options.data), type);
     }
     catch (const CTextFault& fault)
     {
         const std::string reason =
-            options.sType.empty() ? fmt::format("; it is a {}, --type changes that", type.name) : "";
-        throw CToolError(tagExitCode::Usage,
+            options.type.empty() ? fmt::format("; it is a {}, --type changes that", type.name) : "";
+        throw CToolError(ExitCode::Usage,
                          fmt::format("{}: {}{}", Place(path, options.ValueName()), fault.what(), reason));
     }
 }
 
-tagExitCode Set(const tagRegistryOptions& options)
+ExitCode Set(const RegistryOptions& options)
 {
-    const tagRegistryPath path = options.Path();
+    const RegistryPath path = options.Path();
     const std::wstring name = options.ValueName();
     HKEY opened = 0;
     const LONG error = RegOpenKey(path.root, path.keys.c_str(), &opened);
@@ -150,8 +148,8 @@ tagExitCode Set(const tagRegistryOptions& options)
         CheckRegistry(error, PathText(path));
     }
     // Nothing is made before the data are known to be good.
-    const tagValueType& type = key || !options.sType.empty() ? ChooseType(options, opened, path)
-                                                             : GuessType(WideText(options.sData));
+    const ValueType& type =
+        key || !options.type.empty() ? ChooseType(options, opened, path) : GuessType(WideText(options.data));
     const std::vector<BYTE> data = DataForType(options, type, path);
     if (!key)
     {
@@ -162,16 +160,16 @@ tagExitCode Set(const tagRegistryOptions& options)
         RegSetValueEx(opened, name.c_str(), 0, type.type, data.data(), static_cast<DWORD>(data.size())),
         Place(path, name));
     Flush(opened);
-    return tagExitCode::Success;
+    return ExitCode::Success;
 }
 
-void AppendListing(const tagRegistryKey& key, std::size_t indent, std::string& text)
+void AppendListing(const RegistryKey& key, std::size_t indent, std::string& text)
 {
-    for (const tagRegistryValue& value : key.values)
+    for (const RegistryValue& value : key.values)
     {
         text += fmt::format("{:{}}{}\n", "", indent, SummarizeValue(value));
     }
-    for (const tagRegistryKey& below : key.keys)
+    for (const RegistryKey& below : key.keys)
     {
         const std::string unread = below.unreadKeys == 0 ? "" : fmt::format("  ({} below)", below.unreadKeys);
         text += fmt::format("{:{}}{}{}\n", "", indent, KeyNameText(below.name), unread);
@@ -179,12 +177,12 @@ void AppendListing(const tagRegistryKey& key, std::size_t indent, std::string& t
     }
 }
 
-tagExitCode List(const tagRegistryOptions& options)
+ExitCode List(const RegistryOptions& options)
 {
     std::string text;
-    for (const tagRegistryPath& path : options.Paths())
+    for (const RegistryPath& path : options.Paths())
     {
-        const tagRegistryTree tree = ReadRegistryTree(path, options.depth);
+        const RegistryTree tree = ReadRegistryTree(path, options.depth);
         if (options.isJson)
         {
             text += JsonTree(path, tree.top) + '\n';
@@ -194,16 +192,16 @@ tagExitCode List(const tagRegistryOptions& options)
         AppendListing(tree.top, 2, text);
     }
     WriteOutput("-", text);
-    return tagExitCode::Success;
+    return ExitCode::Success;
 }
 
-DWORD CountKeys(const tagRegistryPath& path)
+DWORD CountKeys(const RegistryPath& path)
 {
-    const tagRegistryTree tree = ReadRegistryTree(path, 0);
+    const RegistryTree tree = ReadRegistryTree(path, 0);
     return tree.top.unreadKeys;
 }
 
-void DeleteKey(const tagRegistryOptions& options, const tagRegistryPath& path)
+void DeleteKey(const RegistryOptions& options, const RegistryPath& path)
 {
     const std::string text = PathText(path);
     if (options.isRecursive)
@@ -213,7 +211,7 @@ void DeleteKey(const tagRegistryOptions& options, const tagRegistryPath& path)
     }
     if (path.keys.empty())
     {
-        throw CToolError(tagExitCode::Failed, text + ": a root stays; --recursive deletes what it holds");
+        throw CToolError(ExitCode::Failed, text + ": a root stays; --recursive deletes what it holds");
     }
     const LONG error = RegDeleteKey(path.root, path.keys.c_str());
     if (error == ERROR_ACCESS_DENIED)
@@ -221,25 +219,25 @@ void DeleteKey(const tagRegistryOptions& options, const tagRegistryPath& path)
         if (const DWORD count = CountKeys(path); count != 0)
         {
             throw CToolError(
-                tagExitCode::Failed,
+                ExitCode::Failed,
                 fmt::format("{} has keys below it ({}); --recursive deletes them too", text, count));
         }
     }
     CheckRegistry(error, text);
 }
 
-tagExitCode Delete(const tagRegistryOptions& options)
+ExitCode Delete(const RegistryOptions& options)
 {
-    const tagRegistryPath path = options.Path();
+    const RegistryPath path = options.Path();
     if (!options.isValueGiven)
     {
         DeleteKey(options, path);
         Flush(path.root);
-        return tagExitCode::Success;
+        return ExitCode::Success;
     }
     if (options.isRecursive)
     {
-        throw CToolError(tagExitCode::Usage, "--recursive goes with a key, not with a value");
+        throw CToolError(ExitCode::Usage, "--recursive goes with a key, not with a value");
     }
     const std::wstring name = options.ValueName();
     const CUniqueKey key = OpenRegistryKey(path);
@@ -250,7 +248,7 @@ tagExitCode Delete(const tagRegistryOptions& options)
     }
     CheckRegistry(error, Place(path, name));
     Flush(path.root);
-    return tagExitCode::Success;
+    return ExitCode::Success;
 }
 
 /// Files are read as a whole.
@@ -260,28 +258,28 @@ void CheckFileSize(std::size_t size, const std::string& name)
 {
     if (size > kLargestFile)
     {
-        throw CToolError(tagExitCode::Failed,
+        throw CToolError(ExitCode::Failed,
                          fmt::format("{}: an export has at most {} bytes", name, kLargestFile));
     }
 }
 
-tagExitCode Export(const tagRegistryOptions& options)
+ExitCode Export(const RegistryOptions& options)
 {
     CWatchedTrees watched(options.Paths());
     const auto trees = watched.ReadAtOneMoment();
     if (!trees)
     {
-        throw CToolError(tagExitCode::NoAccess,
+        throw CToolError(ExitCode::NoAccess,
                          "the registry does not stop changing; nothing is exported, try again");
     }
     const std::string text = FormatRegistryFile(*trees);
-    CheckFileSize(text.size(), options.sFile);
-    WriteOutput(options.sFile, text);
-    return tagExitCode::Success;
+    CheckFileSize(text.size(), options.file);
+    WriteOutput(options.file, text);
+    return ExitCode::Success;
 }
 
 /// @return it was not there like this
-bool ImportValue(HKEY key, const tagRegistryValue& value, const tagRegistryPath& path)
+bool ImportValue(HKEY key, const RegistryValue& value, const RegistryPath& path)
 {
     if (const auto former = ReadRegistryValue(key, value.name, path); former && *former == value)
     {
@@ -294,21 +292,21 @@ bool ImportValue(HKEY key, const tagRegistryValue& value, const tagRegistryPath&
 }
 
 /// Counts what an import does, and where it is.
-struct tagImportProgress
+struct ImportProgress
 {
     std::size_t line = 0;
     std::size_t values = 0;
     std::size_t changed = 0;
 };
 
-void ImportKey(const tagFileKey& fileKey, tagImportProgress& progress)
+void ImportKey(const FileKey& fileKey, ImportProgress& progress)
 {
     progress.line = fileKey.line;
     HKEY opened = 0;
     CheckRegistry(RegCreateKey(fileKey.path.root, fileKey.path.keys.c_str(), &opened),
                   PathText(fileKey.path));
     const CUniqueKey key(opened);
-    for (const tagFileValue& fileValue : fileKey.values)
+    for (const FileValue& fileValue : fileKey.values)
     {
         progress.line = fileValue.line;
         progress.changed += ImportValue(opened, fileValue.value, fileKey.path) ? 1U : 0U;
@@ -316,16 +314,16 @@ void ImportKey(const tagFileKey& fileKey, tagImportProgress& progress)
     }
 }
 
-tagExitCode Import(const tagRegistryOptions& options)
+ExitCode Import(const RegistryOptions& options)
 {
-    const std::string name = options.sFile == kStandardStream ? "standard input" : options.sFile;
-    const std::string bytes = ReadInput(options.sFile, kLargestFile + 1);
+    const std::string name = options.file == kStandardStream ? "standard input" : options.file;
+    const std::string bytes = ReadInput(options.file, kLargestFile + 1);
     CheckFileSize(bytes.size(), name);
-    const std::vector<tagFileKey> keys = ParseRegistryFile(bytes, name);
-    tagImportProgress progress;
+    const std::vector<FileKey> keys = ParseRegistryFile(bytes, name);
+    ImportProgress progress;
     try
     {
-        for (const tagFileKey& key : keys)
+        for (const FileKey& key : keys)
         {
             ImportKey(key, progress);
         }
@@ -345,11 +343,11 @@ tagExitCode Import(const tagRegistryOptions& options)
                             keys.size(),
                             progress.values,
                             progress.changed));
-    return tagExitCode::Success;
+    return ExitCode::Success;
 }
 
 /// A read that changes overtook could miss keys and values that nobody has deleted.
-std::vector<tagRegistryTree> ReadWhenQuiet(CWatchedTrees& watched)
+std::vector<RegistryTree> ReadWhenQuiet(CWatchedTrees& watched)
 {
     auto trees = watched.ReadAtOneMoment();
     while (!trees)
@@ -359,23 +357,23 @@ std::vector<tagRegistryTree> ReadWhenQuiet(CWatchedTrees& watched)
     return std::move(*trees);
 }
 
-tagExitCode Watch(const tagRegistryOptions& options)
+ExitCode Watch(const RegistryOptions& options)
 {
     CWatchedTrees watched(options.Paths());
-    std::vector<tagRegistryTree> former = ReadWhenQuiet(watched);
-    Tell(fmt::format("watching {}", options.sKey.empty() ? "all keys" : PathText(options.Path())));
+    std::vector<RegistryTree> former = ReadWhenQuiet(watched);
+    Tell(fmt::format("watching {}", options.key.empty() ? "all keys" : PathText(options.Path())));
     std::size_t shown = 0;
     for (;;)
     {
         watched.Wait();
-        std::vector<tagRegistryTree> now = ReadWhenQuiet(watched);
-        for (const tagRegistryDifference& difference : FindDifferences(former, now))
+        std::vector<RegistryTree> now = ReadWhenQuiet(watched);
+        for (const RegistryDifference& difference : FindDifferences(former, now))
         {
             WriteOutput("-",
                         (options.isJson ? JsonDifference(difference) : DifferenceText(difference)) + '\n');
             if (++shown == options.count)
             {
-                return tagExitCode::Success;
+                return ExitCode::Success;
             }
         }
         former = std::move(now);
@@ -396,17 +394,17 @@ constexpr unsigned kCount = 0x200;
 constexpr unsigned kJson = 0x400;
 constexpr unsigned kMakesRegistry = 0x800; ///< a new registry is made where there is none
 
-struct tagRegistryAction
+struct RegistryAction
 {
     const char* name;
     const char* description;
     unsigned takes;
     const char* examples;
-    tagExitCode (*run)(const tagRegistryOptions& options);
+    ExitCode (*run)(const RegistryOptions& options);
 };
 
 // clang-format off
-constexpr tagRegistryAction kActions[] = {
+constexpr RegistryAction kActions[] = {
     {"get", "Show the data of a value; without VALUE, of the unnamed one", kKey | kValueMaybe | kJson,
      "Example: zo registry get HKLM/Software/Zo Serial", Get},
     {"set", "Write a value, and make its key where it is missing", kKey | kValue | kData | kMakesRegistry,
@@ -436,22 +434,22 @@ constexpr const char* kRegistryFooter =
     "Example: zo registry list HKLM\n"
     "Example: zo registry get HKLM/Software/Zo Serial";
 
-void AddKeyAndValue(CLI::App& command, unsigned takes, tagRegistryOptions& options)
+void AddKeyAndValue(CLI::App& command, unsigned takes, RegistryOptions& options)
 {
     if ((takes & (kKey | kKeyMaybe)) != 0)
     {
-        command.add_option("key", options.sKey, "Key")->type_name("KEY")->required((takes & kKey) != 0);
+        command.add_option("key", options.key, "Key")->type_name("KEY")->required((takes & kKey) != 0);
     }
     if ((takes & (kValue | kValueMaybe)) != 0)
     {
-        command.add_option("value", options.sValue, "Name of the value")
+        command.add_option("value", options.value, "Name of the value")
             ->type_name("VALUE")
             ->required((takes & kValue) != 0);
     }
     if ((takes & kData) != 0)
     {
-        command.add_option("data", options.sData, "Data")->type_name("DATA")->required();
-        command.add_option("-t,--type", options.sType, "Type of the value")
+        command.add_option("data", options.data, "Data")->type_name("DATA")->required();
+        command.add_option("-t,--type", options.type, "Type of the value")
             ->type_name(ValueTypeNames())
             ->check([](const std::string& name) {
                 return FindValueType(name) != nullptr ? "" : name + " is none of " + ValueTypeNames();
@@ -459,7 +457,7 @@ void AddKeyAndValue(CLI::App& command, unsigned takes, tagRegistryOptions& optio
     }
 }
 
-void AddOptions(CLI::App& command, unsigned takes, tagRegistryOptions& options)
+void AddOptions(CLI::App& command, unsigned takes, RegistryOptions& options)
 {
     AddKeyAndValue(command, takes, options);
     if ((takes & kDepth) != 0)
@@ -472,12 +470,12 @@ void AddOptions(CLI::App& command, unsigned takes, tagRegistryOptions& options)
     }
     if ((takes & kOutput) != 0)
     {
-        command.add_option("-o,--output", options.sFile, "File to write; standard output unless given")
+        command.add_option("-o,--output", options.file, "File to write; standard output unless given")
             ->type_name("FILE");
     }
     if ((takes & kInput) != 0)
     {
-        command.add_option("input", options.sFile, "File to read; - is standard input")
+        command.add_option("input", options.file, "File to read; - is standard input")
             ->type_name("FILE")
             ->required();
     }
@@ -491,7 +489,7 @@ void AddOptions(CLI::App& command, unsigned takes, tagRegistryOptions& options)
     {
         command.add_flag("--json", options.isJson, "As JSON, one object a line");
     }
-    command.add_option("--file", options.sRegistry, "Database file in place of $ZO_REGISTRY")
+    command.add_option("--file", options.registry, "Database file in place of $ZO_REGISTRY")
         ->type_name("PATH");
 }
 
@@ -506,42 +504,42 @@ void ChooseRegistry(const std::string& file, bool isMade)
     if (!isMade && !std::filesystem::exists(file, error))
     {
         throw CToolError(
-            tagExitCode::NoAccess,
+            ExitCode::NoAccess,
             fmt::format("cannot read {}: {}", file, std::strerror(error ? error.value() : ENOENT)));
     }
     SetRegistryFile(file.c_str());
 }
 
-tagExitCode Run(const tagRegistryAction& action, const tagRegistryOptions& options)
+ExitCode Run(const RegistryAction& action, const RegistryOptions& options)
 {
-    ChooseRegistry(options.sRegistry, (action.takes & kMakesRegistry) != 0);
+    ChooseRegistry(options.registry, (action.takes & kMakesRegistry) != 0);
     try
     {
         return action.run(options);
     }
     catch (const CTextFault& fault)
     {
-        throw CToolError(tagExitCode::Usage, fault.what());
+        throw CToolError(ExitCode::Usage, fault.what());
     }
 }
 
 } // namespace
 
-void AddRegistryCommands(CLI::App& tool, tagExitCode& result)
+void AddRegistryCommands(CLI::App& tool, ExitCode& result)
 {
     CLI::App& registry = *tool.add_subcommand("registry", "The instrument's registry: read, write, watch");
     registry.require_subcommand(1);
     registry.footer(kRegistryFooter);
-    const auto spOptions = std::make_shared<tagRegistryOptions>();
-    for (const tagRegistryAction& action : kActions)
+    const auto options = std::make_shared<RegistryOptions>();
+    for (const RegistryAction& action : kActions)
     {
         CLI::App& command = *registry.add_subcommand(action.name, action.description);
         command.footer(action.examples);
-        AddOptions(command, action.takes, *spOptions);
-        command.callback([spOptions, &action, &command, &result] {
+        AddOptions(command, action.takes, *options);
+        command.callback([options, &action, &command, &result] {
             const CLI::Option* const value = command.get_option_no_throw("value");
-            spOptions->isValueGiven = value != nullptr && value->count() != 0;
-            result = Run(action, *spOptions);
+            options->isValueGiven = value != nullptr && value->count() != 0;
+            result = Run(action, *options);
         });
     }
 }

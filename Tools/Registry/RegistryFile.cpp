@@ -18,19 +18,19 @@ namespace
 constexpr std::string_view kFirstLine = "zo registry 1";
 constexpr std::wstring_view kLastLine = L"end";
 
-void AppendKey(const tagRegistryPath& path, const tagRegistryKey& key, std::string& text)
+void AppendKey(const RegistryPath& path, const RegistryKey& key, std::string& text)
 {
     text += fmt::format("\n[{}]\n", PathText(path));
-    for (const tagRegistryValue& value : key.values)
+    for (const RegistryValue& value : key.values)
     {
-        const tagValueText parts = DescribeValue(value);
+        const ValueText parts = DescribeValue(value);
         text += parts.head + '\n';
         for (const std::string& item : parts.items)
         {
             text += "  " + item + '\n';
         }
     }
-    for (const tagRegistryKey& below : key.keys)
+    for (const RegistryKey& below : key.keys)
     {
         AppendKey(path.Below(below.name), below, text);
     }
@@ -92,7 +92,7 @@ public:
     }
 
     std::size_t Line() const noexcept { return m_line; }
-    std::vector<tagFileKey> TakeKeys() noexcept { return std::move(m_keys); }
+    std::vector<FileKey> TakeKeys() noexcept { return std::move(m_keys); }
 
 private:
     static void CheckFirstLine(std::string_view bytes)
@@ -111,7 +111,7 @@ private:
             TakeItem(text.substr(std::min(text.find_first_not_of(L' '), text.size())));
             return;
         }
-        m_form = tagValueForm::Number;
+        m_form = ValueForm::Number;
         if (text.front() == L'[')
         {
             TakeKey(text.substr(1));
@@ -137,7 +137,7 @@ private:
             throw CTextFault("the bracket behind the key is missing");
         }
         text.remove_suffix(1);
-        const tagRegistryPath path = ParseRegistryPath(text);
+        const RegistryPath path = ParseRegistryPath(text);
         CheckIsNew(m_keyLines, Folded(WideText(PathText(path))));
         m_valueLines.clear();
         m_keys.push_back({path, m_line, {}});
@@ -149,7 +149,7 @@ private:
         {
             throw CTextFault("a value stands before the first key");
         }
-        tagRegistryValue value;
+        RegistryValue value;
         value.name = TakeQuotedText(text);
         CheckValueName(value.name);
         CheckIsNew(m_valueLines, Folded(value.name));
@@ -158,7 +158,7 @@ private:
         m_keys.back().values.push_back({std::move(value), m_line});
     }
 
-    void TakeTypeAndData(std::wstring_view text, tagRegistryValue& value)
+    void TakeTypeAndData(std::wstring_view text, RegistryValue& value)
     {
         const std::size_t length = std::min(text.find(L' '), text.size());
         const std::string word = Utf8Text(text.substr(0, length));
@@ -166,10 +166,10 @@ private:
         if (word == "type")
         {
             value.type = ParseTypeNumber(Behind(rest, L" "));
-            m_form = tagValueForm::Bytes;
+            m_form = ValueForm::Bytes;
             return;
         }
-        const tagValueType* const type = FindValueType(word);
+        const ValueType* const type = FindValueType(word);
         if (type == nullptr)
         {
             throw CTextFault(fmt::format("{} is none of the types {}, type NUMBER",
@@ -178,17 +178,17 @@ private:
         }
         value.type = type->type;
         m_form = type->form;
-        if (m_form == tagValueForm::Number)
+        if (m_form == ValueForm::Number)
         {
             value.data = NumberData(Behind(rest, L" "), *type);
             return;
         }
-        if (m_form == tagValueForm::Text)
+        if (m_form == ValueForm::Text)
         {
             rest = Behind(rest, L" ");
             value.data = TextData(TakeQuotedText(rest));
         }
-        else if (m_form == tagValueForm::List)
+        else if (m_form == ValueForm::List)
         {
             value.data = EmptyListData();
         }
@@ -197,13 +197,13 @@ private:
 
     void TakeItem(std::wstring_view text)
     {
-        const bool hasItems = m_form == tagValueForm::List || m_form == tagValueForm::Bytes;
+        const bool hasItems = m_form == ValueForm::List || m_form == ValueForm::Bytes;
         if (!hasItems || m_keys.empty() || m_keys.back().values.empty())
         {
             throw CTextFault("an indented line follows a list or bytes only");
         }
-        tagRegistryValue& value = m_keys.back().values.back().value;
-        if (m_form == tagValueForm::Bytes)
+        RegistryValue& value = m_keys.back().values.back().value;
+        if (m_form == ValueForm::Bytes)
         {
             AppendBytes(value.data, text);
         }
@@ -223,7 +223,7 @@ private:
         }
     }
 
-    static void CheckSize(const tagRegistryValue& value)
+    static void CheckSize(const RegistryValue& value)
     {
         if (value.data.size() > kRegistryMaximumValueSize)
         {
@@ -242,26 +242,26 @@ private:
 
     std::size_t m_line = 0;
     bool m_isComplete = false;
-    tagValueForm m_form = tagValueForm::Number; ///< of the value that indented lines continue; number: none
-    std::vector<tagFileKey> m_keys;
+    ValueForm m_form = ValueForm::Number; ///< of the value that indented lines continue; number: none
+    std::vector<FileKey> m_keys;
     std::map<std::wstring, std::size_t> m_keyLines;
     std::map<std::wstring, std::size_t> m_valueLines; ///< of the last key
 };
 
 } // namespace
 
-std::string FormatRegistryFile(std::span<const tagRegistryTree> trees)
+std::string FormatRegistryFile(std::span<const RegistryTree> trees)
 {
     std::string text(kFirstLine);
     text += '\n';
-    for (const tagRegistryTree& tree : trees)
+    for (const RegistryTree& tree : trees)
     {
         AppendKey(tree.path, tree.top, text);
     }
     return text + '\n' + Utf8Text(kLastLine) + '\n';
 }
 
-std::vector<tagFileKey> ParseRegistryFile(std::string_view bytes, const std::string& name)
+std::vector<FileKey> ParseRegistryFile(std::string_view bytes, const std::string& name)
 {
     CFileReader reader;
     try
@@ -280,7 +280,7 @@ std::vector<tagFileKey> ParseRegistryFile(std::string_view bytes, const std::str
     catch (const CTextFault& fault)
     {
         const std::size_t line = std::max(reader.Line(), std::size_t{1});
-        throw CToolError(tagExitCode::Failed, fmt::format("{}:{}: {}", name, line, fault.what()));
+        throw CToolError(ExitCode::Failed, fmt::format("{}:{}: {}", name, line, fault.what()));
     }
     return reader.TakeKeys();
 }

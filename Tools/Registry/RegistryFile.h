@@ -12,27 +12,27 @@ namespace ZoVelkor::Tools
 {
 
 /// A value and the line of the file where it stands.
-struct tagFileValue
+struct FileValue
 {
-    tagRegistryValue value;
+    RegistryValue value;
     std::size_t line;
 };
 
 /// A key and the line of the file where it stands.
-struct tagFileKey
+struct FileKey
 {
-    tagRegistryPath path;
+    RegistryPath path;
     std::size_t line;
-    std::vector<tagFileValue> values;
+    std::vector<FileValue> values;
 };
 
 /// The text form of trees: the same trees always give the same text.
-std::string FormatRegistryFile(std::span<const tagRegistryTree> trees);
+std::string FormatRegistryFile(std::span<const RegistryTree> trees);
 
 /// Takes the text form apart.
 ///
 /// @param name  of the file, for messages
 /// @throws CToolError (Failed) with the line when anything is wrong with the file
-std::vector<tagFileKey> ParseRegistryFile(std::string_view bytes, const std::string& name);
+std::vector<FileKey> ParseRegistryFile(std::string_view bytes, const std::string& name);
 
 } // namespace ZoVelkor::Tools

@@ -17,9 +17,9 @@ std::string Joined(const std::vector<std::string>& parts)
     return fmt::format("{}", fmt::join(parts, ","));
 }
 
-struct tagJsonData
+struct JsonData
 {
-    const tagRegistryValue& value;
+    const RegistryValue& value;
 
     std::string operator()(const std::wstring& content) const
     {
@@ -67,25 +67,25 @@ std::string JsonText(std::wstring_view text)
     return Utf8Text(json + L'"');
 }
 
-std::string JsonMembers(const tagRegistryValue& value)
+std::string JsonMembers(const RegistryValue& value)
 {
-    const tagValueType* const type = FindValueType(value.type);
+    const ValueType* const type = FindValueType(value.type);
     const std::string typeText =
         type == nullptr ? std::to_string(value.type) : fmt::format("\"{}\"", type->name);
-    return fmt::format(R"("type":{},{})", typeText, std::visit(tagJsonData{value}, ContentOf(value)));
+    return fmt::format(R"("type":{},{})", typeText, std::visit(JsonData{value}, ContentOf(value)));
 }
 
-std::string JsonValue(const tagRegistryValue& value)
+std::string JsonValue(const RegistryValue& value)
 {
     return fmt::format(R"({{"name":{},{}}})", JsonText(value.name), JsonMembers(value));
 }
 
-std::string JsonTree(const tagRegistryPath& path, const tagRegistryKey& key)
+std::string JsonTree(const RegistryPath& path, const RegistryKey& key)
 {
     std::vector<std::string> values;
     std::ranges::transform(key.values, std::back_inserter(values), JsonValue);
     std::vector<std::string> keys;
-    for (const tagRegistryKey& below : key.keys)
+    for (const RegistryKey& below : key.keys)
     {
         keys.push_back(JsonTree(path.Below(below.name), below));
     }

@@ -14,14 +14,14 @@ namespace ZoVelkor::Tools
 namespace
 {
 
-struct tagRoot
+struct Root
 {
     const wchar_t* name;
     const wchar_t* shortName;
     HKEY key;
 };
 
-constexpr tagRoot kRoots[] = {
+constexpr Root kRoots[] = {
     {L"HKEY_CLASSES_ROOT", L"HKCR", HKEY_CLASSES_ROOT},
     {L"HKEY_CURRENT_USER", L"HKCU", HKEY_CURRENT_USER},
     {L"HKEY_LOCAL_MACHINE", L"HKLM", HKEY_LOCAL_MACHINE},
@@ -31,19 +31,19 @@ constexpr tagRoot kRoots[] = {
     {L"HKEY_DYN_DATA", L"HKDD", HKEY_DYN_DATA},
 };
 
-struct tagRange
+struct Range
 {
     char32_t first;
     char32_t last;
 };
 
-constexpr tagRange kNoCharacters[] = {
+constexpr Range kNoCharacters[] = {
     {0xD800, 0xDFFF},
     {0x110000, 0xFFFFFFFF},
 };
 
 /// Control characters, zero-width ones and those that turn the direction of writing.
-constexpr tagRange kHidden[] = {
+constexpr Range kHidden[] = {
     {0x00, 0x1F},
     {0x7F, 0x9F},
     {0x200B, 0x200F},
@@ -52,21 +52,21 @@ constexpr tagRange kHidden[] = {
     {0xFEFF, 0xFEFF},
 };
 
-template <std::size_t tSize>
-bool IsIn(const tagRange (&ranges)[tSize], wchar_t character) noexcept
+template <std::size_t size>
+bool IsIn(const Range (&ranges)[size], wchar_t character) noexcept
 {
     const auto code = static_cast<char32_t>(character);
     return std::ranges::any_of(
-        ranges, [code](const tagRange& range) { return code >= range.first && code <= range.last; });
+        ranges, [code](const Range& range) { return code >= range.first && code <= range.last; });
 }
 
-struct tagEscape
+struct Escape
 {
     wchar_t letter;
     wchar_t character;
 };
 
-constexpr tagEscape kEscapes[] = {
+constexpr Escape kEscapes[] = {
     {L'\\', L'\\'},
     {L'"', L'"'},
     {L'n', L'\n'},
@@ -103,7 +103,7 @@ wchar_t TakeNumber(std::wstring_view& rest)
 wchar_t TakeEscape(std::wstring_view& rest)
 {
     const wchar_t letter = rest.empty() ? L'\0' : rest.front();
-    const auto* row = std::ranges::find(kEscapes, letter, &tagEscape::letter);
+    const auto* row = std::ranges::find(kEscapes, letter, &Escape::letter);
     if (row != std::end(kEscapes))
     {
         rest.remove_prefix(1);
@@ -117,17 +117,17 @@ wchar_t TakeEscape(std::wstring_view& rest)
     return TakeNumber(rest);
 }
 
-const tagRoot& FindRoot(std::wstring_view name)
+const Root& FindRoot(std::wstring_view name)
 {
     const std::wstring folded = Folded(name);
     const auto* row = std::ranges::find_if(
-        kRoots, [&](const tagRoot& root) { return folded == root.name || folded == root.shortName; });
+        kRoots, [&](const Root& root) { return folded == root.name || folded == root.shortName; });
     if (row != std::end(kRoots))
     {
         return *row;
     }
     std::wstring known;
-    for (const tagRoot& root : kRoots)
+    for (const Root& root : kRoots)
     {
         known += fmt::format(L"{}{} ({})", known.empty() ? L"" : L", ", root.name, root.shortName);
     }
@@ -224,7 +224,7 @@ std::string QuotedText(std::wstring_view text)
     std::wstring quoted(1, L'"');
     for (const wchar_t character : text)
     {
-        const auto* row = std::ranges::find(kEscapes, character, &tagEscape::character);
+        const auto* row = std::ranges::find(kEscapes, character, &Escape::character);
         if (row != std::end(kEscapes))
         {
             quoted += {L'\\', row->letter};
@@ -282,25 +282,25 @@ std::wstring Folded(std::wstring_view name)
     return folded;
 }
 
-tagRegistryPath tagRegistryPath::Below(const std::wstring& name) const
+RegistryPath RegistryPath::Below(const std::wstring& name) const
 {
     return {root, keys.empty() ? name : keys + L'\\' + name};
 }
 
-std::vector<tagRegistryPath> AllRoots()
+std::vector<RegistryPath> AllRoots()
 {
-    std::vector<tagRegistryPath> roots;
-    for (const tagRoot& root : kRoots)
+    std::vector<RegistryPath> roots;
+    for (const Root& root : kRoots)
     {
         roots.push_back({root.key, {}});
     }
     return roots;
 }
 
-tagRegistryPath ParseRegistryPath(std::wstring_view text)
+RegistryPath ParseRegistryPath(std::wstring_view text)
 {
     const std::size_t rootLength = std::min(text.find_first_of(L"\\/"), text.size());
-    tagRegistryPath path{FindRoot(text.substr(0, rootLength)).key, {}};
+    RegistryPath path{FindRoot(text.substr(0, rootLength)).key, {}};
     const std::wstring_view rest = text.substr(std::min(rootLength + 1, text.size()));
     CPathSplitter names(rest, text.substr(rootLength).starts_with(L'/') ? L"\\/" : L"\\");
     std::size_t depth = 0;
@@ -331,9 +331,9 @@ std::string KeyNameText(std::wstring_view name)
     return Utf8Text(text);
 }
 
-std::string PathText(const tagRegistryPath& path)
+std::string PathText(const RegistryPath& path)
 {
-    const auto* root = std::ranges::find(kRoots, path.root, &tagRoot::key);
+    const auto* root = std::ranges::find(kRoots, path.root, &Root::key);
     std::string text = root == std::end(kRoots) ? "?" : Utf8Text(root->name);
     for (std::wstring_view rest = path.keys; !rest.empty();)
     {

@@ -44,26 +44,26 @@ void CheckValueName(std::wstring_view name);
 std::wstring Folded(std::wstring_view name);
 
 /// A place in the registry.
-struct tagRegistryPath
+struct RegistryPath
 {
     HKEY root = 0;
     std::wstring keys; ///< below the root, as the registry functions take them; may be empty
 
     /// The key directly below with a name.
-    tagRegistryPath Below(const std::wstring& name) const;
+    RegistryPath Below(const std::wstring& name) const;
 };
 
 /// All roots, in the order of their handles.
-std::vector<tagRegistryPath> AllRoots();
+std::vector<RegistryPath> AllRoots();
 
 /// Takes a path apart: the name of a root, and keys behind backslashes. When the first separator is a slash,
 /// slashes separate as well; otherwise they belong to the names. \u{HEX} is a character by its number.
 ///
 /// @throws CTextFault
-tagRegistryPath ParseRegistryPath(std::wstring_view text);
+RegistryPath ParseRegistryPath(std::wstring_view text);
 
 /// The path on one line, as ParseRegistryPath takes it.
-std::string PathText(const tagRegistryPath& path);
+std::string PathText(const RegistryPath& path);
 
 /// The name of a key as it stands in a path.
 std::string KeyNameText(std::wstring_view name);

@@ -14,32 +14,32 @@ namespace ZoVelkor::Tools
 namespace
 {
 
-struct tagFaultText
+struct FaultText
 {
     DWORD error;
-    tagExitCode code;
+    ExitCode code;
     const char* text;
 };
 
-constexpr tagFaultText kFaults[] = {
-    {ERROR_FILE_NOT_FOUND, tagExitCode::Failed, "no such key"},
-    {ERROR_KEY_DELETED, tagExitCode::Failed, "has been deleted meanwhile"},
-    {ERROR_INVALID_PARAMETER, tagExitCode::Failed, "too long, too large or too deep"},
-    {ERROR_BUSY, tagExitCode::NoAccess, "another program keeps the registry locked"},
-    {ERROR_ACCESS_DENIED, tagExitCode::NoAccess, "the registry may not be read, or not be written"},
-    {ERROR_DISK_FULL, tagExitCode::NoAccess, "the disk is full"},
-    {ERROR_REGISTRY_IO_FAILED, tagExitCode::NoAccess, "the disk fails"},
-    {ERROR_CANTOPEN, tagExitCode::NoAccess, "the registry cannot be opened"},
-    {ERROR_BADDB, tagExitCode::NoAccess, "the registry is damaged, or the file is none"},
-    {ERROR_NOT_ENOUGH_MEMORY, tagExitCode::NoAccess, "not enough memory"},
-    {ERROR_TOO_MANY_OPEN_FILES, tagExitCode::NoAccess, "too many open files"},
+constexpr FaultText kFaults[] = {
+    {ERROR_FILE_NOT_FOUND, ExitCode::Failed, "no such key"},
+    {ERROR_KEY_DELETED, ExitCode::Failed, "has been deleted meanwhile"},
+    {ERROR_INVALID_PARAMETER, ExitCode::Failed, "too long, too large or too deep"},
+    {ERROR_BUSY, ExitCode::NoAccess, "another program keeps the registry locked"},
+    {ERROR_ACCESS_DENIED, ExitCode::NoAccess, "the registry may not be read, or not be written"},
+    {ERROR_DISK_FULL, ExitCode::NoAccess, "the disk is full"},
+    {ERROR_REGISTRY_IO_FAILED, ExitCode::NoAccess, "the disk fails"},
+    {ERROR_CANTOPEN, ExitCode::NoAccess, "the registry cannot be opened"},
+    {ERROR_BADDB, ExitCode::NoAccess, "the registry is damaged, or the file is none"},
+    {ERROR_NOT_ENOUGH_MEMORY, ExitCode::NoAccess, "not enough memory"},
+    {ERROR_TOO_MANY_OPEN_FILES, ExitCode::NoAccess, "too many open files"},
 };
 
 /// Reads trees; keeps its buffers from one value to the next.
 class CTreeReader
 {
 public:
-    LONG ReadKey(HKEY key, unsigned depth, tagRegistryKey& result)
+    LONG ReadKey(HKEY key, unsigned depth, RegistryKey& result)
     {
         const LONG error = ReadValues(key, result.values);
         if (error != ERROR_SUCCESS)
@@ -50,7 +50,7 @@ public:
     }
 
 private:
-    LONG ReadValues(HKEY key, std::vector<tagRegistryValue>& values)
+    LONG ReadValues(HKEY key, std::vector<RegistryValue>& values)
     {
         DWORD index = 0;
         for (;;)
@@ -74,7 +74,7 @@ private:
         }
     }
 
-    LONG ReadKeys(HKEY key, unsigned depth, std::vector<tagRegistryKey>& keys)
+    LONG ReadKeys(HKEY key, unsigned depth, std::vector<RegistryKey>& keys)
     {
         LONG error = ERROR_SUCCESS;
         for (DWORD index = 0; error == ERROR_SUCCESS; ++index)
@@ -83,7 +83,7 @@ private:
             error = RegEnumKey(key, index, name, static_cast<DWORD>(std::size(name)));
             if (error == ERROR_SUCCESS)
             {
-                tagRegistryKey below;
+                RegistryKey below;
                 below.name = name;
                 error = ReadBelow(key, depth, below);
                 if (error == ERROR_SUCCESS)
@@ -98,7 +98,7 @@ private:
         return error == ERROR_NO_MORE_ITEMS ? LONG{ERROR_SUCCESS} : error;
     }
 
-    LONG ReadBelow(HKEY key, unsigned depth, tagRegistryKey& below)
+    LONG ReadBelow(HKEY key, unsigned depth, RegistryKey& below)
     {
         HKEY opened = 0;
         const LONG error = RegOpenKey(key, below.name.c_str(), &opened);
@@ -128,9 +128,9 @@ private:
     std::vector<BYTE> m_data = std::vector<BYTE>(kFirstDataSize);
 };
 
-tagRegistryTree ReadOpenTree(HKEY key, const tagRegistryPath& path, unsigned depth)
+RegistryTree ReadOpenTree(HKEY key, const RegistryPath& path, unsigned depth)
 {
-    tagRegistryTree tree{path, {}};
+    RegistryTree tree{path, {}};
     CheckRegistry(CTreeReader().ReadKey(key, depth, tree.top), PathText(path));
     return tree;
 }
@@ -143,25 +143,24 @@ void CheckRegistry(LONG error, const std::string& subject)
     {
         return;
     }
-    const auto* row = std::ranges::find(kFaults, static_cast<DWORD>(error), &tagFaultText::error);
+    const auto* row = std::ranges::find(kFaults, static_cast<DWORD>(error), &FaultText::error);
     if (row == std::end(kFaults))
     {
-        throw CToolError(tagExitCode::Failed, fmt::format("{}: error {}", subject, error));
+        throw CToolError(ExitCode::Failed, fmt::format("{}: error {}", subject, error));
     }
     throw CToolError(row->code, fmt::format("{}: {}", subject, row->text));
 }
 
-CUniqueKey OpenRegistryKey(const tagRegistryPath& path)
+CUniqueKey OpenRegistryKey(const RegistryPath& path)
 {
     HKEY key = 0;
     CheckRegistry(RegOpenKey(path.root, path.keys.c_str(), &key), PathText(path));
     return CUniqueKey(key);
 }
 
-std::optional<tagRegistryValue>
-ReadRegistryValue(HKEY key, const std::wstring& name, const tagRegistryPath& path)
+std::optional<RegistryValue> ReadRegistryValue(HKEY key, const std::wstring& name, const RegistryPath& path)
 {
-    tagRegistryValue value{name, REG_NONE, std::vector<BYTE>(1)};
+    RegistryValue value{name, REG_NONE, std::vector<BYTE>(1)};
     LONG error = ERROR_MORE_DATA;
     while (error == ERROR_MORE_DATA)
     {
@@ -180,23 +179,23 @@ ReadRegistryValue(HKEY key, const std::wstring& name, const tagRegistryPath& pat
     return value;
 }
 
-tagRegistryTree ReadRegistryTree(const tagRegistryPath& path, unsigned depth)
+RegistryTree ReadRegistryTree(const RegistryPath& path, unsigned depth)
 {
     return ReadOpenTree(OpenRegistryKey(path).Get(), path, depth);
 }
 
-CWatchedTrees::CWatchedTrees(std::vector<tagRegistryPath> paths)
+CWatchedTrees::CWatchedTrees(std::vector<RegistryPath> paths)
     : m_paths(std::move(paths)),
       m_changed(CreateEvent(TRUE, FALSE))
 {
     std::ranges::transform(m_paths, std::back_inserter(m_keys), OpenRegistryKey);
 }
 
-std::vector<tagRegistryTree> CWatchedTrees::Read()
+std::vector<RegistryTree> CWatchedTrees::Read()
 {
     ResetEvent(m_changed.Get());
     Arm();
-    std::vector<tagRegistryTree> trees;
+    std::vector<RegistryTree> trees;
     for (std::size_t i = 0; i < m_paths.size(); ++i)
     {
         trees.push_back(ReadOpenTree(m_keys[i].Get(), m_paths[i], kAnyDepth));
@@ -204,7 +203,7 @@ std::vector<tagRegistryTree> CWatchedTrees::Read()
     return trees;
 }
 
-std::optional<std::vector<tagRegistryTree>> CWatchedTrees::ReadAtOneMoment()
+std::optional<std::vector<RegistryTree>> CWatchedTrees::ReadAtOneMoment()
 {
     constexpr int kAttempts = 10;
     for (int i = 0; i < kAttempts; ++i)

@@ -14,19 +14,19 @@ namespace ZoVelkor::Tools
 {
 
 /// A key with all that it holds, in the registry's order.
-struct tagRegistryKey
+struct RegistryKey
 {
     std::wstring name; ///< empty for the key from which on was read
-    std::vector<tagRegistryValue> values;
-    std::vector<tagRegistryKey> keys;
+    std::vector<RegistryValue> values;
+    std::vector<RegistryKey> keys;
     DWORD unreadKeys = 0; ///< keys below that were too deep to be read
 };
 
 /// A tree and where it stands.
-struct tagRegistryTree
+struct RegistryTree
 {
-    tagRegistryPath path;
-    tagRegistryKey top;
+    RegistryPath path;
+    RegistryKey top;
 };
 
 inline constexpr unsigned kAnyDepth = std::numeric_limits<unsigned>::max();
@@ -38,36 +38,35 @@ inline constexpr unsigned kAnyDepth = std::numeric_limits<unsigned>::max();
 void CheckRegistry(LONG error, const std::string& subject);
 
 /// @throws CToolError when there is no such key
-CUniqueKey OpenRegistryKey(const tagRegistryPath& path);
+CUniqueKey OpenRegistryKey(const RegistryPath& path);
 
 /// @return none when there is no such value
 /// @throws CToolError
-std::optional<tagRegistryValue>
-ReadRegistryValue(HKEY key, const std::wstring& name, const tagRegistryPath& path);
+std::optional<RegistryValue> ReadRegistryValue(HKEY key, const std::wstring& name, const RegistryPath& path);
 
 /// Reads a key and so many levels of keys below it.
 ///
 /// What others change meanwhile may be missing or be there.
 /// @throws CToolError
-tagRegistryTree ReadRegistryTree(const tagRegistryPath& path, unsigned depth = kAnyDepth);
+RegistryTree ReadRegistryTree(const RegistryPath& path, unsigned depth = kAnyDepth);
 
 /// Keys that are read again and again while others change them. One thread at a time.
 class CWatchedTrees
 {
 public:
     /// @throws CToolError when there is no such key
-    explicit CWatchedTrees(std::vector<tagRegistryPath> paths);
+    explicit CWatchedTrees(std::vector<RegistryPath> paths);
 
     /// Reads all as they are at one moment.
     ///
     /// @return none when they do not stop changing
     /// @throws CToolError
-    std::optional<std::vector<tagRegistryTree>> ReadAtOneMoment();
+    std::optional<std::vector<RegistryTree>> ReadAtOneMoment();
 
     /// Reads all; later changes end the next Wait.
     ///
     /// @throws CToolError
-    std::vector<tagRegistryTree> Read();
+    std::vector<RegistryTree> Read();
 
     /// Waits until something has changed since the beginning of the last Read.
     void Wait() const;
@@ -75,7 +74,7 @@ public:
 private:
     void Arm() const;
 
-    std::vector<tagRegistryPath> m_paths;
+    std::vector<RegistryPath> m_paths;
     std::vector<CUniqueKey> m_keys; ///< in the order of the paths
     CUniqueEvent m_changed;
 };

@@ -17,13 +17,13 @@ namespace ZoVelkor::Tools
 namespace
 {
 
-constexpr tagValueType kTypes[] = {
-    {"string", REG_SZ, tagValueForm::Text, 0},
-    {"expand", REG_EXPAND_SZ, tagValueForm::Text, 0},
-    {"dword", REG_DWORD, tagValueForm::Number, 4},
-    {"qword", REG_QWORD, tagValueForm::Number, 8},
-    {"multi", REG_MULTI_SZ, tagValueForm::List, 0},
-    {"binary", REG_BINARY, tagValueForm::Bytes, 0},
+constexpr ValueType kTypes[] = {
+    {"string", REG_SZ, ValueForm::Text, 0},
+    {"expand", REG_EXPAND_SZ, ValueForm::Text, 0},
+    {"dword", REG_DWORD, ValueForm::Number, 4},
+    {"qword", REG_QWORD, ValueForm::Number, 8},
+    {"multi", REG_MULTI_SZ, ValueForm::List, 0},
+    {"binary", REG_BINARY, ValueForm::Bytes, 0},
 };
 
 constexpr std::size_t kBytesOfLine = 32;
@@ -73,13 +73,13 @@ void AppendText(std::vector<BYTE>& data, std::wstring_view text)
 }
 
 /// A number of up to 64 bits; negative ones as their two's complement.
-struct tagNumber
+struct Number
 {
     std::uint64_t bits;
     bool isNegative;
 };
 
-std::optional<tagNumber> ParseNumber(std::wstring_view wide)
+std::optional<Number> ParseNumber(std::wstring_view wide)
 {
     const std::string text = Utf8Text(wide);
     const bool isNegative = text.starts_with('-');
@@ -93,10 +93,10 @@ std::optional<tagNumber> ParseNumber(std::wstring_view wide)
     {
         return std::nullopt;
     }
-    return tagNumber{isNegative ? ~magnitude + 1 : magnitude, isNegative && magnitude != 0};
+    return Number{isNegative ? ~magnitude + 1 : magnitude, isNegative && magnitude != 0};
 }
 
-bool FitsIntoDword(const tagNumber& number) noexcept
+bool FitsIntoDword(const Number& number) noexcept
 {
     constexpr std::uint64_t kHighest = std::numeric_limits<std::uint32_t>::max();
     constexpr std::uint64_t kLowest = ~std::uint64_t{0x7FFFFFFF};
@@ -122,9 +122,8 @@ bool NamesVariable(std::wstring_view text)
 
 std::string NameOfType(DWORD type)
 {
-    const tagValueType* const known = FindValueType(type);
-    return known != nullptr && known->form == tagValueForm::Bytes ? known->name
-                                                                  : fmt::format("type {}", type);
+    const ValueType* const known = FindValueType(type);
+    return known != nullptr && known->form == ValueForm::Bytes ? known->name : fmt::format("type {}", type);
 }
 
 unsigned DigitOf(wchar_t character)
@@ -143,10 +142,10 @@ unsigned DigitOf(wchar_t character)
 }
 
 /// Fills in what stands behind the name of a value.
-struct tagDescription
+struct Description
 {
-    const tagRegistryValue& value;
-    tagValueText& text;
+    const RegistryValue& value;
+    ValueText& text;
 
     const char* Type() const { return FindValueType(value.type)->name; }
 
@@ -172,37 +171,37 @@ struct tagDescription
 
 } // namespace
 
-const tagValueType* FindValueType(std::string_view name) noexcept
+const ValueType* FindValueType(std::string_view name) noexcept
 {
-    const auto* row = std::ranges::find(kTypes, name, &tagValueType::name);
+    const auto* row = std::ranges::find(kTypes, name, &ValueType::name);
     return row == std::end(kTypes) ? nullptr : row;
 }
 
-const tagValueType* FindValueType(DWORD type) noexcept
+const ValueType* FindValueType(DWORD type) noexcept
 {
-    const auto* row = std::ranges::find(kTypes, type, &tagValueType::type);
+    const auto* row = std::ranges::find(kTypes, type, &ValueType::type);
     return row == std::end(kTypes) ? nullptr : row;
 }
 
 std::string ValueTypeNames()
 {
     std::string names;
-    for (const tagValueType& type : kTypes)
+    for (const ValueType& type : kTypes)
     {
         names += (names.empty() ? "" : "|") + std::string(type.name);
     }
     return names;
 }
 
-ValueContent ContentOf(const tagRegistryValue& value)
+ValueContent ContentOf(const RegistryValue& value)
 {
-    const tagValueType* const type = FindValueType(value.type);
+    const ValueType* const type = FindValueType(value.type);
     const std::span<const BYTE> bytes(value.data);
-    if (type == nullptr || type->form == tagValueForm::Bytes)
+    if (type == nullptr || type->form == ValueForm::Bytes)
     {
         return bytes;
     }
-    if (type->form == tagValueForm::Number)
+    if (type->form == ValueForm::Number)
     {
         std::uint64_t number = 0;
         std::uint32_t half = 0;
@@ -219,7 +218,7 @@ ValueContent ContentOf(const tagRegistryValue& value)
     {
         return bytes;
     }
-    if (type->form == tagValueForm::Text)
+    if (type->form == ValueForm::Text)
     {
         return *text;
     }
@@ -251,7 +250,7 @@ void AppendToList(std::vector<BYTE>& data, std::wstring_view text)
     data.resize(data.size() + 2 * sizeof(wchar_t));
 }
 
-std::vector<BYTE> NumberData(std::wstring_view text, const tagValueType& type)
+std::vector<BYTE> NumberData(std::wstring_view text, const ValueType& type)
 {
     const auto number = ParseNumber(text);
     if (!number)
@@ -301,19 +300,19 @@ std::string HexText(std::span<const BYTE> bytes)
     return text;
 }
 
-std::vector<BYTE> DataOf(std::wstring_view text, const tagValueType& type)
+std::vector<BYTE> DataOf(std::wstring_view text, const ValueType& type)
 {
     std::vector<BYTE> data;
     switch (type.form)
     {
-    case tagValueForm::Text:
+    case ValueForm::Text:
         return TextData(text);
-    case tagValueForm::Number:
+    case ValueForm::Number:
         return NumberData(text, type);
-    case tagValueForm::Bytes:
+    case ValueForm::Bytes:
         AppendBytes(data, text);
         break;
-    case tagValueForm::List:
+    case ValueForm::List:
         data = EmptyListData();
         while (!text.empty())
         {
@@ -326,7 +325,7 @@ std::vector<BYTE> DataOf(std::wstring_view text, const tagValueType& type)
     return data;
 }
 
-const tagValueType& GuessType(std::wstring_view text)
+const ValueType& GuessType(std::wstring_view text)
 {
     // Serial numbers and the like begin with zeros that a number would lose.
     const std::wstring_view digits = text.substr(text.starts_with(L'-') ? 1 : 0);
@@ -339,17 +338,17 @@ const tagValueType& GuessType(std::wstring_view text)
     return *FindValueType(NamesVariable(text) ? REG_EXPAND_SZ : REG_SZ);
 }
 
-tagValueText DescribeValue(const tagRegistryValue& value)
+ValueText DescribeValue(const RegistryValue& value)
 {
-    tagValueText text{QuotedText(value.name) + " = ", {}};
-    std::visit(tagDescription{value, text}, ContentOf(value));
+    ValueText text{QuotedText(value.name) + " = ", {}};
+    std::visit(Description{value, text}, ContentOf(value));
     return text;
 }
 
-std::string SummarizeValue(const tagRegistryValue& value)
+std::string SummarizeValue(const RegistryValue& value)
 {
     const bool areBytes = std::holds_alternative<std::span<const BYTE>>(ContentOf(value));
-    const tagValueText text = DescribeValue(value);
+    const ValueText text = DescribeValue(value);
     std::string line = text.head;
     for (const std::string& item : text.items)
     {

@@ -12,7 +12,7 @@ namespace ZoVelkor::Tools
 namespace
 {
 
-struct tagEventText
+struct EventText
 {
     const char* word;
     const char* jsonWord;
@@ -20,15 +20,15 @@ struct tagEventText
     bool hasData;
 };
 
-/// In the order of tagRegistryEvent.
-constexpr tagEventText kEvents[] = {
+/// In the order of RegistryEvent.
+constexpr EventText kEvents[] = {
     {"made", "keyMade", false, false},
     {"deleted", "keyDeleted", false, false},
     {"set", "valueSet", true, true},
     {"deleted", "valueDeleted", true, false},
 };
 
-const tagEventText& TextOf(tagRegistryEvent event) noexcept
+const EventText& TextOf(RegistryEvent event) noexcept
 {
     return kEvents[static_cast<std::size_t>(event)];
 }
@@ -47,68 +47,68 @@ std::map<std::wstring_view, const TItem*> ByName(const std::vector<TItem>& items
 class CDifferenceFinder
 {
 public:
-    void Compare(const tagRegistryPath& path, const tagRegistryKey& former, const tagRegistryKey& now)
+    void Compare(const RegistryPath& path, const RegistryKey& former, const RegistryKey& now)
     {
         CompareValues(path, former, now);
         const auto formerKeys = ByName(former.keys);
         const auto keys = ByName(now.keys);
-        for (const tagRegistryKey& key : former.keys)
+        for (const RegistryKey& key : former.keys)
         {
             if (!keys.contains(key.name))
             {
-                Add(tagRegistryEvent::KeyDeleted, path.Below(key.name));
+                Add(RegistryEvent::KeyDeleted, path.Below(key.name));
             }
         }
-        for (const tagRegistryKey& key : now.keys)
+        for (const RegistryKey& key : now.keys)
         {
-            static const tagRegistryKey kNothing;
+            static const RegistryKey kNothing;
             const auto known = formerKeys.find(key.name);
             const bool isNew = known == formerKeys.end();
-            const tagRegistryPath place = path.Below(key.name);
+            const RegistryPath place = path.Below(key.name);
             if (isNew)
             {
-                Add(tagRegistryEvent::KeyMade, place);
+                Add(RegistryEvent::KeyMade, place);
             }
             Compare(place, isNew ? kNothing : *known->second, key);
         }
     }
 
-    std::vector<tagRegistryDifference> Take() noexcept { return std::move(m_found); }
+    std::vector<RegistryDifference> Take() noexcept { return std::move(m_found); }
 
 private:
-    void CompareValues(const tagRegistryPath& path, const tagRegistryKey& former, const tagRegistryKey& now)
+    void CompareValues(const RegistryPath& path, const RegistryKey& former, const RegistryKey& now)
     {
         const auto formerValues = ByName(former.values);
         const auto values = ByName(now.values);
-        for (const tagRegistryValue& value : former.values)
+        for (const RegistryValue& value : former.values)
         {
             if (!values.contains(value.name))
             {
-                Add(tagRegistryEvent::ValueDeleted, path, value);
+                Add(RegistryEvent::ValueDeleted, path, value);
             }
         }
-        for (const tagRegistryValue& value : now.values)
+        for (const RegistryValue& value : now.values)
         {
             const auto known = formerValues.find(value.name);
             if (known == formerValues.end() || !(*known->second == value))
             {
-                Add(tagRegistryEvent::ValueSet, path, value);
+                Add(RegistryEvent::ValueSet, path, value);
             }
         }
     }
 
-    void Add(tagRegistryEvent event, const tagRegistryPath& path, const tagRegistryValue& value = {})
+    void Add(RegistryEvent event, const RegistryPath& path, const RegistryValue& value = {})
     {
         m_found.push_back({event, path, value});
     }
 
-    std::vector<tagRegistryDifference> m_found;
+    std::vector<RegistryDifference> m_found;
 };
 
 } // namespace
 
-std::vector<tagRegistryDifference> FindDifferences(std::span<const tagRegistryTree> former,
-                                                   std::span<const tagRegistryTree> now)
+std::vector<RegistryDifference> FindDifferences(std::span<const RegistryTree> former,
+                                                std::span<const RegistryTree> now)
 {
     CDifferenceFinder finder;
     for (std::size_t i = 0; i < now.size(); ++i)
@@ -118,9 +118,9 @@ std::vector<tagRegistryDifference> FindDifferences(std::span<const tagRegistryTr
     return finder.Take();
 }
 
-std::string DifferenceText(const tagRegistryDifference& difference)
+std::string DifferenceText(const RegistryDifference& difference)
 {
-    const tagEventText& text = TextOf(difference.event);
+    const EventText& text = TextOf(difference.event);
     std::string line = fmt::format("{} {}", text.word, PathText(difference.path));
     if (text.isOfValue)
     {
@@ -129,9 +129,9 @@ std::string DifferenceText(const tagRegistryDifference& difference)
     return line;
 }
 
-std::string JsonDifference(const tagRegistryDifference& difference)
+std::string JsonDifference(const RegistryDifference& difference)
 {
-    const tagEventText& text = TextOf(difference.event);
+    const EventText& text = TextOf(difference.event);
     std::string json = fmt::format(
         R"({{"event":"{}","key":{})", text.jsonWord, JsonText(WideText(PathText(difference.path))));
     if (text.isOfValue)

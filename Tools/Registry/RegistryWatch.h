@@ -10,7 +10,7 @@
 namespace ZoVelkor::Tools
 {
 
-enum class tagRegistryEvent : std::uint8_t
+enum class RegistryEvent : std::uint8_t
 {
     KeyMade,
     KeyDeleted, ///< with all that it held
@@ -19,19 +19,19 @@ enum class tagRegistryEvent : std::uint8_t
 };
 
 /// What is different between two readings of a tree.
-struct tagRegistryDifference
+struct RegistryDifference
 {
-    tagRegistryEvent event;
-    tagRegistryPath path;
-    tagRegistryValue value; ///< of events of values
+    RegistryEvent event;
+    RegistryPath path;
+    RegistryValue value; ///< of events of values
 };
 
 /// The differences of two readings of the same trees, keys before what they hold.
-std::vector<tagRegistryDifference> FindDifferences(std::span<const tagRegistryTree> former,
-                                                   std::span<const tagRegistryTree> now);
+std::vector<RegistryDifference> FindDifferences(std::span<const RegistryTree> former,
+                                                std::span<const RegistryTree> now);
 
 /// One difference on a line of its own, as text or as a JSON object.
-std::string DifferenceText(const tagRegistryDifference& difference);
-std::string JsonDifference(const tagRegistryDifference& difference);
+std::string DifferenceText(const RegistryDifference& difference);
+std::string JsonDifference(const RegistryDifference& difference);
 
 } // namespace ZoVelkor::Tools

@@ -22,7 +22,7 @@ void TakePieces(CInstrumentLink& link, std::size_t size, TPiece piece)
 {
     while (size > 0)
     {
-        const tagResponsePart part = link.Read(std::min(size, kPieceBytes));
+        const ResponsePart part = link.Read(std::min(size, kPieceBytes));
         piece(part.bytes);
         size -= part.bytes.size();
     }
@@ -54,25 +54,25 @@ void CAnswerPrinter::Take(std::string_view part)
 
 void CAnswerFile::Take(std::string_view part)
 {
-    WriteOutput(m_sName, part, m_isBegun);
+    WriteOutput(m_name, part, m_isBegun);
     m_isBegun = true;
 }
 
 void CAnswerFile::TakeBlock(CInstrumentLink& link, std::size_t size)
 {
-    if (m_sName == kStandardStream)
+    if (m_name == kStandardStream)
     {
         TakePieces(link, size, [this](std::string_view piece) { Take(piece); });
     }
     else
     {
-        link.FetchFile(m_sName, size);
+        link.FetchFile(m_name, size);
     }
 }
 
 void CAnswerText::Take(std::string_view part)
 {
-    m_sText += part;
+    m_text += part;
 }
 
 void CAnswerText::TakeBlock(CInstrumentLink& link, std::size_t size)

@@ -27,13 +27,13 @@ class CAnswerFile final : public CAnswerTaker
 {
 public:
     /// @param name  made or overwritten when the answer comes; - is the standard output
-    explicit CAnswerFile(std::string name) : m_sName(std::move(name)) {}
+    explicit CAnswerFile(std::string name) : m_name(std::move(name)) {}
     void Take(std::string_view part) override;
     void TakeBlock(CInstrumentLink& link, std::size_t size) override;
     bool WantsBlocks() const override { return true; }
 
 private:
-    const std::string m_sName;
+    const std::string m_name;
     bool m_isBegun = false;
 };
 
@@ -45,10 +45,10 @@ public:
     void TakeBlock(CInstrumentLink& link, std::size_t size) override;
     bool WantsBlocks() const override { return true; }
 
-    const std::string& Text() const noexcept { return m_sText; }
+    const std::string& Text() const noexcept { return m_text; }
 
 private:
-    std::string m_sText;
+    std::string m_text;
 };
 
 /// Drops answers that nobody asked for.

@@ -152,7 +152,7 @@ void CHeaderCompletion::MarkCommand(const Nodes& path, std::string_view forms)
     const bool isQuery = isQueryOnly || forms.find("/nquery/") == std::string_view::npos;
     for (std::size_t i = path.size() - 1; i > 0; --i)
     {
-        tagNode& node = m_nodes[path[i]];
+        Node& node = m_nodes[path[i]];
         node.isSetting = node.isSetting || !isQueryOnly;
         node.isQuery = node.isQuery || isQuery;
         if (!node.isOptional)
@@ -166,7 +166,7 @@ std::size_t CHeaderCompletion::AddNode(std::size_t parent, std::string_view keyw
 {
     for (const std::size_t child : m_nodes[parent].children)
     {
-        if (m_nodes[child].sKeyword == keyword && m_nodes[child].isOptional == isOptional)
+        if (m_nodes[child].keyword == keyword && m_nodes[child].isOptional == isOptional)
         {
             return child;
         }
@@ -198,7 +198,7 @@ CHeaderCompletion::Nodes CHeaderCompletion::Reachable(const Nodes& parents) cons
 CHeaderCompletion::Nodes CHeaderCompletion::Step(const Nodes& parents, std::string_view keyword) const
 {
     Nodes next = Reachable(parents);
-    std::erase_if(next, [&](std::size_t node) { return !IsKeyword(m_nodes[node].sKeyword, keyword); });
+    std::erase_if(next, [&](std::size_t node) { return !IsKeyword(m_nodes[node].keyword, keyword); });
     return next;
 }
 
@@ -224,14 +224,14 @@ void CHeaderCompletion::FollowCommand(std::string_view command, Nodes& level) co
 }
 
 /// Goes on behind a complete keyword: with what certainly follows, else with the choices.
-void CHeaderCompletion::GoOn(const Nodes& nodes, tagCompletion& completion) const
+void CHeaderCompletion::GoOn(const Nodes& nodes, Completion& completion) const
 {
     bool isSetting = false;
     bool isQuery = false;
     Nodes complete;
     for (const std::size_t node : nodes)
     {
-        if (IsKeyword(m_nodes[node].sKeyword, completion.text))
+        if (IsKeyword(m_nodes[node].keyword, completion.text))
         {
             isSetting = isSetting || m_nodes[node].isSetting;
             isQuery = isQuery || m_nodes[node].isQuery;
@@ -251,13 +251,13 @@ void CHeaderCompletion::GoOn(const Nodes& nodes, tagCompletion& completion) cons
     {
         for (const std::size_t node : behind)
         {
-            completion.choices.push_back(':' + m_nodes[node].sKeyword);
+            completion.choices.push_back(':' + m_nodes[node].keyword);
         }
         Order(completion.choices);
     }
 }
 
-tagCompletion CHeaderCompletion::Complete(std::string_view line) const
+Completion CHeaderCompletion::Complete(std::string_view line) const
 {
     std::vector<std::string_view> commands = SplitCommands(line);
     const std::string_view header = WithoutLeadingBlanks(commands.back());
@@ -271,7 +271,7 @@ tagCompletion CHeaderCompletion::Complete(std::string_view line) const
         FollowCommand(command, level);
     }
     Nodes nodes = Reachable(level);
-    const auto isCommon = [this](std::size_t node) { return m_nodes[node].sKeyword.starts_with('*'); };
+    const auto isCommon = [this](std::size_t node) { return m_nodes[node].keyword.starts_with('*'); };
     std::erase_if(nodes, isCommon);
     if (header.find(':') == std::string_view::npos)
     {
@@ -282,13 +282,13 @@ tagCompletion CHeaderCompletion::Complete(std::string_view line) const
     return CompleteWord(header.substr(header.rfind(':') + 1), nodes);
 }
 
-tagCompletion CHeaderCompletion::CompleteWord(std::string_view word, const Nodes& nodes) const
+Completion CHeaderCompletion::CompleteWord(std::string_view word, const Nodes& nodes) const
 {
-    tagCompletion result{word.size(), {}, {}};
+    Completion result{word.size(), {}, {}};
     const bool isCapitals = word.empty() || HasCapitals(word);
     for (const std::size_t node : nodes)
     {
-        const std::string& keyword = m_nodes[node].sKeyword;
+        const std::string& keyword = m_nodes[node].keyword;
         if (IsKeyword(keyword, word))
         {
             result.text = word;

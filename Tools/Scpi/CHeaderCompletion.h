@@ -9,9 +9,9 @@ namespace ZoVelkor::Tools
 {
 
 /// How a line can go on at its end.
-struct tagCompletion
+struct Completion
 {
-    std::size_t iReplaced = 0;        ///< characters at the end of the line that give way to the text
+    std::size_t replaced = 0;         ///< characters at the end of the line that give way to the text
     std::string text;                 ///< as far as it is certain; empty when nothing is
     std::vector<std::string> choices; ///< what the word at the end can become, when there are several
 };
@@ -35,12 +35,12 @@ public:
     /// Follows the levels of the line's earlier commands as an instrument does (SCPI-99 vol. 1, 6.2.4). A
     /// keyword counts in its short and long form, in any case and with any numeric suffix. A complete keyword
     /// stays as it is typed, another becomes the long form, in small letters behind small letters.
-    tagCompletion Complete(std::string_view line) const;
+    Completion Complete(std::string_view line) const;
 
 private:
-    struct tagNode
+    struct Node
     {
-        std::string sKeyword; ///< as listed: FREQuency; common commands with their *
+        std::string keyword; ///< as listed: FREQuency; common commands with their *
         bool isOptional = false;
         bool isSetting = false;
         bool isQuery = false;
@@ -54,10 +54,10 @@ private:
     Nodes Reachable(const Nodes& parents) const;
     Nodes Step(const Nodes& parents, std::string_view keyword) const;
     void FollowCommand(std::string_view command, Nodes& level) const;
-    tagCompletion CompleteWord(std::string_view word, const Nodes& nodes) const;
-    void GoOn(const Nodes& nodes, tagCompletion& completion) const;
+    Completion CompleteWord(std::string_view word, const Nodes& nodes) const;
+    void GoOn(const Nodes& nodes, Completion& completion) const;
 
-    std::vector<tagNode> m_nodes{1}; ///< the first one is the root
+    std::vector<Node> m_nodes{1}; ///< the first one is the root
 };
 
 } // namespace ZoVelkor::Tools

@@ -42,32 +42,32 @@ void ListChoices(editline* editor, const std::vector<std::string>& choices)
 
 } // namespace
 
-void CLineEditor::tagEditorEnd::operator()(editline* editor) const noexcept
+void CLineEditor::EditorEnd::operator()(editline* editor) const noexcept
 {
     el_end(editor);
 }
 
-void CLineEditor::tagHistoryEnd::operator()(struct history* lines) const noexcept
+void CLineEditor::HistoryEnd::operator()(struct history* lines) const noexcept
 {
     history_end(lines);
 }
 
 CLineEditor::CLineEditor(std::string prompt, std::string historyFile, CHeaderCompletion completion)
-    : m_sPrompt(std::move(prompt)),
-      m_sHistoryFile(std::move(historyFile)),
+    : m_prompt(std::move(prompt)),
+      m_historyFile(std::move(historyFile)),
       m_completion(std::move(completion)),
-      m_spHistory(history_init()),
-      m_spEditor(el_init("zo", stdin, stdout, stderr))
+      m_history(history_init()),
+      m_editor(el_init("zo", stdin, stdout, stderr))
 {
-    editline* const editor = m_spEditor.get();
-    if (editor == nullptr || m_spHistory == nullptr)
+    editline* const editor = m_editor.get();
+    if (editor == nullptr || m_history == nullptr)
     {
         throw std::runtime_error("the terminal cannot be used");
     }
     LoadHistory();
     el_set(editor, EL_CLIENTDATA, this);
     el_set(editor, EL_PROMPT, &CLineEditor::Prompt);
-    el_set(editor, EL_HIST, &::history, m_spHistory.get());
+    el_set(editor, EL_HIST, &::history, m_history.get());
     el_set(editor, EL_EDITOR, "emacs");
     // Narrow names would be copied and never freed.
     el_wset(editor, EL_ADDFN, L"zo-complete", L"Complete the header", &CLineEditor::OnTab);
@@ -93,19 +93,19 @@ CLineEditor& CLineEditor::Of(editline* editor)
 
 char* CLineEditor::Prompt(editline* editor)
 {
-    return Of(editor).m_sPrompt.data();
+    return Of(editor).m_prompt.data();
 }
 
 unsigned char CLineEditor::OnTab(editline* editor, int)
 {
     const LineInfo* const line = el_line(editor);
     const std::string_view before(line->buffer, static_cast<std::size_t>(line->cursor - line->buffer));
-    const tagCompletion completion = Of(editor).m_completion.Complete(before);
+    const Completion completion = Of(editor).m_completion.Complete(before);
     const bool isFurther =
-        !completion.text.empty() && completion.text != before.substr(before.size() - completion.iReplaced);
+        !completion.text.empty() && completion.text != before.substr(before.size() - completion.replaced);
     if (isFurther)
     {
-        el_deletestr(editor, static_cast<int>(completion.iReplaced));
+        el_deletestr(editor, static_cast<int>(completion.replaced));
         el_insertstr(editor, completion.text.c_str());
         return CC_REFRESH;
     }
@@ -135,11 +135,11 @@ unsigned char CLineEditor::OnSuspend(editline* editor, int)
 std::optional<std::string> CLineEditor::ReadLine()
 {
     m_isCancelled = false;
-    el_resize(m_spEditor.get());
+    el_resize(m_editor.get());
     // Before the prompt is shown: what is typed at once would still be taken by the terminal itself.
-    el_set(m_spEditor.get(), EL_PREP_TERM, 1);
+    el_set(m_editor.get(), EL_PREP_TERM, 1);
     int count = 0;
-    const char* const text = el_gets(m_spEditor.get(), &count);
+    const char* const text = el_gets(m_editor.get(), &count);
     if (m_isCancelled)
     {
         return "";
@@ -157,11 +157,11 @@ std::optional<std::string> CLineEditor::ReadLine()
 void CLineEditor::LoadHistory()
 {
     HistEvent event{};
-    history(m_spHistory.get(), &event, H_SETSIZE, kHistoryLines);
-    history(m_spHistory.get(), &event, H_SETUNIQUE, 1);
-    if (!m_sHistoryFile.empty())
+    history(m_history.get(), &event, H_SETSIZE, kHistoryLines);
+    history(m_history.get(), &event, H_SETUNIQUE, 1);
+    if (!m_historyFile.empty())
     {
-        history(m_spHistory.get(), &event, H_LOAD, m_sHistoryFile.c_str());
+        history(m_history.get(), &event, H_LOAD, m_historyFile.c_str());
     }
 }
 
@@ -172,10 +172,10 @@ void CLineEditor::Remember(const std::string& line)
         return;
     }
     HistEvent event{};
-    history(m_spHistory.get(), &event, H_ENTER, line.c_str());
-    if (!m_sHistoryFile.empty())
+    history(m_history.get(), &event, H_ENTER, line.c_str());
+    if (!m_historyFile.empty())
     {
-        history(m_spHistory.get(), &event, H_SAVE, m_sHistoryFile.c_str());
+        history(m_history.get(), &event, H_SAVE, m_historyFile.c_str());
     }
 }
 

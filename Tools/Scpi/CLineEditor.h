@@ -30,11 +30,11 @@ public:
     std::optional<std::string> ReadLine();
 
 private:
-    struct tagEditorEnd
+    struct EditorEnd
     {
         void operator()(editline* editor) const noexcept;
     };
-    struct tagHistoryEnd
+    struct HistoryEnd
     {
         void operator()(struct history* lines) const noexcept;
     };
@@ -47,12 +47,12 @@ private:
     void LoadHistory();
     void Remember(const std::string& line);
 
-    std::string m_sPrompt;
-    const std::string m_sHistoryFile;
+    std::string m_prompt;
+    const std::string m_historyFile;
     const CHeaderCompletion m_completion;
     bool m_isCancelled = false;
-    std::unique_ptr<struct history, tagHistoryEnd> m_spHistory;
-    std::unique_ptr<editline, tagEditorEnd> m_spEditor;
+    std::unique_ptr<struct history, HistoryEnd> m_history;
+    std::unique_ptr<editline, EditorEnd> m_editor;
 };
 
 } // namespace ZoVelkor::Tools

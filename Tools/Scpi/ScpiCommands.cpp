@@ -20,90 +20,90 @@ namespace
 {
 
 /// What the actions of `zo scpi` are given.
-struct tagScpiOptions
+struct ScpiOptions
 {
-    std::string sAddress;
+    std::string address;
     std::vector<std::string> commands;
-    std::string sOutput;
-    std::string sInput;
+    std::string output;
+    std::string input;
     bool isUnchecked = false;
     double timeoutSeconds = kDefaultTimeoutSeconds;
 };
 
 /// A connection that Ctrl-C ends, made for one run of the tool.
-struct tagConnection
+struct PeerConnection
 {
-    explicit tagConnection(const tagScpiOptions& options)
-        : link(TakeInstrumentAddress(options.sAddress), Milliseconds(options.timeoutSeconds), &watcher)
+    explicit PeerConnection(const ScpiOptions& options)
+        : link(TakeInstrumentAddress(options.address), Milliseconds(options.timeoutSeconds), &watcher)
     {
         link.Connect();
     }
 
-    CInterruptWatcher watcher{tagIdleInterrupt::Exit};
+    CInterruptWatcher watcher{IdleInterrupt::Exit};
     CInstrumentLink link;
 };
 
 /// Where answers go: to a file when one is given.
-std::unique_ptr<CAnswerTaker> MakeTaker(const tagScpiOptions& options)
+std::unique_ptr<CAnswerTaker> MakeTaker(const ScpiOptions& options)
 {
-    if (options.sOutput.empty())
+    if (options.output.empty())
     {
         return std::make_unique<CAnswerPrinter>();
     }
-    return std::make_unique<CAnswerFile>(options.sOutput);
+    return std::make_unique<CAnswerFile>(options.output);
 }
 
-void CheckForOne(const tagScpiOptions& options, const std::string& file, const char* option)
+void CheckForOne(const ScpiOptions& options, const std::string& file, const char* option)
 {
     if (!file.empty() && options.commands.size() != 1)
     {
-        throw CToolError(tagExitCode::Usage, fmt::format("{} goes with one command", option));
+        throw CToolError(ExitCode::Usage, fmt::format("{} goes with one command", option));
     }
 }
 
 /// Carries the commands out up to the first one that the instrument complains about.
-tagExitCode CarryOutAll(const tagScpiOptions& options, CAnswerTaker& taker)
+ExitCode CarryOutAll(const ScpiOptions& options, CAnswerTaker& taker)
 {
-    tagConnection connection(options);
+    PeerConnection connection(options);
     for (const std::string& command : options.commands)
     {
-        const auto errors = CarryOut(connection.link, {command, options.sInput, !options.isUnchecked}, taker);
+        const auto errors = CarryOut(connection.link, {command, options.input, !options.isUnchecked}, taker);
         if (TellErrors(command, errors))
         {
-            return tagExitCode::Failed;
+            return ExitCode::Failed;
         }
     }
-    return tagExitCode::Success;
+    return ExitCode::Success;
 }
 
-tagExitCode Query(const tagScpiOptions& options)
+ExitCode Query(const ScpiOptions& options)
 {
-    CheckForOne(options, options.sOutput, "--output");
+    CheckForOne(options, options.output, "--output");
     return CarryOutAll(options, *MakeTaker(options));
 }
 
-tagExitCode Write(const tagScpiOptions& options)
+ExitCode Write(const ScpiOptions& options)
 {
-    CheckForOne(options, options.sInput, "--input");
+    CheckForOne(options, options.input, "--input");
     CAnswerDrain drain;
     return CarryOutAll(options, drain);
 }
 
-tagExitCode Read(const tagScpiOptions& options)
+ExitCode Read(const ScpiOptions& options)
 {
     const auto taker = MakeTaker(options);
-    tagConnection connection(options);
+    PeerConnection connection(options);
     TakeResponse(connection.link, *taker);
-    return tagExitCode::Success;
+    return ExitCode::Success;
 }
 
-tagExitCode Console(const tagScpiOptions& options)
+ExitCode Console(const ScpiOptions& options)
 {
-    if (options.sAddress.empty())
+    if (options.address.empty())
     {
-        throw CToolError(tagExitCode::Usage, "scpi: an address or a subcommand is required; see --help");
+        throw CToolError(ExitCode::Usage, "scpi: an address or a subcommand is required; see --help");
     }
-    return RunConsole(TakeInstrumentAddress(options.sAddress), Milliseconds(options.timeoutSeconds));
+    return RunConsole(TakeInstrumentAddress(options.address), Milliseconds(options.timeoutSeconds));
 }
 
 // What an action takes on the command line.
@@ -111,17 +111,17 @@ constexpr unsigned kCommands = 0x1;
 constexpr unsigned kOutput = 0x2;
 constexpr unsigned kInput = 0x4;
 
-struct tagScpiAction
+struct ScpiAction
 {
     const char* name;
     const char* description;
     unsigned takes;
     const char* examples;
-    tagExitCode (*run)(const tagScpiOptions& options);
+    ExitCode (*run)(const ScpiOptions& options);
 };
 
 // clang-format off
-constexpr tagScpiAction kActions[] = {
+constexpr ScpiAction kActions[] = {
     {"query", "Send commands and show the answers", kCommands | kOutput,
      "Example: zo scpi query localhost:5025 '*IDN?' 'FREQ:CENT?'\n"
      "Example: zo scpi query TCPIP::localhost::5025::SOCKET 'MMEM:DATA? \"a\"' -o a.bin", Query},
@@ -142,9 +142,9 @@ constexpr const char* kScpiFooter =
     "Example: zo scpi query localhost:5025 '*IDN?'\n"
     "Example: zo scpi localhost:5025";
 
-void AddOptions(CLI::App& command, unsigned takes, tagScpiOptions& options)
+void AddOptions(CLI::App& command, unsigned takes, ScpiOptions& options)
 {
-    command.add_option("address", options.sAddress, "Instrument")->type_name("ADDRESS")->required();
+    command.add_option("address", options.address, "Instrument")->type_name("ADDRESS")->required();
     if ((takes & kCommands) != 0)
     {
         command.add_option("command", options.commands, "SCPI commands, one message each")
@@ -158,7 +158,7 @@ void AddOptions(CLI::App& command, unsigned takes, tagScpiOptions& options)
     {
         command
             .add_option("-o,--output",
-                        options.sOutput,
+                        options.output,
                         "File for the answer, of a block just the contents; - is standard output")
             ->type_name("FILE");
     }
@@ -166,7 +166,7 @@ void AddOptions(CLI::App& command, unsigned takes, tagScpiOptions& options)
     {
         command
             .add_option(
-                "-i,--input", options.sInput, "File to send behind the command as a definite-length block")
+                "-i,--input", options.input, "File to send behind the command as a definite-length block")
             ->type_name("FILE");
     }
     AddTimeoutOption(command, options.timeoutSeconds);
@@ -174,25 +174,25 @@ void AddOptions(CLI::App& command, unsigned takes, tagScpiOptions& options)
 
 } // namespace
 
-void AddScpiCommands(CLI::App& tool, tagExitCode& result)
+void AddScpiCommands(CLI::App& tool, ExitCode& result)
 {
     CLI::App& scpi = *tool.add_subcommand("scpi", "Talk to an instrument: queries, settings, files, console");
     scpi.require_subcommand(0, 1);
     scpi.footer(kScpiFooter);
-    const auto spOptions = std::make_shared<tagScpiOptions>();
-    for (const tagScpiAction& action : kActions)
+    const auto options = std::make_shared<ScpiOptions>();
+    for (const ScpiAction& action : kActions)
     {
         CLI::App& command = *scpi.add_subcommand(action.name, action.description);
         command.footer(action.examples);
-        AddOptions(command, action.takes, *spOptions);
-        command.callback([spOptions, &action, &result] { result = action.run(*spOptions); });
+        AddOptions(command, action.takes, *options);
+        command.callback([options, &action, &result] { result = action.run(*options); });
     }
-    scpi.add_option("address", spOptions->sAddress, "Instrument for a console")->type_name("ADDRESS");
-    AddTimeoutOption(scpi, spOptions->timeoutSeconds);
-    scpi.callback([spOptions, &scpi, &result] {
+    scpi.add_option("address", options->address, "Instrument for a console")->type_name("ADDRESS");
+    AddTimeoutOption(scpi, options->timeoutSeconds);
+    scpi.callback([options, &scpi, &result] {
         if (scpi.get_subcommands().empty())
         {
-            result = Console(*spOptions);
+            result = Console(*options);
         }
     });
 }

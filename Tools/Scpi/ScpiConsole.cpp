@@ -54,15 +54,15 @@ bool IsCommand(std::string_view line)
     return line.find_first_not_of(" \t\r") != std::string_view::npos;
 }
 
-tagExitCode RunScript(CInstrumentLink& link)
+ExitCode RunScript(CInstrumentLink& link)
 {
     CAnswerPrinter printer;
-    tagExitCode result = tagExitCode::Success;
+    ExitCode result = ExitCode::Success;
     for (std::string line; std::getline(std::cin, line);)
     {
         if (IsCommand(line) && TellErrors(line, CarryOut(link, {line}, printer)))
         {
-            result = tagExitCode::Failed;
+            result = ExitCode::Failed;
         }
     }
     return result;
@@ -99,7 +99,7 @@ catch (const CToolError& error)
     link.Connect();
 }
 
-tagExitCode RunPrompt(CInstrumentLink& link, CInterruptWatcher& watcher)
+ExitCode RunPrompt(CInstrumentLink& link, CInterruptWatcher& watcher)
 {
     std::setlocale(LC_CTYPE, "");
     CLineEditor editor(link.Address() + "> ", HistoryFile(), FetchHeaders(link));
@@ -114,7 +114,7 @@ tagExitCode RunPrompt(CInstrumentLink& link, CInterruptWatcher& watcher)
         }
         if (*line == "exit" || *line == "quit")
         {
-            return tagExitCode::Success;
+            return ExitCode::Success;
         }
         if (IsCommand(*line))
         {
@@ -122,15 +122,15 @@ tagExitCode RunPrompt(CInstrumentLink& link, CInterruptWatcher& watcher)
         }
     }
     fmt::print("\n");
-    return tagExitCode::Success;
+    return ExitCode::Success;
 }
 
 } // namespace
 
-tagExitCode RunConsole(const tagInstrumentAddress& address, std::chrono::milliseconds timeout)
+ExitCode RunConsole(const InstrumentAddress& address, std::chrono::milliseconds timeout)
 {
     const bool isTerminal = isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
-    CInterruptWatcher watcher(isTerminal ? tagIdleInterrupt::Remember : tagIdleInterrupt::Exit);
+    CInterruptWatcher watcher(isTerminal ? IdleInterrupt::Remember : IdleInterrupt::Exit);
     CInstrumentLink link(address, timeout, &watcher);
     link.Connect();
     return isTerminal ? RunPrompt(link, watcher) : RunScript(link);

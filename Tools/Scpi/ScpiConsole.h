@@ -13,7 +13,7 @@ namespace ZoVelkor::Tools
 /// Answers go to the standard output, the instrument's errors to the standard error. On a terminal a lost
 /// connection is opened anew; otherwise it ends the lines.
 /// @return Success; from a script Failed when the instrument reported an error
-/// @throws CToolError, tagReaderGone
-tagExitCode RunConsole(const tagInstrumentAddress& address, std::chrono::milliseconds timeout);
+/// @throws CToolError, ReaderGone
+ExitCode RunConsole(const InstrumentAddress& address, std::chrono::milliseconds timeout);
 
 } // namespace ZoVelkor::Tools

@@ -59,44 +59,44 @@ std::size_t FileSize(const std::string& name)
     const std::uintmax_t size = std::filesystem::file_size(name, fault);
     if (fault)
     {
-        throw CToolError(tagExitCode::NoAccess, fmt::format("cannot read {}: {}", name, fault.message()));
+        throw CToolError(ExitCode::NoAccess, fmt::format("cannot read {}: {}", name, fault.message()));
     }
     if (size > kMaxBlock)
     {
-        throw CToolError(tagExitCode::Failed,
+        throw CToolError(ExitCode::Failed,
                          fmt::format("{}: {} bytes; a block has {} at most", name, size, kMaxBlock));
     }
     return size;
 }
 
 /// Sends a command and the questions behind it, in one piece where there is no file.
-void Ask(CInstrumentLink& link, const tagScpiCommand& command, std::string_view questions)
+void Ask(CInstrumentLink& link, const ScpiCommand& command, std::string_view questions)
 {
-    if (command.sInputFile.empty())
+    if (command.inputFile.empty())
     {
         link.Send(fmt::format("{}\n{}", command.text, questions), false);
         return;
     }
-    const std::size_t size = FileSize(command.sInputFile);
+    const std::size_t size = FileSize(command.inputFile);
     const std::string digits = std::to_string(size);
     const std::string head = fmt::format("{}#{}{}", command.text, digits.size(), digits);
     link.Send(head, size == 0);
     if (size > 0)
     {
-        link.SendFile(command.sInputFile, size);
+        link.SendFile(command.inputFile, size);
     }
     link.Send(questions, false);
 }
 
 /// The length of the block that begins an answer; what was read is left in the part where there is none.
-std::optional<std::size_t> ReadBlockHeader(CInstrumentLink& link, tagResponsePart& part)
+std::optional<std::size_t> ReadBlockHeader(CInstrumentLink& link, ResponsePart& part)
 {
     part = link.Read(2);
     if (part.isEnd || part.bytes[0] != '#' || part.bytes[1] < '1' || part.bytes[1] > '9')
     {
         return std::nullopt;
     }
-    const tagResponsePart digits = link.Read(static_cast<std::size_t>(part.bytes[1] - '0'));
+    const ResponsePart digits = link.Read(static_cast<std::size_t>(part.bytes[1] - '0'));
     part = {part.bytes + digits.bytes, digits.isEnd};
     std::size_t size = 0;
     const char* const end = digits.bytes.data() + digits.bytes.size();
@@ -104,7 +104,7 @@ std::optional<std::size_t> ReadBlockHeader(CInstrumentLink& link, tagResponsePar
     return fault == std::errc() && rest == end ? std::optional(size) : std::nullopt;
 }
 
-void PassOn(CInstrumentLink& link, CAnswerTaker& taker, tagResponsePart part)
+void PassOn(CInstrumentLink& link, CAnswerTaker& taker, ResponsePart part)
 {
     taker.Take(part.bytes);
     while (!part.isEnd)
@@ -119,7 +119,7 @@ void PassOn(CInstrumentLink& link, CAnswerTaker& taker, tagResponsePart part)
 /// @return what may as well be an entry of the error queue
 std::optional<std::string> TakeOrHold(CInstrumentLink& link, CAnswerTaker& taker)
 {
-    tagResponsePart part;
+    ResponsePart part;
     if (taker.WantsBlocks())
     {
         if (const auto size = ReadBlockHeader(link, part))
@@ -128,7 +128,7 @@ std::optional<std::string> TakeOrHold(CInstrumentLink& link, CAnswerTaker& taker
             const std::string rest = link.ReadLine();
             if (!WithoutEnd(rest).empty())
             {
-                throw CToolError(tagExitCode::Failed,
+                throw CToolError(ExitCode::Failed,
                                  fmt::format("{}: the answer goes on behind its block", link.Address()));
             }
             return std::nullopt;
@@ -136,7 +136,7 @@ std::optional<std::string> TakeOrHold(CInstrumentLink& link, CAnswerTaker& taker
     }
     if (!part.isEnd)
     {
-        tagResponsePart more = link.Read(kHeldBytes);
+        ResponsePart more = link.Read(kHeldBytes);
         part = {part.bytes + more.bytes, more.isEnd};
     }
     if (part.isEnd && IsErrorEntry(part.bytes))
@@ -166,7 +166,7 @@ std::string TakeQueryAnswers(CInstrumentLink& link, CAnswerTaker& taker)
 
 } // namespace
 
-std::vector<std::string> CarryOut(CInstrumentLink& link, const tagScpiCommand& command, CAnswerTaker& taker)
+std::vector<std::string> CarryOut(CInstrumentLink& link, const ScpiCommand& command, CAnswerTaker& taker)
 {
     const bool isQuery = command.text.find('?') != std::string_view::npos;
     if (!command.isChecked)
@@ -190,7 +190,7 @@ std::vector<std::string> CarryOut(CInstrumentLink& link, const tagScpiCommand& c
     if (!IsErrorEntry(entry))
     {
         throw CToolError(
-            tagExitCode::Failed,
+            ExitCode::Failed,
             fmt::format("{}: answers SYSTem:ERRor? with '{}'", link.Address(), Printable(WithoutEnd(entry))));
     }
     return errors;

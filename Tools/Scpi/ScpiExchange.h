@@ -31,11 +31,11 @@ public:
 };
 
 /// One command for an instrument.
-struct tagScpiCommand
+struct ScpiCommand
 {
     std::string_view text;
-    std::string sInputFile{}; ///< sent behind the text as a definite-length block; empty for none
-    bool isChecked = true;    ///< ask for errors; without it a query that fails ends with the time-out
+    std::string inputFile{}; ///< sent behind the text as a definite-length block; empty for none
+    bool isChecked = true;   ///< ask for errors; without it a query that fails ends with the time-out
 };
 
 /// Sends a command, passes its answer on and asks for the errors that it left in the instrument's queue.
@@ -45,7 +45,7 @@ struct tagScpiCommand
 /// @return the entries of the error queue, oldest first, as the instrument words them
 /// @throws CToolError  as CInstrumentLink; Failed when the instrument answers SYSTem:ERRor? with something
 /// else
-std::vector<std::string> CarryOut(CInstrumentLink& link, const tagScpiCommand& command, CAnswerTaker& taker);
+std::vector<std::string> CarryOut(CInstrumentLink& link, const ScpiCommand& command, CAnswerTaker& taker);
 
 /// Passes on what the instrument sends unasked, up to the end of a response.
 void TakeResponse(CInstrumentLink& link, CAnswerTaker& taker);

@@ -21,14 +21,14 @@ constexpr const char* kQuestion = "SYSTem:HELP:TABLe?\nSYSTem:ERRor?\n";
 [[noreturn]] void FailWithAnswer(const CInstrumentLink& link, std::string answer)
 {
     answer.erase(std::min(answer.find_last_not_of("\r\n") + 1, answer.size()));
-    throw CToolError(tagExitCode::Failed,
+    throw CToolError(ExitCode::Failed,
                      fmt::format("{} gives no command table: {}", link.Address(), Printable(answer)));
 }
 
 /// The beginning of the answer, which tells that a table follows.
 void ReadPrefix(CInstrumentLink& link)
 {
-    tagResponsePart answer = link.Read(TableFilePrefix().size());
+    ResponsePart answer = link.Read(TableFilePrefix().size());
     if (answer.bytes != TableFilePrefix())
     {
         // What is behind the beginning of a block is not for people.
@@ -39,7 +39,7 @@ void ReadPrefix(CInstrumentLink& link)
 
 } // namespace
 
-std::string FetchInstrumentTable(const tagInstrumentAddress& address, std::chrono::milliseconds timeout)
+std::string FetchInstrumentTable(const InstrumentAddress& address, std::chrono::milliseconds timeout)
 {
     CInstrumentLink link(address, timeout);
     link.Connect();

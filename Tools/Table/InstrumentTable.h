@@ -12,6 +12,6 @@ namespace ZoVelkor::Tools
 ///
 /// @return the bytes of a table file, not examined
 /// @throws CToolError, Failed when the instrument has no such table, NoAccess when it cannot be reached
-std::string FetchInstrumentTable(const tagInstrumentAddress& address, std::chrono::milliseconds timeout);
+std::string FetchInstrumentTable(const InstrumentAddress& address, std::chrono::milliseconds timeout);
 
 } // namespace ZoVelkor::Tools

@@ -26,22 +26,22 @@ namespace
 {
 
 /// What the actions of `zo table` are given.
-struct tagTableOptions
+struct TableOptions
 {
     std::vector<std::string> sources;
-    std::string sOutput;
+    std::string output;
     bool isDiagnostic = false;
     bool isForced = false;
     double timeoutSeconds = kDefaultTimeoutSeconds;
 };
 
-std::chrono::milliseconds Timeout(const tagTableOptions& options)
+std::chrono::milliseconds Timeout(const TableOptions& options)
 {
     return Milliseconds(options.timeoutSeconds);
 }
 
 /// An existing file counts as a file, whatever its name looks like.
-std::string ReadSource(const std::string& source, const tagTableOptions& options)
+std::string ReadSource(const std::string& source, const TableOptions& options)
 {
     std::error_code ignored;
     if (source != kStandardStream && !std::filesystem::exists(source, ignored))
@@ -73,12 +73,12 @@ tagTable TakeTable(const std::string& name, std::string_view bytes)
     }
     if (!fault.empty())
     {
-        throw CToolError(tagExitCode::Failed, fmt::format("{}: {}", table.sName, fault));
+        throw CToolError(ExitCode::Failed, fmt::format("{}: {}", table.name, fault));
     }
     return table;
 }
 
-tagTable LoadTable(const std::string& source, const tagTableOptions& options)
+tagTable LoadTable(const std::string& source, const TableOptions& options)
 {
     return TakeTable(NameOf(source), ReadSource(source, options));
 }
@@ -97,7 +97,7 @@ std::list<std::string> ListCommands(tagTable& table, bool diagnostic, bool synta
     return lines;
 }
 
-tagExitCode PrintCommands(const tagTableOptions& options, bool syntax)
+ExitCode PrintCommands(const TableOptions& options, bool syntax)
 {
     tagTable table = LoadTable(options.sources.front(), options);
     std::string text;
@@ -106,28 +106,28 @@ tagExitCode PrintCommands(const tagTableOptions& options, bool syntax)
         text += Printable(line) + '\n';
     }
     WriteOutput("-", text);
-    return tagExitCode::Success;
+    return ExitCode::Success;
 }
 
-tagExitCode PrintHeaders(const tagTableOptions& options)
+ExitCode PrintHeaders(const TableOptions& options)
 {
     return PrintCommands(options, false);
 }
 
-tagExitCode PrintSyntax(const tagTableOptions& options)
+ExitCode PrintSyntax(const TableOptions& options)
 {
     return PrintCommands(options, true);
 }
 
-tagExitCode PrintGroups(const tagTableOptions& options)
+ExitCode PrintGroups(const TableOptions& options)
 {
     tagTable table = LoadTable(options.sources.front(), options);
     WriteOutput("-", DescribeGroups(table));
-    return tagExitCode::Success;
+    return ExitCode::Success;
 }
 
 /// Says what is wrong with one table, or what is in it.
-tagExitCode CheckSource(const std::string& source, const tagTableOptions& options)
+ExitCode CheckSource(const std::string& source, const TableOptions& options)
 {
     tagTable table{NameOf(source), {}};
     std::vector<std::string> faults;
@@ -142,26 +142,26 @@ tagExitCode CheckSource(const std::string& source, const tagTableOptions& option
     std::string text;
     for (const std::string& fault : faults)
     {
-        text += fmt::format("{}: {}\n", table.sName, fault);
+        text += fmt::format("{}: {}\n", table.name, fault);
     }
     if (faults.empty())
     {
         text = fmt::format("{}: sound, {} records, {} commands and {} diagnostic ones\n",
-                           table.sName,
+                           table.name,
                            table.records.size(),
                            ListCommands(table, false, false).size(),
                            ListCommands(table, true, false).size());
     }
     WriteOutput("-", text);
-    return faults.empty() ? tagExitCode::Success : tagExitCode::Failed;
+    return faults.empty() ? ExitCode::Success : ExitCode::Failed;
 }
 
-tagExitCode CheckAll(const tagTableOptions& options)
+ExitCode CheckAll(const TableOptions& options)
 {
-    tagExitCode result = tagExitCode::Success;
+    ExitCode result = ExitCode::Success;
     for (const std::string& source : options.sources)
     {
-        tagExitCode code = tagExitCode::Success;
+        ExitCode code = ExitCode::Success;
         try
         {
             code = CheckSource(source, options);
@@ -186,7 +186,7 @@ JoinTables(std::vector<tagTable>& tables, std::valarray<_CMD_SET_RECORD>& record
     for (tagTable& table : tables)
     {
         const auto bytes = static_cast<std::uint32_t>(std::span(table.records).size_bytes());
-        plugins.push_back({table.records.data(), bytes, nullptr, table.sName});
+        plugins.push_back({table.records.data(), bytes, nullptr, table.name});
     }
     CScpiPropErrorStrategy errors;
     errors.SetMember(nullptr, ZO_SCPI_NODE_CAPTURE, false, false, false);
@@ -201,7 +201,7 @@ JoinTables(std::vector<tagTable>& tables, std::valarray<_CMD_SET_RECORD>& record
     return joined;
 }
 
-tagExitCode Merge(const tagTableOptions& options)
+ExitCode Merge(const TableOptions& options)
 {
     std::vector<tagTable> tables;
     for (const std::string& source : options.sources)
@@ -214,10 +214,10 @@ tagExitCode Merge(const tagTableOptions& options)
     const std::size_t count = size / sizeof(_CMD_SET_RECORD);
     if (const auto fault = CheckScpiTable(joined.GetParserTable(), count))
     {
-        throw CToolError(tagExitCode::Failed, fmt::format("joined table: {}", Printable(fault->Message())));
+        throw CToolError(ExitCode::Failed, fmt::format("joined table: {}", Printable(fault->Message())));
     }
-    WriteOutput(options.sOutput, FormatTableFile({joined.GetParserTable(), count}));
-    return tagExitCode::Success;
+    WriteOutput(options.output, FormatTableFile({joined.GetParserTable(), count}));
+    return ExitCode::Success;
 }
 
 /// A record between others that the text cannot give a kind would be missing, and later indexes be wrong.
@@ -229,21 +229,21 @@ void CheckForHoles(tagTable& table)
         return;
     }
     const std::string text = fmt::format("{}: {} records belong to no group, the first is record {}",
-                                         table.sName,
+                                         table.name,
                                          outside.size(),
                                          outside.front());
     if (outside.front() + outside.size() != table.records.size())
     {
-        throw CToolError(tagExitCode::Failed, text + "; the source would not be the same table");
+        throw CToolError(ExitCode::Failed, text + "; the source would not be the same table");
     }
     Tell(text + "; left out");
 }
 
-tagExitCode WriteSource(const tagTableOptions& options)
+ExitCode WriteSource(const TableOptions& options)
 {
     tagTable table = LoadTable(options.sources.front(), options);
     CheckForHoles(table);
-    const std::filesystem::path folder(options.sOutput.empty() ? "." : options.sOutput);
+    const std::filesystem::path folder(options.output.empty() ? "." : options.output);
     const std::string sourceName = (folder / "PrsTab.cpp").string();
     const std::string headerName = (folder / "PrsTab.hpp").string();
     for (const std::string& name : {sourceName, headerName})
@@ -251,7 +251,7 @@ tagExitCode WriteSource(const tagTableOptions& options)
         std::error_code ignored;
         if (!options.isForced && std::filesystem::exists(name, ignored))
         {
-            throw CToolError(tagExitCode::Failed, fmt::format("{} exists; --force overwrites it", name));
+            throw CToolError(ExitCode::Failed, fmt::format("{} exists; --force overwrites it", name));
         }
     }
     std::ostringstream source;
@@ -259,16 +259,16 @@ tagExitCode WriteSource(const tagTableOptions& options)
     ParserTableOf(table).DumpSourceHeader(source, header);
     WriteOutput(sourceName, source.view());
     WriteOutput(headerName, header.view());
-    return tagExitCode::Success;
+    return ExitCode::Success;
 }
 
-tagExitCode Save(const tagTableOptions& options)
+ExitCode Save(const TableOptions& options)
 {
     const std::string& source = options.sources.front();
-    const tagInstrumentAddress address = TakeInstrumentAddress(source);
+    const InstrumentAddress address = TakeInstrumentAddress(source);
     const tagTable table = TakeTable(source, FetchInstrumentTable(address, Timeout(options)));
-    WriteOutput(options.sOutput, FormatTableFile(table.records));
-    return tagExitCode::Success;
+    WriteOutput(options.output, FormatTableFile(table.records));
+    return ExitCode::Success;
 }
 
 // What an action takes on the command line.
@@ -279,17 +279,17 @@ constexpr unsigned kDiagnostic = 0x8;
 constexpr unsigned kOutputFile = 0x10;
 constexpr unsigned kOutputFolder = 0x20;
 
-struct tagTableAction
+struct TableAction
 {
     const char* name;
     const char* description;
     unsigned takes;
     const char* example;
-    tagExitCode (*run)(const tagTableOptions& options);
+    ExitCode (*run)(const TableOptions& options);
 };
 
 // clang-format off
-constexpr tagTableAction kActions[] = {
+constexpr TableAction kActions[] = {
     {"headers", "List the commands, one a line", kOneSource | kDiagnostic,
      "zo table headers TCPIP::localhost::5025::SOCKET", PrintHeaders},
     {"syntax", "List the commands with their parameters", kOneSource | kDiagnostic,
@@ -312,7 +312,7 @@ constexpr const char* kTableFooter =
     "host:port; it is asked SYSTem:HELP:TABLe?.\n"
     "Example: zo table save localhost:5025 -o demo.tab";
 
-void AddOptions(CLI::App& command, unsigned takes, tagTableOptions& options)
+void AddOptions(CLI::App& command, unsigned takes, TableOptions& options)
 {
     if ((takes & kManySources) != 0)
     {
@@ -335,14 +335,13 @@ void AddOptions(CLI::App& command, unsigned takes, tagTableOptions& options)
     }
     if ((takes & kOutputFile) != 0)
     {
-        command.add_option("-o,--output", options.sOutput, "File to write; - is standard output")
+        command.add_option("-o,--output", options.output, "File to write; - is standard output")
             ->type_name("FILE")
             ->required();
     }
     if ((takes & kOutputFolder) != 0)
     {
-        command
-            .add_option("-o,--output", options.sOutput, "Folder to write to; the current one unless given")
+        command.add_option("-o,--output", options.output, "Folder to write to; the current one unless given")
             ->type_name("DIR");
         command.add_flag("--force", options.isForced, "Overwrite existing files");
     }
@@ -351,18 +350,18 @@ void AddOptions(CLI::App& command, unsigned takes, tagTableOptions& options)
 
 } // namespace
 
-void AddTableCommands(CLI::App& tool, tagExitCode& result)
+void AddTableCommands(CLI::App& tool, ExitCode& result)
 {
     CLI::App& table = *tool.add_subcommand("table", "Command tables: list, check, merge, write as source");
     table.require_subcommand(1);
     table.footer(kTableFooter);
-    const auto spOptions = std::make_shared<tagTableOptions>();
-    for (const tagTableAction& action : kActions)
+    const auto options = std::make_shared<TableOptions>();
+    for (const TableAction& action : kActions)
     {
         CLI::App& command = *table.add_subcommand(action.name, action.description);
         command.footer(fmt::format("Example: {}", action.example));
-        AddOptions(command, action.takes, *spOptions);
-        command.callback([spOptions, &action, &result] { result = action.run(*spOptions); });
+        AddOptions(command, action.takes, *options);
+        command.callback([options, &action, &result] { result = action.run(*options); });
     }
 }
 

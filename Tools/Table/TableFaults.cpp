@@ -16,13 +16,13 @@ namespace
 constexpr std::size_t kMaxFaults = 100;
 
 /// How the faulty field of a record is made harmless.
-struct tagRepair
+struct RepairRule
 {
     std::string_view field;
     void (*repair)(_CMD_SET_RECORD& record);
 };
 
-constexpr tagRepair kRepairs[] = {
+constexpr RepairRule kRepairs[] = {
     {"length", [](_CMD_SET_RECORD& record) { record.hdr.iLength = 0; }},
     {"keyword", [](_CMD_SET_RECORD& record) { record.hdr.szKeyword[0] = '\0'; }},
     {"SubStart", [](_CMD_SET_RECORD& record) { record.hdr.iSubStart = 0; }},
@@ -44,7 +44,7 @@ constexpr tagRepair kRepairs[] = {
 bool Repair(std::vector<_CMD_SET_RECORD>& records, const tagScpiTableFault& fault)
 {
     const auto* const row =
-        std::find_if(std::begin(kRepairs), std::end(kRepairs), [&](const tagRepair& repair) {
+        std::find_if(std::begin(kRepairs), std::end(kRepairs), [&](const RepairRule& repair) {
             return repair.field == fault.field;
         });
     if (fault.iRecord >= records.size() || row == std::end(kRepairs))

@@ -66,7 +66,7 @@ std::string FormatTableFile(std::span<const _CMD_SET_RECORD> records)
 {
     if (records.size_bytes() > CBScpiCommands::kLargestTree)
     {
-        throw CToolError(tagExitCode::Failed,
+        throw CToolError(ExitCode::Failed,
                          fmt::format("the table of {} bytes is too large for a table file, limit {}",
                                      records.size_bytes(),
                                      CBScpiCommands::kLargestTree));

@@ -15,7 +15,7 @@ namespace ZoVelkor::Tools
 /// A command table with the name of the file or instrument that it came from.
 struct tagTable
 {
-    std::string sName;
+    std::string name;
     std::vector<_CMD_SET_RECORD> records;
 };
 

@@ -19,13 +19,13 @@ namespace
 /// Entries shown of one group: the groups of a strange table may overlap and be as long as the table.
 constexpr std::size_t kMaxEntries = 256;
 
-struct tagKindTitle
+struct KindTitle
 {
     tagScpiTableKind kind;
     const char* title;
 };
 
-constexpr tagKindTitle kKinds[] = {
+constexpr KindTitle kKinds[] = {
     {tagScpiTableKind::Header, "Headers"},
     {tagScpiTableKind::Parameter, "Parameters"},
     {tagScpiTableKind::UnitSuffix, "Units"},
@@ -33,7 +33,7 @@ constexpr tagKindTitle kKinds[] = {
     {tagScpiTableKind::NumericSuffix, "Numeric-suffix expressions"},
 };
 
-struct tagGroupRange
+struct GroupRange
 {
     tagScpiTableKind kind;
     std::size_t start;
@@ -61,14 +61,14 @@ std::size_t GroupSize(const CScpiParserTable& table, tagScpiTableKind kind, long
     return 0;
 }
 
-std::vector<tagGroupRange> FindGroups(tagTable& source)
+std::vector<GroupRange> FindGroups(tagTable& source)
 {
     CScpiParserTable table;
     table.SetParserTable(source.records.data(), static_cast<long>(source.records.size()));
     CScpiParserTableGroups groups;
     table.AnalyseGroups(groups);
-    std::vector<tagGroupRange> ranges;
-    for (const tagKindTitle& kind : kKinds)
+    std::vector<GroupRange> ranges;
+    for (const KindTitle& kind : kKinds)
     {
         for (const long start : groups.Groups(kind.kind))
         {
@@ -95,14 +95,14 @@ std::string RecordName(const _CMD_SET_RECORD& record, tagScpiTableKind kind)
 
 /// The record behind one of a group; what lies inside a parameter chain without belonging to it is passed
 /// over.
-std::size_t NextRecord(const tagTable& table, const tagGroupRange& group, std::size_t record)
+std::size_t NextRecord(const tagTable& table, const GroupRange& group, std::size_t record)
 {
     const std::size_t next =
         group.kind == tagScpiTableKind::Parameter ? table.records[record].par.iNextPar : record + 1;
     return next > record ? next : group.start + group.size;
 }
 
-void AppendGroup(std::string& text, const tagTable& table, const tagGroupRange& group)
+void AppendGroup(std::string& text, const tagTable& table, const GroupRange& group)
 {
     text += fmt::format("{:>6} {:>6} ", group.start, group.size);
     std::size_t entries = 0;
@@ -122,15 +122,14 @@ void AppendGroup(std::string& text, const tagTable& table, const tagGroupRange& 
 
 std::string DescribeGroups(tagTable& table)
 {
-    const std::vector<tagGroupRange> groups = FindGroups(table);
+    const std::vector<GroupRange> groups = FindGroups(table);
     std::string text = fmt::format("{} records, {} groups\n", table.records.size(), groups.size());
     const char* title = nullptr;
-    for (const tagGroupRange& group : groups)
+    for (const GroupRange& group : groups)
     {
-        const auto* const kind =
-            std::find_if(std::begin(kKinds), std::end(kKinds), [&](const tagKindTitle& row) {
-                return row.kind == group.kind;
-            });
+        const auto* const kind = std::find_if(std::begin(kKinds),
+                                              std::end(kKinds),
+                                              [&](const KindTitle& row) { return row.kind == group.kind; });
         if (kind->title != title)
         {
             title = kind->title;
@@ -148,7 +147,7 @@ std::string DescribeGroups(tagTable& table)
 std::vector<std::size_t> RecordsOutsideGroups(tagTable& table)
 {
     std::vector<bool> isInside(table.records.size());
-    for (const tagGroupRange& group : FindGroups(table))
+    for (const GroupRange& group : FindGroups(table))
     {
         std::fill_n(isInside.begin() + static_cast<long>(group.start), group.size, true);
     }

@@ -28,23 +28,23 @@ CUniqueEvent MakeLine()
 
 } // namespace
 
-CBusChannel::CBusChannel(const tagBusSettings& settings)
+CBusChannel::CBusChannel(const BusSettings& settings)
     : m_settings(settings),
       m_serviceRequest(MakeLine()),
-      m_exchange(settings.iInputBuffer, settings.iOutputBuffer)
+      m_exchange(settings.inputBuffer, settings.outputBuffer)
 {}
 
-CBusChannel::tagDeadline CBusChannel::After(DWORD timeoutMs)
+CBusChannel::Deadline CBusChannel::After(DWORD timeoutMs)
 {
     return timeoutMs == INFINITE
-               ? tagDeadline()
-               : tagDeadline(std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs));
+               ? Deadline()
+               : Deadline(std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs));
 }
 
-HRESULT CBusChannel::Provider(CComPtr<IZOScpiChannelServiceProvider>& spProvider)
+HRESULT CBusChannel::Provider(CComPtr<IZOScpiChannelServiceProvider>& provider)
 {
-    const HRESULT result = GetExistingServiceProvider(&spProvider);
-    return spProvider == nullptr ? E_UNEXPECTED : result;
+    const HRESULT result = GetExistingServiceProvider(&provider);
+    return provider == nullptr ? E_UNEXPECTED : result;
 }
 
 void CBusChannel::Report(CLock& lock, short error)
@@ -55,33 +55,33 @@ void CBusChannel::Report(CLock& lock, short error)
     }
     lock.unlock();
     m_changed.notify_all();
-    CComPtr<IZOScpiChannelServiceProvider> spProvider;
-    if (SUCCEEDED(Provider(spProvider)))
+    CComPtr<IZOScpiChannelServiceProvider> provider;
+    if (SUCCEEDED(Provider(provider)))
     {
-        spProvider->ReportError(error, nullptr);
+        provider->ReportError(error, nullptr);
     }
     lock.lock();
 }
 
 template <class TCondition>
-HRESULT CBusChannel::Wait(CLock& lock, const tagDeadline& deadline, TCondition condition)
+HRESULT CBusChannel::Wait(CLock& lock, const Deadline& deadline, TCondition condition)
 {
-    const auto bEnds = [&] { return m_bOver || condition(); };
-    bool bInTime = true;
+    const auto ends = [&] { return m_over || condition(); };
+    bool inTime = true;
     if (deadline)
     {
-        bInTime = m_changed.wait_until(lock, *deadline, bEnds);
+        inTime = m_changed.wait_until(lock, *deadline, ends);
     }
     else
     {
-        m_changed.wait(lock, bEnds);
+        m_changed.wait(lock, ends);
     }
-    return m_bOver ? E_UNEXPECTED : (bInTime ? S_OK : E_PENDING);
+    return m_over ? E_UNEXPECTED : (inTime ? S_OK : E_PENDING);
 }
 
 template <class TCondition>
 HRESULT CBusChannel::WaitUnlessCleared(CLock& lock,
-                                       const tagDeadline& deadline,
+                                       const Deadline& deadline,
                                        std::uint64_t clears,
                                        TCondition condition)
 {
@@ -92,19 +92,19 @@ HRESULT CBusChannel::WaitUnlessCleared(CLock& lock,
 HRESULT CBusChannel::Connect()
 {
     HRESULT result = Open();
-    CComPtr<IZOScpiChannelServiceProvider> spProvider;
-    result = FAILED(result) ? result : GetServiceProvider(&spProvider);
-    return FAILED(result) ? result : spProvider->SignalConnected();
+    CComPtr<IZOScpiChannelServiceProvider> provider;
+    result = FAILED(result) ? result : GetServiceProvider(&provider);
+    return FAILED(result) ? result : provider->SignalConnected();
 }
 
 HRESULT CBusChannel::Disconnect()
 {
-    CComPtr<IZOScpiChannelServiceProvider> spProvider;
-    if (FAILED(Provider(spProvider)))
+    CComPtr<IZOScpiChannelServiceProvider> provider;
+    if (FAILED(Provider(provider)))
     {
         return S_FALSE;
     }
-    spProvider->SignalDisconnected();
+    provider->SignalDisconnected();
     DoAbort();
     if (FAILED(GuardedEntry([this] { return DisconnectRemotePath(); })))
     {
@@ -115,12 +115,12 @@ HRESULT CBusChannel::Disconnect()
 
 HRESULT CBusChannel::Send(std::string_view bytes, bool end, DWORD timeoutMs)
 {
-    const tagDeadline deadline = After(timeoutMs);
-    CComPtr<IZOScpiChannelServiceProvider> spProvider;
-    HRESULT result = Provider(spProvider);
-    if (SUCCEEDED(result) && m_bRemoteEnable)
+    const Deadline deadline = After(timeoutMs);
+    CComPtr<IZOScpiChannelServiceProvider> provider;
+    HRESULT result = Provider(provider);
+    if (SUCCEEDED(result) && m_remoteEnable)
     {
-        spProvider->SignalGotoRemote();
+        provider->SignalGotoRemote();
     }
     CLock lock(m_mutex);
     const std::uint64_t clears = m_clears;
@@ -128,16 +128,16 @@ HRESULT CBusChannel::Send(std::string_view bytes, bool end, DWORD timeoutMs)
     {
         result = BeginElement(lock, deadline, m_exchange.Listen());
     }
-    for (bool bMore = true; bMore && SUCCEEDED(result);)
+    for (bool more = true; more && SUCCEEDED(result);)
     {
         const std::size_t count = m_exchange.Accept(bytes, end);
         m_received += static_cast<std::uint32_t>(count);
         bytes.remove_prefix(count);
-        bMore = !bytes.empty();
+        more = !bytes.empty();
         lock.unlock();
-        spProvider->SignalDataAvailable();
+        provider->SignalDataAvailable();
         lock.lock();
-        if (bMore)
+        if (more)
         {
             Report(lock, m_exchange.WaitForRoom(true));
             result = WaitUnlessCleared(lock, deadline, clears, [this] { return m_exchange.HasRoom(); });
@@ -147,7 +147,7 @@ HRESULT CBusChannel::Send(std::string_view bytes, bool end, DWORD timeoutMs)
     return result;
 }
 
-HRESULT CBusChannel::BeginElement(CLock& lock, const tagDeadline& deadline, short error)
+HRESULT CBusChannel::BeginElement(CLock& lock, const Deadline& deadline, short error)
 {
     const std::uint64_t clears = m_clears;
     Report(lock, error);
@@ -156,13 +156,13 @@ HRESULT CBusChannel::BeginElement(CLock& lock, const tagDeadline& deadline, shor
         lock, deadline, clears, [this] { return !m_exchange.IsClearing() && !m_exchange.IsSettling(); });
 }
 
-tagBusResponse CBusChannel::Receive(std::size_t max, DWORD timeoutMs)
+BusResponse CBusChannel::Receive(std::size_t max, DWORD timeoutMs)
 {
-    const tagDeadline deadline = After(timeoutMs);
-    tagBusResponse response{S_OK, {}, false};
+    const Deadline deadline = After(timeoutMs);
+    BusResponse response{S_OK, {}, false};
     CLock lock(m_mutex);
     const std::uint64_t clears = m_clears;
-    while (response.result == S_OK && !response.bEnd && response.sBytes.size() < max)
+    while (response.result == S_OK && !response.end && response.bytes.size() < max)
     {
         response.result = ReceivePart(lock, response, max, deadline, clears);
     }
@@ -173,13 +173,13 @@ tagBusResponse CBusChannel::Receive(std::size_t max, DWORD timeoutMs)
 }
 
 HRESULT CBusChannel::ReceivePart(
-    CLock& lock, tagBusResponse& response, std::size_t max, const tagDeadline& deadline, std::uint64_t clears)
+    CLock& lock, BusResponse& response, std::size_t max, const Deadline& deadline, std::uint64_t clears)
 {
-    const bool bBegun = !response.sBytes.empty();
+    const bool begun = !response.bytes.empty();
     short error = kScpiNoError;
     const HRESULT result = WaitUnlessCleared(lock, deadline, clears, [&] {
         error = m_exchange.Talk();
-        return m_exchange.CanTake() || error != kScpiNoError || (bBegun && !m_exchange.IsUnread());
+        return m_exchange.CanTake() || error != kScpiNoError || (begun && !m_exchange.IsUnread());
     });
     if (FAILED(result))
     {
@@ -188,44 +188,44 @@ HRESULT CBusChannel::ReceivePart(
     if (!m_exchange.CanTake())
     {
         Report(lock, error);
-        return bBegun ? E_ABORT : S_FALSE;
+        return begun ? E_ABORT : S_FALSE;
     }
-    const std::size_t before = response.sBytes.size();
-    response.bEnd = m_exchange.Take(max - before, response.sBytes);
-    m_sent += static_cast<std::uint32_t>(response.sBytes.size() - before);
+    const std::size_t before = response.bytes.size();
+    response.end = m_exchange.Take(max - before, response.bytes);
+    m_sent += static_cast<std::uint32_t>(response.bytes.size() - before);
     m_changed.notify_all();
     return S_OK;
 }
 
 HRESULT CBusChannel::DeviceClear(DWORD timeoutMs)
 {
-    const tagDeadline deadline = After(timeoutMs);
-    CComPtr<IZOScpiChannelServiceProvider> spProvider;
-    HRESULT result = Provider(spProvider);
+    const Deadline deadline = After(timeoutMs);
+    CComPtr<IZOScpiChannelServiceProvider> provider;
+    HRESULT result = Provider(provider);
     if (FAILED(result))
     {
         return result;
     }
     CLock lock(m_mutex);
     // Input that the kernel forgets after an error is acknowledged for itself.
-    result = Wait(lock, deadline, [this] { return m_bDeviceClear || !m_exchange.IsClearing(); });
-    if (SUCCEEDED(result) && !m_bDeviceClear)
+    result = Wait(lock, deadline, [this] { return m_deviceClear || !m_exchange.IsClearing(); });
+    if (SUCCEEDED(result) && !m_deviceClear)
     {
-        m_bDeviceClear = true;
+        m_deviceClear = true;
         ++m_clears;
         m_exchange.DeviceClear();
         lock.unlock();
         m_changed.notify_all();
-        result = spProvider->SignalDeviceClear();
+        result = provider->SignalDeviceClear();
         lock.lock();
     }
-    return SUCCEEDED(result) ? Wait(lock, deadline, [this] { return !m_bDeviceClear; }) : result;
+    return SUCCEEDED(result) ? Wait(lock, deadline, [this] { return !m_deviceClear; }) : result;
 }
 
 HRESULT CBusChannel::GroupExecuteTrigger()
 {
-    CComPtr<IZOScpiChannelServiceProvider> spProvider;
-    HRESULT result = Provider(spProvider);
+    CComPtr<IZOScpiChannelServiceProvider> provider;
+    HRESULT result = Provider(provider);
     if (FAILED(result))
     {
         return result;
@@ -235,7 +235,7 @@ HRESULT CBusChannel::GroupExecuteTrigger()
     if (SUCCEEDED(result))
     {
         lock.unlock();
-        result = spProvider->SignalTrigger();
+        result = provider->SignalTrigger();
         lock.lock();
     }
     m_exchange.EndTrigger();
@@ -244,54 +244,54 @@ HRESULT CBusChannel::GroupExecuteTrigger()
 
 HRESULT CBusChannel::SerialPoll(unsigned char* stb)
 {
-    CComPtr<IZOScpiChannelServiceProvider> spProvider;
-    CComPtr<IUnknown> spServices;
-    CComPtr<IZOScpiManager> spManager;
-    CComPtr<IZOScpiStatusManagement> spStatus;
-    HRESULT result = Provider(spProvider);
-    result = FAILED(result) ? result : spProvider->GetScpiManager(&spServices);
-    result = FAILED(result) ? result : spServices.QueryInterface(&spManager);
-    result = FAILED(result) ? result : spManager->GetStatusManagement(&spStatus);
-    return FAILED(result) ? result : spStatus->SerialPoll(GetRemotePath(), stb);
+    CComPtr<IZOScpiChannelServiceProvider> provider;
+    CComPtr<IUnknown> services;
+    CComPtr<IZOScpiManager> manager;
+    CComPtr<IZOScpiStatusManagement> status;
+    HRESULT result = Provider(provider);
+    result = FAILED(result) ? result : provider->GetScpiManager(&services);
+    result = FAILED(result) ? result : services.QueryInterface(&manager);
+    result = FAILED(result) ? result : manager->GetStatusManagement(&status);
+    return FAILED(result) ? result : status->SerialPoll(GetRemotePath(), stb);
 }
 
 HRESULT CBusChannel::SetRemoteEnable(bool on)
 {
-    m_bRemoteEnable = on;
-    CComPtr<IZOScpiChannelServiceProvider> spProvider;
-    const HRESULT result = Provider(spProvider);
+    m_remoteEnable = on;
+    CComPtr<IZOScpiChannelServiceProvider> provider;
+    const HRESULT result = Provider(provider);
     if (FAILED(result) || on)
     {
         return result;
     }
-    spProvider->SignalLocalLockout(VARIANT_FALSE);
-    return spProvider->SignalGotoLocal();
+    provider->SignalLocalLockout(VARIANT_FALSE);
+    return provider->SignalGotoLocal();
 }
 
 HRESULT CBusChannel::GotoRemote()
 {
-    m_bRemoteEnable = true;
-    CComPtr<IZOScpiChannelServiceProvider> spProvider;
-    const HRESULT result = Provider(spProvider);
-    return FAILED(result) ? result : spProvider->SignalGotoRemote();
+    m_remoteEnable = true;
+    CComPtr<IZOScpiChannelServiceProvider> provider;
+    const HRESULT result = Provider(provider);
+    return FAILED(result) ? result : provider->SignalGotoRemote();
 }
 
 HRESULT CBusChannel::GotoLocal()
 {
-    CComPtr<IZOScpiChannelServiceProvider> spProvider;
-    const HRESULT result = Provider(spProvider);
-    return FAILED(result) ? result : spProvider->SignalGotoLocal();
+    CComPtr<IZOScpiChannelServiceProvider> provider;
+    const HRESULT result = Provider(provider);
+    return FAILED(result) ? result : provider->SignalGotoLocal();
 }
 
 HRESULT CBusChannel::LocalLockout()
 {
-    CComPtr<IZOScpiChannelServiceProvider> spProvider;
-    const HRESULT result = Provider(spProvider);
-    if (FAILED(result) || !m_bRemoteEnable)
+    CComPtr<IZOScpiChannelServiceProvider> provider;
+    const HRESULT result = Provider(provider);
+    if (FAILED(result) || !m_remoteEnable)
     {
         return FAILED(result) ? result : S_FALSE;
     }
-    return spProvider->SignalLocalLockout(VARIANT_TRUE);
+    return provider->SignalLocalLockout(VARIANT_TRUE);
 }
 
 HRESULT CBusChannel::DoOpenChannel()
@@ -299,21 +299,21 @@ HRESULT CBusChannel::DoOpenChannel()
     const CLock lock(m_mutex);
     m_exchange.DeviceClear();
     m_exchange.Acknowledge();
-    m_bDeviceClear = false;
-    m_bOver = false;
+    m_deviceClear = false;
+    m_over = false;
     return S_OK;
 }
 
 HRESULT CBusChannel::DoRead(unsigned long size, unsigned char* data, unsigned long* got)
 {
     CLock lock(m_mutex);
-    if (m_bOver)
+    if (m_over)
     {
         return S_FALSE;
     }
-    const CMessageExchange::tagHanded handed = m_exchange.Hand({reinterpret_cast<char*>(data), size});
-    *got = handed.iCount;
-    Report(lock, handed.iError);
+    const CMessageExchange::Handed handed = m_exchange.Hand({reinterpret_cast<char*>(data), size});
+    *got = handed.count;
+    Report(lock, handed.error);
     lock.unlock();
     m_changed.notify_all();
     return S_OK;
@@ -335,7 +335,7 @@ CBusChannel::WritePart(CLock& lock, unsigned long size, unsigned char* data, uns
     *written += taken;
     m_changed.notify_all();
     Report(lock, error);
-    return m_bOver ? E_FAIL : (m_exchange.IsDropped() ? E_ABORT : S_OK);
+    return m_over ? E_FAIL : (m_exchange.IsDropped() ? E_ABORT : S_OK);
 }
 
 HRESULT CBusChannel::DoWrite(unsigned long size, unsigned char* data, unsigned long* written)
@@ -347,8 +347,8 @@ HRESULT CBusChannel::DoWrite(unsigned long size, unsigned char* data, unsigned l
         result = WritePart(lock, size, data, written);
         if (SUCCEEDED(result) && *written < size)
         {
-            m_changed.wait(
-                lock, [this] { return m_bOver || m_exchange.IsDropped() || m_exchange.HasOutputRoom(); });
+            m_changed.wait(lock,
+                           [this] { return m_over || m_exchange.IsDropped() || m_exchange.HasOutputRoom(); });
         }
     }
     return result;
@@ -365,8 +365,8 @@ HRESULT CBusChannel::DoFlush()
     CLock lock(m_mutex);
     m_exchange.EndAnswer();
     m_changed.notify_all();
-    m_changed.wait(lock, [this] { return m_bOver || !m_exchange.IsUnread(); });
-    return m_bOver ? E_FAIL : (m_exchange.IsDropped() ? E_ABORT : S_OK);
+    m_changed.wait(lock, [this] { return m_over || !m_exchange.IsUnread(); });
+    return m_over ? E_FAIL : (m_exchange.IsDropped() ? E_ABORT : S_OK);
 }
 
 HRESULT CBusChannel::DoDelete(tagZO_SCPI_CHANNEL_TYPES which)
@@ -404,7 +404,7 @@ HRESULT CBusChannel::DoDeviceClearAcknowledge()
 {
     const CLock lock(m_mutex);
     m_exchange.Acknowledge();
-    m_bDeviceClear = false;
+    m_deviceClear = false;
     m_changed.notify_all();
     return S_OK;
 }
@@ -412,7 +412,7 @@ HRESULT CBusChannel::DoDeviceClearAcknowledge()
 HRESULT CBusChannel::DoAbort()
 {
     const CLock lock(m_mutex);
-    m_bOver = true;
+    m_over = true;
     ResetEvent(m_serviceRequest.Get());
     m_changed.notify_all();
     return S_OK;
@@ -421,14 +421,14 @@ HRESULT CBusChannel::DoAbort()
 HRESULT CBusChannel::do_get_ChannelProperties(tag_ScpiChannelInfo* info)
 {
     const std::string secondary =
-        m_settings.iSecondaryAddress < 0 ? "" : ',' + std::to_string(m_settings.iSecondaryAddress);
-    Replace(info->bsName, "BUS " + std::to_string(m_settings.iPrimaryAddress) + secondary);
+        m_settings.secondaryAddress < 0 ? "" : ',' + std::to_string(m_settings.secondaryAddress);
+    Replace(info->bsName, "BUS " + std::to_string(m_settings.primaryAddress) + secondary);
     info->iKind = ZO_CHANNEL_KIND_BUS;
     info->iRemotePath = static_cast<std::int32_t>(GetRemotePath());
-    info->iPrimaryAddress = m_settings.iPrimaryAddress;
-    info->iSecondaryAddress = m_settings.iSecondaryAddress;
-    info->iInputBuffer = static_cast<std::int32_t>(m_settings.iInputBuffer);
-    info->iOutputBuffer = static_cast<std::int32_t>(m_settings.iOutputBuffer);
+    info->iPrimaryAddress = m_settings.primaryAddress;
+    info->iSecondaryAddress = m_settings.secondaryAddress;
+    info->iInputBuffer = static_cast<std::int32_t>(m_settings.inputBuffer);
+    info->iOutputBuffer = static_cast<std::int32_t>(m_settings.outputBuffer);
     info->bRemoteLocal = info->bStatus = info->bEnd = 1;
     const CLock lock(m_mutex);
     info->iBytesReceived = static_cast<std::int32_t>(m_received);

@@ -17,20 +17,20 @@
 namespace ZoVelkor::RemoteKernel
 {
 
-struct tagBusSettings
+struct BusSettings
 {
-    std::int32_t iPrimaryAddress = 20;                ///< 0 to 30
-    std::int32_t iSecondaryAddress = -1;              ///< 0 to 30; -1: none
-    std::size_t iInputBuffer = std::size_t{1} << 16;  ///< bytes for the kernel, at least 2
-    std::size_t iOutputBuffer = std::size_t{1} << 16; ///< bytes for the controller, at least 2
+    std::int32_t primaryAddress = 20;                ///< 0 to 30
+    std::int32_t secondaryAddress = -1;              ///< 0 to 30; -1: none
+    std::size_t inputBuffer = std::size_t{1} << 16;  ///< bytes for the kernel, at least 2
+    std::size_t outputBuffer = std::size_t{1} << 16; ///< bytes for the controller, at least 2
 };
 
 /// What a controller has read.
-struct tagBusResponse
+struct BusResponse
 {
-    HRESULT result;     ///< see CBusChannel::Receive
-    std::string sBytes; ///< also those that came before a failure
-    bool bEnd;          ///< END came with the last byte
+    HRESULT result;    ///< see CBusChannel::Receive
+    std::string bytes; ///< also those that came before a failure
+    bool end;          ///< END came with the last byte
 };
 
 /// The instrument on a bus like that of IEEE 488.1, as its controller in the same process sees it: messages
@@ -46,7 +46,7 @@ struct tagBusResponse
 class CBusChannel : public CBScpiChannel
 {
 public:
-    explicit CBusChannel(const tagBusSettings& settings = {});
+    explicit CBusChannel(const BusSettings& settings = {});
 
     /// Connects to the remote kernel that is found at the root.
     ///
@@ -67,7 +67,7 @@ public:
     ///
     /// result is S_OK; S_FALSE when the instrument has nothing to say, on a real bus the read would time out
     /// (-420 is queued); E_PENDING when neither came in time; E_ABORT when a device clear came first.
-    tagBusResponse Receive(std::size_t max = SIZE_MAX, DWORD timeoutMs = INFINITE);
+    BusResponse Receive(std::size_t max = SIZE_MAX, DWORD timeoutMs = INFINITE);
     /// Selected device clear; waits until it is carried out.
     ///
     /// @return S_OK; E_PENDING when a handler is still running, the clear follows then
@@ -112,42 +112,39 @@ protected:
 
 private:
     using CLock = std::unique_lock<std::mutex>;
-    using tagDeadline = std::optional<std::chrono::steady_clock::time_point>; // none: no limit
+    using Deadline = std::optional<std::chrono::steady_clock::time_point>; // none: no limit
 
-    static tagDeadline After(DWORD timeoutMs);
+    static Deadline After(DWORD timeoutMs);
     /// @return E_UNEXPECTED without connection
-    HRESULT Provider(CComPtr<IZOScpiChannelServiceProvider>& spProvider);
+    HRESULT Provider(CComPtr<IZOScpiChannelServiceProvider>& provider);
     /// Calls the kernel with an error, without the lock, which is held again afterwards.
     void Report(CLock& lock, short error);
     /// Waits until a condition holds.
     ///
     /// @return S_OK; E_PENDING; E_UNEXPECTED when all is over
     template <class TCondition>
-    HRESULT Wait(CLock& lock, const tagDeadline& deadline, TCondition condition);
+    HRESULT Wait(CLock& lock, const Deadline& deadline, TCondition condition);
     /// The same; E_ABORT when there were more device clears.
     template <class TCondition>
     HRESULT
-    WaitUnlessCleared(CLock& lock, const tagDeadline& deadline, std::uint64_t clears, TCondition condition);
-    HRESULT BeginElement(CLock& lock, const tagDeadline& deadline, short error);
-    HRESULT ReceivePart(CLock& lock,
-                        tagBusResponse& response,
-                        std::size_t max,
-                        const tagDeadline& deadline,
-                        std::uint64_t clears);
+    WaitUnlessCleared(CLock& lock, const Deadline& deadline, std::uint64_t clears, TCondition condition);
+    HRESULT BeginElement(CLock& lock, const Deadline& deadline, short error);
+    HRESULT ReceivePart(
+        CLock& lock, BusResponse& response, std::size_t max, const Deadline& deadline, std::uint64_t clears);
     HRESULT WritePart(CLock& lock, unsigned long size, unsigned char* data, unsigned long* written);
 
-    const tagBusSettings m_settings;
+    const BusSettings m_settings;
     const CUniqueEvent m_serviceRequest;
     std::mutex m_mutex; // the kernel is not called while it is held
     std::condition_variable m_changed;
     CMessageExchange m_exchange;  // guarded by m_mutex, like the following
-    bool m_bOver = true;          // before Open, after Abort
-    bool m_bDeviceClear = false;  // not acknowledged yet
+    bool m_over = true;           // before Open, after Abort
+    bool m_deviceClear = false;   // not acknowledged yet
     std::uint64_t m_clears = 0;   // device clears so far
     std::uint32_t m_received = 0; // bytes, messages: modulo 2^32
     std::uint32_t m_sent = 0;
     std::uint32_t m_messages = 0;
-    std::atomic<bool> m_bRemoteEnable{false};
+    std::atomic<bool> m_remoteEnable{false};
 };
 
 using CBusChannelObject = CComObject<CBusChannel, IZOScpiChannel>;

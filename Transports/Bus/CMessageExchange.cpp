@@ -23,25 +23,25 @@ std::size_t CMessageExchange::Accept(std::string_view bytes, bool end)
     const std::size_t count = std::min(bytes.size(), m_inputSize - m_input.Size());
     m_input.Append(bytes.data(), count);
     m_accepted += count;
-    const bool bMessageOpen = m_accepted != m_handed || !m_bMessageOver;
-    const bool bEndsMessage = end && count == bytes.size() && bMessageOpen;
-    if (bEndsMessage && (m_ends.empty() || m_ends.back() != m_accepted))
+    const bool messageOpen = m_accepted != m_handed || !m_messageOver;
+    const bool endsMessage = end && count == bytes.size() && messageOpen;
+    if (endsMessage && (m_ends.empty() || m_ends.back() != m_accepted))
     {
         m_ends.push_back(m_accepted);
     }
-    m_bHungry = m_bHungry && count == 0 && !bEndsMessage;
+    m_hungry = m_hungry && count == 0 && !endsMessage;
     return count;
 }
 
 short CMessageExchange::WaitForRoom(bool waits) noexcept
 {
-    m_bSenderWaits = waits;
+    m_senderWaits = waits;
     return CheckDeadlock();
 }
 
 short CMessageExchange::CheckDeadlock() noexcept
 {
-    if (!m_bSenderWaits || !m_bWriterWaits || !IsUnread())
+    if (!m_senderWaits || !m_writerWaits || !IsUnread())
     {
         return kScpiNoError;
     }
@@ -51,17 +51,17 @@ short CMessageExchange::CheckDeadlock() noexcept
 
 short CMessageExchange::BeginTrigger() noexcept
 {
-    m_bTriggerWaits = true;
+    m_triggerWaits = true;
     return Listen();
 }
 
 short CMessageExchange::Talk() noexcept
 {
-    if (!m_bHungry || m_bClearing || m_eResponse != tagResponse::None)
+    if (!m_hungry || m_clearing || m_response != Response::None)
     {
         return kScpiNoError;
     }
-    m_bClearing = true;
+    m_clearing = true;
     return kScpiQueryUnterminated;
 }
 
@@ -70,12 +70,12 @@ bool CMessageExchange::Take(std::size_t max, std::string& bytes)
     const std::size_t count = std::min(max, Takeable());
     bytes.append(m_output.Data(), count);
     m_output.Consume(count);
-    m_bWriterWaits = m_bWriterWaits && count == 0;
-    if (m_eResponse != tagResponse::Complete || !m_output.IsEmpty())
+    m_writerWaits = m_writerWaits && count == 0;
+    if (m_response != Response::Complete || !m_output.IsEmpty())
     {
         return false;
     }
-    m_eResponse = tagResponse::Taken;
+    m_response = Response::Taken;
     return true;
 }
 
@@ -83,37 +83,37 @@ void CMessageExchange::DeviceClear() noexcept
 {
     DropInput();
     DropAnswer();
-    m_bClearing = true;
-    m_bHungry = false;
+    m_clearing = true;
+    m_hungry = false;
 }
 
-bool CMessageExchange::PassEnd(std::span<char> space, tagHanded& handed) noexcept
+bool CMessageExchange::PassEnd(std::span<char> space, Handed& handed) noexcept
 {
     if (!IsAtEnd())
     {
         return false;
     }
-    if (!m_bMessageOver && !m_bEndHanded)
+    if (!m_messageOver && !m_endHanded)
     {
         space[0] = '\n';
-        m_bEndHanded = m_bLineFeedHanded = true;
-        handed.iCount = 1;
+        m_endHanded = m_lineFeedHanded = true;
+        handed.count = 1;
         return true;
     }
     m_ends.pop_front();
-    m_bEndHanded = false;
-    if (!m_bMessageOver)
+    m_endHanded = false;
+    if (!m_messageOver)
     {
-        m_bClearing = true;
-        handed.iError = kScpiInvalidBlockData;
+        m_clearing = true;
+        handed.error = kScpiInvalidBlockData;
     }
-    return !m_bMessageOver;
+    return !m_messageOver;
 }
 
-CMessageExchange::tagHanded CMessageExchange::Hand(std::span<char> space)
+CMessageExchange::Handed CMessageExchange::Hand(std::span<char> space)
 {
-    tagHanded handed{0, kScpiNoError};
-    if (m_bClearing || space.empty() || PassEnd(space, handed))
+    Handed handed{0, kScpiNoError};
+    if (m_clearing || space.empty() || PassEnd(space, handed))
     {
         return handed;
     }
@@ -122,21 +122,21 @@ CMessageExchange::tagHanded CMessageExchange::Hand(std::span<char> space)
     const std::string_view bytes = m_input.View().substr(0, std::min(space.size(), untilEnd));
     if (bytes.empty())
     {
-        m_bHungry = true;
+        m_hungry = true;
         return handed;
     }
     // What comes behind a message stays here, where it is known to interrupt the response.
     const std::size_t lineFeed = bytes.find('\n');
-    m_bLineFeedHanded = lineFeed != std::string_view::npos;
-    handed.iCount = m_bLineFeedHanded ? lineFeed + 1 : bytes.size();
-    std::copy_n(bytes.data(), handed.iCount, space.data());
-    m_input.Consume(handed.iCount);
-    m_handed += handed.iCount;
-    m_bMessageOver = false;
-    if (IsAtEnd() && !m_bLineFeedHanded && handed.iCount < space.size())
+    m_lineFeedHanded = lineFeed != std::string_view::npos;
+    handed.count = m_lineFeedHanded ? lineFeed + 1 : bytes.size();
+    std::copy_n(bytes.data(), handed.count, space.data());
+    m_input.Consume(handed.count);
+    m_handed += handed.count;
+    m_messageOver = false;
+    if (IsAtEnd() && !m_lineFeedHanded && handed.count < space.size())
     {
-        space[handed.iCount++] = '\n';
-        m_bEndHanded = m_bLineFeedHanded = true;
+        space[handed.count++] = '\n';
+        m_endHanded = m_lineFeedHanded = true;
     }
     return handed;
 }
@@ -148,32 +148,32 @@ short CMessageExchange::Answer(std::string_view bytes, std::size_t& taken)
     {
         return kScpiNoError;
     }
-    m_eResponse = tagResponse::Open;
+    m_response = Response::Open;
     // A message is answered when its line feed was handed out: what is left belongs to a later one.
-    if (m_bTriggerWaits || (m_bLineFeedHanded && !m_input.IsEmpty()))
+    if (m_triggerWaits || (m_lineFeedHanded && !m_input.IsEmpty()))
     {
         return Interrupt();
     }
     taken = std::min(bytes.size(), m_outputSize - m_output.Size());
     m_output.Append(bytes.data(), taken);
-    m_bWriterWaits = taken < bytes.size();
+    m_writerWaits = taken < bytes.size();
     return CheckDeadlock();
 }
 
 void CMessageExchange::EndAnswer() noexcept
 {
-    m_bWriterWaits = false;
-    if (m_eResponse == tagResponse::Open)
+    m_writerWaits = false;
+    if (m_response == Response::Open)
     {
-        m_eResponse = m_output.IsEmpty() ? tagResponse::Taken : tagResponse::Complete;
+        m_response = m_output.IsEmpty() ? Response::Taken : Response::Complete;
     }
 }
 
 void CMessageExchange::DropAnswer() noexcept
 {
     m_output.Clear();
-    m_bWriterWaits = false;
-    m_eResponse = IsUnread() ? tagResponse::Dropped : m_eResponse;
+    m_writerWaits = false;
+    m_response = IsUnread() ? Response::Dropped : m_response;
 }
 
 void CMessageExchange::DropInput() noexcept
@@ -181,21 +181,21 @@ void CMessageExchange::DropInput() noexcept
     m_input.Clear();
     m_ends.clear();
     m_handed = m_accepted;
-    m_bEndHanded = false;
+    m_endHanded = false;
 }
 
 void CMessageExchange::EndMessage() noexcept
 {
-    m_eResponse = tagResponse::None;
+    m_response = Response::None;
     m_output.Clear();
-    m_bWriterWaits = false;
-    m_bMessageOver = true;
+    m_writerWaits = false;
+    m_messageOver = true;
 }
 
 void CMessageExchange::Acknowledge() noexcept
 {
     EndMessage();
-    m_bClearing = false;
+    m_clearing = false;
 }
 
 } // namespace ZoVelkor::RemoteKernel

@@ -53,7 +53,7 @@ public:
     ///
     /// @return -410 as Listen
     [[nodiscard]] short BeginTrigger() noexcept;
-    void EndTrigger() noexcept { m_bTriggerWaits = false; }
+    void EndTrigger() noexcept { m_triggerWaits = false; }
     /// The controller wants to read.
     ///
     /// @return -420 when nothing will come; see IsClearing then
@@ -61,7 +61,7 @@ public:
     /// Tells whether there is a response that is not read to its end.
     bool IsUnread() const noexcept
     {
-        return m_eResponse == tagResponse::Open || m_eResponse == tagResponse::Complete;
+        return m_response == Response::Open || m_response == Response::Complete;
     }
     /// Tells whether Take would give a byte.
     bool CanTake() const noexcept { return Takeable() != 0; }
@@ -70,16 +70,16 @@ public:
     /// @return true when END came with the last of them
     bool Take(std::size_t max, std::string& bytes);
     /// Tells whether the controller has read the whole response or lost it, and the kernel does not know yet.
-    bool IsSettling() const noexcept { return m_eResponse >= tagResponse::Taken; }
+    bool IsSettling() const noexcept { return m_response >= Response::Taken; }
     void DeviceClear() noexcept;
 
-    struct tagHanded
+    struct Handed
     {
-        std::size_t iCount;
-        short iError; ///< -161, see IsClearing then
+        std::size_t count;
+        short error; ///< -161, see IsClearing then
     };
     /// Hands bytes to the kernel, up to the end of a message at most.
-    tagHanded Hand(std::span<char> space);
+    Handed Hand(std::span<char> space);
     /// Bytes that wait for the kernel.
     std::size_t Available() const noexcept { return IsClearing() ? 0 : m_input.Size(); }
     /// Takes bytes of a response as far as there is room; none once the response is dropped.
@@ -91,7 +91,7 @@ public:
     /// The response ends with what was answered last.
     void EndAnswer() noexcept;
     /// Tells whether the controller has lost the response at hand.
-    bool IsDropped() const noexcept { return IsClearing() || m_eResponse == tagResponse::Dropped; }
+    bool IsDropped() const noexcept { return IsClearing() || m_response == Response::Dropped; }
     /// Forgets the response at hand, if it is not read.
     void DropAnswer() noexcept;
     void DropInput() noexcept;
@@ -99,11 +99,11 @@ public:
     void EndMessage() noexcept;
     /// Tells whether the kernel is about to forget what it has read: after a device clear, and after the
     /// errors -420 and -161. Nothing is handed out until Acknowledge.
-    bool IsClearing() const noexcept { return m_bClearing; }
+    bool IsClearing() const noexcept { return m_clearing; }
     void Acknowledge() noexcept;
 
 private:
-    enum class tagResponse
+    enum class Response
     {
         None,
         Open,     ///< bytes have come, the end has not
@@ -116,10 +116,10 @@ private:
     /// The last byte of an unfinished response stays: END may have to go with it.
     std::size_t Takeable() const noexcept
     {
-        const std::size_t kept = m_eResponse == tagResponse::Open && !m_output.IsEmpty() ? 1 : 0;
+        const std::size_t kept = m_response == Response::Open && !m_output.IsEmpty() ? 1 : 0;
         return m_output.Size() - kept;
     }
-    bool PassEnd(std::span<char> space, tagHanded& handed) noexcept;
+    bool PassEnd(std::span<char> space, Handed& handed) noexcept;
     short Interrupt() noexcept;
     short CheckDeadlock() noexcept;
 
@@ -130,15 +130,15 @@ private:
     std::uint64_t m_accepted = 0; // bytes so far, like the following
     std::uint64_t m_handed = 0;
     std::deque<std::uint64_t> m_ends; // values of m_accepted at END, as far as the kernel is not beyond them
-    tagResponse m_eResponse = tagResponse::None;
-    bool m_bLineFeedHanded = false; // the byte that was handed out last
-    bool m_bEndHanded = false;      // the line feed that stands for the END in front
-    bool m_bMessageOver = true;     // the kernel has worked off what was handed out
-    bool m_bHungry = false;         // and found nothing more
-    bool m_bTriggerWaits = false;
-    bool m_bSenderWaits = false;
-    bool m_bWriterWaits = false;
-    bool m_bClearing = false;
+    Response m_response = Response::None;
+    bool m_lineFeedHanded = false; // the byte that was handed out last
+    bool m_endHanded = false;      // the line feed that stands for the END in front
+    bool m_messageOver = true;     // the kernel has worked off what was handed out
+    bool m_hungry = false;         // and found nothing more
+    bool m_triggerWaits = false;
+    bool m_senderWaits = false;
+    bool m_writerWaits = false;
+    bool m_clearing = false;
 };
 
 } // namespace ZoVelkor::RemoteKernel

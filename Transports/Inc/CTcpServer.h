@@ -14,11 +14,11 @@ inline constexpr std::uint16_t kScpiRawPort = 5025;
 /// Connections that one server serves at a time.
 inline constexpr std::size_t kMaxTcpSessions = 128;
 
-struct tagTcpServerSettings
+struct TcpServerSettings
 {
-    std::string sAddress = "127.0.0.1"; ///< IPv4 or IPv6 address, the latter also in brackets; no host name
-    std::uint16_t iPort = kScpiRawPort; ///< 0: a free one, see CTcpServer::Port
-    std::size_t iMaxSessions = kMaxTcpSessions;
+    std::string address = "127.0.0.1"; ///< IPv4 or IPv6 address, the latter also in brackets; no host name
+    std::uint16_t port = kScpiRawPort; ///< 0: a free one, see CTcpServer::Port
+    std::size_t maxSessions = kMaxTcpSessions;
 };
 
 /// Raw SCPI over TCP: each connection is a channel, which connects to the remote kernel that it finds at the
@@ -33,7 +33,7 @@ struct tagTcpServerSettings
 class CTcpServer
 {
 public:
-    explicit CTcpServer(tagTcpServerSettings settings = {});
+    explicit CTcpServer(TcpServerSettings settings = {});
     CTcpServer(const CTcpServer&) = delete;
     CTcpServer& operator=(const CTcpServer&) = delete;
     /// Stops.
@@ -59,7 +59,7 @@ public:
 
 private:
     class CImplementation;
-    std::unique_ptr<CImplementation> m_spImplementation;
+    std::unique_ptr<CImplementation> m_implementation;
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -156,7 +156,7 @@ HRESULT CTcpChannel::DoCloseChannel()
 HRESULT CTcpChannel::DoAbort()
 {
     static_cast<void>(shutdown(m_socket.Get(), SHUT_RDWR));
-    if (!m_bOver.exchange(true, std::memory_order_acq_rel))
+    if (!m_over.exchange(true, std::memory_order_acq_rel))
     {
         m_onEnd();
     }

@@ -24,7 +24,7 @@ public:
     CTcpChannel(asio::ip::tcp::socket socket, std::function<void()> onEnd);
 
     /// Tells whether the client is still served.
-    bool IsServed() const noexcept { return !m_bOver.load(std::memory_order_acquire); }
+    bool IsServed() const noexcept { return !m_over.load(std::memory_order_acquire); }
 
     HRESULT GetWaitDescriptor(int* descriptor) override;
 
@@ -49,7 +49,7 @@ private:
     const CUniqueSocket m_socket; // open until destruction, so that DoAbort may use it; no socket of Asio,
                                   // which must not outlive the server
     const std::function<void()> m_onEnd;
-    std::atomic<bool> m_bOver{false};
+    std::atomic<bool> m_over{false};
     std::atomic<std::uint32_t> m_received{0};
     std::atomic<std::uint32_t> m_sent{0};
     std::atomic<std::uint32_t> m_messages{0};

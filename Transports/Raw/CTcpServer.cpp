@@ -29,9 +29,9 @@ using asio::ip::tcp;
 /// Rest after a failed accept, which mostly means that the system is short of descriptors.
 constexpr std::chrono::milliseconds kAcceptRetry{100};
 
-tcp::endpoint MakeEndpoint(const tagTcpServerSettings& settings)
+tcp::endpoint MakeEndpoint(const TcpServerSettings& settings)
 {
-    std::string text = settings.sAddress;
+    std::string text = settings.address;
     if (text.size() > 2 && text.front() == '[' && text.back() == ']')
     {
         text = text.substr(1, text.size() - 2);
@@ -40,12 +40,12 @@ tcp::endpoint MakeEndpoint(const tagTcpServerSettings& settings)
     const asio::ip::address address = asio::ip::make_address(text, error);
     if (error)
     {
-        throw std::system_error(error, "\"" + settings.sAddress + "\" is no IP address");
+        throw std::system_error(error, "\"" + settings.address + "\" is no IP address");
     }
-    return {address, settings.iPort};
+    return {address, settings.port};
 }
 
-tcp::acceptor Listen(asio::io_context& context, const tagTcpServerSettings& settings)
+tcp::acceptor Listen(asio::io_context& context, const TcpServerSettings& settings)
 {
     const tcp::endpoint endpoint = MakeEndpoint(settings);
     try
@@ -54,20 +54,19 @@ tcp::acceptor Listen(asio::io_context& context, const tagTcpServerSettings& sett
     }
     catch (const std::system_error& error)
     {
-        throw std::system_error(error.code(),
-                                "Cannot listen on " + settings.sAddress + " port " +
-                                    std::to_string(settings.iPort));
+        throw std::system_error(
+            error.code(), "Cannot listen on " + settings.address + " port " + std::to_string(settings.port));
     }
 }
 
 /// Ends what the kernel does for a client; does not wait.
 void BreakOff(CTcpChannelObject& channel)
 {
-    CComPtr<IZOScpiChannelServiceProvider> spProvider;
-    channel.GetExistingServiceProvider(&spProvider);
-    if (spProvider != nullptr)
+    CComPtr<IZOScpiChannelServiceProvider> provider;
+    channel.GetExistingServiceProvider(&provider);
+    if (provider != nullptr)
     {
-        spProvider->SignalDisconnected();
+        provider->SignalDisconnected();
     }
     channel.Abort();
 }
@@ -84,7 +83,7 @@ void Disconnect(CTcpChannelObject& channel) noexcept
 class CTcpServer::CImplementation
 {
 public:
-    explicit CImplementation(tagTcpServerSettings settings) : m_settings(std::move(settings)) {}
+    explicit CImplementation(TcpServerSettings settings) : m_settings(std::move(settings)) {}
 
     void Start();
     void Stop();
@@ -99,11 +98,11 @@ private:
     void Refuse(tcp::socket socket) const;
     void RemoveEnded();
 
-    const tagTcpServerSettings m_settings;
+    const TcpServerSettings m_settings;
 
-    std::mutex m_runMutex;                         // start and stop one at a time; taken before m_mutex
-    std::shared_ptr<asio::io_context> m_spContext; // guarded by m_runMutex; set while running
-    std::thread m_acceptThread;                    // guarded by m_runMutex
+    std::mutex m_runMutex;                       // start and stop one at a time; taken before m_mutex
+    std::shared_ptr<asio::io_context> m_context; // guarded by m_runMutex; set while running
+    std::thread m_acceptThread;                  // guarded by m_runMutex
 
     std::optional<tcp::acceptor> m_acceptor;   // the accepting thread's, while it runs
     std::optional<asio::steady_timer> m_retry; // the same
@@ -116,21 +115,21 @@ private:
 void CTcpServer::CImplementation::Start()
 {
     const std::lock_guard lock(m_runMutex);
-    if (m_spContext != nullptr)
+    if (m_context != nullptr)
     {
         return;
     }
-    m_spContext = std::make_shared<asio::io_context>(1);
+    m_context = std::make_shared<asio::io_context>(1);
     try
     {
-        m_acceptor.emplace(Listen(*m_spContext, m_settings));
-        m_retry.emplace(*m_spContext);
+        m_acceptor.emplace(Listen(*m_context, m_settings));
+        m_retry.emplace(*m_context);
         {
             const std::lock_guard endpointLock(m_mutex);
             m_endpoint = m_acceptor->local_endpoint();
         }
         AcceptNext();
-        m_acceptThread = std::thread([&context = *m_spContext] {
+        m_acceptThread = std::thread([&context = *m_context] {
             SetThreadName("scpi-tcp-accept");
             // An exception is reported and does not end the thread; run returns normally once stopped.
             while (!context.stopped())
@@ -143,14 +142,14 @@ void CTcpServer::CImplementation::Start()
     catch (...)
     {
         StopAcceptingLocked();
-        m_spContext.reset();
+        m_context.reset();
         throw;
     }
 }
 
 void CTcpServer::CImplementation::StopAcceptingLocked()
 {
-    m_spContext->stop();
+    m_context->stop();
     if (m_acceptThread.joinable())
     {
         m_acceptThread.join();
@@ -162,7 +161,7 @@ void CTcpServer::CImplementation::StopAcceptingLocked()
 void CTcpServer::CImplementation::Stop()
 {
     const std::lock_guard lock(m_runMutex);
-    if (m_spContext == nullptr)
+    if (m_context == nullptr)
     {
         return;
     }
@@ -174,15 +173,15 @@ void CTcpServer::CImplementation::Stop()
         channels.swap(m_channels);
     }
     // All are woken first, so that they end side by side.
-    for (const auto& spChannel : channels)
+    for (const auto& channel : channels)
     {
-        BreakOff(*spChannel);
+        BreakOff(*channel);
     }
-    for (const auto& spChannel : channels)
+    for (const auto& channel : channels)
     {
-        Disconnect(*spChannel);
+        Disconnect(*channel);
     }
-    m_spContext.reset();
+    m_context.reset();
 }
 
 void CTcpServer::CImplementation::AcceptNext()
@@ -210,7 +209,7 @@ void CTcpServer::CImplementation::OnAccept(const asio::error_code& error, tcp::s
     }
     try
     {
-        SessionCount() < m_settings.iMaxSessions ? Serve(std::move(socket)) : Refuse(std::move(socket));
+        SessionCount() < m_settings.maxSessions ? Serve(std::move(socket)) : Refuse(std::move(socket));
     }
     catch (...)
     {
@@ -224,13 +223,12 @@ void CTcpServer::CImplementation::Serve(tcp::socket socket)
 {
     std::list<CComPtr<CTcpChannelObject>> added;
     // A kernel that stops at the same time may still be ending a channel when the server has stopped.
-    added.push_back(CTcpChannelObject::Create(std::move(socket), [this, spContext = m_spContext] {
-        asio::post(*spContext, [this] { RemoveEnded(); });
-    }));
+    added.push_back(CTcpChannelObject::Create(
+        std::move(socket), [this, context = m_context] { asio::post(*context, [this] { RemoveEnded(); }); }));
     CTcpChannelObject& channel = *added.front();
     channel.Open();
-    CComPtr<IZOScpiChannelServiceProvider> spProvider;
-    if (FAILED(channel.GetServiceProvider(&spProvider)))
+    CComPtr<IZOScpiChannelServiceProvider> provider;
+    if (FAILED(channel.GetServiceProvider(&provider)))
     {
         return;
     }
@@ -238,7 +236,7 @@ void CTcpServer::CImplementation::Serve(tcp::socket socket)
         const std::lock_guard lock(m_mutex);
         m_channels.splice(m_channels.end(), added);
     }
-    if (FAILED(spProvider->SignalConnected()))
+    if (FAILED(provider->SignalConnected()))
     {
         channel.Abort();
     }
@@ -247,7 +245,7 @@ void CTcpServer::CImplementation::Serve(tcp::socket socket)
 void CTcpServer::CImplementation::Refuse(tcp::socket socket) const
 {
     const std::string line = "-300,\"Device specific error;Too many connections, limit " +
-                             std::to_string(m_settings.iMaxSessions) + "\"\n";
+                             std::to_string(m_settings.maxSessions) + "\"\n";
     asio::error_code ignored;
     socket.write_some(asio::buffer(line), ignored);
     socket.shutdown(tcp::socket::shutdown_send, ignored);
@@ -258,18 +256,18 @@ void CTcpServer::CImplementation::RemoveEnded()
     std::list<CComPtr<CTcpChannelObject>> ended;
     {
         const std::lock_guard lock(m_mutex);
-        for (auto spChannel = m_channels.begin(); spChannel != m_channels.end();)
+        for (auto channel = m_channels.begin(); channel != m_channels.end();)
         {
-            const auto current = spChannel++;
+            const auto current = channel++;
             if (!(*current)->IsServed())
             {
                 ended.splice(ended.end(), m_channels, current);
             }
         }
     }
-    for (const auto& spChannel : ended)
+    for (const auto& channel : ended)
     {
-        Disconnect(*spChannel);
+        Disconnect(*channel);
     }
 }
 
@@ -283,11 +281,11 @@ std::size_t CTcpServer::CImplementation::SessionCount() const
 {
     const std::lock_guard lock(m_mutex);
     return static_cast<std::size_t>(std::count_if(
-        m_channels.begin(), m_channels.end(), [](const auto& spChannel) { return spChannel->IsServed(); }));
+        m_channels.begin(), m_channels.end(), [](const auto& channel) { return channel->IsServed(); }));
 }
 
-CTcpServer::CTcpServer(tagTcpServerSettings settings)
-    : m_spImplementation(std::make_unique<CImplementation>(std::move(settings)))
+CTcpServer::CTcpServer(TcpServerSettings settings)
+    : m_implementation(std::make_unique<CImplementation>(std::move(settings)))
 {}
 
 CTcpServer::~CTcpServer()
@@ -297,22 +295,22 @@ CTcpServer::~CTcpServer()
 
 void CTcpServer::Start()
 {
-    m_spImplementation->Start();
+    m_implementation->Start();
 }
 
 void CTcpServer::Stop()
 {
-    m_spImplementation->Stop();
+    m_implementation->Stop();
 }
 
 std::uint16_t CTcpServer::Port() const noexcept
 {
-    return m_spImplementation->LocalEndpoint().port();
+    return m_implementation->LocalEndpoint().port();
 }
 
 std::string CTcpServer::Endpoint() const
 {
-    const tcp::endpoint endpoint = m_spImplementation->LocalEndpoint();
+    const tcp::endpoint endpoint = m_implementation->LocalEndpoint();
     const std::string address = endpoint.address().to_string();
     return (endpoint.address().is_v6() ? '[' + address + ']' : address) + ':' +
            std::to_string(endpoint.port());
@@ -320,7 +318,7 @@ std::string CTcpServer::Endpoint() const
 
 std::size_t CTcpServer::SessionCount() const
 {
-    return m_spImplementation->SessionCount();
+    return m_implementation->SessionCount();
 }
 
 } // namespace ZoVelkor::RemoteKernel

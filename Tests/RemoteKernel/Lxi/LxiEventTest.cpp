@@ -26,9 +26,9 @@ using Testing::CLxiEventRecorder;
 using testing::ContainsRegex;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using Testing::tagHeardEvent;
+using Testing::HeardEvent;
 using Bytes = std::vector<std::uint8_t>;
-using State = tagLxiMessageState;
+using State = LxiMessageState;
 
 Bytes BytesOf(std::string_view text)
 {
@@ -146,7 +146,7 @@ TEST(LxiEventFormat, EventsHaveTheirWholeName)
     }
 }
 
-struct tagSequenceCase
+struct SequenceCase
 {
     const char* name;
     std::uint16_t port;
@@ -158,7 +158,7 @@ struct tagSequenceCase
 
 TEST(LxiDuplicates, AreKnownBySenderAndNumber)
 {
-    constexpr tagSequenceCase kSequence[] = {
+    constexpr SequenceCase kSequence[] = {
         {"First", 1, 100, false, 0, true},
         {"Again", 1, 100, false, 0, false},
         {"SentAgain", 1, 100, true, 0, false},
@@ -180,7 +180,7 @@ TEST(LxiDuplicates, AreKnownBySenderAndNumber)
         {"ForgottenAfterTheTimeOut", 1, 1, true, 22, true},
     };
     CLxiDuplicateFilter filter;
-    for (const tagSequenceCase& row : kSequence)
+    for (const SequenceCase& row : kSequence)
     {
         const CLxiDuplicateFilter::Clock::time_point now(std::chrono::seconds(row.second));
         EXPECT_EQ(filter.Accept({0, row.port, false}, row.number, row.isRetransmission, now), row.isAccepted)
@@ -212,9 +212,9 @@ TEST(LxiStream, MessagesCutAnywhere)
     }
 }
 
-tagLxiEndpointSettings Free(std::uint16_t multicastPort = 0)
+LxiEndpointSettings Free(std::uint16_t multicastPort = 0)
 {
-    return {.iPort = 0, .iMulticastPort = multicastPort, .iRetransmissions = 2};
+    return {.port = 0, .multicastPort = multicastPort, .retransmissions = 2};
 }
 
 /// Two endpoints that share a multicast port.
@@ -271,16 +271,16 @@ TEST_F(LxiEndpoint, EveryFieldOfEveryEventArrivesOnEveryWay)
             SetLxiEvent(sent, event);
             sent.setHWDetect('H');
             ASSERT_EQ(send(sent), S_OK);
-            const tagHeardEvent heard = m_heard.Take();
+            const HeardEvent heard = m_heard.Take();
             EXPECT_EQ(heard.event, event);
             EXPECT_EQ(heard.time, CLxiTime(9, 5, 6));
             EXPECT_EQ(heard.sender.isTcp, &send == &ways[2]);
             CComBSTR text;
             CComBSTR expected;
-            heard.spPacket->getReadableLANData(text);
+            heard.packet->getReadableLANData(text);
             sent.getReadableLANData(expected);
             EXPECT_EQ(text, expected) << "all of the header, and the data";
-            EXPECT_EQ(FieldOf(*heard.spPacket, 0)[0], 0xFF);
+            EXPECT_EQ(FieldOf(*heard.packet, 0)[0], 0xFF);
         }
     }
     EXPECT_EQ(m_sender.Log().Count(), 2U * kLxiEventCount);
@@ -291,7 +291,7 @@ TEST_F(LxiEndpoint, HearsRepeatedMessagesOnceAndItsOwnNever)
     EXPECT_EQ(m_receiver.SendEvent(7, LxiNow()), S_OK);
     EXPECT_EQ(m_sender.SendEvent(1, {}), S_OK);
     EXPECT_EQ(m_sender.SendEvent(ZO_LXI_ERROR, {}), S_OK);
-    const tagHeardEvent first = m_heard.Take();
+    const HeardEvent first = m_heard.Take();
     EXPECT_EQ(first.event, 1) << "not the own one";
     EXPECT_GT(first.time.GetSeconds(), 0U) << "without a stamp the event is now";
     EXPECT_EQ(m_heard.Take().event, ZO_LXI_ERROR) << "not the copies of the first";
@@ -336,7 +336,7 @@ TEST_F(LxiEndpoint, LogKeepsTheNewest)
 {
     for (std::size_t i = 0; i != CLxiEventLog::kCapacity + 1; ++i)
     {
-        m_sender.Log().Add(tagLxiLogKind::Sent, {}, Altered(23, i == 0 ? "\x01" : "\x02"));
+        m_sender.Log().Add(LxiLogKind::Sent, {}, Altered(23, i == 0 ? "\x01" : "\x02"));
     }
     EXPECT_EQ(m_sender.Log().Count(), CLxiEventLog::kCapacity);
     EXPECT_NE(m_sender.Log().Lines()[0].find("LAN3, 2,"), std::string::npos);
@@ -372,7 +372,7 @@ TEST_F(LxiEndpoint, TakenPortAndWrongAddressAreNamed)
          std::map<std::string, std::string>{{"127.0.0.1", "127.0.0.1 port " + std::to_string(m_port)},
                                             {"::1", "\"::1\" is no IPv4 address"}})
     {
-        CLxiEventEndpoint second({.sAddress = address, .iPort = m_port});
+        CLxiEventEndpoint second({.address = address, .port = m_port});
         EXPECT_THAT([&] { second.Start(); }, testing::ThrowsMessage<std::system_error>(HasSubstr(words)));
         EXPECT_EQ(second.Errors().GetErrorString(), CComBSTR("Error during connection a capability"));
     }

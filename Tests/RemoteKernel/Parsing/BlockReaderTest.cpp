@@ -54,22 +54,22 @@ TEST_F(BlockReader, ReadsOnWhereItStopped)
     EXPECT_EQ(m_reader->ContinueRead(-1), S_FALSE);
 }
 
-struct tagElementCase
+struct ElementCase
 {
-    tagEnumFormatDataType eType;
-    long iWidth;
-    tagEnumFormatByteOrder eOrder;
+    tagEnumFormatDataType type;
+    long width;
+    tagEnumFormatByteOrder order;
     std::vector<unsigned char> bytes;
     VARTYPE vt;
-    double dValue;
-    HRESULT iIntegerResult;
+    double value;
+    HRESULT integerResult;
 };
 
 TEST_F(BlockReader, ReadsElementsOfEveryFormat)
 {
     // One row a line.
     // clang-format off
-    const tagElementCase kCases[] = {
+    const ElementCase kCases[] = {
         {ZO_FORMAT_INTEGER, 8, ZO_BYTE_ORDER_NORMAL, {0x80}, VT_I1, -128, S_OK},
         {ZO_FORMAT_INTEGER, 16, ZO_BYTE_ORDER_NORMAL, {0x01, 0x02}, VT_I2, 258, S_OK},
         {ZO_FORMAT_INTEGER, 16, ZO_BYTE_ORDER_SWAPPED, {0x01, 0x02}, VT_I2, 513, S_OK},
@@ -84,7 +84,7 @@ TEST_F(BlockReader, ReadsElementsOfEveryFormat)
         {ZO_FORMAT_REAL, 32, ZO_BYTE_ORDER_NORMAL, {0x7F, 0x80, 0, 0}, VT_R4, INFINITY, DISP_E_OVERFLOW},
     };
     // clang-format on
-    for (const tagElementCase& row : kCases)
+    for (const ElementCase& row : kCases)
     {
         std::vector<unsigned char> thrice;
         for (int i = 0; i < 3; ++i)
@@ -97,13 +97,13 @@ TEST_F(BlockReader, ReadsElementsOfEveryFormat)
         double number = 0;
         long integer = 0;
         EXPECT_EQ(m_reader->GetNextElement(&value), E_UNEXPECTED);
-        ASSERT_EQ(m_reader->InitReaderFormat(row.eType, row.iWidth, row.eOrder), S_OK);
+        ASSERT_EQ(m_reader->InitReaderFormat(row.type, row.width, row.order), S_OK);
         EXPECT_EQ(m_reader->GetNextElement(&value), S_OK);
         EXPECT_EQ(value.vt, row.vt);
         EXPECT_EQ(m_reader->GetNextDouble(&number), S_OK);
-        EXPECT_EQ(number, row.dValue);
-        EXPECT_EQ(m_reader->GetNextInteger(&integer), row.iIntegerResult);
-        EXPECT_EQ(integer, row.iIntegerResult == S_OK ? std::lrint(std::nearbyint(row.dValue)) : 0);
+        EXPECT_EQ(number, row.value);
+        EXPECT_EQ(m_reader->GetNextInteger(&integer), row.integerResult);
+        EXPECT_EQ(integer, row.integerResult == S_OK ? std::lrint(std::nearbyint(row.value)) : 0);
         EXPECT_EQ(m_reader->GetNextInteger(&integer), S_FALSE);
     }
     EXPECT_EQ(m_reader->InitReaderFormat(ZO_FORMAT_REAL, 16, ZO_BYTE_ORDER_NORMAL), E_INVALIDARG);

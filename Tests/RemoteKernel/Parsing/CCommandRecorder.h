@@ -18,18 +18,18 @@ namespace ZoVelkor::RemoteKernel::Testing
 class CCommandRecorder final : public ICommandExecutor
 {
 public:
-    bool ExecuteCommand(const tagParsedCommand& command) override
+    bool ExecuteCommand(const ParsedCommand& command) override
     {
-        std::string line = fmt::format("{}{}", command.iCommand, command.bQuery ? "?" : "");
-        for (unsigned long i = 0; i < command.iNumericSuffixCount; ++i)
+        std::string line = fmt::format("{}{}", command.command, command.query ? "?" : "");
+        for (unsigned long i = 0; i < command.numericSuffixCount; ++i)
         {
-            line += fmt::format("{}{}", i == 0 ? " [" : ",", command.pNumericSuffixes[i]);
-            command.pNumericSuffixes[i] = 99; // a handler may do so without harm
+            line += fmt::format("{}{}", i == 0 ? " [" : ",", command.numericSuffixes[i]);
+            command.numericSuffixes[i] = 99; // a handler may do so without harm
         }
-        line += command.iNumericSuffixCount == 0 ? "" : "]";
-        for (unsigned long i = 0; i < command.iArgumentCount; ++i)
+        line += command.numericSuffixCount == 0 ? "" : "]";
+        for (unsigned long i = 0; i < command.argumentCount; ++i)
         {
-            line += Describe(command.pArguments[i]);
+            line += Describe(command.arguments[i]);
         }
         Append(line);
         return !m_stop;

@@ -13,7 +13,7 @@ namespace
 {
 using tagTable = std::vector<_CMD_SET_RECORD>;
 
-tagCommandSource SourceOf(const tagTable& table)
+CommandSource SourceOf(const tagTable& table)
 {
     return {table.data(), table.size(), MakeOwner()};
 }
@@ -40,11 +40,11 @@ TEST(CommandIndex, MergesTreesOfSeveralApplications)
                                 .Add("SYSTem:VERSion", 14, DEF, QMARK)
                                 .Add("SYSTem", DEF, DEF, 0)
                                 .Build();
-    const tagCommandSource sources[] = {SourceOf(first), SourceOf(second)};
+    const CommandSource sources[] = {SourceOf(first), SourceOf(second)};
     const CCommandIndex index(sources);
     EXPECT_EQ(Converse(index, "*IDN?;*OPT?;FREQ?;POW?;SYST:VERS?"), "1?; 11?; 2? [1]; 12? [1]; 14?");
-    EXPECT_EQ(index.Find("SYST:VERS?")->pApplication, sources[1].spOwner.get());
-    EXPECT_EQ(index.Find("*IDN?")->pApplication, sources[0].spOwner.get());
+    EXPECT_EQ(index.Find("SYST:VERS?")->application, sources[1].owner.get());
+    EXPECT_EQ(index.Find("*IDN?")->application, sources[0].owner.get());
     EXPECT_EQ(Converse(index, "SENS1:GAIN?"), "13?") << "its own table has no suffix there";
     EXPECT_EQ(Converse(index, "SENS2:GAIN?"), "!-114");
 }
@@ -52,7 +52,7 @@ TEST(CommandIndex, MergesTreesOfSeveralApplications)
 /// Those of a few suffixes that the header A of a table accepts.
 std::string Accepted(const tagTable& table)
 {
-    const tagCommandSource source = SourceOf(table);
+    const CommandSource source = SourceOf(table);
     const CCommandIndex index({&source, 1});
     std::string accepted;
     for (const char* suffix : {"", "0", "1", "2", "3", "4", "5", "8", "10", "2147483647"})
@@ -66,12 +66,12 @@ std::string Accepted(const tagTable& table)
 
 TEST(CommandIndex, CompilesSuffixExpressions)
 {
-    struct tagRow
+    struct Row
     {
         const char* szExpression;
-        const char* szAccepted;
+        const char* accepted;
     };
-    constexpr tagRow kRows[] = {
+    constexpr Row kRows[] = {
         {"", ""},
         {"<0", ""},
         {"*", "1,0,1,2,3,4,5,8,10,2147483647"},
@@ -83,11 +83,11 @@ TEST(CommandIndex, CompilesSuffixExpressions)
     };
     tagTable table(2);
     table[0].hdr = {"A", 1, DEF, 0, 1, 0, NSUFF};
-    for (const tagRow& row : kRows)
+    for (const Row& row : kRows)
     {
         table[1].nse = {{}, NSE_HEADER};
         std::strcpy(table[1].nse.szExpression, row.szExpression);
-        EXPECT_EQ(Accepted(table), row.szAccepted) << row.szExpression;
+        EXPECT_EQ(Accepted(table), row.accepted) << row.szExpression;
     }
     table.push_back({.nse = {"5", NSE_HEADER}});
     EXPECT_EQ(Accepted(table), "8") << "the first expression counts";
@@ -102,7 +102,7 @@ TEST(CommandIndex, EachApplicationsSuffixExpressionsHoldForItsCommands)
     const tagTable narrow =
         CTableBuilder().Add("SENSe#2-3:POWer", 11, DEF, 0).Add("SENSe:BOTH", 12, DEF, 0).Build();
     const tagTable free = CTableBuilder().Add("SENSe#:ANY", 21, DEF, 0).Build();
-    const tagCommandSource sources[] = {SourceOf(wide), SourceOf(narrow), SourceOf(free)};
+    const CommandSource sources[] = {SourceOf(wide), SourceOf(narrow), SourceOf(free)};
     const CCommandIndex index(sources);
     EXPECT_EQ(Converse(index, "SENS9:GAIN;ANY"), "1 [9]; 21 [9]");
     EXPECT_EQ(Converse(index, "GAIN;:SENS3:POW;BOTH;ANY"), "1 [1]; 11 [3]; 12 [3]; 21 [3]");
@@ -119,7 +119,7 @@ TEST(CommandIndex, TwoHeadersWithOneChildGroupHaveTheirOwnExpressions)
     table[2].hdr = {"X", 1, DEF, 0, 1, 0, 0};
     table[3].nse = {"2", NSE_HEADER | 1};
     table[4].nse = {"1", NSE_HEADER | 0};
-    const tagCommandSource source = SourceOf(table);
+    const CommandSource source = SourceOf(table);
     const CCommandIndex index({&source, 1});
     EXPECT_EQ(Converse(index, "A:X;:B2:X;:A2:X"), "1 [1]; 1 [2]; !-114");
 }
@@ -132,7 +132,7 @@ TEST(CommandIndex, DirectChildHasPrecedenceOverOneBelowAnOptionalNode)
                                .Add("[:SECond]:MODE", 3, DEF, 0)
                                .Add("MODE", 4, DEF, 0)
                                .Build();
-    const tagCommandSource source = SourceOf(table);
+    const CommandSource source = SourceOf(table);
     const CCommandIndex index({&source, 1});
     EXPECT_EQ(Converse(index, "LEV;MODE;SEC:LEV;MODE"), "1; 4; 2; 3");
 }
@@ -145,7 +145,7 @@ TEST(CommandIndex, FollowsTheLayoutOfTheRootGroups)
     table[2].hdr = {"FOO", 2, DEF, 3, 1, 0, 0};
     table[3].hdr = {"BAR", 3, DEF, 0, 2, 0, 0};
     table[4].hdr = {"BAZ", 4, DEF, 0, 0, 0, 0};
-    const tagCommandSource source{table.data(), table.size(), MakeOwner()};
+    const CommandSource source{table.data(), table.size(), MakeOwner()};
     // Deliberate: an "undef" group behind the common commands is skipped by their length.
     EXPECT_EQ(Converse(CCommandIndex({&source, 1}), "*CLS;FOO;FOO:BAR;BAZ;:undef"), "1; 2; 3; 4; !-113");
 }
@@ -153,15 +153,15 @@ TEST(CommandIndex, FollowsTheLayoutOfTheRootGroups)
 TEST(CommandIndex, FindsCommandsForHelp)
 {
     const tagTable table = MakeParserTestTable();
-    const tagCommandSource source = SourceOf(table);
+    const CommandSource source = SourceOf(table);
     const CCommandIndex index({&source, 1});
-    const tagCommandEntry* const entry = index.Find(":sens2:FREQ:CENTER");
+    const CommandEntry* const entry = index.Find(":sens2:FREQ:CENTER");
     ASSERT_NE(entry, nullptr);
-    EXPECT_EQ(entry->sSyntaxPath, "[:SENSe]:FREQuency:CENTer");
-    EXPECT_EQ(entry->bsHeader.View(), L"SENSE:FREQUENCY:CENTER");
+    EXPECT_EQ(entry->syntaxPath, "[:SENSe]:FREQuency:CENTer");
+    EXPECT_EQ(entry->headerText.View(), L"SENSE:FREQUENCY:CENTER");
     EXPECT_EQ(index.Find("freq:cent?"), entry);
-    EXPECT_EQ(index.Find("TEST:QONL")->sSyntaxPath, ":TEST:QONLy");
-    EXPECT_EQ(index.Find("*IDN?")->bsHeader.View(), L"*IDN");
+    EXPECT_EQ(index.Find("TEST:QONL")->syntaxPath, ":TEST:QONLy");
+    EXPECT_EQ(index.Find("*IDN?")->headerText.View(), L"*IDN");
     for (const char* header :
          {"", ":", "*", "SENS", "FREQ:CENT:", "FREQ CENT", "IDN", "*IDN:FOO", "TEST:EVEN?"})
     {
@@ -174,8 +174,8 @@ TEST(CommandIndex, LeavesDamagedSourcesOutAndKeepsOwners)
     tagTable damaged = MakeParserTestTable();
     damaged[0].hdr.iLength = 0xFFFF;
     const tagTable sound = CTableBuilder().Add("FOO", 1, DEF, 0).Build();
-    std::vector<tagCommandSource> sources{SourceOf(damaged), SourceOf(sound)};
-    const std::weak_ptr<CApplication> owner = sources[1].spOwner;
+    std::vector<CommandSource> sources{SourceOf(damaged), SourceOf(sound)};
+    const std::weak_ptr<CApplication> owner = sources[1].owner;
     {
         const CCommandIndex index(sources);
         sources.clear();

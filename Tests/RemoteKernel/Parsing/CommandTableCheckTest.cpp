@@ -26,16 +26,16 @@ tagTable MakeSmallTable()
         .Build();
 }
 
-struct tagDamage
+struct Damage
 {
     const char* szName;
     std::function<void(tagTable&)> apply;
-    const char* szFault;
+    const char* fault;
 };
 
 // One row a line.
 // clang-format off
-const tagDamage kDamages[] = {
+const Damage kDamages[] = {
     {"GroupPastEnd", [](tagTable& t) { t[0].hdr.iLength = 8;},
      "record 0, length: 8 records from 0 reach past"},
     {"GroupLengthWraps", [](tagTable& t) { t[2].hdr.iLength = 0xFFFFFFFF;}, "record 2, length: "},
@@ -65,12 +65,12 @@ const tagDamage kDamages[] = {
 TEST(CommandTableCheck, NamesRecordAndField)
 {
     EXPECT_EQ(ValidateCommandTable(MakeSmallTable().data(), 7), "");
-    for (const tagDamage& damage : kDamages)
+    for (const Damage& damage : kDamages)
     {
         tagTable table = MakeSmallTable();
         damage.apply(table);
         table.shrink_to_fit();
-        EXPECT_THAT(ValidateCommandTable(table.data(), table.size()), testing::HasSubstr(damage.szFault))
+        EXPECT_THAT(ValidateCommandTable(table.data(), table.size()), testing::HasSubstr(damage.fault))
             << damage.szName;
     }
 }
@@ -118,7 +118,7 @@ TEST(CommandTableCheck, NodeWithoutNameHidesNothing)
     table[0].hdr = {"RST", 1, DEF, 0, 1, 0, CCMD};
     table[1].hdr = {"", DEF, DEF, 0, 2, 0, 0};
     table[2].hdr = {"undef", 2, DEF, 0, 0, 0, 0};
-    const CCommandIndex index(std::vector<tagCommandSource>{{table.data(), table.size(), MakeOwner()}});
+    const CCommandIndex index(std::vector<CommandSource>{{table.data(), table.size(), MakeOwner()}});
     CProgramMessageParser parser;
     CCommandRecorder recorder;
     for (std::string message : {"*RST;UNDEF", ":*RST", "::UNDEF", "FOO"})
@@ -143,7 +143,7 @@ TEST(CommandTableCheck, RandomDamageIsFoundOrHarmless)
             bytes[random() % (table.size() * sizeof(_CMD_SET_RECORD))] = static_cast<unsigned char>(random());
         }
         // A sound remainder must compile and parse; the sanitizers watch.
-        const CCommandIndex index(std::vector<tagCommandSource>{{table.data(), table.size(), MakeOwner()}});
+        const CCommandIndex index(std::vector<CommandSource>{{table.data(), table.size(), MakeOwner()}});
         std::string message = "SENS:FREQ:CENT 1 MHZ;:TRIG:SOUR TIM1;:CALC:SUM? 1,2,3;:OUTP2 ON";
         parser.Parse(index, message, recorder);
     }

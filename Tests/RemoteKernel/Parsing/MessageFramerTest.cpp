@@ -11,11 +11,11 @@ namespace ZoVelkor::RemoteKernel::Testing
 
 namespace
 {
-constexpr tagMessageLimits kSmall{16, 20};
+constexpr MessageLimits kSmall{16, 20};
 
 /// Feeds a stream in pieces of one size; messages come out, "!-363" for an error.
 std::vector<std::string>
-Frames(const std::string& stream, std::size_t piece, const tagMessageLimits& limits = {})
+Frames(const std::string& stream, std::size_t piece, const MessageLimits& limits = {})
 {
     CMessageFramer framer(limits);
     std::vector<std::string> out;
@@ -25,17 +25,17 @@ Frames(const std::string& stream, std::size_t piece, const tagMessageLimits& lim
         buffer += stream.substr(place, piece);
         for (bool more = true; more;)
         {
-            const tagFrame frame = framer.Scan(buffer);
-            if (frame.eStatus == tagFrameStatus::Message)
+            const Frame frame = framer.Scan(buffer);
+            if (frame.status == FrameStatus::Message)
             {
-                out.push_back(buffer.substr(0, frame.iLength));
+                out.push_back(buffer.substr(0, frame.length));
             }
-            else if (frame.eStatus == tagFrameStatus::Error)
+            else if (frame.status == FrameStatus::Error)
             {
-                out.push_back("!" + std::to_string(frame.iError));
+                out.push_back("!" + std::to_string(frame.error));
             }
-            buffer.erase(0, frame.iConsumed);
-            more = frame.eStatus != tagFrameStatus::Incomplete;
+            buffer.erase(0, frame.consumed);
+            more = frame.status != FrameStatus::Incomplete;
         }
     }
     if (!buffer.empty())
@@ -45,27 +45,27 @@ Frames(const std::string& stream, std::size_t piece, const tagMessageLimits& lim
     return out;
 }
 
-struct tagFramerCase
+struct FramerCase
 {
     const char* szName;
-    std::string sStream;
+    std::string stream;
     std::vector<std::string> messages;
 };
 
-class Framing : public testing::TestWithParam<tagFramerCase>
+class Framing : public testing::TestWithParam<FramerCase>
 {};
 
 TEST_P(Framing, IsTheSameHoweverTheStreamIsCut)
 {
-    for (std::size_t piece = 1; piece <= GetParam().sStream.size(); ++piece)
+    for (std::size_t piece = 1; piece <= GetParam().stream.size(); ++piece)
     {
-        EXPECT_EQ(Frames(GetParam().sStream, piece, kSmall), GetParam().messages) << "pieces of " << piece;
+        EXPECT_EQ(Frames(GetParam().stream, piece, kSmall), GetParam().messages) << "pieces of " << piece;
     }
 }
 
 // One row a line.
 // clang-format off
-const tagFramerCase kCases[] = {
+const FramerCase kCases[] = {
     {"Lines", "A\n\nB\r\nC", {"A", "", "B\r", "rest C"}},
     {"BlockWithLineFeed", "D #13\n#1,#12\n\nX\nE\n", {"D #13\n#1,#12\n\nX", "E"}},
     {"IndefiniteBlock", "D #0a#15\nE\n", {"D #0a#15", "E"}},
@@ -93,10 +93,10 @@ TEST(MessageFramer, TellsHowMuchOfABlockIsMissing)
 {
     CMessageFramer framer;
     const std::string begin = "D #6100000abc";
-    const tagFrame frame = framer.Scan(begin);
-    EXPECT_EQ(frame.eStatus, tagFrameStatus::Incomplete);
-    EXPECT_EQ(frame.iConsumed, 0U);
-    EXPECT_EQ(frame.iBytesNeeded, 100000U - 3 + 1);
+    const Frame frame = framer.Scan(begin);
+    EXPECT_EQ(frame.status, FrameStatus::Incomplete);
+    EXPECT_EQ(frame.consumed, 0U);
+    EXPECT_EQ(frame.bytesNeeded, 100000U - 3 + 1);
 }
 
 TEST(MessageFramer, AnyTruncationIsIncomplete)
@@ -105,20 +105,20 @@ TEST(MessageFramer, AnyTruncationIsIncomplete)
     for (std::size_t length = 0; length < message.size(); ++length)
     {
         CMessageFramer framer;
-        EXPECT_EQ(framer.Scan({message.data(), length}).eStatus, tagFrameStatus::Incomplete) << length;
+        EXPECT_EQ(framer.Scan({message.data(), length}).status, FrameStatus::Incomplete) << length;
     }
     CMessageFramer framer;
-    const tagFrame frame = framer.Scan(message);
-    EXPECT_EQ(frame.eStatus, tagFrameStatus::Message);
-    EXPECT_EQ(frame.iLength, message.size() - 1);
+    const Frame frame = framer.Scan(message);
+    EXPECT_EQ(frame.status, FrameStatus::Message);
+    EXPECT_EQ(frame.length, message.size() - 1);
 }
 
 TEST(MessageFramer, ResetForgetsTheMessage)
 {
     CMessageFramer framer;
-    EXPECT_EQ(framer.Scan(std::string_view("D #99")).eStatus, tagFrameStatus::Incomplete);
+    EXPECT_EQ(framer.Scan(std::string_view("D #99")).status, FrameStatus::Incomplete);
     framer.Reset();
-    EXPECT_EQ(framer.Scan(std::string_view("E\n")).iLength, 1U);
+    EXPECT_EQ(framer.Scan(std::string_view("E\n")).length, 1U);
 }
 } // namespace
 

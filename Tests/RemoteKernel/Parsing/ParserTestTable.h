@@ -12,16 +12,15 @@ inline constexpr std::uint32_t kBoolean = ARG_SFLOAT | ARG_OFF | MNEM;
 /// A tree with every kind of parameter; queries have even handler numbers, settings the odd one above.
 inline std::vector<_CMD_SET_RECORD> MakeParserTestTable()
 {
-    const tagTestParameter number{ARG_SFLOAT};
-    const tagTestParameter optional{ARG_SFLOAT, ARG_FLAG_OPT};
-    const tagTestParameter integer{ARG_SINT | ARG_MINMAX};
-    const tagTestParameter hertz{kNumeric, 0, {{"HZ", 1}}};
-    const tagTestParameter string{ARG_STRG};
-    const tagTestParameter block{ARG_BLOCK};
-    const tagTestParameter words{
-        MNEM, 0, {}, {{"IMMediate", 1}, {"EXTernal", 2}, {"TIMer1", 3}, {"TIMer2", 4}}};
-    const tagTestParameter maximumMode{kNumeric | MNEM, 0, {}, {{"MAXimum", 7}, {"PEAK", 8}}};
-    const tagTestParameter kilohertz{ARG_SFLOAT, 0, {{"HZ", 1}, {"KHZ", 2}, {"DBM", 3}, {"V/S", 4}}};
+    const TestParameter number{ARG_SFLOAT};
+    const TestParameter optional{ARG_SFLOAT, ARG_FLAG_OPT};
+    const TestParameter integer{ARG_SINT | ARG_MINMAX};
+    const TestParameter hertz{kNumeric, 0, {{"HZ", 1}}};
+    const TestParameter string{ARG_STRG};
+    const TestParameter block{ARG_BLOCK};
+    const TestParameter words{MNEM, 0, {}, {{"IMMediate", 1}, {"EXTernal", 2}, {"TIMer1", 3}, {"TIMer2", 4}}};
+    const TestParameter maximumMode{kNumeric | MNEM, 0, {}, {{"MAXimum", 7}, {"PEAK", 8}}};
+    const TestParameter kilohertz{ARG_SFLOAT, 0, {{"HZ", 1}, {"KHZ", 2}, {"DBM", 3}, {"V/S", 4}}};
     return CTableBuilder()
         .Add("*IDN", 2, DEF, QMARK)
         .Add("*ESE", 4, 5, kBoth, {{ARG_PINT | ARG_PFLOAT_S}})

@@ -12,16 +12,16 @@ namespace ZoVelkor::RemoteKernel::Testing
 
 namespace
 {
-struct tagRow
+struct Row
 {
     const char* szName;
-    std::string sMessage;
-    std::string sLog;
+    std::string message;
+    std::string log;
 };
 
-void PrintTo(const tagRow& row, std::ostream* out)
+void PrintTo(const Row& row, std::ostream* out)
 {
-    *out << row.sMessage;
+    *out << row.message;
 }
 
 class CParserFixture
@@ -36,7 +36,7 @@ public:
         return m_recorder.m_log;
     }
 
-    tagCommandSource Source() const { return {m_table.data(), m_table.size(), MakeOwner()}; }
+    CommandSource Source() const { return {m_table.data(), m_table.size(), MakeOwner()}; }
 
     std::vector<_CMD_SET_RECORD> m_table;
     CCommandIndex m_index;
@@ -45,13 +45,13 @@ public:
     bool m_complete = false;
 };
 
-class Conversation : public testing::TestWithParam<tagRow>
+class Conversation : public testing::TestWithParam<Row>
 {};
 
 TEST_P(Conversation, RunsOrRefuses)
 {
     CParserFixture fixture;
-    EXPECT_EQ(fixture.Run(GetParam().sMessage), GetParam().sLog);
+    EXPECT_EQ(fixture.Run(GetParam().message), GetParam().log);
 }
 
 const std::string k255Digits(255, '7');
@@ -59,7 +59,7 @@ const std::string k1027(1027, 'x');
 
 // One row a line.
 // clang-format off
-const tagRow kHeaders[] = {
+const Row kHeaders[] = {
     {"Empty", "", ""},
     {"BlankUnits", " ;;\t; *CLS ;; \r", "6"},
     {"ShortForm", "SENS:FREQ:CENT 1", "11 [1] num'1'"},
@@ -108,7 +108,7 @@ const tagRow kHeaders[] = {
     {"DataFirst", "\"FREQ\"", "!-102"},
 };
 
-const tagRow kForms[] = {
+const Row kForms[] = {
     {"Event", "TEST:EVEN", "42"},
     {"EventWithData", "TEST:EVEN 1", "!-108"},
     {"SettingWithoutData", "FREQ:CENT", "!-109"},
@@ -141,7 +141,7 @@ const tagRow kForms[] = {
     {"NoDataElement", "TEST:NUMB &1", "!-101"},
 };
 
-const tagRow kNumbers[] = {
+const Row kNumbers[] = {
     {"Forms",
      "TRAC:LIST 1,-2.50,.5,5.,+1E3,1.5e-3", "35 num'1' num'-2.50' num'.5' num'5.' num'+1E3' num'1.5E-3'"},
     {"BlanksAroundExponent", "TEST:NUMB 1 E +6", "47 num'1E6'"},
@@ -172,7 +172,7 @@ const tagRow kNumbers[] = {
     {"NumberNotTaken", "DISP:TEXT 1", "!-128"},
 };
 
-const tagRow kUnits[] = {
+const Row kUnits[] = {
     {"BaseUnit", "FREQ:CENT 10HZ", "11 [1] num'10 HZ'u1"},
     {"MegaHertz", "FREQ:CENT 10.5 MHz", "11 [1] num'10.5E6 HZ'u1"},
     {"MegaOhm", "SENS:RES:RANG 1 MOHM", "15 [1] num'1E6 OHM'u1"},
@@ -189,7 +189,7 @@ const tagRow kUnits[] = {
     {"UnitNotTaken", "TEST:NUMB 1 V", "!-138"},
 };
 
-const tagRow kOtherData[] = {
+const Row kOtherData[] = {
     {"SpecialWords", "FREQ:CENT min;CENT MAXimum;CENT DEF;CENT UP;CENT DOWN",
      "11 [1] word'min's1; 11 [1] word'MAXimum's2; 11 [1] word'DEF's3; 11 [1] word'UP's4; "
      "11 [1] word'DOWN's5"},
@@ -302,9 +302,9 @@ TEST(ProgramMessageParser, EveryTruncationIsRefusedOrHarmless)
 class CBlockKeeper final : public ICommandExecutor
 {
 public:
-    bool ExecuteCommand(const tagParsedCommand& command) override
+    bool ExecuteCommand(const ParsedCommand& command) override
     {
-        IZOScpiBlockData* const block = command.pArguments[0].pBlockData;
+        IZOScpiBlockData* const block = command.arguments[0].pBlockData;
         if (m_kept == nullptr)
         {
             m_kept = block;

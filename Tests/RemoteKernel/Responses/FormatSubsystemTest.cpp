@@ -21,17 +21,17 @@ class FormatSubsystem : public testing::Test
 protected:
     std::string Take()
     {
-        std::string text(m_spOutput->View());
-        m_spOutput->Clear();
+        std::string text(m_output->View());
+        m_output->Clear();
         return text;
     }
 
-    CComPtr<CSessionOutput> m_spOutput = CSessionOutput::Create(std::size_t{1} << 20);
-    CComPtr<CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>> m_spFormat =
-        CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>::Create(m_spOutput);
+    CComPtr<CSessionOutput> m_output = CSessionOutput::Create(std::size_t{1} << 20);
+    CComPtr<CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>> m_format =
+        CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>::Create(m_output);
 };
 
-struct tagNumberCase
+struct NumberCase
 {
     CComVariant value;
     const char* expected;
@@ -41,7 +41,7 @@ struct tagNumberCase
 
 TEST_F(FormatSubsystem, WritesNumbers)
 {
-    const tagNumberCase cases[] = {
+    const NumberCase cases[] = {
         {0.0, "0", ZO_FORMAT_DEFAULT, 0},
         {-0.0, "0", ZO_FORMAT_DEFAULT, 0},
         {0.1, "0.1", ZO_FORMAT_DEFAULT, 0},
@@ -79,9 +79,9 @@ TEST_F(FormatSubsystem, WritesNumbers)
         {2.5, "#B10", ZO_FORMAT_BINARY, 0},
         {0, "#B000", ZO_FORMAT_BINARY, 3},
     };
-    for (const tagNumberCase& row : cases)
+    for (const NumberCase& row : cases)
     {
-        EXPECT_EQ(m_spFormat->NumericVariant(&row.value, row.type, row.width), S_OK) << row.expected;
+        EXPECT_EQ(m_format->NumericVariant(&row.value, row.type, row.width), S_OK) << row.expected;
         EXPECT_EQ(Take(), row.expected);
     }
 }
@@ -90,15 +90,15 @@ TEST_F(FormatSubsystem, RefusesWhatIsNoNumberOrNoTextFormat)
 {
     const CComVariant word(L"word");
     const CComVariant number(1.0);
-    EXPECT_EQ(m_spFormat->NumericVariant(&word, ZO_FORMAT_DEFAULT, 0), DISP_E_TYPEMISMATCH);
-    EXPECT_EQ(m_spFormat->NumericVariant(nullptr, ZO_FORMAT_DEFAULT, 0), E_POINTER);
-    EXPECT_EQ(m_spFormat->NumericVariant(&number, ZO_FORMAT_REAL, 32), E_INVALIDARG);
-    EXPECT_EQ(m_spFormat->NumericVariant(&number, ZO_FORMAT_ASCII, 18), E_INVALIDARG);
-    EXPECT_EQ(m_spFormat->NumericVariant(&number, ZO_FORMAT_HEX, -1), E_INVALIDARG);
+    EXPECT_EQ(m_format->NumericVariant(&word, ZO_FORMAT_DEFAULT, 0), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(m_format->NumericVariant(nullptr, ZO_FORMAT_DEFAULT, 0), E_POINTER);
+    EXPECT_EQ(m_format->NumericVariant(&number, ZO_FORMAT_REAL, 32), E_INVALIDARG);
+    EXPECT_EQ(m_format->NumericVariant(&number, ZO_FORMAT_ASCII, 18), E_INVALIDARG);
+    EXPECT_EQ(m_format->NumericVariant(&number, ZO_FORMAT_HEX, -1), E_INVALIDARG);
     EXPECT_EQ(Take(), "");
 }
 
-struct tagDataCase
+struct DataCase
 {
     tagEnumFormatDataType type;
     long width;
@@ -117,7 +117,7 @@ TEST_F(FormatSubsystem, WritesDataInTheFormatOfThePath)
     const std::string real64 = "#232\x3F\xF0\0\0\0\0\0\0\xC0\x04\0\0\0\0\0\0"
                                "\x40\x72\xC0\0\0\0\0\0\x47\xD2\x9E\xAD\x36\x77\xAF\x6F"s;
     const std::string hex = "#H1,#HFFFFFFFE,#H12C,#H7FFFFFFFFFFFFFFF";
-    const tagDataCase cases[] = {
+    const DataCase cases[] = {
         {ZO_FORMAT_ASCII, 0, kNormal, "1,-2.5,300,9.9E37", "ASC,0"},
         {ZO_FORMAT_ASCII, 2, kNormal, "1,-2.5,3.0E+02,9.9E37", "ASC,2"},
         {ZO_FORMAT_REAL, 32, kNormal, real32, "REAL,32"},
@@ -132,23 +132,23 @@ TEST_F(FormatSubsystem, WritesDataInTheFormatOfThePath)
     array.vt = VT_ARRAY | VT_R8;
     array.parray = SafeArrayCreateVector(VT_R8, 0, 4);
     std::memcpy(array.parray->pvData, values, sizeof values);
-    for (const tagDataCase& row : cases)
+    for (const DataCase& row : cases)
     {
         SCOPED_TRACE(row.expected);
-        ASSERT_EQ(m_spFormat->put_DataFormat(row.type, row.width), S_OK);
-        ASSERT_EQ(m_spFormat->put_ByteOrder(row.order), S_OK);
-        EXPECT_EQ(m_spFormat->OutputDoubles(values, 4), S_OK);
+        ASSERT_EQ(m_format->put_DataFormat(row.type, row.width), S_OK);
+        ASSERT_EQ(m_format->put_ByteOrder(row.order), S_OK);
+        EXPECT_EQ(m_format->OutputDoubles(values, 4), S_OK);
         EXPECT_EQ(Take(), row.expected);
-        EXPECT_EQ(m_spFormat->OutputData(&array, ZO_INTERPRETATION_NUMERIC, VARIANT_TRUE), S_OK);
+        EXPECT_EQ(m_format->OutputData(&array, ZO_INTERPRETATION_NUMERIC, VARIANT_TRUE), S_OK);
         EXPECT_EQ(Take(), ',' + row.expected);
         CComBSTR text;
-        EXPECT_EQ(m_spFormat->GetDataFormatText(&text), S_OK);
+        EXPECT_EQ(m_format->GetDataFormatText(&text), S_OK);
         EXPECT_EQ(text, CComBSTR(row.formatText));
     }
-    EXPECT_EQ(m_spFormat->put_DataFormat(ZO_FORMAT_REAL, 16), E_INVALIDARG);
-    EXPECT_EQ(m_spFormat->put_DataFormat(ZO_FORMAT_DEFAULT, 0), E_INVALIDARG);
-    m_spFormat->Reset();
-    m_spFormat->OutputDoubles(values, 1);
+    EXPECT_EQ(m_format->put_DataFormat(ZO_FORMAT_REAL, 16), E_INVALIDARG);
+    EXPECT_EQ(m_format->put_DataFormat(ZO_FORMAT_DEFAULT, 0), E_INVALIDARG);
+    m_format->Reset();
+    m_format->OutputDoubles(values, 1);
     EXPECT_EQ(Take(), "1");
 }
 
@@ -162,18 +162,18 @@ TEST_F(FormatSubsystem, InterleavesScatteredData)
     const VARIANT* items[] = {&shorts, &shorts};
     const tagEnumFormatDataInterpretation numeric[] = {ZO_INTERPRETATION_NUMERIC, ZO_INTERPRETATION_NUMERIC};
     const tagEnumFormatDataInterpretation mixed[] = {ZO_INTERPRETATION_NUMERIC, ZO_INTERPRETATION_BOOLEAN};
-    EXPECT_EQ(m_spFormat->OutputScatteredData(2, items, mixed, VARIANT_FALSE), S_OK);
+    EXPECT_EQ(m_format->OutputScatteredData(2, items, mixed, VARIANT_FALSE), S_OK);
     EXPECT_EQ(Take(), "258,1,-1,1");
-    m_spFormat->put_DataFormat(ZO_FORMAT_INTEGER, 16);
-    EXPECT_EQ(m_spFormat->OutputScatteredData(2, items, numeric, VARIANT_TRUE), S_OK);
+    m_format->put_DataFormat(ZO_FORMAT_INTEGER, 16);
+    EXPECT_EQ(m_format->OutputScatteredData(2, items, numeric, VARIANT_TRUE), S_OK);
     EXPECT_EQ(Take(), ",#18\x01\x02\x01\x02\xFF\xFF\xFF\xFF");
-    EXPECT_EQ(m_spFormat->OutputScatteredData(2, items, mixed, VARIANT_FALSE), S_OK);
+    EXPECT_EQ(m_format->OutputScatteredData(2, items, mixed, VARIANT_FALSE), S_OK);
     EXPECT_EQ(Take(), "#12\x01\x02,1,#12\xFF\xFF,1");
     const CComVariant text(L"a\"b");
-    EXPECT_EQ(m_spFormat->OutputData(&text, ZO_INTERPRETATION_STRING, VARIANT_FALSE), S_OK);
+    EXPECT_EQ(m_format->OutputData(&text, ZO_INTERPRETATION_STRING, VARIANT_FALSE), S_OK);
     EXPECT_EQ(Take(), "\"a\"\"b\"");
     items[1] = &text;
-    EXPECT_EQ(m_spFormat->OutputScatteredData(2, items, numeric, VARIANT_FALSE), E_INVALIDARG);
+    EXPECT_EQ(m_format->OutputScatteredData(2, items, numeric, VARIANT_FALSE), E_INVALIDARG);
 }
 } // namespace
 

@@ -29,49 +29,49 @@ class Multichannel : public testing::Test
 {
 protected:
     static long Path(const CBusController& bus) { return bus->GetRemotePath(); }
-    IZOScpiMultichannelAdministration& Administration() { return *m_spAdministration; }
-    CFunctionality& Functionality() { return *m_spFunctionality; }
+    IZOScpiMultichannelAdministration& Administration() { return *m_administration; }
+    CFunctionality& Functionality() { return *m_functionality; }
 
-    tagTestInstrument m_instrument;
-    const CComPtr<IZOScpiMultichannelAdministration> m_spAdministration =
+    TestInstrument m_instrument;
+    const CComPtr<IZOScpiMultichannelAdministration> m_administration =
         AtRoot<IZOScpiMultichannelAdministration>();
-    const CComPtr<CFunctionality> m_spFunctionality = AtRoot<CFunctionality>();
+    const CComPtr<CFunctionality> m_functionality = AtRoot<CFunctionality>();
 };
 
 TEST_F(Multichannel, ServicesOfAPathReachThatPathAlone)
 {
-    CComPtr<IZOScpiErrorManagement> spErrors;
-    CComPtr<IZOScpiStatusManagement> spStatus;
-    CComPtr<IZOScpiRemoteControl> spRemote;
-    CComPtr<IZOScpiChannelManagement> spChannels;
+    CComPtr<IZOScpiErrorManagement> errors;
+    CComPtr<IZOScpiStatusManagement> status;
+    CComPtr<IZOScpiRemoteControl> remote;
+    CComPtr<IZOScpiChannelManagement> channels;
     const CBusController other;
     long path = -1;
     long count = 0;
     {
         CBusController bus;
         path = Path(bus);
-        ASSERT_EQ(Functionality().GetScpiErrorManagement(path, &spErrors), S_OK);
-        ASSERT_EQ(Functionality().GetScpiStatusManagement(path, &spStatus), S_OK);
-        ASSERT_EQ(Functionality().GetScpiRemoteManagement(path, &spRemote), S_OK);
-        ASSERT_EQ(Functionality().GetScpiChannelManagement(path, &spChannels), S_OK);
-        EXPECT_EQ(spErrors->SetError(path, -222, L"own"), S_OK);
-        EXPECT_EQ(spErrors->SetError(Path(other), -222, L"foreign"), E_INVALIDARG);
+        ASSERT_EQ(Functionality().GetScpiErrorManagement(path, &errors), S_OK);
+        ASSERT_EQ(Functionality().GetScpiStatusManagement(path, &status), S_OK);
+        ASSERT_EQ(Functionality().GetScpiRemoteManagement(path, &remote), S_OK);
+        ASSERT_EQ(Functionality().GetScpiChannelManagement(path, &channels), S_OK);
+        EXPECT_EQ(errors->SetError(path, -222, L"own"), S_OK);
+        EXPECT_EQ(errors->SetError(Path(other), -222, L"foreign"), E_INVALIDARG);
         EXPECT_EQ(bus.Query("SYST:ERR:ALL?"), "-222,\"Data out of range;own\"");
-        EXPECT_EQ(spRemote->GotoLocal(), S_OK);
-        CComPtr<IZOScpiChannel> spChannel;
-        EXPECT_EQ(spChannels->GetChannel(path, &spChannel), S_OK);
-        EXPECT_EQ(spChannel.Get(), static_cast<IZOScpiChannel*>(&bus.Channel()));
+        EXPECT_EQ(remote->GotoLocal(), S_OK);
+        CComPtr<IZOScpiChannel> channel;
+        EXPECT_EQ(channels->GetChannel(path, &channel), S_OK);
+        EXPECT_EQ(channel.Get(), static_cast<IZOScpiChannel*>(&bus.Channel()));
         EXPECT_EQ(AtRoot<IZOScpiChannelManagement>()->get_ChannelCount(&count), S_OK);
         EXPECT_EQ(count, 2);
     }
     const auto isStale = [&] {
         unsigned char stb = 0;
-        unsigned long errors = 0;
-        CComPtr<IZOScpiChannel> spChannel;
-        return spErrors->SetError(path, -222, nullptr) == E_INVALIDARG &&
-               spErrors->GetErrorCount(path, &errors) == E_INVALIDARG &&
-               spStatus->SerialPoll(path, &stb) == E_INVALIDARG && spRemote->GotoRemote() == E_INVALIDARG &&
-               spChannels->GetChannel(path, &spChannel) == E_INVALIDARG;
+        unsigned long errorCount = 0;
+        CComPtr<IZOScpiChannel> channel;
+        return errors->SetError(path, -222, nullptr) == E_INVALIDARG &&
+               errors->GetErrorCount(path, &errorCount) == E_INVALIDARG &&
+               status->SerialPoll(path, &stb) == E_INVALIDARG && remote->GotoRemote() == E_INVALIDARG &&
+               channels->GetChannel(path, &channel) == E_INVALIDARG;
     };
     EXPECT_TRUE(isStale());
     Administration().get_RemotePathCount(&count);
@@ -95,9 +95,9 @@ std::string Lookups(CFunctionality& functionality, std::initializer_list<long> p
     std::string results = (functionality.*TGet)(0, nullptr) == E_POINTER ? "P" : "?";
     for (const long path : paths)
     {
-        CComPtr<TService> spService;
-        const HRESULT result = (functionality.*TGet)(path, &spService);
-        results += result == S_OK && spService != nullptr ? '+' : (result == E_INVALIDARG ? '-' : '?');
+        CComPtr<TService> service;
+        const HRESULT result = (functionality.*TGet)(path, &service);
+        results += result == S_OK && service != nullptr ? '+' : (result == E_INVALIDARG ? '-' : '?');
     }
     return results;
 }
@@ -129,22 +129,22 @@ TEST_F(Multichannel, StopsParsingOfAPathAndOfAll)
 {
     CBusController bus;
     CBusController other;
-    CComPtr<IZOScpiParserManagement> spOfPath;
-    ASSERT_EQ(Functionality().GetScpiParserManagement(Path(bus), &spOfPath), S_OK);
-    const auto spOfAll = AtRoot<IZOScpiParserManagement>();
-    EXPECT_EQ(spOfPath->StopParser(), S_OK);
-    EXPECT_EQ(spOfPath->StopParser(), S_FALSE);
+    CComPtr<IZOScpiParserManagement> ofPath;
+    ASSERT_EQ(Functionality().GetScpiParserManagement(Path(bus), &ofPath), S_OK);
+    const auto ofAll = AtRoot<IZOScpiParserManagement>();
+    EXPECT_EQ(ofPath->StopParser(), S_OK);
+    EXPECT_EQ(ofPath->StopParser(), S_FALSE);
     bus.Send("*IDN?");
     EXPECT_EQ(other.Query("*OPC?"), "1");
-    EXPECT_EQ(spOfAll->StopParser(), S_OK);
+    EXPECT_EQ(ofAll->StopParser(), S_OK);
     other.Send("*OPC?");
-    EXPECT_EQ(spOfPath->StartParser(), S_OK);
+    EXPECT_EQ(ofPath->StartParser(), S_OK);
     EXPECT_EQ(bus->Receive(1, 1).result, E_PENDING);
     EXPECT_EQ(other->Receive(1, 1).result, E_PENDING);
     short started = -1;
-    EXPECT_EQ(spOfAll->get_ParserStarted(&started), S_OK);
+    EXPECT_EQ(ofAll->get_ParserStarted(&started), S_OK);
     EXPECT_EQ(started, VARIANT_FALSE);
-    EXPECT_EQ(spOfAll->StartParser(), S_OK);
+    EXPECT_EQ(ofAll->StartParser(), S_OK);
     EXPECT_EQ(bus.Receive(), "Maker,Model,123,1.0");
     EXPECT_EQ(other.Receive(), "1");
 }
@@ -155,14 +155,14 @@ class CCloningParser : public CBScpiParser, public CBScpiMultichannelParser
 public:
     std::atomic<int> m_created{0};
     std::atomic<int> m_released{0};
-    CComPtr<CSinkObject> m_spFirst;
+    CComPtr<CSinkObject> m_first;
 
 protected:
     HRESULT DoCreateClone(IUnknown** engine) override
     {
-        const auto spSink = CSinkObject::Create();
-        m_spFirst = m_created++ == 0 ? spSink : m_spFirst;
-        return CComPtr<IUnknown>(static_cast<IZOScpiExecutionSink*>(spSink)).CopyTo(engine);
+        const auto sink = CSinkObject::Create();
+        m_first = m_created++ == 0 ? sink : m_first;
+        return CComPtr<IUnknown>(static_cast<IZOScpiExecutionSink*>(sink)).CopyTo(engine);
     }
     HRESULT DoReleaseClone(IUnknown*) override
     {
@@ -174,61 +174,61 @@ using CCloningObject = CComObject<CCloningParser, IZOScpiParser, IZOScpiMulticha
 
 CComPtr<CCloningObject> MakeCloning(const std::vector<_CMD_SET_RECORD>& records)
 {
-    const auto spParser = CCloningObject::Create();
+    const auto parser = CCloningObject::Create();
     const auto size = static_cast<std::uint32_t>(records.size() * sizeof(_CMD_SET_RECORD));
     CComBSTR name(L"cloning");
-    spParser->RegisterCommandTree(ZO_PARSER_TYPE_MEASUREMENT,
-                                  name,
-                                  {size, records.data()},
-                                  CComPtr<IZOScpiExecutionSink>(CSinkObject::Create()));
-    return spParser;
+    parser->RegisterCommandTree(ZO_PARSER_TYPE_MEASUREMENT,
+                                name,
+                                {size, records.data()},
+                                CComPtr<IZOScpiExecutionSink>(CSinkObject::Create()));
+    return parser;
 }
 
 TEST_F(Multichannel, GivesEachPathAnEngineOfItsOwn)
 {
-    const auto spParser = MakeCloning(CTestSink::Table());
-    ASSERT_EQ(Administration().RegisterParser(spParser), S_OK);
+    const auto parser = MakeCloning(CTestSink::Table());
+    ASSERT_EQ(Administration().RegisterParser(parser), S_OK);
     CBusController bus;
     {
         CBusController other;
-        EXPECT_EQ(spParser->m_created, 0) << "made when first needed";
+        EXPECT_EQ(parser->m_created, 0) << "made when first needed";
         EXPECT_EQ(bus.Query("INT 1;:LAST?"), "\"2:0:1;\"");
         EXPECT_EQ(other.Query("INT 2;:LAST?"), "\"2:0:2;\"");
         EXPECT_EQ(bus.Query("LAST?"), "\"2:0:1;\"");
-        EXPECT_EQ(spParser->m_released, 0);
+        EXPECT_EQ(parser->m_released, 0);
     }
-    EXPECT_EQ(spParser->m_released, 1) << "at the end of its path";
+    EXPECT_EQ(parser->m_released, 1) << "at the end of its path";
     const CErrorRecorder errors;
-    EXPECT_EQ(Administration().RegisterParser(spParser), E_INVALIDARG) << "registered already";
-    EXPECT_EQ(Administration().UnregisterParser(spParser), S_OK);
-    EXPECT_EQ(spParser->m_created, 2);
-    EXPECT_EQ(spParser->m_released, 2);
-    EXPECT_EQ(Administration().UnregisterParser(spParser), S_FALSE);
+    EXPECT_EQ(Administration().RegisterParser(parser), E_INVALIDARG) << "registered already";
+    EXPECT_EQ(Administration().UnregisterParser(parser), S_OK);
+    EXPECT_EQ(parser->m_created, 2);
+    EXPECT_EQ(parser->m_released, 2);
+    EXPECT_EQ(Administration().UnregisterParser(parser), S_FALSE);
     EXPECT_EQ(bus.Query("LAST?"), "\"\"") << "the instrument's own application has it again";
 }
 
 TEST_F(Multichannel, ABusyApplicationHoldsUpNobodyElse)
 {
-    const auto spParser = MakeCloning(CTestSink::Table());
-    ASSERT_EQ(Administration().RegisterParser(spParser), S_OK);
+    const auto parser = MakeCloning(CTestSink::Table());
+    ASSERT_EQ(Administration().RegisterParser(parser), S_OK);
     CBusController busy;
-    auto spOther = std::make_unique<CBusController>();
+    auto application = std::make_unique<CBusController>();
     busy.Query("*CLS;:INT 1;*OPC?");
-    spOther->Query("INT 1;*OPC?");
+    application->Query("INT 1;*OPC?");
     busy.Send("HOLD");
-    WaitForSingleObject(spParser->m_spFirst->m_holdEntered.Get(), CBusController::kTimeoutMs);
-    std::thread leaving([&spOther] { spOther.reset(); });
-    EXPECT_TRUE(Eventually([&] { return spParser->m_released == 1; })) << "its engine is given back";
-    std::atomic<bool> bRegistered{false};
+    WaitForSingleObject(parser->m_first->m_holdEntered.Get(), CBusController::kTimeoutMs);
+    std::thread leaving([&application] { application.reset(); });
+    EXPECT_TRUE(Eventually([&] { return parser->m_released == 1; })) << "its engine is given back";
+    std::atomic<bool> registered{false};
     std::thread coming([&] {
         AtRoot<IZOScpiDeviceManagement>()->RegisterDeviceHandler(CDeviceObject::Create());
-        bRegistered = true;
+        registered = true;
     });
-    EXPECT_TRUE(Eventually([&] { return bRegistered.load(); })) << "others register";
-    SetEvent(spParser->m_spFirst->m_holdRelease.Get());
+    EXPECT_TRUE(Eventually([&] { return registered.load(); })) << "others register";
+    SetEvent(parser->m_first->m_holdRelease.Get());
     leaving.join();
     coming.join();
-    EXPECT_EQ(Administration().UnregisterParser(spParser), S_OK);
+    EXPECT_EQ(Administration().UnregisterParser(parser), S_OK);
 }
 
 /// Its command waits for a bit that never comes.
@@ -247,23 +247,23 @@ public:
                     wchar_t*,
                     IZOScpiOutputBuffer*) override
     {
-        CComPtr<IZOScpiStatusRegister> spRegister;
-        AtRoot<IZOScpiStatusManagement>()->GetRegister(kScpiInstrumentPath, L"STAT:OPER", &spRegister);
+        CComPtr<IZOScpiStatusRegister> statusRegister;
+        AtRoot<IZOScpiStatusManagement>()->GetRegister(kScpiInstrumentPath, L"STAT:OPER", &statusRegister);
         SetEvent(m_entered.Get());
         wchar_t bits = 0;
-        return spRegister->WaitConditionBits(CBusController::kTimeoutMs, 1, &bits);
+        return statusRegister->WaitConditionBits(CBusController::kTimeoutMs, 1, &bits);
     }
 };
 
 TEST_F(Multichannel, KernelStopEndsACommandThatWaitsForTheInstrument)
 {
-    const auto spSink = CComObject<CWaitingSink, IZOScpiExecutionSink>::Create();
+    const auto sink = CComObject<CWaitingSink, IZOScpiExecutionSink>::Create();
     const auto table = CTableBuilder().Add("WAIT", 0, DEF, 0).Build();
     GUID id{};
-    ASSERT_EQ(m_instrument.Register(table, id, spSink), S_OK);
+    ASSERT_EQ(m_instrument.Register(table, id, sink), S_OK);
     CBusController bus;
     bus.Send("WAIT");
-    WaitForSingleObject(spSink->m_entered.Get(), CBusController::kTimeoutMs);
+    WaitForSingleObject(sink->m_entered.Get(), CBusController::kTimeoutMs);
     const auto start = std::chrono::steady_clock::now();
     m_instrument.kernel.Stop();
     EXPECT_LT(std::chrono::steady_clock::now() - start,
@@ -290,26 +290,26 @@ protected:
 
 TEST_F(Multichannel, ObserversLeaveWhileMessagesFlow)
 {
-    const auto spObserver = CComObject<CSlowObserver, IZOScpiMultichannelEventObserver>::Create();
-    ASSERT_EQ(Administration().RegisterEventObserver(spObserver), S_OK);
-    std::atomic<bool> bLeft{false};
+    const auto observer = CComObject<CSlowObserver, IZOScpiMultichannelEventObserver>::Create();
+    ASSERT_EQ(Administration().RegisterEventObserver(observer), S_OK);
+    std::atomic<bool> left{false};
     std::vector<std::thread> threads;
     for (int i = 0; i < 16; ++i)
     {
         threads.emplace_back([&] {
-            for (CBusController bus; !bLeft && !spObserver->IsHurried();)
+            for (CBusController bus; !left && !observer->IsHurried();)
             {
                 bus.Query("*OPC?");
             }
         });
     }
-    ASSERT_TRUE(Eventually([&] { return spObserver->Count("End") > 100; }));
+    ASSERT_TRUE(Eventually([&] { return observer->Count("End") > 100; }));
     threads.emplace_back([&] {
-        EXPECT_EQ(Administration().UnregisterEventObserver(spObserver), S_OK);
-        bLeft = true;
+        EXPECT_EQ(Administration().UnregisterEventObserver(observer), S_OK);
+        left = true;
     });
-    EXPECT_TRUE(Eventually([&] { return bLeft.load(); }));
-    SetEvent(spObserver->m_hurry.Get());
+    EXPECT_TRUE(Eventually([&] { return left.load(); }));
+    SetEvent(observer->m_hurry.Get());
     for (std::thread& thread : threads)
     {
         thread.join();
@@ -335,60 +335,60 @@ private:
 
 TEST_F(Multichannel, AConnectionKeepsItsNameToTheEnd)
 {
-    const auto spNames = CComObject<CNameRecorder, IZOScpiMultichannelEventObserver>::Create();
-    ASSERT_EQ(Administration().RegisterEventObserver(spNames), S_OK);
-    CTcpServer server({.iPort = 0});
+    const auto names = CComObject<CNameRecorder, IZOScpiMultichannelEventObserver>::Create();
+    ASSERT_EQ(Administration().RegisterEventObserver(names), S_OK);
+    CTcpServer server({.port = 0});
     server.Start();
     {
         CScpiClient client(server.Port());
         EXPECT_EQ(client.Query("*OPC?"), "1");
     }
     EXPECT_TRUE(Eventually([&] { return m_instrument.kernel.SessionCount() == 0; }));
-    Administration().UnregisterEventObserver(spNames);
-    ASSERT_EQ(spNames->m_names.size(), 2U);
-    EXPECT_TRUE(spNames->m_names[0].starts_with(L"TCPIP 127.0.0.1:"));
-    EXPECT_EQ(spNames->m_names[0], spNames->m_names[1]);
+    Administration().UnregisterEventObserver(names);
+    ASSERT_EQ(names->m_names.size(), 2U);
+    EXPECT_TRUE(names->m_names[0].starts_with(L"TCPIP 127.0.0.1:"));
+    EXPECT_EQ(names->m_names[0], names->m_names[1]);
 }
 
 TEST_F(Multichannel, ComponentsComeAndGoWhileClientsTalk)
 {
-    std::atomic<bool> bDone{false};
+    std::atomic<bool> done{false};
     std::vector<std::thread> threads;
     for (int i = 0; i < 3; ++i)
     {
-        threads.emplace_back([&bDone] {
-            while (!bDone)
+        threads.emplace_back([&done] {
+            while (!done)
             {
                 CBusController bus;
                 for (int round = 0; round < 20; ++round)
                 {
                     // The application can leave between parser and execution; then it answers nothing.
                     bus.Send("LIST? 2");
-                    const tagBusResponse response = bus->Receive();
-                    ASSERT_EQ(response.sBytes, response.result == S_OK ? "0,0.5\n" : "");
+                    const BusResponse response = bus->Receive();
+                    ASSERT_EQ(response.bytes, response.result == S_OK ? "0,0.5\n" : "");
                     ASSERT_EQ(bus.Query("*CLS;*OPC?"), "1");
                 }
             }
         });
     }
-    const auto spDevice = CDeviceObject::Create();
+    const auto device = CDeviceObject::Create();
     for (int round = 0; round < 100; ++round)
     {
-        const auto spParser = MakeCloning(CTestSink::Table());
-        const auto spObserver = CRecorderObject::Create();
-        ASSERT_EQ(Administration().RegisterParser(spParser), S_OK);
-        ASSERT_EQ(Administration().RegisterEventObserver(spObserver), S_OK);
-        ASSERT_EQ(AtRoot<IZOScpiDeviceManagement>()->RegisterDeviceHandler(spDevice), S_OK);
-        ASSERT_TRUE(Eventually([&] { return spObserver->Count("End") != 0; }));
-        ASSERT_EQ(AtRoot<IZOScpiDeviceManagement>()->UnregisterDeviceHandler(spDevice), S_OK);
-        ASSERT_EQ(Administration().UnregisterEventObserver(spObserver), S_OK);
-        ASSERT_EQ(Administration().UnregisterParser(spParser), S_OK);
-        EXPECT_EQ(spParser->m_created, spParser->m_released);
-        spObserver->Take();
+        const auto parser = MakeCloning(CTestSink::Table());
+        const auto observer = CRecorderObject::Create();
+        ASSERT_EQ(Administration().RegisterParser(parser), S_OK);
+        ASSERT_EQ(Administration().RegisterEventObserver(observer), S_OK);
+        ASSERT_EQ(AtRoot<IZOScpiDeviceManagement>()->RegisterDeviceHandler(device), S_OK);
+        ASSERT_TRUE(Eventually([&] { return observer->Count("End") != 0; }));
+        ASSERT_EQ(AtRoot<IZOScpiDeviceManagement>()->UnregisterDeviceHandler(device), S_OK);
+        ASSERT_EQ(Administration().UnregisterEventObserver(observer), S_OK);
+        ASSERT_EQ(Administration().UnregisterParser(parser), S_OK);
+        EXPECT_EQ(parser->m_created, parser->m_released);
+        observer->Take();
         std::this_thread::yield();
-        ASSERT_EQ(spObserver->Take(), "") << "called after it was taken out";
+        ASSERT_EQ(observer->Take(), "") << "called after it was taken out";
     }
-    bDone = true;
+    done = true;
     for (std::thread& thread : threads)
     {
         thread.join();
@@ -397,51 +397,51 @@ TEST_F(Multichannel, ComponentsComeAndGoWhileClientsTalk)
 
 TEST_F(Multichannel, ObserversAreKnownByTheirIdentity)
 {
-    const auto spObserver = CRecorderObject::Create();
-    const auto spTwin = CRecorderObject::Create();
+    const auto observer = CRecorderObject::Create();
+    const auto twin = CRecorderObject::Create();
     GUID id{};
-    spObserver->get_EventClientId(&id);
-    spTwin->put_EventClientId(id);
-    spObserver->m_bPaths = true;
-    EXPECT_EQ(Administration().UnregisterEventObserver(spObserver), S_FALSE);
-    EXPECT_EQ(Administration().RegisterEventObserver(spObserver), S_OK);
-    EXPECT_EQ(Administration().RegisterEventObserver(spTwin), E_INVALIDARG);
+    observer->get_EventClientId(&id);
+    twin->put_EventClientId(id);
+    observer->m_paths = true;
+    EXPECT_EQ(Administration().UnregisterEventObserver(observer), S_FALSE);
+    EXPECT_EQ(Administration().RegisterEventObserver(observer), S_OK);
+    EXPECT_EQ(Administration().RegisterEventObserver(twin), E_INVALIDARG);
     std::string path;
     {
         CBusController bus;
         path = std::to_string(Path(bus));
         bus.Query("*OPC?");
     }
-    EXPECT_EQ(spObserver->Take(),
+    EXPECT_EQ(observer->Take(),
               "Accepted" + path + " Remote" + path + " Begin" + path + " End" + path + " Broken" + path);
-    EXPECT_EQ(Administration().UnregisterEventObserver(spTwin), S_OK) << "the same identity";
-    spTwin->put_EventClientId(GUID_NULL);
-    EXPECT_EQ(Administration().RegisterEventObserver(spTwin), E_INVALIDARG);
+    EXPECT_EQ(Administration().UnregisterEventObserver(twin), S_OK) << "the same identity";
+    twin->put_EventClientId(GUID_NULL);
+    EXPECT_EQ(Administration().RegisterEventObserver(twin), E_INVALIDARG);
 }
 
 TEST_F(Multichannel, DeviceHandlersStandAloneAndPerPath)
 {
     CBusController bus;
     CBusController other;
-    CComPtr<IZOScpiDeviceManagement> spOfPath;
-    ASSERT_EQ(Functionality().GetScpiDeviceManagement(Path(bus), &spOfPath), S_OK);
-    const auto spOfAll = AtRoot<IZOScpiDeviceManagement>();
-    const auto spEverywhere = CDeviceObject::Create();
-    const auto spThere = CDeviceObject::Create();
-    EXPECT_EQ(spOfAll->RegisterDeviceHandler(spEverywhere), S_OK);
-    EXPECT_EQ(spOfAll->RegisterDeviceHandler(spEverywhere), S_FALSE);
-    EXPECT_EQ(spOfPath->RegisterDeviceHandler(spThere), S_OK);
-    EXPECT_EQ(spOfAll->UnregisterDeviceHandler(spThere), S_FALSE) << "not registered there";
+    CComPtr<IZOScpiDeviceManagement> ofPath;
+    ASSERT_EQ(Functionality().GetScpiDeviceManagement(Path(bus), &ofPath), S_OK);
+    const auto ofAll = AtRoot<IZOScpiDeviceManagement>();
+    const auto everywhere = CDeviceObject::Create();
+    const auto there = CDeviceObject::Create();
+    EXPECT_EQ(ofAll->RegisterDeviceHandler(everywhere), S_OK);
+    EXPECT_EQ(ofAll->RegisterDeviceHandler(everywhere), S_FALSE);
+    EXPECT_EQ(ofPath->RegisterDeviceHandler(there), S_OK);
+    EXPECT_EQ(ofAll->UnregisterDeviceHandler(there), S_FALSE) << "not registered there";
     bus.Query("*RST;*OPC?");
     other.Query("*RST;*OPC?");
-    EXPECT_EQ(spOfAll->Reset(), S_OK);
-    EXPECT_EQ(spEverywhere->m_resets, 3);
-    EXPECT_EQ(spThere->m_resets, 1);
-    EXPECT_EQ(spOfPath->UnregisterDeviceHandler(spThere), S_OK);
-    EXPECT_EQ(spOfAll->UnregisterDeviceHandler(spEverywhere), S_OK);
+    EXPECT_EQ(ofAll->Reset(), S_OK);
+    EXPECT_EQ(everywhere->m_resets, 3);
+    EXPECT_EQ(there->m_resets, 1);
+    EXPECT_EQ(ofPath->UnregisterDeviceHandler(there), S_OK);
+    EXPECT_EQ(ofAll->UnregisterDeviceHandler(everywhere), S_OK);
     bus.Query("*RST;*OPC?");
-    EXPECT_EQ(spEverywhere->m_resets + spThere->m_resets, 4);
-    EXPECT_EQ(spOfAll->RegisterDeviceHandler(nullptr), E_POINTER);
+    EXPECT_EQ(everywhere->m_resets + there->m_resets, 4);
+    EXPECT_EQ(ofAll->RegisterDeviceHandler(nullptr), E_POINTER);
 }
 
 /// A command tree with its sink, as it is plugged in.
@@ -463,24 +463,24 @@ using CPlugInObject = CComObject<CPlugIn, IZOScpiCommands, IZOScpiExecutionSink,
 
 TEST_F(Multichannel, PlugInsExtendTheTree)
 {
-    const auto spTree = AtRoot<IZOScpiTree>();
-    const CComPtr<IUnknown> spPlugIn(static_cast<IZOScpiCommands*>(CPlugInObject::Create()));
-    CComPtr<IZOScpiDeviceHandler> spHandler;
-    ASSERT_EQ(spPlugIn.QueryInterface(&spHandler), S_OK);
+    const auto tree = AtRoot<IZOScpiTree>();
+    const CComPtr<IUnknown> plugIn(static_cast<IZOScpiCommands*>(CPlugInObject::Create()));
+    CComPtr<IZOScpiDeviceHandler> handler;
+    ASSERT_EQ(plugIn.QueryInterface(&handler), S_OK);
     CBusController bus;
     EXPECT_EQ(
-        spTree->RegisterPlugIn(CComPtr<IUnknown>(static_cast<IZOScpiExecutionSink*>(CSinkObject::Create()))),
+        tree->RegisterPlugIn(CComPtr<IUnknown>(static_cast<IZOScpiExecutionSink*>(CSinkObject::Create()))),
         E_NOINTERFACE);
-    EXPECT_EQ(spTree->UnregisterPlugIn(spPlugIn), S_FALSE);
-    EXPECT_EQ(spTree->RegisterPlugIn(spPlugIn), S_OK);
+    EXPECT_EQ(tree->UnregisterPlugIn(plugIn), S_FALSE);
+    EXPECT_EQ(tree->RegisterPlugIn(plugIn), S_OK);
     EXPECT_EQ(bus.Query("PLUG:LIST? 2"), "0,0.5");
-    const auto spDevices = AtRoot<IZOScpiDeviceManagement>();
-    EXPECT_EQ(spDevices->UnregisterDeviceHandler(spHandler), S_FALSE) << "it is no device handler";
-    EXPECT_EQ(spDevices->RegisterDeviceHandler(spHandler), S_OK) << "but may be one beside";
-    EXPECT_EQ(spDevices->UnregisterDeviceHandler(spHandler), S_OK);
+    const auto devices = AtRoot<IZOScpiDeviceManagement>();
+    EXPECT_EQ(devices->UnregisterDeviceHandler(handler), S_FALSE) << "it is no device handler";
+    EXPECT_EQ(devices->RegisterDeviceHandler(handler), S_OK) << "but may be one beside";
+    EXPECT_EQ(devices->UnregisterDeviceHandler(handler), S_OK);
     const CErrorRecorder errors;
-    EXPECT_EQ(spTree->RegisterPlugIn(spPlugIn), E_INVALIDARG);
-    EXPECT_EQ(spTree->UnregisterPlugIn(spPlugIn), S_OK);
+    EXPECT_EQ(tree->RegisterPlugIn(plugIn), E_INVALIDARG);
+    EXPECT_EQ(tree->UnregisterPlugIn(plugIn), S_OK);
     bus.Send("PLUG:LIST? 2");
     EXPECT_EQ(bus.Query("SYST:ERR?"), "-113,\"Undefined header;PLUG:LIST?\"");
 }
@@ -521,17 +521,17 @@ TEST_F(Multichannel, AChannelMayLetGoInACallOfTheKernel)
 {
     for (const char when : std::string("RWFEA"))
     {
-        const auto spChannel = CComObject<CQuitter, IZOScpiChannel>::Create(when);
-        CComPtr<IZOScpiChannelServiceProvider> spProvider;
-        ASSERT_EQ(spChannel->GetServiceProvider(&spProvider), S_OK);
-        ASSERT_EQ(spProvider->SignalConnected(), S_OK);
+        const auto channel = CComObject<CQuitter, IZOScpiChannel>::Create(when);
+        CComPtr<IZOScpiChannelServiceProvider> provider;
+        ASSERT_EQ(channel->GetServiceProvider(&provider), S_OK);
+        ASSERT_EQ(provider->SignalConnected(), S_OK);
         if (when == 'A')
         {
-            spProvider->SignalDeviceClear();
+            provider->SignalDeviceClear();
         }
         EXPECT_TRUE(Eventually([&] { return m_instrument.kernel.SessionCount() == 0; })) << when;
-        EXPECT_TRUE(Eventually([&] { return spChannel->GetRemotePath() == -1; })) << when;
-        EXPECT_EQ(spProvider->SignalDeviceClear(), E_UNEXPECTED) << when;
+        EXPECT_TRUE(Eventually([&] { return channel->GetRemotePath() == -1; })) << when;
+        EXPECT_EQ(provider->SignalDeviceClear(), E_UNEXPECTED) << when;
     }
 }
 
@@ -547,7 +547,7 @@ std::size_t MemoryInUse()
 
 TEST_F(Multichannel, ConnectionsLeaveNothingBehind)
 {
-    CTcpServer server({.iPort = 0});
+    CTcpServer server({.port = 0});
     server.Start();
     const auto connect = [&](int rounds, std::size_t atOnce) {
         for (int round = 0; round < rounds; ++round)

@@ -25,19 +25,19 @@ class CScriptedSource final : public IByteSource
 public:
     CScriptedSource(std::string text, std::size_t piece) : m_text(std::move(text)), m_piece(piece) {}
 
-    tagReceived Receive(std::span<char> space, int timeoutMs, int) noexcept override
+    Received Receive(std::span<char> space, int timeoutMs, int) noexcept override
     {
-        const bool bPauses = m_text[m_place] == '~';
-        m_place += bPauses ? 1 : 0;
-        if (bPauses && timeoutMs >= 0)
+        const bool pauses = m_text[m_place] == '~';
+        m_place += pauses ? 1 : 0;
+        if (pauses && timeoutMs >= 0)
         {
-            return {tagReceiveStatus::TimedOut, 0};
+            return {ReceiveStatus::TimedOut, 0};
         }
         const std::size_t end = std::min(m_text.find('~', m_place), m_text.size());
         const std::size_t count = std::min({m_piece, space.size(), end - m_place});
         std::copy_n(m_text.data() + m_place, count, space.data());
         m_place += count;
-        return {count != 0 ? tagReceiveStatus::Received : tagReceiveStatus::Ended, count};
+        return {count != 0 ? ReceiveStatus::Received : ReceiveStatus::Ended, count};
     }
 
 private:
@@ -46,25 +46,25 @@ private:
     std::size_t m_place = 0;
 };
 
-constexpr tagSessionLimits kSmall{.message = {.iMaxText = 64, .iMaxBlock = 60, .iMaxHeld = 16}};
+constexpr SessionLimits kSmall{.message = {.maxText = 64, .maxBlock = 60, .maxHeld = 16}};
 
 /// Has a session with small limits run a text as a transport does; gives the responses.
-std::string Converse(tagTestInstrument& instrument, const std::string& text, std::size_t piece)
+std::string Converse(TestInstrument& instrument, const std::string& text, std::size_t piece)
 {
     CScriptedSource source(text, piece);
-    CSession session(instrument.kernel, kSmall, {.pSource = &source});
+    CSession session(instrument.kernel, kSmall, {.source = &source});
     std::string responses;
     for (bool more = true; more;)
     {
         const std::span<char> space = session.InputSpace();
-        const tagReceived received = source.Receive(space, -1, -1);
-        session.CommitInput(received.iCount);
+        const Received received = source.Receive(space, -1, -1);
+        session.CommitInput(received.count);
         while (session.ExecuteNext())
         {
             responses += session.Response();
             session.ClearResponse();
         }
-        more = received.eStatus != tagReceiveStatus::Ended && !session.IsCancelled();
+        more = received.status != ReceiveStatus::Ended && !session.IsCancelled();
     }
     return responses;
 }
@@ -87,23 +87,23 @@ std::string Taken(std::size_t size, std::size_t length)
            std::to_string(std::accumulate(data.begin(), data.end(), 0)) + '"';
 }
 
-struct tagStreamCase
+struct StreamCase
 {
     const char* szName;
-    std::string sMessage; ///< SYST:ERR:ALL? follows
-    std::string sResponses;
+    std::string message; ///< SYST:ERR:ALL? follows
+    std::string responses;
 };
 
-class Streamed : public testing::TestWithParam<tagStreamCase>
+class Streamed : public testing::TestWithParam<StreamCase>
 {};
 
 TEST_P(Streamed, IsTheSameHoweverTheInputIsCut)
 {
-    tagTestInstrument instrument;
-    const std::string text = GetParam().sMessage + "\nSYST:ERR:ALL?\n";
+    TestInstrument instrument;
+    const std::string text = GetParam().message + "\nSYST:ERR:ALL?\n";
     for (std::size_t piece = 1; piece <= text.size(); ++piece)
     {
-        ASSERT_EQ(Converse(instrument, "INT 7\n" + text, piece), GetParam().sResponses)
+        ASSERT_EQ(Converse(instrument, "INT 7\n" + text, piece), GetParam().responses)
             << "pieces of " << piece;
     }
 }
@@ -114,7 +114,7 @@ const std::string kText = std::string(100, 'x');
 
 // One row a line.
 // clang-format off
-const tagStreamCase kCases[] = {
+const StreamCase kCases[] = {
     {"LargestInMemory", "TAKE 99," + Block(16) + ";LAST?", Taken(16, 16) + "\n" + kNone},
     {"SmallestStreamed", "TAKE 99," + Block(17) + ";LAST?", Taken(17, 17) + "\n" + kNone},
     {"ReadWithoutTheEnd", "TAKE 20," + Block(20) + ";LAST?", Taken(20, 20) + "\n" + kNone},
@@ -156,22 +156,22 @@ TEST(BlockStream, IsNotCarriedOutWithoutItsEnd)
 {
     for (const std::string& block : {Block(20) + ";", "#0" + kText + "\n"})
     {
-        tagTestInstrument instrument;
+        TestInstrument instrument;
         const std::string message = "TAKE 999," + block;
         for (std::size_t length = 0; length <= message.size(); ++length)
         {
             // A client that has finished sending ends nothing.
             Converse(instrument, message.substr(0, length), message.size());
-            const bool bWhole = length == message.size();
-            ASSERT_EQ(Converse(instrument, "LAST?\n", 99) == "\"\"\n", !bWhole) << length;
+            const bool whole = length == message.size();
+            ASSERT_EQ(Converse(instrument, "LAST?\n", 99) == "\"\"\n", !whole) << length;
         }
     }
 }
 
 TEST(BlockStream, IsCollectedWithoutSource)
 {
-    tagTestInstrument instrument;
-    CSession session(instrument.kernel, {.message = {.iMaxHeld = 16}});
+    TestInstrument instrument;
+    CSession session(instrument.kernel, {.message = {.maxHeld = 16}});
     std::string message = "TAKE 99," + Block(20);
     EXPECT_EQ(session.Process(message), "");
     std::string rest = ";LAST?\n";
@@ -181,7 +181,7 @@ TEST(BlockStream, IsCollectedWithoutSource)
 class CNoExecutor final : public ICommandExecutor
 {
 public:
-    bool ExecuteCommand(const tagParsedCommand&) override { return true; }
+    bool ExecuteCommand(const ParsedCommand&) override { return true; }
     void ReportError(short code, std::string_view) override { m_errors.push_back(code); }
     std::vector<short> m_errors;
 };
@@ -240,9 +240,9 @@ TEST(BlockStream, ReaderFindsTheEnd)
         unsigned long got = 0;
         EXPECT_EQ(reader->ReadFromStream(target, 3, &got), S_OK);
         EXPECT_EQ(got, 3U);
-        unsigned char* pRest = nullptr;
-        EXPECT_EQ(reader->Access(&pRest, &got), S_OK);
-        EXPECT_TRUE(got == 2 && std::memcmp(pRest, "de", 2) == 0) << "collected, and still unread";
+        unsigned char* rest = nullptr;
+        EXPECT_EQ(reader->Access(&rest, &got), S_OK);
+        EXPECT_TRUE(got == 2 && std::memcmp(rest, "de", 2) == 0) << "collected, and still unread";
         EXPECT_EQ(reader->ReadFromStream(target, 9, &got), S_OK);
         EXPECT_EQ(got, 2U);
         EXPECT_EQ(reader->Status(&complete, &known), S_OK);
@@ -258,10 +258,10 @@ class BlockSocket : public testing::Test
 {
 protected:
     BlockSocket() { m_server.Start(); }
-    CTestSink& Sink() { return *m_instrument.spSink; }
+    CTestSink& Sink() { return *m_instrument.sink; }
 
-    tagTestInstrument m_instrument;
-    CTcpServer m_server{{.iPort = 0}};
+    TestInstrument m_instrument;
+    CTcpServer m_server{{.port = 0}};
 };
 
 TEST_F(BlockSocket, CommandRunsWhileTheClientSends)
@@ -280,13 +280,13 @@ TEST_F(BlockSocket, CommandRunsWhileTheClientSends)
     EXPECT_EQ(client.Query("SYST:ERR?"), "0,\"No error\"");
 }
 
-struct tagEnding
+struct Ending
 {
     const char* szName;
-    void (*pEnd)(CScpiClient&, CTcpServer&, CRemoteKernel&);
+    void (*end)(CScpiClient&, CTcpServer&, CRemoteKernel&);
 };
 
-class BlockEnding : public BlockSocket, public testing::WithParamInterface<tagEnding>
+class BlockEnding : public BlockSocket, public testing::WithParamInterface<Ending>
 {};
 
 TEST_P(BlockEnding, AbortsTheCommand)
@@ -294,7 +294,7 @@ TEST_P(BlockEnding, AbortsTheCommand)
     CScpiClient client(m_server.Port());
     client.Send("TAKE 9999999,#72000000abc");
     ASSERT_EQ(WaitForSingleObject(Sink().m_takeEntered.Get(), 30'000), WAIT_OBJECT_0);
-    GetParam().pEnd(client, m_server, m_instrument.kernel);
+    GetParam().end(client, m_server, m_instrument.kernel);
     m_server.Stop();
     EXPECT_EQ(Sink().m_takeResult, E_ABORT);
 }
@@ -303,14 +303,14 @@ INSTANTIATE_TEST_SUITE_P(
     By,
     BlockEnding,
     testing::Values(
-        tagEnding{"Disconnect", [](CScpiClient& client, CTcpServer&, CRemoteKernel&) { client.Reset(); }},
-        tagEnding{"HalfClose",
-                  [](CScpiClient& client, CTcpServer&, CRemoteKernel&) {
-                      client.FinishSending();
-                      EXPECT_TRUE(client.IsClosedByServer());
-                  }},
-        tagEnding{"ServerStop", [](CScpiClient&, CTcpServer& server, CRemoteKernel&) { server.Stop(); }},
-        tagEnding{"KernelStop", [](CScpiClient&, CTcpServer&, CRemoteKernel& kernel) { kernel.Stop(); }}),
+        Ending{"Disconnect", [](CScpiClient& client, CTcpServer&, CRemoteKernel&) { client.Reset(); }},
+        Ending{"HalfClose",
+               [](CScpiClient& client, CTcpServer&, CRemoteKernel&) {
+                   client.FinishSending();
+                   EXPECT_TRUE(client.IsClosedByServer());
+               }},
+        Ending{"ServerStop", [](CScpiClient&, CTcpServer& server, CRemoteKernel&) { server.Stop(); }},
+        Ending{"KernelStop", [](CScpiClient&, CTcpServer&, CRemoteKernel& kernel) { kernel.Stop(); }}),
     [](const auto& row) { return row.param.szName; });
 
 /// Peak of the process's memory in KiB since the last call.
@@ -333,30 +333,30 @@ TEST_F(BlockSocket, MemoryStaysSmallHoweverLargeTheBlockIs)
 {
     constexpr std::size_t kPieces = 200;
     const std::string piece(1'000'000, 'x');
-    struct tagCase
+    struct Case
     {
-        std::string sBegin;
-        std::string sAnswer;
+        std::string begin;
+        std::string answer;
     };
-    const tagCase kMessages[] = {
+    const Case kMessages[] = {
         {"TAKE 999999999,#9200000000", "\"200000000/200000000:2525163520\""},
         {"TAKE 1,#9200000000", "\"1/200000000:120\""},
         {"BOGUS #9200000000", "\"1/200000000:120\""},
         {"TAKE 999999999,#0", "\"200000000/200000000:2525163520\""},
     };
     CScpiClient client(m_server.Port());
-    for (const tagCase& row : kMessages)
+    for (const Case& row : kMessages)
     {
-        SCOPED_TRACE(row.sBegin);
+        SCOPED_TRACE(row.begin);
         TakePeakMemory();
         const long before = TakePeakMemory();
-        client.Send(row.sBegin);
+        client.Send(row.begin);
         for (std::size_t i = 0; i < kPieces; ++i)
         {
             client.Send(piece);
         }
         client.Write("");
-        EXPECT_EQ(client.Query("LAST?"), row.sAnswer);
+        EXPECT_EQ(client.Query("LAST?"), row.answer);
         EXPECT_LT(TakePeakMemory() - before, 32 * 1024);
     }
 }

@@ -15,7 +15,7 @@ namespace
 
 TEST(CommandTrace, NamesPathApplicationAndCommandWhileTraceModeIsOn)
 {
-    tagTestInstrument instrument;
+    TestInstrument instrument;
     CSession session(instrument.kernel, {});
     CTraceRecorder recorder;
     const auto lines = [&](const char* flags) {

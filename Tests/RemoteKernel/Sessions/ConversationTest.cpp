@@ -16,20 +16,20 @@ namespace
 using ZoVelkor::Testing::Converse;
 using ZoVelkor::Testing::CScpiClient;
 
-struct tagConversation
+struct ConversationCase
 {
     const char* name;
     const char* script;
 };
 
-class Conversation : public testing::TestWithParam<tagConversation>
+class Conversation : public testing::TestWithParam<ConversationCase>
 {
 protected:
     Conversation() { m_server.Start(); }
 
     CErrorRecorder m_recorder;
-    tagTestInstrument m_instrument;
-    CTcpServer m_server{{.iPort = 0}};
+    TestInstrument m_instrument;
+    CTcpServer m_server{{.port = 0}};
 };
 
 TEST_P(Conversation, GoesAsWritten)
@@ -40,7 +40,7 @@ TEST_P(Conversation, GoesAsWritten)
 }
 
 // clang-format off
-constexpr tagConversation kConversations[] = {
+constexpr ConversationCase kConversations[] = {
     {"Identity", R"(
 -> *IDN?
 <- Maker,Model,123,1.0
@@ -195,13 +195,13 @@ INSTANTIATE_TEST_SUITE_P(Scripts, Conversation, testing::ValuesIn(kConversations
     return row.param.name;
 });
 
-struct tagErrorCase
+struct ErrorCase
 {
     const char* message;
     short code;
 };
 
-constexpr tagErrorCase kErrorCases[] = {
+constexpr ErrorCase kErrorCases[] = {
     {"INT 1 2", -103},
     {"INT 1,2", -108},
     {"INT", -109},
@@ -227,7 +227,7 @@ TEST_F(ErrorClasses, EachMisuseHasItsErrorAndDisturbsNobody)
 {
     CScpiClient other(m_server.Port());
     CScpiClient client(m_server.Port());
-    for (const tagErrorCase& row : kErrorCases)
+    for (const ErrorCase& row : kErrorCases)
     {
         client.Write(row.message);
         const std::string error = client.Query("SYST:ERR?");
@@ -269,9 +269,9 @@ TEST_F(DeviceCommands, ReachEveryApplication)
     ASSERT_EQ(m_instrument.Register(CTableBuilder().Add("SECond", 0, DEF, QMARK).Build(), second), S_OK);
     CScpiClient client(m_server.Port());
     Converse(client, "-> *TST?;*OPT?\n<- 0;0\n-> *RST\n-> *OPC?\n<- 1\n");
-    EXPECT_EQ(m_instrument.spDevice->m_resets, 2);
-    m_instrument.spDevice->m_bHealthy = false;
-    m_instrument.spDevice->m_options = L"B1,K2";
+    EXPECT_EQ(m_instrument.device->m_resets, 2);
+    m_instrument.device->m_healthy = false;
+    m_instrument.device->m_options = L"B1,K2";
     Converse(client, "-> *TST?;*OPT?\n<- 2;B1,K2,B1,K2\n");
 }
 

@@ -34,9 +34,9 @@ protected:
         return error;
     }
 
-    tagTestInstrument m_instrument;
+    TestInstrument m_instrument;
     CSession m_session{m_instrument.kernel,
-                       {.message = {.iMaxText = 64, .iMaxBlock = 1000}, .iMaxResponse = 20}};
+                       {.message = {.maxText = 64, .maxBlock = 1000}, .maxResponse = 20}};
 };
 
 TEST_F(Session, GivesTheSameAnswerHoweverTheBytesAreCut)
@@ -71,7 +71,7 @@ TEST_F(Session, GivesTheMemoryOfLargeMessagesBackOnRequest)
     EXPECT_FALSE(session.HoldsMemory());
 }
 
-struct tagLimitCase
+struct LimitCase
 {
     const char* name;
     std::string message;
@@ -83,7 +83,7 @@ TEST_F(Session, HoldsItsLimitsAndGoesOn)
 {
     const std::string blanks(59, ' ');
     const std::string large(1001, '\n');
-    const tagLimitCase cases[] = {
+    const LimitCase cases[] = {
         {"Text", blanks + "*OPC?", "1\n", "0,No error"},
         {"LongText", blanks + " *OPC?", "", "-363,Input buffer overrun;Program message too long"},
         {"Block", "BLOC #41000" + large.substr(1), "", "0,No error"},
@@ -91,7 +91,7 @@ TEST_F(Session, HoldsItsLimitsAndGoesOn)
         {"Response", "TEXT '1234567890123';:LAST?", "\"4:0:1234567890123;\"\n", "0,No error"},
         {"LongResponse", "*OPC?;:LAST?;*OPC?", "", "-430,Query deadlocked;Response too long"},
     };
-    for (const tagLimitCase& row : cases)
+    for (const LimitCase& row : cases)
     {
         SCOPED_TRACE(row.name);
         EXPECT_EQ(Run(m_session, row.message + "\n"), row.answer);
@@ -123,7 +123,7 @@ TEST_F(Session, OtherSessionsDoNotWaitForItsOperations)
     std::string answer;
     std::thread waiting([&] { answer = Run(m_session, "*WAI;*OPC?\n"); });
     EXPECT_EQ(Run(other, "INT 5;LAST?\n"), "\"2:0:5;\"\n");
-    m_instrument.spSink->EndOperations();
+    m_instrument.sink->EndOperations();
     waiting.join();
     EXPECT_EQ(answer, "1\n");
 }
@@ -148,46 +148,46 @@ public:
 TEST(PendingOperations, NoticeComesOnceAndWhenTheLastOneEnds)
 {
     CCompletionRecorder recorder;
-    const auto spOperations = CComObject<CPendingOperations, IZOScpiPendingOperations>::Create();
-    spOperations->SetObserver(&recorder);
-    ASSERT_TRUE(spOperations->AddPath(7));
+    const auto operations = CComObject<CPendingOperations, IZOScpiPendingOperations>::Create();
+    operations->SetObserver(&recorder);
+    ASSERT_TRUE(operations->AddPath(7));
     unsigned long first = 0;
     unsigned long second = 0;
-    EXPECT_EQ(spOperations->BeginOperation(8, &first), E_INVALIDARG);
-    ASSERT_EQ(spOperations->BeginOperation(7, &first), S_OK);
-    ASSERT_EQ(spOperations->BeginOperation(7, &second), S_OK);
-    spOperations->RequestOperationComplete(7);
-    EXPECT_EQ(spOperations->EndOperation(first), S_OK);
-    EXPECT_EQ(spOperations->EndOperation(first), S_FALSE);
+    EXPECT_EQ(operations->BeginOperation(8, &first), E_INVALIDARG);
+    ASSERT_EQ(operations->BeginOperation(7, &first), S_OK);
+    ASSERT_EQ(operations->BeginOperation(7, &second), S_OK);
+    operations->RequestOperationComplete(7);
+    EXPECT_EQ(operations->EndOperation(first), S_OK);
+    EXPECT_EQ(operations->EndOperation(first), S_FALSE);
     EXPECT_TRUE(recorder.m_paths.empty());
-    EXPECT_EQ(spOperations->EndOperation(second), S_OK);
+    EXPECT_EQ(operations->EndOperation(second), S_OK);
     EXPECT_EQ(recorder.m_paths, std::vector<long>{7});
-    ASSERT_EQ(spOperations->BeginOperation(7, &first), S_OK);
-    spOperations->RequestOperationComplete(7);
-    spOperations->CancelOperationComplete(7);
-    spOperations->EndOperation(first);
+    ASSERT_EQ(operations->BeginOperation(7, &first), S_OK);
+    operations->RequestOperationComplete(7);
+    operations->CancelOperationComplete(7);
+    operations->EndOperation(first);
     EXPECT_EQ(recorder.m_paths.size(), 1U);
-    ASSERT_EQ(spOperations->BeginOperation(7, &first), S_OK);
-    spOperations->RemovePath(7);
-    EXPECT_EQ(spOperations->EndOperation(first), S_FALSE);
+    ASSERT_EQ(operations->BeginOperation(7, &first), S_OK);
+    operations->RemovePath(7);
+    EXPECT_EQ(operations->EndOperation(first), S_FALSE);
 }
 
 TEST_F(Session, UnregisterWaitsForTheRunningHandler)
 {
     std::thread holding([this] { Run(m_session, "HOLD\n"); });
-    ASSERT_EQ(WaitForSingleObject(m_instrument.spSink->m_holdEntered.Get(), 30'000), WAIT_OBJECT_0);
-    std::atomic<bool> bReleased{false};
+    ASSERT_EQ(WaitForSingleObject(m_instrument.sink->m_holdEntered.Get(), 30'000), WAIT_OBJECT_0);
+    std::atomic<bool> released{false};
     std::thread releasing([&] {
         // The new set is visible before the wait, so a new message no longer finds the application.
         CSession other(m_instrument.kernel);
         while (Run(other, "SYST:HELP:SYNT? 'INT'\n") != "\"\"\n")
         {}
-        bReleased = true;
-        SetEvent(m_instrument.spSink->m_holdRelease.Get());
+        released = true;
+        SetEvent(m_instrument.sink->m_holdRelease.Get());
     });
     EXPECT_EQ(m_instrument.kernel.ObjectRegistration().UnregisterObject(m_instrument.id), S_OK);
-    EXPECT_TRUE(bReleased);
-    EXPECT_EQ(m_instrument.spSink->m_running, 0);
+    EXPECT_TRUE(released);
+    EXPECT_EQ(m_instrument.sink->m_running, 0);
     holding.join();
     releasing.join();
     EXPECT_EQ(m_instrument.kernel.ObjectRegistration().UnregisterObject(m_instrument.id), S_FALSE);
@@ -213,22 +213,22 @@ private:
 
 TEST(Registration, ApplicationThatGoesMayUnregisterAnother)
 {
-    tagTestInstrument instrument;
+    TestInstrument instrument;
     IZOScpiObjectRegistration& registration = instrument.kernel.ObjectRegistration();
-    auto spSink = CComObject<CLeadingSink, IZOScpiExecutionSink>::Create(registration, instrument.id);
+    auto sink = CComObject<CLeadingSink, IZOScpiExecutionSink>::Create(registration, instrument.id);
     const auto table = CTableBuilder().Add("LEADer", CTestSink::kAnswerList, DEF, QMARK, {}).Build();
-    CComPtr<IZOScpiParser> spParser = MakeParser(table, spSink);
-    const tagZO_SCPI_PARSER_OBJECT leader{L"leader", ZO_PARSER_TYPE_INSTRUMENT, spParser, {1, 2, 3, {}}};
+    CComPtr<IZOScpiParser> parser = MakeParser(table, sink);
+    const tagZO_SCPI_PARSER_OBJECT leader{L"leader", ZO_PARSER_TYPE_INSTRUMENT, parser, {1, 2, 3, {}}};
     ASSERT_EQ(registration.RegisterObject(&leader), S_OK);
-    spParser.Release();
-    spSink.Release();
+    parser.Release();
+    sink.Release();
     EXPECT_EQ(registration.UnregisterObject(leader.m_guidObjectId), S_OK);
     EXPECT_EQ(registration.UnregisterObject(instrument.id), S_FALSE);
 }
 
 TEST(Registration, RefusesDamagedTablesAndSaysWhy)
 {
-    tagTestInstrument instrument;
+    TestInstrument instrument;
     CErrorRecorder recorder;
     auto table = CTestSink::Table();
     GUID id{};
@@ -244,17 +244,17 @@ TEST(Registration, RefusesDamagedTablesAndSaysWhy)
 
 TEST(RemoteKernel, IsFoundAtTheRootWhileItRuns)
 {
-    tagTestInstrument instrument;
-    CComPtr<IZOScpiObjectRegistration> spFound;
+    TestInstrument instrument;
+    CComPtr<IZOScpiObjectRegistration> found;
     ASSERT_EQ(instrument.kernel.Start(), S_OK);
-    EXPECT_EQ(ZoGetRegisteredInterface(&IID_IZOScpiObjectRegistration, &spFound), S_OK);
+    EXPECT_EQ(ZoGetRegisteredInterface(&IID_IZOScpiObjectRegistration, &found), S_OK);
     CSession session(instrument.kernel);
     instrument.kernel.Stop();
     EXPECT_TRUE(session.IsCancelled());
     CErrorRecorder recorder;
     GUID id{};
     EXPECT_EQ(instrument.Register(instrument.table, id), E_UNEXPECTED);
-    EXPECT_EQ(ZoGetRegisteredInterface(&IID_IZOScpiObjectRegistration, &spFound), E_NOINTERFACE);
+    EXPECT_EQ(ZoGetRegisteredInterface(&IID_IZOScpiObjectRegistration, &found), E_NOINTERFACE);
 }
 } // namespace
 

@@ -41,25 +41,25 @@ protected:
 
     CComPtr<IZOScpiStatusRegister> Find(long path, const wchar_t* name)
     {
-        CComPtr<IZOScpiStatusRegister> spRegister;
-        m_instrument.kernel.StatusManagement().GetRegister(path, name, &spRegister);
-        return spRegister;
+        CComPtr<IZOScpiStatusRegister> statusRegister;
+        m_instrument.kernel.StatusManagement().GetRegister(path, name, &statusRegister);
+        return statusRegister;
     }
     CComPtr<IZOScpiStatusRegister> Instrument(const wchar_t* name) { return Find(kScpiInstrumentPath, name); }
 
-    tagTestInstrument m_instrument;
+    TestInstrument m_instrument;
     CSession m_session{m_instrument.kernel};
 };
 
 TEST_F(Status, Conversations)
 {
-    struct tagRow
+    struct Row
     {
         const char* message;
         const char* answer;
     };
     // clang-format off
-    const tagRow rows[] = {
+    const Row rows[] = {
         {"*ESR?;*ESR?", "128;0"},
         {"*ESE?;*SRE?;*PRE?;*PSC?;*STB?;*IST?", "0;0;0;1;16;0"},
         // Masks: numbers, other bases, names, lists of both; rounded as every integer.
@@ -96,7 +96,7 @@ TEST_F(Status, Conversations)
         {"*RST;*ESE 5;:STAT:QUES:ENAB 8;*RST;*ESE?;:STAT:QUES:ENAB?;:STAT:PRES;*ESE?", "5;8;5"},
     };
     // clang-format on
-    for (const tagRow& row : rows)
+    for (const Row& row : rows)
     {
         EXPECT_EQ(Run(row.message), row.answer) << row.message;
     }
@@ -126,10 +126,10 @@ TEST_F(Status, ErrorsSetTheBitOfTheirClass)
 TEST_F(Status, InstrumentStateReachesEverySessionAndOnlyItsOwnErrorsDo)
 {
     CSession other(m_instrument.kernel);
-    const auto spPower = Instrument(L"stat:ques:POWER");
-    ASSERT_NE(spPower, nullptr);
+    const auto power = Instrument(L"stat:ques:POWER");
+    ASSERT_NE(power, nullptr);
     Run("STAT:QUES:ENAB POW");
-    spPower->ModifyCondition(2, 2);
+    power->ModifyCondition(2, 2);
     CSession late(m_instrument.kernel);
     Run("BOGUS");
     EXPECT_EQ(Run("*STB?"), "12");
@@ -138,7 +138,7 @@ TEST_F(Status, InstrumentStateReachesEverySessionAndOnlyItsOwnErrorsDo)
     EXPECT_EQ(Run(other, "STAT:QUES:COND?;EVEN?"), "8;8");
     EXPECT_EQ(Run("*STB?"), "4") << "somebody has read the event";
     EXPECT_EQ(Run("STAT:QUES:POW?;:STAT:QUES:COND?"), "2;0");
-    spPower->PulseCondition(1);
+    power->PulseCondition(1);
     EXPECT_EQ(Run(late, "STAT:QUES:COND?;*CLS;:STAT:QUES:COND?;*STB?"), "8;0;16");
     EXPECT_EQ(Run("STAT:OPER:ENAB 8;*SRE OPER"), "");
     Instrument(L"STATus:OPERation")->ModifyCondition(8, 8);
@@ -179,10 +179,10 @@ TEST_F(Status, MessageAvailableFollowsTheOutputQueue)
     EXPECT_EQ(m_session.SerialPoll(), kStatusMessageAvailable);
     m_session.ClearResponse();
     EXPECT_EQ(m_session.SerialPoll(), 0);
-    const auto spStatusByte = Find(m_session.RemotePath(), L"*stb");
-    const auto condition = [&spStatusByte] {
+    const auto statusByte = Find(m_session.RemotePath(), L"*stb");
+    const auto condition = [&statusByte] {
         wchar_t word = 0;
-        spStatusByte->GetCondition(&word);
+        statusByte->GetCondition(&word);
         return word;
     };
     Run("*OPC?");
@@ -200,14 +200,14 @@ TEST_F(Status, OperationCompleteIsSetBeforeTheWaitEnds)
     for (int i = 0; i < 100; ++i)
     {
         std::thread ending([this] {
-            WaitForSingleObject(m_instrument.spSink->m_operationBegun.Get(), INFINITE);
-            m_instrument.spSink->EndOperations();
+            WaitForSingleObject(m_instrument.sink->m_operationBegun.Get(), INFINITE);
+            m_instrument.sink->EndOperations();
         });
         EXPECT_EQ(Run("*CLS;OVER;*OPC;*OPC?;*ESR?"), "1;1");
         ending.join();
     }
     EXPECT_EQ(Run("OVER;*OPC;*CLS"), "");
-    m_instrument.spSink->EndOperations();
+    m_instrument.sink->EndOperations();
     EXPECT_EQ(Run("*ESR?;*OPC;*ESR?"), "0;1") << "*CLS has taken the request back";
 }
 
@@ -215,25 +215,25 @@ TEST_F(Status, RegistersAreFoundByName)
 {
     const long path = m_session.RemotePath();
     IZOScpiStatusManagement& management = m_instrument.kernel.StatusManagement();
-    struct tagRow
+    struct Row
     {
         long path;
         const wchar_t* name;
         HRESULT result;
     };
     // clang-format off
-    const tagRow rows[] = {
+    const Row rows[] = {
         {path, L"STATus:OPERation", S_OK}, {path, L"stat:OPERATION", S_OK},
         {kScpiInstrumentPath, L"STAT:QUES:FREQ", S_OK}, {path, L"*ESR", S_OK},
         {kScpiInstrumentPath, L"*ESR", S_FALSE}, {path, L"STAT", S_FALSE}, {path, L"STATu:OPER", S_FALSE},
         {path, L"STAT:OPER:", S_FALSE}, {path, L"", S_FALSE}, {path + 1, L"STAT:OPER", E_INVALIDARG},
         {path, nullptr, E_POINTER}};
     // clang-format on
-    for (const tagRow& row : rows)
+    for (const Row& row : rows)
     {
-        CComPtr<IZOScpiStatusRegister> spRegister;
-        EXPECT_EQ(management.GetRegister(row.path, row.name, &spRegister), row.result);
-        EXPECT_EQ(spRegister != nullptr, row.result == S_OK);
+        CComPtr<IZOScpiStatusRegister> statusRegister;
+        EXPECT_EQ(management.GetRegister(row.path, row.name, &statusRegister), row.result);
+        EXPECT_EQ(statusRegister != nullptr, row.result == S_OK);
     }
     EXPECT_EQ(management.GetRegister(path, L"*ESR", nullptr), E_POINTER);
     tagScpiStatusData data{};
@@ -264,11 +264,11 @@ public:
 
 TEST_F(Status, HandlersAnswerWordsOfRegisters)
 {
-    const auto spSink = CComObject<CRegisterSink, IZOScpiExecutionSink>::Create();
+    const auto sink = CComObject<CRegisterSink, IZOScpiExecutionSink>::Create();
     const std::vector<_CMD_SET_RECORD> table =
         CTableBuilder().Add("REGister", 0, DEF, QMARK, {{ARG_STRG}, {ARG_SINT}}).Build();
     GUID id{};
-    ASSERT_EQ(m_instrument.Register(table, id, spSink), S_OK);
+    ASSERT_EQ(m_instrument.Register(table, id, sink), S_OK);
     Run("*CLS;*ESE 20;:STAT:OPER:NTR 9");
     Instrument(L"STAT:OPER")->ModifyCondition(6, 6);
     EXPECT_EQ(Run("REG? 'STAT:OPER',0;REG? 'STAT:OPER',3;REG? '*ESR',2;REG? 'STAT:OPER',4"), "6;9;20;32767");
@@ -278,69 +278,69 @@ TEST_F(Status, HandlersAnswerWordsOfRegisters)
 
 TEST_F(Status, WaitsEndWithTheSessionAndWithTheKernel)
 {
-    const auto spOwn = Find(m_session.RemotePath(), L"*ESR");
-    const auto spShared = Instrument(L"STAT:OPER");
-    const auto wait = [](IZOScpiStatusRegister* pRegister, HRESULT& result) {
-        return std::thread([pRegister, &result] {
+    const auto own = Find(m_session.RemotePath(), L"*ESR");
+    const auto shared = Instrument(L"STAT:OPER");
+    const auto wait = [](IZOScpiStatusRegister* statusRegister, HRESULT& result) {
+        return std::thread([statusRegister, &result] {
             wchar_t bits = 0;
-            result = pRegister->WaitConditionBits(-1, 0x10, &bits);
+            result = statusRegister->WaitConditionBits(-1, 0x10, &bits);
         });
     };
-    HRESULT own = S_OK;
-    HRESULT shared = S_OK;
-    std::thread waitingOwn = wait(spOwn, own);
-    std::thread waitingShared = wait(spShared, shared);
+    HRESULT ownResult = S_OK;
+    HRESULT sharedResult = S_OK;
+    std::thread waitingOwn = wait(own, ownResult);
+    std::thread waitingShared = wait(shared, sharedResult);
     m_session.Cancel();
     waitingOwn.join();
     m_instrument.kernel.Stop();
     waitingShared.join();
-    EXPECT_EQ(own, E_ABORT);
-    EXPECT_EQ(shared, E_ABORT);
+    EXPECT_EQ(ownResult, E_ABORT);
+    EXPECT_EQ(sharedResult, E_ABORT);
 }
 
 TEST_F(Status, RegistersOutliveSessionAndObserver)
 {
-    CComPtr<IZOScpiStatusRegister> spEvents;
-    CComPtr<IZOScpiStatusRegister> spStatusByte;
+    CComPtr<IZOScpiStatusRegister> events;
+    CComPtr<IZOScpiStatusRegister> statusByte;
     {
         CServiceRecorder recorder;
         CSession session(m_instrument.kernel);
         session.SetServiceRequestObserver(&recorder);
         Run(session, "*CLS;*ESE 255;*SRE 255");
-        spEvents = Find(session.RemotePath(), L"*ESR");
-        spStatusByte = Find(session.RemotePath(), L"*STB");
+        events = Find(session.RemotePath(), L"*ESR");
+        statusByte = Find(session.RemotePath(), L"*STB");
     }
-    EXPECT_EQ(spEvents->SetCondition(0, VARIANT_TRUE), S_OK);
+    EXPECT_EQ(events->SetCondition(0, VARIANT_TRUE), S_OK);
     wchar_t bits = 0;
-    EXPECT_EQ(spStatusByte->WaitConditionBits(-1, kStatusErrorQueue, &bits), E_ABORT);
+    EXPECT_EQ(statusByte->WaitConditionBits(-1, kStatusErrorQueue, &bits), E_ABORT);
 }
 
 TEST_F(Status, ComponentsMayChangeAnyRegister)
 {
-    const auto spEvents = Find(m_session.RemotePath(), L"*ESR");
+    const auto events = Find(m_session.RemotePath(), L"*ESR");
     Run("*CLS");
-    spEvents->SetCondition(4, VARIANT_TRUE);
+    events->SetCondition(4, VARIANT_TRUE);
     EXPECT_EQ(Run("*ESR?;:FAIL? 1;*ESR?;*CLS"), "16;16") << "a set bit hides no further event";
-    const auto spOperation = Instrument(L"STAT:OPER");
-    CComPtr<IZOScpiStatusRegister> spParent;
-    spOperation->GetParentRegister(&spParent, nullptr);
-    spParent->SetCondition(7, VARIANT_TRUE);
+    const auto operation = Instrument(L"STAT:OPER");
+    CComPtr<IZOScpiStatusRegister> parent;
+    operation->GetParentRegister(&parent, nullptr);
+    parent->SetCondition(7, VARIANT_TRUE);
     EXPECT_EQ(Run("*STB?"), "128");
-    spParent->ClearSummaryCondition(7);
+    parent->ClearSummaryCondition(7);
     EXPECT_EQ(Run("*STB?"), "0");
     std::thread changing([&] {
         for (wchar_t i = 0; i < 2000; ++i)
         {
-            spOperation->ModifyCondition(1, i & 1);
+            operation->ModifyCondition(1, i & 1);
         }
     });
     for (int i = 0; i < 2000; ++i)
     {
-        spParent->PulseCondition(kStatusQuestionable);
+        parent->PulseCondition(kStatusQuestionable);
     }
     changing.join();
-    spOperation->SetPresetDefaults(0, 0x7FFF, 8);
-    spOperation->ModifyCondition(8, 8);
+    operation->SetPresetDefaults(0, 0x7FFF, 8);
+    operation->ModifyCondition(8, 8);
     EXPECT_EQ(Run("STAT:PRES;:STAT:OPER:ENAB?;*STB?"), "8;144") << "the register's own default";
 }
 
@@ -362,40 +362,40 @@ public:
 
 TEST_F(Status, SessionsDoNotUndoEachOthersSettings)
 {
-    const auto spParent = CComObject<CInterruptedRegister, IZOScpiStatusRegister>::Create();
-    const auto spOperation = Instrument(L"STAT:OPER");
-    spOperation->SetupParentRegister(spParent, 1);
+    const auto parent = CComObject<CInterruptedRegister, IZOScpiStatusRegister>::Create();
+    const auto operation = Instrument(L"STAT:OPER");
+    operation->SetupParentRegister(parent, 1);
     Run("STAT:OPER:ENAB 8");
-    spOperation->PulseCondition(8);
+    operation->PulseCondition(8);
     wchar_t word = 0;
-    spParent->m_other = [&] { spOperation->SetEnable(8); };
+    parent->m_other = [&] { operation->SetEnable(8); };
     Run("STAT:PRES");
     short summary = 0;
-    spOperation->GetSummary(&summary);
-    spParent->GetCondition(&word);
+    operation->GetSummary(&summary);
+    parent->GetCondition(&word);
     EXPECT_EQ(word != 0, summary != 0) << "the parent knows of the mask that was set meanwhile";
     Run("STAT:OPER:ENAB 8");
-    spParent->m_other = [&] { spParent->SetNegTrans(5); };
+    parent->m_other = [&] { parent->SetNegTrans(5); };
     Run("*CLS");
-    spParent->GetNegTrans(&word);
+    parent->GetNegTrans(&word);
     EXPECT_EQ(word, 5) << "a filter that was set meanwhile";
-    spOperation->SetupParentRegister(nullptr, 0);
+    operation->SetupParentRegister(nullptr, 0);
 }
 
 TEST_F(Status, SessionsComeAndGoWhileTheStateChanges)
 {
-    const auto spPower = Instrument(L"STAT:QUES:POW");
+    const auto power = Instrument(L"STAT:QUES:POW");
     Run("STAT:QUES:ENAB POW");
-    std::atomic<bool> bEnd{false};
+    std::atomic<bool> end{false};
     std::thread changing([&] {
-        for (wchar_t value = 0; !bEnd; value ^= 1)
+        for (wchar_t value = 0; !end; value ^= 1)
         {
-            spPower->ModifyCondition(1, value);
+            power->ModifyCondition(1, value);
         }
     });
     std::thread reading([&] {
         CSession session(m_instrument.kernel);
-        while (!bEnd)
+        while (!end)
         {
             Run(session, "*STB?;:STAT:QUES:POW?;:STAT:QUES?;*CLS");
         }
@@ -406,12 +406,12 @@ TEST_F(Status, SessionsComeAndGoWhileTheStateChanges)
         Run(session, "*SRE 255;BOGUS");
         Run(session, "*STB?;*CLS");
     }
-    bEnd = true;
+    end = true;
     changing.join();
     reading.join();
-    spPower->ModifyCondition(1, 0);
+    power->ModifyCondition(1, 0);
     Run("*CLS");
-    spPower->ModifyCondition(1, 1);
+    power->ModifyCondition(1, 1);
     CSession late(m_instrument.kernel);
     EXPECT_EQ(Run("*STB?") + Run(late, "*STB?"), "88");
 }

@@ -30,18 +30,18 @@ std::string RunExchange(const std::string& script)
         switch (step.front())
         {
         case '>': {
-            const bool bEnd = text.ends_with('.');
-            text.resize(text.size() - (bEnd ? 1 : 0));
+            const bool end = text.ends_with('.');
+            text.resize(text.size() - (end ? 1 : 0));
             fault(exchange.Listen());
-            const std::size_t taken = exchange.Accept(text, bEnd);
+            const std::size_t taken = exchange.Accept(text, end);
             trace += taken == text.size() ? "" : '+' + std::to_string(taken) + ' ';
             break;
         }
         case 'r': {
             char space[6];
-            const CMessageExchange::tagHanded handed = exchange.Hand(space);
-            trace += '[' + std::string(space, handed.iCount) + "] ";
-            fault(handed.iError);
+            const CMessageExchange::Handed handed = exchange.Hand(space);
+            trace += '[' + std::string(space, handed.count) + "] ";
+            fault(handed.error);
             break;
         }
         case '<': {
@@ -52,8 +52,8 @@ std::string RunExchange(const std::string& script)
         }
         case 'g': {
             std::string bytes;
-            const bool bEnd = exchange.Take(static_cast<std::size_t>(std::stoi(text)), bytes);
-            trace += '(' + bytes + (bEnd ? ".) " : ") ");
+            const bool end = exchange.Take(static_cast<std::size_t>(std::stoi(text)), bytes);
+            trace += '(' + bytes + (end ? ".) " : ") ");
             break;
         }
         case 'f':
@@ -83,14 +83,14 @@ std::string RunExchange(const std::string& script)
     return trace;
 }
 
-struct tagExchangeRow
+struct ExchangeRow
 {
     const char* name;
     const char* script;
     const char* trace;
 };
 
-constexpr tagExchangeRow kExchangeRows[] = {
+constexpr ExchangeRow kExchangeRows[] = {
     {"END stands for the line feed", ">ab. r m r t", "[ab~] [] -420 "},
     {"line feed with END is one message", ">ab~. r m r t", "[ab~] [] -420 "},
     {"line feed without END", ">ab~ r m r t", "[ab~] [] -420 "},
@@ -122,7 +122,7 @@ constexpr tagExchangeRow kExchangeRows[] = {
 
 TEST(MessageExchange, KeepsTheRules)
 {
-    for (const tagExchangeRow& row : kExchangeRows)
+    for (const ExchangeRow& row : kExchangeRows)
     {
         EXPECT_EQ(RunExchange(row.script), row.trace) << row.name << ": " << row.script;
     }
@@ -131,13 +131,13 @@ TEST(MessageExchange, KeepsTheRules)
 class Bus : public testing::Test
 {
 protected:
-    Bus() { AtRoot<IZOScpiMultichannelAdministration>()->RegisterEventObserver(m_spEvents); }
+    Bus() { AtRoot<IZOScpiMultichannelAdministration>()->RegisterEventObserver(m_events); }
 
     std::string Errors() { return m_bus.Query("SYST:ERR:ALL?"); }
 
-    tagTestInstrument m_instrument;
-    CComPtr<CRecorderObject> m_spEvents = CRecorderObject::Create();
-    CBusController m_bus{tagBusSettings{.iPrimaryAddress = 7, .iInputBuffer = 64, .iOutputBuffer = 8}};
+    TestInstrument m_instrument;
+    CComPtr<CRecorderObject> m_events = CRecorderObject::Create();
+    CBusController m_bus{BusSettings{.primaryAddress = 7, .inputBuffer = 64, .outputBuffer = 8}};
 };
 
 /// One conversation. Steps: "> text" message with END, "+ text" without END, '~' being a line feed;
@@ -166,10 +166,10 @@ void RunBus(CBusController& bus, const std::string& script)
             }
             else
             {
-                const tagBusResponse response =
+                const BusResponse response =
                     bus->Receive(std::max<std::size_t>(std::stoul(count), 1), CBusController::kTimeoutMs);
                 EXPECT_EQ(response.result, count == "0" ? S_FALSE : S_OK);
-                EXPECT_EQ(response.sBytes, text);
+                EXPECT_EQ(response.bytes, text);
             }
             break;
         case '!':
@@ -190,7 +190,7 @@ void RunBus(CBusController& bus, const std::string& script)
     }
 }
 
-struct tagConversation
+struct ConversationCase
 {
     const char* name;
     const char* script;
@@ -202,7 +202,7 @@ constexpr char kInterrupted[] = "-410,\"Query interrupted\"";
 constexpr char kUnterminated[] = "-420,\"Query unterminated\"";
 constexpr char kNotAllowed[] = "-105,\"Get not allowed\"";
 
-constexpr tagConversation kConversations[] = {
+constexpr ConversationCase kConversations[] = {
     {"Terminators",
      "> *IDN?\n< Maker,Model,123,1.0\n> *OPC?~\n< 1\n+ *OPC?~\n< 1\n+ *OP\n> C?\n< 1",
      kNoError},
@@ -228,7 +228,7 @@ constexpr tagConversation kConversations[] = {
 
 TEST_F(Bus, Conversations)
 {
-    for (const tagConversation& row : kConversations)
+    for (const ConversationCase& row : kConversations)
     {
         SCOPED_TRACE(row.name);
         RunBus(m_bus, row.script);
@@ -239,10 +239,10 @@ TEST_F(Bus, Conversations)
 }
 
 /// What the instrument does when a clear, or the end, comes.
-struct tagBusState
+struct BusStateCase
 {
     const char* name;
-    void (*enter)(CBusController& bus, tagTestInstrument& instrument);
+    void (*enter)(CBusController& bus, TestInstrument& instrument);
     int aborted; ///< messages that are cut
 };
 
@@ -252,7 +252,7 @@ void Enter(CBusController& bus, std::string_view text, const CUniqueEvent& reach
     EXPECT_EQ(WaitForSingleObject(reached.Get(), CBusController::kTimeoutMs), WAIT_OBJECT_0);
 }
 
-const tagBusState kBusStates[] = {
+const BusStateCase kBusStates[] = {
     {"Idle", [](auto&, auto&) {}, 0},
     {"HalfAMessage", [](auto& bus, auto&) { bus.Send("INT 1;*ID", false); }, 0},
     {"ResponseUnread",
@@ -264,16 +264,16 @@ const tagBusState kBusStates[] = {
     {"ResponseHalfRead",
      [](auto& bus, auto&) {
          bus.Send("*IDN?");
-         EXPECT_EQ(bus->Receive(3, CBusController::kTimeoutMs).sBytes, "Mak");
+         EXPECT_EQ(bus->Receive(3, CBusController::kTimeoutMs).bytes, "Mak");
      },
      0},
     {"OperationPending",
-     [](auto& bus, auto& instrument) { Enter(bus, "OVER;*OPC?", instrument.spSink->m_operationBegun); },
+     [](auto& bus, auto& instrument) { Enter(bus, "OVER;*OPC?", instrument.sink->m_operationBegun); },
      1},
     {"CompletionRequested", [](auto& bus, auto&) { EXPECT_EQ(bus.Query("OVER;*OPC;LIST? 1"), "0"); }, 0},
     {"StreamedBlock",
      [](auto& bus, auto& instrument) {
-         Enter(bus, "TAKE 2000000,#72000000abc", instrument.spSink->m_takeEntered, false);
+         Enter(bus, "TAKE 2000000,#72000000abc", instrument.sink->m_takeEntered, false);
      },
      1},
     {"CollectedBlock", [](auto& bus, auto&) { bus.Send("BLOC #6100000abc", false); }, 0},
@@ -285,38 +285,38 @@ const tagBusState kBusStates[] = {
      0},
 };
 
-class BusState : public Bus, public testing::WithParamInterface<tagBusState>
+class BusState : public Bus, public testing::WithParamInterface<BusStateCase>
 {
 protected:
-    ~BusState() override { m_instrument.spSink->EndOperations(); }
+    ~BusState() override { m_instrument.sink->EndOperations(); }
 };
 
 TEST_P(BusState, DeviceClearForgetsTheMessageAndNothingElse)
 {
     m_bus.Send("INT 5;*ESE 4");
     m_bus.Query("*OPC?");
-    m_spEvents->Take();
+    m_events->Take();
     GetParam().enter(m_bus, m_instrument);
     EXPECT_EQ(m_bus->DeviceClear(CBusController::kTimeoutMs), S_OK);
     EXPECT_EQ(m_bus.Poll(), 0U);
     EXPECT_EQ(m_bus->Receive(1, CBusController::kTimeoutMs).result, S_FALSE) << "a response is left";
     AtRoot<IZOScpiParserManagement>()->StartParser();
-    m_instrument.spSink->EndOperations();
+    m_instrument.sink->EndOperations();
     EXPECT_EQ(m_bus.Query("*OPC?;*ESE?;*ESR?;LAST?"), "1;4;132;\"2:0:5;\"");
     EXPECT_EQ(Errors(), kUnterminated);
-    EXPECT_EQ(m_spEvents->Count("Clear"), 1U);
-    EXPECT_EQ(m_spEvents->Count("OpcReset(1)"), std::string_view(GetParam().name) == "CompletionRequested");
-    EXPECT_GE(m_spEvents->Count("Aborted"), static_cast<std::size_t>(GetParam().aborted));
-    EXPECT_EQ(m_spEvents->Count("Begin"), m_spEvents->Count("End") + m_spEvents->Count("Aborted"));
+    EXPECT_EQ(m_events->Count("Clear"), 1U);
+    EXPECT_EQ(m_events->Count("OpcReset(1)"), std::string_view(GetParam().name) == "CompletionRequested");
+    EXPECT_GE(m_events->Count("Aborted"), static_cast<std::size_t>(GetParam().aborted));
+    EXPECT_EQ(m_events->Count("Begin"), m_events->Count("End") + m_events->Count("Aborted"));
 }
 
 TEST_P(BusState, KernelStopEndsTheConnection)
 {
     GetParam().enter(m_bus, m_instrument);
-    const tagBusResponse idle = m_bus->Receive(1, 0);
+    const BusResponse idle = m_bus->Receive(1, 0);
     m_instrument.kernel.Stop();
     EXPECT_EQ(m_instrument.kernel.SessionCount(), 0U);
-    EXPECT_EQ(m_bus->Send("*IDN?"), E_UNEXPECTED) << idle.sBytes;
+    EXPECT_EQ(m_bus->Send("*IDN?"), E_UNEXPECTED) << idle.bytes;
     EXPECT_EQ(m_bus->Receive().result, E_UNEXPECTED);
     EXPECT_EQ(m_bus->DeviceClear(), E_UNEXPECTED);
     EXPECT_EQ(m_bus->GroupExecuteTrigger(), E_UNEXPECTED);
@@ -330,14 +330,14 @@ INSTANTIATE_TEST_SUITE_P(In, BusState, testing::ValuesIn(kBusStates), [](const a
 
 TEST_F(Bus, DeviceClearFollowsAHandlerThatIsStillRunning)
 {
-    Enter(m_bus, "HOLD;*IDN?", m_instrument.spSink->m_holdEntered);
+    Enter(m_bus, "HOLD;*IDN?", m_instrument.sink->m_holdEntered);
     EXPECT_EQ(m_bus->DeviceClear(0), E_PENDING);
     EXPECT_EQ(m_bus->Send("*OPC?", true, 0), E_PENDING) << "nothing is taken before the acknowledgement";
-    SetEvent(m_instrument.spSink->m_holdRelease.Get());
+    SetEvent(m_instrument.sink->m_holdRelease.Get());
     EXPECT_EQ(m_bus->DeviceClear(CBusController::kTimeoutMs), S_OK);
     EXPECT_EQ(m_bus.Query("*OPC?"), "1");
     // The second one joins the first, unless that was over already.
-    EXPECT_LE(m_spEvents->Count("Clear"), 2U);
+    EXPECT_LE(m_events->Count("Clear"), 2U);
 }
 
 TEST_F(Bus, DeviceClearFreesAControllerThatWaits)
@@ -353,34 +353,34 @@ TEST_F(Bus, DeviceClearFreesAControllerThatWaits)
     EXPECT_EQ(sent, E_ABORT);
     AtRoot<IZOScpiParserManagement>()->StartParser();
 
-    Enter(m_bus, "OVER;*OPC?", m_instrument.spSink->m_operationBegun);
-    tagBusResponse response{};
+    Enter(m_bus, "OVER;*OPC?", m_instrument.sink->m_operationBegun);
+    BusResponse response{};
     std::thread reader([&] { response = m_bus->Receive(); });
     EXPECT_EQ(m_bus->DeviceClear(CBusController::kTimeoutMs), S_OK);
     reader.join();
     // A reader that comes after the clear finds that nothing was asked.
     EXPECT_TRUE(response.result == E_ABORT || response.result == S_FALSE);
-    m_instrument.spSink->EndOperations();
+    m_instrument.sink->EndOperations();
     EXPECT_EQ(m_bus.Query(large), "#41000" + std::string(1000, 'x'));
 }
 
 TEST_F(Bus, TriggerInsideAStreamedBlockIsRefusedAtOnce)
 {
-    Enter(m_bus, "TAKE 2000000,#72000000abc", m_instrument.spSink->m_takeEntered, false);
+    Enter(m_bus, "TAKE 2000000,#72000000abc", m_instrument.sink->m_takeEntered, false);
     EXPECT_EQ(m_bus->GroupExecuteTrigger(), S_FALSE);
     m_bus.Send(std::string(1'999'997, '\n') + "\n");
     EXPECT_EQ(m_bus.Query("LAST?"),
               "\"2000000/2000000:" + std::to_string(1'999'997 * 10 + 'a' + 'b' + 'c') + '"');
     EXPECT_EQ(Errors(), kNotAllowed);
-    EXPECT_EQ(m_spEvents->Count("Trigger"), 0U);
+    EXPECT_EQ(m_events->Count("Trigger"), 0U);
 }
 
 TEST_F(Bus, ReadingInsideAStreamedBlockDropsIt)
 {
-    Enter(m_bus, "TAKE 2000000,#72000000abc", m_instrument.spSink->m_takeEntered, false);
+    Enter(m_bus, "TAKE 2000000,#72000000abc", m_instrument.sink->m_takeEntered, false);
     EXPECT_EQ(m_bus->Receive(1, CBusController::kTimeoutMs).result, S_FALSE);
     EXPECT_EQ(m_bus.Query("*OPC?"), "1");
-    EXPECT_EQ(m_instrument.spSink->m_takeResult, E_ABORT);
+    EXPECT_EQ(m_instrument.sink->m_takeResult, E_ABORT);
     EXPECT_EQ(Errors(), kUnterminated);
 }
 
@@ -395,16 +395,16 @@ TEST_F(Bus, LocalInstrumentChangesNothing)
     }
     EXPECT_EQ(m_bus->GroupExecuteTrigger(), S_FALSE);
     EXPECT_EQ(m_bus.Query("*ESE 4;*ESE?;SYST:ERR?"), "4;-201,\"Invalid while in local\"");
-    EXPECT_EQ(m_instrument.spDevice->m_resets, 0);
+    EXPECT_EQ(m_instrument.device->m_resets, 0);
     m_bus->SetRemoteEnable(true);
     EXPECT_EQ(m_bus.Query("INT 7;:LAST?"), "\"2:0:7;\"") << "addressed, it is remote again";
 }
 
 TEST_F(Bus, RemoteLocalAndLockout)
 {
-    const auto spPanel = AtRoot<IZOScpiRemoteControl>();
-    m_spEvents->Take();
-    struct tagStep
+    const auto panel = AtRoot<IZOScpiRemoteControl>();
+    m_events->Take();
+    struct Step
     {
         const char* name;
         std::function<HRESULT()> action;
@@ -412,30 +412,30 @@ TEST_F(Bus, RemoteLocalAndLockout)
         const char* events;
         const char* states; ///< remote, locked out
     };
-    const tagStep steps[] = {
+    const Step steps[] = {
         {"message",
          [&] { return m_bus.Query("*OPC?") == "1" ? S_OK : E_FAIL; },
          S_OK,
          "Remote Begin End",
          "R-"},
-        {"panel", [&] { return spPanel->GotoLocal(); }, S_OK, "Local", "--"},
-        {"panel again", [&] { return spPanel->GotoLocal(); }, S_FALSE, "", "--"},
+        {"panel", [&] { return panel->GotoLocal(); }, S_OK, "Local", "--"},
+        {"panel again", [&] { return panel->GotoLocal(); }, S_FALSE, "", "--"},
         {"LLO", [&] { return m_bus->LocalLockout(); }, S_OK, "Lock", "-L"},
         {"addressed", [&] { return m_bus->GotoRemote(); }, S_OK, "Remote", "RL"},
-        {"panel, locked", [&] { return spPanel->GotoLocal(); }, E_ACCESSDENIED, "", "RL"},
+        {"panel, locked", [&] { return panel->GotoLocal(); }, E_ACCESSDENIED, "", "RL"},
         {"GTL", [&] { return m_bus->GotoLocal(); }, S_OK, "Local", "-L"},
-        {"remote by the panel", [&] { return spPanel->GotoRemote(); }, S_OK, "Remote", "RL"},
+        {"remote by the panel", [&] { return panel->GotoRemote(); }, S_OK, "Remote", "RL"},
         {"REN off", [&] { return m_bus->SetRemoteEnable(false); }, S_OK, "Unlock Local", "--"},
         {"LLO without REN", [&] { return m_bus->LocalLockout(); }, S_FALSE, "", "--"},
     };
-    for (const tagStep& step : steps)
+    for (const Step& step : steps)
     {
         EXPECT_EQ(step.action(), step.result) << step.name;
-        EXPECT_EQ(m_spEvents->Take(), step.events) << step.name;
+        EXPECT_EQ(m_events->Take(), step.events) << step.name;
         short remote = 0;
         short lockout = 0;
-        spPanel->get_RemoteState(&remote);
-        spPanel->get_LocalLockoutState(&lockout);
+        panel->get_RemoteState(&remote);
+        panel->get_LocalLockoutState(&lockout);
         const tagZO_SCPI_CHANNEL_STATUS shown = m_bus->Status();
         EXPECT_EQ(std::string(remote != 0 ? "R" : "-") + (lockout != 0 ? "L" : "-"), step.states)
             << step.name;
@@ -456,7 +456,7 @@ TEST_F(Bus, TellsTheDeviceHandlerOfTheApplication)
         {[&] { AtRoot<IZOScpiDeviceManagement>()->SystemPreset(); }, "P"},
         {[&] { m_bus->GotoRemote(); }, "R"},
         {[&] {
-             Enter(m_bus, "TAKE 2000000,#72000000abc", m_instrument.spSink->m_takeEntered, false);
+             Enter(m_bus, "TAKE 2000000,#72000000abc", m_instrument.sink->m_takeEntered, false);
              m_bus->DeviceClear(CBusController::kTimeoutMs);
          },
          "baC"},
@@ -464,16 +464,16 @@ TEST_F(Bus, TellsTheDeviceHandlerOfTheApplication)
     for (const auto& [act, events] : rows)
     {
         act();
-        EXPECT_EQ(m_instrument.spDevice->TakeEvents(), events);
+        EXPECT_EQ(m_instrument.device->TakeEvents(), events);
     }
 }
 
 TEST_F(Bus, TellsObserversAndItsProperties)
 {
-    m_spEvents->Take();
+    m_events->Take();
     m_bus.Query("*RST;*TRG;*OPC?");
     AtRoot<IZOScpiDeviceManagement>()->SystemPreset();
-    EXPECT_EQ(m_spEvents->Take(), "Remote Begin Reset Trigger End Preset");
+    EXPECT_EQ(m_events->Take(), "Remote Begin Reset Trigger End Preset");
     CSmartScpiChannelInfo info;
     EXPECT_EQ(m_bus->get_ChannelProperties(info.operator->()), S_OK);
     EXPECT_STREQ(info->bsName, L"BUS 7");
@@ -481,7 +481,7 @@ TEST_F(Bus, TellsObserversAndItsProperties)
     EXPECT_EQ(info->iMessages, 1);
     EXPECT_EQ(info->iBytesSent, 2);
     m_bus->Disconnect();
-    EXPECT_EQ(m_spEvents->Take(), "Broken");
+    EXPECT_EQ(m_events->Take(), "Broken");
     EXPECT_EQ(m_bus->Connect(), S_OK);
     EXPECT_EQ(m_bus.Query("*OPC?"), "1") << "connected again";
 }
@@ -500,26 +500,26 @@ public:
 TEST(BusChannel, DeadlockFreesBothSides)
 {
     // Stands for a kernel that answers before it has read the whole message.
-    const auto spKernel = CComObject<CErrorCollector, IZOScpiChannelServiceProvider>::Create();
-    const auto spChannel = CBusChannelObject::Create(tagBusSettings{.iInputBuffer = 16, .iOutputBuffer = 4});
-    spChannel->Open();
-    spChannel->SetServiceProvider(spKernel);
+    const auto kernel = CComObject<CErrorCollector, IZOScpiChannelServiceProvider>::Create();
+    const auto channel = CBusChannelObject::Create(BusSettings{.inputBuffer = 16, .outputBuffer = 4});
+    channel->Open();
+    channel->SetServiceProvider(kernel);
     HRESULT sent = E_FAIL;
-    std::thread controller([&] { sent = spChannel->Send(std::string(100, 'x')); });
+    std::thread controller([&] { sent = channel->Send(std::string(100, 'x')); });
     unsigned char data[] = "an answer";
     unsigned long count = 0;
-    EXPECT_TRUE(Eventually([&] { return spChannel->Read(1, data, &count) == S_OK && count == 1; }));
-    EXPECT_EQ(spChannel->Write(sizeof data, data, &count), E_ABORT);
-    EXPECT_EQ(spChannel->ProgramMessageEnd(), S_OK);
+    EXPECT_TRUE(Eventually([&] { return channel->Read(1, data, &count) == S_OK && count == 1; }));
+    EXPECT_EQ(channel->Write(sizeof data, data, &count), E_ABORT);
+    EXPECT_EQ(channel->ProgramMessageEnd(), S_OK);
     unsigned long total = 1;
     EXPECT_TRUE(Eventually([&] {
-        spChannel->Read(sizeof data, data, &count);
+        channel->Read(sizeof data, data, &count);
         return (total += count) == 101;
     })) << "the message and the line feed of its END";
     controller.join();
     EXPECT_EQ(sent, S_OK);
-    EXPECT_EQ(spKernel->m_codes, std::vector<short>{-430});
-    spChannel->SetServiceProvider(nullptr);
+    EXPECT_EQ(kernel->m_codes, std::vector<short>{-430});
+    channel->SetServiceProvider(nullptr);
 }
 
 } // namespace

@@ -44,7 +44,7 @@ protected:
     TcpServer() { m_server.Start(); }
 
     CScpiClient Connect() { return CScpiClient(m_server.Port()); }
-    CTestSink& Sink() { return *m_instrument.spSink; }
+    CTestSink& Sink() { return *m_instrument.sink; }
 
     /// Waits until only so many sessions are left; the server notices a client's end by itself.
     void ExpectSessions(std::size_t count)
@@ -57,8 +57,8 @@ protected:
         EXPECT_EQ(m_instrument.kernel.SessionCount(), count);
     }
 
-    tagTestInstrument m_instrument;
-    CTcpServer m_server{{.iPort = 0, .iMaxSessions = 40}};
+    TestInstrument m_instrument;
+    CTcpServer m_server{{.port = 0, .maxSessions = 40}};
 };
 
 TEST_F(TcpServer, ServesManyClientsAtOnceAndOneCommandAtATime)
@@ -81,7 +81,7 @@ TEST_F(TcpServer, ServesManyClientsAtOnceAndOneCommandAtATime)
     {
         thread.join();
     }
-    EXPECT_FALSE(Sink().m_bOverlapped);
+    EXPECT_FALSE(Sink().m_overlapped);
     ExpectSessions(0);
 }
 
@@ -106,16 +106,16 @@ TEST_F(TcpServer, AnswersAClientThatHasFinishedSending)
     EXPECT_EQ(client.ReadLine(), "1");
     EXPECT_EQ(client.ReadLine(), "Maker,Model,123,1.0");
     EXPECT_TRUE(client.IsClosedByServer());
-    EXPECT_EQ(m_instrument.spDevice->m_resets, 0) << "a message without line feed was run";
+    EXPECT_EQ(m_instrument.device->m_resets, 0) << "a message without line feed was run";
 }
 
-struct tagDisconnect
+struct DisconnectCase
 {
     const char* name;
     const char* sent;
 };
 
-class Disconnect : public TcpServer, public testing::WithParamInterface<tagDisconnect>
+class Disconnect : public TcpServer, public testing::WithParamInterface<DisconnectCase>
 {};
 
 TEST_P(Disconnect, EndsThatSessionOnly)
@@ -135,11 +135,11 @@ TEST_P(Disconnect, EndsThatSessionOnly)
 
 INSTANTIATE_TEST_SUITE_P(InTheMiddleOf,
                          Disconnect,
-                         testing::Values(tagDisconnect{"Message", "*ID"},
-                                         tagDisconnect{"Block", "BLOCk #9100000000abc"},
-                                         tagDisconnect{"Response", "BLOCk?\n"},
-                                         tagDisconnect{"Operation", "OVER;*OPC?\n"},
-                                         tagDisconnect{"Wait", "OVER;OVER;*WAI;*IDN?\n"}),
+                         testing::Values(DisconnectCase{"Message", "*ID"},
+                                         DisconnectCase{"Block", "BLOCk #9100000000abc"},
+                                         DisconnectCase{"Response", "BLOCk?\n"},
+                                         DisconnectCase{"Operation", "OVER;*OPC?\n"},
+                                         DisconnectCase{"Wait", "OVER;OVER;*WAI;*IDN?\n"}),
                          [](const auto& row) { return row.param.name; });
 
 class StopServer : public Disconnect
@@ -160,10 +160,10 @@ TEST_P(StopServer, EndsASessionWhateverItDoes)
 
 INSTANTIATE_TEST_SUITE_P(InTheMiddleOf,
                          StopServer,
-                         testing::Values(tagDisconnect{"Reading", ""},
-                                         tagDisconnect{"Block", "BLOCk #9100000000abc"},
-                                         tagDisconnect{"Writing", "BLOCk?;BLOCk?;BLOCk?\n"},
-                                         tagDisconnect{"Operation", "OVER;*OPC?\n"}),
+                         testing::Values(DisconnectCase{"Reading", ""},
+                                         DisconnectCase{"Block", "BLOCk #9100000000abc"},
+                                         DisconnectCase{"Writing", "BLOCk?;BLOCk?;BLOCk?\n"},
+                                         DisconnectCase{"Operation", "OVER;*OPC?\n"}),
                          [](const auto& row) { return row.param.name; });
 
 /// Interrupts all threads of servers by a signal that restarts no system call.
@@ -216,22 +216,22 @@ TEST_F(TcpServer, TellsAClientBeyondTheLimit)
 
 TEST_F(TcpServer, ChangeOfApplicationsIsSeenWholeBySessionsThatTalk)
 {
-    std::atomic<bool> bDone{false};
+    std::atomic<bool> done{false};
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)
     {
-        threads.emplace_back([this, &bDone] {
+        threads.emplace_back([this, &done] {
             CScpiClient client = Connect();
-            while (!bDone)
+            while (!done)
             {
                 // The table is seen whole or not at all; the application can leave between two commands.
                 const std::string answers = client.Query("*OPC?;:EXTR:LIST? 1;:EXTR:PAGE? 2");
                 const std::string error = client.Query("SYST:ERR:ALL?");
-                const bool bWhole = answers == "1;0;0,0.5" && error == "0,\"No error\"";
-                const bool bUnknown = answers == "1" && error == "-113,\"Undefined header;:EXTR:LIST?\"";
-                const bool bLeft = (answers == "1" || answers == "1;0") &&
-                                   error == "-113,\"Undefined header;Application has left\"";
-                ASSERT_TRUE(bWhole || bUnknown || bLeft) << answers << ' ' << error;
+                const bool whole = answers == "1;0;0,0.5" && error == "0,\"No error\"";
+                const bool unknown = answers == "1" && error == "-113,\"Undefined header;:EXTR:LIST?\"";
+                const bool left = (answers == "1" || answers == "1;0") &&
+                                  error == "-113,\"Undefined header;Application has left\"";
+                ASSERT_TRUE(whole || unknown || left) << answers << ' ' << error;
             }
         });
     }
@@ -245,7 +245,7 @@ TEST_F(TcpServer, ChangeOfApplicationsIsSeenWholeBySessionsThatTalk)
         ASSERT_EQ(m_instrument.Register(extra, id), S_OK);
         ASSERT_EQ(m_instrument.kernel.ObjectRegistration().UnregisterObject(id), S_OK);
     }
-    bDone = true;
+    done = true;
     for (std::thread& thread : threads)
     {
         thread.join();
@@ -254,19 +254,19 @@ TEST_F(TcpServer, ChangeOfApplicationsIsSeenWholeBySessionsThatTalk)
 
 TEST(TcpServerStart, RefusesWhatItCannotListenOn)
 {
-    tagTestInstrument instrument;
-    CTcpServer first({.iPort = 0});
+    TestInstrument instrument;
+    CTcpServer first({.port = 0});
     first.Start();
-    CTcpServer sameport({.iPort = first.Port()});
+    CTcpServer sameport({.port = first.Port()});
     EXPECT_THROW(sameport.Start(), std::system_error);
-    CTcpServer name({.sAddress = "not-an-address", .iPort = 0});
+    CTcpServer name({.address = "not-an-address", .port = 0});
     EXPECT_THROW(name.Start(), std::system_error);
 }
 
 TEST(TcpServerStart, ListensOnIpv6)
 {
-    tagTestInstrument instrument;
-    CTcpServer server({.sAddress = "[::1]", .iPort = 0});
+    TestInstrument instrument;
+    CTcpServer server({.address = "[::1]", .port = 0});
     server.Start();
     EXPECT_EQ(server.Endpoint(), "[::1]:" + std::to_string(server.Port()));
     EXPECT_EQ(CScpiClient(server.Port(), "::1").Query("*OPC?"), "1");
