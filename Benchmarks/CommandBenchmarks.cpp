@@ -67,7 +67,7 @@ public:
           m_sink(CComObject<CBenchmarkApplication, IZOScpiExecutionSink>::Create())
     {
         RegisterBenchmarkApplication(m_kernel, m_tree, m_sink);
-        m_session = std::make_unique<CSession>(m_kernel);
+        m_session = std::make_unique<CSession>(m_kernel.Parts());
     }
 
     CRemoteKernel& Kernel() { return m_kernel; }

@@ -6,10 +6,12 @@
 //   of a few bytes, against a bare exchange of as many bytes
 
 #include "CBenchmarkApplication.h"
+#include "CComObject.h"
 #include "CCommandTree.h"
 #include "CRatioReporter.h"
 #include "CRemoteKernel.h"
 #include "CTcpServer.h"
+#include "CUniqueHandle.h"
 
 #include <arpa/inet.h>
 #include <functional>

@@ -55,14 +55,14 @@ std::string WithoutLengths(std::string text)
 std::string Converse(const std::string& text, std::size_t piece)
 {
     TestInstrument instrument;
-    SetEvent(instrument.spSink->m_holdRelease.Get());
+    SetEvent(instrument.sink->m_holdRelease.Get());
     CPieces source(text, piece);
-    CSession session(instrument.kernel, kLimits, -1, &source);
+    CSession session(instrument.kernel.Parts(), kLimits, {.source = &source});
     std::string responses;
     for (bool more = true; more;)
     {
         const Received received = source.Receive(session.InputSpace(), -1, -1);
-        session.CommitInput(received.iCount);
+        session.CommitInput(received.count);
         while (session.ExecuteNext())
         {
             responses += session.Response();

@@ -1,16 +1,20 @@
 #include "CRemoteKernel.h"
 
+#include "BuiltIn/BuiltInTable.h"
 #include "Root.h"
 #include "Services/CChannelManagement.h"
 #include "Services/CDeviceManagement.h"
+#include "Services/CMultichannelAdministration.h"
 #include "Services/CMultichannelFunctionality.h"
 #include "Services/CParserLanguage.h"
 #include "Services/CParserManagement.h"
 #include "Services/CScpiTree.h"
 #include "Sessions/CRemoteControl.h"
-#include "Sessions/CSession.h"
+#include "Sessions/KernelParts.h"
 
+#include <mutex>
 #include <utility>
+#include <vector>
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -21,12 +25,13 @@ namespace
 KernelParts MakeParts(InstrumentIdentity identity)
 {
     KernelParts parts;
-    parts.registry = CApplicationRegistryObject::Create(std::move(identity));
+    parts.registry = CApplicationRegistryObject::Create(std::move(identity), BuiltInTable());
     parts.errors = CErrorObject::Create();
     parts.status = CStatusObject::Create();
     parts.operations = COperationsObject::Create();
     parts.format = CDefaultFormatObject::Create();
     parts.newTrace = CMessageTraceObject::Create();
+    parts.sessions = std::make_shared<CSessionList>();
     parts.paths = std::make_shared<CPathTable>();
     parts.gate = std::make_shared<CParserGate>();
     parts.events = std::make_shared<CEventDistributor>(parts.registry);
@@ -36,54 +41,74 @@ KernelParts MakeParts(InstrumentIdentity identity)
 
 } // namespace
 
-CRemoteKernel::CRemoteKernel(InstrumentIdentity identity, const SessionLimits& limits)
+class CRemoteKernel::CImplementation
+{
+public:
+    CImplementation(InstrumentIdentity identity, const SessionLimits& limits);
+
+    HRESULT Start();
+    void Stop();
+    const KernelParts& Parts() const noexcept { return m_parts; }
+
+private:
+    using CAdministrationObject = CComObject<CMultichannelAdministration, IZOScpiMultichannelAdministration>;
+
+    void MakeServices();
+    template <class TInterface>
+    void AddService(TInterface* service);
+    template <class TObject, class TInterface, class... TArguments>
+    void MakeService(TArguments&&... arguments);
+    void UnregisterAtRoot() noexcept;
+
+    const KernelParts m_parts;
+    const CComPtr<CAdministrationObject> m_administration;
+    std::vector<std::pair<const IID*, CComPtr<IUnknown>>> m_services; // constant after construction
+
+    std::mutex m_startMutex;
+    bool m_atRoot = false; // guarded by m_startMutex
+};
+
+CRemoteKernel::CImplementation::CImplementation(InstrumentIdentity identity, const SessionLimits& limits)
     : m_parts(MakeParts(std::move(identity))),
-      m_administration(CAdministrationObject::Create(*this, m_parts, limits))
+      m_administration(CAdministrationObject::Create(m_parts, limits))
 {
     MakeServices();
 }
 
-template <class TObject, class TInterface, class... TArguments>
-void CRemoteKernel::AddService(TArguments&&... arguments)
+template <class TInterface>
+void CRemoteKernel::CImplementation::AddService(TInterface* service)
 {
-    const CComPtr<TInterface> sspService(
-        CComObject<TObject, TInterface>::Create(std::forward<TArguments>(arguments)...));
-    m_services.emplace_back(&TInterface::kInterfaceId, CComPtr<IUnknown>(sspService));
+    m_services.emplace_back(&TInterface::kInterfaceId, CComPtr<IUnknown>(service));
 }
 
-void CRemoteKernel::MakeServices()
+template <class TObject, class TInterface, class... TArguments>
+void CRemoteKernel::CImplementation::MakeService(TArguments&&... arguments)
+{
+    const CComPtr<TInterface> service(
+        CComObject<TObject, TInterface>::Create(std::forward<TArguments>(arguments)...));
+    AddService<TInterface>(service);
+}
+
+void CRemoteKernel::CImplementation::MakeServices()
 {
     constexpr long kAllPaths = ApplicationParts::kAllPaths;
-    m_services = {
-        {&IID_IZOScpiObjectRegistration, CComPtr<IUnknown>(&ObjectRegistration())},
-        {&IID_IZOScpiErrorManagement, CComPtr<IUnknown>(&ErrorManagement())},
-        {&IID_IZOScpiPendingOperations, CComPtr<IUnknown>(&PendingOperations())},
-        {&IID_IZOScpiStatusManagement, CComPtr<IUnknown>(&StatusManagement())},
-        {&IID_IZOScpiSubsystemFormat,
-         CComPtr<IUnknown>(static_cast<IZOScpiSubsystemFormat*>(m_parts.format))},
-        {&IID_IZOScpiTraceManagement,
-         CComPtr<IUnknown>(static_cast<IZOScpiTraceManagement*>(m_parts.newTrace))},
-        {&IID_IZOScpiMultichannelAdministration,
-         CComPtr<IUnknown>(static_cast<IZOScpiMultichannelAdministration*>(m_administration))},
-    };
-    AddService<CParserManagement, IZOScpiParserManagement>(m_parts, kAllPaths);
-    AddService<CRemoteControl, IZOScpiRemoteControl>(m_parts, nullptr);
-    AddService<CChannelManagement, IZOScpiChannelManagement>(m_parts, nullptr);
-    AddService<CDeviceManagement, IZOScpiDeviceManagement>(m_parts, kAllPaths);
-    AddService<CParserLanguage, IZOScpiParserLanguage>(m_parts);
-    AddService<CScpiTree, IZOScpiTree>(m_parts);
-    AddService<CMultichannelFunctionality, IZOScpiMultichannelFunctionality>(m_parts);
+    AddService<IZOScpiObjectRegistration>(m_parts.registry);
+    AddService<IZOScpiErrorManagement>(m_parts.errors);
+    AddService<IZOScpiPendingOperations>(m_parts.operations);
+    AddService<IZOScpiStatusManagement>(m_parts.status);
+    AddService<IZOScpiSubsystemFormat>(m_parts.format);
+    AddService<IZOScpiTraceManagement>(m_parts.newTrace);
+    AddService<IZOScpiMultichannelAdministration>(m_administration);
+    MakeService<CParserManagement, IZOScpiParserManagement>(m_parts, kAllPaths);
+    MakeService<CRemoteControl, IZOScpiRemoteControl>(m_parts, nullptr);
+    MakeService<CChannelManagement, IZOScpiChannelManagement>(m_parts, nullptr);
+    MakeService<CDeviceManagement, IZOScpiDeviceManagement>(m_parts, kAllPaths);
+    MakeService<CParserLanguage, IZOScpiParserLanguage>(m_parts);
+    MakeService<CScpiTree, IZOScpiTree>(m_parts);
+    MakeService<CMultichannelFunctionality, IZOScpiMultichannelFunctionality>(m_parts);
 }
 
-CRemoteKernel::~CRemoteKernel()
-{
-    Stop();
-    // A connection that was ended from within one of its own commands is still on its way back.
-    std::unique_lock lock(m_mutex);
-    m_noSession.wait(lock, [this] { return m_sessions.empty(); });
-}
-
-HRESULT CRemoteKernel::Start()
+HRESULT CRemoteKernel::CImplementation::Start()
 {
     const std::lock_guard lock(m_startMutex);
     CComPtr<IZORoot> root;
@@ -105,7 +130,7 @@ HRESULT CRemoteKernel::Start()
     return S_OK;
 }
 
-void CRemoteKernel::UnregisterAtRoot() noexcept
+void CRemoteKernel::CImplementation::UnregisterAtRoot() noexcept
 {
     CComPtr<IZORoot> root;
     if (std::exchange(m_atRoot, false) && SUCCEEDED(GetRoot(&root)))
@@ -117,20 +142,13 @@ void CRemoteKernel::UnregisterAtRoot() noexcept
     }
 }
 
-void CRemoteKernel::Stop()
+void CRemoteKernel::CImplementation::Stop()
 {
     {
         const std::lock_guard lock(m_startMutex);
         UnregisterAtRoot();
     }
-    {
-        const std::lock_guard lock(m_mutex);
-        m_stopped = true;
-        for (CSession* session : m_sessions)
-        {
-            session->Cancel();
-        }
-    }
+    m_parts.sessions->CancelAll();
     // Before the connections' threads are waited for, which may be in such a wait.
     m_parts.status->Stop();
     m_administration->Close();
@@ -138,27 +156,65 @@ void CRemoteKernel::Stop()
     m_parts.events->Close();
 }
 
+CRemoteKernel::CRemoteKernel(InstrumentIdentity identity, const SessionLimits& limits)
+    : m_implementation(std::make_unique<CImplementation>(std::move(identity), limits))
+{}
+
+CRemoteKernel::~CRemoteKernel()
+{
+    Stop();
+    // A connection that was ended from within one of its own commands is still on its way back.
+    Parts().sessions->WaitUntilEmpty();
+}
+
+HRESULT CRemoteKernel::Start()
+{
+    return m_implementation->Start();
+}
+
+void CRemoteKernel::Stop()
+{
+    m_implementation->Stop();
+}
+
+void CRemoteKernel::PowerOn(const PowerOnStatus& status, IPowerOnStore* store)
+{
+    Parts().status->PowerOn(status, store);
+}
+
+std::shared_ptr<IRegisteredApplication> CRemoteKernel::FindApplication(const GUID& id) const
+{
+    return Parts().registry->FindApplication(id);
+}
+
+IZOScpiObjectRegistration& CRemoteKernel::ObjectRegistration() noexcept
+{
+    return *Parts().registry;
+}
+
+IZOScpiErrorManagement& CRemoteKernel::ErrorManagement() noexcept
+{
+    return *Parts().errors;
+}
+
+IZOScpiPendingOperations& CRemoteKernel::PendingOperations() noexcept
+{
+    return *Parts().operations;
+}
+
+IZOScpiStatusManagement& CRemoteKernel::StatusManagement() noexcept
+{
+    return *Parts().status;
+}
+
+const KernelParts& CRemoteKernel::Parts() const noexcept
+{
+    return m_implementation->Parts();
+}
+
 std::size_t CRemoteKernel::SessionCount() const
 {
-    const std::lock_guard lock(m_mutex);
-    return m_sessions.size();
-}
-
-void CRemoteKernel::AddSession(CSession& session)
-{
-    const std::lock_guard lock(m_mutex);
-    m_sessions.insert(&session);
-    if (m_stopped)
-    {
-        session.Cancel();
-    }
-}
-
-void CRemoteKernel::RemoveSession(CSession& session) noexcept
-{
-    const std::lock_guard lock(m_mutex);
-    m_sessions.erase(&session);
-    m_noSession.notify_all();
+    return Parts().sessions->Count();
 }
 
 } // namespace ZoVelkor::RemoteKernel

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Applications/CApplication.h"
 #include "CApplicationRegistration.h"
 #include "CRemoteKernel.h"
 
@@ -41,7 +40,7 @@ public:
 
 private:
     TInstrument& m_instrument;
-    std::shared_ptr<RemoteKernel::CApplication> m_application;
+    std::shared_ptr<RemoteKernel::IRegisteredApplication> m_application;
 };
 
 } // namespace ZoVelkor::Demo

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "CInstrumentRegistry.h"
-#include "CRemoteKernel.h"
+#include "InstrumentIdentity.h"
 
 namespace ZoVelkor::Demo
 {

@@ -96,6 +96,12 @@ CApplication::Engine CApplication::MakeEngineLocked()
     return engine;
 }
 
+HRESULT CApplication::RunBetweenCommands(const std::function<HRESULT()>& work)
+{
+    const std::lock_guard lock(m_mutex);
+    return m_parts.sink == nullptr ? E_ABORT : GuardedEntry(work);
+}
+
 void CApplication::ReleaseEngine(long remotePath) noexcept
 {
     // No command of the path is running any more, so nobody uses the engine.

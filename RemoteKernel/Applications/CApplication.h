@@ -4,12 +4,14 @@
 #include "CComPtr.h"
 #include "GuardedEntry.h"
 #include "Guid.h"
+#include "IRegisteredApplication.h"
 #include "IZOScpiDeviceHandler.h"
 #include "IZOScpiExecutionSink.h"
 #include "IZOScpiMultichannelParser.h"
 #include "Parsing/ParsedCommand.h"
 #include "ScpiParserTree.h"
 
+#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
@@ -58,7 +60,7 @@ struct ApplicationNews
 /// It has its own copy of the command table, so sessions that still hold an old command index never read
 /// memory that the application has freed. Sink and device handler are called one at a time, under the
 /// application's lock. Threads: any operation from any thread, but not from inside a handler.
-class CApplication
+class CApplication final : public IRegisteredApplication
 {
 public:
     /// The kernel's own commands, which only touch their session and run without lock.
@@ -102,17 +104,7 @@ public:
         return GuardedEntry([&]() -> HRESULT { return call(*m_parts.deviceHandler); });
     }
 
-    /// Runs work on the application's state while none of its commands runs and none begins. Not from inside
-    /// a handler of the same application.
-    ///
-    /// @param work  of the form HRESULT()
-    /// @return its result; E_ABORT, and nothing was run, when the application has left
-    template <class TWork>
-    HRESULT RunBetweenCommands(TWork&& work)
-    {
-        const std::lock_guard lock(m_mutex);
-        return m_parts.sink == nullptr ? E_ABORT : GuardedEntry(std::forward<TWork>(work));
-    }
+    HRESULT RunBetweenCommands(const std::function<HRESULT()>& work) override;
 
     /// Gives the engine of a remote path back that has ended. Does not wait for a command of another path.
     void ReleaseEngine(long remotePath) noexcept;

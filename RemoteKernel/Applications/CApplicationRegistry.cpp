@@ -1,6 +1,5 @@
 #include "CApplicationRegistry.h"
 
-#include "BuiltIn/BuiltInTable.h"
 #include "CComBSTR.h"
 #include "CodePage.h"
 #include "ErrorRaising.h"
@@ -9,7 +8,6 @@
 #include "Parsing/CommandTableCheck.h"
 
 #include <algorithm>
-#include <span>
 #include <utility>
 
 namespace ZoVelkor::RemoteKernel
@@ -47,10 +45,11 @@ void AppendIdentityField(std::string& response, const std::string& field)
 
 } // namespace
 
-CApplicationRegistry::CApplicationRegistry(InstrumentIdentity identity) : m_identity(std::move(identity))
+CApplicationRegistry::CApplicationRegistry(InstrumentIdentity identity,
+                                           std::span<const _CMD_SET_RECORD> builtIns)
+    : m_identity(std::move(identity))
 {
-    const std::span<const _CMD_SET_RECORD> table = BuiltInTable();
-    Publish({std::make_shared<CApplication>("kernel", table.data(), table.size())});
+    Publish({std::make_shared<CApplication>("kernel", builtIns.data(), builtIns.size())});
 }
 
 std::shared_ptr<const ApplicationSet> CApplicationRegistry::Current(std::uint64_t& generation) const

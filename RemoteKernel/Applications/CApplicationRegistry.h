@@ -3,27 +3,19 @@
 #include "CApplication.h"
 #include "CComObject.h"
 #include "IZOScpiObjectRegistration.h"
+#include "InstrumentIdentity.h"
 #include "Parsing/CCommandIndex.h"
 
 #include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <string>
 #include <vector>
 
 namespace ZoVelkor::RemoteKernel
 {
-
-/// The four fields of *IDN? (IEEE 488.2 section 10.14). An empty field is answered as 0; commas, semicolons
-/// and what is not printable ASCII are answered as blanks.
-struct InstrumentIdentity
-{
-    std::string manufacturer;
-    std::string model;
-    std::string serialNumber;
-    std::string firmwareLevel;
-};
 
 /// All that a program message needs to know of the registered applications; never changes.
 struct ApplicationSet
@@ -39,7 +31,8 @@ struct ApplicationSet
 class CApplicationRegistry : public IZOScpiObjectRegistration
 {
 public:
-    explicit CApplicationRegistry(InstrumentIdentity identity);
+    /// @param builtIns  table of the kernel's own commands; outlives the registry
+    CApplicationRegistry(InstrumentIdentity identity, std::span<const _CMD_SET_RECORD> builtIns);
     virtual ~CApplicationRegistry() = default;
 
     /// Results as the interface says; E_UNEXPECTED, reported, after Close.

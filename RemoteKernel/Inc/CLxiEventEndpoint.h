@@ -1,8 +1,8 @@
 #pragma once
 
 #include "CLxiErrorStorage.h"
+#include "CLxiEventLog.h"
 #include "ILxiEventObserver.h"
-#include "Lxi/CLxiEventLog.h"
 
 #include <cstddef>
 #include <cstdint>

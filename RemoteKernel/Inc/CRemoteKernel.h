@@ -1,21 +1,22 @@
 #pragma once
 
-#include "Services/CMultichannelAdministration.h"
+#include "Guid.h"
+#include "IPowerOnStore.h"
+#include "IRegisteredApplication.h"
+#include "IZOScpiErrorManagement.h"
+#include "IZOScpiObjectRegistration.h"
+#include "IZOScpiPendingOperations.h"
+#include "IZOScpiStatusManagement.h"
+#include "InstrumentIdentity.h"
 #include "SessionLimits.h"
-#include "Sessions/KernelParts.h"
 
-#include <condition_variable>
 #include <cstddef>
 #include <memory>
-#include <mutex>
-#include <set>
-#include <utility>
-#include <vector>
 
 namespace ZoVelkor::RemoteKernel
 {
 
-class CSession;
+struct KernelParts;
 
 /// The instrument's remote control: registered applications, their command index, and the services that
 /// sessions share.
@@ -54,52 +55,30 @@ public:
     /// session; without it the kernel keeps nothing.
     ///
     /// @param store  borrowed, as long as there are sessions; hears of *PSC, and of masks while it is 0
-    void PowerOn(const PowerOnStatus& status, IPowerOnStore* store)
-    {
-        m_parts.status->PowerOn(status, store);
-    }
+    void PowerOn(const PowerOnStatus& status, IPowerOnStore* store);
 
-    /// Finds an application, for work on its state beside its commands: CApplication::RunBetweenCommands.
+    /// Finds an application, for work on its state beside its commands.
     ///
     /// @param id  that it is unregistered with
     /// @return null when there is none
-    std::shared_ptr<CApplication> FindApplication(const GUID& id) const
-    {
-        return m_parts.registry->FindApplication(id);
-    }
+    std::shared_ptr<IRegisteredApplication> FindApplication(const GUID& id) const;
 
     /// Services by interface; borrowed, as long as the kernel lives.
-    IZOScpiObjectRegistration& ObjectRegistration() noexcept { return *m_parts.registry; }
-    IZOScpiErrorManagement& ErrorManagement() noexcept { return *m_parts.errors; }
-    IZOScpiPendingOperations& PendingOperations() noexcept { return *m_parts.operations; }
-    IZOScpiStatusManagement& StatusManagement() noexcept { return *m_parts.status; }
+    IZOScpiObjectRegistration& ObjectRegistration() noexcept;
+    IZOScpiErrorManagement& ErrorManagement() noexcept;
+    IZOScpiPendingOperations& PendingOperations() noexcept;
+    IZOScpiStatusManagement& StatusManagement() noexcept;
+
+    /// What a session in process is made with: CSession session(kernel.Parts()). The class is the kernel's
+    /// own: tests and the like include it from the room Sessions.
+    const KernelParts& Parts() const noexcept;
 
     /// Sessions that are open, whatever their transport.
     std::size_t SessionCount() const;
 
 private:
-    friend class CSession;
-
-    using CAdministrationObject = CComObject<CMultichannelAdministration, IZOScpiMultichannelAdministration>;
-
-    void AddSession(CSession& session);
-    void RemoveSession(CSession& session) noexcept;
-    void MakeServices();
-    template <class TObject, class TInterface, class... TArguments>
-    void AddService(TArguments&&... arguments);
-    void UnregisterAtRoot() noexcept;
-
-    const KernelParts m_parts;
-    const CComPtr<CAdministrationObject> m_administration;
-    std::vector<std::pair<const IID*, CComPtr<IUnknown>>> m_services; // constant after construction
-
-    std::mutex m_startMutex;
-    bool m_atRoot = false; // guarded by m_startMutex
-
-    mutable std::mutex m_mutex;
-    std::condition_variable m_noSession;
-    std::set<CSession*> m_sessions; // guarded by m_mutex
-    bool m_stopped = false;         // guarded by m_mutex
+    class CImplementation;
+    const std::unique_ptr<CImplementation> m_implementation;
 };
 
 } // namespace ZoVelkor::RemoteKernel

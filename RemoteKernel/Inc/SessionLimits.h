@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Parsing/CMessageFramer.h"
+#include "MessageLimits.h"
 
 #include <cstddef>
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "CByteBuffer.h"
 #include "IZOScpiOutputBuffer.h"
-#include "Parsing/CByteBuffer.h"
 
 #include <atomic>
 #include <cstddef>

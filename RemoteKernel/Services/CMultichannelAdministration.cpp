@@ -22,11 +22,9 @@ CComPtr<IUnknown> Identity(IZOScpiChannel* channel)
 
 } // namespace
 
-CMultichannelAdministration::CMultichannelAdministration(CRemoteKernel& kernel,
-                                                         const KernelParts& parts,
+CMultichannelAdministration::CMultichannelAdministration(const KernelParts& parts,
                                                          const SessionLimits& limits)
-    : m_kernel(kernel),
-      m_parts(parts),
+    : m_parts(parts),
       m_limits(limits)
 {}
 
@@ -64,7 +62,7 @@ HRESULT CMultichannelAdministration::AddConnection(IZOScpiChannel* channel,
         const bool fresh = connection == nullptr;
         try
         {
-            connection = fresh ? CConnectionObject::Create(m_kernel, m_parts, m_limits, channel) : connection;
+            connection = fresh ? CConnectionObject::Create(m_parts, m_limits, channel) : connection;
         }
         catch (...)
         {

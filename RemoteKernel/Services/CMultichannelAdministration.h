@@ -11,14 +11,12 @@
 namespace ZoVelkor::RemoteKernel
 {
 
-class CRemoteKernel;
-
 /// The connections of a kernel, by channel. Threads: as the interface says.
 class CMultichannelAdministration : public IZOScpiMultichannelAdministration
 {
 public:
-    /// @param kernel  used until Close
-    CMultichannelAdministration(CRemoteKernel& kernel, const KernelParts& parts, const SessionLimits& limits);
+    /// @param limits  bounds of each connection's session
+    CMultichannelAdministration(const KernelParts& parts, const SessionLimits& limits);
     virtual ~CMultichannelAdministration() = default;
 
     HRESULT get_RemotePathCount(long* count) override;
@@ -35,7 +33,6 @@ public:
     void Close();
 
 private:
-    CRemoteKernel& m_kernel; // not used after Close
     const KernelParts m_parts;
     const SessionLimits m_limits;
     std::mutex m_mutex;

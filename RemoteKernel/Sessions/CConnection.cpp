@@ -52,15 +52,12 @@ std::wstring ChannelName(IZOScpiChannel* channel)
 
 } // namespace
 
-CConnection::CConnection(CRemoteKernel& kernel,
-                         const KernelParts& parts,
-                         const SessionLimits& limits,
-                         IZOScpiChannel* channel)
+CConnection::CConnection(const KernelParts& parts, const SessionLimits& limits, IZOScpiChannel* channel)
     : m_parts(parts),
       m_channel(channel),
       m_descriptor(WaitDescriptor(channel)),
       m_wake(MakeWakeEvent()),
-      m_session(std::make_unique<CSession>(kernel, limits, SessionTransport{m_descriptor, this, channel})),
+      m_session(std::make_unique<CSession>(parts, limits, SessionTransport{m_descriptor, this, channel})),
       m_path(m_session->Path())
 {}
 

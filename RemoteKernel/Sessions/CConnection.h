@@ -27,10 +27,7 @@ class CConnection : public IZOScpiChannelServiceProvider, private IByteSource
 public:
     /// @param channel  counted until End
     /// @throws std::system_error, std::bad_alloc
-    CConnection(CRemoteKernel& kernel,
-                const KernelParts& parts,
-                const SessionLimits& limits,
-                IZOScpiChannel* channel);
+    CConnection(const KernelParts& parts, const SessionLimits& limits, IZOScpiChannel* channel);
     CConnection(const CConnection&) = delete;
     CConnection& operator=(const CConnection&) = delete;
     virtual ~CConnection();

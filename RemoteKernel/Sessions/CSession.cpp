@@ -3,7 +3,6 @@
 #include "BuiltIn/CBuiltInCommands.h"
 #include "CPathErrorManagement.h"
 #include "CPathStatusManagement.h"
-#include "CRemoteKernel.h"
 #include "ScpiErrorCodes.h"
 
 #include <algorithm>
@@ -62,23 +61,23 @@ MakeServices(const std::shared_ptr<CRemotePath>& path,
 
 } // namespace
 
-CSession::CSession(CRemoteKernel& kernel, const SessionLimits& limits, const SessionTransport& transport)
-    : m_kernel(kernel),
+CSession::CSession(const KernelParts& parts, const SessionLimits& limits, const SessionTransport& transport)
+    : m_parts(parts),
       m_output(CSessionOutput::Create(limits.maxResponse)),
       m_format(CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>::Create(m_output)),
       m_breakEvent(MakeSharedEvent("No event for a session")),
       m_status(std::make_shared<CSessionStatus>(m_breakEvent)),
       m_errors(std::make_shared<CErrorQueue>(limits.errorQueueDepth, m_status)),
-      m_path(OpenPath(*kernel.m_parts.paths)),
-      m_services(MakeServices(m_path, kernel.m_parts, m_format)),
+      m_path(OpenPath(*m_parts.paths)),
+      m_services(MakeServices(m_path, m_parts, m_format)),
       m_context(static_cast<IZOScpiManager*>(m_services)),
       m_builtIns(std::make_unique<CBuiltInCommands>(BuiltInContext{*m_output,
                                                                    *m_format,
                                                                    *m_errors,
-                                                                   *kernel.m_parts.operations,
+                                                                   *m_parts.operations,
                                                                    *m_status,
-                                                                   *kernel.m_parts.status,
-                                                                   *kernel.m_parts.events,
+                                                                   *m_parts.status,
+                                                                   *m_parts.events,
                                                                    m_applications,
                                                                    m_path->Number(),
                                                                    m_breakEvent->Get(),
@@ -96,21 +95,21 @@ void CSession::AddPath(const SessionTransport& transport)
     const long path = m_path->Number();
     try
     {
-        if (!m_kernel.m_parts.operations->AddPath(path))
+        if (!m_parts.operations->AddPath(path))
         {
             throw std::system_error(EMFILE, std::generic_category(), "No event for a session");
         }
-        m_kernel.m_parts.errors->AddPath(path, m_errors);
-        m_kernel.m_parts.status->AddPath(path, m_status);
-        m_kernel.m_parts.format->CopySettingsTo(*m_format);
+        m_parts.errors->AddPath(path, m_errors);
+        m_parts.status->AddPath(path, m_status);
+        m_parts.format->CopySettingsTo(*m_format);
         m_path->SetFormat(CComPtr<IZOScpiSubsystemFormat>(m_format));
         if (transport.channel != nullptr)
         {
             m_path->AttachChannel(transport.channel);
             SetServiceRequestObserver(m_path.get());
         }
-        m_status->Enable(m_kernel.m_parts.status->PowerOnMasks());
-        m_kernel.AddSession(*this);
+        m_status->Enable(m_parts.status->PowerOnMasks());
+        m_parts.sessions->Add(*this);
         m_path->Publish();
     }
     catch (...)
@@ -124,20 +123,20 @@ CSession::~CSession()
 {
     Cancel();
     RemovePath();
-    m_kernel.RemoveSession(*this); // last: the kernel may go then
+    m_parts.sessions->Remove(*this); // last: the kernel may go then
 }
 
 void CSession::RemovePath() noexcept
 {
     const long path = m_path->Number();
     SetServiceRequestObserver(nullptr);
-    m_kernel.m_parts.errors->RemovePath(path);
-    m_kernel.m_parts.operations->RemovePath(path);
-    m_kernel.m_parts.status->RemovePath(path);
-    m_kernel.m_parts.registry->ReleaseEngines(path);
-    m_kernel.m_parts.gate->Start(path);
+    m_parts.errors->RemovePath(path);
+    m_parts.operations->RemovePath(path);
+    m_parts.status->RemovePath(path);
+    m_parts.registry->ReleaseEngines(path);
+    m_parts.gate->Start(path);
     // Last: from here on the number may stand for another path.
-    m_kernel.m_parts.paths->Close(*m_path);
+    m_parts.paths->Close(*m_path);
 }
 
 void CSession::Break(int reason) noexcept
@@ -154,7 +153,7 @@ void CSession::Break(int reason) noexcept
             SetEvent(m_path->DeviceClearEvent()->Get());
         }
     }
-    m_kernel.m_parts.gate->Wake();
+    m_parts.gate->Wake();
 }
 
 void CSession::GoOn() noexcept
@@ -208,11 +207,11 @@ void CSession::FinishClear()
 void CSession::TellDeviceClear()
 {
     const long path = m_path->Number();
-    if (m_kernel.m_parts.operations->CancelOperationComplete(path))
+    if (m_parts.operations->CancelOperationComplete(path))
     {
-        m_kernel.m_parts.events->TellOpcReset(path);
+        m_parts.events->TellOpcReset(path);
     }
-    m_kernel.m_parts.events->Tell(
+    m_parts.events->Tell(
         path, &IZOScpiDeviceHandler::DeviceClear, &IZOScpiMultichannelEventObserver::DeviceClear);
 }
 
@@ -390,9 +389,9 @@ void CSession::FinishBlock(bool goOn)
 
 void CSession::RefreshApplications()
 {
-    if (m_kernel.m_parts.registry->Generation() != m_generation)
+    if (m_parts.registry->Generation() != m_generation)
     {
-        m_applications = m_kernel.m_parts.registry->Current(m_generation);
+        m_applications = m_parts.registry->Current(m_generation);
         const auto& applications = m_applications->applications;
         std::erase_if(m_remoteTold, [&applications](const CApplication* told) {
             return std::none_of(applications.begin(), applications.end(), [&](const auto& application) {
@@ -420,13 +419,13 @@ void CSession::ExecuteMessage(std::span<char> message)
 void CSession::BeginMessage()
 {
     const long path = m_path->Number();
-    if (!m_kernel.m_parts.gate->IsOpen(path))
+    if (!m_parts.gate->IsOpen(path))
     {
-        m_kernel.m_parts.gate->Wait(path, [this] { return IsBroken(); });
+        m_parts.gate->Wait(path, [this] { return IsBroken(); });
     }
     RefreshApplications();
     m_begun = true;
-    CEventDistributor& events = *m_kernel.m_parts.events;
+    CEventDistributor& events = *m_parts.events;
     if (m_path->EntersRemote() && m_path->State().GotoRemote() == StateChange::Changed)
     {
         // The applications hear of it with their next command: a busy one must not hold this message up.
@@ -455,9 +454,9 @@ void CSession::TellMessageEnd()
             path, [aborted](IZOScpiDeviceHandler& handler) { return handler.ProgramMessageEnd(aborted); }));
     }
     m_involved.clear();
-    if (m_kernel.m_parts.events->HasObservers())
+    if (m_parts.events->HasObservers())
     {
-        m_kernel.m_parts.events->TellObservers([=](IZOScpiMultichannelEventObserver& observer) {
+        m_parts.events->TellObservers([=](IZOScpiMultichannelEventObserver& observer) {
             return observer.ProgramMessageEnd(aborted, path);
         });
     }

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "CByteBuffer.h"
 #include "CRemotePathServices.h"
 #include "Event.h"
 #include "KernelParts.h"
 #include "Parsing/CBlockStream.h"
-#include "Parsing/CByteBuffer.h"
 #include "Parsing/CMessageFramer.h"
 #include "Parsing/CProgramMessageParser.h"
 #include "Parsing/ICommandExecutor.h"
@@ -26,7 +26,6 @@ namespace ZoVelkor::RemoteKernel
 {
 
 class CBuiltInCommands;
-class CRemoteKernel;
 
 /// What a session may know of its transport; outlives the session.
 struct SessionTransport
@@ -45,7 +44,7 @@ struct SessionTransport
 ///
 /// In process, without a transport:
 /// @code
-/// CSession session(kernel);
+/// CSession session(kernel.Parts());
 /// std::string_view response = session.Process(bytes);
 /// @endcode
 /// A transport reads into InputSpace() and sends after each message:
@@ -62,10 +61,10 @@ class CSession final : private ICommandExecutor
 public:
     /// Opens a session.
     ///
-    /// @param kernel  outlives the session
+    /// @param parts  of a kernel that outlives the session
     /// @throws std::system_error when the system is short of descriptors or all remote paths are taken,
     ///         std::bad_alloc
-    explicit CSession(CRemoteKernel& kernel,
+    explicit CSession(const KernelParts& parts,
                       const SessionLimits& limits = {},
                       const SessionTransport& transport = {});
     CSession(const CSession&) = delete;
@@ -190,7 +189,7 @@ private:
     void RefreshApplications();
     void RemovePath() noexcept;
 
-    CRemoteKernel& m_kernel;
+    const KernelParts m_parts;
     const CComPtr<CSessionOutput> m_output;
     const CComPtr<CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>> m_format;
     const SharedEvent m_breakEvent;

@@ -6,6 +6,7 @@
 #include "CMessageTrace.h"
 #include "CParserGate.h"
 #include "CPathTable.h"
+#include "CSessionList.h"
 #include "Responses/CDefaultFormat.h"
 #include "Status/CErrorManagement.h"
 #include "Status/CPendingOperations.h"
@@ -30,6 +31,7 @@ struct KernelParts
     CComPtr<COperationsObject> operations;
     CComPtr<CDefaultFormatObject> format;
     CComPtr<CMessageTraceObject> newTrace;
+    std::shared_ptr<CSessionList> sessions;
     std::shared_ptr<CPathTable> paths;
     std::shared_ptr<CParserGate> gate;
     std::shared_ptr<CEventDistributor> events;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Parsing/CByteBuffer.h"
+#include "CByteBuffer.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -6,6 +6,7 @@
 #include "CTcpServer.h"
 #include "IZOScpiChannelManagement.h"
 #include "IZOScpiDeviceManagement.h"
+#include "IZOScpiMultichannelAdministration.h"
 #include "IZOScpiMultichannelFunctionality.h"
 #include "IZOScpiParserLanguage.h"
 #include "IZOScpiParserManagement.h"
@@ -77,7 +78,7 @@ TEST_F(Multichannel, ServicesOfAPathReachThatPathAlone)
     Administration().get_RemotePathCount(&count);
     for (long round = 0; round < count; ++round)
     {
-        CSession session(m_instrument.kernel);
+        CSession session(m_instrument.kernel.Parts());
         if (session.RemotePath() == path)
         {
             EXPECT_TRUE(isStale()) << "the number has been given to another path";

@@ -52,7 +52,7 @@ constexpr SessionLimits kSmall{.message = {.maxText = 64, .maxBlock = 60, .maxHe
 std::string Converse(TestInstrument& instrument, const std::string& text, std::size_t piece)
 {
     CScriptedSource source(text, piece);
-    CSession session(instrument.kernel, kSmall, {.source = &source});
+    CSession session(instrument.kernel.Parts(), kSmall, {.source = &source});
     std::string responses;
     for (bool more = true; more;)
     {
@@ -171,7 +171,7 @@ TEST(BlockStream, IsNotCarriedOutWithoutItsEnd)
 TEST(BlockStream, IsCollectedWithoutSource)
 {
     TestInstrument instrument;
-    CSession session(instrument.kernel, {.message = {.maxHeld = 16}});
+    CSession session(instrument.kernel.Parts(), {.message = {.maxHeld = 16}});
     std::string message = "TAKE 99," + Block(20);
     EXPECT_EQ(session.Process(message), "");
     std::string rest = ";LAST?\n";

@@ -16,7 +16,7 @@ namespace
 TEST(CommandTrace, NamesPathApplicationAndCommandWhileTraceModeIsOn)
 {
     TestInstrument instrument;
-    CSession session(instrument.kernel, {});
+    CSession session(instrument.kernel.Parts(), {});
     CTraceRecorder recorder;
     const auto lines = [&](const char* flags) {
         ApplyDiagnoseFlags(*get_RemoteDiagnoseControl(), flags, "test");

@@ -35,7 +35,7 @@ protected:
     }
 
     TestInstrument m_instrument;
-    CSession m_session{m_instrument.kernel,
+    CSession m_session{m_instrument.kernel.Parts(),
                        {.message = {.maxText = 64, .maxBlock = 1000}, .maxResponse = 20}};
 };
 
@@ -59,7 +59,7 @@ TEST_F(Session, GivesTheSameAnswerHoweverTheBytesAreCut)
 
 TEST_F(Session, GivesTheMemoryOfLargeMessagesBackOnRequest)
 {
-    CSession session(m_instrument.kernel);
+    CSession session(m_instrument.kernel.Parts());
     const std::string block = "BLOC #6500000" + std::string(500'000, 'x');
     EXPECT_EQ(Run(session, block.substr(0, 300'000)), "");
     EXPECT_FALSE(session.HoldsMemory()) << "it is in use";
@@ -117,7 +117,7 @@ TEST_F(Session, EntriesAreCutAndKeptPrintable)
 
 TEST_F(Session, OtherSessionsDoNotWaitForItsOperations)
 {
-    CSession other(m_instrument.kernel);
+    CSession other(m_instrument.kernel.Parts());
     Run(m_session, "OVER;OVER\n");
     EXPECT_EQ(Run(other, "*OPC?\n"), "1\n");
     std::string answer;
@@ -179,7 +179,7 @@ TEST_F(Session, UnregisterWaitsForTheRunningHandler)
     std::atomic<bool> released{false};
     std::thread releasing([&] {
         // The new set is visible before the wait, so a new message no longer finds the application.
-        CSession other(m_instrument.kernel);
+        CSession other(m_instrument.kernel.Parts());
         while (Run(other, "SYST:HELP:SYNT? 'INT'\n") != "\"\"\n")
         {}
         released = true;
@@ -248,7 +248,7 @@ TEST(RemoteKernel, IsFoundAtTheRootWhileItRuns)
     CComPtr<IZOScpiObjectRegistration> found;
     ASSERT_EQ(instrument.kernel.Start(), S_OK);
     EXPECT_EQ(ZoGetRegisteredInterface(&IID_IZOScpiObjectRegistration, &found), S_OK);
-    CSession session(instrument.kernel);
+    CSession session(instrument.kernel.Parts());
     instrument.kernel.Stop();
     EXPECT_TRUE(session.IsCancelled());
     CErrorRecorder recorder;

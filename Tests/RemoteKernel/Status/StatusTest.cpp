@@ -48,7 +48,7 @@ protected:
     CComPtr<IZOScpiStatusRegister> Instrument(const wchar_t* name) { return Find(kScpiInstrumentPath, name); }
 
     TestInstrument m_instrument;
-    CSession m_session{m_instrument.kernel};
+    CSession m_session{m_instrument.kernel.Parts()};
 };
 
 TEST_F(Status, Conversations)
@@ -125,12 +125,12 @@ TEST_F(Status, ErrorsSetTheBitOfTheirClass)
 
 TEST_F(Status, InstrumentStateReachesEverySessionAndOnlyItsOwnErrorsDo)
 {
-    CSession other(m_instrument.kernel);
+    CSession other(m_instrument.kernel.Parts());
     const auto power = Instrument(L"stat:ques:POWER");
     ASSERT_NE(power, nullptr);
     Run("STAT:QUES:ENAB POW");
     power->ModifyCondition(2, 2);
-    CSession late(m_instrument.kernel);
+    CSession late(m_instrument.kernel.Parts());
     Run("BOGUS");
     EXPECT_EQ(Run("*STB?"), "12");
     EXPECT_EQ(Run(other, "*STB?;*ESR?"), "8;128");
@@ -304,7 +304,7 @@ TEST_F(Status, RegistersOutliveSessionAndObserver)
     CComPtr<IZOScpiStatusRegister> statusByte;
     {
         CServiceRecorder recorder;
-        CSession session(m_instrument.kernel);
+        CSession session(m_instrument.kernel.Parts());
         session.SetServiceRequestObserver(&recorder);
         Run(session, "*CLS;*ESE 255;*SRE 255");
         events = Find(session.RemotePath(), L"*ESR");
@@ -394,7 +394,7 @@ TEST_F(Status, SessionsComeAndGoWhileTheStateChanges)
         }
     });
     std::thread reading([&] {
-        CSession session(m_instrument.kernel);
+        CSession session(m_instrument.kernel.Parts());
         while (!end)
         {
             Run(session, "*STB?;:STAT:QUES:POW?;:STAT:QUES?;*CLS");
@@ -402,7 +402,7 @@ TEST_F(Status, SessionsComeAndGoWhileTheStateChanges)
     });
     for (int i = 0; i < 200; ++i)
     {
-        CSession session(m_instrument.kernel);
+        CSession session(m_instrument.kernel.Parts());
         Run(session, "*SRE 255;BOGUS");
         Run(session, "*STB?;*CLS");
     }
@@ -412,7 +412,7 @@ TEST_F(Status, SessionsComeAndGoWhileTheStateChanges)
     power->ModifyCondition(1, 0);
     Run("*CLS");
     power->ModifyCondition(1, 1);
-    CSession late(m_instrument.kernel);
+    CSession late(m_instrument.kernel.Parts());
     EXPECT_EQ(Run("*STB?") + Run(late, "*STB?"), "88");
 }
 

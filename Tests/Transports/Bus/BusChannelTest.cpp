@@ -2,6 +2,7 @@
 #include "CBusController.h"
 #include "CErrorRecorder.h"
 #include "IZOScpiDeviceManagement.h"
+#include "IZOScpiMultichannelAdministration.h"
 #include "IZOScpiParserManagement.h"
 #include "IZOScpiRemoteControl.h"
 

@@ -7,7 +7,7 @@
 #include <new>
 #include <string_view>
 
-namespace ZoVelkor::RemoteKernel
+namespace ZoVelkor
 {
 
 /// Queue of bytes in one piece of memory: grows at its end, is consumed at its start.
@@ -121,4 +121,4 @@ private:
     std::size_t m_capacity = 0;
 };
 
-} // namespace ZoVelkor::RemoteKernel
+} // namespace ZoVelkor
