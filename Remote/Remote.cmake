@@ -12,8 +12,11 @@ zo_public_headers(zosoftwareplatformembedded BASE ${CMAKE_SOURCE_DIR}/Remote/Inc
 target_sources(zosoftwareplatformembedded PRIVATE
     ${CMAKE_SOURCE_DIR}/Remote/Src/CCommandExecutionData.cpp
     ${CMAKE_SOURCE_DIR}/Remote/Src/CLazyScpiManager.cpp
+    ${CMAKE_SOURCE_DIR}/Remote/Src/CScpiFunctionExecutionDataPool.cpp
     ${CMAKE_SOURCE_DIR}/Remote/Src/CScpiFunctionExecutionDataPoolParser.cpp
     ${CMAKE_SOURCE_DIR}/Remote/Src/CScpiPropErrorStrategy.cpp
+    ${CMAKE_SOURCE_DIR}/Remote/Src/CScpiSinkFramework.cpp
     ${CMAKE_SOURCE_DIR}/Remote/Src/CScpiTransaction.cpp
+    ${CMAKE_SOURCE_DIR}/Remote/Src/ErrorDelivery.cpp
     ${CMAKE_SOURCE_DIR}/Remote/Src/ScpiExecutionRules.cpp
     )

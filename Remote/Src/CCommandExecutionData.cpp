@@ -1,88 +1,19 @@
-#include "CScpiSinkFramework.h"
+#include "CCommandExecutionData.h"
 
-#include "CComBSTR.h"
 #include "CComVariant.h"
+#include "CScpiSinkFramework.h"
+#include "ErrorDelivery.h"
 #include "ErrorRaising.h"
-#include "IZOScpiErrorManagement.h"
 #include "IZOScpiStatusRegister.h"
 #include "ScpiExecutionRules.h"
-
-#include <algorithm>
 
 namespace ZoVelkor
 {
 
+// A part of the sink framework as far as error reports go: whoever reads them looks for this name.
 ZO_SOURCE_UNIT("Remote/Src/CScpiSinkFramework")
 
 using namespace ScpiExecution;
-
-namespace
-{
-
-template <class TExecution>
-HRESULT CloseExecution(long result, TExecution& execution) noexcept
-{
-    const auto outcome = static_cast<HRESULT>(result);
-    const HRESULT finished = GuardedEntry([&]() -> HRESULT {
-        const bool isMapped = outcome == S_OK || outcome == S_FALSE || outcome == E_ABORT;
-        if (!isMapped && execution.GetScpiError() == kScpiNoError)
-        {
-            execution.SetScpiExecutionError("");
-        }
-        return execution.FinishCommandExecution();
-    });
-    if (finished != S_OK)
-    {
-        RepairError(
-            ZO_ERROR(execution.GetObjectReference(), "hr == S_OK", "Fatal scpi execution error", finished));
-    }
-    return outcome == E_ABORT ? E_ABORT : S_OK;
-}
-
-} // namespace
-
-HRESULT ScpiExecution::DeliverError(const ErrorDelivery& delivery)
-{
-    constexpr char kMissingInterface[] = "Fatal missing interface";
-    if (delivery.services.Manager() == nullptr)
-    {
-        ThrowError(ZO_ERROR(delivery.pObject, "m_pScpiManager != NULL", kMissingInterface, E_POINTER));
-    }
-    if (delivery.remotePath < 0)
-    {
-        ThrowError(ZO_ERROR(delivery.pObject, "m_iRemotePath >= 0", "Invalid remote path", ZO_E_SHELL));
-    }
-    const CComPtr<IZOScpiErrorManagement> errorManagement = delivery.services.ErrorManagement();
-    if (errorManagement == nullptr)
-    {
-        ThrowError(ZO_ERROR(delivery.pObject, "pScpiErrorManagement != NULL", kMissingInterface, E_POINTER));
-    }
-    const CComBSTR detail(delivery.detail.c_str());
-    return errorManagement->SetError(delivery.remotePath, delivery.code, detail);
-}
-
-HRESULT CScpiSinkFramework::FinishCommandExecution(long result, CCommandExecutionData& data) noexcept
-{
-    return CloseExecution(result, data);
-}
-
-HRESULT CScpiSinkFramework::FinishCommandExecution(long result, CScpiFunctionExecutionDataPool& pool) noexcept
-{
-    return CloseExecution(result, pool);
-}
-
-std::string CScpiSinkFramework::GetScpiStringFormat(std::string_view text)
-{
-    std::string formatted;
-    formatted.reserve(text.size() + 2 + static_cast<std::size_t>(std::count(text.begin(), text.end(), '"')));
-    formatted += '"';
-    for (const char character : text)
-    {
-        formatted.append(character == '"' ? 2 : 1, character);
-    }
-    formatted += '"';
-    return formatted;
-}
 
 CCommandExecutionData::CCommandExecutionData(const tagZO_SCPI_PARSER_DATA& data,
                                              const CObjectDataReference* pObject) noexcept

@@ -1,8 +1,8 @@
-#include "CScpiFunctionExecutionDataPool.h"
+#include "CScpiFunctionExecutionDataPoolParser.h"
 
 #include "CComBSTR.h"
-#include "CScpiFunctionExecutionDataPoolParser.h"
 #include "CScpiTransaction.h"
+#include "ErrorDelivery.h"
 #include "ErrorRaising.h"
 #include "IZOScpiStatusRegister.h"
 #include "ScpiExecutionRules.h"
@@ -13,6 +13,7 @@
 namespace ZoVelkor
 {
 
+// The only pool there is: whoever reads error reports looks for the name of the base.
 ZO_SOURCE_UNIT("Remote/Src/CScpiFunctionExecutionDataPool")
 
 using namespace ScpiExecution;
@@ -51,8 +52,6 @@ std::string_view TextOrEmpty(const char* text)
 }
 
 } // namespace
-
-CScpiFunctionExecutionDataPool::~CScpiFunctionExecutionDataPool() = default;
 
 CScpiFunctionExecutionDataPoolParser::CScpiFunctionExecutionDataPoolParser(
     const tagZO_SCPI_PARSER_DATA& data, const CObjectDataReference* pObject) noexcept

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "CComPtr.h"
-#include "CLazyScpiManager.h"
 #include "PlatformTypes.h"
 #include "ScpiErrorCodes.h"
 #include "ScpiParameter.h"
@@ -15,8 +14,9 @@
 namespace ZoVelkor
 {
 
-class CObjectDataReference;
+struct IZOScpiBlockData;
 struct IZOScpiOutputBuffer;
+struct IZOScpiStatusManagement;
 struct IZOScpiStatusRegister;
 
 /// The rules that both handler styles follow; the classes add what differs.
@@ -217,21 +217,6 @@ FindRegister(IZOScpiStatusManagement& management, long remotePath, const std::st
 
 /// Reads one word (tagScpiRegisterPart) of a register.
 HRESULT ReadRegisterWord(IZOScpiStatusRegister& statusRegister, long part, long& value);
-
-/// What the delivery of an execution's error needs.
-struct ErrorDelivery
-{
-    CLazyScpiManager& services;
-    long remotePath;
-    short code;
-    const std::string& detail;
-    const CObjectDataReference* pObject;
-};
-
-/// Hands the error to the error management of the remote path.
-///
-/// @throws CShellError when it cannot be reached
-HRESULT DeliverError(const ErrorDelivery& delivery);
 
 } // namespace ScpiExecution
 } // namespace ZoVelkor

@@ -1,0 +1,8 @@
+#include "CScpiFunctionExecutionDataPool.h"
+
+namespace ZoVelkor
+{
+
+CScpiFunctionExecutionDataPool::~CScpiFunctionExecutionDataPool() = default;
+
+} // namespace ZoVelkor
