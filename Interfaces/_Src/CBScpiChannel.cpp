@@ -328,7 +328,7 @@ HRESULT CBScpiChannel::RegisterNewClientChannel(IZOScpiChannel* channel)
     if (!IsExpected(added))
     {
         ThrowError(ZO_ERROR(
-            this, "stop on error", "Unexpected result adding new connection to remote kernel", added));
+            this, "stop on error", "Unexpected result adding new connection to remote kernel", ZO_E_SHELL));
     }
     HANDLE deviceClear = 0;
     HANDLE shutdown = 0;
@@ -355,7 +355,7 @@ HRESULT CBScpiChannel::UnregisterNewClientChannel(IZOScpiChannel* channel)
     if (!IsExpected(removed))
     {
         ThrowError(ZO_ERROR(
-            this, "stop on error", "Unexpected result removing connection from remote kernel", removed));
+            this, "stop on error", "Unexpected result removing connection from remote kernel", ZO_E_SHELL));
     }
     SetConnection(-1, 0, 0);
     return removed;

@@ -147,6 +147,7 @@ protected:
         const tagErrorReport report = m_recorder.Take().at(0).report;
         EXPECT_EQ(report.message, message);
         EXPECT_STREQ(report.condition, condition);
+        EXPECT_EQ(report.result, ZO_E_SHELL);
         EXPECT_STREQ(report.sourceUnit, "Interfaces/_Src/CBScpiChannel");
         EXPECT_EQ(State(), before);
     }
