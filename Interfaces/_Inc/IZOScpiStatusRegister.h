@@ -48,6 +48,8 @@ struct IZOScpiStatusRegister : IUnknown
         wchar_t* condition, wchar_t* negTrans, wchar_t* posTrans, wchar_t* events, wchar_t* enable) = 0;
     virtual HRESULT GetSummary(short* summary) = 0;
     virtual HRESULT SetupParentRegister(IZOScpiStatusRegister* parent, wchar_t mask) = 0;
+    /// @param[out] parent  a new reference, null without a parent; a null pointer fails an assertion
+    /// @param[out] mask  the bits of the parent that show this register's summary
     virtual HRESULT GetParentRegister(IZOScpiStatusRegister** parent, wchar_t* mask) = 0;
     virtual HRESULT GetData(tagScpiStatusData* data) = 0;
     virtual HRESULT GetPresetDefaults(wchar_t* negTrans, wchar_t* posTrans, wchar_t* enable) = 0;

@@ -434,10 +434,10 @@ HRESULT CBScpiStatusRegister::SetupParentRegister(IZOScpiStatusRegister* parent,
 
 HRESULT CBScpiStatusRegister::GetParentRegister(IZOScpiStatusRegister** parent, wchar_t* mask)
 {
-    return GuardedEntry([&] {
+    ZO_ASSERT(parent != nullptr);
+    return mask == nullptr ? RefuseNull("mask != NULL") : GuardedEntry([&] {
         const CCritSectionLocker locker(m_lock);
-        StoreUnlessNull(mask, m_parentMask);
-        ZO_ASSERT(parent != nullptr);
+        *mask = ToWide(m_parentMask);
         return m_parent.CopyTo(parent);
     });
 }

@@ -231,6 +231,10 @@ TEST_F(StatusRegister, RefusesNullPointers)
     tagScpiStatusData data{};
     EXPECT_EQ(CPlainRegister::Create()->GetData(&data), E_NOTIMPL);
     CComPtr<IZOScpiStatusRegister> found;
+    errors.Take();
+    EXPECT_EQ(child->GetParentRegister(&found, nullptr), E_POINTER);
+    EXPECT_EQ(errors.Take().at(0).report.message, "Null pointer detected (mask)");
+    EXPECT_TRUE(found == nullptr);
     EXPECT_EQ(child->GetParentRegister(&found, &word), S_OK);
     EXPECT_TRUE(found == parent && word == 0x20);
     EXPECT_DEATH(static_cast<void>(child->GetParentRegister(nullptr, nullptr)), "parent != nullptr");

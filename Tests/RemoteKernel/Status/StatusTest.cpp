@@ -323,7 +323,8 @@ TEST_F(Status, ComponentsMayChangeAnyRegister)
     EXPECT_EQ(Run("*ESR?;:FAIL? 1;*ESR?;*CLS"), "16;16") << "a set bit hides no further event";
     const auto operation = Instrument(L"STAT:OPER");
     CComPtr<IZOScpiStatusRegister> parent;
-    operation->GetParentRegister(&parent, nullptr);
+    wchar_t mask = 0;
+    operation->GetParentRegister(&parent, &mask);
     parent->SetCondition(7, VARIANT_TRUE);
     EXPECT_EQ(Run("*STB?"), "128");
     parent->ClearSummaryCondition(7);
