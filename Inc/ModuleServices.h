@@ -21,15 +21,28 @@ inline constexpr const wchar_t* kRegistryServices = L"RegistryServices_2.6";
 /// @param[out] ppService  the interface, counted for the caller; null on failure
 ZO_EXPORT HRESULT GetModuleService(const wchar_t* name, const IID& iid, void** ppService) noexcept;
 
+/// The same for the interface that the pointer asks for: `GetModuleService(kTimeServices, &clock)`.
+template <class T>
+HRESULT GetModuleService(const wchar_t* name, T** ppService) noexcept
+{
+    void* pFound = nullptr;
+    const HRESULT result = GetModuleService(name, T::kInterfaceId, ppService == nullptr ? nullptr : &pFound);
+    if (ppService != nullptr)
+    {
+        *ppService = static_cast<T*>(pFound);
+    }
+    return result;
+}
+
 /// The same into a smart pointer; what it held before is released.
 template <class T>
 HRESULT GetModuleService(const wchar_t* name, CComPtr<T>* pspService) noexcept
 {
-    void* pFound = nullptr;
-    const HRESULT result = GetModuleService(name, T::kInterfaceId, pspService == nullptr ? nullptr : &pFound);
+    T* found = nullptr;
+    const HRESULT result = GetModuleService(name, pspService == nullptr ? nullptr : &found);
     if (pspService != nullptr)
     {
-        pspService->Attach(static_cast<T*>(pFound));
+        pspService->Attach(found);
     }
     return result;
 }

@@ -103,5 +103,6 @@
 #include "ScpiRegisterPart.h"
 #include "ScpiStatusData.h"
 #include "ScpiTableCheck.h"
+#include "TaskMemory.h"
 #include "Trace.h"
 #include "ZoString.h"

@@ -159,7 +159,7 @@ TEST(ModuleServices, TimeServicesReadAndSetTheSystemClock)
 {
     const CClockRecorder recorder;
     CComPtr<IZOTimeDateControl> clock;
-    ASSERT_EQ(GetModuleService(kTimeServices, std::addressof(clock)), S_OK);
+    ASSERT_EQ(GetModuleService(kTimeServices, &clock), S_OK);
     EXPECT_EQ(clock->SetTimeAndDate({1, 2, 3, 4}, {2000, 2, 29}), S_OK);
     EXPECT_EQ(CClockRecorder::Take(), CClockRecorder::Setting(951786123, 4));
     EXPECT_EQ(clock->SetTimeAndDate(kTime, {2023, 4, 31}), S_FALSE) << "the platform decides";
@@ -183,6 +183,8 @@ TEST(ModuleServices, NameVersionAndInterfaceMustFit)
     EXPECT_TRUE(recorder.Take().empty());
     EXPECT_EQ(GetModuleService(nullptr, IID_IUnknown, &service), E_POINTER);
     EXPECT_EQ(GetModuleService(kTimeServices, IID_IUnknown, nullptr), E_POINTER);
+    IZOTimeDateControl** const noClock = nullptr;
+    EXPECT_EQ(GetModuleService(kTimeServices, noClock), E_POINTER);
 }
 
 } // namespace
