@@ -28,7 +28,8 @@ struct tagFoundArgument;
 /// Indexes count from 0. A getter that fails leaves its output as it was. The rules are those of
 /// CScpiFunctionExecutionDataPool with these differences: misuse (no argument array, a negative index, a null
 /// pointer) is thrown as CShellError, which CScpiSinkFramework::RunCommand turns into -200; responses are
-/// formatted here and go straight to the output buffer; GetSuffix gives 0 where the pool gives -1.
+/// formatted here and go straight to the output buffer, unless said otherwise; GetSuffix gives 0 where the
+/// pool gives -1.
 ///
 /// Making one allocates nothing and asks no interface:
 /// `CCommandExecutionData data(MakeScpiParserData(context, remotePath, ...), this);`
@@ -64,8 +65,11 @@ public:
     /// The error goes to the error queue when the command is finished; a later one replaces an earlier one.
     /// Result: 1 when an error was set, else 0.
     /// @{
+    /// Sets the code alone: a detail text that was set before stays and goes along with it.
+    ///
     /// @param code  0 takes an error back
     HRESULT SetScpiError(short code);
+    /// Sets the code and the detail text that follows its standard text.
     HRESULT SetScpiErrorEx(short code, const std::string& text);
     /// -200 "Execution error".
     HRESULT SetScpiExecutionError(const std::string& text);
@@ -154,8 +158,10 @@ public:
     HRESULT BooleanResponse(bool value);
     /// @param value  a 32-bit value; -200 for another one
     HRESULT IntegerResponse(long value);
-    /// Fixed notation with six decimals, "%f".
+    /// Fixed notation with six decimals, "%f"; NumericResponse loses nothing.
     HRESULT DoubleResponse(double value);
+    /// As many digits as the value needs, through the format subsystem, as the pool answers it.
+    HRESULT NumericResponse(double value);
     /// String response data (IEEE 488.2 section 8.7.8).
     HRESULT StringResponse(const std::string& text);
     /// Arbitrary ASCII response data (IEEE 488.2 section 8.7.11).

@@ -20,8 +20,8 @@ struct tagNumericLimits
 /// number, MINimum, MAXimum, DEFault, UP or DOWN; its query takes MINimum, MAXimum or DEFault.
 ///
 /// A convenience for handlers of both styles: TData is CCommandExecutionData or
-/// CScpiFunctionExecutionDataPool. The record answers with six decimals (DoubleResponse), the pool with as
-/// many digits as the value needs. Threads: as the handlers; no lock.
+/// CScpiFunctionExecutionDataPool. Both answer with as many digits as the value needs, so that what is read
+/// back is what was set. Threads: as the handlers; no lock.
 class CNumericSetting
 {
 public:
@@ -89,7 +89,7 @@ public:
                 result = data.SetScpiError(kScpiIllegalParameterValue);
             }
         }
-        return result == S_OK ? data.DoubleResponse(value) : result;
+        return result == S_OK ? data.NumericResponse(value) : result;
     }
 
 private:

@@ -32,7 +32,6 @@ CCommandExecutionData::~CCommandExecutionData() = default;
 HRESULT CCommandExecutionData::SetScpiError(short code)
 {
     m_scpiError = code;
-    m_detail.clear();
     return code != kScpiNoError ? S_FALSE : S_OK;
 }
 
@@ -51,13 +50,13 @@ HRESULT CCommandExecutionData::SetScpiExecutionError(const std::string& text)
 HRESULT CCommandExecutionData::SetScpiError_QueryOnly()
 {
     const ScpiErrorValue error = QueryOnlyError(m_query);
-    return SetScpiErrorEx(error.code, error.detail);
+    return error.code != kScpiNoError ? SetScpiErrorEx(error.code, error.detail) : SetScpiError(kScpiNoError);
 }
 
 HRESULT CCommandExecutionData::SetScpiError_NoQuery()
 {
     const ScpiErrorValue error = NoQueryError(m_query);
-    return SetScpiErrorEx(error.code, error.detail);
+    return error.code != kScpiNoError ? SetScpiErrorEx(error.code, error.detail) : SetScpiError(kScpiNoError);
 }
 
 HRESULT CCommandExecutionData::SetScpiError_ParameterNotAllowed()
@@ -297,6 +296,14 @@ HRESULT CCommandExecutionData::DoubleResponse(double value)
 {
     NumberBuffer buffer;
     return WriteItem(FormatFixed(buffer, value));
+}
+
+HRESULT CCommandExecutionData::NumericResponse(double value)
+{
+    return FormatItem([value](IZOScpiSubsystemFormat& subsystemFormat) {
+        const CComVariant number(value);
+        return subsystemFormat.NumericVariant(&number, ZO_FORMAT_DEFAULT, 0);
+    });
 }
 
 HRESULT CCommandExecutionData::StringResponse(const std::string& text)

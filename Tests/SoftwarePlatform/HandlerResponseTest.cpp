@@ -51,6 +51,7 @@ const ResponseCase<CRecord> kRecordCases[] = {
     {ZO_RECORD(DoubleResponse(0.5)), "0.500000"},          {ZO_RECORD(BooleanResponse(false)), "0"},
     {ZO_RECORD(DoubleResponse(-1e20)), "-100000000000000000000.000000"},
     {ZO_RECORD(IntegerResponse(2147483647)), "2147483647"},
+    {ZO_RECORD(NumericResponse(0.5)), "[5 0.5 0 0]"},      {ZO_RECORD(NumericResponse(1.5e-6)), "[5 1.5e-06 0 0]"},
     {ZO_RECORD(StringResponse("a\"b")), R"("a""b")"},      {ZO_RECORD(StringResponse("\"\"")), R"("""""")"},
     {ZO_RECORD(ArbitraryResponse("x,yz", 3)), "x,y"},      {ZO_RECORD(BlockResponse("a,c", 3)), "#13a,c"},
     {ZO_RECORD(BlockResponse(nullptr, 0)), "#10"},

@@ -110,7 +110,10 @@ TYPED_TEST(ScpiExecution, QueryOnlyAndNoQueryDependOnTheForm)
         EXPECT_EQ(data.GetScpiErrorText(), isQuery ? "" : "query only");
         EXPECT_EQ(data.SetScpiError_NoQuery(), isQuery ? 1 : 0);
         EXPECT_EQ(data.GetScpiError(), isQuery ? -100 : 0);
-        EXPECT_EQ(data.GetScpiErrorText(), isQuery ? "no query" : "");
+        if (isQuery)
+        {
+            EXPECT_EQ(data.GetScpiErrorText(), "no query");
+        }
     }
 }
 
@@ -122,10 +125,20 @@ TYPED_TEST(ScpiExecution, ErrorOperationsSetTheirCodes)
     EXPECT_TRUE(data.ScpiErrorMissingParameter() == 1 && data.GetScpiError() == -109);
     EXPECT_TRUE(data.ScpiErrorUnexpectedParameter() == 1 && data.GetScpiError() == -115);
     data.SetScpiExecutionError("lost");
-    EXPECT_TRUE(data.SetScpiError(0) == 0 && data.GetScpiErrorText().empty());
+    EXPECT_TRUE(data.SetScpiError(0) == 0 && data.GetScpiError() == 0);
     EXPECT_EQ(data.SetScpiExecutionError("disk"), 1);
     EXPECT_EQ(data.FinishCommandExecution(), 0);
     EXPECT_EQ(command.errors.queue, "2:-200disk;");
+}
+
+TEST(ScpiExecutionRecord, CodeAloneLeavesTheDetailText)
+{
+    Command command;
+    CRecord record(command.data);
+    record.SetScpiErrorEx(-200, "disk");
+    EXPECT_EQ(record.SetScpiError(-222), 1);
+    EXPECT_EQ(record.FinishCommandExecution(), 0);
+    EXPECT_EQ(command.errors.queue, "2:-222disk;");
 }
 
 TEST(ScpiExecutionPool, EarlierErrorStaysUnlessReplaced)
@@ -174,19 +187,22 @@ TYPED_TEST(ScpiExecution, NumericSettingTakesNumbersAndSpecialWords)
 
 TYPED_TEST(ScpiExecution, NumericSettingAnswersItsValueOrALimit)
 {
-    const std::pair<std::vector<tagZO_SCPI_PARAMETER>, const char*> kAnswers[] = {{{}, "5"},
-                                                                                  {{Special(1)}, "1"},
-                                                                                  {{Special(2)}, "10"},
-                                                                                  {{Special(4)}, "-224"},
-                                                                                  {{Number("1")}, "-128"}};
-    for (const auto& [arguments, expected] : kAnswers)
+    const std::tuple<std::vector<tagZO_SCPI_PARAMETER>, double, const char*, short> kAnswers[] = {
+        {{}, 5, "[5 5 0 0]", 0},
+        {{}, 1.5E-6, "[5 1.5e-06 0 0]", 0},
+        {{Special(1)}, 5, "[5 0 0 0]", 0},
+        {{Special(2)}, 5, "[5 10 0 0]", 0},
+        {{Special(4)}, 5, "", -224},
+        {{Number("1")}, 5, "", -128},
+    };
+    for (const auto& [arguments, value, answer, error] : kAnswers)
     {
         Command command(arguments);
         command.data.m_query = true;
         TypeParam data(command.data);
-        CNumericSetting({1, 10, 5}).Handle(data);
-        const std::string answer = command.transcript.text + std::to_string(data.GetScpiError());
-        EXPECT_NE(answer.find(expected), std::string::npos) << answer;
+        CNumericSetting({0, 10, 5}, value).Handle(data);
+        EXPECT_EQ(command.transcript.text, answer);
+        EXPECT_EQ(data.GetScpiError(), error);
     }
 }
 
