@@ -205,7 +205,7 @@ short CParameterParser::ReadNumber(tagZO_SCPI_PARAMETER& record)
     TextBuffer text = TextOf(record);
     error = round ? WriteRounded(number, exponent, text) : WriteDecimal(number, exponent, text);
     record.iType = ZO_SCPI_PARAMTYPE_NUMERIC;
-    const bool isZero = number.zero || (round && IsZeroText(text.text, text.length));
+    const bool isZero = number.zero || IsZeroText(text.text, text.length);
     if (unit != nullptr && error == 0)
     {
         const bool fits = text.Append(" ", 1) && text.Append(unit->szText, unit->textLength);

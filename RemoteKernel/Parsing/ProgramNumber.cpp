@@ -6,7 +6,10 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstring>
+#include <limits>
+#include <string_view>
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -121,6 +124,36 @@ Digits CollectDigits(const Decimal& number, int exponent) noexcept
     return digits;
 }
 
+/// What is to be handed on for a number that a double may not hold; empty: the number as it stands.
+///
+/// @param text  the number as it stands
+std::string_view SmallNumberText(const Decimal& number, int exponent, std::string_view text) noexcept
+{
+    constexpr double kSmallest = std::numeric_limits<double>::min();
+    constexpr int kSmallestExponent = std::numeric_limits<double>::min_exponent10;
+    const int sum = number.exponent + exponent;
+    if (number.zero || sum - static_cast<int>(number.mantissaLength) >= kSmallestExponent)
+    {
+        return {};
+    }
+    const Digits digits = CollectDigits(number, exponent);
+    if (digits.scale + static_cast<int>(digits.count) > kSmallestExponent)
+    {
+        return {};
+    }
+    text.remove_prefix(text.front() == '+' ? 1 : 0);
+    double value = 0; // stays 0 for a number too small for any double
+    std::from_chars(text.data(), text.data() + text.size(), value);
+    const double magnitude = std::fabs(value);
+    if (magnitude > kSmallest)
+    {
+        return {};
+    }
+    // What is rounded up to the smallest double is a range error to the C library all the same.
+    constexpr std::string_view kSmallestText = "-2.2250738585072014E-308";
+    return magnitude < kSmallest ? "0" : kSmallestText.substr(number.negative ? 0 : 1);
+}
+
 /// Cuts the fraction off and carries the rounding on; one digit more may result.
 void RoundDigits(Digits& digits) noexcept
 {
@@ -212,18 +245,28 @@ short ScanNonDecimal(const char*& place, const char* end, unsigned int bits, std
 
 short WriteDecimal(const Decimal& number, int exponent, TextBuffer& text) noexcept
 {
+    const std::size_t begin = text.length;
     if (!text.Append(number.mantissa, number.mantissaLength))
     {
         return kScpiTooMuchData;
     }
     const int sum = number.exponent + exponent;
-    if (sum == 0)
+    if (sum != 0)
     {
-        return 0;
+        char buffer[16] = {'E'};
+        const char* const last = std::to_chars(buffer + 1, buffer + sizeof buffer, sum).ptr;
+        if (!text.Append(buffer, static_cast<std::size_t>(last - buffer)))
+        {
+            return kScpiTooMuchData;
+        }
     }
-    char buffer[16] = {'E'};
-    const char* const last = std::to_chars(buffer + 1, buffer + sizeof buffer, sum).ptr;
-    return text.Append(buffer, static_cast<std::size_t>(last - buffer)) ? short{0} : kScpiTooMuchData;
+    const std::string_view written(text.text + begin, text.length - begin);
+    if (const std::string_view small = SmallNumberText(number, exponent, written); !small.empty())
+    {
+        text.length = begin;
+        text.Append(small.data(), small.size());
+    }
+    return 0;
 }
 
 short WriteRounded(const Decimal& number, int exponent, TextBuffer& text) noexcept

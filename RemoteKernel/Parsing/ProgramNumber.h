@@ -47,7 +47,8 @@ struct TextBuffer
     bool Append(const char* piece, std::size_t count) noexcept;
 };
 
-/// Writes a number with its exponent raised by that of a multiplier; the digits stay as they are.
+/// Writes a number with its exponent raised by that of a multiplier; the digits stay as they are. A number
+/// too small for a normal double is written as 0, so that handlers, who convert the text, meet no range error.
 ///
 /// @return 0 or -223
 short WriteDecimal(const Decimal& number, int exponent, TextBuffer& text) noexcept;
