@@ -33,6 +33,10 @@ public:
         return object;
     }
 
+    /// Gives IUnknown or one of TInterfaces; compares identifiers in the order of the list.
+    ///
+    /// @param[out] object  the interface, counted for the caller; null on failure
+    /// @return S_OK; E_NOINTERFACE; E_POINTER when object is null
     HRESULT QueryInterface(const IID& iid, void** object) override
     {
         if (object == nullptr)
@@ -56,8 +60,10 @@ public:
         return S_OK;
     }
 
+    /// Counts one reference more; the result is the new count, which serves diagnosis only.
     ULONG AddRef() override { return m_references.fetch_add(1, std::memory_order_relaxed) + 1; }
 
+    /// Counts one reference less and deletes the object with the last; the result is the new count.
     ULONG Release() override
     {
         const ULONG left = m_references.fetch_sub(1, std::memory_order_acq_rel) - 1;

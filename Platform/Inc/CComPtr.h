@@ -9,16 +9,24 @@
 
 /// Owner of one reference to an interface or component.
 ///
-/// A borrowed pointer goes in by construction or assignment and is counted; a pointer that is already counted
-/// goes in by Attach or through operator&. Threads: one instance belongs to one thread at a time.
+/// A borrowed pointer goes in by construction or assignment and is counted; a pointer that is already
+/// counted goes in by Attach or through operator&. Following a null pointer is a mistake of the program and
+/// ends it (ZO_ASSERT). Whatever releases may destroy the object, which then runs code of its own: no lock
+/// of the caller's should be held that this code needs.
+///
+/// Threads: one instance belongs to one thread at a time; the counting itself is the object's business.
+/// @tparam T  has AddRef and Release; an interface, or a component made by CComObject
 template <class T>
 class CComPtr
 {
 public:
+    /// What the pointer points to, for generic code.
     using element_type = T;
 
     constexpr CComPtr() noexcept = default;
+    /// Null, said explicitly.
     constexpr CComPtr(std::nullptr_t) noexcept {}
+    /// Takes a reference of its own to a borrowed object; null is allowed.
     CComPtr(T* pointer) noexcept : m_pointer(pointer)
     {
         if (m_pointer != nullptr)
@@ -28,12 +36,15 @@ public:
     }
     CComPtr(const CComPtr& other) noexcept : CComPtr(other.m_pointer) {}
     CComPtr(CComPtr&& other) noexcept : m_pointer(other.Detach()) {}
+    /// The same from a derived interface or component.
     template <class U>
     requires(std::convertible_to<U*, T*> && !std::same_as<U, T>) CComPtr(U* pointer)
     noexcept : CComPtr(static_cast<T*>(pointer)) {}
+    /// Shares the object of a pointer to a derived interface or component.
     template <class U>
     requires std::convertible_to<U*, T*> CComPtr(const CComPtr<U>& other)
     noexcept : CComPtr(static_cast<T*>(other.Get())) {}
+    /// Takes the reference of such a pointer over, which becomes null.
     template <class U>
     requires std::convertible_to<U*, T*> CComPtr(CComPtr<U>&& other)
     noexcept : m_pointer(other.Detach()) {}
@@ -51,11 +62,13 @@ public:
     [[nodiscard]] T* Get() const noexcept { return m_pointer; }
     /// The borrowed pointer, implicitly; null tests and comparisons go through it.
     operator T*() const noexcept { return m_pointer; }
+    /// The object; the pointer must not be null.
     T& operator*() const noexcept
     {
         ZO_ASSERT(m_pointer != nullptr);
         return *m_pointer;
     }
+    /// The object's operations; the pointer must not be null.
     T* operator->() const noexcept
     {
         ZO_ASSERT(m_pointer != nullptr);
@@ -70,6 +83,8 @@ public:
     }
 
     /// Lets go of the reference and becomes null.
+    ///
+    /// Becomes null first: a destructor that comes back to this pointer finds nothing.
     void Release() noexcept
     {
         if (T* former = std::exchange(m_pointer, nullptr); former != nullptr)
@@ -90,6 +105,7 @@ public:
 
     /// Stores a further reference for a caller.
     ///
+    /// @param[out] target  the pointer, null included; what stood there is overwritten and not released
     /// @return S_OK, also for null; E_POINTER when target is null
     HRESULT CopyTo(T** target) const noexcept
     {
@@ -107,6 +123,7 @@ public:
 
     /// Fetches the interface Q of the same object, counted for the caller.
     ///
+    /// @param[out] target  null on failure
     /// @return as IUnknown::QueryInterface; E_POINTER when this pointer or target is null
     template <class Q>
     HRESULT QueryInterface(Q** target) const

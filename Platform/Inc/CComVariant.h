@@ -8,11 +8,16 @@
 
 /// VARIANT that frees itself; numbers cost no allocation and no call.
 ///
-/// Operations that copy or make text throw std::bad_alloc when memory is short; those that return a result
-/// code do not throw. Threads: one instance belongs to one thread at a time.
+/// The constructors choose the type from the argument's; the second parameter, where there is one, takes a
+/// type of the same size instead, and any other value of it counts as not given. Operations that copy or
+/// make text throw std::bad_alloc when memory is short; those that return a result code do not throw. The
+/// fields of VARIANT may be written directly: what they then own is freed here.
+///
+/// Threads: one instance belongs to one thread at a time.
 class ZO_EXPORT CComVariant : public VARIANT
 {
 public:
+    /// VT_EMPTY.
     CComVariant() noexcept : VARIANT{} {}
     /// VT_BOOL; takes bool alone, so that a pointer never turns into a truth value.
     template <std::same_as<bool> T>
@@ -21,13 +26,15 @@ public:
         vt = VT_BOOL;
         boolVal = ToVariantBool(value);
     }
-    /// VT_I1
+    /// VT_I1; the character counts as a signed number of 8 bits.
     CComVariant(char value) noexcept : CComVariant(static_cast<signed char>(value)) {}
+    /// VT_I1.
     CComVariant(signed char value) noexcept : VARIANT{}
     {
         vt = VT_I1;
         cVal = value;
     }
+    /// VT_UI1.
     CComVariant(unsigned char value) noexcept : VARIANT{}
     {
         vt = VT_UI1;
@@ -39,6 +46,7 @@ public:
         vt = type == VT_BOOL ? VT_BOOL : VT_I2;
         iVal = value;
     }
+    /// VT_UI2.
     CComVariant(unsigned short value) noexcept : VARIANT{}
     {
         vt = VT_UI2;
@@ -79,16 +87,19 @@ public:
         vt = narrow == value ? VT_UI4 : VT_UI8;
         ullVal = value;
     }
+    /// VT_I8.
     CComVariant(long long value) noexcept : VARIANT{}
     {
         vt = VT_I8;
         llVal = value;
     }
+    /// VT_UI8.
     CComVariant(unsigned long long value) noexcept : VARIANT{}
     {
         vt = VT_UI8;
         ullVal = value;
     }
+    /// VT_R4.
     CComVariant(float value) noexcept : VARIANT{}
     {
         vt = VT_R4;
@@ -100,6 +111,7 @@ public:
         vt = type == VT_DATE ? VT_DATE : VT_R8;
         dblVal = value;
     }
+    /// VT_CY.
     CComVariant(CY value) noexcept : VARIANT{}
     {
         vt = VT_CY;
@@ -111,6 +123,7 @@ public:
     CComVariant(const char* text);
     /// VT_BSTR with the whole length, zeros included.
     CComVariant(const CComBSTR& text);
+    /// VT_BSTR that takes the string over, null included.
     CComVariant(CComBSTR&& text) noexcept;
     /// VT_UNKNOWN with a reference of its own; null is allowed.
     CComVariant(IUnknown* object) noexcept;
@@ -140,9 +153,9 @@ public:
         return *this;
     }
 
-    /// Results as VariantClear.
+    /// Frees the value and becomes VT_EMPTY; results as VariantClear.
     HRESULT Clear() noexcept;
-    /// Results as VariantCopy.
+    /// Replaces the value by a copy; results as VariantCopy.
     HRESULT Copy(const VARIANT* source) noexcept;
     /// Takes over the value of a variant, which becomes empty.
     ///
@@ -158,7 +171,7 @@ public:
     /// Same type and same value. Arrays are equal with equal bounds and elements, references and interfaces
     /// with equal pointers.
     friend ZO_EXPORT bool operator==(const CComVariant& left, const CComVariant& right) noexcept;
-    /// By VarCmp; values that cannot be compared are not less.
+    /// By VarCmp; values that cannot be compared are not less, so that this orders only values that can.
     friend bool operator<(const CComVariant& left, const CComVariant& right) noexcept
     {
         return VarCmp(&left, &right) == VARCMP_LT;

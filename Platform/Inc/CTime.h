@@ -15,7 +15,9 @@ public:
     /// @param seconds  since 1970-01-01 00:00:00 UTC, leap seconds not counted; may be negative
     explicit CTime(std::time_t seconds) noexcept;
 
+    /// The seconds that the object was made of.
     std::time_t GetTime() const noexcept { return m_seconds; }
+    /// Of the Gregorian calendar, such as 2024.
     int GetYear() const noexcept { return m_fields.tm_year + 1900; }
     /// 1 to 12
     int GetMonth() const noexcept { return m_fields.tm_mon + 1; }
@@ -23,7 +25,9 @@ public:
     int GetDay() const noexcept { return m_fields.tm_mday; }
     /// 0 to 23
     int GetHour() const noexcept { return m_fields.tm_hour; }
+    /// 0 to 59
     int GetMinute() const noexcept { return m_fields.tm_min; }
+    /// 0 to 59; leap seconds are not shown
     int GetSecond() const noexcept { return m_fields.tm_sec; }
 
     /// The time as text; names are English whatever the locale of the process.

@@ -8,6 +8,7 @@
 inline constexpr UINT CP_ACP = 0;
 /// Code page 0 under its own number.
 inline constexpr UINT CP_WINDOWS_1252 = 1252;
+/// UTF-8 (RFC 3629): no surrogates, no overlong forms, nothing above U+10FFFF.
 inline constexpr UINT CP_UTF8 = 65001;
 
 /// MultiByteToWideChar fails on bytes that are not UTF-8 instead of replacing them.

@@ -21,8 +21,8 @@ using CUniqueEvent = CUniqueHandle<&CloseHandle, HANDLE, HANDLE{0}>;
 
 /// Makes an event. Threads: all event functions may be called from any thread.
 ///
-/// @param manualReset   nonzero: the event stays set until ResetEvent; 0: it releases one waiter and resets
-/// itself
+/// @param manualReset   nonzero: the event stays set until ResetEvent; 0: it releases one
+///                      waiter and resets itself
 /// @param initialState  nonzero: the event starts set
 /// @return its handle, closed with CloseHandle; 0 on failure with the last error ERROR_TOO_MANY_OPEN_FILES or
 ///         ERROR_NOT_ENOUGH_MEMORY
@@ -38,6 +38,10 @@ ZO_EXPORT BOOL SetEvent(HANDLE event) noexcept;
 ZO_EXPORT BOOL ResetEvent(HANDLE event) noexcept;
 
 /// Waits for one event; results as WaitForMultipleObjects.
+///
+/// A handle that another thread closes meanwhile does not disturb the wait.
+/// @param timeoutMs  on the monotonic clock; INFINITE for no limit; 0 only looks, and takes a set
+///                   auto-reset event
 ZO_EXPORT DWORD WaitForSingleObject(HANDLE event, DWORD timeoutMs) noexcept;
 
 /// Waits for one or for all of several events.
@@ -49,8 +53,7 @@ ZO_EXPORT DWORD WaitForSingleObject(HANDLE event, DWORD timeoutMs) noexcept;
 /// @param waitAll    nonzero: wait until all are set
 /// @param timeoutMs  on the monotonic clock, INFINITE for no limit, 0 only looks
 /// @return WAIT_OBJECT_0 plus the index of the event, of several set events the lowest (WAIT_OBJECT_0 for a
-/// wait
-///         for all); WAIT_TIMEOUT; WAIT_FAILED with the last error ERROR_INVALID_HANDLE,
+///         wait for all); WAIT_TIMEOUT; WAIT_FAILED with the last error ERROR_INVALID_HANDLE,
 ///         ERROR_INVALID_PARAMETER or ERROR_NOT_ENOUGH_MEMORY
 ZO_EXPORT DWORD WaitForMultipleObjects(DWORD count,
                                        const HANDLE* events,

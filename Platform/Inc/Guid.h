@@ -8,10 +8,10 @@
 /// 128-bit identifier of an interface, a class or an object. Ordered field by field.
 struct GUID
 {
-    std::uint32_t Data1;
-    std::uint16_t Data2;
-    std::uint16_t Data3;
-    std::uint8_t Data4[8];
+    std::uint32_t Data1;   ///< first group of digits of the text
+    std::uint16_t Data2;   ///< second group
+    std::uint16_t Data3;   ///< third group
+    std::uint8_t Data4[8]; ///< fourth and fifth group, in the order of the text
 
     friend constexpr bool operator==(const GUID&, const GUID&) noexcept = default;
     friend constexpr auto
@@ -19,9 +19,12 @@ struct GUID
 };
 static_assert(sizeof(GUID) == 16);
 
+/// Identifier of an interface.
 using IID = GUID;
+/// Identifier of a class or an object.
 using CLSID = GUID;
 
+/// The identifier of nothing: all bits 0.
 inline constexpr GUID GUID_NULL{};
 
 [[nodiscard]] constexpr bool IsEqualGUID(const GUID& left, const GUID& right) noexcept

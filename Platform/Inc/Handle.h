@@ -7,6 +7,7 @@
 /// handle does not come back for a long time.
 using HANDLE = unsigned long;
 
+/// A value that no object ever has, for those who need one beside 0.
 inline constexpr HANDLE INVALID_HANDLE_VALUE = ~0UL;
 
 /// Closes a handle; waits that are under way on its object go on undisturbed.

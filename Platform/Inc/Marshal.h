@@ -21,6 +21,5 @@ ZO_EXPORT HRESULT CoMarshalInterThreadInterfaceInStream(const IID& iid,
 /// An interface can be taken once; of several threads that try, one succeeds.
 /// @param[out] object  the interface, counted for the caller; null on failure
 /// @return S_OK; E_POINTER; E_INVALIDARG for a stream of another kind; E_UNEXPECTED when the interface was
-/// taken
-///         before; E_NOINTERFACE
+///         taken before; E_NOINTERFACE
 ZO_EXPORT HRESULT CoGetInterfaceAndReleaseStream(IStream* stream, const IID& iid, void** object) noexcept;

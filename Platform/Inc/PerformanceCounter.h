@@ -10,8 +10,8 @@ union LARGE_INTEGER
     {
         DWORD LowPart;
         LONG HighPart;
-    } u;
-    LONGLONG QuadPart;
+    } u;               ///< the halves; the low one is without sign
+    LONGLONG QuadPart; ///< the whole number
 };
 
 /// Reads the monotonic clock in ticks of 100 ns; changes of the system time do not show in it.

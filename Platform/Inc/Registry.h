@@ -40,23 +40,24 @@
 /// Names a key: one of the predefined roots or an open key. 0 names nothing.
 using HKEY = HANDLE;
 
-// The roots are always open, and closing them does nothing. Their upper 32 bits may be zeros or ones.
-inline constexpr HKEY HKEY_CLASSES_ROOT = 0x80000000;
-inline constexpr HKEY HKEY_CURRENT_USER = 0x80000001;
-inline constexpr HKEY HKEY_LOCAL_MACHINE = 0x80000002;
-inline constexpr HKEY HKEY_USERS = 0x80000003;
-inline constexpr HKEY HKEY_PERFORMANCE_DATA = 0x80000004;
-inline constexpr HKEY HKEY_CURRENT_CONFIG = 0x80000005;
-inline constexpr HKEY HKEY_DYN_DATA = 0x80000006;
+// The roots are always open, and closing them does nothing. Their upper 32 bits may be zeros or ones. They
+// are seven separate trees; what lies in which is custom.
+inline constexpr HKEY HKEY_CLASSES_ROOT = 0x80000000;     ///< classes and their servers
+inline constexpr HKEY HKEY_CURRENT_USER = 0x80000001;     ///< settings of one user
+inline constexpr HKEY HKEY_LOCAL_MACHINE = 0x80000002;    ///< settings of the instrument
+inline constexpr HKEY HKEY_USERS = 0x80000003;            ///< settings of all users
+inline constexpr HKEY HKEY_PERFORMANCE_DATA = 0x80000004; ///< figures of the running system
+inline constexpr HKEY HKEY_CURRENT_CONFIG = 0x80000005;   ///< the present configuration
+inline constexpr HKEY HKEY_DYN_DATA = 0x80000006;         ///< what does not outlast a start
 
 // Types of values. The registry stores what it is given: neither the length nor a terminator is checked.
-inline constexpr DWORD REG_NONE = 0;
+inline constexpr DWORD REG_NONE = 0;      ///< bytes without a type
 inline constexpr DWORD REG_SZ = 1;        ///< text of wchar_t with its terminator
 inline constexpr DWORD REG_EXPAND_SZ = 2; ///< text with names of environment variables, see Environment.h
-inline constexpr DWORD REG_BINARY = 3;
-inline constexpr DWORD REG_DWORD = 4;    ///< 32 bits, in the byte order of the machine
-inline constexpr DWORD REG_MULTI_SZ = 7; ///< texts with their terminators and a further one
-inline constexpr DWORD REG_QWORD = 11;   ///< 64 bits
+inline constexpr DWORD REG_BINARY = 3;    ///< bytes
+inline constexpr DWORD REG_DWORD = 4;     ///< 32 bits, in the byte order of the machine
+inline constexpr DWORD REG_MULTI_SZ = 7;  ///< texts with their terminators and a further one
+inline constexpr DWORD REG_QWORD = 11;    ///< 64 bits
 
 /// Longest name of a key in characters, without terminator; longer ones give ERROR_INVALID_PARAMETER.
 inline constexpr DWORD kRegistryMaximumKeyName = 255;
@@ -117,7 +118,10 @@ ZO_EXPORT LONG RegQueryValueEx(
 ZO_EXPORT LONG RegSetValueEx(
     HKEY key, const wchar_t* name, DWORD reserved, DWORD type, const BYTE* data, DWORD size) noexcept;
 
-/// Deletes a value. @return ERROR_FILE_NOT_FOUND when there is none of this name
+/// Deletes a value.
+///
+/// @param name  null or empty: the unnamed value
+/// @return ERROR_FILE_NOT_FOUND when there is none of this name
 ZO_EXPORT LONG RegDeleteValue(HKEY key, const wchar_t* name) noexcept;
 
 /// Counts what a key holds. Every out-parameter may be null; lengths are in characters without terminator.

@@ -7,8 +7,8 @@
 /// Extent of one dimension.
 struct SAFEARRAYBOUND
 {
-    ULONG cElements;
-    LONG lLbound;
+    ULONG cElements; ///< number of elements; 0 is allowed
+    LONG lLbound;    ///< index of the first one
 };
 
 /// One-dimensional array of scalars of one type, with its own description.
@@ -17,20 +17,19 @@ struct SAFEARRAYBOUND
 /// memory; lock counting is not synchronized.
 struct SAFEARRAY
 {
-    WORD cDims;
-    VARTYPE elementType;
-    ULONG cbElements;
-    ULONG cLocks;
-    void* pvData;
-    SAFEARRAYBOUND rgsabound[1];
+    WORD cDims;                  ///< always 1
+    VARTYPE elementType;         ///< a scalar type, see SafeArrayCreateVector
+    ULONG cbElements;            ///< size of one element in bytes
+    ULONG cLocks;                ///< accesses under way; an array with any cannot be destroyed
+    void* pvData;                ///< the elements one after the other; SafeArrayAccessData gives them out
+    SAFEARRAYBOUND rgsabound[1]; ///< extent of the one dimension
 };
 
 /// Makes an array with all elements zero.
 ///
 /// @param type  a scalar: integers of 1 to 8 bytes, VT_R4, VT_R8, VT_CY, VT_DATE, VT_BOOL, VT_ERROR
 /// @return the array, freed with SafeArrayDestroy; null for another type, for bounds that pass 2^31 - 1 and
-/// when
-///         memory is short
+///         when memory is short
 [[nodiscard]] ZO_EXPORT SAFEARRAY*
 SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG elementCount) noexcept;
 

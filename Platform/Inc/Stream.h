@@ -12,6 +12,9 @@ enum STREAM_SEEK : DWORD
 };
 
 /// Sequence of bytes with one position for reading and writing.
+///
+/// The position starts at 0. An operation that fails moves nothing, and its counts tell what was done.
+/// Implementations say from which threads they may be used.
 struct IStream : IUnknown
 {
     static constexpr IID kInterfaceId{

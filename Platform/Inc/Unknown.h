@@ -3,10 +3,13 @@
 #include "Guid.h"
 #include "PlatformTypes.h"
 
-/// Root of every interface: lifetime by reference count, other faces by identifier.
+/// Root of every interface: lifetime by reference count, other faces by identifier (the COM rules).
 ///
-/// Threads: implementations of this project count atomically. The destructor is protected and not virtual, so
-/// that it takes no slot: only the final component deletes itself.
+/// The rules for QueryInterface hold for every object: asking for IUnknown gives the same pointer always,
+/// an interface once given is given again, and from each face every other one can be reached.
+///
+/// Threads: implementations of this project count atomically. The destructor is protected and not virtual,
+/// so that it takes no slot: only the final component deletes itself.
 struct IUnknown
 {
     static constexpr IID kInterfaceId{

@@ -13,7 +13,7 @@ using DATE = double;
 /// Fixed-point amount in units of 1/10000.
 union CY
 {
-    LONGLONG int64;
+    LONGLONG int64; ///< the amount times 10000
 };
 
 /// Tagged value that crosses interfaces.
@@ -22,10 +22,10 @@ union CY
 /// VT_BYREF. VT_INT and VT_UINT are 32 bits wide.
 struct VARIANT
 {
-    VARTYPE vt;
-    WORD wReserved1;
-    WORD wReserved2;
-    WORD wReserved3;
+    VARTYPE vt;      ///< type of the value: says which field of the union holds it
+    WORD wReserved1; ///< 0
+    WORD wReserved2; ///< 0
+    WORD wReserved3; ///< 0
     union
     {
         LONGLONG llVal;
@@ -116,15 +116,13 @@ ZO_EXPORT HRESULT VariantCopyInd(VARIANT* target, const VARIANT* source) noexcep
 /// - Truth becomes -1, in unsigned types the value with all bits set; every number but 0 becomes true.
 /// - VT_EMPTY becomes 0, false or the empty text. VT_NULL and VT_ERROR become nothing but themselves.
 /// - Text holds one decimal number, perhaps with blanks around it, or "True" or "False" in any case; for
-/// VT_R4,
-///   VT_R8 and VT_DATE also "INF", "-INF" and "NAN". A null BSTR is no number.
+///   VT_R4, VT_R8 and VT_DATE also "INF", "-INF" and "NAN". A null BSTR is no number.
 /// - Numbers become the shortest text that reads back as the same number of the same type, with '.' and
-/// without
-///   grouping: "0.1", "1E+15" (exponent from 15 on and below -4), "INF". VT_CY has at most four decimals.
+///   without grouping: "0.1", "1E+15" (exponent from 15 on and below -4), "INF". VT_CY has at most four
+///   decimals.
 /// - Truth becomes "-1" or "0", with VARIANT_ALPHABOOL "True" or "False".
 /// - VT_DATE becomes "YYYY-MM-DD hh:mm:ss" and is read from that, from the date alone and from a number of
-/// days;
-///   years 100 to 9999.
+///   days; years 100 to 9999.
 /// - References are followed. Arrays and interfaces become nothing but themselves.
 /// Nothing depends on the locale.
 ///
@@ -141,6 +139,5 @@ ZO_EXPORT HRESULT VariantChangeType(VARIANT* target,
 ///
 /// VT_EMPTY counts as the number 0.
 /// @return VARCMP_NULL when either is VT_NULL, when one is a number and the other a text, for a NaN, for
-/// arrays and
-///         interfaces, and for VT_ERROR unless both are
+///         arrays and interfaces, and for VT_ERROR unless both are
 [[nodiscard]] ZO_EXPORT VARCMP VarCmp(const VARIANT* left, const VARIANT* right) noexcept;
