@@ -33,6 +33,8 @@ public:
 
     /// A thread of this name for one CThread::Start: an idle one, else a new one.
     ///
+    /// It is reserved for the caller until then, so that two callers never get the same.
+    /// @param name  in full, case-sensitive; shown in debuggers
     /// @return borrowed; null after Shutdown, beyond the limit or without memory. A caller that does not
     ///         start it gives it back with ReturnThread; a failed Start has given it back already.
     CThread* GetThread(std::string_view name) noexcept;
@@ -40,7 +42,7 @@ public:
     /// Gives back a thread on which nothing was started; null or a thread of another pool does nothing.
     void ReturnThread(CThread* pThread) noexcept;
 
-    /// How many threads the pool has made.
+    /// How many threads the pool has made, idle ones included; it never shrinks.
     std::size_t ThreadCount() const;
 
     /// Hands out no further threads, aborts the work under way and joins all threads.

@@ -19,6 +19,7 @@ public:
     }
     CCritSectionLocker(const CCritSectionLocker&) = delete;
     CCritSectionLocker& operator=(const CCritSectionLocker&) = delete;
+    /// Leaves, unless Unlock has left already.
     ~CCritSectionLocker() ZO_RELEASE()
     {
         if (m_locked)

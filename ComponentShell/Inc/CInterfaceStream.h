@@ -15,6 +15,7 @@ namespace ZoVelkor
 class ZO_EXPORT CInterfaceStream
 {
 public:
+    /// With nothing in.
     CInterfaceStream() = default;
     CInterfaceStream(CInterfaceStream&& other) noexcept;
     CInterfaceStream& operator=(CInterfaceStream&& other) noexcept;
@@ -36,6 +37,7 @@ public:
     ///         the result of the unmarshalling, with the content lost
     [[nodiscard]] HRESULT Unmarshal(const IID& iid, void** ppInterface) noexcept;
 
+    /// Whether nothing is in: not filled yet, fetched, or lost by a failure.
     bool IsEmpty() const noexcept { return m_stream == nullptr; }
 
     /// Releases the content.

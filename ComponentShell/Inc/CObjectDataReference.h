@@ -8,6 +8,9 @@
 namespace ZoVelkor
 {
 /// What error reports need to know of an object, and where problems with its properties go.
+///
+/// The destructor is protected: an object is not destroyed through this face. Threads: implementations are
+/// called by whichever thread meets a problem.
 class CObjectDataReferenceBase
 {
 public:
@@ -37,12 +40,17 @@ protected:
 class ZO_EXPORT CObjectDataReference : public CObjectDataReferenceBase
 {
 public:
+    /// An object without a name of its own, with the next number.
     CObjectDataReference() noexcept;
+    /// Another object: name and settings of the source, and a number of its own.
     CObjectDataReference(const CObjectDataReference& other);
+    /// Takes name and settings over; the number stays.
     CObjectDataReference& operator=(const CObjectDataReference& other);
+    /// The number is not given out again.
     virtual ~CObjectDataReference();
 
-    /// The name set with SetObjectName; without one, the name of the object's class.
+    /// The name set with SetObjectName; without one, the name of the object's class as the compiler knows
+    /// it.
     std::string ObjectName() const override;
 
     /// Gives the object a name; an empty one brings back the name of its class.
@@ -51,6 +59,7 @@ public:
     /// Says whether entry layers check the arguments and results of the object's operations; they do until
     /// told otherwise. Without the checks a base layer still refuses null pointers.
     void SetArgumentChecking(bool on) noexcept { m_argumentChecking = on; }
+    /// Whether entry layers check.
     bool IsArgumentChecking() const noexcept { return m_argumentChecking; }
 
     /// The object's number, counted from 1 in order of construction.

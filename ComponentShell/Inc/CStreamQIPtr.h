@@ -9,7 +9,10 @@ namespace ZoVelkor
 {
 /// A pointer to an interface T that is carried to another thread: marshalled here, unmarshalled there.
 ///
-/// Movable, not copyable; a content never fetched is released by the destructor.
+/// Movable, not copyable; a content never fetched is released by the destructor. Threads: as
+/// CInterfaceStream.
+/// @tparam T     the interface
+/// @tparam kIid  its identifier, where T has none of its own
 template <class T, const IID* kIid = &T::kInterfaceId>
 class CStreamQIPtr
 {
@@ -31,6 +34,7 @@ public:
         return result;
     }
 
+    /// Whether nothing is in: not filled yet, fetched, or lost by a failure.
     bool IsEmpty() const noexcept { return m_stream.IsEmpty(); }
 
     /// Releases the content.

@@ -29,6 +29,7 @@ public:
     /// Aborts the work at hand and joins.
     ~CThread();
 
+    /// The whole name, as it was given.
     const std::string& Name() const noexcept { return m_name; }
 
     /// Begins to run an object that the caller or the object itself owns, see CThreadRunObject.

@@ -11,12 +11,14 @@ namespace ZoVelkor
 {
 /// Reports an internal error and abandons the operation.
 ///
-/// Threads: any.
+/// The sink has the report before the exception is thrown. For what the operation cannot go on with; where
+/// the caller is told by a result, RepairError. Threads: any.
 /// @throws CShellError with a copy of the report
 [[noreturn]] ZO_EXPORT void ThrowError(const tagErrorReport& report);
 
-/// Reports an internal error; the caller goes on. Threads: any.
+/// Reports an internal error; the caller goes on.
 ///
+/// Threads: any; allowed while an exception is under way.
 /// @return report.result, so that an operation can end with `return RepairError(...)`
 ZO_EXPORT HRESULT RepairError(const tagErrorReport& report) noexcept;
 
@@ -46,6 +48,8 @@ ZO_EXPORT tagErrorReport NullPointerError(const tagSourceUnit& unit,
 
 /// The report as one line: place, severity, message, condition, object and result. Control characters of
 /// the message are replaced, so that a message never becomes two lines.
+///
+/// @param thrown  as IErrorSink::Report gets it; shown as well
 ZO_EXPORT std::string FormatErrorReport(const tagErrorReport& report, bool thrown);
 } // namespace ZoVelkor
 
@@ -63,10 +67,13 @@ ZO_EXPORT std::string FormatErrorReport(const tagErrorReport& report, bool throw
     }
 
 /// A tagErrorReport of severity Error about the line it stands on; `object` may be nullptr.
+///
+/// The file must have a ZO_SOURCE_UNIT. The condition is a literal, as the source has it: readers search
+/// for it.
 #define ZO_ERROR(object, condition, message, result)                                                         \
     ZO_REPORT(::ZoVelkor::tagErrorSeverity::Error, object, condition, message, result)
 
-/// The report that the parameter of this name is null; `name` is a literal. The condition is "<name> !=
-/// NULL".
+/// The report that the parameter of this name is null; `name` is a literal. The condition is
+/// "<name> != NULL".
 #define ZO_NULL_POINTER(object, name)                                                                        \
     ::ZoVelkor::NullPointerError(kSourceUnit, (object), name, name " != NULL")

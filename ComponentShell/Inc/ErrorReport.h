@@ -32,13 +32,13 @@ struct tagSourceUnit
 /// is borrowed and can be gone once the error has left the operation that raised it.
 struct tagErrorReport
 {
-    const char* condition = "";  ///< the condition that did not hold, as source text
-    const char* sourceUnit = ""; ///< where it was checked, see tagSourceUnit
-    const char* buildStamp = "";
-    int line = 0;
-    tagErrorSeverity severity = tagErrorSeverity::Error;
-    const CObjectDataReference* object = nullptr; ///< the object at work; null when there is none
-    std::string message;
-    HRESULT result = ZO_E_SHELL;
+    const char* condition = "";                          ///< the condition that did not hold, as source text
+    const char* sourceUnit = "";                         ///< where it was checked, see tagSourceUnit
+    const char* buildStamp = "";                         ///< when that file was compiled
+    int line = 0;                                        ///< line of the check
+    tagErrorSeverity severity = tagErrorSeverity::Error; ///< how bad it is
+    const CObjectDataReference* object = nullptr;        ///< the object at work; null when there is none
+    std::string message;                                 ///< what was wrong, with values; one line
+    HRESULT result = ZO_E_SHELL;                         ///< what callers get; a failure
 };
 } // namespace ZoVelkor

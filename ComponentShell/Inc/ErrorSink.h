@@ -6,6 +6,9 @@
 namespace ZoVelkor
 {
 /// Receives every internal error of the process.
+///
+/// One sink a process: it is for those who keep or show the log, and for tests, which record. Ownership:
+/// the sink stays its maker's.
 class IErrorSink
 {
 public:

@@ -11,6 +11,7 @@ namespace ZoVelkor
 {
 /// Maps the exception being handled to a result; call it from a catch clause only.
 ///
+/// The one place where exceptions become results. Threads: any.
 /// @return the result of a CShellError (E_FAIL where that is a success code), E_OUTOFMEMORY for
 ///         std::bad_alloc, else E_FAIL. What did not come from ThrowError is reported here, because nobody
 ///         else has.

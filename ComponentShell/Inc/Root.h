@@ -47,13 +47,16 @@ protected:
 
 inline constexpr const IID& IID_IZORoot = IZORoot::kInterfaceId;
 
-/// The root object of the process, made by the first call.
+/// The root object of the process, made by the first call and kept to the end. Threads: any.
 ///
 /// @param[out] ppRoot  the root, counted for the caller; null on failure
 /// @return S_OK; E_POINTER; E_OUTOFMEMORY
 ZO_EXPORT HRESULT GetRoot(IZORoot** ppRoot) noexcept;
 
 /// Looks a service up at the root; results as for IZORoot::GetRegisteredInterface.
+///
+/// @param pIid             null gives E_POINTER, reported
+/// @param[out] ppInterface  the interface, counted for the caller; null on failure
 ZO_EXPORT HRESULT ZoGetRegisteredInterface(const IID* pIid, void** ppInterface) noexcept;
 
 /// The same with a typed pointer; T must be the interface that *pIid identifies.

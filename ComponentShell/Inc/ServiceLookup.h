@@ -20,10 +20,10 @@ using ServiceMaker = HRESULT (*)(const IID& iid, void** ppService);
 struct tagServiceEntry
 {
     std::wstring_view name; ///< without version suffix
-    ServiceMaker make;
+    ServiceMaker make;      ///< called by each look-up
 };
 
-/// The usual maker: a new component for every look-up.
+/// The usual maker: a new component for every look-up, so that callers share no state.
 ///
 /// @tparam TComponent  a CComObject whose base needs no arguments
 template <class TComponent>

@@ -2,6 +2,7 @@
 
 // Locking rules in a form that clang checks (-Wthread-safety); other compilers see nothing.
 #if defined(__clang__)
+/// An attribute of the check, by its name.
 #define ZO_THREAD_ANNOTATION(x) __attribute__((x))
 #else
 #define ZO_THREAD_ANNOTATION(x)

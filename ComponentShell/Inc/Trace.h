@@ -7,6 +7,8 @@
 namespace ZoVelkor
 {
 /// Receives the lines of the debug print.
+///
+/// One sink a process, for those who keep or show the lines. Ownership: the sink stays its maker's.
 class ITraceSink
 {
 public:
