@@ -49,11 +49,15 @@ public:
     CLxiErrorStorage& operator=(const CLxiErrorStorage&) = delete;
     virtual ~CLxiErrorStorage();
 
+    /// Stores an error in place of the one before, fetched or not.
+    ///
     /// @param code  any value; one outside the enumeration has the text "Unknown error"
     void SetError(EnumLxiErrors code);
+    /// Stores NoError.
     void ClearError();
 
-    /// English text of the current error, which stays.
+    /// English text of the current error, which stays; that of NoError when there is none. Throws
+    /// std::bad_alloc.
     CComBSTR GetErrorString() const;
 
     /// Fetches the current error and clears it. An error that is set while this runs may be lost.

@@ -30,7 +30,7 @@ enum tagEnumLxiLanChannelId : std::int32_t
 /// One user data field as callers hand it in and get it. Ownership: the caller's.
 struct tagLxiLanUserDataType
 {
-    std::uint8_t iIdentifier = 0;
+    std::uint8_t iIdentifier = 0;  ///< what the data is, as sender and receiver agree
     std::uint32_t iSize = 0;       ///< number of data bytes
     std::uint8_t* pData = nullptr; ///< null counts as no bytes, whatever the size
 };
@@ -39,9 +39,9 @@ struct tagLxiLanUserDataType
 /// One user data field as a packet keeps it, without padding.
 struct LxiLanDataField
 {
-    std::uint32_t iSize;
-    std::uint8_t iIdentifier;
-    std::uint8_t* pData; ///< an array of the packet's own
+    std::uint32_t iSize;      ///< number of data bytes
+    std::uint8_t iIdentifier; ///< as in tagLxiLanUserDataType
+    std::uint8_t* pData;      ///< an array of the packet's own
 };
 #pragma pack(pop)
 static_assert(sizeof(LxiLanDataField) == 5 + sizeof(void*));
@@ -87,45 +87,68 @@ public:
 
     /// The third byte of the header, 'I' unless the hardware says otherwise.
     void setHWDetect(unsigned char hwDetect) noexcept { m_abHWDetect[2] = hwDetect; }
+    /// The third byte of the header.
     unsigned char getHWDetect() const noexcept { return m_abHWDetect[2]; }
+    /// Sets the domain, 0 to 255; receivers drop messages of another one.
     void setDomain(unsigned char domain) noexcept { m_domain = domain; }
+    /// The domain, as set or received.
     unsigned char getDomain() const noexcept { return m_domain; }
     /// The number stays until the message is written or another one is received.
     void setSequenceNumber(unsigned long number) noexcept
     {
         m_sequenceNumber = static_cast<std::uint32_t>(number);
     }
+    /// The number of the message, as set, sent or received.
     unsigned long getSequenceNumber() const noexcept { return m_sequenceNumber; }
+    /// Sets the epoch of the time stamp, in units of 2^32 s.
     void setEpoch(unsigned int epoch) noexcept { m_epoch = static_cast<std::uint16_t>(epoch); }
+    /// The epoch of the time stamp.
     unsigned int getEpoch() const noexcept { return m_epoch; }
 
-    /// @param fractional  in units of 2^-16 ns
+    /// Sets the moment of the event; nothing checks that it is a normal time.
+    ///
+    /// @param seconds      since 1970, within the epoch
+    /// @param nanoSeconds  usually below 10^9
+    /// @param fractional   in units of 2^-16 ns
     void setTimestamp(unsigned long seconds, unsigned long nanoSeconds, unsigned int fractional) noexcept;
+    /// The three parts as they were set or received.
     void
     getTimestamp(unsigned long& seconds, unsigned long& nanoSeconds, unsigned int& fractional) const noexcept;
     /// Seconds in the upper, nanoseconds in the lower 32 bits.
     unsigned long long getTimestamp() const noexcept;
 
-    // Flags: exactly 1 sets, any other value clears; the answer is 1 or 0.
+    /// @name Flags
+    /// Exactly 1 sets, any other value clears; the answer is 1 or 0.
+    /// @{
 
+    /// The message tells of an error.
     void setIsErrorMessage(int value) noexcept { SetFlag(kErrorMessage, value); }
+    /// Whether the message tells of an error.
     int getIsErrorMessage() const noexcept { return Flag(kErrorMessage); }
+    /// The message was sent before, with the same sequence number.
     void setIsRetransmission(int value) noexcept { SetFlag(kRetransmission, value); }
+    /// Whether the message was sent before.
     int getIsRetransmission() const noexcept { return Flag(kRetransmission); }
+    /// The hardware value of the event: the state of its line.
     void setIsHwFlagSet(int value) noexcept { SetFlag(kHwFlag, value); }
+    /// The hardware value of the event.
     int getIsHwFlagSet() const noexcept { return Flag(kHwFlag); }
+    /// The message acknowledges one that was received.
     void setIsAcknowledgement(int value) noexcept { SetFlag(kAcknowledgement, value); }
+    /// Whether the message acknowledges another one.
     int getIsAcknowledgement() const noexcept { return Flag(kAcknowledgement); }
+    /// @}
 
-    /// Copies kEventIdSize bytes in.
+    /// Copies kEventIdSize bytes in, whatever they are.
     void setEventId(const unsigned char* id) noexcept;
-    /// Copies kEventIdSize bytes out.
+    /// Copies kEventIdSize bytes out; no terminator follows an identifier of full length.
     void getEventId(unsigned char* id) const noexcept;
     /// What the identifier begins with: "LAN0" to "LAN7" give 0 to 7, "ERROR" gives 8, anything else 9.
     int getEventId() const noexcept;
     /// The identifier up to its first zero; null when memory is short.
     BSTR getEventName() const noexcept;
 
+    /// How many fields the message carries; received messages carry those that were appended here.
     unsigned int getNumberOfUserDataFields() const noexcept;
     /// Appends a field with a copy of the data.
     void appendUserData(const tagLxiLanUserDataType& field);

@@ -26,7 +26,9 @@ public:
     CLxiTime() noexcept = default;
     /// Takes seconds from the upper and nanoseconds from the lower 32 bits.
     CLxiTime(unsigned long long time) noexcept;
+    /// The same with an epoch.
     CLxiTime(unsigned short epoch, unsigned long long time) noexcept;
+    /// Takes the parts as they are; 10^9 ns or more are not carried.
     CLxiTime(unsigned short epoch, unsigned long seconds, unsigned long nanoSeconds) noexcept;
     /// Takes sign and whole nanoseconds of an interval; the fraction is dropped.
     CLxiTime(const CLxiTimeInterval& interval) noexcept;
@@ -39,7 +41,7 @@ public:
     /// Later than the other. Of two times with one sign the larger epoch is the greater one, even when both
     /// are negative.
     bool operator>(const CLxiTime& other) const noexcept;
-    /// The opposite of operator>.
+    /// The opposite of operator>: not later than the other, or equal.
     bool operator<=(const CLxiTime& other) const noexcept { return !(*this > other); }
 
     /// Adds a time. The epochs are added by themselves, wrapping at 16 bits and taking no part in the sum of
@@ -52,18 +54,30 @@ public:
     /// Sub.
     void Div2() noexcept;
 
+    /// @name The parts, as they are kept
+    /// Nothing is carried from one to the other and the sign stays.
+    /// @{
+
+    /// Units of 2^32 s.
     unsigned short GetEpoch() const noexcept { return m_epoch; }
+    /// Seconds within the epoch.
     unsigned long GetSeconds() const noexcept { return m_seconds; }
+    /// Nanoseconds within the second, unless they were set to more.
     unsigned long GetNanoSeconds() const noexcept { return m_nanoSeconds; }
+    /// Whether the time lies before zero; zero itself can have either sign.
     bool IsNegative() const noexcept { return m_negative; }
+    /// Sets the epoch.
     void SetEpoch(unsigned short epoch) noexcept { m_epoch = epoch; }
+    /// Sets the seconds within the epoch.
     void SetSeconds(unsigned long seconds) noexcept { m_seconds = static_cast<std::uint32_t>(seconds); }
+    /// Sets the nanoseconds; more than 999 999 999 stay until the next arithmetic.
     void SetNanoSeconds(unsigned long nanoSeconds) noexcept
     {
         m_nanoSeconds = static_cast<std::uint32_t>(nanoSeconds);
     }
     /// Epoch, seconds and nanoseconds become 0; the sign stays.
     void Reset() noexcept;
+    /// @}
 
     /// Seconds in the upper, nanoseconds in the lower 32 bits; the sign does not show.
     /// Deliberate: the name is spelt as every caller writes it.

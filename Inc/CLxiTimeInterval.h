@@ -35,6 +35,7 @@ public:
 
     /// Takes whole nanoseconds over, limited to +-(2^47 - 1); IsOverFlow tells whether they were limited.
     void SetNanoSeconds(long long nanoSeconds) noexcept;
+    /// Whole nanoseconds, with sign; the fraction is only in the scaled number.
     long long GetNanoSeconds() const noexcept { return m_nanoSeconds; }
     /// The nanoseconds are below 0. A fraction alone is never negative.
     bool IsNegative() const noexcept { return m_nanoSeconds < 0; }

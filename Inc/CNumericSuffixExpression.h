@@ -42,6 +42,7 @@ public:
     /// @name Questions
     /// Each raises CShellError with E_POINTER when there is no expression to ask.
     /// @{
+
     /// Tells whether a range holds the value.
     bool CheckValue(long value) const;
     /// Tells whether a range overlaps the closed range from low to high.
@@ -52,7 +53,7 @@ public:
     const RangeList& GetRanges() const;
     /// @}
 
-    /// Sorts the ranges and joins those that overlap or are adjacent.
+    /// Sorts the ranges and joins those that overlap or are adjacent; does nothing without expression.
     void Normalise();
 
     /// The ranges as a list; SetExpression with the same domain makes the same ranges of it. Empty without

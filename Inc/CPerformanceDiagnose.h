@@ -32,16 +32,19 @@ public:
         /// All five figures become 0.
         void Reset() noexcept;
 
+        /// Number of samples since the last Reset, 0 to 2147483647.
         long get_Count() const noexcept { return m_count; }
+        /// Sum of the samples, in seconds.
         double get_Sum() const noexcept { return m_sum; }
+        /// Sum of their squares, in square seconds.
         double get_SumOfSquares() const noexcept { return m_sumOfSquares; }
         /// The smallest sample or 0, whichever is less.
         double get_Minimum() const noexcept { return m_minimum; }
         /// The largest sample or 0, whichever is more.
         double get_Maximum() const noexcept { return m_maximum; }
-        /// 0 without samples.
+        /// Mean of the samples in seconds; 0 without samples.
         double get_Mean() const noexcept;
-        /// Standard deviation of the samples as a whole population; 0 without samples.
+        /// Standard deviation of the samples as a whole population, in seconds; 0 without samples.
         double get_Sdev() const noexcept;
 
     private:
@@ -66,8 +69,11 @@ public:
         /// Ends a section now and begins the next one.
         void NextSection() noexcept;
 
+        /// Counter value at construction.
         long long get_RunStart() const noexcept { return m_runStart; }
+        /// Counter value at which the last section that has ended began.
         long long get_SectionStart() const noexcept { return m_sectionStart; }
+        /// Counter value at which it ended, and the next one began.
         long long get_SectionEnd() const noexcept { return m_sectionEnd; }
 
     private:
@@ -105,12 +111,16 @@ public:
     {
         return Flag(&tagRemoteDiagnoseControl::bScpiChecksDisabled);
     }
+    /// Timed trace lines are printed.
     static bool IsDebugTimingActive() noexcept { return Flag(&tagRemoteDiagnoseControl::bTimingActive); }
+    /// Remote calls are diagnosed.
     static bool IsDebugRpcModeActive() noexcept { return Flag(&tagRemoteDiagnoseControl::rpcModeActive); }
+    /// Trace lines are printed.
     static bool IsDebugTraceModeActive() noexcept
     {
         return Flag(&tagRemoteDiagnoseControl::bTraceModeActive);
     }
+    /// Execution times are collected.
     static bool IsDebugStatisticModeActive() noexcept
     {
         return Flag(&tagRemoteDiagnoseControl::bStatisticModeActive);

@@ -45,6 +45,8 @@ public:
     /// @return S_OK; E_POINTER
     /// @throws CShellError "RegisterExternalParser failed"
     HRESULT RegisterMultichannelParser(IUnknown* pParser);
+    /// Takes a parser out of all paths.
+    ///
     /// @return S_OK, and nothing of the parser is running; S_FALSE when it is not registered; E_POINTER
     /// @throws CShellError "invalid result of UnregisterExternalParser()"
     HRESULT UnregisterMultichannelParser(IUnknown* pParser);
@@ -54,6 +56,8 @@ public:
     /// @return S_OK; E_POINTER
     /// @throws CShellError "could not register multichannel event registration"
     HRESULT RegisterMultichannelEventObserver(IUnknown* pObserver);
+    /// Takes an observer out, by its identity.
+    ///
     /// @return S_OK, and the observer is not called any more; S_FALSE when it is not registered; E_POINTER
     /// @throws CShellError "could not unregister multichannel event registration"
     HRESULT UnregisterMultichannelEventObserver(IUnknown* pObserver);
@@ -62,6 +66,8 @@ public:
     ///
     /// @return S_OK; E_POINTER
     HRESULT RegisterScpiPlugIn(IUnknown* pPlugIn);
+    /// Takes a plug-in out again.
+    ///
     /// @return S_OK, and nothing of the plug-in is running; S_FALSE when it is not plugged in; E_POINTER
     HRESULT UnregisterScpiPlugIn(IUnknown* pPlugIn);
 

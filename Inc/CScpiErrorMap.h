@@ -26,12 +26,15 @@ ZO_EXPORT std::string_view GetScpiErrorText(short code) noexcept;
 class ZO_EXPORT CScpiErrorMap
 {
 public:
+    /// With the numbers and texts of the standard.
     CScpiErrorMap();
     CScpiErrorMap(const CScpiErrorMap&) = default;
     CScpiErrorMap& operator=(const CScpiErrorMap&) = default;
     virtual ~CScpiErrorMap() = default;
 
     /// Replaces text by the text of the error number, "Device specific error" for an unknown one.
+    ///
+    /// @param[out] text  what it held is freed
     void GetErrorText(short code, CComBSTR& text) const;
 
     /// All entries as response lines such as `-100,"Command error"`.

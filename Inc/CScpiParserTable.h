@@ -33,6 +33,7 @@ class ZO_EXPORT CScpiParserTable
 {
 public:
     CScpiParserTable() = default;
+    /// For a table of unknown size; null is no table.
     explicit CScpiParserTable(_CMD_SET_RECORD* table) : m_table(table) {}
 
     /// Record count of a table whose size nobody told.
@@ -84,8 +85,7 @@ public:
     /// @param plugins      in order: the later definition of a command replaces the earlier one
     /// @param[out] table   the joined records; must outlive this object's use of them
     /// @param[out] sinks   for each joined record the sink of its command: entry i belongs to header record
-    /// i,
-    ///                     and is null for all records but executable headers
+    ///                     i, and is null for all records but executable headers
     /// @param[out] sizeInBytes  size of the table; 0 when it is null
     /// @return 0
     long MergePlugins(CScpiPropErrorStrategy& errors,
@@ -115,6 +115,9 @@ public:
                                 const _CMD_SET_RECORD* table);
 
     /// Appends the line of one command: path and terminator.
+    ///
+    /// @param path   path of the node itself, its own keyword included
+    /// @param table  first record of the table that the header belongs to
     static void CollectHeaderHelp(std::string path,
                                   std::list<std::string>& out,
                                   const _CS_HDR& header,
@@ -125,6 +128,7 @@ public:
                                   const _CS_HDR& header,
                                   const _CMD_SET_RECORD* table);
 
+    /// Whether a header is listed on request alone (HDR_DIAG).
     static bool GetSystemHelpHeaderIsDiagnostic(const _CS_HDR& header);
     /// "/nquery/" for setting only, "?/qonly/" for query only, else empty.
     static std::string GetSystemHelpHeaderMessageTerminator(const _CS_HDR& header);

@@ -24,12 +24,14 @@ enum class tagScpiTableKind
     None           ///< outside every group
 };
 
+/// Number of the kinds that form groups.
 inline constexpr std::size_t kScpiTableKinds = static_cast<std::size_t>(tagScpiTableKind::None);
 
 /// The groups of one command table, and the state of writing the table out as source text.
 ///
-/// CScpiParserTable::AnalyseGroups fills it. The state of writing belongs to the writer, and analysis resets
-/// it.
+/// CScpiParserTable::AnalyseGroups fills it. The state of writing belongs to the writer, and analysis
+/// resets it. Indexes count records from 0. Errors: none but std::bad_alloc, and std::out_of_range for the
+/// kind None. Threads: one instance belongs to one thread at a time.
 class ZO_EXPORT CScpiParserTableGroups
 {
 public:

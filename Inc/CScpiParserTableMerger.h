@@ -45,7 +45,9 @@ namespace ZoVelkor
 class ZO_EXPORT CScpiParserTableMerger
 {
 public:
+    /// A joined table.
     using tagTable = std::valarray<_CMD_SET_RECORD>;
+    /// A sink or null for each of its records.
     using tagSinks = std::valarray<CAdapt<CComPtr<IZOScpiExecutionSink>>>;
 
     /// @param errors  borrowed for the merger's life

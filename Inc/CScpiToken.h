@@ -15,7 +15,9 @@ namespace ZoVelkor
 class ZO_EXPORT CScpiToken
 {
 public:
+    /// With the empty text.
     CScpiToken() = default;
+    /// Takes a keyword in any form and case.
     CScpiToken(const std::string& keyword);
     CScpiToken(const CScpiToken&) = default;
     CScpiToken& operator=(const CScpiToken&) = default;
@@ -23,16 +25,21 @@ public:
 
     /// The whole keyword in capitals.
     static std::string ScpiToken2LongForm(const std::string& keyword);
-    /// The first three or four characters in capitals.
+    /// The first four characters in capitals; three when the fourth is a vowel and no digit follows it. A
+    /// keyword of up to four characters is its own short form.
     static std::string ScpiToken2ShortForm(const std::string& keyword);
     /// The short form in capitals, the rest in small letters: the form in which command tables keep keywords.
     static std::string ScpiToken2SyntaxForm(const std::string& keyword);
     /// The short form, extended by the digits that begin at the fifth character: TRAC12X gives TRAC12.
     static std::string ScpiToken2NumericShortForm(const std::string& keyword);
 
+    /// ScpiToken2LongForm of the text.
     std::string ToLongForm() const { return ScpiToken2LongForm(m_keyword); }
+    /// ScpiToken2ShortForm of the text.
     std::string ToShortForm() const { return ScpiToken2ShortForm(m_keyword); }
+    /// ScpiToken2SyntaxForm of the text.
     std::string ToSyntaxForm() const { return ScpiToken2SyntaxForm(m_keyword); }
+    /// ScpiToken2NumericShortForm of the text.
     std::string ToNumericShortForm() const { return ScpiToken2NumericShortForm(m_keyword); }
 
     /// Replaces the text by its syntax form.

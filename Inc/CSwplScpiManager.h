@@ -76,16 +76,29 @@ public:
     /// Releases all services. Requests on their way to a thread are still carried out.
     void Detach() noexcept;
 
-    // The services, borrowed; null when they were not found.
+    /// @name The services
+    /// Borrowed until Detach or the next Find; null when they were not found.
+    /// @{
+
+    /// Registration, start and stop.
     IZOScpiParserManagement* GetScpiParserManagement() const noexcept { return m_pScpiParserManagement; }
+    /// The error queues.
     IZOScpiErrorManagement* GetScpiErrorManagement() const noexcept { return m_pScpiErrorManagement; }
+    /// The status registers.
     IZOScpiStatusManagement* GetScpiStatusManagement() const noexcept { return m_pScpiStatusManagement; }
+    /// Remote, local and lockout.
     IZOScpiRemoteControl* GetScpiRemoteControl() const noexcept { return m_pScpiRemoteControl; }
+    /// The channels of the connections.
     IZOScpiChannelManagement* GetScpiChannelManagement() const noexcept { return m_pScpiChannelManagement; }
+    /// Device events from and to the instrument.
     IZOScpiDeviceManagement* GetScpiDeviceManagement() const noexcept { return m_pScpiDeviceManagement; }
+    /// The data format.
     IZOScpiSubsystemFormat* GetScpiSubsystemFormat() const noexcept { return m_pScpiSubsystemFormat; }
+    /// The command language.
     IZOScpiParserLanguage* GetScpiParserLanguage() const noexcept { return m_pScpiParserLanguage; }
+    /// The message trace of the whole instrument.
     IZOScpiTraceManagement* GetScpiTraceManagement() const noexcept { return m_pScpiTraceManagement; }
+    /// @}
 
 private:
     void FindTraceManagement();

@@ -46,7 +46,9 @@ public:
     /// Borrowed, see GetScpiParserInterface.
     IZOScpiCommands* GetScpiCommandsInterface() const noexcept { return m_iScpiCommands; }
 
+    /// What the commands are for; ZO_PARSER_TYPE_INSTRUMENT at first.
     tagZO_SCPI_PARSER_TYPE GetParserType() const noexcept { return m_parserType; }
+    /// Changes the type here; a parser that is registered keeps its own.
     void SetParserType(tagZO_SCPI_PARSER_TYPE type) noexcept { m_parserType = type; }
 
     /// A BSTR, borrowed until the next change; null when none was set.
@@ -56,6 +58,7 @@ public:
 
     /// The identity under which the parser was registered last; all zero before.
     GUID GetGuid() const noexcept { return m_guidObjectId; }
+    /// Sets the identity; CSwplScpiManager::RegisterParser does.
     void SetGuid(GUID id) noexcept { m_guidObjectId = id; }
 
 private:

@@ -11,19 +11,19 @@ namespace ZoVelkor
 /// The fixed part of a module's version information, as version resources lay it out.
 struct tagFixedFileInfo
 {
-    DWORD dwSignature;
-    DWORD dwStructVersion;
-    DWORD dwFileVersionHigh; ///< major version in the upper, minor version in the lower 16 bits
-    DWORD dwFileVersionLow;  ///< build in the upper, sub-build in the lower 16 bits
-    DWORD dwProductVersionHigh;
-    DWORD dwProductVersionLow;
-    DWORD dwFileFlagsMask;
-    DWORD dwFileFlags;
-    DWORD dwFileOs;
-    DWORD dwFileType;
-    DWORD dwFileSubtype;
-    DWORD dwFileDateHigh;
-    DWORD dwFileDateLow;
+    DWORD dwSignature;          ///< not read
+    DWORD dwStructVersion;      ///< not read
+    DWORD dwFileVersionHigh;    ///< major version in the upper, minor version in the lower 16 bits
+    DWORD dwFileVersionLow;     ///< build in the upper, sub-build in the lower 16 bits
+    DWORD dwProductVersionHigh; ///< like the file version, of the product
+    DWORD dwProductVersionLow;  ///< like the file version, of the product
+    DWORD dwFileFlagsMask;      ///< not read
+    DWORD dwFileFlags;          ///< not read
+    DWORD dwFileOs;             ///< not read
+    DWORD dwFileType;           ///< not read
+    DWORD dwFileSubtype;        ///< not read
+    DWORD dwFileDateHigh;       ///< not read
+    DWORD dwFileDateLow;        ///< not read
 };
 static_assert(sizeof(tagFixedFileInfo) == 52);
 
@@ -46,29 +46,33 @@ public:
     /// The text of one entry, whether there is one of that name or not.
     std::string getQueryValue(const std::string& key) const;
 
-    std::string getSpecialBuild() const { return getQueryValue("SpecialBuild"); }
-    std::string getProductVersion() const { return getQueryValue("ProductVersion"); }
-    std::string getProductName() const { return getQueryValue("ProductName"); }
-    std::string getPrivateBuild() const { return getQueryValue("PrivateBuild"); }
-    std::string getOriginalFilename() const { return getQueryValue("OriginalFilename"); }
-    std::string getCompanyName() const { return getQueryValue("CompanyName"); }
-    std::string getFileDescription() const { return getQueryValue("FileDescription"); }
-    std::string getComments() const { return getQueryValue("Comments"); }
-    std::string getLegalTrademarks() const { return getQueryValue("LegalTrademarks"); }
-    std::string getLegalCopyright() const { return getQueryValue("LegalCopyright"); }
-    std::string getInternalName() const { return getQueryValue("InternalName"); }
-    std::string getFileVersion() const { return getQueryValue("FileVersion"); }
+    /// @name Entries of the usual names
+    /// @{
+
+    std::string getSpecialBuild() const { return getQueryValue("SpecialBuild"); }         ///< by that name
+    std::string getProductVersion() const { return getQueryValue("ProductVersion"); }     ///< by that name
+    std::string getProductName() const { return getQueryValue("ProductName"); }           ///< by that name
+    std::string getPrivateBuild() const { return getQueryValue("PrivateBuild"); }         ///< by that name
+    std::string getOriginalFilename() const { return getQueryValue("OriginalFilename"); } ///< by that name
+    std::string getCompanyName() const { return getQueryValue("CompanyName"); }           ///< by that name
+    std::string getFileDescription() const { return getQueryValue("FileDescription"); }   ///< by that name
+    std::string getComments() const { return getQueryValue("Comments"); }                 ///< by that name
+    std::string getLegalTrademarks() const { return getQueryValue("LegalTrademarks"); }   ///< by that name
+    std::string getLegalCopyright() const { return getQueryValue("LegalCopyright"); }     ///< by that name
+    std::string getInternalName() const { return getQueryValue("InternalName"); }         ///< by that name
+    std::string getFileVersion() const { return getQueryValue("FileVersion"); }           ///< by that name
+    /// @}
 
     /// @name Parts of the file version and of the product version; 0 without fixed information
     /// @{
-    WORD getMajorVersion() const noexcept;
-    WORD getMinorVersion() const noexcept;
-    WORD getBuild() const noexcept;
-    WORD getSubBuild() const noexcept;
-    WORD getProductMajorVersion() const noexcept;
-    WORD getProductMinorVersion() const noexcept;
-    WORD getProductBuild() const noexcept;
-    WORD getProductSubBuild() const noexcept;
+    WORD getMajorVersion() const noexcept;        ///< upper 16 bits of the first half of the file version
+    WORD getMinorVersion() const noexcept;        ///< lower 16 bits of it
+    WORD getBuild() const noexcept;               ///< upper 16 bits of the second half of the file version
+    WORD getSubBuild() const noexcept;            ///< lower 16 bits of it
+    WORD getProductMajorVersion() const noexcept; ///< the same parts of the product version
+    WORD getProductMinorVersion() const noexcept; ///< its second part
+    WORD getProductBuild() const noexcept;        ///< its third part
+    WORD getProductSubBuild() const noexcept;     ///< its fourth part
     /// @}
 
 protected:

@@ -52,30 +52,31 @@ inline constexpr std::uint32_t SUFF = 0x20000000;      ///< suffix
 inline constexpr std::uint32_t DATA = 0x40000000;      ///< data
 inline constexpr std::uint32_t SYNERR = 0x80000000;    ///< syntax error
 
-inline constexpr std::uint32_t ARG_PFLOAT = ARG_PFLOAT_S | ARG_PINT;
-inline constexpr std::uint32_t ARG_NFLOAT = ARG_NFLOAT_S | ARG_NINT;
-inline constexpr std::uint32_t ARG_BLOCK = ARG_IBLOCK | ARG_DBLOCK;
+inline constexpr std::uint32_t ARG_PFLOAT = ARG_PFLOAT_S | ARG_PINT; ///< any positive decimal number
+inline constexpr std::uint32_t ARG_NFLOAT = ARG_NFLOAT_S | ARG_NINT; ///< any negative decimal number
+inline constexpr std::uint32_t ARG_BLOCK = ARG_IBLOCK | ARG_DBLOCK;  ///< a block of either form
+/// An integer of any sign and base.
 inline constexpr std::uint32_t ARG_SINT = ARG_OCT | ARG_BIN | ARG_HEX | ARG_NINT | ARG_PINT;
+/// Any number: what most numeric parameters accept.
 inline constexpr std::uint32_t ARG_SFLOAT = ARG_SINT | ARG_PFLOAT_S | ARG_NFLOAT_S;
 
 static_assert(ARG_PFLOAT == 0x500 && ARG_NFLOAT == 0xA00 && ARG_BLOCK == 0x3000);
 static_assert(ARG_SINT == 0x1C300 && ARG_SFLOAT == 0x1CF00);
 
 // Argument flags, in the exponent word of a parameter.
-inline constexpr std::uint32_t ARG_FLAG_EXP = 0x1;
-inline constexpr std::uint32_t ARG_FLAG_SSR = 0x2;
-inline constexpr std::uint32_t ARG_FLAG_REP = 0x4; ///< the parameter may be repeated: a list
-inline constexpr std::uint32_t ARG_FLAG_DIAG = 0x8;
+inline constexpr std::uint32_t ARG_FLAG_EXP = 0x1;  ///< kept for generated tables
+inline constexpr std::uint32_t ARG_FLAG_SSR = 0x2;  ///< the flags are written by name in generated source
+inline constexpr std::uint32_t ARG_FLAG_REP = 0x4;  ///< the parameter may be repeated: a list
+inline constexpr std::uint32_t ARG_FLAG_DIAG = 0x8; ///< kept for generated tables
 inline constexpr std::uint32_t ARG_FLAG_OPT = 0x10; ///< the parameter may be left out
-inline constexpr std::uint32_t ARG_FLAG_OPEN_BEGIN = 0x20;
-inline constexpr std::uint32_t ARG_FLAG_OPEN_END = 0x40;
-inline constexpr std::uint32_t ARG_FLAG_OPT_GROUP = 0x80;
+inline constexpr std::uint32_t ARG_FLAG_OPEN_BEGIN = 0x20; ///< kept for generated tables
+inline constexpr std::uint32_t ARG_FLAG_OPEN_END = 0x40;   ///< kept for generated tables
+inline constexpr std::uint32_t ARG_FLAG_OPT_GROUP = 0x80;  ///< kept for generated tables
 
 /// Header record: one node of the command tree.
 struct _CS_HDR
 {
-    char szKeyword[kTableTextSize]; ///< syntax form; a leading '[' marks an optional node, with the closing
-                                    ///< ']'
+    char szKeyword[kTableTextSize]; ///< syntax form; brackets around it, [ and ], mark an optional node
     std::int32_t iNodataMode;       ///< handler of the form without data (query or event); DEF: none
     std::int32_t iDataMode;         ///< handler of the form with data (setting); DEF: none
     std::uint32_t iSubStart;        ///< first record of the child group; 0: no child
@@ -87,31 +88,31 @@ struct _CS_HDR
 /// Parameter record: one argument of a command.
 struct _CS_PAR
 {
-    char szName[kTableTextSize];
-    std::uint32_t iType;       ///< accepted kinds, ARG_... and MNEM
-    std::uint32_t iSuffixList; ///< unit-suffix group; 0: none
-    std::uint32_t iCount;      ///< records of the keyword list
-    std::uint32_t iKeywords;   ///< first record of the keyword list
-    std::uint32_t iNextPar;    ///< next parameter of the same header; not beyond this record: the last one
-    std::uint32_t iExponent;   ///< argument flags, ARG_FLAG_...
+    char szName[kTableTextSize]; ///< for listings and generated source
+    std::uint32_t iType;         ///< accepted kinds, ARG_... and MNEM
+    std::uint32_t iSuffixList;   ///< unit-suffix group; 0: none
+    std::uint32_t iCount;        ///< records of the keyword list
+    std::uint32_t iKeywords;     ///< first record of the keyword list
+    std::uint32_t iNextPar;      ///< next parameter of the same header; not beyond this record: the last one
+    std::uint32_t iExponent;     ///< argument flags, ARG_FLAG_...
 };
 
 /// Unit-suffix record.
 struct _CS_SFX
 {
-    char szSuffix[kTableTextSize];
-    std::uint32_t iEnum;   ///< value delivered to the handler for this unit
-    std::uint32_t iLength; ///< records of the group, on its first record only
-    std::uint32_t iUnused[4];
+    char szSuffix[kTableTextSize]; ///< unit in capitals, multiplier included
+    std::uint32_t iEnum;           ///< value delivered to the handler for this unit
+    std::uint32_t iLength;         ///< records of the group, on its first record only
+    std::uint32_t iUnused[4];      ///< 0
 };
 
 /// Character-data record.
 struct _CS_CHR
 {
-    char szKeyword[kTableTextSize];
-    std::uint32_t iEnum;   ///< value delivered to the handler for this mnemonic
-    std::uint32_t iLength; ///< records of the group, on its first record only
-    std::uint32_t iUnused[4];
+    char szKeyword[kTableTextSize]; ///< mnemonic in syntax form
+    std::uint32_t iEnum;            ///< value delivered to the handler for this mnemonic
+    std::uint32_t iLength;          ///< records of the group, on its first record only
+    std::uint32_t iUnused[4];       ///< 0
 };
 
 /// Marks the value word of a numeric-suffix expression; the other bits are the index of its header record.
@@ -141,13 +142,14 @@ struct _CS_NSE
 /// group stands at index 0, after the common commands if there are any.
 union _CMD_SET_RECORD
 {
-    _CS_HDR hdr;
-    _CS_PAR par;
-    _CS_SFX sfx;
-    _CS_CHR chr;
-    _CS_NSE nse;
+    _CS_HDR hdr; ///< node of the command tree
+    _CS_PAR par; ///< parameter
+    _CS_SFX sfx; ///< unit suffix
+    _CS_CHR chr; ///< character data
+    _CS_NSE nse; ///< numeric-suffix expression
 };
 
+/// The record under the name that generated source uses.
 using CMD_SET_RECORD = _CMD_SET_RECORD;
 
 static_assert(sizeof(_CS_HDR) == 40 && offsetof(_CS_HDR, iNodataMode) == 16 &&

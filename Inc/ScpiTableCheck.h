@@ -27,6 +27,7 @@ inline constexpr std::size_t kMaxListLength = 4096;
 /// The first fault of a command table.
 struct tagScpiTableFault
 {
+    /// Index that stands for the whole table.
     static constexpr std::size_t kNoRecord = static_cast<std::size_t>(-1);
 
     std::size_t iRecord; ///< kNoRecord when the whole table is at fault
@@ -59,6 +60,7 @@ ZO_EXPORT std::optional<tagScpiTableFault> CheckScpiTable(
 /// Places of the two root groups of a table.
 struct tagTableRoots
 {
+    /// Index that stands for no group.
     static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
     std::size_t iCommon = kNone;   ///< first common command

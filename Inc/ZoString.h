@@ -43,9 +43,11 @@ public:
     CZoString(const CZoString& other) noexcept;
     /// Takes the text over and leaves null.
     CZoString(CZoString&& other) noexcept;
+    /// Copy of the whole text, zeros included; null for null.
     CZoString(const CComBSTR& text) noexcept;
     ~CZoString();
 
+    /// Replaces the text as the constructor of the same parameter makes one.
     CZoString& operator=(const char* text) noexcept;
     CZoString& operator=(const std::string& text) noexcept;
     CZoString& operator=(char character) noexcept;
@@ -75,15 +77,22 @@ public:
     CComBSTR ToCComBSTR() const;
     /// Frees the text and becomes null.
     void Clear() noexcept;
+    /// Tells null from empty.
     [[nodiscard]] bool IsNull() const noexcept { return m_str == nullptr; }
     /// Number of characters, 0 for null.
     [[nodiscard]] unsigned int Length() const noexcept { return SysStringLen(m_str); }
 
     // Not supported on this platform: each of the five aborts with the failed assertion "false".
+
+    /// Not supported; aborts.
     HRESULT WriteToStream(IStream* stream) const noexcept;
+    /// Not supported; aborts.
     HRESULT ReadFromStream(IStream* stream) noexcept;
+    /// Not supported; aborts.
     HRESULT CopyToVariant(VARIANT* variant) const noexcept;
+    /// Not supported; aborts.
     HRESULT BSTRToArray(SAFEARRAY** array) const noexcept;
+    /// Not supported; aborts.
     HRESULT ArrayToBSTR(const SAFEARRAY* array) noexcept;
     /// @}
 
@@ -91,21 +100,27 @@ public:
     /// All give S_OK, or E_OUTOFMEMORY with the string unchanged. Null appends nothing; the string itself is
     /// no longer null afterwards.
     /// @{
+
+    /// The whole text, zeros included.
     HRESULT Append(const CZoString& text) noexcept;
     HRESULT Append(const CComBSTR& text) noexcept;
     /// A BSTR with its whole length.
     HRESULT AppendBSTR(const wchar_t* text) noexcept;
+    /// Text up to its terminator.
     HRESULT Append(const wchar_t* text) noexcept;
     /// Appends count characters, zeros included; a negative count appends nothing.
     HRESULT Append(const wchar_t* text, int count) noexcept;
+    /// Narrow text up to its terminator.
     HRESULT Append(const char* text) noexcept;
     /// Appends a run of characters as long as the character's code says, not the character itself; their
     /// values are left open. 'A' appends 65 characters.
     HRESULT Append(char character) noexcept;
+    /// Appends the character itself.
     HRESULT Append(wchar_t character) noexcept;
     /// Appends raw bytes, not converted, behind the bytes of the BSTR: the way to carry a block in a string.
     HRESULT AppendBytes(const char* data, int count) noexcept;
 
+    /// As Append of the same parameter; a failure leaves the string as it was and is not told.
     CZoString& operator+=(const CZoString& text) noexcept;
     CZoString& operator+=(const CComBSTR& text) noexcept;
     CZoString& operator+=(const wchar_t* text) noexcept;
@@ -118,11 +133,14 @@ public:
     /// @name Prepending
     /// Inserts at the start, as Insert does. Unlike Append, a character inserts itself.
     /// @{
+
+    /// Puts a text in front; null and empty put nothing.
     CZoString& Prepend(const CZoString& text);
     CZoString& Prepend(const CComBSTR& text);
     CZoString& Prepend(const wchar_t* text);
     CZoString& Prepend(const char* text);
     CZoString& Prepend(char character);
+    /// Puts a BSTR in front.
     CZoString& PrependBSTR(const wchar_t* text);
     /// @}
 
@@ -133,13 +151,20 @@ public:
 
     /// Converts in place by the rules of CharUpper; the text then ends at its first zero. Null stays null.
     CZoString& ConvertToUpper() noexcept;
+    /// The same by the rules of CharLower.
     CZoString& ConvertToLower() noexcept;
+    /// A copy in capitals.
     CZoString Upper() const noexcept;
+    /// A copy in small letters.
     CZoString Lower() const noexcept;
 
     /// @name Searching
     /// Indexes count from 0, negative ones from the end. The result is a position, or -1 for not found.
     /// @{
+
+    /// First occurrence at an index or behind it.
+    ///
+    /// @param cs  case-sensitive; without, letters of both cases are equal
     int Find(const CZoString& text, int index = 0, bool cs = true) const;
     int Find(char character, int index = 0, bool cs = true) const;
     /// Always case sensitive.
@@ -149,29 +174,44 @@ public:
     int FindRev(char character, int index = -1, bool cs = true) const;
     /// Always case sensitive.
     int FindRev(const char* text, int index = -1) const;
+    /// First match of a pattern at an index or behind it.
+    ///
+    /// @param pattern   regular expression of Qt 3.3
+    /// @param wildcard  the pattern is one of file names instead: *, ? and [...]
     int FindByRegExp(const CZoString& pattern, bool cs = true, bool wildcard = false, int index = 0) const;
+    /// Last match of a pattern at an index or before it; parameters as for FindByRegExp.
     int
     FindRevByRegExp(const CZoString& pattern, bool cs = true, bool wildcard = false, int index = -1) const;
     /// Number of occurrences, overlapping ones included.
     int Contains(const CZoString& text, bool cs = true) const;
     int Contains(const char* text, bool cs = true) const;
     int Contains(char character, bool cs = true) const;
+    /// Number of matches, overlapping ones included; parameters as for FindByRegExp.
     int ContainsByRegExp(const CZoString& pattern, bool cs = true, bool wildcard = false) const;
+    /// Whether the text begins with another one.
     bool StartsWith(const CZoString& text, bool cs = true) const;
+    /// Whether the text ends with another one.
     bool EndsWith(const CZoString& text, bool cs = true) const;
     /// @}
 
     /// @name Parts of the text
     /// @{
-    /// Null for an empty text.
+
+    /// The first characters, all of them when there are fewer; null for an empty text.
     CZoString Left(unsigned length) const;
+    /// The last characters; otherwise as Left.
     CZoString Right(unsigned length) const;
+    /// The characters from an index on, all of them by default.
+    ///
     /// Null for an empty text and for an index at or beyond the end.
     CZoString Mid(unsigned index, unsigned length = 0xFFFFFFFFU) const;
-    /// Fills up to a width; a longer text is cut on the right if truncate is set.
+    /// Fills up on the right to a width; a longer text is cut on the right if truncate is set.
     CZoString LeftJustify(unsigned width, char fill = ' ', bool truncate = false) const;
+    /// Fills up on the left instead; otherwise as LeftJustify.
     CZoString RightJustify(unsigned width, char fill = ' ', bool truncate = false) const;
+    /// Without white space at both ends.
     CZoString StripWhiteSpace() const;
+    /// Without white space at both ends, and with one blank for each run of it inside.
     CZoString SimplifyWhiteSpace() const;
     /// Fields start to end between separators; negative numbers count from the last field.
     ///
@@ -184,6 +224,8 @@ public:
     /// Replaces the first occurrence of the lowest of the placeholders %0 to %9. A positive field width pads
     /// on the left, a negative one on the right. %L1 groups the digits of numbers by commas.
     /// @{
+
+    /// An integer in a base of 2 to 36.
     CZoString Arg(long value, int fieldWidth = 0, int base = 10) const;
     CZoString Arg(unsigned long value, int fieldWidth = 0, int base = 10) const;
     CZoString Arg(long long value, int fieldWidth = 0, int base = 10) const;
@@ -192,8 +234,11 @@ public:
     CZoString Arg(unsigned int value, int fieldWidth = 0, int base = 10) const;
     CZoString Arg(short value, int fieldWidth = 0, int base = 10) const;
     CZoString Arg(unsigned short value, int fieldWidth = 0, int base = 10) const;
+    /// A number in a format of printf; a precision of -1 is that format's own.
     CZoString Arg(double value, int fieldWidth = 0, char format = 'g', int precision = -1) const;
+    /// One character.
     CZoString Arg(char value, int fieldWidth = 0) const;
+    /// A text.
     CZoString Arg(const CZoString& value, int fieldWidth = 0) const;
     /// Replace all placeholders in one pass, the lowest digit by the first value; %L1 is left alone.
     CZoString Arg(const CZoString& a1, const CZoString& a2) const;
@@ -205,6 +250,8 @@ public:
     /// Bases are 2 to 36. A negative number in another base than 10 appears as its 64-bit two's complement.
     /// Formats of `double` are those of printf: e, f, g and their capitals.
     /// @{
+
+    /// The text of a number.
     static CZoString Number(long value, int base = 10);
     static CZoString Number(unsigned long value, int base = 10);
     static CZoString Number(long long value, int base = 10);
@@ -213,6 +260,7 @@ public:
     static CZoString Number(unsigned int value, int base = 10);
     static CZoString Number(double value, char format = 'g', int precision = 6);
 
+    /// Replaces the text by that of a number, as Number.
     CZoString& SetNum(double value, char format = 'g', int precision = 6);
     CZoString& SetNum(float value, char format = 'g', int precision = 6);
     CZoString& SetNum(long long value, int base = 10);
@@ -229,28 +277,39 @@ public:
     /// White space behind it leaves ToDouble its value, but not ok.
     /// @param[out] ok    whether the text is such a number; may be null
     double ToDouble(bool* ok = nullptr) const;
+    /// As ToDouble; a number beyond the range of float is none.
     float ToFloat(bool* ok = nullptr) const;
     /// @param base  2 to 36, or 0 to go by the prefix: 0x hexadecimal, 0 octal, else decimal
     int ToInt(bool* ok = nullptr, int base = 10) const;
+    /// As ToInt, without sign.
     unsigned int ToUInt(bool* ok = nullptr, int base = 10) const;
     /// Range of 32 bits.
     long ToLong(bool* ok = nullptr, int base = 10) const;
     /// Range of 32 bits.
     unsigned long ToULong(bool* ok = nullptr, int base = 10) const;
+    /// As ToInt, with the range of 64 bits.
     long long ToLongLong(bool* ok = nullptr, int base = 10) const;
+    /// The same without sign.
     unsigned long long ToULongLong(bool* ok = nullptr, int base = 10) const;
+    /// As ToInt, with the range of 16 bits.
     short ToShort(bool* ok = nullptr, int base = 10) const;
+    /// The same without sign.
     unsigned short ToUShort(bool* ok = nullptr, int base = 10) const;
     /// @}
 
     /// @name Editing in place
     /// @{
+
+    /// Replaces every occurrence of a text by another one.
+    ///
+    /// @param cs  case-sensitive
     CZoString& Replace(const CZoString& before, const CZoString& after, bool cs = true);
-    /// An index beyond the end appends.
+    /// Replaces length characters from an index on. An index beyond the end appends.
     CZoString& Replace(unsigned index, unsigned length, const CZoString& after);
-    /// An index beyond the end fills the gap with blanks.
+    /// Inserts in front of an index. An index beyond the end fills the gap with blanks.
     CZoString& Insert(unsigned index, const CZoString& text);
-    /// As many characters as length says, or as the text has when it is negative.
+    /// Replaces the text by a run of one character: as many as length says, or as the text has when it is
+    /// negative.
     CZoString& Fill(char character, int length = -1);
     /// @}
 
@@ -286,6 +345,7 @@ ZO_EXPORT bool ZoStringEqual(const wchar_t* left, const wchar_t* right) noexcept
 /// Deliberate: a null text on the left is both less and greater than any other, callers sort nulls to the
 /// front and to the back with it.
 ZO_EXPORT bool ZoStringLess(const wchar_t* left, const wchar_t* right) noexcept;
+/// The same the other way round.
 ZO_EXPORT bool ZoStringGreater(const wchar_t* left, const wchar_t* right) noexcept;
 
 /// An operand's wide text, converted only where it is narrow.
@@ -302,6 +362,10 @@ auto ZoStringText(const T& operand)
     }
 }
 
+// The comparisons go up to the first zero, by character code, see ZoStringEqual and ZoStringLess. With a null
+// text on the left and another one on the right < and > are both true, and <= and >= both false.
+
+/// Equal texts; null equals null alone.
 template <class TLeft, class TRight>
 requires CZoStringOperands<TLeft, TRight>
 bool operator==(const TLeft& left, const TRight& right)
@@ -309,6 +373,7 @@ bool operator==(const TLeft& left, const TRight& right)
     return ZoStringEqual(ZoStringText(left), ZoStringText(right));
 }
 
+/// The opposite of operator==.
 template <class TLeft, class TRight>
 requires CZoStringOperands<TLeft, TRight>
 bool operator!=(const TLeft& left, const TRight& right)
@@ -316,6 +381,7 @@ bool operator!=(const TLeft& left, const TRight& right)
     return !(left == right);
 }
 
+/// By ZoStringLess.
 template <class TLeft, class TRight>
 requires CZoStringOperands<TLeft, TRight>
 bool operator<(const TLeft& left, const TRight& right)
@@ -323,6 +389,7 @@ bool operator<(const TLeft& left, const TRight& right)
     return ZoStringLess(ZoStringText(left), ZoStringText(right));
 }
 
+/// By ZoStringGreater.
 template <class TLeft, class TRight>
 requires CZoStringOperands<TLeft, TRight>
 bool operator>(const TLeft& left, const TRight& right)
@@ -330,6 +397,7 @@ bool operator>(const TLeft& left, const TRight& right)
     return ZoStringGreater(ZoStringText(left), ZoStringText(right));
 }
 
+/// The opposite of operator>.
 template <class TLeft, class TRight>
 requires CZoStringOperands<TLeft, TRight>
 bool operator<=(const TLeft& left, const TRight& right)
@@ -337,6 +405,7 @@ bool operator<=(const TLeft& left, const TRight& right)
     return !(left > right);
 }
 
+/// The opposite of operator<.
 template <class TLeft, class TRight>
 requires CZoStringOperands<TLeft, TRight>
 bool operator>=(const TLeft& left, const TRight& right)

@@ -52,9 +52,11 @@ public:
     /// @param pp_Enums  borrowed; as many texts as the command's table has values from 1 on, then a null
     void SetEnumerationTexts(const char* const* pp_Enums) noexcept { m_pp_Enums = pp_Enums; }
 
+    /// Whether the command came with '?'.
     bool IsQuery() const noexcept { return m_query; }
     /// The remote path that the command came from.
     long GetRemotePath() const noexcept { return m_iRemotePath; }
+    /// Number of arguments, those left out between two separators included.
     unsigned long GetArgumentCount() const noexcept { return m_argumentCount; }
     /// The component named in reports of internal errors; may be null.
     const CObjectDataReference* GetObjectReference() const noexcept { return m_object; }
@@ -65,28 +67,30 @@ public:
     /// The error goes to the error queue when the command is finished; a later one replaces an earlier one.
     /// Result: 1 when an error was set, else 0.
     /// @{
+
     /// Sets the code alone: a detail text that was set before stays and goes along with it.
     ///
-    /// @param code  0 takes an error back
+    /// @param code  of ScpiErrorCodes.h or the instrument's own; 0 takes an error back
     HRESULT SetScpiError(short code);
-    /// Sets the code and the detail text that follows its standard text.
+    /// Sets the error with a detail, which follows the standard text of the code.
     HRESULT SetScpiErrorEx(short code, const std::string& text);
-    /// -200 "Execution error".
+    /// -200 "Execution error" with a detail; the empty one gives none.
     HRESULT SetScpiExecutionError(const std::string& text);
     /// -100 with the detail "query only", unless the command is a query.
     HRESULT SetScpiError_QueryOnly();
     /// -100 with the detail "no query" when the command is a query.
     HRESULT SetScpiError_NoQuery();
-    /// -108.
+    /// -108: the command takes no parameter.
     HRESULT SetScpiError_ParameterNotAllowed();
-    /// -109.
+    /// -109: a parameter is missing.
     HRESULT ScpiErrorMissingParameter();
-    /// -115.
+    /// -115: there are too many.
     HRESULT ScpiErrorUnexpectedParameter();
     /// Sets the error of the type that the argument has; always 1.
     HRESULT ScpiErrorUnexpectedParameterType(long index);
     /// 0 while no error is set.
     short GetScpiError() const noexcept { return m_scpiError; }
+    /// The detail; empty without one.
     const std::string& GetScpiErrorText() const noexcept { return m_detail; }
     /// Hands the error, when one is set, to the error management of the remote path; once.
     ///
@@ -97,6 +101,7 @@ public:
 
     /// @name Argument checks
     /// @{
+
     /// Checks how many arguments there are: -109 for too few, -115 for too many.
     ///
     /// @param last  index of the last required argument, not a count: (0, true) demands exactly one argument
@@ -108,10 +113,15 @@ public:
     HRESULT CheckArgumentType(long actual, long expected);
     /// -109 when there is no such argument, the error of its type when it is not `type`.
     HRESULT CheckParamType(long index, long type);
+    /// CheckParamType for a string.
     HRESULT CheckStringParamType(long index) { return CheckParamType(index, ZO_SCPI_PARAMTYPE_STRING); }
+    /// CheckParamType for a number.
     HRESULT CheckNumericParamType(long index) { return CheckParamType(index, ZO_SCPI_PARAMTYPE_NUMERIC); }
+    /// CheckParamType for a block.
     HRESULT CheckBlockParamType(long index) { return CheckParamType(index, ZO_SCPI_PARAMTYPE_BLOCK); }
+    /// CheckParamType for a word of the command's own list.
     HRESULT CheckCharParamType(long index) { return CheckParamType(index, ZO_SCPI_PARAMTYPE_CHARACTER); }
+    /// CheckParamType for an expression.
     HRESULT CheckExpressionParamType(long index)
     {
         return CheckParamType(index, ZO_SCPI_PARAMTYPE_EXPRESSION);
@@ -120,10 +130,14 @@ public:
 
     /// @name Suffixes and arguments
     /// @{
-    /// The numeric suffix of a header node; the index is not checked.
+
+    /// The numeric suffix of a header node; 1 where the message has none.
+    ///
+    /// @param index  counts the nodes of the header that take a suffix, from the root; not checked
     HRESULT GetNumericSuffix(long& value, long index);
     /// As GetNumericSuffix; -114, with the value stored, outside min to max.
     HRESULT GetNumericSuffixWithRangeCheck(long& value, long index, long min, long max);
+    /// The kind of an argument, whatever it is.
     HRESULT GetArgumentType(tagZO_SCPI_PARAMTYPE& type, long index);
     /// Leading number; out of a double's range: -222, with the overflowed (infinite) value stored.
     HRESULT GetDoubleArgument(double& value, long index);
@@ -134,10 +148,12 @@ public:
     /// ON, OFF or a number, which is true unless it truncates to 0; -141 for another special word.
     HRESULT GetBooleanArgument(bool& value, long index);
     /// Value of a character-data argument in the command table.
+    ///
+    /// @param[out] value  what the table's mnemonic record has, see _CS_CHR
     HRESULT GetCharacterArgument(long& value, long index);
     /// Text of a character-data argument out of the enumeration texts; -141 for a value without text.
     HRESULT GetCharacterString(std::string& text, long index);
-    /// A special word such as MINimum.
+    /// A special word such as MINimum; another kind of argument sets the error of its type.
     HRESULT GetMnemonicArgument(tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE& value, long index);
     /// Contents of a string argument, embedded NULs included.
     HRESULT GetStringArgument(std::string& text, long index);
@@ -154,11 +170,14 @@ public:
     /// Every item is preceded by "," when an item was written before; a refusal of the output buffer sets
     /// -200.
     /// @{
-    /// 1 or 0.
+
+    /// Answers 1 or 0 (SCPI-99 vol. 1, 7.3).
     HRESULT BooleanResponse(bool value);
+    /// Answers a decimal integer (NR1, IEEE 488.2 section 8.7.2).
+    ///
     /// @param value  a 32-bit value; -200 for another one
     HRESULT IntegerResponse(long value);
-    /// Fixed notation with six decimals, "%f"; NumericResponse loses nothing.
+    /// Fixed notation with six decimals, "%f", so small values lose digits; NumericResponse loses nothing.
     HRESULT DoubleResponse(double value);
     /// As many digits as the value needs, through the format subsystem, as the pool answers it.
     HRESULT NumericResponse(double value);

@@ -20,11 +20,15 @@ public:
     /// The manager, borrowed; null when the context has none.
     IZOScpiManager* Manager() noexcept;
 
-    /// The format subsystem, borrowed.
+    /// The format subsystem, borrowed as long as this object lives; asked for once, unless it was not
+    /// there.
     IZOScpiSubsystemFormat* SubsystemFormat() noexcept;
 
+    /// The error queue of the path; a new reference each time, not kept.
     CComPtr<IZOScpiErrorManagement> ErrorManagement() noexcept;
+    /// The status registers; a new reference each time, not kept.
     CComPtr<IZOScpiStatusManagement> StatusManagement() noexcept;
+    /// The overlapped commands; a new reference each time, not kept.
     CComPtr<IZOScpiPendingOperations> PendingOperations() noexcept;
 
 private:

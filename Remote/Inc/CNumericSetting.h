@@ -9,8 +9,8 @@ namespace ZoVelkor
 /// Limits of a numeric setting, all in the setting's base unit.
 struct tagNumericLimits
 {
-    double minimum;
-    double maximum;
+    double minimum;      ///< lowest value, which MINimum stands for
+    double maximum;      ///< highest value, which MAXimum stands for
     double defaultValue; ///< also the first value
     double step = 0;     ///< for UP and DOWN; 0: these are refused
     double stepDown = 0; ///< for DOWN where it differs; 0: as step
@@ -25,6 +25,9 @@ struct tagNumericLimits
 class CNumericSetting
 {
 public:
+    /// A setting that keeps its value itself, the default at first.
+    ///
+    /// @param limits  copied; the default lies between minimum and maximum, which is not checked
     explicit constexpr CNumericSetting(const tagNumericLimits& limits) noexcept
         : m_Limits(limits),
           m_Value(limits.defaultValue)
@@ -36,9 +39,11 @@ public:
           m_Value(value)
     {}
 
+    /// The present value, in the base unit.
     constexpr double Value() const noexcept { return m_Value; }
+    /// The limits as they were given.
     constexpr const tagNumericLimits& Limits() const noexcept { return m_Limits; }
-    /// Back to the default, as *RST does.
+    /// Sets the value back to the default, as *RST does.
     constexpr void Reset() noexcept { m_Value = m_Limits.defaultValue; }
 
     /// Handles both forms of the command: sets the value from argument 0, or answers the query.
@@ -52,7 +57,10 @@ public:
         return data.IsQuery() ? Answer(data) : Apply(data);
     }
 
-    /// Sets the value from the only argument.
+    /// Sets the value from the only argument; results as Handle.
+    ///
+    /// A number is taken in the base unit, which the parser has converted it to. UP and DOWN change the
+    /// present value by the step and are refused where that leaves the limits.
     template <class TData>
     HRESULT Apply(TData& data)
     {
@@ -73,7 +81,7 @@ public:
         return result;
     }
 
-    /// Answers the value, or the limit that the argument names.
+    /// Answers the value, or the limit that the argument names; results as Handle.
     template <class TData>
     HRESULT Answer(TData& data) const
     {

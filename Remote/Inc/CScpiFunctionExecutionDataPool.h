@@ -45,7 +45,10 @@ public:
 
     /// @name The command
     /// @{
+
+    /// Whether the command came with '?'.
     virtual bool IsQuery() const = 0;
+    /// The opposite of IsQuery.
     virtual bool IsSetting() const = 0;
     /// The remote path that the command came from, 0 or more.
     virtual long GetRemotePath() const = 0;
@@ -53,14 +56,20 @@ public:
     virtual const wchar_t* GetHeader() const = 0;
     /// The component named in reports of internal errors; may be null.
     virtual const CObjectDataReference* GetObjectReference() const = 0;
-    /// The raw numeric suffix of a header node as an unsigned 32-bit value; the index is not checked.
+    /// The raw numeric suffix of a header node as an unsigned 32-bit value; 1 where the message has none.
+    ///
+    /// @param index  counts the nodes of the header that take a suffix, from the root; not checked
     virtual unsigned long GetRawNumericSuffixValue(long index) const = 0;
     /// @}
 
     /// @name Arguments
     /// @{
+
+    /// Number of arguments, those left out between two separators included.
     virtual long GetArgumentCount() const = 0;
+    /// The same; always 0.
     virtual HRESULT GetArgumentCount(unsigned long& count) = 0;
+    /// The kind of an argument, whatever it is.
     virtual HRESULT GetArgumentType(tagZO_SCPI_PARAMTYPE& type, long index) = 0;
     /// Checks how many arguments there are: -109 for too few, -115 for too many.
     ///
@@ -84,9 +93,9 @@ public:
     virtual HRESULT GetIntegerArgument(long& value, long index) = 0;
     /// ON, OFF or a number, which is true unless it truncates to 0; -141 for another special word.
     virtual HRESULT GetBooleanArgument(bool& value, long index) = 0;
-    /// Value of a character-data argument in the command table.
+    /// Value of a character-data argument in the command table, see _CS_CHR.
     virtual HRESULT GetCharacterArgument(long& value, long index) = 0;
-    /// A special word such as MINimum.
+    /// A special word such as MINimum; another kind of argument sets the error of its type.
     virtual HRESULT GetMnemonicArgument(tagZO_SCPI_SPECIAL_CHARACTER_DATA_TYPE& value, long index) = 0;
     /// Contents of a string argument, embedded NULs included.
     virtual HRESULT GetStringArgument(std::string& text, long index) = 0;
@@ -119,6 +128,7 @@ public:
 
     /// @name Errors
     /// @{
+
     /// Sets the SCPI error of this command.
     ///
     /// @param code  0 takes an error back
@@ -128,23 +138,24 @@ public:
     virtual HRESULT SetScpiError(short code, const std::string& text, bool replace) = 0;
     /// The same without detail; replaces an earlier error.
     HRESULT SetScpiError(short code) { return SetScpiError(code, std::string(), true); }
-    /// -200 "Execution error".
+    /// -200 "Execution error" with a detail; the empty one gives none. Replaces an earlier error.
     virtual HRESULT SetScpiExecutionError(const std::string& text) = 0;
     /// -100 with the detail "query only", unless the command is a query.
     virtual HRESULT SetScpiError_QueryOnly() = 0;
     /// -100 with the detail "no query" when the command is a query.
     virtual HRESULT SetScpiError_NoQuery() = 0;
-    /// -108.
+    /// -108: the command takes no parameter.
     virtual HRESULT SetScpiError_ParameterNotAllowed() = 0;
-    /// -109.
+    /// -109: a parameter is missing.
     virtual HRESULT ScpiErrorMissingParameter() = 0;
-    /// -115.
+    /// -115: there are too many.
     virtual HRESULT ScpiErrorUnexpectedParameter() = 0;
     /// -160 with the text, in which "%FORMDATA%" stands for the current data format; a "()" left over is
     /// removed.
     virtual HRESULT SetScpiBlockDataError(const std::string& text) = 0;
     /// 0 while no error is set.
     virtual short GetScpiError() const = 0;
+    /// The detail; empty without one.
     virtual const std::string& GetScpiErrorText() const = 0;
     /// Hands the error, when one is set, to the error management of the remote path; once.
     ///
@@ -158,33 +169,45 @@ public:
     /// written before. Numbers, strings and separators go through the format subsystem, all else straight to
     /// the output buffer; a refusal of either sets -200.
     /// @{
+
+    /// Answers a number with as many digits as it needs; infinity and not-a-number as their stand-ins.
     virtual HRESULT NumericResponse(double value) = 0;
     virtual HRESULT NumericResponse(float value) = 0;
+    /// Answers an integer.
+    ///
     /// @param value  a 32-bit value; -200 for another one
     virtual HRESULT NumericResponse(long value) = 0;
+    /// Answers whatever scalar the variant holds; -200 for what is no number.
     virtual HRESULT NumericResponse(const CComVariant& value) = 0;
     /// "true" and "false" are answered as 1 and 0; other text must be a well-formed number.
     virtual HRESULT NumericResponse(const std::string& text) = 0;
+    /// NumericResponse of the same value.
     HRESULT NumericResponse(int value) { return NumericResponse(static_cast<long>(value)); }
+    /// NumericResponse of the text, which must not be null.
     HRESULT NumericResponse(const char* text) { return NumericResponse(std::string(text)); }
     /// @param width  depends on the type, see tagEnumFormatDataType
     virtual HRESULT NumericResponseEx(const CComVariant& value, tagEnumFormatDataType type, long width) = 0;
+    /// NumericResponse under the name that the record has.
     virtual HRESULT DoubleResponse(double value) = 0;
 
     /// @param value  a 32-bit value; -200 for another one
     virtual HRESULT IntegerResponse(long value) = 0;
-    /// -200 for a value that is no 32-bit integer; the text forms truncate.
+    /// Converts to 32 bits as VariantChangeType does, which rounds; -200 when that fails.
     virtual HRESULT IntegerResponse(const CComVariant& value) = 0;
+    /// A number as text, truncated towards zero; -200 when it is none or outside 32 bits.
     virtual HRESULT IntegerResponse(const CZoString& text) = 0;
     virtual HRESULT IntegerResponse(const std::string& text) = 0;
+    /// IntegerResponse of the text, which must not be null.
     HRESULT IntegerResponse(const char* text) { return IntegerResponse(std::string(text)); }
 
     /// 1 or 0, never ON or OFF.
     virtual HRESULT BooleanResponse(bool value) = 0;
+    /// Converts as VariantChangeType does; -200 when that fails.
     virtual HRESULT BooleanResponse(const CComVariant& value) = 0;
     /// "true", "false" or a number; -200 for other text.
     virtual HRESULT BooleanResponse(const CZoString& text) = 0;
     virtual HRESULT BooleanResponse(const std::string& text) = 0;
+    /// BooleanResponse of the text, which must not be null.
     HRESULT BooleanResponse(const char* text) { return BooleanResponse(std::string(text)); }
 
     /// Text without quotes; the format subsystem adds them.
@@ -193,13 +216,16 @@ public:
     virtual HRESULT StringResponse(const char* text) = 0;
     /// Wide text ends at its first NUL; what code page 0 cannot hold becomes '?'.
     virtual HRESULT StringResponse(const wchar_t* text) = 0;
+    /// Narrowed to code page 0 up to the first NUL.
     virtual HRESULT StringResponse(const CZoString& text) = 0;
 
     /// Arbitrary ASCII response data (IEEE 488.2 section 8.7.11).
     ///
     /// @param length  bytes at data, 0 or more
     virtual HRESULT ArbitraryResponse(const char* data, long length) = 0;
+    /// The whole text, embedded NULs included.
     virtual HRESULT ArbitraryResponse(const std::string& text) = 0;
+    /// Narrowed to code page 0 up to the first NUL.
     virtual HRESULT ArbitraryResponse(const CZoString& text) = 0;
     /// @param text  null writes an empty item
     virtual HRESULT ArbitraryResponse(const char* text) = 0;
@@ -225,19 +251,25 @@ public:
     virtual HRESULT OutputRegisterValue(const std::string& name) = 0;
     /// Writes a pending data separator now; the next item carries none.
     virtual HRESULT PendingDataSeparatorResponse() = 0;
+    /// Whether the next item is preceded by a separator.
     virtual bool GetInsertOutputSeparator() const = 0;
+    /// Makes the next item one without separator, as the first of a query is.
     virtual void ClearInsertOutputSeparator() = 0;
     /// @}
 
     /// @name Output filter
     /// Decides which of several response lines are kept; without filter all are.
     /// @{
+
+    /// Asks the filter about one line; writes nothing.
+    ///
     /// @return true: keep the line
     virtual bool RunOutputFilter(const std::string& line) = 0;
     /// Keeps the lines that contain the text, case-sensitive; an empty text removes the filter.
     virtual HRESULT SetOutputFilterString(const std::string& text) = 0;
     /// Regular expressions are not available: removes the filter, and -200 unless the pattern is empty.
     virtual HRESULT SetOutputFilterRegEx(const std::string& pattern) = 0;
+    /// All lines are kept again.
     virtual void ClearOutputFilter() = 0;
     /// True when all lines are kept; false while a string filter is active.
     virtual bool IsOutputFilterDefined() const = 0;
@@ -246,23 +278,34 @@ public:
     /// @name Services of the remote path
     /// Pointers are borrowed, smart pointers counted; null when the remote path does not have the service.
     /// @{
+
+    /// Receives the response of this command.
     virtual IZOScpiOutputBuffer* GetOutputBuffer() = 0;
+    /// The data format of the path.
     virtual IZOScpiSubsystemFormat* GetFormatSubsystem() = 0;
+    /// The services of the path themselves.
     virtual IZOScpiManager* GetScpiManager() = 0;
+    /// The error queue of the path.
     virtual CComPtr<IZOScpiErrorManagement> GetErrorManagement() = 0;
+    /// The status registers that the path sees.
     virtual CComPtr<IZOScpiStatusManagement> GetStatusManagement() = 0;
+    /// The overlapped commands of the path.
     virtual CComPtr<IZOScpiPendingOperations> GetPendingOperations() = 0;
     /// Where handlers that pass a block on keep its source and its sink; null at first. The pool holds a
-    /// reference.
+    /// reference and does nothing else with them.
     virtual void SetBlockDataReader(IZOScpiBlockData* reader) = 0;
+    /// What SetBlockDataReader was given, borrowed.
     virtual IZOScpiBlockData* GetBlockDataReader() const = 0;
+    /// The sink of a block that is passed on.
     virtual void SetBlockDataWriter(IZOScpiSubsystemFormat* writer) = 0;
+    /// What SetBlockDataWriter was given, borrowed.
     virtual IZOScpiSubsystemFormat* GetBlockDataWriter() const = 0;
     /// @}
 
     /// @name Data-base transactions
     /// A null transaction is no error; there is nothing to do for it.
     /// @{
+
     /// Finishes a transaction; when it does not end with S_OK, its verdict becomes the SCPI error, see
     /// CScpiTransaction.
     ///

@@ -20,6 +20,9 @@ struct tagFoundArgument;
 ///
 /// Making one allocates nothing and asks no interface:
 /// `CScpiFunctionExecutionDataPoolParser pool(MakeScpiParserData(context, remotePath, ...), this);`
+///
+/// Results, checks, ownership and threads are those of the base class. Without output buffer or format
+/// subsystem a response reports the missing interface and sets -200.
 class ZO_EXPORT CScpiFunctionExecutionDataPoolParser : public CScpiFunctionExecutionDataPool
 {
 public:
@@ -132,18 +135,22 @@ public:
                               const TransactionAcceptMode& acceptMode) override;
     HRESULT UndoTransaction(CComPtr<IZODatabaseTransaction>& transaction) override;
     HRESULT StopTransaction() override;
-    /// Always 1: commands of the remote kernel carry no transaction. So do the next two.
+    /// Always 1, with null: commands of the remote kernel carry no transaction. So do the next two.
     HRESULT GetReadTransaction(CComPtr<IZODatabaseTransaction>& transaction) override;
+    /// Always 1, with null.
     HRESULT GetWriteTransaction(CComPtr<IZODatabaseTransaction>& transaction) override;
+    /// Always 1, with null.
     HRESULT GetCurrentTransaction(CComPtr<IZODatabaseTransaction>& transaction) override;
 
 protected:
     /// Gives the pool the read transaction that StopTransaction aborts; the pool holds a reference.
     void SetReadTransaction(IZODatabaseTransaction* transaction) { m_pIReadTransaction = transaction; }
 
-    /// The three filter operations; one of them is installed at any time.
+    /// Keeps every line. One of these three operations is installed at any time.
     bool IgnoreFilter(const std::string& line) const;
+    /// Keeps the lines that contain the filter's text.
     bool StringFilter(const std::string& line) const;
+    /// Keeps none: regular expressions are not available, and this filter is never installed.
     bool RegExFilter(const std::string& line) const;
 
 private:

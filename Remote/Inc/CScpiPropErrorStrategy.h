@@ -53,9 +53,11 @@ public:
 
     /// @name Problems
     /// @{
-    /// Handles one problem.
+
+    /// Handles one problem as the mode says.
     ///
-    /// @param value  address of the faulty value, for identification only; may be null
+    /// @param value    address of the faulty value, for identification only; may be null
+    /// @param message  what is wrong, one line in English
     void PropError(const void* value, CAtlStringA message);
     /// The same, but only while undefined values are problems.
     void PropErrorEmpty(const void* value, CAtlStringA message);
@@ -79,9 +81,13 @@ public:
     /// @param limit  the most messages to take; 0 or less takes all
     std::string ReportCapturedErrors(long limit) const;
 
+    /// Whether problems are warnings, see SetMember.
     bool ReportAsWarnings() const noexcept { return m_reportAsWarnings; }
+    /// Whether undefined values are problems.
     bool ReportEmptyWarnings() const noexcept { return m_reportEmptyWarnings; }
+    /// Whether PropErrorRelaxed does nothing.
     bool IsStrict() const noexcept { return m_strict; }
+    /// The opposite of IsStrict.
     bool IsRelaxed() const noexcept { return !m_strict; }
 
 private:

@@ -14,7 +14,9 @@ namespace ZoVelkor
 
 /// Runs handlers and closes executions: maps a handler's result onto the SCPI error and delivers the error.
 ///
-/// Threads: the thread that executes the command.
+/// Handlers report to the controller by SCPI errors, to the kernel by 0 alone: only a cancelled command
+/// (E_ABORT) is told apart, because nothing of it may have effect. Threads: the thread that executes the
+/// command.
 class ZO_EXPORT CScpiSinkFramework
 {
 public:

@@ -7,7 +7,7 @@
 namespace ZoVelkor
 {
 
-/// What the data base's verdict on a written value means to a remote controller.
+/// What the data base's verdict on a written value means to a remote controller. Threads: any.
 class ZO_EXPORT CScpiTransaction
 {
 public:
