@@ -34,7 +34,9 @@ public:
         CAnyProperty(const CAnyProperty&) = default;
         CAnyProperty& operator=(const CAnyProperty&) = default;
 
+        /// The dispatch identifier.
         virtual long GetDisp() const;
+        /// The name, in code page 0.
         virtual const CAtlStringA& GetName() const;
         /// Copies the variable's present value.
         ///
@@ -71,10 +73,14 @@ public:
     CBScalarPropertyAccess(const CBScalarPropertyAccess&) = default;
     CBScalarPropertyAccess& operator=(const CBScalarPropertyAccess&) = default;
 
+    /// Finds a property by DoGetPropertyDispId.
+    ///
     /// @param name         compared without regard to case, as scripts write names
     /// @param[out] dispId  -1 when no property has the name
     /// @return S_OK; S_FALSE; E_POINTER with a report for a null pointer
     HRESULT GetPropertyDispId(wchar_t* name, long* dispId) override;
+    /// Names a property by DoGetPropertyName.
+    ///
     /// @param[out] name  null when there is no such property; may be null when only the result matters
     /// @return S_OK; S_FALSE; E_OUTOFMEMORY
     HRESULT GetPropertyName(long dispId, wchar_t** name) override;
@@ -105,9 +111,13 @@ public:
 
 protected:
     // These stand before the destructor, so that they take the slots that follow the interface.
+    /// Does what GetPropertyDispId says; exceptions are caught there, as for the other three.
     virtual HRESULT DoGetPropertyDispId(wchar_t* name, long* dispId);
+    /// Does what GetPropertyName says.
     virtual HRESULT DoGetPropertyName(long dispId, wchar_t** name);
+    /// Reads nothing; a component that can be read overrides it.
     virtual HRESULT DoGetScalarValue(long dispId, VARIANT* value);
+    /// Does what SetScalarValue says.
     virtual HRESULT DoSetScalarValue(long dispId, VARIANT value);
 
     ~CBScalarPropertyAccess() override = default;

@@ -11,7 +11,7 @@ namespace ZoVelkor
 {
 
 /// Base of block readers: recognises the header of a block; the derived class supplies the operations that
-/// read, each of which gives E_NOTIMPL here.
+/// read, each of which gives E_NOTIMPL here and leaves its out-parameters alone.
 class ZO_EXPORT CBScpiBlockData : public IZOScpiBlockData, public virtual CObjectDataReference
 {
 public:

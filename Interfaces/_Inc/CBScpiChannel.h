@@ -42,6 +42,7 @@ public:
     CBScpiChannel& operator=(const CBScpiChannel&) = delete;
     ~CBScpiChannel() override = default;
 
+    /// Asks DoGetCapabilityRemoteLocal and DoGetCapabilityStatus.
     HRESULT GetCapabilities(short* remoteLocal, short* status) override;
     /// Opens unless open; a second caller waits for the first. Afterwards the channel counts as open whether
     /// or not the opening worked: Close takes back what it left behind, then Open tries again.
@@ -50,9 +51,13 @@ public:
     HRESULT Open() override;
     /// Closes, also when not open; afterwards the channel counts as closed whatever the result.
     HRESULT Close() override;
+    /// Sets the count to 0 and calls DoRead.
     HRESULT Read(unsigned long size, unsigned char* data, unsigned long* got) override;
+    /// Sets the count to 0 and calls DoDataAvailable.
     HRESULT DataAvailable(unsigned long* count) override;
+    /// Sets the count to 0 and calls DoWrite.
     HRESULT Write(unsigned long size, unsigned char* data, unsigned long* written) override;
+    /// Sets the count to 0 and calls DoWritePartial.
     HRESULT WritePartial(unsigned long size, unsigned char* data, unsigned long* written) override;
     HRESULT Flush() override;
     HRESULT Delete(tagZO_SCPI_CHANNEL_TYPES which) override;
@@ -74,6 +79,8 @@ public:
     ///
     /// @param provider  counted; null: none
     HRESULT SetServiceProvider(IZOScpiChannelServiceProvider* provider);
+    /// Gives the provider without connecting.
+    ///
     /// @param[out] provider  a new reference; null when there is none, which is S_OK too
     /// @return S_OK; E_POINTER, reported
     HRESULT GetExistingServiceProvider(IZOScpiChannelServiceProvider** provider);
@@ -124,24 +131,43 @@ public:
     /// Path of the connection; -1: not connected.
     [[nodiscard]] long GetRemotePath() const;
 
-    /// Non-zero: the controller says when the instrument is remote or local.
+    /// @name What the concrete channel overrides
+    /// Each stands behind the operation of its name, in that operation's thread. Pointers are not null,
+    /// counts begin with 0, and an exception becomes a result. The base does nothing: S_OK, and no bytes.
+    /// @{
+
+    /// Non-zero: the controller says when the instrument is remote or local. The base: VARIANT_FALSE.
     virtual short DoGetCapabilityRemoteLocal();
-    /// Non-zero: the channel wants the status.
+    /// Non-zero: the channel wants the status. The base: VARIANT_FALSE.
     virtual short DoGetCapabilityStatus();
     /// Called by Open, by one thread at a time.
     virtual HRESULT DoOpenChannel();
+    /// Called by Close, open or not.
     virtual HRESULT DoCloseChannel();
+    /// Takes what has arrived, without waiting.
     virtual HRESULT DoRead(unsigned long size, unsigned char* data, unsigned long* got);
+    /// Counts what DoRead would get.
     virtual HRESULT DoDataAvailable(unsigned long* count);
+    /// Sends and waits until all is taken; may run in two threads, see GenericIeee1174PolResponse.
     virtual HRESULT DoWrite(unsigned long size, unsigned char* data, unsigned long* written);
+    /// Sends what is taken without waiting.
     virtual HRESULT DoWritePartial(unsigned long size, unsigned char* data, unsigned long* written);
+    /// Ends a response.
     virtual HRESULT DoFlush();
+    /// Drops what the channel holds.
     virtual HRESULT DoDelete(tagZO_SCPI_CHANNEL_TYPES which);
+    /// Learns how messages travel.
     virtual HRESULT DoSetProtocolMode(tagZO_SCPI_PROTOCOL_MODE mode);
+    /// A program message has been worked off.
     virtual HRESULT DoProgramMessageEnd();
+    /// Learns the status, which is stored already; under locks of the kernel, so it neither waits nor calls
+    /// it.
     virtual HRESULT DoSetChannelStatus(tagZO_SCPI_CHANNEL_STATUS* status);
+    /// A device clear has been carried out; must not wait.
     virtual HRESULT DoDeviceClearAcknowledge();
+    /// The instrument went to local by itself.
     virtual HRESULT DoReturnToLocal();
+    /// Ends calls that wait; from any thread.
     virtual HRESULT DoAbort();
     /// Brings a copy of the stored properties up to date; strings put into it come into its possession, those
     /// that they replace are to be freed.
@@ -150,8 +176,10 @@ public:
     ///
     /// @param info  lent for the call
     virtual HRESULT do_put_ChannelProperties(const tag_ScpiChannelInfo& info);
+    /// @}
 
 protected:
+    /// Whether Open came after the last Close, successful or not.
     [[nodiscard]] bool IsOpen() const;
     /// What SetChannelStatus has stored last; all 0 before.
     [[nodiscard]] tagZO_SCPI_CHANNEL_STATUS ChannelStatus() const;

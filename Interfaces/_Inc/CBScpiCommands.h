@@ -26,9 +26,8 @@ public:
     /// Writes "1.00,#6" with six length digits, then the records as they lie in memory.
     ///
     /// @return S_OK also when the output fails: that is reported as "Broken scpi connection", and nothing
-    /// more
-    ///         is written; S_FALSE without a table; E_POINTER; E_FAIL, reported and nothing written, for a
-    ///         table of more than 999999 bytes, whose length the six digits cannot tell
+    ///         more is written; S_FALSE without a table; E_POINTER; E_FAIL, reported and nothing written, for
+    ///         a table of more than 999999 bytes, whose length the six digits cannot tell
     HRESULT SendCommandTree(IZOScpiOutputBuffer* output) override;
     /// @param[out] text  header help; a line feed ends each line; empty when all commands are diagnostic
     /// @return S_OK; S_FALSE without a table; E_POINTER; E_INVALIDARG; E_OUTOFMEMORY
@@ -69,6 +68,8 @@ protected:
     // The destructor stands before the operation that follows it in the table of virtual functions.
     ~CBScpiCommands() override = default;
 
+    /// Names the application's table; asked for by every operation.
+    ///
     /// @return the application's tree, valid as long as the component; null when there is none
     virtual const tagZO_SCPI_PARSER_TREE* DoGetParserTree() = 0;
 

@@ -134,16 +134,26 @@ public:
     /// @name Answers of the transport, from any thread
     /// Each returns S_OK.
     /// @{
+
+    /// The data is sent; it is not needed any more.
     HRESULT DoAcknowledgeWrite();
+    /// The lockout is set or released.
     HRESULT DoAcknowledgeLocalLockout();
+    /// The instrument is remote.
     HRESULT DoAcknowledgeRemote();
+    /// The instrument is local.
     HRESULT DoAcknowledgeLocal();
+    /// The device clear is done.
     HRESULT DoAcknowledgeClear();
+    /// The trigger is given.
     HRESULT DoAcknowledgeTrigger();
     /// @param end  the message has ended
     /// @param second  kept for the transport's own use, not interpreted here
     /// @param length  number of bytes to fetch; at most the requested count of a counted read
     HRESULT DoAcknowledgeRead(bool end, bool second, long length);
+    /// The serial poll is done.
+    ///
+    /// @param stb  the status byte
     HRESULT DoAcknowledgeStatus(char stb);
     /// The request under way has failed.
     HRESULT DoAcknowledgeError();

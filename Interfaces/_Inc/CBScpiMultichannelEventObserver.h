@@ -32,18 +32,36 @@ public:
 protected:
     virtual ~CBScpiMultichannelEventObserver() = default;
 
+    /// @name Hooks
+    /// Each is called by the operation of its name, with its arguments and in its thread. The base gives
+    /// S_OK.
+    /// @{
+
+    /// A connection has begun.
     virtual HRESULT DoConnectionAccepted(wchar_t* name, long remotePath);
+    /// A connection has ended.
     virtual HRESULT DoConnectionBroken(wchar_t* name, long remotePath);
+    /// The path has become local.
     virtual HRESULT DoGotoLocal(long remotePath);
+    /// The path has become remote.
     virtual HRESULT DoGotoRemote(long remotePath);
+    /// Local lockout was set or released.
     virtual HRESULT DoLocalLockout(short on, long remotePath);
+    /// A device clear has been carried out.
     virtual HRESULT DoDeviceClear(long remotePath);
+    /// A trigger was given.
     virtual HRESULT DoTrigger(long remotePath);
+    /// The instrument was reset.
     virtual HRESULT DoReset(long remotePath);
+    /// The instrument was preset.
     virtual HRESULT DoSystemPreset(long remotePath);
+    /// A program message begins.
     virtual HRESULT DoProgramMessageBegin(long remotePath);
+    /// A program message has been worked off.
     virtual HRESULT DoProgramMessageEnd(short aborted, long remotePath);
+    /// An operation-complete request was dropped.
     virtual HRESULT DoOpcReset(long remotePath, unsigned long count, GUID* ids);
+    /// @}
 
 private:
     GUID m_EventClientId{};

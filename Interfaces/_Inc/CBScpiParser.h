@@ -21,12 +21,16 @@ namespace ZoVelkor
 class ZO_EXPORT CBScpiParser : public IZOScpiParser
 {
 public:
+    /// A parser without tree and name, for the instrument.
+    ///
     /// @param deviceHandler  counted; null: the parser's own IZOScpiDeviceHandler, if it has one
     explicit CBScpiParser(IZOScpiDeviceHandler* deviceHandler = nullptr);
 
+    /// Copies the tree and keeps the sink; a second call replaces both.
+    ///
     /// @param sink  counted, unless it belongs to the same object as the parser
     /// @return S_OK; E_POINTER; E_INVALIDARG, reported, for a tree that is empty or not made of whole
-    /// records; E_OUTOFMEMORY. On failure the former tree stays.
+    ///         records; E_OUTOFMEMORY. On failure the former tree stays.
     HRESULT RegisterCommandTree(tagZO_SCPI_PARSER_TYPE type,
                                 wchar_t* name,
                                 tagZO_SCPI_PARSER_TREE transfer,

@@ -24,25 +24,37 @@ public:
           m_unit(unit)
     {}
 
-    /// @throws CShellError with E_POINTER when the pointer is null
+    /// Refuses a null pointer.
+    ///
+    /// @param name       of the parameter, a literal
     /// @param condition  "<name> != NULL", a literal
+    /// @throws CShellError with E_POINTER
     void
     Pointer(const void* pointer, const char* name, const char* condition, int line = __builtin_LINE()) const;
 
-    /// @throws CShellError with E_POINTER when all of the pointers are null
+    /// Refuses pointers of which none is set: nothing would be asked for.
+    ///
+    /// @throws CShellError with E_POINTER
     void Any(std::initializer_list<const void*> pointers,
              const char* condition,
              int line = __builtin_LINE()) const;
 
-    /// @throws CShellError with E_POINTER for a null address, with E_INVALIDARG for one that holds a text
+    /// Checks the address of a text that an operation gives out.
+    ///
+    /// @throws CShellError with E_POINTER for a null address, with E_INVALIDARG for one that holds a text,
+    ///         which would be lost
     void Text(wchar_t* const* value, int line = __builtin_LINE()) const;
     /// The same for an address that may be null.
     void OptionalText(wchar_t* const* value, int line = __builtin_LINE()) const;
 
+    /// Checks a size and the buffer that it speaks of.
+    ///
     /// @throws CShellError with E_POINTER when a size above 0 comes without data
     void Buffer(const long* size, const unsigned char* data, int line = __builtin_LINE()) const;
 
-    /// @throws CShellError with that result when it is none that a registration gives: S_OK, S_FALSE, E_FAIL
+    /// Refuses a result that no registration gives; S_OK, S_FALSE and E_FAIL are expected.
+    ///
+    /// @throws CShellError with that result
     void Result(HRESULT result, int line = __builtin_LINE()) const;
 
 private:

@@ -16,12 +16,13 @@ class ZO_EXPORT CSmartScpiChannelInfo
 public:
     /// Makes all strings null and all values 0.
     CSmartScpiChannelInfo() noexcept = default;
-    /// Takes a copy.
+    /// Takes a copy of the record, strings included.
     explicit CSmartScpiChannelInfo(const tag_ScpiChannelInfo& info);
     CSmartScpiChannelInfo(const CSmartScpiChannelInfo& other);
     CSmartScpiChannelInfo(CSmartScpiChannelInfo&& other) noexcept;
     ~CSmartScpiChannelInfo();
 
+    /// Replaces the owned record by a copy.
     CSmartScpiChannelInfo& operator=(const tag_ScpiChannelInfo& info);
     CSmartScpiChannelInfo& operator=(const CSmartScpiChannelInfo& other);
     CSmartScpiChannelInfo& operator=(CSmartScpiChannelInfo&& other) noexcept;
@@ -30,6 +31,7 @@ public:
     [[nodiscard]] const tag_ScpiChannelInfo& Get() const noexcept { return m_info; }
     /// The owned record for changes; strings put into it come into its possession.
     [[nodiscard]] tag_ScpiChannelInfo* operator->() noexcept { return &m_info; }
+    /// The owned record for reading.
     [[nodiscard]] const tag_ScpiChannelInfo* operator->() const noexcept { return &m_info; }
 
     /// Replaces the owned record by a copy of another; that one stays its owner's.

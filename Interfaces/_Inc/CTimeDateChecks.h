@@ -22,11 +22,15 @@ public:
           m_unit(unit)
     {}
 
-    /// @throws CShellError with ZO_E_NULL_ARGUMENT when the pointer is null
+    /// Refuses a null pointer.
+    ///
+    /// @throws CShellError with ZO_E_NULL_ARGUMENT
     void Pointer(const tagTimeStruct* pTime, int line = __builtin_LINE()) const;
     void Pointer(const tagDateStruct* pDate, int line = __builtin_LINE()) const;
 
-    /// @throws CShellError with ZO_E_ARGUMENT_RANGE for the first field of an input that is out of its range
+    /// Refuses an input with a field out of its range.
+    ///
+    /// @throws CShellError with ZO_E_ARGUMENT_RANGE for the first such field
     void Argument(const tagTimeStruct& Time, int line = __builtin_LINE()) const;
     void Argument(const tagDateStruct& Date, int line = __builtin_LINE()) const;
 
@@ -34,7 +38,9 @@ public:
     void Returned(const tagTimeStruct& Time, int line = __builtin_LINE()) const;
     void Returned(const tagDateStruct& Date, int line = __builtin_LINE()) const;
 
-    /// @throws CShellError with that result when it is neither S_OK nor S_FALSE
+    /// Refuses a result of the base layer other than S_OK and S_FALSE.
+    ///
+    /// @throws CShellError with that result
     void Result(HRESULT result, int line = __builtin_LINE()) const;
 
     /// Raises what stands for an exception that came out of the base layer.

@@ -60,7 +60,7 @@ struct IZORegistryAccess : IUnknown
 
     /// Writes a DWORD.
     ///
-    /// @param value  -2^31 to 2^32 - 1, else 0x80070057
+    /// @param value  -2^31 to 2^32 - 1, else 0x80070057; the lower 32 bits are stored
     virtual HRESULT WriteLong(long key, wchar_t* name, long value) = 0;
 
     /// Reads the text of a GUID.
@@ -80,7 +80,9 @@ struct IZORegistryAccess : IUnknown
     /// @return E_POINTER when all three are null, or a size above 0 comes without data
     virtual HRESULT RegQueryValue(long key, wchar_t* name, long* type, long* size, unsigned char* data) = 0;
 
-    /// Writes any value, as RegSetValueEx.
+    /// Writes any value, as RegSetValueEx: of whatever type it was before.
+    ///
+    /// @param size  of data in bytes, 0 or more
     virtual HRESULT RegSetValue(long key, wchar_t* name, long type, long size, unsigned char* data) = 0;
 
     /// Counts keys and values below a key; lengths in characters without terminator, maxValueLength in bytes.
@@ -107,13 +109,19 @@ struct IZORegistryAccess : IUnknown
     ///         characters
     virtual HRESULT RegEnumKey(long key, long index, wchar_t** name) = 0;
 
+    /// Opens a key, and makes it and those above it where they are missing.
+    ///
     /// @param[out] result  the handle; 0 on failure
     virtual HRESULT RegCreateKey(long key, wchar_t* subKey, long* result) = 0;
 
+    /// Opens a key.
+    ///
     /// @param[out] result  the handle; 0 on failure
     /// @return 0x80070002 when there is no such key; E_POINTER
     virtual HRESULT RegOpenKey(long key, wchar_t* subKey, long* result) = 0;
 
+    /// Closes a key.
+    ///
     /// @return S_FALSE for the key 0
     virtual HRESULT RegCloseKey(long key) = 0;
 
@@ -123,6 +131,8 @@ struct IZORegistryAccess : IUnknown
     /// Deletes a key with everything below it; it must be named.
     virtual HRESULT RegRecursiveDeleteKey(long key, wchar_t* subKey) = 0;
 
+    /// Would save a key to a file.
+    ///
     /// @return E_NOTIMPL
     virtual HRESULT SaveRegKeyToFile(long key, wchar_t* file) = 0;
 

@@ -15,9 +15,11 @@ namespace ZoVelkor
 /// is wrong, which is found with its last byte. A handler then leaves everything as it was and returns
 /// E_ABORT.
 ///
-/// A reader is valid until Execute of its command returns,
-/// also for those who hold a reference: afterwards every operation gives E_ABORT. Threads: only the thread
-/// that executes the command.
+/// Lengths and counts are in bytes, unless elements are meant. A null pointer gives E_POINTER, reported.
+/// Out-parameters are left alone on failure, but counts of what was read, which begin with 0.
+///
+/// A reader is valid until Execute of its command returns, also for those who hold a reference: afterwards
+/// every operation gives E_ABORT. Threads: only the thread that executes the command.
 struct IZOScpiBlockData : IUnknown
 {
     static constexpr IID kInterfaceId{
@@ -29,11 +31,15 @@ struct IZOScpiBlockData : IUnknown
     /// @return S_OK; S_FALSE when the block had ended before; E_POINTER; E_ABORT
     virtual HRESULT Read(unsigned long size, unsigned char* data, unsigned long* got) = 0;
 
+    /// Tells how far the block has arrived.
+    ///
     /// @param[out] complete  VARIANT_TRUE when the whole block has arrived
-    /// @param[out] length  length of the block in bytes, -1 for an indefinite length that has not ended
+    /// @param[out] length    length of the block in bytes, -1 for an indefinite length that has not ended
     virtual HRESULT Status(short* complete, long* length) = 0;
 
-    /// Drops what has not been read, as far as the end of the block.
+    /// Drops what has not been read, as far as the end of the block, and waits for that.
+    ///
+    /// @return S_OK; E_ABORT
     virtual HRESULT Discard() = 0;
 
     /// As Status, with the bytes that can be read without waiting and those that have been read.
@@ -62,6 +68,7 @@ struct IZOScpiBlockData : IUnknown
     /// element
     virtual HRESULT GetNextElement(VARIANT* value) = 0;
 
+    /// As GetNextElement, converted to double; integers beyond 2^53 lose their last digits.
     virtual HRESULT GetNextDouble(double* value) = 0;
 
     /// As GetNextElement; a real element is rounded half to even.
@@ -69,7 +76,11 @@ struct IZOScpiBlockData : IUnknown
     /// @return DISP_E_OVERFLOW when the element does not fit 32 bits
     virtual HRESULT GetNextInteger(long* value) = 0;
 
-    /// Reads up to count elements; got tells how many.
+    /// Reads up to count elements.
+    ///
+    /// @param[out] got  elements stored, fewer than count at the end of the block
+    /// @return S_OK; S_FALSE when the block had ended before; else as GetNextElement, with the elements
+    ///         before stored
     virtual HRESULT GetNextArray(unsigned long count, double* values, unsigned long* got) = 0;
 
     /// Reads interleaved elements into several arrays: the first element of each, then the second of each.

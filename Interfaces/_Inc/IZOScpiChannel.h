@@ -25,7 +25,11 @@ struct IZOScpiChannel : IUnknown
     /// @param[out] status  non-zero: it wants SetChannelStatus
     virtual HRESULT GetCapabilities(short* remoteLocal, short* status) = 0;
 
+    /// Makes the channel ready to read and write.
+    ///
+    /// @return S_OK, also when open; a failure when there is nothing to read from
     virtual HRESULT Open() = 0;
+    /// Gives back what Open has taken; may be called without it.
     virtual HRESULT Close() = 0;
 
     /// Takes what has arrived, without waiting.
@@ -35,7 +39,9 @@ struct IZOScpiChannel : IUnknown
     /// more; a failure when the connection is lost
     virtual HRESULT Read(unsigned long size, unsigned char* data, unsigned long* got) = 0;
 
-    /// @param[out] count  bytes that a Read would get
+    /// Tells what a Read would get now.
+    ///
+    /// @param[out] count  bytes
     virtual HRESULT DataAvailable(unsigned long* count) = 0;
 
     /// Sends bytes of a response and waits until the connection has taken all.
@@ -52,7 +58,9 @@ struct IZOScpiChannel : IUnknown
     /// and a connection whose controller asks for the bytes waits until it has them. Results as Write.
     virtual HRESULT Flush() = 0;
 
-    /// Drops what the channel holds.
+    /// Drops what the channel holds, arrived or not yet sent.
+    ///
+    /// @param which  buffers that are emptied
     virtual HRESULT Delete(tagZO_SCPI_CHANNEL_TYPES which) = 0;
 
     /// How messages travel on the connection; set before the connection is used.
@@ -76,9 +84,13 @@ struct IZOScpiChannel : IUnknown
     /// Ends calls that wait; the connection is over.
     virtual HRESULT Abort() = 0;
 
+    /// Gives the properties as they are now.
+    ///
     /// @param[out] info  an initialised record; what it held is freed, the strings are the caller's
     virtual HRESULT get_ChannelProperties(tag_ScpiChannelInfo* info) = 0;
 
+    /// Sets the properties that can be set; the channel takes a copy.
+    ///
     /// @param info  lent for the call
     virtual HRESULT put_ChannelProperties(tag_ScpiChannelInfo info) = 0;
 

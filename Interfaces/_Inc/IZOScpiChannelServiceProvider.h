@@ -7,7 +7,9 @@ namespace ZoVelkor
 
 /// The kernel's side of one connection: what a channel tells the kernel, in terms of IEEE 488.
 ///
-/// Threads: any, but not from inside a call of the kernel to the channel, unless said.
+/// Results, unless said otherwise: S_OK; S_FALSE when nothing has changed by it; E_UNEXPECTED from what
+/// needs the connection once that has ended. Threads: any, but not from inside a call of the kernel to the
+/// channel, unless said.
 struct IZOScpiChannelServiceProvider : IUnknown
 {
     static constexpr IID kInterfaceId{
@@ -15,8 +17,13 @@ struct IZOScpiChannelServiceProvider : IUnknown
 
     /// Bytes can be read, or the connection has ended. Also from inside a call of the kernel.
     virtual HRESULT SignalDataAvailable() = 0;
+    /// The controller has made the instrument local (GTL, IEEE 488.1 section 2.8); the device handlers hear
+    /// of it.
     virtual HRESULT SignalGotoLocal() = 0;
+    /// The controller has made the instrument remote.
     virtual HRESULT SignalGotoRemote() = 0;
+    /// The controller has set or released local lockout.
+    ///
     /// @param on  non-zero: the front panel cannot return to local
     virtual HRESULT SignalLocalLockout(short on) = 0;
     /// Device clear: ends the message at hand, drops input and response. Does not wait;
@@ -45,7 +52,10 @@ struct IZOScpiChannelServiceProvider : IUnknown
     /// The connection is lost: whatever the kernel does for it ends. Does not wait. Also from inside a call
     /// of the kernel.
     virtual HRESULT SignalDisconnected() = 0;
-    /// @param[out] manager  a new reference to the services of the connection's path, see IZOScpiManager
+    /// Gives the services of the connection's path, see IZOScpiManager.
+    ///
+    /// @param[out] manager  a new reference; null on failure
+    /// @return S_OK; E_POINTER; E_UNEXPECTED
     virtual HRESULT GetScpiManager(IUnknown** manager) = 0;
 
 protected:

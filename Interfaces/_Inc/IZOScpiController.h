@@ -24,11 +24,15 @@ struct IZOScpiController : IUnknown
         0x9D205153, 0x38CA, 0x42DA, {0xB6, 0x18, 0xAC, 0xA8, 0x9D, 0xD6, 0xE6, 0xC2}};
 
     /// Sends a terminated text as one message, with END on its last byte.
+    ///
+    /// @param text  bytes as they are sent, at most 2147483647; may be empty
     virtual HRESULT WriteMessage(unsigned char* text) = 0;
     /// Reads one message.
     /// @param[out] text  terminated, freed with CoTaskMemFree; null on failure
     virtual HRESULT ReadResponse(unsigned char** text) = 0;
     /// Sends a BSTR, narrowed to code page 0 with its whole length, as one message with END.
+    ///
+    /// @param text  a BSTR, since its length is read; what the code page does not have is sent as '?'
     virtual HRESULT WriteString(wchar_t* text) = 0;
     /// Reads one message.
     /// @param[out] text  a new BSTR; null on failure
@@ -53,7 +57,8 @@ struct IZOScpiController : IUnknown
     /// Serial poll (IEEE 488.1 section 2.7, IEEE 488.2 section 11.2).
     /// @param[out] stb  the status byte; 0 on failure
     virtual HRESULT ReadStatusByte(unsigned char* stb) = 0;
-    /// Sets (non-zero) or releases local lockout.
+    /// Sets (non-zero) or releases local lockout, which takes the instrument's own local key away (IEEE
+    /// 488.1 section 2.8).
     virtual HRESULT LocalLockout(short on) = 0;
     /// Forgets the service requests that WaitInterrupt would report.
     virtual HRESULT ResetInterrupt() = 0;
@@ -63,12 +68,18 @@ struct IZOScpiController : IUnknown
     /// Sets who is told of service requests while the callback is enabled.
     /// @param cb  counted; the former receiver is released
     virtual HRESULT SetInterruptCallback(IZOScpiInterrupt* cb) = 0;
+    /// Releases the receiver; service requests are still noted for WaitInterrupt.
     virtual HRESULT ClearInterruptCallback() = 0;
+    /// Lets the receiver hear of service requests, and the instrument deliver them.
     virtual HRESULT EnableInterruptCallback() = 0;
+    /// Takes EnableInterruptCallback back; the receiver stays set.
     virtual HRESULT DisableInterruptCallback() = 0;
-    /// Ends the request that another thread waits for; it returns E_ABORT.
+    /// Ends the request that another thread waits for; it returns E_ABORT. Without one the next
+    /// WaitInterrupt ends.
     virtual HRESULT Abort() = 0;
+    /// Keeps other controllers away from the instrument, where the link can.
     virtual HRESULT LockDevice() = 0;
+    /// Takes LockDevice back.
     virtual HRESULT UnlockDevice() = 0;
     /// Reads one message, or a part of it, into a file, which is made anew.
     ///
@@ -96,10 +107,16 @@ struct IZOScpiController : IUnknown
     virtual HRESULT get_OperationFailed(short* failed) = 0;
     /// Limit of every wait in milliseconds; 60000 at first, -1 for no limit.
     virtual HRESULT get_Timeout(long* piTimeout) = 0;
+    /// Sets the limit for the waits that begin from now on.
+    ///
+    /// @param timeoutMs  milliseconds; -1 for no limit
+    /// @return S_OK; E_INVALIDARG for what 32 bits cannot hold
     virtual HRESULT put_Timeout(long timeoutMs) = 0;
+    /// Reads whether the instrument is remote, as the transport knows it.
     virtual HRESULT get_RemoteState(short* pvtbRemoteState) = 0;
     /// As Remote (non-zero) and Local (0).
     virtual HRESULT put_RemoteState(short on) = 0;
+    /// Reads whether local lockout is set, as the transport knows it.
     virtual HRESULT get_LocalLockoutState(short* pvtbLockoutState) = 0;
     /// As LocalLockout.
     virtual HRESULT put_LocalLockoutState(short on) = 0;

@@ -7,7 +7,8 @@ namespace ZoVelkor
 
 /// Error queues of the remote paths (SCPI-99 vol. 2, 21.8).
 ///
-/// Threads: any operation from any thread.
+/// Every path has a queue of its own, oldest error first. An operation that names a path without connection
+/// gives E_INVALIDARG. Threads: any operation from any thread.
 struct IZOScpiErrorManagement : IUnknown
 {
     static constexpr IID kInterfaceId{
@@ -29,8 +30,15 @@ struct IZOScpiErrorManagement : IUnknown
     /// @return S_OK; S_FALSE and 0, "No error" when the queue is empty; E_POINTER; E_INVALIDARG
     virtual HRESULT GetNextError(long remotePath, short* code, wchar_t** text) = 0;
 
+    /// Counts the entries of a queue, a -350 at its end included.
+    ///
+    /// @param[out] count  0 when there is no such path
+    /// @return S_OK; E_POINTER; E_INVALIDARG
     virtual HRESULT GetErrorCount(long remotePath, unsigned long* count) = 0;
 
+    /// Empties a queue, as *CLS does.
+    ///
+    /// @return S_OK, also when it was empty; E_INVALIDARG
     virtual HRESULT ClearErrors(long remotePath) = 0;
 
 protected:

@@ -22,8 +22,7 @@ struct IZOScpiExecutionSink : IUnknown
     /// @param context  services of the remote path, see IZOScpiManager
     /// @param remotePath  the remote path that the command came from, 0 or more
     /// @param command  handler index from the command table: the nodata mode for queries and events, the data
-    /// mode
-    ///                 for settings
+    ///                 mode for settings
     /// @param isQuery  non-zero for the query form
     /// @param numericSuffixes  suffix of each header node that takes one, from the root; 1 where none was
     /// sent
@@ -32,8 +31,7 @@ struct IZOScpiExecutionSink : IUnknown
     /// @param header  the full long form of the command, without suffixes and without '?', as a BSTR
     /// @param output  receives the response
     /// @return 0 done; 1 a SCPI error was set; E_ABORT the execution was cancelled; any other failure queues
-    /// -200,
-    ///         unless the sink has queued an error for this command itself
+    ///         -200, unless the sink has queued an error for this command itself
     virtual HRESULT Execute(IUnknown* context,
                             long remotePath,
                             unsigned long command,

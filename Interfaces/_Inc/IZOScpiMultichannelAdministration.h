@@ -18,7 +18,10 @@ struct IZOScpiMultichannelAdministration : IUnknown
     static constexpr IID kInterfaceId{
         0x107134E9, 0x80B1, 0x406D, {0xA6, 0x35, 0x51, 0xD9, 0x63, 0x36, 0x63, 0xC3}};
 
-    /// @param[out] count  remote paths that the kernel can serve; they are numbered from 0
+    /// Tells how many remote paths the kernel can serve; they are numbered from 0.
+    ///
+    /// @param[out] count  the same as long as the kernel lives, however many are in use
+    /// @return S_OK; E_POINTER
     virtual HRESULT get_RemotePathCount(long* count) = 0;
 
     /// Takes a channel in as a new connection. The kernel begins to read at SignalConnected.
@@ -43,7 +46,10 @@ struct IZOScpiMultichannelAdministration : IUnknown
     /// is registered already
     virtual HRESULT RegisterParser(IZOScpiParser* parser) = 0;
 
-    /// @return S_OK, and nothing of the parser is running or will run; S_FALSE when it is not registered
+    /// Takes a parser out of all paths.
+    ///
+    /// @return S_OK, and nothing of the parser is running or will run; S_FALSE when it is not registered;
+    ///         E_POINTER
     virtual HRESULT UnregisterParser(IZOScpiParser* parser) = 0;
 
     /// Registers an observer under its event client identity, see get_EventClientId.

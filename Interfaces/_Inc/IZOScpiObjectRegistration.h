@@ -27,9 +27,11 @@ struct IZOScpiObjectRegistration : IUnknown
     static constexpr IID kInterfaceId{
         0x7C6BF0EC, 0xBB06, 0x42B1, {0xA0, 0x57, 0xCE, 0x96, 0x9D, 0xC5, 0x56, 0x69}};
 
+    /// Takes an application's commands in; the next program message of every session knows them.
+    ///
+    /// @param object  lent for the call
     /// @return S_OK; E_POINTER; E_INVALIDARG, with an error report that says why, for a table that is
-    /// damaged, an
-    ///         empty one, or an identity that is registered already
+    ///         damaged, an empty one, or an identity that is registered already
     virtual HRESULT RegisterObject(const tagZO_SCPI_PARSER_OBJECT* object) = 0;
 
     /// Takes the object out; when the call returns no handler of the object is running or will run.

@@ -21,7 +21,8 @@ enum tagZO_SCPI_PARSER_TYPE : std::uint32_t
 
 /// The parser of one application: its command tree and who runs it.
 ///
-/// Threads: set up by the application before the parser is registered; read by the kernel during
+/// Getters give S_OK; E_POINTER for a null pointer. Ownership: texts and references that come out are the
+/// caller's. Threads: set up by the application before the parser is registered; read by the kernel during
 /// registration.
 struct IZOScpiParser : IUnknown
 {
@@ -40,19 +41,31 @@ struct IZOScpiParser : IUnknown
                                         tagZO_SCPI_PARSER_TREE transfer,
                                         IZOScpiExecutionSink* sink) = 0;
 
-    /// @param[out] name  a new BSTR; must point to a null BSTR
+    /// Gives the application's name.
+    ///
+    /// @param[out] name  a new BSTR; must point to a null BSTR, else E_INVALIDARG
     virtual HRESULT get_ParserName(wchar_t** name) = 0;
+    /// Sets the application's name; copied.
     virtual HRESULT put_ParserName(wchar_t* name) = 0;
+    /// Gives what the commands are for.
     virtual HRESULT get_ParserType(tagZO_SCPI_PARSER_TYPE* type) = 0;
+    /// Sets what the commands are for.
     virtual HRESULT put_ParserType(tagZO_SCPI_PARSER_TYPE type) = 0;
     /// Whether the application is the one that measures: of several parsers that define a header, it runs it.
     /// Read by the kernel at registration.
     virtual HRESULT get_ActivatedMeasurementParser(short* activated) = 0;
+    /// Sets it; non-zero: the application measures.
     virtual HRESULT put_ActivatedMeasurementParser(short activated) = 0;
+    /// Tells where the parser's copy of the command tree lies.
+    ///
     /// @param[out] tree  size and address 0 before RegisterCommandTree; valid until the next one
     virtual HRESULT GetCommandTree(tagZO_SCPI_PARSER_TREE* tree) = 0;
+    /// Gives who runs the commands.
+    ///
     /// @param[out] sink  a new reference; null before RegisterCommandTree
     virtual HRESULT GetExecutionSink(IZOScpiExecutionSink** sink) = 0;
+    /// Gives who receives the device events.
+    ///
     /// @param[out] handler  a new reference; null when the application has none
     virtual HRESULT GetDeviceHandler(IZOScpiDeviceHandler** handler) = 0;
 

@@ -17,18 +17,28 @@ struct IZOScpiParserManagement : IUnknown
     static constexpr IID kInterfaceId{
         0x21EDAFC2, 0xE240, 0x4AED, {0xAE, 0xF9, 0x2F, 0xE5, 0x1D, 0x8F, 0x67, 0xBE}};
 
+    /// Gives the registration of applications.
+    ///
     /// @param[out] registration  a new reference; there is one registration for all paths
+    /// @return S_OK; E_POINTER
     virtual HRESULT GetObjectRegistration(IZOScpiObjectRegistration** registration) = 0;
 
+    /// Lets program messages be worked off again.
+    ///
     /// @return S_OK; S_FALSE when parsing was not stopped
     virtual HRESULT StartParser() = 0;
 
-    /// Messages at hand are finished; later ones wait in the input until StartParser.
+    /// Holds program messages up: those at hand are finished; later ones wait in the input until
+    /// StartParser.
     ///
+    /// It does not wait for the messages at hand.
     /// @return S_OK; S_FALSE when parsing was stopped already
     virtual HRESULT StopParser() = 0;
 
-    /// @param[out] started  VARIANT_TRUE: not stopped here
+    /// Tells whether messages are worked off.
+    ///
+    /// @param[out] started  VARIANT_TRUE: not stopped here; the other of path and instrument may still be
+    /// @return S_OK; E_POINTER
     virtual HRESULT get_ParserStarted(short* started) = 0;
 
 protected:

@@ -20,10 +20,16 @@ struct IZOScpiPendingOperations : IUnknown
     /// @return S_OK; E_POINTER; E_INVALIDARG when there is no such remote path
     virtual HRESULT BeginOperation(long remotePath, unsigned long* operation) = 0;
 
+    /// Says that an operation has ended; the last one of a path fulfils its *OPC and ends its waits.
+    ///
+    /// @param operation  of BeginOperation
     /// @return S_OK; S_FALSE when it has ended already or its remote path is gone
     virtual HRESULT EndOperation(unsigned long operation) = 0;
 
-    /// @param[out] count  operations of the path that have not ended
+    /// Counts the operations of a path that have not ended.
+    ///
+    /// @param[out] count  0 when there is no such path
+    /// @return S_OK; E_POINTER; E_INVALIDARG
     virtual HRESULT GetPendingCount(long remotePath, unsigned long* count) = 0;
 
 protected:

@@ -57,10 +57,16 @@ struct IZOScpiSubsystemFormat : IUnknown
     /// @return E_POINTER; E_INVALIDARG for another type or a width out of range; DISP_E_TYPEMISMATCH
     virtual HRESULT NumericVariant(const VARIANT* value, tagEnumFormatDataType type, long width) = 0;
 
-    /// Writes numeric text that is well formed already.
+    /// Writes numeric text that is well formed already, as it is; nothing is checked.
+    ///
+    /// @param length  bytes at text
+    /// @return E_POINTER for a null text with a length
     virtual HRESULT NumericText(unsigned long length, const char* text) = 0;
 
     /// Writes a string in double quotes; quotes inside are doubled (IEEE 488.2 section 8.7.8).
+    ///
+    /// @param length  bytes at text, embedded NULs included
+    /// @return E_POINTER for a null text with a length
     virtual HRESULT StringText(unsigned long length, const char* text) = 0;
 
     /// Writes data in the data format of the path: text items with separators, or one definite-length block.
@@ -83,9 +89,12 @@ struct IZOScpiSubsystemFormat : IUnknown
                                         VARIANT_BOOL separator) = 0;
 
     /// Writes numbers in the data format of the path, without a leading separator; the fast way for traces.
+    ///
+    /// @param values  count numbers, borrowed for the call; null only without any
+    /// @param count   0 writes an empty block, or nothing as text
     virtual HRESULT OutputDoubles(const double* values, unsigned long count) = 0;
 
-    /// Reads the data format of the path.
+    /// Reads the data format of the path; see tagEnumFormatDataType for the width. E_POINTER.
     virtual HRESULT get_DataFormat(tagEnumFormatDataType* type, long* width) = 0;
 
     /// Sets the data format of the path.
@@ -93,14 +102,18 @@ struct IZOScpiSubsystemFormat : IUnknown
     /// @return E_INVALIDARG for a type or width outside tagEnumFormatDataType; the format is then unchanged
     virtual HRESULT put_DataFormat(tagEnumFormatDataType type, long width) = 0;
 
+    /// Reads the byte order of binary data; E_POINTER.
     virtual HRESULT get_ByteOrder(tagEnumFormatByteOrder* order) = 0;
 
+    /// Sets the byte order of binary data.
+    ///
     /// @return E_INVALIDARG for another value; the order is then unchanged
     virtual HRESULT put_ByteOrder(tagEnumFormatByteOrder order) = 0;
 
     /// Gives the data format as FORMat[:DATA]? answers it, for example "REAL,32".
     ///
     /// @param[out] text  must point to a null BSTR; the caller frees the new one
+    /// @return E_POINTER; E_INVALIDARG when text points to a string; E_OUTOFMEMORY
     virtual HRESULT GetDataFormatText(wchar_t** text) = 0;
 
     /// Returns to ASCii,0 and normal byte order, as *RST does.

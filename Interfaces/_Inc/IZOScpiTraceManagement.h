@@ -15,8 +15,11 @@ struct IZOScpiTraceManagement : IUnknown
     static constexpr IID kInterfaceId{
         0x54C1BF06, 0xFF35, 0x439E, {0x84, 0x1C, 0xC8, 0x7E, 0x37, 0xFC, 0xC5, 0xB4}};
 
+    /// Turns the trace on or off.
+    ///
     /// @param active  non-zero: trace
     virtual HRESULT put_MessageTraceActive(short active) = 0;
+    /// Tells whether messages are traced: VARIANT_TRUE or VARIANT_FALSE.
     virtual HRESULT get_MessageTraceActive(short* active) = 0;
 
 protected:

@@ -30,9 +30,10 @@ enum tagEnumScpiProtocol : std::uint32_t
     ZO_PROTOCOL_IEEE_1174 = 1 ///< lines that begin with '&' carry what a bus has wires for (IEEE 1174)
 };
 
+/// Argument of IZOScpiChannel::SetProtocolMode.
 struct tagZO_SCPI_PROTOCOL_MODE
 {
-    tagEnumScpiProtocol eProtocol;
+    tagEnumScpiProtocol eProtocol; ///< how messages travel
 };
 
 } // namespace ZoVelkor

@@ -20,7 +20,7 @@ static_assert(sizeof(tagTimeStruct) == 8);
 /// Day of the Gregorian calendar.
 struct tagDateStruct
 {
-    std::uint16_t iYear;
+    std::uint16_t iYear;  ///< such as 2024
     std::uint16_t iMonth; ///< 1 to 12
     std::uint16_t iDay;   ///< 1 to 31
 

@@ -27,6 +27,7 @@ using CLSID = GUID;
 /// The identifier of nothing: all bits 0.
 inline constexpr GUID GUID_NULL{};
 
+/// The same as operator==.
 [[nodiscard]] constexpr bool IsEqualGUID(const GUID& left, const GUID& right) noexcept
 {
     return left == right;
