@@ -196,7 +196,7 @@ HRESULT CScpiAdministrationTemplate::SetupAggregatedParser(IUnknown* /*outer*/,
 
     const tagZO_SCPI_PARSER_TREE transfer = MakeParserTree(kSourceUnit, length, data);
     const CComBSTR parserName(name);
-    const VARIANT_BOOL activated = activatedMeasurementParser ? VARIANT_TRUE : VARIANT_FALSE;
+    const VARIANT_BOOL activated = ToVariantBool(activatedMeasurementParser);
     RequireOk(kSourceUnit,
               pMyScpiParser->put_ParserName(parserName),
               "pMyScpiParser->put_ParserName ( ParserName ) == S_OK");

@@ -22,7 +22,7 @@ public:
         const HRESULT result = CBScpiDeviceHandler::Selftest(passed);
         if (SUCCEEDED(result))
         {
-            *passed = CAnalyzer::Selftest() ? VARIANT_TRUE : VARIANT_FALSE;
+            *passed = ToVariantBool(CAnalyzer::Selftest());
         }
         return result;
     }

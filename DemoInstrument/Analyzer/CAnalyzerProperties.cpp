@@ -74,7 +74,7 @@ void GetValue(const PropertyRow& row, const AnalyzerSettings& settings, long suf
     value.vt = row.type;
     if (row.boolean != nullptr)
     {
-        value.boolVal = row.boolean->get(settings, suffix) ? VARIANT_TRUE : VARIANT_FALSE;
+        value.boolVal = ToVariantBool(row.boolean->get(settings, suffix));
     }
     else if (row.word != nullptr)
     {

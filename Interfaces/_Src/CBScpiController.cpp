@@ -62,11 +62,6 @@ constexpr bool IsCount(long value) noexcept
     return value >= std::numeric_limits<LONG>::min() && value <= std::numeric_limits<LONG>::max();
 }
 
-constexpr short ToVariantBool(bool value) noexcept
-{
-    return value ? VARIANT_TRUE : VARIANT_FALSE;
-}
-
 /// A text that lives for ever; takes no memory, so that "Out of memory" can always be said.
 std::shared_ptr<const wchar_t> Literal(const wchar_t* text) noexcept
 {

@@ -113,7 +113,7 @@ HRESULT CBScpiParser::get_ActivatedMeasurementParser(short* activated)
 
 HRESULT CBScpiParser::put_ActivatedMeasurementParser(short activated)
 {
-    m_vtbActivated = activated != 0 ? VARIANT_TRUE : VARIANT_FALSE;
+    m_vtbActivated = ToVariantBool(activated != 0);
     return S_OK;
 }
 

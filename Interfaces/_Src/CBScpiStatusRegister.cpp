@@ -29,11 +29,6 @@ constexpr wchar_t ToWide(std::uint32_t word) noexcept
     return static_cast<wchar_t>(word);
 }
 
-constexpr short ToVariantBool(bool value) noexcept
-{
-    return value ? VARIANT_TRUE : VARIANT_FALSE;
-}
-
 constexpr std::uint32_t BitMask(long bit) noexcept
 {
     return std::uint32_t{1} << (static_cast<unsigned long>(bit) % 32);

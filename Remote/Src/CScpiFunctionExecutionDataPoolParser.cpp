@@ -386,7 +386,7 @@ HRESULT CScpiFunctionExecutionDataPoolParser::FormatItem(TOperation&& operation)
 template <class TOperation>
 HRESULT CScpiFunctionExecutionDataPoolParser::FormatData(TOperation&& operation)
 {
-    const VARIANT_BOOL separator = m_insertSeparator ? VARIANT_TRUE : VARIANT_FALSE;
+    const VARIANT_BOOL separator = ToVariantBool(m_insertSeparator);
     m_insertSeparator = true;
     IZOScpiSubsystemFormat* subsystemFormat = RequireFormatSubsystem();
     return subsystemFormat != nullptr ? SucceedOrRaise(operation(*subsystemFormat, separator)) : S_FALSE;

@@ -74,7 +74,7 @@ HRESULT CEventDistributor::Tell(long remotePath,
 
 void CEventDistributor::TellLockout(long remotePath, bool lockedOut)
 {
-    const short on = lockedOut ? VARIANT_TRUE : VARIANT_FALSE;
+    const short on = ToVariantBool(lockedOut);
     static_cast<void>(
         TellHandlers(remotePath, [on](IZOScpiDeviceHandler& target) { return target.LocalLockout(on); }));
     TellObservers(

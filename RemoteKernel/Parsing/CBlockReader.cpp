@@ -207,7 +207,7 @@ CBlockReader::GetStatusEx(short* complete, long* length, unsigned long* availabl
         return E_ABORT;
     }
     const bool isComplete = m_stream == nullptr || m_stream->IsComplete();
-    *complete = isComplete ? VARIANT_TRUE : VARIANT_FALSE;
+    *complete = ToVariantBool(isComplete);
     *length = m_stream != nullptr ? m_stream->Length() : static_cast<long>(m_block.size());
     *available = Rest().size();
     *consumed = m_stream != nullptr ? static_cast<unsigned long>(m_stream->Consumed()) : m_consumed;

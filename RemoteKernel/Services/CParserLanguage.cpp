@@ -54,7 +54,7 @@ HRESULT CParserLanguage::IsHeaderKnown(const wchar_t* header, short* known)
         std::uint64_t generation = 0;
         const auto set = m_registry->Current(generation);
         const CComBSTR text(header);
-        *known = set->index->Find(NarrowResponseText(text)) != nullptr ? VARIANT_TRUE : VARIANT_FALSE;
+        *known = ToVariantBool(set->index->Find(NarrowResponseText(text)) != nullptr);
         return S_OK;
     });
 }

@@ -27,7 +27,7 @@ HRESULT CParserManagement::get_ParserStarted(short* started)
     {
         return E_POINTER;
     }
-    *started = m_gate->IsStarted(m_iRemotePath) ? VARIANT_TRUE : VARIANT_FALSE;
+    *started = ToVariantBool(m_gate->IsStarted(m_iRemotePath));
     return S_OK;
 }
 

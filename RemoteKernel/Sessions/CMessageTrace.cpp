@@ -31,7 +31,7 @@ HRESULT CMessageTrace::get_MessageTraceActive(short* active)
     {
         return E_POINTER;
     }
-    *active = get_RemoteDiagnoseControl()->bMessageTraceActive.load() ? VARIANT_TRUE : VARIANT_FALSE;
+    *active = ToVariantBool(get_RemoteDiagnoseControl()->bMessageTraceActive.load());
     return S_OK;
 }
 

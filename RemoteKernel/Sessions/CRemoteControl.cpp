@@ -93,7 +93,7 @@ HRESULT CRemoteControl::IsAny(short* state, bool (CRemoteLocalState::*is)() cons
         const auto paths = Paths();
         const bool any =
             std::any_of(paths.begin(), paths.end(), [is](const auto& path) { return (path->State().*is)(); });
-        *state = any ? VARIANT_TRUE : VARIANT_FALSE;
+        *state = ToVariantBool(any);
         return m_path != nullptr && !m_path->IsOpen() ? E_INVALIDARG : S_OK;
     });
 }

@@ -45,9 +45,9 @@ void CRemotePath::PublishStatus() noexcept
     }
     const std::lock_guard lock(m_mutex);
     tagZO_SCPI_CHANNEL_STATUS status{
-        m_serviceRequest.load() ? VARIANT_TRUE : VARIANT_FALSE,
-        m_state.IsRemote() ? VARIANT_TRUE : VARIANT_FALSE,
-        m_state.IsLockedOut() ? VARIANT_TRUE : VARIANT_FALSE,
+        ToVariantBool(m_serviceRequest.load()),
+        ToVariantBool(m_state.IsRemote()),
+        ToVariantBool(m_state.IsLockedOut()),
     };
     if (m_channel != nullptr)
     {

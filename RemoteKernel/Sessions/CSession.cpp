@@ -447,7 +447,7 @@ void CSession::TellMessageEnd()
 {
     m_begun = false;
     const long path = m_path->Number();
-    const short aborted = IsBroken() ? VARIANT_TRUE : VARIANT_FALSE;
+    const short aborted = ToVariantBool(IsBroken());
     for (CApplication* application : m_involved)
     {
         static_cast<void>(application->CallDeviceHandler(

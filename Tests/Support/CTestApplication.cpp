@@ -286,7 +286,7 @@ HRESULT CTestDevice::Reset()
 
 HRESULT CTestDevice::Selftest(short* passed)
 {
-    *passed = m_healthy ? VARIANT_TRUE : VARIANT_FALSE;
+    *passed = ToVariantBool(m_healthy);
     return S_OK;
 }
 

@@ -122,7 +122,7 @@ void CInstrumentLink::Send(std::string_view bytes, bool isEnd)
     // The interface takes what it only reads as modifiable.
     auto* const data = reinterpret_cast<unsigned char*>(const_cast<char*>(bytes.data()));
     const HRESULT result = Call([&] {
-        const short end = isEnd ? VARIANT_TRUE : VARIANT_FALSE;
+        const short end = ToVariantBool(isEnd);
         return m_controller->Write(data, static_cast<long>(bytes.size()), end);
     });
     if (result != S_OK)
