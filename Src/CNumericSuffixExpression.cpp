@@ -1,5 +1,6 @@
 #include "CNumericSuffixExpression.h"
 
+#include "CharacterClasses.h"
 #include "ErrorRaising.h"
 
 #include <fmt/format.h>
@@ -70,11 +71,6 @@ constexpr Operator kOperators[] = {{"<=", 0, std::nullopt},
                                    {">=", std::nullopt, 0},
                                    {">", std::nullopt, 1},
                                    {"!", -1, 1}};
-
-constexpr bool IsDigit(char c) noexcept
-{
-    return c >= '0' && c <= '9';
-}
 
 constexpr bool IsInfinity(char c) noexcept
 {

@@ -1,5 +1,7 @@
 #include "CScpiExpression.h"
 
+#include "CharacterClasses.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
@@ -14,11 +16,6 @@ namespace
 {
 
 constexpr std::size_t kRegisterBits = 32;
-
-bool IsDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
 
 /// The text without the given characters at both ends.
 std::string_view Trim(std::string_view text, std::string_view characters)

@@ -1,5 +1,7 @@
 #include "CScpiToken.h"
 
+#include "CharacterClasses.h"
+
 #include <algorithm>
 #include <cctype>
 #include <iterator>
@@ -22,16 +24,6 @@ char ToUpperByte(char c)
 char ToLowerByte(char c)
 {
     return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-}
-
-bool IsDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
-bool IsLetter(char c)
-{
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
 bool IsVowel(char c)

@@ -1,5 +1,6 @@
 #include "CInstrumentCommands.h"
 
+#include "CharacterClasses.h"
 #include "InstrumentTable.h"
 #include "ScpiErrorCodes.h"
 
@@ -54,11 +55,8 @@ HRESULT AnswerFields(CCommandExecutionData& record, const Fields& fields)
 
 bool IsHostName(const std::string& name)
 {
-    const auto isLetterOrDigit = [](char c) {
-        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-    };
     return !name.empty() && name.size() <= kMaxHostName && name.front() != '-' && name.back() != '-' &&
-           std::ranges::all_of(name, [&](char c) { return c == '-' || isLetterOrDigit(c); });
+           std::ranges::all_of(name, [](char c) { return c == '-' || IsLetter(c) || IsDigit(c); });
 }
 
 std::span<const HandlerRow<CInstrumentCommands>> CInstrumentCommands::Handlers()

@@ -1,5 +1,7 @@
 #include "CBScpiBlockData.h"
 
+#include "CharacterClasses.h"
+
 #include <algorithm>
 #include <cstddef>
 
@@ -10,11 +12,6 @@ namespace
 {
 
 constexpr std::int64_t kIndefinite = -1;
-
-bool IsDigit(char c) noexcept
-{
-    return c >= '0' && c <= '9';
-}
 
 /// Recognises "( 123)" behind the number sign.
 int ParseParenthesised(std::string_view text, std::int64_t& length) noexcept

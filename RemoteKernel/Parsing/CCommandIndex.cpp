@@ -1,6 +1,7 @@
 #include "CCommandIndex.h"
 
 #include "CCommandIndexBuilder.h"
+#include "CharacterClasses.h"
 
 #include <algorithm>
 
@@ -48,7 +49,7 @@ std::uint32_t CCommandIndex::Match(std::uint32_t node,
                                    std::size_t& keywordLength) const noexcept
 {
     std::size_t stem = mnemonic.length;
-    while (stem > 0 && text[stem - 1] >= '0' && text[stem - 1] <= '9')
+    while (stem > 0 && IsDigit(text[stem - 1]))
     {
         --stem;
     }

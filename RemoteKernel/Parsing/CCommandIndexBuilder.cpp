@@ -2,6 +2,7 @@
 
 #include "CNumericSuffixExpression.h"
 #include "CScpiToken.h"
+#include "CharacterClasses.h"
 #include "UnitMultipliers.h"
 
 #include <algorithm>
@@ -24,11 +25,6 @@ constexpr std::uint32_t kAnyKind = kNumericBits | ARG_BLOCK | ARG_STRG | ARG_EXP
 
 constexpr SuffixSlot kAnySuffix{0, std::numeric_limits<std::int32_t>::max(), 0, 0, true};
 constexpr SuffixSlot kEmptySuffix{1, 0, 0, 0, true};
-
-bool IsDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
 
 bool IsLower(char c)
 {

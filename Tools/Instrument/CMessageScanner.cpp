@@ -1,19 +1,11 @@
 #include "CMessageScanner.h"
 
+#include "CharacterClasses.h"
+
 #include <algorithm>
 
 namespace ZoVelkor::Tools
 {
-
-namespace
-{
-
-bool IsDigit(char byte)
-{
-    return byte >= '0' && byte <= '9';
-}
-
-} // namespace
 
 std::size_t CMessageScanner::Take(std::string_view bytes)
 {

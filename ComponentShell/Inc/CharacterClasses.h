@@ -1,6 +1,7 @@
 #pragma once
 
-namespace ZoVelkor::RemoteKernel
+// Characters as the standards of messages know them: those of ASCII, whatever the locale.
+namespace ZoVelkor
 {
 
 constexpr bool IsDigit(char c) noexcept
@@ -26,4 +27,4 @@ constexpr char ToCapital(char c) noexcept
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
-} // namespace ZoVelkor::RemoteKernel
+} // namespace ZoVelkor
