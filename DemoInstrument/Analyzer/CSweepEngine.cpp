@@ -1,7 +1,7 @@
 #include "CSweepEngine.h"
 
 #include "CCritSectionLocker.h"
-#include "Common/RemainingTime.h"
+#include "Deadline.h"
 #include "ErrorRaising.h"
 #include "SignalSimulation.h"
 
@@ -200,7 +200,7 @@ CSweepEngine::SweepPtr CSweepEngine::WaitForSweep()
             {
                 return nullptr;
             }
-            waitMs = m_release ? RemainingMs(*m_release) : INFINITE;
+            waitMs = m_release ? static_cast<DWORD>(MillisecondsLeft(*m_release)) : INFINITE;
             if (waitMs == 0)
             {
                 PassTriggerLocked();
@@ -254,7 +254,7 @@ bool CSweepEngine::WaitForEndOfPhase(const SweepPtr& sweep)
 {
     while (const auto end = EndOfPhase(sweep))
     {
-        const DWORD remainingMs = RemainingMs(*end);
+        const auto remainingMs = static_cast<DWORD>(MillisecondsLeft(*end));
         if (remainingMs == 0)
         {
             return true;

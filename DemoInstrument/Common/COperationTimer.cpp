@@ -1,8 +1,8 @@
 #include "COperationTimer.h"
 
 #include "CCritSectionLocker.h"
+#include "Deadline.h"
 #include "ErrorRaising.h"
-#include "RemainingTime.h"
 
 #include <algorithm>
 #include <iterator>
@@ -91,7 +91,7 @@ bool COperationTimer::TakeEnded(Operations& ended, DWORD& untilNextMs)
     m_operations.erase(m_operations.begin(), pending);
     for (const TimedOperation& timed : m_operations)
     {
-        untilNextMs = std::min(untilNextMs, RemainingMs(timed.end));
+        untilNextMs = std::min(untilNextMs, static_cast<DWORD>(MillisecondsLeft(timed.end)));
     }
     return !m_quit;
 }

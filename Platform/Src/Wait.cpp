@@ -1,5 +1,6 @@
 #include "CEvent.h"
 #include "CHandleTable.h"
+#include "Deadline.h"
 #include "Event.h"
 #include "LastError.h"
 
@@ -15,34 +16,17 @@
 
 namespace
 {
-/// The end of a wait, fixed once on the monotonic clock.
-class CDeadline
+/// Time that is left; nothing when there is no end.
+std::optional<timespec> Remaining(const Deadline& deadline) noexcept
 {
-public:
-    explicit CDeadline(DWORD timeoutMs) noexcept
+    if (!deadline)
     {
-        if (timeoutMs != INFINITE)
-        {
-            m_end = Clock::now() + std::chrono::milliseconds(timeoutMs);
-        }
+        return std::nullopt;
     }
-
-    /// Time that is left, not negative; nothing when there is no end.
-    [[nodiscard]] std::optional<timespec> Remaining() const noexcept
-    {
-        if (!m_end)
-        {
-            return std::nullopt;
-        }
-        const auto left = std::max(*m_end - Clock::now(), Clock::duration::zero());
-        const auto seconds = std::chrono::floor<std::chrono::seconds>(left);
-        return timespec{seconds.count(), std::chrono::nanoseconds(left - seconds).count()};
-    }
-
-private:
-    using Clock = std::chrono::steady_clock;
-    std::optional<Clock::time_point> m_end;
-};
+    const auto left = TimeLeft(*deadline);
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(left);
+    return timespec{seconds.count(), std::chrono::nanoseconds(left - seconds).count()};
+}
 
 /// The events of one wait, kept alive until its end, with one poll record each.
 class CEventWait
@@ -77,7 +61,7 @@ public:
         return false;
     }
 
-    DWORD WaitAny(const CDeadline& deadline) noexcept
+    DWORD WaitAny(const Deadline& deadline) noexcept
     {
         for (;;)
         {
@@ -96,7 +80,7 @@ public:
         }
     }
 
-    DWORD WaitAll(const CDeadline& deadline) noexcept
+    DWORD WaitAll(const Deadline& deadline) noexcept
     {
         for (;;)
         {
@@ -116,11 +100,11 @@ public:
 
 private:
     /// @return WAIT_OBJECT_0 when something is set; WAIT_TIMEOUT; WAIT_FAILED with the last error set
-    DWORD Poll(const CDeadline& deadline) noexcept
+    DWORD Poll(const Deadline& deadline) noexcept
     {
         for (;;)
         {
-            const auto remaining = deadline.Remaining();
+            const auto remaining = Remaining(deadline);
             const int ready = ::ppoll(m_polls.data(), m_count, remaining ? &*remaining : nullptr, nullptr);
             if (ready >= 0)
             {
@@ -140,7 +124,7 @@ private:
     std::optional<DWORD> TryTakeAll() noexcept
     {
         const std::unique_lock lock(CEvent::TakingLock());
-        const DWORD polled = Poll(CDeadline(0));
+        const DWORD polled = Poll(DeadlineAfter(0));
         if (polled == WAIT_FAILED)
         {
             return polled;
@@ -196,7 +180,7 @@ DWORD WaitForSingleObject(HANDLE event, DWORD timeoutMs) noexcept
 
 DWORD WaitForMultipleObjects(DWORD count, const HANDLE* events, BOOL waitAll, DWORD timeoutMs) noexcept
 {
-    const CDeadline deadline(timeoutMs);
+    const Deadline deadline = DeadlineAfter(timeoutMs);
     if (events == nullptr || count == 0 || count > MAXIMUM_WAIT_OBJECTS)
     {
         return FailWait(ERROR_INVALID_PARAMETER);

@@ -2,13 +2,13 @@
 
 #include "CSmartScpiChannelInfo.h"
 #include "GuardedEntry.h"
+#include "MakeEvent.h"
 #include "ScpiErrorCodes.h"
 #include "ThreadBasics.h"
 
 #include <iterator>
 #include <poll.h>
 #include <string>
-#include <system_error>
 #include <utility>
 
 namespace ZoVelkor::RemoteKernel
@@ -19,16 +19,6 @@ namespace
 /// A controller that has sent nothing for so long has its session give the memory of large messages back.
 constexpr int kQuietMs = 1000;
 constexpr int kNoLimit = -1;
-
-CUniqueEvent MakeWakeEvent()
-{
-    CUniqueEvent event(CreateEvent(FALSE, FALSE));
-    if (!event)
-    {
-        throw std::system_error(EMFILE, std::generic_category(), "No event for a connection");
-    }
-    return event;
-}
 
 int WaitDescriptor(IZOScpiChannel* channel)
 {
@@ -56,7 +46,7 @@ CConnection::CConnection(const KernelParts& parts, const SessionLimits& limits, 
     : m_parts(parts),
       m_channel(channel),
       m_descriptor(WaitDescriptor(channel)),
-      m_wake(MakeWakeEvent()),
+      m_wake(MakeEvent(FALSE, "No event for a connection")),
       m_session(std::make_unique<CSession>(parts, limits, SessionTransport{m_descriptor, this, channel})),
       m_path(m_session->Path())
 {}

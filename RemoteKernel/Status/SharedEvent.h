@@ -1,11 +1,8 @@
 #pragma once
 
-#include "Event.h"
+#include "MakeEvent.h"
 
-#include <cerrno>
 #include <memory>
-#include <system_error>
-#include <utility>
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -19,12 +16,7 @@ using SharedEvent = std::shared_ptr<const CUniqueEvent>;
 /// @throws std::system_error when the system is short of descriptors
 inline SharedEvent MakeSharedEvent(const char* failure)
 {
-    CUniqueEvent event(CreateEvent(TRUE, FALSE));
-    if (!event)
-    {
-        throw std::system_error(EMFILE, std::generic_category(), failure);
-    }
-    return std::make_shared<const CUniqueEvent>(std::move(event));
+    return std::make_shared<const CUniqueEvent>(MakeEvent(TRUE, failure));
 }
 
 } // namespace ZoVelkor::RemoteKernel

@@ -64,17 +64,6 @@ int TakeSocketError(int socket)
     return getsockopt(socket, SOL_SOCKET, SO_ERROR, &fault, &length) == 0 ? fault : errno;
 }
 
-int PollTimeout(std::chrono::steady_clock::time_point deadline)
-{
-    if (deadline == std::chrono::steady_clock::time_point::max())
-    {
-        return -1;
-    }
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    return static_cast<int>(std::clamp<long>(left.count(), 0, kMaxConnectMs));
-}
-
 long CountOf(const addrinfo* list)
 {
     long count = 0;
@@ -307,7 +296,7 @@ void CTcpController::Advance(CLock& lock)
 
 /// @param events  of the socket; 0 when only requests are waited for
 /// @return the socket has something to say
-bool CTcpController::Wait(CLock& lock, short events, CClock::time_point deadline)
+bool CTcpController::Wait(CLock& lock, short events, const Deadline& deadline)
 {
     pollfd descriptors[] = {{GetEventDescriptor(m_wake.Get()), POLLIN, 0}, {m_socket.Get(), events, 0}};
     lock.unlock();
@@ -368,8 +357,7 @@ int CTcpController::ConnectToAny(CLock& lock, const addrinfo* candidates, unsign
     {
         // An address that does not answer leaves time for the others; the last one has as long as the caller.
         const CClock::time_point now = CClock::now();
-        const CClock::time_point end =
-            left > 1 ? now + (m_request.deadline - now) / left : CClock::time_point::max();
+        const Deadline end = left > 1 ? Deadline(now + (m_request.deadline - now) / left) : Deadline();
         fault = TryConnect(lock, *candidates, end, serial);
         if (fault == 0 || !IsCurrent(serial))
         {
@@ -382,7 +370,7 @@ int CTcpController::ConnectToAny(CLock& lock, const addrinfo* candidates, unsign
 
 int CTcpController::TryConnect(CLock& lock,
                                const addrinfo& candidate,
-                               CClock::time_point deadline,
+                               const Deadline& deadline,
                                unsigned serial)
 {
     m_socket.Reset(
@@ -402,7 +390,7 @@ int CTcpController::TryConnect(CLock& lock,
     {
         return errno;
     }
-    while (IsCurrent(serial) && CClock::now() < deadline)
+    while (IsCurrent(serial) && (!deadline || CClock::now() < *deadline))
     {
         if (Wait(lock, POLLOUT, deadline))
         {

@@ -5,6 +5,7 @@
 #include "CThread.h"
 #include "CThreadRunObject.h"
 #include "CUniqueHandle.h"
+#include "Deadline.h"
 #include "InstrumentAddress.h"
 
 #include <chrono>
@@ -118,11 +119,11 @@ private:
     void Serve();
     void Stop();
     void Advance(CLock& lock);
-    bool Wait(CLock& lock, short events, CClock::time_point deadline = CClock::time_point::max());
+    bool Wait(CLock& lock, short events, const Deadline& deadline = {});
     void Connect(CLock& lock);
     int ConnectToAny(CLock& lock, const addrinfo* candidates, unsigned serial);
     void StartOver();
-    int TryConnect(CLock& lock, const addrinfo& candidate, CClock::time_point deadline, unsigned serial);
+    int TryConnect(CLock& lock, const addrinfo& candidate, const Deadline& deadline, unsigned serial);
     bool IsCurrent(unsigned serial) const noexcept;
     bool TryWrite();
     bool TryRead();

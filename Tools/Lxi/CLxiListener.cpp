@@ -3,7 +3,6 @@
 #include "CLxiEventEndpoint.h"
 #include "Common/CToolError.h"
 
-#include <climits>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -60,18 +59,6 @@ void SetOption(const CSocket& socket, int level, int option, int value)
     {
         throw std::system_error(errno, std::generic_category());
     }
-}
-
-/// Rounded up, so that nothing is polled over and over.
-int MillisecondsUntil(std::optional<CLxiListener::Clock::time_point> deadline)
-{
-    using std::chrono::milliseconds;
-    if (!deadline)
-    {
-        return -1;
-    }
-    const auto left = std::chrono::ceil<milliseconds>(*deadline - CLxiListener::Clock::now()).count();
-    return static_cast<int>(std::clamp<milliseconds::rep>(left, 0, INT_MAX));
 }
 
 } // namespace
@@ -202,10 +189,10 @@ std::vector<pollfd> CLxiListener::Watched() const
     return watched;
 }
 
-LxiWait CLxiListener::Wait(std::optional<Clock::time_point> deadline)
+LxiWait CLxiListener::Wait(const Deadline& deadline)
 {
     std::vector<pollfd> watched = Watched();
-    const int count = poll(watched.data(), watched.size(), MillisecondsUntil(deadline));
+    const int count = poll(watched.data(), watched.size(), PollTimeout(deadline));
     if (count == 0)
     {
         return LxiWait::TimeOut;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CLxiStreamDecoder.h"
+#include "Deadline.h"
 #include "LxiSockets.h"
 
 #include <chrono>
@@ -8,7 +9,6 @@
 #include <cstdint>
 #include <functional>
 #include <list>
-#include <optional>
 #include <poll.h>
 #include <span>
 #include <string>
@@ -54,7 +54,7 @@ public:
     /// Waits, and hands on all that has come.
     ///
     /// @param deadline  nothing: no time limit
-    LxiWait Wait(std::optional<Clock::time_point> deadline);
+    LxiWait Wait(const Deadline& deadline);
 
 private:
     struct PeerConnection

@@ -4,10 +4,10 @@
 #include "Common/ReplaceText.h"
 #include "GuardedEntry.h"
 #include "IZOScpiManager.h"
+#include "MakeEvent.h"
 #include "ScpiErrorCodes.h"
 
 #include <algorithm>
-#include <system_error>
 #include <utility>
 
 namespace ZoVelkor::RemoteKernel
@@ -16,30 +16,13 @@ namespace ZoVelkor::RemoteKernel
 namespace
 {
 
-CUniqueEvent MakeLine()
-{
-    CUniqueEvent event(CreateEvent(TRUE, FALSE));
-    if (!event)
-    {
-        throw std::system_error(EMFILE, std::generic_category(), "No event for a bus channel");
-    }
-    return event;
-}
-
 } // namespace
 
 CBusChannel::CBusChannel(const BusSettings& settings)
     : m_settings(settings),
-      m_serviceRequest(MakeLine()),
+      m_serviceRequest(MakeEvent(TRUE, "No event for a bus channel")),
       m_exchange(settings.inputBuffer, settings.outputBuffer)
 {}
-
-CBusChannel::Deadline CBusChannel::After(DWORD timeoutMs)
-{
-    return timeoutMs == INFINITE
-               ? Deadline()
-               : Deadline(std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs));
-}
 
 HRESULT CBusChannel::Provider(CComPtr<IZOScpiChannelServiceProvider>& provider)
 {
@@ -115,7 +98,7 @@ HRESULT CBusChannel::Disconnect()
 
 HRESULT CBusChannel::Send(std::string_view bytes, bool end, DWORD timeoutMs)
 {
-    const Deadline deadline = After(timeoutMs);
+    const Deadline deadline = DeadlineAfter(timeoutMs);
     CComPtr<IZOScpiChannelServiceProvider> provider;
     HRESULT result = Provider(provider);
     if (SUCCEEDED(result) && m_remoteEnable)
@@ -158,7 +141,7 @@ HRESULT CBusChannel::BeginElement(CLock& lock, const Deadline& deadline, short e
 
 BusResponse CBusChannel::Receive(std::size_t max, DWORD timeoutMs)
 {
-    const Deadline deadline = After(timeoutMs);
+    const Deadline deadline = DeadlineAfter(timeoutMs);
     BusResponse response{S_OK, {}, false};
     CLock lock(m_mutex);
     const std::uint64_t clears = m_clears;
@@ -199,7 +182,7 @@ HRESULT CBusChannel::ReceivePart(
 
 HRESULT CBusChannel::DeviceClear(DWORD timeoutMs)
 {
-    const Deadline deadline = After(timeoutMs);
+    const Deadline deadline = DeadlineAfter(timeoutMs);
     CComPtr<IZOScpiChannelServiceProvider> provider;
     HRESULT result = Provider(provider);
     if (FAILED(result))

@@ -3,14 +3,13 @@
 #include "CBScpiChannel.h"
 #include "CComObject.h"
 #include "CMessageExchange.h"
+#include "Deadline.h"
 #include "Event.h"
 
 #include <atomic>
-#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -112,9 +111,7 @@ protected:
 
 private:
     using CLock = std::unique_lock<std::mutex>;
-    using Deadline = std::optional<std::chrono::steady_clock::time_point>; // none: no limit
 
-    static Deadline After(DWORD timeoutMs);
     /// @return E_UNEXPECTED without connection
     HRESULT Provider(CComPtr<IZOScpiChannelServiceProvider>& provider);
     /// Calls the kernel with an error, without the lock, which is held again afterwards.
