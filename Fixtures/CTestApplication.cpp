@@ -13,7 +13,7 @@
 namespace ZoVelkor::RemoteKernel::Testing
 {
 
-ZO_SOURCE_UNIT("Tests/Support/CTestApplication")
+ZO_SOURCE_UNIT("Fixtures/CTestApplication")
 
 namespace
 {
