@@ -32,7 +32,7 @@ std::vector<std::string> Frames(const std::string& stream, std::size_t piece)
             frame = framer.Scan(buffer);
             if (frame.status == FrameStatus::Message)
             {
-                messages.push_back(buffer.substr(0, frame.iLength));
+                messages.push_back(buffer.substr(0, frame.length));
             }
             if (frame.status == FrameStatus::Error)
             {
