@@ -1,6 +1,7 @@
 #include "DemoFixture.h"
 
 #include <charconv>
+#include <chrono>
 
 namespace ZoVelkor::Demo
 {
@@ -62,6 +63,17 @@ void ExpectSameAnswer(const std::string& answer, const std::string& expected)
             EXPECT_EQ(given[i], wanted[i]) << answer;
         }
     }
+}
+
+void DemoFixture::WaitForAnswer(const std::string& query, const std::function<bool(int)>& isAccepted)
+{
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    std::string answer;
+    do
+    {
+        answer = Client().Query(query);
+        ASSERT_LT(std::chrono::steady_clock::now(), deadline) << query << " still gives " << answer;
+    } while (!isAccepted(std::stoi(answer)));
 }
 
 int DemoFixture::NextError()

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -58,6 +59,11 @@ protected:
         Start();
     }
     std::string RegistryFile() const { return m_registry.File(); }
+
+    /// Asks again and again, which needs the instrument's answer each time, until an answer is accepted.
+    ///
+    /// Fails the test after half a minute.
+    void WaitForAnswer(const std::string& query, const std::function<bool(int)>& isAccepted);
 
     /// Takes the oldest error of the client's session; 0 when there is none.
     int NextError();

@@ -8,11 +8,9 @@ namespace
 class StatusConversation : public DemoFixture
 {
 protected:
-    /// Asks again and again, which needs the instrument's answer each time, until the bits are as expected.
     void WaitForBits(const std::string& query, int mask, int bits)
     {
-        while ((std::stoi(Client().Query(query)) & mask) != bits)
-        {}
+        WaitForAnswer(query, [=](int word) { return (word & mask) == bits; });
     }
     void WaitForPhase(int phase) { WaitForBits("STAT:OPER:COND?", ~0, phase); }
 };

@@ -15,11 +15,9 @@ using Clock = std::chrono::steady_clock;
 class SweepConversation : public DemoFixture
 {
 protected:
-    /// Asks again and again, which needs the instrument's answer each time, until the count is reached.
     void WaitForSweeps(int count)
     {
-        while (std::stoi(Client().Query("DIAG:SERV:COUN?")) < count)
-        {}
+        WaitForAnswer("DIAG:SERV:COUN?", [count](int counted) { return counted >= count; });
     }
 };
 

@@ -102,11 +102,9 @@ class Copy:
 
     def prepare(self) -> None:
         """Builds without a fault, and sees the tests pass."""
-        options = ['-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld', '-DCMAKE_SHARED_LINKER_FLAGS=-fuse-ld=lld']
-        if subprocess.run(['which', 'ld.lld'], stdout=subprocess.DEVNULL).returncode != 0:
-            options = []
         if not (self._build_folder / 'build.ninja').exists():
-            self._must('configure', ['cmake', '--preset', 'debug', *options])
+            # What uses a shared library need not be linked again for a change inside it.
+            self._must('configure', ['cmake', '--preset', 'debug', '-DCMAKE_LINK_DEPENDS_NO_SHARED=ON'])
         self._must('build', self._build_command('all'))
         if (failed := self._failing_test('.')) is not None:
             sys.exit(f'without any fault {failed} fails, see {self._log}')
@@ -114,7 +112,8 @@ class Copy:
         self._objects = collections.defaultdict(list)
         for command in commands:
             output = re.search(r' -o (\S+\.o)', command['command']).group(1)
-            self._objects[command['file']].append(pathlib.Path(command['directory']) / output)
+            if (path := pathlib.Path(command['directory']) / output).exists():
+                self._objects[command['file']].append(path)
         self._sound = {file: self._code_of(file) for file in self._objects}
 
     def judge(self, fault: Fault) -> dict:

@@ -148,7 +148,8 @@ TEST_F(RegistryChanges, CanBeWaitedFor)
             result = RegNotifyChangeKeyValue(handle, FALSE, REG_NOTIFY_CHANGE_LAST_SET, m_event.Get(), FALSE);
         });
         // Until the waiter has been told: it may have begun late.
-        while (!isClosed && WaitForSingleObject(m_event.Get(), 1) != WAIT_OBJECT_0)
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kPatienceMs);
+        while (!isClosed && !IsToldByNow() && std::chrono::steady_clock::now() < deadline)
         {
             Set(key.Get());
         }

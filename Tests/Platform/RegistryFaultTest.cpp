@@ -175,7 +175,8 @@ TEST_F(RegistryFaults, WithoutRightsItIsReadButNotWritten)
             ::chmod((m_registry.File() + part).c_str(), mode);
         }
         std::array<char, 64> answer{};
-        const std::string command = ZO_REGISTRY_CRASH " try " + m_registry.File() + " 2>/dev/null";
+        const std::string command =
+            "timeout 30 " ZO_REGISTRY_CRASH " try " + m_registry.File() + " 2>/dev/null";
         std::FILE* pipe = ::popen(command.c_str(), "r");
         EXPECT_NE(std::fgets(answer.data(), answer.size(), pipe), nullptr);
         ::pclose(pipe);
@@ -192,7 +193,7 @@ TEST_F(RegistryFaults, AKeyBelowItselfHoldsNothingUp)
     EXPECT_EQ(RegNotifyChangeKeyValue(HKEY_USERS, TRUE, REG_NOTIFY_CHANGE_LAST_SET, event.Get(), TRUE), 0);
     Execute(m_registry.File(), "UPDATE keys SET parent = id WHERE folded = 'LOOP'");
     EXPECT_EQ(RegSetValueEx(key, nullptr, 0, REG_SZ, nullptr, 0), 0);
-    EXPECT_EQ(WaitForSingleObject(event.Get(), INFINITE), WAIT_OBJECT_0) << "where it was nobody knows";
+    EXPECT_EQ(WaitForSingleObject(event.Get(), 30'000), WAIT_OBJECT_0) << "where it was nobody knows";
     EXPECT_EQ(RegDeleteTree(key, nullptr), 0);
 }
 

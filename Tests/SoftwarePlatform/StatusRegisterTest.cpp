@@ -246,11 +246,13 @@ struct StatusWaits : StatusRegister, testing::WithParamInterface<Wait>
 {
     using Result = std::pair<HRESULT, wchar_t>;
 
-    std::future<Result> Start(wchar_t mask)
+    /// @param ended  is set when the wait is over; 0 for none
+    std::future<Result> Start(wchar_t mask, HANDLE ended = 0)
     {
-        return std::async(std::launch::async, [this, mask] {
+        return std::async(std::launch::async, [this, mask, ended] {
             wchar_t bits = 0x77;
             const HRESULT result = (*child.*GetParam())(-1, mask, &bits);
+            SetEvent(ended);
             return Result(result, bits);
         });
     }
@@ -261,10 +263,15 @@ struct StatusWaits : StatusRegister, testing::WithParamInterface<Wait>
         child->lockedAction = [=, this] {
             return child->PulseCondition(mask) || child->GetEventBits(mask, &word);
         };
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
         while (wait.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
         {
             tagScpiStatusData data{};
             child->GetData(&data);
+            if (std::chrono::steady_clock::now() > deadline)
+            {
+                SetEvent(deviceClear.Get()); // E_ABORT instead of a wait without end
+            }
         }
         return wait.get();
     }
@@ -291,11 +298,15 @@ TEST_P(StatusWaits, EndAtOnceOrSayWhyNot)
 
 TEST_P(StatusWaits, SecondWaiterReleasesTheFirstAndWokenWaitersGetNothing)
 {
-    std::array waits{Start(2), Start(4)};
-    std::size_t released = 0;
-    while (waits[released].wait_for(std::chrono::milliseconds(1)) != std::future_status::ready)
+    const CUniqueEvent ended[] = {CUniqueEvent(CreateEvent(TRUE, FALSE)),
+                                  CUniqueEvent(CreateEvent(TRUE, FALSE))};
+    std::array waits{Start(2, ended[0].Get()), Start(4, ended[1].Get())};
+    const HANDLE handles[] = {ended[0].Get(), ended[1].Get()};
+    const DWORD released = WaitForMultipleObjects(2, handles, FALSE, 30'000);
+    if (released > 1)
     {
-        released = 1 - released;
+        SetEvent(deviceClear.Get());
+        FAIL() << "both wait still";
     }
     EXPECT_EQ(waits[released].get(), Result(S_OK, 0));
     EXPECT_EQ(Wake(waits[1 - released], released == 0 ? 4 : 2), Result(S_OK, 0));

@@ -1,11 +1,12 @@
 #include "CTerminal.h"
 
+#include "ToolRunner.h"
+
 #include <csignal>
 #include <cstdlib>
 #include <poll.h>
 #include <pty.h>
 #include <stdexcept>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
 
@@ -27,6 +28,14 @@ CTerminal::CTerminal(const std::filesystem::path& folder, std::vector<std::strin
     if (m_process == 0)
     {
         // Between fork and exec of a program with threads only what is safe in a signal handler is done.
+        // Whoever started the tests may ignore or block signals, the interrupt key among them.
+        for (int number = 1; number < NSIG; ++number)
+        {
+            signal(number, SIG_DFL);
+        }
+        sigset_t none;
+        sigemptyset(&none);
+        sigprocmask(SIG_SETMASK, &none, nullptr);
         static_cast<void>(chdir(folder.c_str()));
         execve(ZO_TOOL, argv.data(), environment);
         _exit(127);
@@ -43,7 +52,7 @@ CTerminal::~CTerminal()
     if (m_process > 0)
     {
         kill(m_process, SIGKILL);
-        WaitForExit();
+        ExitCodeOf(m_process);
     }
 }
 
@@ -77,9 +86,7 @@ std::string CTerminal::WaitFor(std::string_view text)
 
 int CTerminal::WaitForExit()
 {
-    int status = 0;
-    waitpid(std::exchange(m_process, -1), &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return ExitCodeOf(std::exchange(m_process, -1));
 }
 
 } // namespace ZoVelkor::Tools::Testing

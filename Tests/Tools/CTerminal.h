@@ -24,7 +24,7 @@ public:
     ///
     /// @return what came up to its end; without the text when the tool has ended or half a minute has passed
     std::string WaitFor(std::string_view text);
-    /// @return the exit code, or -1 when a signal ended it
+    /// Waits as ExitCodeOf.
     int WaitForExit();
 
 private:

@@ -21,7 +21,33 @@ namespace
 
 using testing::HasSubstr;
 
-using CController = CComObject<CTcpController, IZOScpiController>;
+/// Tells when a request has begun: from then on no abort is lost.
+class CTellingController : public CTcpController
+{
+public:
+    using CTcpController::CTcpController;
+
+    HRESULT DoClear() override { return Tell(CTcpController::DoClear()); }
+    HRESULT DoRead(bool first, bool counted, long count) override
+    {
+        return Tell(CTcpController::DoRead(first, counted, count));
+    }
+    HRESULT DoWrite(unsigned char* data, long length, bool end) override
+    {
+        return Tell(CTcpController::DoWrite(data, length, end));
+    }
+
+    CUniqueEvent m_begun{CreateEvent(FALSE, FALSE)}; ///< auto-reset
+
+private:
+    HRESULT Tell(HRESULT result)
+    {
+        SetEvent(m_begun.Get());
+        return result;
+    }
+};
+
+using CController = CComObject<CTellingController, IZOScpiController>;
 
 /// For waits that are to end with the time-out.
 constexpr long kShortMs = 30;
@@ -227,23 +253,21 @@ TEST_F(TcpController, AbortEndsACallFromAnotherThread)
 {
     const FullServer full;
     const auto stuck = CController::Create(full.server.Address());
-    const std::function<HRESULT()> calls[] = {
-        [this] {
-            unsigned char* text = nullptr;
-            return m_controller.ReadResponse(&text);
-        },
-        [this] { return Write(m_controller, std::string(std::size_t{64} << 20, 'x')); },
-        [&] { return stuck->Clear(); },
+    const std::pair<CController&, std::function<HRESULT()>> calls[] = {
+        {m_controller,
+         [this] {
+             unsigned char* text = nullptr;
+             return m_controller.ReadResponse(&text);
+         }},
+        {m_controller, [this] { return Write(m_controller, std::string(std::size_t{64} << 20, 'x')); }},
+        {*stuck, [&] { return stuck->Clear(); }},
     };
-    for (const auto& call : calls)
+    ResetEvent(m_controller.m_begun.Get());
+    for (const auto& [controller, call] : calls)
     {
         auto result = std::async(std::launch::async, call);
-        // Only a call that already waits can be aborted.
-        while (result.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready)
-        {
-            m_controller.Abort();
-            stuck->Abort();
-        }
+        EXPECT_EQ(WaitForSingleObject(controller.m_begun.Get(), kLongMs), WAIT_OBJECT_0);
+        controller.Abort();
         EXPECT_EQ(result.get(), E_ABORT);
     }
 }

@@ -1,31 +1,46 @@
 #include "ToolRunner.h"
 
+#include "CUniqueHandle.h"
+
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
 #include <iomanip>
 #include <iterator>
+#include <poll.h>
 #include <spawn.h>
 #include <sstream>
 #include <stdexcept>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace ZoVelkor::Tools::Testing
 {
 
-namespace
+int ExitCodeOf(pid_t process)
 {
-
-int Wait(pid_t process)
-{
+    constexpr int kLimitMs = 30000;
+    const CUniqueHandle<&close, int, -1> exit(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
+    pollfd ended{exit.Get(), POLLIN, 0};
+    int count = 0;
+    do
+    {
+        count = poll(&ended, 1, kLimitMs);
+    } while (count < 0 && errno == EINTR);
+    if (count != 1)
+    {
+        kill(process, SIGKILL);
+        ADD_FAILURE() << "process " << process << " has not ended within " << kLimitMs
+                      << " ms and was killed";
+    }
     int status = 0;
     waitpid(process, &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
-
-} // namespace
 
 std::string TableFile(std::span<const _CMD_SET_RECORD> records)
 {
@@ -78,10 +93,20 @@ ToolRun ToolTest::Run(const std::string& arguments, std::string_view input, int 
     {
         posix_spawn_file_actions_adddup2(&actions, error, STDERR_FILENO);
     }
+    // Whoever started the tests may ignore or block signals; the tool meets them as in a shell of its own.
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    sigset_t signals;
+    sigemptyset(&signals);
+    posix_spawnattr_setsigmask(&attributes, &signals);
+    sigfillset(&signals);
+    posix_spawnattr_setsigdefault(&attributes, &signals);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
     pid_t process = 0;
-    const int fault = posix_spawn(&process, ZO_TOOL, &actions, nullptr, argv.data(), environ);
+    const int fault = posix_spawn(&process, ZO_TOOL, &actions, &attributes, argv.data(), environ);
+    posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
-    const int exitCode = fault == 0 ? Wait(process) : -1;
+    const int exitCode = fault == 0 ? ExitCodeOf(process) : -1;
     return {exitCode, Read(".out"), Read(".err")};
 }
 

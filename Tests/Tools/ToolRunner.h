@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <sys/types.h>
 #include <vector>
 
 namespace ZoVelkor::Tools::Testing
@@ -20,6 +21,11 @@ struct ToolRun
     std::string out;
     std::string err;
 };
+
+/// Waits until a process has ended; one that takes longer than half a minute is killed and fails the test.
+///
+/// @return the exit code, or -1 when a signal ended it
+int ExitCodeOf(pid_t process);
 
 /// A table file of records, whatever they are.
 std::string TableFile(std::span<const _CMD_SET_RECORD> records);
