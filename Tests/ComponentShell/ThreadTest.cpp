@@ -11,6 +11,7 @@
 #include <future>
 #include <latch>
 #include <stdexcept>
+#include <string>
 #include <thread>
 #include <utility>
 
@@ -149,6 +150,7 @@ TEST(ThreadPool, HandsEachThreadToOneCallerAtATime)
             CThread* const pThread = pool.GetThread("Shared");
             EXPECT_EQ(pThread->Start(std::make_unique<CWork>([&runs] { ++runs; })), S_OK);
             EXPECT_EQ(pThread->WaitUntilIdle(INFINITE), S_OK);
+            pool.ReturnThread(pool.GetThread("Own" + std::to_string(n))); // at the end there is none
         }
     };
     {

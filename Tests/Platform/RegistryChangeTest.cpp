@@ -1,5 +1,6 @@
 #include "CTemporaryRegistry.h"
 #include "Event.h"
+#include "ManyThreads.h"
 
 #include <gtest/gtest.h>
 
@@ -136,6 +137,18 @@ TEST_F(RegistryChanges, EndWithTheKey)
     Arm();
     m_top.Reset();
     EXPECT_EQ(WaitForSingleObject(m_event.Get(), 0), WAIT_OBJECT_0) << "closed";
+    RunOnManyThreads([] {
+        for (int i = 0; i < 20; ++i)
+        {
+            const CUniqueEvent event(CreateEvent(TRUE, FALSE));
+            CUniqueKey key = MakeKey(HKEY_CURRENT_USER, L"shared");
+            EXPECT_EQ(RegNotifyChangeKeyValue(key.Get(), TRUE, REG_NOTIFY_CHANGE_LAST_SET, event.Get(), TRUE),
+                      0);
+            Set(key.Get());
+            key.Reset();
+            EXPECT_EQ(WaitForSingleObject(event.Get(), 0), WAIT_OBJECT_0) << "closed during changes";
+        }
+    });
 }
 
 TEST_F(RegistryChanges, CanBeWaitedFor)

@@ -78,6 +78,7 @@ TEST(Variant, RefusesTypesThatItCannotHold)
         EXPECT_EQ(VariantChangeType(&target, &wrong, 0, VT_I4), DISP_E_BADVARTYPE) << type;
         EXPECT_EQ(target.lVal, 5);
     }
+    EXPECT_EQ(VariantClear(nullptr), E_POINTER);
     VARIANT self = Make(VT_VARIANT | VT_BYREF);
     self.pvarVal = &self;
     VARIANT target{};

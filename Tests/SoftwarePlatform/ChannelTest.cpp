@@ -52,6 +52,10 @@ public:
     HRESULT DoDelete(tagZO_SCPI_CHANNEL_TYPES which) override { return Log("Delete", which); }
     HRESULT DoSetProtocolMode(tagZO_SCPI_PROTOCOL_MODE m) override { return Log("Mode", m.eProtocol); }
     HRESULT DoSetChannelStatus(tagZO_SCPI_CHANNEL_STATUS* s) override { return Log("Status", s->vtbRemote); }
+    HRESULT DoFlush() override { return Log("Flush"); }
+    HRESULT DoProgramMessageEnd() override { return Log("End"); }
+    HRESULT DoDeviceClearAcknowledge() override { return Log("Ack"); }
+    HRESULT DoReturnToLocal() override { return Log("Local"); }
     HRESULT DoAbort() override { return Log("Abort"); }
     HRESULT do_get_ChannelProperties(Info* info) override { return Log("Get", ++info->iMessages); }
     HRESULT do_put_ChannelProperties(const Info& info) override { return Log("Put", info.iMessages); }
@@ -177,6 +181,10 @@ const std::pair<const char*, Call> kCalls[] = {
     {"Delete2 ", [](CBScpiChannel& c) { return c.Delete(ZO_CHANNEL_OUTPUT); }},
     {"Mode1 ", [](CBScpiChannel& c) { return c.SetProtocolMode({ZO_PROTOCOL_IEEE_1174}); }},
     {"Status65 ", [](CBScpiChannel& c) { return c.SetChannelStatus(&g_status); }},
+    {"Flush0 ", [](CBScpiChannel& c) { return c.Flush(); }},
+    {"End0 ", [](CBScpiChannel& c) { return c.ProgramMessageEnd(); }},
+    {"Ack0 ", [](CBScpiChannel& c) { return c.DeviceClearAcknowledge(); }},
+    {"Local0 ", [](CBScpiChannel& c) { return c.ReturnToLocal(); }},
     {"Abort0 ", [](CBScpiChannel& c) { return c.Abort(); }},
 };
 TEST_F(Channel, CallsReachTheirHookAndReturnItsResult)
@@ -197,6 +205,8 @@ TEST_F(Channel, CallsReachTheirHookAndReturnItsResult)
     short flags[2] = {};
     EXPECT_EQ(m_channel->GetCapabilities(&flags[0], &flags[1]), S_OK);
     EXPECT_EQ(flags[0] * 10 + flags[1], -5);
+    EXPECT_EQ(silent->GetCapabilities(&flags[0], &flags[1]), S_OK);
+    EXPECT_EQ(flags[0] * 10 + flags[1], 0);
     EXPECT_EQ(m_channel->Write(1, g_bytes, nullptr), E_POINTER);
     EXPECT_EQ(m_recorder.Take().back().report.message, "Null pointer detected (written)");
     EXPECT_EQ(m_channel->GetServiceProvider(nullptr), E_POINTER);
@@ -290,6 +300,7 @@ TEST_F(Channel, PropertiesAreCopiesWithStringsOfTheirOwn)
     EXPECT_STREQ(out.bsRemoteAddress, L"");
     info = out;
     EXPECT_EQ(CSmartScpiChannelInfo(info).CopyTo(&out), S_OK);
+    EXPECT_EQ(CSmartScpiChannelInfo(info).CopyTo(nullptr), E_POINTER);
     m_channel->m_answer = [] { return E_FAIL; };
     EXPECT_EQ(m_channel->get_ChannelProperties(&out), E_FAIL);
     EXPECT_EQ(out.iMessages, 17);

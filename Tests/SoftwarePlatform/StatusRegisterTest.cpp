@@ -357,6 +357,7 @@ TEST_F(StatusRegister, LosesNeitherWakeUpNorSummaryUnderLoad)
                 leaf->PulseCondition(bit);
                 leaf->GetEventBits(bit, &bits);
                 middle->GetEvents(&bits);
+                top->ClearCondition();
             }
         });
     }

@@ -364,6 +364,9 @@ TEST(StringConversion, HugeWidthsAndIndexesAreSafe)
     EXPECT_EQ(Whole(CZoString("abc").Replace(1, 0xFFFFFFFFU, "x")), L"ax");
     EXPECT_EQ(CZoString("abc").FindByRegExp("b{2,1}[]{3,1}]"), -1);
     EXPECT_EQ(CZoString("b]").FindByRegExp("b{2,1}[]{3,1}]"), 0);
+    EXPECT_EQ(CZoString("xa").FindByRegExp("xa{2,}"), -1);
+    EXPECT_EQ(CZoString("xaaa").FindByRegExp("xa{2,}$"), 0);
+    EXPECT_EQ(CZoString("xa").FindByRegExp("xa{2,1"), -1) << "is no repetition, and no pattern";
 }
 
 TEST(StringQt, NullEmptyAndTextSurviveBothWays)

@@ -1,8 +1,10 @@
+#include "CBusController.h"
 #include "CLxiEventRecorder.h"
 #include "CLxiStreamDecoder.h"
 #include "CLxiTcpSender.h"
 #include "Lxi/CLxiDuplicateFilter.h"
 #include "LxiClock.h"
+#include "ManyThreads.h"
 
 #include <gmock/gmock.h>
 
@@ -330,6 +332,22 @@ TEST_F(LxiEndpoint, TcpConnectionEndsWithTheFirstWrongByte)
     ASSERT_GT(send(socket.Get(), stream.data(), stream.size(), 0), 0);
     EXPECT_EQ(m_heard.Take().event, 3) << "what came before is right";
     EXPECT_EQ(recv(socket.Get(), stream.data(), 1, 0), 0);
+    CLxiTcpSender sender("127.0.0.1", m_port);
+    EXPECT_EQ(sender.Send(std::span(stream)), S_OK);
+    EXPECT_TRUE(Testing::Eventually([&] { return sender.Send(std::span(stream)) == E_FAIL; }));
+    EXPECT_EQ(sender.Send(std::span(stream)), E_FAIL) << "nothing follows what was cut off";
+}
+
+TEST_F(LxiEndpoint, StartsAndStopsOnManyThreads)
+{
+    RunOnManyThreads([this] {
+        for (int i = 0; i < 20; ++i)
+        {
+            m_receiver.Start();
+            m_receiver.Stop();
+        }
+    });
+    EXPECT_EQ(m_receiver.Port(), 0);
 }
 
 TEST_F(LxiEndpoint, LogKeepsTheNewest)

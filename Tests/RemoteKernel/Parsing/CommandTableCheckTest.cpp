@@ -98,6 +98,11 @@ TEST(CommandTableCheck, BoundsLevelsNodesAndChains)
     deep.push_back(deep.back());
     deep[kMaxHeaderLevels - 1].hdr.iSubStart = kMaxHeaderLevels;
     EXPECT_THAT(ValidateCommandTable(deep.data(), deep.size()), testing::HasSubstr("32 levels"));
+    tagTable wide(250'001);
+    wide[0].hdr.iLength = 250'000;
+    EXPECT_EQ(ValidateCommandTable(wide.data(), 250'000), "");
+    wide[0].hdr.iLength = 250'001;
+    EXPECT_THAT(ValidateCommandTable(wide.data(), wide.size()), testing::HasSubstr("250000 nodes"));
     EXPECT_EQ(ValidateCommandTable(MakeDoublingTable(16).data(), 32), "");
     EXPECT_THAT(ValidateCommandTable(MakeDoublingTable(24).data(), 48), testing::HasSubstr("250000 nodes"));
     tagTable chain(kMaxChainLength + 2);

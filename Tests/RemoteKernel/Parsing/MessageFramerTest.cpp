@@ -76,6 +76,7 @@ const FramerCase kCases[] = {
     {"NotABlock", "D #H1, #2a\nE\n", {"D #H1, #2a", "E"}},
     {"LongestText", "0123456789abcdef\nE\n", {"0123456789abcdef", "E"}},
     {"TextTooLong", "0123456789abcdefg\nE\n", {"!-363", "E"}},
+    {"TextTooLongInString", "D 'abcdefghijklmnopq #19\nE\n", {"!-363", "E"}},
     {"TextTooLongAround", "01234 #13\n\n\n56789,ab\nE\n", {"!-363", "E"}},
     {"LargestBlock", "D #220" + std::string(20, '\n') + "\nE\n", {"D #220" + std::string(20, '\n'), "E"}},
     {"BlockTooLarge", "D #221" + std::string(21, '\n') + " X\nE\n", {"!-223", "E"}},

@@ -147,6 +147,7 @@ TEST_F(FormatSubsystem, WritesDataInTheFormatOfThePath)
     }
     EXPECT_EQ(m_format->put_DataFormat(ZO_FORMAT_REAL, 16), E_INVALIDARG);
     EXPECT_EQ(m_format->put_DataFormat(ZO_FORMAT_DEFAULT, 0), E_INVALIDARG);
+    EXPECT_EQ(m_format->put_ByteOrder(static_cast<tagEnumFormatByteOrder>(2)), E_INVALIDARG);
     m_format->Reset();
     m_format->OutputDoubles(values, 1);
     EXPECT_EQ(Take(), "1");

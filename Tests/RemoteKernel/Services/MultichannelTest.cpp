@@ -57,6 +57,9 @@ TEST_F(Multichannel, ServicesOfAPathReachThatPathAlone)
         ASSERT_EQ(Functionality().GetScpiChannelManagement(path, &channels), S_OK);
         EXPECT_EQ(errors->SetError(path, -222, L"own"), S_OK);
         EXPECT_EQ(errors->SetError(Path(other), -222, L"foreign"), E_INVALIDARG);
+        unsigned long queued = 0;
+        EXPECT_EQ(errors->GetErrorCount(path, &queued), S_OK);
+        EXPECT_EQ(queued, 1U);
         EXPECT_EQ(bus.Query("SYST:ERR:ALL?"), "-222,\"Data out of range;own\"");
         EXPECT_EQ(remote->GotoLocal(), S_OK);
         CComPtr<IZOScpiChannel> channel;
@@ -124,6 +127,20 @@ TEST_F(Multichannel, LooksServicesUpByPath)
     {
         EXPECT_EQ(rows[i].second, rows[i].first) << "getter " << i;
     }
+    CComPtr<IZOScpiParserLanguage> language;
+    ASSERT_EQ(Functionality().GetScpiLanguageManagement(Path(bus), &language), S_OK);
+    const std::pair<const wchar_t*, short> headers[] = {{L"*IDN?", VARIANT_TRUE},
+                                                        {L"syst:err:next?", VARIANT_TRUE},
+                                                        {L"OVERlap", VARIANT_TRUE},
+                                                        {L"SYST:NONE?", VARIANT_FALSE},
+                                                        {L"", VARIANT_FALSE}};
+    for (const auto& [header, expected] : headers)
+    {
+        short known = 7;
+        EXPECT_EQ(language->IsHeaderKnown(header, &known), S_OK);
+        EXPECT_EQ(known, expected) << header;
+    }
+    EXPECT_EQ(language->IsHeaderKnown(L"*IDN?", nullptr), E_POINTER);
 }
 
 TEST_F(Multichannel, StopsParsingOfAPathAndOfAll)

@@ -257,6 +257,12 @@ public:
             context, remotePath, command, isQuery, numericSuffixes, argumentCount, arguments, header, output);
         CCommandExecutionData record(data, this);
         return CScpiSinkFramework::RunCommand(record, [&](CCommandExecutionData& call) {
+            CComPtr<IZOScpiManager> manager;
+            long path = -1;
+            context->QueryInterface(IID_IZOScpiManager, reinterpret_cast<void**>(&manager));
+            EXPECT_EQ(manager->GetRemotePath(nullptr), E_POINTER);
+            EXPECT_EQ(manager->GetRemotePath(&path), S_OK);
+            EXPECT_EQ(path, remotePath);
             return call.OutputRegisterValue(arguments[0].szText, std::atol(arguments[1].szText));
         });
     }
@@ -273,7 +279,10 @@ TEST_F(Status, HandlersAnswerWordsOfRegisters)
     Instrument(L"STAT:OPER")->ModifyCondition(6, 6);
     EXPECT_EQ(Run("REG? 'STAT:OPER',0;REG? 'STAT:OPER',3;REG? '*ESR',2;REG? 'STAT:OPER',4"), "6;9;20;32767");
     EXPECT_EQ(Run("REG? 'STAT:OPER',1;REG? 'STAT:OPER',1"), "6;0") << "reading events clears them";
-    EXPECT_EQ(Run("REG? 'STAT:NONE',0;:SYST:ERR?"), "-200,\"Execution error\"");
+    for (const std::string none : {"STAT:NONE',0", "STAT:OPER',-1", "STAT:OPER',5"})
+    {
+        EXPECT_EQ(Run("REG? '" + none + ";:SYST:ERR?"), "-200,\"Execution error\"") << none;
+    }
 }
 
 TEST_F(Status, WaitsEndWithTheSessionAndWithTheKernel)

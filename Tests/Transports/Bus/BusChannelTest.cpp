@@ -239,6 +239,41 @@ TEST_F(Bus, Conversations)
     }
 }
 
+TEST_F(Bus, DeletingDropsWhatWaitsOnThatSideAlone)
+{
+    m_bus.Send("OVER;*WAI");
+    EXPECT_EQ(WaitForSingleObject(m_instrument.sink->m_operationBegun.Get(), CBusController::kTimeoutMs),
+              WAIT_OBJECT_0);
+    m_bus.Send("*ESE 4");
+    EXPECT_EQ(m_bus.Channel().Delete(ZO_CHANNEL_INPUT), S_OK);
+    m_instrument.sink->EndOperations();
+    EXPECT_EQ(m_bus.Query("*ESE?"), "0");
+    m_bus.Send("*IDN?");
+    EXPECT_TRUE(Eventually([this] { return (m_bus.Poll() & 16) != 0; }));
+    EXPECT_EQ(m_bus.Channel().Delete(ZO_CHANNEL_INPUT), S_OK);
+    EXPECT_EQ(m_bus.Poll() & 16, 16U) << "the answer stays";
+    EXPECT_EQ(m_bus.Channel().Delete(ZO_CHANNEL_OUTPUT), S_OK);
+    EXPECT_EQ(m_bus.Query("*OPC?"), "1");
+    EXPECT_EQ(Errors(), kNoError) << "what is not there is not interrupted";
+}
+
+TEST_F(Bus, AChannelWithoutStatusIsNotToldAboutIt)
+{
+    struct CSilentBus : CBusChannel
+    {
+        using CBusChannel::CBusChannel;
+        short DoGetCapabilityStatus() override { return VARIANT_FALSE; }
+    };
+    const auto channel = CComObject<CSilentBus, IZOScpiChannel>::Create(BusSettings{});
+    channel->SetRemoteEnable(true);
+    ASSERT_EQ(channel->Connect(), S_OK);
+    EXPECT_EQ(channel->Send("*SRE 32;*ESE 32;BAD;*OPC?", true, CBusController::kTimeoutMs), S_OK);
+    EXPECT_EQ(channel->Send("*STB?", true, CBusController::kTimeoutMs), S_OK);
+    EXPECT_EQ(channel->Receive(SIZE_MAX, CBusController::kTimeoutMs).bytes, "100\n");
+    EXPECT_EQ(WaitForSingleObject(channel->ServiceRequestEvent(), 0), WAIT_TIMEOUT);
+    channel->Disconnect();
+}
+
 /// What the instrument does when a clear, or the end, comes.
 struct BusStateCase
 {
