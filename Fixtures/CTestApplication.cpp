@@ -13,7 +13,7 @@
 namespace ZoVelkor::RemoteKernel::Testing
 {
 
-ZO_SOURCE_UNIT("Fixtures/CTestApplication")
+ZO_SOURCE_UNIT("Fixtures/CTestApplication");
 
 namespace
 {

@@ -13,7 +13,7 @@ namespace
 {
 
 // The helpers of the manager report under its name.
-ZO_SOURCE_UNIT("Src/CSwplScpiManager")
+ZO_SOURCE_UNIT("Src/CSwplScpiManager");
 
 /// Takes the service out of the stream, which is empty afterwards.
 template <class T>

@@ -20,7 +20,7 @@ namespace ZoVelkor
 namespace
 {
 
-ZO_SOURCE_UNIT("Src/CScpiAdministrationTemplate")
+ZO_SOURCE_UNIT("Src/CScpiAdministrationTemplate");
 
 template <class T>
 CComPtr<T> Service(const char* condition)

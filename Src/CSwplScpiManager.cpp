@@ -16,7 +16,7 @@ namespace ZoVelkor
 namespace
 {
 
-ZO_SOURCE_UNIT("Src/CSwplScpiManager")
+ZO_SOURCE_UNIT("Src/CSwplScpiManager");
 
 /// Fills a slot, which must be empty, from the root.
 template <class T>

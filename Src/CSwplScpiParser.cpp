@@ -11,7 +11,7 @@ namespace
 {
 
 // The helpers of the manager report under its name.
-ZO_SOURCE_UNIT("Src/CSwplScpiManager")
+ZO_SOURCE_UNIT("Src/CSwplScpiManager");
 
 /// Takes an interface of the object, if it has it; the slot must be empty.
 template <class T>

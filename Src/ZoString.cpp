@@ -21,7 +21,7 @@ namespace ZoVelkor
 namespace
 {
 
-ZO_SOURCE_UNIT("Src/ZoString")
+ZO_SOURCE_UNIT("Src/ZoString");
 
 /// A copy of a BSTR with its whole length; null for null.
 wchar_t* CopyOf(const wchar_t* text) noexcept

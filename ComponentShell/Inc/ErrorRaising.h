@@ -56,7 +56,10 @@ ZO_EXPORT std::string FormatErrorReport(const tagErrorReport& report, bool throw
 /// Names the source file for the error reports raised in it; stands once, at namespace scope of a .cpp file.
 /// The name is the file's path below the project's root without extension, a literal.
 #define ZO_SOURCE_UNIT(name)                                                                                 \
-    [[maybe_unused]] constexpr ::ZoVelkor::tagSourceUnit kSourceUnit{name, __DATE__ " " __TIME__};
+    [[maybe_unused]] constexpr ::ZoVelkor::tagSourceUnit kSourceUnit                                         \
+    {                                                                                                        \
+        name, __DATE__ " " __TIME__                                                                          \
+    }
 
 /// A tagErrorReport of the given severity about the line it stands on.
 #define ZO_REPORT(severity, object, condition, message, result)                                              \

@@ -12,7 +12,7 @@ namespace ZoVelkor::Demo
 namespace
 {
 
-ZO_SOURCE_UNIT("DemoInstrument/Analyzer/CAnalyzerProperties")
+ZO_SOURCE_UNIT("DemoInstrument/Analyzer/CAnalyzerProperties");
 
 /// A property of each channel or marker, or one of the whole analyser; exactly one setting is given.
 struct PropertyRow

@@ -10,7 +10,7 @@ namespace ZoVelkor::Demo
 namespace
 {
 
-ZO_SOURCE_UNIT("DemoInstrument/Analyzer/CInstrumentStatus")
+ZO_SOURCE_UNIT("DemoInstrument/Analyzer/CInstrumentStatus");
 
 constexpr RegisterWord Word(SweepPhase phase)
 {

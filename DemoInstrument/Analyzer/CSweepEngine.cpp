@@ -13,7 +13,7 @@ namespace ZoVelkor::Demo
 namespace
 {
 
-ZO_SOURCE_UNIT("DemoInstrument/Analyzer/CSweepEngine")
+ZO_SOURCE_UNIT("DemoInstrument/Analyzer/CSweepEngine");
 
 /// The simulated oscillator needs so long to settle on other frequencies.
 constexpr std::chrono::milliseconds kSettlingTime{5};

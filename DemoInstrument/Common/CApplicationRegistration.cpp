@@ -6,7 +6,7 @@ namespace ZoVelkor::Demo
 {
 namespace
 {
-ZO_SOURCE_UNIT("DemoInstrument/Common/CApplicationRegistration")
+ZO_SOURCE_UNIT("DemoInstrument/Common/CApplicationRegistration");
 }
 
 CApplicationRegistration::CApplicationRegistration(const wchar_t* name,

@@ -12,7 +12,7 @@ namespace ZoVelkor::Demo
 {
 namespace
 {
-ZO_SOURCE_UNIT("DemoInstrument/Common/COperationTimer")
+ZO_SOURCE_UNIT("DemoInstrument/Common/COperationTimer");
 }
 
 COperationTimer::COperationTimer() : m_wakeEvent(CreateEvent(false, false)), m_thread("DemoTimer")

@@ -6,7 +6,7 @@ namespace ZoVelkor::Demo
 {
 namespace
 {
-ZO_SOURCE_UNIT("DemoInstrument/Common/CRootRegistration")
+ZO_SOURCE_UNIT("DemoInstrument/Common/CRootRegistration");
 }
 
 CRootRegistration::CRootRegistration(const IID& iid, IUnknown* pObject) : m_iid(iid)

@@ -21,7 +21,7 @@ namespace ZoVelkor::Demo
 namespace
 {
 
-ZO_SOURCE_UNIT("DemoInstrument/Instrument/CDemoInstrument")
+ZO_SOURCE_UNIT("DemoInstrument/Instrument/CDemoInstrument");
 
 /// What the instrument remembers of its former starts.
 struct Memory

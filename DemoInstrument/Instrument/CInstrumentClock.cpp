@@ -17,7 +17,7 @@ namespace ZoVelkor::Demo
 namespace
 {
 
-ZO_SOURCE_UNIT("DemoInstrument/Instrument/CInstrumentClock")
+ZO_SOURCE_UNIT("DemoInstrument/Instrument/CInstrumentClock");
 
 constexpr const wchar_t* kOffsetName = L"OffsetMs";
 constexpr LONGLONG kMsPerSecond = 1000;

@@ -17,7 +17,7 @@ namespace ZoVelkor::Demo
 namespace
 {
 
-ZO_SOURCE_UNIT("DemoInstrument/Instrument/KeptSettings")
+ZO_SOURCE_UNIT("DemoInstrument/Instrument/KeptSettings");
 
 struct FormatName
 {

@@ -20,7 +20,7 @@ namespace ZoVelkor
 namespace
 {
 
-ZO_SOURCE_UNIT("Interfaces/_Src/CBScalarPropertyAccess")
+ZO_SOURCE_UNIT("Interfaces/_Src/CBScalarPropertyAccess");
 
 constexpr long kUnknownDispId = -1;
 

@@ -28,7 +28,7 @@ struct CBScpiChannel::tagParameterName
 namespace
 {
 
-ZO_SOURCE_UNIT("Interfaces/_Src/CBScpiChannel")
+ZO_SOURCE_UNIT("Interfaces/_Src/CBScpiChannel");
 
 constexpr char kMissingInterface[] = "Missing interface";
 

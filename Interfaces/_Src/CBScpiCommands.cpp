@@ -23,7 +23,7 @@ namespace ZoVelkor
 namespace
 {
 
-ZO_SOURCE_UNIT("Interfaces/_Src/CBScpiCommands")
+ZO_SOURCE_UNIT("Interfaces/_Src/CBScpiCommands");
 
 /// A text parameter as error reports name it.
 struct TextParameter

@@ -28,7 +28,7 @@ namespace ZoVelkor
 namespace
 {
 
-ZO_SOURCE_UNIT("Interfaces/_Src/CBScpiController")
+ZO_SOURCE_UNIT("Interfaces/_Src/CBScpiController");
 
 constexpr wchar_t kNoError[] = L"No error";
 constexpr wchar_t kMissingName[] = L"Missing filename.";

@@ -6,7 +6,7 @@
 namespace ZoVelkor
 {
 
-ZO_SOURCE_UNIT("Interfaces/_Src/CBScpiMultichannelParser")
+ZO_SOURCE_UNIT("Interfaces/_Src/CBScpiMultichannelParser");
 
 HRESULT CBScpiMultichannelParser::CreateClone(IUnknown** ppParserEngine)
 {

@@ -9,7 +9,7 @@
 namespace ZoVelkor
 {
 
-ZO_SOURCE_UNIT("Interfaces/_Src/CBScpiParser")
+ZO_SOURCE_UNIT("Interfaces/_Src/CBScpiParser");
 
 CBScpiParser::CBScpiParser(IZOScpiDeviceHandler* deviceHandler) : m_deviceHandler(deviceHandler)
 {}

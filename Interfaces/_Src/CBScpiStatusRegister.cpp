@@ -14,7 +14,7 @@ namespace ZoVelkor
 namespace
 {
 
-ZO_SOURCE_UNIT("Interfaces/_Src/CBScpiStatusRegister")
+ZO_SOURCE_UNIT("Interfaces/_Src/CBScpiStatusRegister");
 
 constexpr char kRuntimeError[] = "Status register runtime error";
 

@@ -8,7 +8,7 @@ namespace ZoVelkor
 namespace
 {
 
-ZO_SOURCE_UNIT("Interfaces/_Src/CBTimeDateControl")
+ZO_SOURCE_UNIT("Interfaces/_Src/CBTimeDateControl");
 
 HRESULT ReportFailedReading(const CObjectDataReference& object, HRESULT result)
 {

@@ -14,7 +14,7 @@ namespace ZoVelkor
 {
 
 // The only pool there is: whoever reads error reports looks for the name of the base.
-ZO_SOURCE_UNIT("Remote/Src/CScpiFunctionExecutionDataPool")
+ZO_SOURCE_UNIT("Remote/Src/CScpiFunctionExecutionDataPool");
 
 using namespace ScpiExecution;
 

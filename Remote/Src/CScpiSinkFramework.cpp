@@ -7,7 +7,7 @@
 namespace ZoVelkor
 {
 
-ZO_SOURCE_UNIT("Remote/Src/CScpiSinkFramework")
+ZO_SOURCE_UNIT("Remote/Src/CScpiSinkFramework");
 
 namespace
 {

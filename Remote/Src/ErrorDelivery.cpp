@@ -8,7 +8,7 @@ namespace ZoVelkor
 {
 
 // A part of the sink framework as far as error reports go: whoever reads them looks for this name.
-ZO_SOURCE_UNIT("Remote/Src/CScpiSinkFramework")
+ZO_SOURCE_UNIT("Remote/Src/CScpiSinkFramework");
 
 HRESULT ScpiExecution::DeliverError(const ErrorDelivery& delivery)
 {

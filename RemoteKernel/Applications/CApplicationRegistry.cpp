@@ -13,7 +13,7 @@
 namespace ZoVelkor::RemoteKernel
 {
 
-ZO_SOURCE_UNIT("RemoteKernel/Applications/CApplicationRegistry")
+ZO_SOURCE_UNIT("RemoteKernel/Applications/CApplicationRegistry");
 
 namespace
 {

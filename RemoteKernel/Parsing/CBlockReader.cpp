@@ -15,7 +15,7 @@ namespace ZoVelkor::RemoteKernel
 
 namespace
 {
-ZO_SOURCE_UNIT("RemoteKernel/Parsing/CBlockReader")
+ZO_SOURCE_UNIT("RemoteKernel/Parsing/CBlockReader");
 
 /// Largest block that is collected for a handler that wants it in one piece.
 constexpr std::size_t kLargestLent = std::size_t{1} << 29;

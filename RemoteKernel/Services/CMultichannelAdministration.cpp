@@ -8,7 +8,7 @@
 namespace ZoVelkor::RemoteKernel
 {
 
-ZO_SOURCE_UNIT("RemoteKernel/Services/CMultichannelAdministration")
+ZO_SOURCE_UNIT("RemoteKernel/Services/CMultichannelAdministration");
 
 namespace
 {

@@ -63,11 +63,11 @@ protected:
 class CPassenger : public IPassenger
 {
 public:
-    CPassenger() { ++s_iInstances; }
-    static inline int s_iInstances = 0;
+    CPassenger() { ++s_instances; }
+    static inline int s_instances = 0;
 
 protected:
-    ~CPassenger() { --s_iInstances; }
+    ~CPassenger() { --s_instances; }
 };
 
 constexpr IID kAbsentId{6, 6, 6, {6}};
@@ -83,14 +83,14 @@ CStreamQIPtr<IPassenger, kIid> StreamWithPassenger(HRESULT expected = S_OK)
 TEST(StreamQIPtr, CarriesAnInterfaceToAnotherThreadOnce)
 {
     auto stream = StreamWithPassenger();
-    EXPECT_EQ(CPassenger::s_iInstances, 1) << "the stream keeps the object";
+    EXPECT_EQ(CPassenger::s_instances, 1) << "the stream keeps the object";
     std::jthread([&stream] {
         CComPtr<IPassenger> passenger;
         EXPECT_EQ(stream.Unmarshal(&passenger), S_OK);
         EXPECT_NE(passenger, nullptr);
         EXPECT_EQ(stream.Unmarshal(&passenger), S_FALSE);
     }).join();
-    EXPECT_EQ(CPassenger::s_iInstances, 0);
+    EXPECT_EQ(CPassenger::s_instances, 0);
 }
 
 TEST(StreamQIPtr, ReleasesAContentThatWasNeverFetched)
@@ -98,11 +98,11 @@ TEST(StreamQIPtr, ReleasesAContentThatWasNeverFetched)
     auto stream = StreamWithPassenger();
     auto other = StreamWithPassenger();
     other = std::move(stream);
-    EXPECT_EQ(CPassenger::s_iInstances, 1);
+    EXPECT_EQ(CPassenger::s_instances, 1);
     {
         const auto last = std::move(other);
     }
-    EXPECT_EQ(CPassenger::s_iInstances, 0);
+    EXPECT_EQ(CPassenger::s_instances, 0);
 }
 
 TEST(StreamQIPtr, FailsForNullAndForAnObjectWithoutTheInterface)

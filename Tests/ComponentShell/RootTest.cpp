@@ -23,13 +23,13 @@ protected:
 
 constexpr IID kServiceId = ITestService::kInterfaceId;
 constexpr IID kOtherId{9, 2, 3, {4}};
-std::atomic<int> g_iInstances{0};
+std::atomic<int> g_instances{0};
 
 /// Waits in its destructor for another thread's look-up, which never ends under the registry's lock.
 class CTestService : public ITestService
 {
 public:
-    explicit CTestService(int value) : m_value(value) { ++g_iInstances; }
+    explicit CTestService(int value) : m_value(value) { ++g_instances; }
     int Value() override { return m_value; }
 
 protected:
@@ -37,7 +37,7 @@ protected:
     {
         void* pOther = nullptr;
         std::jthread([&pOther] { EXPECT_EQ(ZoGetRegisteredInterface(&kOtherId, &pOther), E_NOINTERFACE); });
-        --g_iInstances;
+        --g_instances;
     }
 
 private:
@@ -51,7 +51,7 @@ protected:
     void TearDown() override
     {
         m_root->UnregisterInterface(kServiceId);
-        EXPECT_EQ(g_iInstances, 0);
+        EXPECT_EQ(g_instances, 0);
     }
 
     HRESULT Register(int value, const IID& iid = kServiceId)
@@ -72,10 +72,10 @@ protected:
 TEST_F(RootTest, RegistryHoldsTheObjectUntilItIsUnregistered)
 {
     EXPECT_EQ(Register(1), S_OK);
-    EXPECT_EQ(g_iInstances, 1);
+    EXPECT_EQ(g_instances, 1);
     EXPECT_EQ(RegisteredValue(), 1);
     EXPECT_EQ(m_root->UnregisterInterface(kServiceId), S_OK);
-    EXPECT_EQ(g_iInstances, 0);
+    EXPECT_EQ(g_instances, 0);
     EXPECT_EQ(m_root->UnregisterInterface(kServiceId), S_FALSE);
 }
 
@@ -89,7 +89,7 @@ TEST_F(RootTest, LaterRegistrationReplacesTheEarlierWhichItsFindersKeep)
     EXPECT_EQ(first->Value(), 1);
     first.Release();
     EXPECT_EQ(Register(3), S_FALSE);
-    EXPECT_EQ(g_iInstances, 1);
+    EXPECT_EQ(g_instances, 1);
 }
 
 TEST_F(RootTest, MissingServiceGivesNoInterfaceNullAndNoReport)

@@ -19,13 +19,13 @@ namespace ZoVelkor
 {
 namespace
 {
-std::atomic<int> g_iWorks{0};
+std::atomic<int> g_works{0};
 
 class CWork : public CThreadRunObject
 {
 public:
-    explicit CWork(std::function<void()> body = [] {}) : m_body(std::move(body)) { ++g_iWorks; }
-    ~CWork() override { --g_iWorks; }
+    explicit CWork(std::function<void()> body = [] {}) : m_body(std::move(body)) { ++g_works; }
+    ~CWork() override { --g_works; }
     void Run() override { m_body(); }
     void Abort() override {}
 
@@ -56,7 +56,7 @@ void RunToEnd(CThread& thread, std::function<void()> body)
 {
     ASSERT_EQ(thread.Start(std::make_unique<CWork>(std::move(body))), S_OK);
     ASSERT_EQ(thread.WaitUntilIdle(INFINITE), S_OK);
-    EXPECT_EQ(g_iWorks, 0) << "the thread deletes what it owns";
+    EXPECT_EQ(g_works, 0) << "the thread deletes what it owns";
 }
 
 TEST(Thread, RefusesWorkWhenBusyOrJoinedOrNull)
@@ -72,7 +72,7 @@ TEST(Thread, RefusesWorkWhenBusyOrJoinedOrNull)
     EXPECT_EQ(thread.Abort(), S_OK);
     EXPECT_EQ(thread.Join(), S_OK);
     EXPECT_EQ(thread.Start(std::make_unique<CWork>()), E_ABORT);
-    EXPECT_EQ(g_iWorks, 1) << "refused work that the thread would own is deleted";
+    EXPECT_EQ(g_works, 1) << "refused work that the thread would own is deleted";
 }
 
 TEST(Thread, AbortMeetsSelfDeletingWorkSafely)
@@ -83,7 +83,7 @@ TEST(Thread, AbortMeetsSelfDeletingWorkSafely)
         ASSERT_EQ(thread.Start(new CSelfDeletingWork), S_OK);
         thread.Abort();
         ASSERT_EQ(thread.WaitUntilIdle(INFINITE), S_OK);
-        ASSERT_EQ(g_iWorks, 0);
+        ASSERT_EQ(g_works, 0);
     }
 }
 

@@ -14,12 +14,12 @@
 #include <thread>
 
 static std::atomic<long long> g_now{0};
-static std::atomic<bool> g_bCounterFails{false};
+static std::atomic<bool> g_counterFails{false};
 /// Takes the place of the platform's counter in the whole program: a clock moved by hand.
 BOOL QueryPerformanceCounter(LARGE_INTEGER* counter) noexcept
 {
     counter->QuadPart = g_now;
-    return !g_bCounterFails;
+    return !g_counterFails;
 }
 
 namespace
@@ -38,7 +38,7 @@ struct PerformanceDiagnose : testing::Test
     {
         ApplyDiagnoseFlags(m_control, "", "test");
         g_now = 0;
-        g_bCounterFails = false;
+        g_counterFails = false;
     }
 
     tagRemoteDiagnoseControl& m_control = *get_RemoteDiagnoseControl();
@@ -137,7 +137,7 @@ TEST_F(PerformanceDiagnose, ExecutionTimeIsInMilliseconds)
     run.NextSection();
     EXPECT_EQ(run.get_RunStart() + run.get_SectionStart(), 0);
     EXPECT_EQ(run.get_SectionEnd(), g_now);
-    g_bCounterFails = true;
+    g_counterFails = true;
     EXPECT_EQ(time.GetExecutionTime(), 0.0);
     EXPECT_EQ(CPerformanceDiagnose::GetPerfCounter(), 0);
 }

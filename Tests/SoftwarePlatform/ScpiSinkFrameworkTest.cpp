@@ -11,7 +11,7 @@ namespace ZoVelkor
 namespace
 {
 
-ZO_SOURCE_UNIT("Tests/SoftwarePlatform/ScpiSinkFrameworkTest")
+ZO_SOURCE_UNIT("Tests/SoftwarePlatform/ScpiSinkFrameworkTest");
 
 /// Runs a test on both handler styles.
 template <class TData>

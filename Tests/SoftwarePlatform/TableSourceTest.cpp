@@ -37,7 +37,7 @@ std::string SourceOf(std::span<_CMD_SET_RECORD> records)
 }
 
 /// The entries of a map as text.
-std::string Text(std::map<std::string, long> const& map)
+std::string Text(const std::map<std::string, long>& map)
 {
     std::string text;
     for (const auto& [name, value] : map)

@@ -13,7 +13,7 @@ struct CClockRecorder
     /// @param refusal  errno number with which every setting is refused; 0 accepts them
     explicit CClockRecorder(int refusal = 0) : m_former(SetSystemClockPrimitive(&Record))
     {
-        s_iRefusal = refusal;
+        s_refusal = refusal;
     }
     CClockRecorder(const CClockRecorder&) = delete;
     CClockRecorder& operator=(const CClockRecorder&) = delete;
@@ -26,9 +26,9 @@ private:
     static int Record(LONGLONG seconds, int milliseconds) noexcept
     {
         s_last = Setting(seconds, milliseconds);
-        return s_iRefusal;
+        return s_refusal;
     }
-    static inline int s_iRefusal = 0;
+    static inline int s_refusal = 0;
     static inline std::optional<Setting> s_last;
     const SystemClockPrimitive m_former;
 };

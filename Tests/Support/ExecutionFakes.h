@@ -206,7 +206,7 @@ void OnBothStyles(const Command& command, const TTest& test)
 }
 
 /// One line for each report: condition, message, and whether it was thrown.
-inline std::string Lines(std::vector<CErrorRecorder::Entry> const& entries)
+inline std::string Lines(const std::vector<CErrorRecorder::Entry>& entries)
 {
     std::string lines;
     for (const auto& [report, thrown] : entries)
