@@ -15,7 +15,7 @@ void ApplyDiagnosis(const CInstrumentRegistry& registry);
 
 /// Gives new sessions the data format that the registry has; one that is none is reported and left out.
 ///
-/// @param kernel  started
+/// The remote kernel has been started: its format subsystem is found at the root.
 void ApplyDataFormat(const CInstrumentRegistry& registry);
 
 } // namespace ZoVelkor::Demo
