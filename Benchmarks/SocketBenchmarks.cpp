@@ -1,9 +1,10 @@
 // Blocks over a loopback socket, against a bare socket copy of the same size in the same run.
 //
-//   bare      one thread sends 16 MiB, another receives them into one buffer; a byte comes back as
-//   acknowledgement upload    TRACe:DATA <block of 16 MiB>;*OPC? through server, session and parser up to the
-//   handler download  MMEMory-like answer: a query whose handler writes a block of 16 MiB roundtrip a query
-//   of a few bytes, against a bare exchange of as many bytes
+//   bare       one thread sends 16 MiB, another receives them into one buffer; a byte comes back as
+//              acknowledgement
+//   upload     TRACe:DATA <block of 16 MiB>;*OPC? through server, session and parser up to the handler
+//   download   MMEMory-like answer: a query whose handler writes a block of 16 MiB
+//   roundtrip  a query of a few bytes, against a bare exchange of as many bytes
 
 #include "CBenchmarkApplication.h"
 #include "CComObject.h"

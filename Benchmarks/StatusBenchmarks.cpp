@@ -1,9 +1,8 @@
 // Status registers beside the lock that they cannot do without, and register expressions.
 //
 //   chain       one bit of the leaf travels through three registers to the root; every call changes
-//   condition,
-//               events and summary of all three. A batch of prepared chains is set in the timed part and made
-//               ready again outside it
+//               condition, events and summary of all three. A batch of prepared chains is set in the timed
+//               part and made ready again outside it
 //   rounds      set and take back one bit of the leaf and read the events of all three, by 1 thread and by 8
 //               threads with a bit each, on one chain and on a chain each
 //   lock        a recursive lock entered and left: a chain needs at least three

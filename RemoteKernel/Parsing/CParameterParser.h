@@ -44,8 +44,7 @@ public:
     /// An execution error is kept while the rest is read; a command error comes at once.
     /// @param optional  the query of a command with both forms: parameters only ask for limits and the like
     /// @param stream  the block whose header is the last thing before the cursor's end; null when there is
-    /// none.
-    ///                 It has to be the command's last parameter, else the fault is kNeedsWholeBlock
+    ///                none. It has to be the command's last parameter, else the fault is kNeedsWholeBlock
     ParameterFault Parse(const CCommandIndex& index,
                          const CommandEntry& entry,
                          bool optional,
