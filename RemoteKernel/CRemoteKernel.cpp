@@ -26,13 +26,13 @@ KernelParts MakeParts(InstrumentIdentity identity)
 {
     KernelParts parts;
     parts.registry = CApplicationRegistryObject::Create(std::move(identity), BuiltInTable());
-    parts.errors = CErrorObject::Create();
     parts.status = CStatusObject::Create();
     parts.operations = COperationsObject::Create();
     parts.format = CDefaultFormatObject::Create();
     parts.newTrace = CMessageTraceObject::Create();
     parts.sessions = std::make_shared<CSessionList>();
     parts.paths = std::make_shared<CPathTable>();
+    parts.errors = CErrorObject::Create(CServedPaths(parts.paths));
     parts.gate = std::make_shared<CParserGate>();
     parts.events = std::make_shared<CEventDistributor>(parts.registry);
     parts.operations->SetObserver(parts.status);
@@ -91,7 +91,6 @@ void CRemoteKernel::CImplementation::MakeService(TArguments&&... arguments)
 
 void CRemoteKernel::CImplementation::MakeServices()
 {
-    constexpr long kAllPaths = ApplicationParts::kAllPaths;
     AddService<IZOScpiObjectRegistration>(m_parts.registry);
     AddService<IZOScpiErrorManagement>(m_parts.errors);
     AddService<IZOScpiPendingOperations>(m_parts.operations);
@@ -100,8 +99,8 @@ void CRemoteKernel::CImplementation::MakeServices()
     AddService<IZOScpiTraceManagement>(m_parts.newTrace);
     AddService<IZOScpiMultichannelAdministration>(m_administration);
     MakeService<CParserManagement, IZOScpiParserManagement>(m_parts, kAllPaths);
-    MakeService<CRemoteControl, IZOScpiRemoteControl>(m_parts, nullptr);
-    MakeService<CChannelManagement, IZOScpiChannelManagement>(m_parts, nullptr);
+    MakeService<CRemoteControl, IZOScpiRemoteControl>(CServedPaths(m_parts.paths), m_parts.events);
+    MakeService<CChannelManagement, IZOScpiChannelManagement>(CServedPaths(m_parts.paths));
     MakeService<CDeviceManagement, IZOScpiDeviceManagement>(m_parts, kAllPaths);
     MakeService<CParserLanguage, IZOScpiParserLanguage>(m_parts);
     MakeService<CScpiTree, IZOScpiTree>(m_parts);

@@ -56,10 +56,9 @@ CApplication::CApplication(ApplicationParts parts)
       m_parts(std::move(parts))
 {
     m_parts.tree = {};
-    const HRESULT result =
-        CallDeviceHandler(ApplicationParts::kAllPaths, [this](IZOScpiDeviceHandler& handler) {
-            return handler.GetFirmwareLevel(&m_firmwareLevel);
-        });
+    const HRESULT result = CallDeviceHandler(kAllPaths, [this](IZOScpiDeviceHandler& handler) {
+        return handler.GetFirmwareLevel(&m_firmwareLevel);
+    });
     if (result != S_OK)
     {
         m_firmwareLevel.Empty();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AllPaths.h"
 #include "CComBSTR.h"
 #include "CComPtr.h"
 #include "GuardedEntry.h"
@@ -44,8 +45,6 @@ struct ApplicationParts
     CComPtr<IZOScpiMultichannelParser> engines; ///< gives each path an engine that runs its commands
     long remotePath = kAllPaths;                ///< whose device events it hears
     bool activated = false;                     ///< runs a header that others define as well
-
-    static constexpr long kAllPaths = -1;
 };
 
 /// What an application has not heard yet when one of its commands comes.
@@ -124,7 +123,7 @@ private:
 
     bool Hears(long remotePath) const noexcept
     {
-        return m_parts.remotePath == ApplicationParts::kAllPaths || m_parts.remotePath == remotePath;
+        return m_parts.remotePath == kAllPaths || m_parts.remotePath == remotePath;
     }
     /// @return borrowed, while the lock is held; null when the path's engine cannot be made
     IZOScpiExecutionSink* SinkLocked(long remotePath);

@@ -55,7 +55,7 @@ public:
     ///
     /// @return as UnregisterObject
     HRESULT
-    Unregister(ApplicationKind kind, IUnknown* pObject, long remotePath = ApplicationParts::kAllPaths);
+    Unregister(ApplicationKind kind, IUnknown* pObject, long remotePath = kAllPaths);
 
     /// @return the application of this identifier; null when there is none
     std::shared_ptr<CApplication> FindApplication(const GUID& id) const;

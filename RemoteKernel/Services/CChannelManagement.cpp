@@ -14,8 +14,7 @@ HRESULT CChannelManagement::get_ChannelCount(long* count)
         {
             return E_POINTER;
         }
-        const auto paths =
-            m_path == nullptr ? m_paths->All() : std::vector<std::shared_ptr<CRemotePath>>{m_path};
+        const auto paths = m_paths.List();
         *count = std::count_if(
             paths.begin(), paths.end(), [](const auto& path) { return path->Channel() != nullptr; });
         return S_OK;
@@ -29,12 +28,11 @@ HRESULT CChannelManagement::GetChannel(long remotePath, IZOScpiChannel** channel
         return E_POINTER;
     }
     *channel = nullptr;
-    const bool foreign = m_path != nullptr && (!m_path->IsOpen() || m_path->Number() != remotePath);
-    if (foreign || !CPathTable::IsNumber(remotePath))
+    if (!m_paths.Include(remotePath))
     {
         return E_INVALIDARG;
     }
-    const std::shared_ptr<CRemotePath> path = m_paths->Find(remotePath);
+    const std::shared_ptr<CRemotePath> path = m_paths.Find(remotePath);
     CComPtr<IZOScpiChannel> found = path == nullptr ? nullptr : path->Channel();
     *channel = found.Detach();
     return *channel == nullptr ? S_FALSE : S_OK;

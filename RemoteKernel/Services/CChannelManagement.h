@@ -1,7 +1,9 @@
 #pragma once
 
 #include "IZOScpiChannelManagement.h"
-#include "Sessions/KernelParts.h"
+#include "Sessions/CServedPaths.h"
+
+#include <utility>
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -10,19 +12,14 @@ namespace ZoVelkor::RemoteKernel
 class CChannelManagement : public IZOScpiChannelManagement
 {
 public:
-    /// @param path  null: all
-    CChannelManagement(const KernelParts& parts, std::shared_ptr<CRemotePath> path)
-        : m_paths(parts.paths),
-          m_path(std::move(path))
-    {}
+    explicit CChannelManagement(CServedPaths paths) noexcept : m_paths(std::move(paths)) {}
     virtual ~CChannelManagement() = default;
 
     HRESULT get_ChannelCount(long* count) override;
     HRESULT GetChannel(long remotePath, IZOScpiChannel** channel) override;
 
 private:
-    const std::shared_ptr<CPathTable> m_paths;
-    const std::shared_ptr<CRemotePath> m_path;
+    const CServedPaths m_paths;
 };
 
 } // namespace ZoVelkor::RemoteKernel

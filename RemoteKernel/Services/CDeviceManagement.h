@@ -10,7 +10,7 @@ namespace ZoVelkor::RemoteKernel
 class CDeviceManagement : public IZOScpiDeviceManagement
 {
 public:
-    /// @param remotePath  ApplicationParts::kAllPaths: all
+    /// @param remotePath  or kAllPaths
     CDeviceManagement(const KernelParts& parts, long remotePath)
         : m_registry(parts.registry),
           m_events(parts.events),

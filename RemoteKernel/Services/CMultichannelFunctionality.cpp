@@ -5,7 +5,6 @@
 #include "CParserLanguage.h"
 #include "CParserManagement.h"
 #include "GuardedEntry.h"
-#include "Sessions/CPathErrorManagement.h"
 #include "Sessions/CPathStatusManagement.h"
 #include "Sessions/CRemoteControl.h"
 
@@ -69,15 +68,15 @@ HRESULT CMultichannelFunctionality::GetScpiParserManagement(long remotePath,
 HRESULT CMultichannelFunctionality::GetScpiErrorManagement(long remotePath, IZOScpiErrorManagement** service)
 {
     return GiveOfPath(m_parts, remotePath, service, [&](auto path) {
-        return CComObject<CPathErrorManagement, IZOScpiErrorManagement>::Create(std::move(path),
-                                                                                m_parts.errors);
+        return CErrorObject::Create(CServedPaths(m_parts.paths, std::move(path)));
     });
 }
 
 HRESULT CMultichannelFunctionality::GetScpiRemoteManagement(long remotePath, IZOScpiRemoteControl** service)
 {
     return GiveOfPath(m_parts, remotePath, service, [&](auto path) {
-        return CComObject<CRemoteControl, IZOScpiRemoteControl>::Create(m_parts, std::move(path));
+        return CComObject<CRemoteControl, IZOScpiRemoteControl>::Create(
+            CServedPaths(m_parts.paths, std::move(path)), m_parts.events);
     });
 }
 
@@ -85,7 +84,8 @@ HRESULT CMultichannelFunctionality::GetScpiChannelManagement(long remotePath,
                                                              IZOScpiChannelManagement** service)
 {
     return GiveOfPath(m_parts, remotePath, service, [&](auto path) {
-        return CComObject<CChannelManagement, IZOScpiChannelManagement>::Create(m_parts, std::move(path));
+        return CComObject<CChannelManagement, IZOScpiChannelManagement>::Create(
+            CServedPaths(m_parts.paths, std::move(path)));
     });
 }
 

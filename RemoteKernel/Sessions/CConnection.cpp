@@ -179,42 +179,23 @@ HRESULT CConnection::SignalDeviceClear()
 
 HRESULT CConnection::SignalGotoLocal()
 {
-    return GuardedEntry([this]() -> HRESULT {
-        if (m_path->State().GotoLocal() != StateChange::Changed)
-        {
-            return S_FALSE;
-        }
-        m_parts.events->Tell(
-            RemotePath(), &IZOScpiDeviceHandler::GotoLocal, &IZOScpiMultichannelEventObserver::GotoLocal);
-        m_path->PublishStatus();
-        return S_OK;
-    });
+    return Change(PathChange::GotoLocal);
 }
 
 HRESULT CConnection::SignalGotoRemote()
 {
-    return GuardedEntry([this]() -> HRESULT {
-        if (m_path->State().GotoRemote() != StateChange::Changed)
-        {
-            return S_FALSE;
-        }
-        m_parts.events->Tell(
-            RemotePath(), &IZOScpiDeviceHandler::GotoRemote, &IZOScpiMultichannelEventObserver::GotoRemote);
-        m_path->PublishStatus();
-        return S_OK;
-    });
+    return Change(PathChange::GotoRemote);
 }
 
 HRESULT CConnection::SignalLocalLockout(short on)
 {
+    return Change(on != 0 ? PathChange::Lockout : PathChange::EndLockout);
+}
+
+HRESULT CConnection::Change(PathChange change)
+{
     return GuardedEntry([&]() -> HRESULT {
-        if (m_path->State().SetLockout(on != 0) != StateChange::Changed)
-        {
-            return S_FALSE;
-        }
-        m_parts.events->TellLockout(RemotePath(), on != 0);
-        m_path->PublishStatus();
-        return S_OK;
+        return ChangePath(*m_path, *m_parts.events, change) == StateChange::Changed ? S_OK : S_FALSE;
     });
 }
 
@@ -314,7 +295,8 @@ void CConnection::Serve(CSession& session)
             RunTrigger(session, triggers);
         }
         if (triggers == TriggersRequested() &&
-            !WaitForWork(session, session.HoldsMemory() ? kQuietMs : kNoLimit))
+            Wait(session.BreakDescriptor(), session.HoldsMemory() ? kQuietMs : kNoLimit) ==
+                Wakening::TimedOut)
         {
             session.ReleaseMemory();
         }
@@ -385,19 +367,22 @@ bool CConnection::Send(std::string_view response)
     return SUCCEEDED(result) || result == E_ABORT;
 }
 
-bool CConnection::WaitForWork(CSession& session, int timeoutMs) noexcept
+CConnection::Wakening CConnection::Wait(int breakDescriptor, int timeoutMs) noexcept
 {
     pollfd descriptors[] = {
         {GetEventDescriptor(m_wake.Get()), POLLIN, 0},
-        {session.BreakDescriptor(), POLLIN, 0},
+        {breakDescriptor, POLLIN, 0},
         {m_descriptor, POLLIN, 0}, // a negative one is passed over
     };
-    const bool something = poll(descriptors, std::size(descriptors), timeoutMs) != 0;
+    if (poll(descriptors, std::size(descriptors), timeoutMs) == 0)
+    {
+        return Wakening::TimedOut;
+    }
     if (descriptors[0].revents != 0)
     {
         WaitForSingleObject(m_wake.Get(), 0); // takes the event
     }
-    return something;
+    return descriptors[1].revents != 0 ? Wakening::Broken : Wakening::Work;
 }
 
 Received CConnection::Receive(std::span<char> space, int timeoutMs, int cancelDescriptor) noexcept
@@ -419,22 +404,14 @@ Received CConnection::Receive(std::span<char> space, int timeoutMs, int cancelDe
             m_session->RefuseTrigger();
             CloseTriggers(S_FALSE, false);
         }
-        pollfd descriptors[] = {
-            {GetEventDescriptor(m_wake.Get()), POLLIN, 0},
-            {cancelDescriptor, POLLIN, 0},
-            {m_descriptor, POLLIN, 0},
-        };
-        if (poll(descriptors, std::size(descriptors), timeoutMs) == 0)
+        switch (Wait(cancelDescriptor, timeoutMs))
         {
+        case Wakening::TimedOut:
             return {ReceiveStatus::TimedOut, 0};
-        }
-        if (descriptors[1].revents != 0)
-        {
+        case Wakening::Broken:
             return {};
-        }
-        if (descriptors[0].revents != 0)
-        {
-            WaitForSingleObject(m_wake.Get(), 0);
+        case Wakening::Work:
+            break;
         }
     }
 }

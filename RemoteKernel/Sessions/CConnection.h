@@ -6,6 +6,7 @@
 #include "IZOScpiWaitableChannel.h"
 #include "KernelParts.h"
 #include "Parsing/IByteSource.h"
+#include "PathChange.h"
 
 #include <condition_variable>
 #include <cstdint>
@@ -57,6 +58,14 @@ private:
         bool over = false;        // the thread takes no further ones
     };
 
+    enum class Wakening
+    {
+        Work,
+        Broken,
+        TimedOut
+    };
+
+    HRESULT Change(PathChange change);
     void Run(CSession& session);
     void Serve(CSession& session);
     /// Runs what has arrived.
@@ -69,10 +78,8 @@ private:
     void CloseTriggers(HRESULT result, bool over);
     std::uint64_t TriggersRequested();
     std::uint64_t TriggersDone();
-    /// Waits until there may be something to do.
-    ///
-    /// @return false on time-out
-    bool WaitForWork(CSession& session, int timeoutMs) noexcept;
+    /// Waits until there may be something to do, or a descriptor says that the session is broken off.
+    Wakening Wait(int breakDescriptor, int timeoutMs) noexcept;
     Received Receive(std::span<char> space, int timeoutMs, int cancelDescriptor) noexcept override;
     HRESULT ReadInto(std::span<char> space, std::size_t& received) noexcept;
     void TakeDown();

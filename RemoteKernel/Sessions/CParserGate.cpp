@@ -1,5 +1,7 @@
 #include "CParserGate.h"
 
+#include "Applications/AllPaths.h"
+
 namespace ZoVelkor::RemoteKernel
 {
 

@@ -14,9 +14,7 @@ namespace ZoVelkor::RemoteKernel
 class CParserGate
 {
 public:
-    /// Stands for the whole instrument.
-    static constexpr long kAllPaths = -1;
-
+    /// @param remotePath  or kAllPaths, which holds back every path's messages
     /// @return false when that was so already
     bool Start(long remotePath);
     bool Stop(long remotePath);

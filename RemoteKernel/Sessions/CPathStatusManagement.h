@@ -23,7 +23,7 @@ public:
     HRESULT
     GetRegister(long remotePath, const wchar_t* name, IZOScpiStatusRegister** statusRegister) override
     {
-        if (remotePath == kScpiInstrumentPath || IsOwn(remotePath))
+        if (remotePath == kScpiInstrumentPath || m_path->IsOpenAs(remotePath))
         {
             return m_all->GetRegister(remotePath, name, statusRegister);
         }
@@ -35,12 +35,10 @@ public:
     }
     HRESULT SerialPoll(long remotePath, unsigned char* stb) override
     {
-        return IsOwn(remotePath) ? m_all->SerialPoll(remotePath, stb) : E_INVALIDARG;
+        return m_path->IsOpenAs(remotePath) ? m_all->SerialPoll(remotePath, stb) : E_INVALIDARG;
     }
 
 private:
-    bool IsOwn(long remotePath) const noexcept { return m_path->IsOpen() && m_path->Number() == remotePath; }
-
     const std::shared_ptr<CRemotePath> m_path;
     const CComPtr<IZOScpiStatusManagement> m_all;
 };

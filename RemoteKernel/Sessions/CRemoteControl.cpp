@@ -8,29 +8,19 @@
 namespace ZoVelkor::RemoteKernel
 {
 
-std::vector<std::shared_ptr<CRemotePath>> CRemoteControl::Paths() const
-{
-    if (m_path == nullptr)
-    {
-        return m_paths->All();
-    }
-    return {m_path};
-}
-
-HRESULT CRemoteControl::ChangeEach(const FChange& change)
+HRESULT CRemoteControl::ChangeEach(PathChange change)
 {
     return GuardedEntry([&]() -> HRESULT {
-        if (m_path != nullptr && !m_path->IsOpen())
+        if (m_paths.HaveEnded())
         {
             return E_INVALIDARG;
         }
         HRESULT result = S_FALSE;
-        for (const auto& path : Paths())
+        for (const auto& path : m_paths.List())
         {
-            const StateChange changed = change(*path);
+            const StateChange changed = ChangePath(*path, *m_events, change);
             if (changed == StateChange::Changed)
             {
-                path->PublishStatus();
                 result = SUCCEEDED(result) ? S_OK : result;
             }
             else if (changed == StateChange::LockedOut)
@@ -44,43 +34,17 @@ HRESULT CRemoteControl::ChangeEach(const FChange& change)
 
 HRESULT CRemoteControl::GotoLocal()
 {
-    return ChangeEach([this](CRemotePath& path) {
-        const StateChange changed = path.State().ReturnToLocal();
-        if (changed == StateChange::Changed)
-        {
-            m_events->Tell(path.Number(),
-                           &IZOScpiDeviceHandler::GotoLocal,
-                           &IZOScpiMultichannelEventObserver::GotoLocal);
-            path.TellReturnToLocal();
-        }
-        return changed;
-    });
+    return ChangeEach(PathChange::ReturnToLocal);
 }
 
 HRESULT CRemoteControl::GotoRemote()
 {
-    return ChangeEach([this](CRemotePath& path) {
-        const StateChange changed = path.State().GotoRemote();
-        if (changed == StateChange::Changed)
-        {
-            m_events->Tell(path.Number(),
-                           &IZOScpiDeviceHandler::GotoRemote,
-                           &IZOScpiMultichannelEventObserver::GotoRemote);
-        }
-        return changed;
-    });
+    return ChangeEach(PathChange::GotoRemote);
 }
 
 HRESULT CRemoteControl::LocalLockout(short on)
 {
-    return ChangeEach([this, on](CRemotePath& path) {
-        const StateChange changed = path.State().SetLockout(on != 0);
-        if (changed == StateChange::Changed)
-        {
-            m_events->TellLockout(path.Number(), on != 0);
-        }
-        return changed;
-    });
+    return ChangeEach(on != 0 ? PathChange::Lockout : PathChange::EndLockout);
 }
 
 HRESULT CRemoteControl::IsAny(short* state, bool (CRemoteLocalState::*is)() const noexcept)
@@ -90,11 +54,11 @@ HRESULT CRemoteControl::IsAny(short* state, bool (CRemoteLocalState::*is)() cons
         {
             return E_POINTER;
         }
-        const auto paths = Paths();
+        const auto paths = m_paths.List();
         const bool any =
             std::any_of(paths.begin(), paths.end(), [is](const auto& path) { return (path->State().*is)(); });
         *state = ToVariantBool(any);
-        return m_path != nullptr && !m_path->IsOpen() ? E_INVALIDARG : S_OK;
+        return m_paths.HaveEnded() ? E_INVALIDARG : S_OK;
     });
 }
 

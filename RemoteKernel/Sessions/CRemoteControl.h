@@ -1,9 +1,11 @@
 #pragma once
 
+#include "CServedPaths.h"
 #include "IZOScpiRemoteControl.h"
-#include "KernelParts.h"
+#include "PathChange.h"
 
-#include <functional>
+#include <memory>
+#include <utility>
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -12,11 +14,9 @@ namespace ZoVelkor::RemoteKernel
 class CRemoteControl : public IZOScpiRemoteControl
 {
 public:
-    /// @param path  null: all
-    CRemoteControl(const KernelParts& parts, std::shared_ptr<CRemotePath> path)
-        : m_paths(parts.paths),
-          m_events(parts.events),
-          m_path(std::move(path))
+    CRemoteControl(CServedPaths paths, std::shared_ptr<CEventDistributor> events) noexcept
+        : m_paths(std::move(paths)),
+          m_events(std::move(events))
     {}
     virtual ~CRemoteControl() = default;
 
@@ -27,17 +27,13 @@ public:
     HRESULT get_LocalLockoutState(short* lockout) override;
 
 private:
-    using FChange = std::function<StateChange(CRemotePath&)>;
-
     /// @return S_OK; S_FALSE when no path changed; E_ACCESSDENIED when one is locked out; E_INVALIDARG when
     /// the one path has ended
-    HRESULT ChangeEach(const FChange& change);
+    HRESULT ChangeEach(PathChange change);
     HRESULT IsAny(short* state, bool (CRemoteLocalState::*is)() const noexcept);
-    std::vector<std::shared_ptr<CRemotePath>> Paths() const;
 
-    const std::shared_ptr<CPathTable> m_paths;
+    const CServedPaths m_paths;
     const std::shared_ptr<CEventDistributor> m_events;
-    const std::shared_ptr<CRemotePath> m_path;
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -4,10 +4,12 @@
 #include "CRemoteLocalState.h"
 #include "IZOScpiChannel.h"
 #include "IZOScpiSubsystemFormat.h"
+#include "Status/CErrorQueue.h"
 #include "Status/IServiceRequestObserver.h"
 #include "Status/SharedEvent.h"
 
 #include <atomic>
+#include <memory>
 #include <mutex>
 
 namespace ZoVelkor::RemoteKernel
@@ -25,6 +27,8 @@ public:
     long Number() const noexcept { return m_number; }
     /// Tells whether the path exists; its number may mean another one if not any more.
     bool IsOpen() const noexcept { return m_open.load(std::memory_order_acquire); }
+    /// Tells whether the path exists and a number means it.
+    bool IsOpenAs(long number) const noexcept { return number == m_number && IsOpen(); }
     /// The path is set up: others may find it.
     void Publish() noexcept { m_open.store(true, std::memory_order_release); }
     /// The path has ended; its channel is not called any more when this returns.
@@ -49,6 +53,10 @@ public:
     /// Called before Publish.
     void SetFormat(const CComPtr<IZOScpiSubsystemFormat>& format) { m_format = format; }
     const CComPtr<IZOScpiSubsystemFormat>& Format() const noexcept { return m_format; }
+    /// Called before Publish.
+    void SetErrors(const std::shared_ptr<CErrorQueue>& errors) { m_errors = errors; }
+    /// @return null when its session is gone
+    std::shared_ptr<CErrorQueue> Errors() const noexcept { return m_errors.lock(); }
 
     void ServiceRequest(bool requested) noexcept override;
     /// Passes the states on to a channel that wants them.
@@ -66,6 +74,7 @@ private:
     SharedEvent m_deviceClear;
     SharedEvent m_shutdown;
     CComPtr<IZOScpiSubsystemFormat> m_format;
+    std::weak_ptr<CErrorQueue> m_errors;
     mutable std::mutex m_mutex;        // held while the channel is told something
     CComPtr<IZOScpiChannel> m_channel; // guarded by m_mutex
 };

@@ -1,7 +1,6 @@
 #include "CSession.h"
 
 #include "BuiltIn/CBuiltInCommands.h"
-#include "CPathErrorManagement.h"
 #include "CPathStatusManagement.h"
 #include "ScpiErrorCodes.h"
 
@@ -50,13 +49,13 @@ MakeServices(const std::shared_ptr<CRemotePath>& path,
              const KernelParts& parts,
              const CComPtr<CComObject<CFormatSubsystem, IZOScpiSubsystemFormat>>& format)
 {
-    using CErrors = CComObject<CPathErrorManagement, IZOScpiErrorManagement>;
     using CStatus = CComObject<CPathStatusManagement, IZOScpiStatusManagement>;
-    return CComObject<CRemotePathServices, IZOScpiManager>::Create(path->Number(),
-                                                                   CErrors::Create(path, parts.errors),
-                                                                   CStatus::Create(path, parts.status),
-                                                                   format,
-                                                                   parts.operations);
+    return CComObject<CRemotePathServices, IZOScpiManager>::Create(
+        path->Number(),
+        CErrorObject::Create(CServedPaths(parts.paths, path)),
+        CStatus::Create(path, parts.status),
+        format,
+        parts.operations);
 }
 
 } // namespace
@@ -99,9 +98,9 @@ void CSession::AddPath(const SessionTransport& transport)
         {
             throw std::system_error(EMFILE, std::generic_category(), "No event for a session");
         }
-        m_parts.errors->AddPath(path, m_errors);
         m_parts.status->AddPath(path, m_status);
         m_parts.format->CopySettingsTo(*m_format);
+        m_path->SetErrors(m_errors);
         m_path->SetFormat(CComPtr<IZOScpiSubsystemFormat>(m_format));
         if (transport.channel != nullptr)
         {
@@ -130,7 +129,8 @@ void CSession::RemovePath() noexcept
 {
     const long path = m_path->Number();
     SetServiceRequestObserver(nullptr);
-    m_parts.errors->RemovePath(path);
+    // The services refuse the path from here on.
+    m_path->Close();
     m_parts.operations->RemovePath(path);
     m_parts.status->RemovePath(path);
     m_parts.registry->ReleaseEngines(path);

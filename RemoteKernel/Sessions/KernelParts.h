@@ -3,12 +3,12 @@
 #include "Applications/CApplicationRegistry.h"
 #include "Applications/CEventDistributor.h"
 #include "CComObject.h"
+#include "CErrorManagement.h"
 #include "CMessageTrace.h"
 #include "CParserGate.h"
 #include "CPathTable.h"
 #include "CSessionList.h"
 #include "Responses/CDefaultFormat.h"
-#include "Status/CErrorManagement.h"
 #include "Status/CPendingOperations.h"
 #include "Status/CStatusManagement.h"
 

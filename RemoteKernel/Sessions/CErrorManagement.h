@@ -1,19 +1,20 @@
 #pragma once
 
-#include "CErrorQueue.h"
+#include "CServedPaths.h"
 #include "IZOScpiErrorManagement.h"
+#include "Status/CErrorQueue.h"
 
-#include <map>
 #include <memory>
-#include <mutex>
+#include <utility>
 
 namespace ZoVelkor::RemoteKernel
 {
 
-/// Finds the error queues of a kernel by remote path. Threads: any operation from any thread.
+/// The error queue of one remote path, or those of all. Threads: any operation from any thread.
 class CErrorManagement : public IZOScpiErrorManagement
 {
 public:
+    explicit CErrorManagement(CServedPaths paths) noexcept : m_paths(std::move(paths)) {}
     virtual ~CErrorManagement() = default;
 
     HRESULT SetError(long remotePath, short code, const wchar_t* detail) override;
@@ -21,14 +22,11 @@ public:
     HRESULT GetErrorCount(long remotePath, unsigned long* count) override;
     HRESULT ClearErrors(long remotePath) override;
 
-    void AddPath(long remotePath, std::shared_ptr<CErrorQueue> queue);
-    void RemovePath(long remotePath) noexcept;
-
 private:
-    std::shared_ptr<CErrorQueue> Find(long remotePath);
+    /// @return null when there is no such path
+    std::shared_ptr<CErrorQueue> Find(long remotePath) const;
 
-    std::mutex m_mutex;
-    std::map<long, std::shared_ptr<CErrorQueue>> m_queues; // guarded by m_mutex
+    const CServedPaths m_paths;
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -3,7 +3,6 @@
 #include "Bstr.h"
 
 #include <array>
-#include <utility>
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -25,11 +24,10 @@ std::size_t Narrow(const wchar_t* text, std::array<char, kMaxErrorText>& narrow)
 
 } // namespace
 
-std::shared_ptr<CErrorQueue> CErrorManagement::Find(long remotePath)
+std::shared_ptr<CErrorQueue> CErrorManagement::Find(long remotePath) const
 {
-    const std::lock_guard lock(m_mutex);
-    const auto found = m_queues.find(remotePath);
-    return found == m_queues.end() ? nullptr : found->second;
+    const std::shared_ptr<CRemotePath> path = m_paths.Find(remotePath);
+    return path == nullptr ? nullptr : path->Errors();
 }
 
 HRESULT CErrorManagement::SetError(long remotePath, short code, const wchar_t* detail)
@@ -87,18 +85,6 @@ HRESULT CErrorManagement::ClearErrors(long remotePath)
     }
     queue->Clear();
     return S_OK;
-}
-
-void CErrorManagement::AddPath(long remotePath, std::shared_ptr<CErrorQueue> queue)
-{
-    const std::lock_guard lock(m_mutex);
-    m_queues[remotePath] = std::move(queue);
-}
-
-void CErrorManagement::RemovePath(long remotePath) noexcept
-{
-    const std::lock_guard lock(m_mutex);
-    m_queues.erase(remotePath);
 }
 
 } // namespace ZoVelkor::RemoteKernel
