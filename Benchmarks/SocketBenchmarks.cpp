@@ -152,7 +152,7 @@ private:
     CCommandTree m_tree;
     RemoteKernel::CRemoteKernel m_kernel;
     CComPtr<CComObject<CBenchmarkApplication, IZOScpiExecutionSink>> m_sink;
-    RemoteKernel::CTcpServer m_server;
+    Transports::CTcpServer m_server;
     CUniqueSocket m_client;
 };
 

@@ -37,9 +37,9 @@ struct Memory
     CPowerOnStore powerOn{registry};
 };
 
-RemoteKernel::TcpServerSettings ServerSettings(const DemoOptions& options)
+Transports::TcpServerSettings ServerSettings(const DemoOptions& options)
 {
-    RemoteKernel::TcpServerSettings settings;
+    Transports::TcpServerSettings settings;
     settings.address = options.bindAddress;
     settings.port = options.port;
     return settings;
@@ -134,7 +134,7 @@ struct CDemoInstrument::Parts
     StartedKernel remoteControl;
     std::optional<MeasuringInstrument> measuring;
     std::optional<Conformance::CConformanceApplication> conformance;
-    RemoteKernel::CTcpServer server;
+    Transports::CTcpServer server;
 };
 
 CDemoInstrument::CDemoInstrument(const DemoOptions& options) : m_parts(std::make_unique<Parts>(options))

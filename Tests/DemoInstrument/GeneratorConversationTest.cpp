@@ -137,7 +137,7 @@ protected:
 
     RemoteKernel::CRemoteKernel m_kernel{RemoteKernel::InstrumentIdentity()};
     std::optional<CAnalyzerApplication> m_analyzer;
-    RemoteKernel::CTcpServer m_server{{.port = 0}};
+    Transports::CTcpServer m_server{{.port = 0}};
     std::atomic<unsigned int> m_rounds = 0;
     std::atomic<bool> m_done = false;
 };

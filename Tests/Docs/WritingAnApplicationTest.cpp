@@ -17,7 +17,7 @@ TEST(WritingAnApplication, TheListingsAreAnApplicationThatAnswers)
     RemoteKernel::CRemoteKernel kernel{{"Maker", "Supply", "1", "1.0"}};
     ASSERT_EQ(kernel.Start(), S_OK);
     const CSupplyApplication application;
-    RemoteKernel::CTcpServer server{{.port = 0}};
+    Transports::CTcpServer server{{.port = 0}};
     server.Start();
     CScpiClient client(server.Port());
     Converse(client, R"(

@@ -40,7 +40,8 @@ public:
     /// Enough for everything that is to happen at all.
     static constexpr DWORD kTimeoutMs = 30'000;
 
-    explicit CBusController(const BusSettings& settings = {}) : m_channel(CBusChannelObject::Create(settings))
+    explicit CBusController(const Transports::BusSettings& settings = {})
+        : m_channel(Transports::CBusChannelObject::Create(settings))
     {
         m_channel->SetRemoteEnable(true);
         EXPECT_EQ(m_channel->Connect(), S_OK);
@@ -49,8 +50,8 @@ public:
     CBusController& operator=(const CBusController&) = delete;
     ~CBusController() { m_channel->Disconnect(); }
 
-    CBusChannelObject* operator->() const { return m_channel; }
-    CBusChannelObject& Channel() const { return *m_channel; }
+    Transports::CBusChannelObject* operator->() const { return m_channel; }
+    Transports::CBusChannelObject& Channel() const { return *m_channel; }
 
     void Send(std::string_view text, bool end = true)
     {
@@ -58,7 +59,7 @@ public:
     }
     std::string Receive()
     {
-        const BusResponse response = m_channel->Receive(SIZE_MAX, kTimeoutMs);
+        const Transports::BusResponse response = m_channel->Receive(SIZE_MAX, kTimeoutMs);
         EXPECT_EQ(response.result, S_OK);
         EXPECT_TRUE(response.end);
         return response.bytes.substr(0, response.bytes.size() - 1);
@@ -76,7 +77,7 @@ public:
     }
 
 private:
-    const CComPtr<CBusChannelObject> m_channel;
+    const CComPtr<Transports::CBusChannelObject> m_channel;
 };
 
 /// Notes the events of all paths as "Name path" or "Name(argument) path".

@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace ZoVelkor::RemoteKernel
+namespace ZoVelkor::Transports
 {
 
 namespace
@@ -420,4 +420,4 @@ HRESULT CBusChannel::do_get_ChannelProperties(tag_ScpiChannelInfo* info)
     return S_OK;
 }
 
-} // namespace ZoVelkor::RemoteKernel
+} // namespace ZoVelkor::Transports

@@ -1,3 +1,10 @@
+// Bus: an instrument on a bus in the same process, with END, triggers, device clear and service request.
+//
+// The controller's thread sends and reads by CBusChannel; CMessageExchange between them has the two bounded
+// buffers and the rules of IEEE 488.2 section 6 on who may speak; the kernel's thread of the connection reads
+// and writes the other side. Its owner connects and disconnects it; one controller thread at a time.
+// Locks: one, around the exchange; the kernel is not called under it.
+
 #pragma once
 
 #include "CBScpiChannel.h"
@@ -13,7 +20,7 @@
 #include <string>
 #include <string_view>
 
-namespace ZoVelkor::RemoteKernel
+namespace ZoVelkor::Transports
 {
 
 struct BusSettings
@@ -146,4 +153,4 @@ private:
 
 using CBusChannelObject = CComObject<CBusChannel, IZOScpiChannel>;
 
-} // namespace ZoVelkor::RemoteKernel
+} // namespace ZoVelkor::Transports

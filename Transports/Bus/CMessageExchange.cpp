@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace ZoVelkor::RemoteKernel
+namespace ZoVelkor::Transports
 {
 
 short CMessageExchange::Interrupt() noexcept
@@ -198,4 +198,4 @@ void CMessageExchange::Acknowledge() noexcept
     m_clearing = false;
 }
 
-} // namespace ZoVelkor::RemoteKernel
+} // namespace ZoVelkor::Transports

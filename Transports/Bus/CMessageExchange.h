@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace ZoVelkor::RemoteKernel
+namespace ZoVelkor::Transports
 {
 
 /// The message exchange control of a device on a bus (IEEE 488.2 section 6.3): two bounded buffers between a
@@ -141,4 +141,4 @@ private:
     bool m_clearing = false;
 };
 
-} // namespace ZoVelkor::RemoteKernel
+} // namespace ZoVelkor::Transports

@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-namespace ZoVelkor::RemoteKernel
+namespace ZoVelkor::Transports
 {
 
 /// Puts a text into a string that a record owns; what it held is freed.
@@ -14,4 +14,4 @@ inline void Replace(BSTR& target, const std::string& text)
     SysFreeString(std::exchange(target, A2WBSTR(text.c_str())));
 }
 
-} // namespace ZoVelkor::RemoteKernel
+} // namespace ZoVelkor::Transports

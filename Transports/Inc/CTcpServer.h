@@ -1,3 +1,11 @@
+// Raw: SCPI over bare TCP connections.
+//
+// CTcpServer accepts on a thread of its own and makes a CTcpChannel of each client, which connects to the
+// kernel found at the root; from then on the kernel's thread of that connection reads and writes the socket.
+// An ended channel is taken out of the list by the accepting thread. Whoever owns the server starts and stops
+// it, from any thread.
+// Lock order: start and stop before the list of channels; no channel is called under the latter.
+
 #pragma once
 
 #include <cstddef>
@@ -5,7 +13,7 @@
 #include <memory>
 #include <string>
 
-namespace ZoVelkor::RemoteKernel
+namespace ZoVelkor::Transports
 {
 
 /// The port at which instruments offer SCPI over a bare TCP connection.
@@ -62,4 +70,4 @@ private:
     std::unique_ptr<CImplementation> m_implementation;
 };
 
-} // namespace ZoVelkor::RemoteKernel
+} // namespace ZoVelkor::Transports

@@ -13,7 +13,7 @@
 #include <sys/socket.h>
 #include <utility>
 
-namespace ZoVelkor::RemoteKernel
+namespace ZoVelkor::Transports
 {
 
 namespace
@@ -179,4 +179,4 @@ HRESULT CTcpChannel::do_get_ChannelProperties(tag_ScpiChannelInfo* info)
     return S_OK;
 }
 
-} // namespace ZoVelkor::RemoteKernel
+} // namespace ZoVelkor::Transports

@@ -11,7 +11,7 @@
 #include <functional>
 #include <unistd.h>
 
-namespace ZoVelkor::RemoteKernel
+namespace ZoVelkor::Transports
 {
 
 /// One client of a raw socket: bytes over TCP, without any side channel.
@@ -57,4 +57,4 @@ private:
 
 using CTcpChannelObject = CComObject<CTcpChannel, IZOScpiChannel, IZOScpiWaitableChannel>;
 
-} // namespace ZoVelkor::RemoteKernel
+} // namespace ZoVelkor::Transports

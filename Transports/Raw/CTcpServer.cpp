@@ -18,7 +18,7 @@
 #include <thread>
 #include <utility>
 
-namespace ZoVelkor::RemoteKernel
+namespace ZoVelkor::Transports
 {
 
 namespace
@@ -321,4 +321,4 @@ std::size_t CTcpServer::SessionCount() const
     return m_implementation->SessionCount();
 }
 
-} // namespace ZoVelkor::RemoteKernel
+} // namespace ZoVelkor::Transports

@@ -20,6 +20,8 @@
 namespace ZoVelkor::RemoteKernel::Testing
 {
 
+using Transports::CTcpServer;
+
 namespace
 {
 
@@ -382,7 +384,7 @@ TEST_F(Multichannel, ComponentsComeAndGoWhileClientsTalk)
                 {
                     // The application can leave between parser and execution; then it answers nothing.
                     bus.Send("LIST? 2");
-                    const BusResponse response = bus->Receive();
+                    const Transports::BusResponse response = bus->Receive();
                     ASSERT_EQ(response.bytes, response.result == S_OK ? "0,0.5\n" : "");
                     ASSERT_EQ(bus.Query("*CLS;*OPC?"), "1");
                 }

@@ -15,6 +15,8 @@
 namespace ZoVelkor::RemoteKernel::Testing
 {
 
+using Transports::CTcpServer;
+
 namespace
 {
 using ZoVelkor::Testing::CScpiClient;

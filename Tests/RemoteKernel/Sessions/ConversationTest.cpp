@@ -11,6 +11,8 @@
 namespace ZoVelkor::RemoteKernel::Testing
 {
 
+using Transports::CTcpServer;
+
 namespace
 {
 using ZoVelkor::Testing::Converse;

@@ -9,8 +9,11 @@
 #include <functional>
 #include <sstream>
 
-namespace ZoVelkor::RemoteKernel::Testing
+namespace ZoVelkor::Transports::Testing
 {
+
+using namespace RemoteKernel;
+using namespace RemoteKernel::Testing;
 
 namespace
 {
@@ -560,4 +563,4 @@ TEST(BusChannel, DeadlockFreesBothSides)
 
 } // namespace
 
-} // namespace ZoVelkor::RemoteKernel::Testing
+} // namespace ZoVelkor::Transports::Testing

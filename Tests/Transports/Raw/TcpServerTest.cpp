@@ -12,8 +12,11 @@
 #include <thread>
 #include <unistd.h>
 
-namespace ZoVelkor::RemoteKernel::Testing
+namespace ZoVelkor::Transports::Testing
 {
+
+using namespace RemoteKernel;
+using namespace RemoteKernel::Testing;
 
 namespace
 {
@@ -273,4 +276,4 @@ TEST(TcpServerStart, ListensOnIpv6)
 }
 } // namespace
 
-} // namespace ZoVelkor::RemoteKernel::Testing
+} // namespace ZoVelkor::Transports::Testing
