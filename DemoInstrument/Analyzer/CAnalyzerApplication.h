@@ -1,3 +1,12 @@
+// Analyzer: a signal analyser, simulated.
+//
+// CAnalyzerCommands has the handlers of AnalyzerTable; they work on a CAnalyzer: settings, CSweepEngine,
+// CTraceMemory, CMassMemory. A sweep runs on the engine's thread, asks SignalSimulation for what it measures
+// and puts it into the traces; CInstrumentStatus tells its phase. Handlers run one at a time; LXI events
+// trigger sweeps from their own thread.
+// Lock order: the application's lock before that of the sweep engine before those of traces and status
+// registers.
+
 #pragma once
 
 #include "CAnalyzerCommands.h"

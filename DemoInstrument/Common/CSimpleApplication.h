@@ -1,3 +1,11 @@
+// Common: what the demo's applications are made of.
+//
+// An application is an object of settings, a class of commands with a handler table (HandlerTable,
+// CommandTableGroups, SettingHandlers), and a registration at the kernel; CSimpleApplication joins them.
+// Others reach its settings by CApplicationAccess, between its commands. COperationTimer ends overlapped
+// operations, by time. All rooms of the demo may use this one. Lock order: an application's lock, which the
+// kernel holds around handlers, before that of the timer.
+
 #pragma once
 
 #include "CApplicationAccess.h"

@@ -1,3 +1,10 @@
+// Conformance: one command of every kind, for tests of controllers and of the remote interface.
+//
+// CConformanceTarget holds the settings, CConformanceCommands the handlers of ConformanceTable. It is an
+// instrument of its own, started instead of analyser and generator, and keeps nothing from one start to the
+// next. Handlers run one at a time under the kernel's lock of the application.
+// Locks: none of its own; timed operations have that of COperationTimer.
+
 #pragma once
 
 #include "CNumericSetting.h"

@@ -1,3 +1,10 @@
+// Generator: a signal generator with two sources, and the plainest application of the demo.
+//
+// CGenerator holds the settings, CGeneratorCommands the handlers of GeneratorTable, and CSimpleApplication
+// registers both. Nothing happens by itself: a setting is stored, a query answers it. Handlers run one at a
+// time under the kernel's lock of the application, saved states come in between them.
+// Locks: none of its own.
+
 #pragma once
 
 #include "CNumericSetting.h"

@@ -1,3 +1,11 @@
+// Instrument: the whole, and what concerns all of its applications.
+//
+// CDemoInstrument makes kernel, applications and server in this order and takes them down in the reverse;
+// main reads the command line. The application "instrument" has saved states (CSavedStates, by way of
+// CStateText and each application's CApplicationAccess), clock, identity and kept settings
+// (CInstrumentRegistry, CPowerOnStore).
+// Lock order: the lock of "instrument" before those of the other applications, never the other way round.
+
 #pragma once
 
 #include <cstdint>

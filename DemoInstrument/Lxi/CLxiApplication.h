@@ -1,3 +1,11 @@
+// Lxi: LXI events that start sweeps, and commands that send events.
+//
+// CLxiTrigger owns the kernel's CLxiEventEndpoint and observes it: an event that is switched on triggers the
+// analyser's CSweepEngine. CLxiCommands has the handlers of LxiTable, for switches, sending and the log.
+// Handlers run one at a time; events come on the endpoint's thread.
+// Lock order: the lock of the endpoint's observers is held around an event, those of the trigger and the
+// sweep engine are taken under it; neither is held when the endpoint is called.
+
 #pragma once
 
 #include "CLxiCommands.h"

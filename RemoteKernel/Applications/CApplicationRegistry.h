@@ -1,3 +1,13 @@
+// Applications: who runs commands and hears device events, and how they come and go.
+//
+// A registration becomes a CApplication with a copy of its table; the CApplicationRegistry joins all tables
+// to an index and publishes an ApplicationSet that never changes. Sessions notice by its number, between two
+// messages. A command reaches its handler by CApplication::Execute, an event by CEventDistributor.
+// Registration comes from any thread, but not from inside a handler.
+// Lock order: the registry's change before its current set; the distributor's turn before its observers; an
+// application before its engines. Handlers run under their application's lock and may call whatever lies in
+// Responses and Status.
+
 #pragma once
 
 #include "CApplication.h"

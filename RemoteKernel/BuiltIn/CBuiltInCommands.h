@@ -1,3 +1,11 @@
+// BuiltIn: the commands that every instrument has, as a table and its handlers.
+//
+// BuiltInTable joins the index like an application's table. A session hands such a command to its own
+// CBuiltInCommands, which works on what BuiltInContext lends: output, format, errors and status of the
+// session, and what sessions share; CStatusCommands has those on registers. They run without an application's
+// lock, also while other sessions' commands run. The session calls, on its thread; *OPC? and *WAI wait there.
+// Locks: none of its own.
+
 #pragma once
 
 #include "BuiltInContext.h"

@@ -1,3 +1,13 @@
+// Lxi: LXI event messages in and out.
+//
+// CLxiReceiver hears UDP and TCP on the endpoint's thread; what is a message (LxiEventFormat) and new by
+// CLxiDuplicateFilter goes to the CLxiEventLog and, by its event's number, to the observers. What is sent
+// gets its number, goes to the group or one receiver, and is logged too. CLxiTcpSender and CLxiStreamDecoder
+// serve tools as well. An instrument owns an endpoint and calls it from any thread; the rest of the kernel
+// does not know this room.
+// Lock order: start and stop before sending; observers are called with the lock of their list held, and must
+// not take one that is held while AddObserver or RemoveObserver is called.
+
 #pragma once
 
 #include "CLxiErrorStorage.h"

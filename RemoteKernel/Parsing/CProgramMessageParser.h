@@ -1,3 +1,13 @@
+// Parsing: from bytes to commands with checked parameters.
+//
+// CMessageFramer finds the end of a message in the session's input buffer; CProgramMessageParser splits the
+// message into commands, follows each header through the CCommandIndex, has CParameterParser read the
+// parameters into a reused array, and hands a ParsedCommand to an ICommandExecutor, the session. Blocks are
+// lent from the message, or read on from the transport by CBlockStream. CCommandIndexBuilder makes the index,
+// once for every set of applications. A session calls this room on its own thread; an index never changes and
+// is read by all sessions at once.
+// Locks: none.
+
 #pragma once
 
 #include "CCommandIndex.h"

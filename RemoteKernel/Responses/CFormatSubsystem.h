@@ -1,3 +1,12 @@
+// Responses: from values to the bytes of a response.
+//
+// A handler gives numbers, texts and arrays to CFormatSubsystem, which writes them in the session's data
+// format into the COutputQueue; the queue separates the answers of one message, ends it, and is emptied by
+// whoever sends. CDefaultFormat keeps the format that new sessions begin with. Handlers and the kernel's own
+// commands call, on the session's thread; only the end of writing (COutputQueue::Cancel, Resume) comes from
+// others.
+// Locks: one in CDefaultFormat, which nothing else is called under but the subsystem that it guards.
+
 #pragma once
 
 #include "CComObject.h"

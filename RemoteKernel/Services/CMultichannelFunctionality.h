@@ -1,3 +1,12 @@
+// Services: the operations of the kernel that applications and transports look up by interface.
+//
+// CMultichannelAdministration takes channels and makes a connection of each; CMultichannelFunctionality hands
+// out the services of one path; the others stand for one path or all: parsers, channels, device events,
+// language, tree. Each holds the KernelParts that it needs and passes calls on to the rooms before. They are
+// found at the root while the kernel runs, and may be called from any thread, also after it has stopped.
+// Lock order: the administration's connections, under which a connection begins, before all locks of
+// Sessions; a connection ends without it.
+
 #pragma once
 
 #include "IZOScpiMultichannelFunctionality.h"

@@ -1,3 +1,14 @@
+// Sessions: from a transport's bytes to response bytes, one session a remote path.
+//
+// A CConnection reads from its channel on a thread of its own into the CSession, which frames and parses,
+// asks the CParserGate, runs each command by its application or itself, and gives the response back to be
+// written. CRemotePath is what others know of a path, CPathTable finds it by number; CErrorManagement,
+// CRemoteControl and their like are its services. KernelParts is what all sessions share. Transports call by
+// IZOScpiChannelServiceProvider, from any thread.
+// Lock order: connection or session list; then a session's break-off, or the gate. A path's lock is held
+// while its channel is told of states, so that a channel must not call back then. No handler is waited for
+// under any of them.
+
 #pragma once
 
 #include "CByteBuffer.h"

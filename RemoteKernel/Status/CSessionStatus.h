@@ -1,3 +1,13 @@
+// Status: registers, error queues, pending operations and the masks that outlive a power-off.
+//
+// Events come in from error queue, output queue and pending operations, are latched by registers, and go up
+// as summary bits: CSessionStatus has the status byte and the standard event register of one session,
+// CStatusManagement those of the instrument, which CSummaryDistributor passes on to every session. A change
+// of the request for service goes out by IServiceRequestObserver. Sessions, the kernel's own commands,
+// services and handlers call from any thread.
+// Lock order: error queue or pending operations; then registers, child before parent, up to the status byte;
+// its observer is called under the last. The lock of CStatusManagement's sessions is held for look-ups alone.
+
 #pragma once
 
 #include "CErrorQueue.h"

@@ -1,3 +1,10 @@
+// Common: what the subcommands of zo share.
+//
+// Exit codes and failures (CToolError), output and files (ToolFiles), time-outs, progress, hex dumps, and
+// Ctrl-C as a flag that waits look at (CInterruptWatcher). A subcommand adds itself to the command line by an
+// AddSubcommand and throws CToolError, which main turns into a message and an exit code.
+// Locks: one in CInterruptWatcher, whose thread aborts the call in progress.
+
 #pragma once
 
 #include "CToolError.h"

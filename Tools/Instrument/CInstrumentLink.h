@@ -1,3 +1,10 @@
+// Instrument: the way from a subcommand to an instrument.
+//
+// InstrumentAddress reads host and port; CTcpController is the controller over TCP, whose thread does the
+// transfers; CMessageScanner tells where an answer ends; CInstrumentLink joins them for one thread and turns
+// failures and Ctrl-C into CToolError. Bytes go in and out as they are.
+// Locks: one in CTcpController.
+
 #pragma once
 
 #include "CComObject.h"

@@ -1,3 +1,10 @@
+// Lxi: `zo lxi`, LXI events in the terminal.
+//
+// LxiCommands reads the command line; CLxiListener hears messages, CLxiTransmitter sends what LxiEventMaker
+// makes, LxiCapture and PcapFile keep them in files, LxiEventText tells what is in them. Formats and streams
+// are those of the kernel's face; the sockets are the tool's own, since it hears what an instrument would
+// drop. One thread. Locks: none.
+
 #pragma once
 
 #include "CLxiStreamDecoder.h"

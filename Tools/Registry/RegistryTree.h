@@ -1,3 +1,10 @@
+// Registry: `zo registry`, the platform's registry in the terminal.
+//
+// RegistryCommands reads the command line; RegistryTree reads and writes keys as trees, RegistryValue and
+// RegistryText turn values and paths to text and back, RegistryFile has the text form of files, RegistryJson
+// that of JSON, RegistryWatch tells two readings of a tree apart. Other programs may change the registry at
+// any time: a tree is what was read. One thread. Locks: none.
+
 #pragma once
 
 #include "Event.h"

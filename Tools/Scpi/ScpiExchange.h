@@ -1,3 +1,10 @@
+// Scpi: `zo scpi`, talking to an instrument.
+//
+// ScpiCommands reads the command line; ScpiExchange sends one command by a CInstrumentLink, passes its answer
+// to a CAnswerTaker (AnswerOutput: terminal, file, hex dump) and asks for errors; ScpiConsole does so line by
+// line, with CLineEditor and the headers that CHeaderCompletion knows. One thread; Ctrl-C ends the wait at
+// hand. Locks: none.
+
 #pragma once
 
 #include "Instrument/CInstrumentLink.h"

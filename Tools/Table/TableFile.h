@@ -1,3 +1,9 @@
+// Table: `zo table`, command tables in files and instruments.
+//
+// TableCommands reads the command line; a table comes from a file (TableFile) or an instrument
+// (InstrumentTable), is examined (TableFaults), listed by groups (TableGroupList), merged or written as
+// source by the classes of the product. One thread. Locks: none.
+
 #pragma once
 
 #include "CBScpiCommands.h"
