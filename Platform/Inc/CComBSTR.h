@@ -116,8 +116,6 @@ public:
 
     /// In place, up to the first zero, by the rules of CharUpper.
     HRESULT ToUpper() noexcept;
-    /// In place, up to the first zero, by the rules of CharLower.
-    HRESULT ToLower() noexcept;
 
     /// @name Not supported on this platform
     /// Declared, so that code that names them compiles; a call fails the assertion "false", which ends the

@@ -35,8 +35,6 @@ public:
     /// Hands the key to the caller, who closes it; 0 when none was held.
     [[nodiscard]] HKEY Detach() noexcept { return m_key.Detach(); }
 
-    /// Deletes a key that has none below it.
-    LONG DeleteSubKey(const wchar_t* name) noexcept;
     /// Deletes a key with everything below it; null or an empty name is ERROR_INVALID_PARAMETER.
     LONG RecurseDeleteKey(const wchar_t* name) noexcept;
     /// Deletes a value of any type; ERROR_FILE_NOT_FOUND when there is none of this name.

@@ -27,12 +27,6 @@ using CLSID = GUID;
 /// The identifier of nothing: all bits 0.
 inline constexpr GUID GUID_NULL{};
 
-/// The same as operator==.
-[[nodiscard]] constexpr bool IsEqualGUID(const GUID& left, const GUID& right) noexcept
-{
-    return left == right;
-}
-
 /// Makes a new random identifier (RFC 4122, version 4).
 ///
 /// @return S_OK; E_POINTER when guid is null; E_FAIL when the system gives no random bytes (guid is then

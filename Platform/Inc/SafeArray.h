@@ -54,9 +54,6 @@ ZO_EXPORT HRESULT SafeArrayAccessData(SAFEARRAY* array, void** data) noexcept;
 /// @return S_OK; E_INVALIDARG when array is null; E_UNEXPECTED when it is not locked
 ZO_EXPORT HRESULT SafeArrayUnaccessData(SAFEARRAY* array) noexcept;
 
-/// Number of dimensions: 1, or 0 for null.
-[[nodiscard]] ZO_EXPORT UINT SafeArrayGetDim(const SAFEARRAY* array) noexcept;
-
 /// Size of one element in bytes; 0 for null.
 [[nodiscard]] ZO_EXPORT UINT SafeArrayGetElemsize(const SAFEARRAY* array) noexcept;
 
@@ -68,8 +65,3 @@ ZO_EXPORT HRESULT SafeArrayGetUBound(const SAFEARRAY* array, UINT dimension, LON
 
 /// Gives the lowest index; results as SafeArrayGetUBound.
 ZO_EXPORT HRESULT SafeArrayGetLBound(const SAFEARRAY* array, UINT dimension, LONG* bound) noexcept;
-
-/// Gives the type of the elements.
-///
-/// @return S_OK; E_INVALIDARG when array is null; E_POINTER when type is null
-ZO_EXPORT HRESULT SafeArrayGetVartype(const SAFEARRAY* array, VARTYPE* type) noexcept;

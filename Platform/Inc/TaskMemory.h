@@ -9,10 +9,5 @@
 /// A size of 0 gives a pointer that must be freed too.
 [[nodiscard]] ZO_EXPORT void* CoTaskMemAlloc(std::size_t size) noexcept;
 
-/// Changes the size of task memory, keeping the common part; null memory allocates, size 0 frees.
-///
-/// @return the memory at its new place; null when memory is short (the old block then stays) or size is 0
-[[nodiscard]] ZO_EXPORT void* CoTaskMemRealloc(void* memory, std::size_t size) noexcept;
-
 /// Frees task memory; null is allowed.
 ZO_EXPORT void CoTaskMemFree(void* memory) noexcept;

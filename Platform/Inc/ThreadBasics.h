@@ -3,9 +3,6 @@
 #include "PlatformTypes.h"
 #include "ZoExport.h"
 
-/// The number by which the system knows the calling thread.
-[[nodiscard]] ZO_EXPORT DWORD GetCurrentThreadId() noexcept;
-
 /// Names the calling thread for debuggers and system tools, which show the first 15 bytes; null changes
 /// nothing.
 ZO_EXPORT void SetThreadName(const char* name) noexcept;

@@ -261,12 +261,6 @@ HRESULT CComBSTR::ToUpper() noexcept
     return S_OK;
 }
 
-HRESULT CComBSTR::ToLower() noexcept
-{
-    CharLower(m_str);
-    return S_OK;
-}
-
 HRESULT CComBSTR::WriteToStream(IStream* /*stream*/) const noexcept
 {
     ZO_ASSERT(false);

@@ -65,11 +65,6 @@ LONG CRegKey::Close() noexcept
     return key == 0 ? static_cast<LONG>(ERROR_SUCCESS) : RegCloseKey(key);
 }
 
-LONG CRegKey::DeleteSubKey(const wchar_t* name) noexcept
-{
-    return RegDeleteKey(m_key.Get(), name);
-}
-
 LONG CRegKey::RecurseDeleteKey(const wchar_t* name) noexcept
 {
     const bool isNamed = name != nullptr && *name != L'\0';

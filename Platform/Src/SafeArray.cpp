@@ -116,11 +116,6 @@ HRESULT SafeArrayUnaccessData(SAFEARRAY* array) noexcept
     return S_OK;
 }
 
-UINT SafeArrayGetDim(const SAFEARRAY* array) noexcept
-{
-    return array == nullptr ? 0 : array->cDims;
-}
-
 UINT SafeArrayGetElemsize(const SAFEARRAY* array) noexcept
 {
     return array == nullptr ? 0 : array->cbElements;
@@ -144,14 +139,4 @@ HRESULT SafeArrayGetLBound(const SAFEARRAY* array, UINT dimension, LONG* bound) 
         *bound = array->rgsabound[0].lLbound;
     }
     return result;
-}
-
-HRESULT SafeArrayGetVartype(const SAFEARRAY* array, VARTYPE* type) noexcept
-{
-    if (array == nullptr || type == nullptr)
-    {
-        return array == nullptr ? E_INVALIDARG : E_POINTER;
-    }
-    *type = array->elementType;
-    return S_OK;
 }

@@ -5,12 +5,6 @@
 #include <cstring>
 #include <pthread.h>
 #include <thread>
-#include <unistd.h>
-
-DWORD GetCurrentThreadId() noexcept
-{
-    return static_cast<DWORD>(::gettid());
-}
 
 void SetThreadName(const char* name) noexcept
 {

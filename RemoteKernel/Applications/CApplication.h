@@ -69,7 +69,6 @@ public:
     explicit CApplication(ApplicationParts parts);
 
     const std::string& Name() const noexcept { return m_parts.name; }
-    const GUID& ObjectId() const noexcept { return m_parts.id; }
     const ApplicationParts& Parts() const noexcept { return m_parts; }
     const std::vector<_CMD_SET_RECORD>& Table() const noexcept { return m_table; }
     /// Empty: that of the instrument holds.

@@ -122,14 +122,6 @@ public:
     CCommandIndex& operator=(const CCommandIndex&) = delete;
     ~CCommandIndex();
 
-    /// Finds the node behind a keyword, in short or long form.
-    ///
-    /// @return kNone when there is none
-    std::uint32_t FindChild(std::uint32_t node, const MnemonicKey& keyword) const noexcept
-    {
-        return Lookup(node, keyword);
-    }
-
     const CommandNode& Node(std::uint32_t node) const noexcept { return m_nodes[node]; }
     const CommandEntry& Entry(std::uint32_t entry) const noexcept { return m_entries[entry]; }
     std::size_t EntryCount() const noexcept { return m_entries.size(); }
