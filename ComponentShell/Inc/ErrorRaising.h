@@ -46,6 +46,23 @@ ZO_EXPORT tagErrorReport NullPointerError(const tagSourceUnit& unit,
                                           const char* condition,
                                           int line = __builtin_LINE());
 
+/// The same where the condition begins with the parameter's name, as in "<name> != NULL".
+///
+/// @param condition  the failed condition, a literal
+/// @param line       line of the check
+ZO_EXPORT tagErrorReport NullPointerError(const tagSourceUnit& unit,
+                                          const CObjectDataReference* object,
+                                          const char* condition,
+                                          int line);
+
+/// Reports a null pointer argument, for operations that let no exception out; parameters as for the report.
+///
+/// @return E_POINTER; E_OUTOFMEMORY when there is no memory for the report
+ZO_EXPORT HRESULT RefuseNullPointer(const tagSourceUnit& unit,
+                                    const CObjectDataReference* object,
+                                    const char* condition,
+                                    int line) noexcept;
+
 /// The report as one line: place, severity, message, condition, object and result. Control characters of
 /// the message are replaced, so that a message never becomes two lines.
 ///

@@ -2,12 +2,14 @@
 
 #include "CSinkSlot.h"
 #include "ErrorSink.h"
+#include "GuardedEntry.h"
 #include "LogLine.h"
 
 #include <fmt/format.h>
 
 #include <cstdint>
 #include <cstdio>
+#include <string_view>
 #include <utility>
 
 namespace ZoVelkor
@@ -97,6 +99,23 @@ tagErrorReport NullPointerError(const tagSourceUnit& unit,
                                 int line)
 {
     return ErrorAt(unit, line, object, condition, fmt::format("Null pointer detected ({})", name), E_POINTER);
+}
+
+tagErrorReport NullPointerError(const tagSourceUnit& unit,
+                                const CObjectDataReference* object,
+                                const char* condition,
+                                int line)
+{
+    const std::string name(condition, std::string_view(condition).find(' '));
+    return NullPointerError(unit, object, name.c_str(), condition, line);
+}
+
+HRESULT RefuseNullPointer(const tagSourceUnit& unit,
+                          const CObjectDataReference* object,
+                          const char* condition,
+                          int line) noexcept
+{
+    return GuardedEntry([&] { return RepairError(NullPointerError(unit, object, condition, line)); });
 }
 
 std::string FormatErrorReport(const tagErrorReport& report, bool thrown)

@@ -186,14 +186,13 @@ protected:
 
 private:
     using TransferOperation = HRESULT (CBScpiChannel::*)(unsigned long, unsigned char*, unsigned long*);
-    struct tagParameterName;
 
-    HRESULT RefuseNull(const tagParameterName& parameter, int line = __builtin_LINE()) const noexcept;
+    HRESULT RefuseNull(const char* condition, int line = __builtin_LINE()) const noexcept;
     HRESULT Transfer(TransferOperation operation,
                      unsigned long size,
                      unsigned char* data,
                      unsigned long* moved,
-                     const tagParameterName& movedName);
+                     const char* movedCondition);
     HRESULT FindSelf(IZOScpiChannel** self);
     HRESULT ConnectedProvider(IZOScpiChannelServiceProvider** provider);
     bool CopyProvider(IZOScpiChannelServiceProvider** provider) const;

@@ -18,13 +18,6 @@
 namespace ZoVelkor
 {
 
-/// A pointer parameter as its null report names it.
-struct CBScpiChannel::tagParameterName
-{
-    const char* name;
-    const char* condition;
-};
-
 namespace
 {
 
@@ -67,26 +60,24 @@ void TraceDisconnect(const IZOScpiChannel* channel)
 
 } // namespace
 
-HRESULT CBScpiChannel::RefuseNull(const tagParameterName& parameter, int line) const noexcept
+HRESULT CBScpiChannel::RefuseNull(const char* condition, int line) const noexcept
 {
-    return GuardedEntry([&] {
-        return RepairError(NullPointerError(kSourceUnit, this, parameter.name, parameter.condition, line));
-    });
+    return RefuseNullPointer(kSourceUnit, this, condition, line);
 }
 
 HRESULT CBScpiChannel::Transfer(TransferOperation operation,
                                 unsigned long size,
                                 unsigned char* data,
                                 unsigned long* moved,
-                                const tagParameterName& movedName)
+                                const char* movedCondition)
 {
     if (data == nullptr)
     {
-        return RefuseNull({"data", "data != NULL"});
+        return RefuseNull("data != NULL");
     }
     if (moved == nullptr)
     {
-        return RefuseNull(movedName);
+        return RefuseNull(movedCondition);
     }
     *moved = 0;
     return GuardedEntry([&] { return (this->*operation)(size, data, moved); });
@@ -96,11 +87,11 @@ HRESULT CBScpiChannel::GetCapabilities(short* remoteLocal, short* status)
 {
     if (remoteLocal == nullptr)
     {
-        return RefuseNull({"remoteLocal", "remoteLocal != NULL"});
+        return RefuseNull("remoteLocal != NULL");
     }
     if (status == nullptr)
     {
-        return RefuseNull({"status", "status != NULL"});
+        return RefuseNull("status != NULL");
     }
     return GuardedEntry([&] {
         *remoteLocal = DoGetCapabilityRemoteLocal();
@@ -138,14 +129,14 @@ HRESULT CBScpiChannel::Close()
 
 HRESULT CBScpiChannel::Read(unsigned long size, unsigned char* data, unsigned long* got)
 {
-    return Transfer(&CBScpiChannel::DoRead, size, data, got, {"got", "got != NULL"});
+    return Transfer(&CBScpiChannel::DoRead, size, data, got, "got != NULL");
 }
 
 HRESULT CBScpiChannel::DataAvailable(unsigned long* count)
 {
     if (count == nullptr)
     {
-        return RefuseNull({"count", "count != NULL"});
+        return RefuseNull("count != NULL");
     }
     *count = 0;
     return GuardedEntry([&] { return DoDataAvailable(count); });
@@ -153,12 +144,12 @@ HRESULT CBScpiChannel::DataAvailable(unsigned long* count)
 
 HRESULT CBScpiChannel::Write(unsigned long size, unsigned char* data, unsigned long* written)
 {
-    return Transfer(&CBScpiChannel::DoWrite, size, data, written, {"written", "written != NULL"});
+    return Transfer(&CBScpiChannel::DoWrite, size, data, written, "written != NULL");
 }
 
 HRESULT CBScpiChannel::WritePartial(unsigned long size, unsigned char* data, unsigned long* written)
 {
-    return Transfer(&CBScpiChannel::DoWritePartial, size, data, written, {"written", "written != NULL"});
+    return Transfer(&CBScpiChannel::DoWritePartial, size, data, written, "written != NULL");
 }
 
 HRESULT CBScpiChannel::Flush()
@@ -185,7 +176,7 @@ HRESULT CBScpiChannel::SetChannelStatus(tagZO_SCPI_CHANNEL_STATUS* status)
 {
     if (status == nullptr)
     {
-        return RefuseNull({"status", "status != NULL"});
+        return RefuseNull("status != NULL");
     }
     {
         const CCritSectionLocker locker(m_lock);
@@ -213,7 +204,7 @@ HRESULT CBScpiChannel::get_ChannelProperties(tag_ScpiChannelInfo* info)
 {
     if (info == nullptr)
     {
-        return RefuseNull({"info", "info != NULL"});
+        return RefuseNull("info != NULL");
     }
     return GuardedEntry([&] {
         CSmartScpiChannelInfo current;
@@ -255,7 +246,7 @@ HRESULT CBScpiChannel::GetExistingServiceProvider(IZOScpiChannelServiceProvider*
 {
     if (provider == nullptr)
     {
-        return RefuseNull({"provider", "provider != NULL"});
+        return RefuseNull("provider != NULL");
     }
     CopyProvider(provider);
     return S_OK;
@@ -265,7 +256,7 @@ HRESULT CBScpiChannel::GetServiceProvider(IZOScpiChannelServiceProvider** provid
 {
     if (provider == nullptr)
     {
-        return RefuseNull({"provider", "provider != NULL"});
+        return RefuseNull("provider != NULL");
     }
     return GuardedRaisingEntry([&] { return ConnectedProvider(provider); });
 }
@@ -316,7 +307,7 @@ HRESULT CBScpiChannel::RegisterNewClientChannel(IZOScpiChannel* channel)
 {
     if (channel == nullptr)
     {
-        return RefuseNull({"channel", "channel != NULL"});
+        return RefuseNull("channel != NULL");
     }
     const CComPtr<IZOScpiMultichannelAdministration> administration = RequireAdministration(this);
     const CComPtr<IZOScpiMultichannelFunctionality> functionality =
@@ -347,7 +338,7 @@ HRESULT CBScpiChannel::UnregisterNewClientChannel(IZOScpiChannel* channel)
 {
     if (channel == nullptr)
     {
-        return RefuseNull({"channel", "channel != NULL"});
+        return RefuseNull("channel != NULL");
     }
     const CComPtr<IZOScpiMultichannelAdministration> administration = RequireAdministration(this);
     const CCritSectionLocker disconnecting(m_connectionLock);

@@ -619,8 +619,7 @@ HRESULT CBScpiController::DoInterrupt()
 
 tagErrorReport CBScpiController::NullReport(const char* condition, int line) const
 {
-    const std::string name(condition, std::string_view(condition).find(' '));
-    return NullPointerError(kSourceUnit, this, name.c_str(), condition, line);
+    return NullPointerError(kSourceUnit, this, condition, line);
 }
 
 HRESULT CBScpiController::CheckPointers(Pointers pointers, int line) const

@@ -5,8 +5,6 @@
 #include "GuardedEntry.h"
 
 #include <array>
-#include <string>
-#include <string_view>
 #include <utility>
 
 namespace ZoVelkor
@@ -80,10 +78,7 @@ CBScpiStatusRegister::~CBScpiStatusRegister()
 
 HRESULT CBScpiStatusRegister::RefuseNull(const char* condition, int line)
 {
-    return GuardedEntry([&] {
-        const std::string name(condition, std::string_view(condition).find(' '));
-        return RepairError(NullPointerError(kSourceUnit, this, name.c_str(), condition, line));
-    });
+    return RefuseNullPointer(kSourceUnit, this, condition, line);
 }
 
 HRESULT CBScpiStatusRegister::ReadWord(RegisterWord CBScpiStatusRegister::*word, wchar_t* out)
