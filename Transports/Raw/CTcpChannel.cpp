@@ -1,6 +1,7 @@
 #include "CTcpChannel.h"
 
 #include "Bstr.h"
+#include "Common/EndpointText.h"
 #include "Common/ReplaceText.h"
 #include "GuardedEntry.h"
 
@@ -59,13 +60,6 @@ bool WaitForRoom(int socket) noexcept
 {
     pollfd descriptor{socket, POLLOUT, 0};
     return poll(&descriptor, 1, -1) > 0 || errno == EINTR;
-}
-
-std::string Text(const asio::ip::tcp::endpoint& endpoint)
-{
-    const std::string address = endpoint.address().to_string();
-    return (endpoint.address().is_v6() ? '[' + address + ']' : address) + ':' +
-           std::to_string(endpoint.port());
 }
 
 } // namespace
@@ -165,7 +159,7 @@ HRESULT CTcpChannel::DoAbort()
 
 HRESULT CTcpChannel::do_get_ChannelProperties(tag_ScpiChannelInfo* info)
 {
-    Replace(info->bsName, "TCPIP " + Text(m_remote));
+    Replace(info->bsName, "TCPIP " + EndpointText(m_remote));
     Replace(info->bsLocalAddress, m_local.address().to_string());
     Replace(info->bsRemoteAddress, m_remote.address().to_string());
     info->iKind = ZO_CHANNEL_KIND_RAW_SOCKET;

@@ -1,6 +1,7 @@
 #include "CTcpServer.h"
 
 #include "CTcpChannel.h"
+#include "Common/EndpointText.h"
 #include "GuardedEntry.h"
 #include "ThreadBasics.h"
 
@@ -310,10 +311,7 @@ std::uint16_t CTcpServer::Port() const noexcept
 
 std::string CTcpServer::Endpoint() const
 {
-    const tcp::endpoint endpoint = m_implementation->LocalEndpoint();
-    const std::string address = endpoint.address().to_string();
-    return (endpoint.address().is_v6() ? '[' + address + ']' : address) + ':' +
-           std::to_string(endpoint.port());
+    return EndpointText(m_implementation->LocalEndpoint());
 }
 
 std::size_t CTcpServer::SessionCount() const
