@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KeywordForms.h"
 #include "ScpiCommandTable.h"
 
 #include <algorithm>
@@ -113,9 +114,7 @@ AreSuffixExpressions(std::span<const _CMD_SET_RECORD> table, std::uint32_t heade
 /// @param words  their values count from 1 in the order of the table
 inline std::string ShortWord(std::span<const _CMD_SET_RECORD> table, Group words, long value)
 {
-    std::string word = table[words.first + static_cast<std::uint32_t>(value) - 1].chr.szKeyword;
-    std::erase_if(word, [](char c) { return c >= 'a' && c <= 'z'; });
-    return word;
+    return ShortForm(table[words.first + static_cast<std::uint32_t>(value) - 1].chr.szKeyword);
 }
 
 } // namespace ZoVelkor::Demo

@@ -1,8 +1,7 @@
 #include "CScpiSinkFramework.h"
 
 #include "ErrorRaising.h"
-
-#include <algorithm>
+#include "ResponseData.h"
 
 namespace ZoVelkor
 {
@@ -46,14 +45,8 @@ HRESULT CScpiSinkFramework::FinishCommandExecution(long result, CScpiFunctionExe
 
 std::string CScpiSinkFramework::GetScpiStringFormat(std::string_view text)
 {
-    std::string formatted;
-    formatted.reserve(text.size() + 2 + static_cast<std::size_t>(std::count(text.begin(), text.end(), '"')));
-    formatted += '"';
-    for (const char character : text)
-    {
-        formatted.append(character == '"' ? 2 : 1, character);
-    }
-    formatted += '"';
+    std::string formatted(QuotedSize(text), '\0');
+    WriteQuoted(formatted.data(), text);
     return formatted;
 }
 

@@ -6,6 +6,7 @@
 #include "IZOScpiOutputBuffer.h"
 #include "IZOScpiStatusManagement.h"
 #include "IZOScpiStatusRegister.h"
+#include "ResponseData.h"
 #include "ZoString.h"
 
 #include <algorithm>
@@ -175,24 +176,13 @@ std::string_view FormatFixed(NumberBuffer& buffer, double value) noexcept
     return {buffer.data(), static_cast<std::size_t>(end - buffer.data())};
 }
 
-std::string_view FormatBlockHeader(NumberBuffer& buffer, unsigned long length) noexcept
-{
-    std::array<char, std::numeric_limits<unsigned long>::digits10 + 1> digits{};
-    const char* digitsEnd = std::to_chars(digits.data(), digits.data() + digits.size(), length).ptr;
-    char* out = buffer.data();
-    *out++ = '#';
-    out = std::to_chars(out, buffer.data() + buffer.size(), digitsEnd - digits.data()).ptr;
-    out = std::copy(static_cast<const char*>(digits.data()), digitsEnd, out);
-    return {buffer.data(), static_cast<std::size_t>(out - buffer.data())};
-}
-
 BlockWrite WriteBlock(IZOScpiOutputBuffer& output, const char* data, long length)
 {
     const auto size = static_cast<unsigned long>(length);
-    NumberBuffer buffer;
-    const std::string_view header = FormatBlockHeader(buffer, size);
+    char header[kMaxBlockHeaderSize];
+    const auto headerSize = static_cast<std::size_t>(WriteDefiniteBlockHeader(header, size) - header);
     CComBSTR error;
-    HRESULT result = output.Write(header.size(), header.data(), &error);
+    HRESULT result = output.Write(headerSize, header, &error);
     if (SUCCEEDED(result))
     {
         result = output.WriteBinary(size, reinterpret_cast<const unsigned char*>(data), &error);

@@ -189,8 +189,6 @@ using NumberBuffer = std::array<char, 336>;
 std::string_view FormatInteger(NumberBuffer& buffer, long value) noexcept;
 /// As "%f".
 std::string_view FormatFixed(NumberBuffer& buffer, double value) noexcept;
-/// Definite-length block header; the count has two digits from ten digits of length on.
-std::string_view FormatBlockHeader(NumberBuffer& buffer, unsigned long length) noexcept;
 
 /// The result of a write and, when it failed, the text that the output buffer gave.
 struct BlockWrite

@@ -3,11 +3,11 @@
 #include "CNumericSuffixExpression.h"
 #include "CScpiToken.h"
 #include "CharacterClasses.h"
+#include "KeywordForms.h"
 #include "UnitMultipliers.h"
 
 #include <algorithm>
 #include <bit>
-#include <cctype>
 #include <cstring>
 #include <iterator>
 #include <limits>
@@ -25,30 +25,6 @@ constexpr std::uint32_t kAnyKind = kNumericBits | ARG_BLOCK | ARG_STRG | ARG_EXP
 
 constexpr SuffixSlot kAnySuffix{0, std::numeric_limits<std::int32_t>::max(), 0, 0, true};
 constexpr SuffixSlot kEmptySuffix{1, 0, 0, 0, true};
-
-bool IsLower(char c)
-{
-    return c >= 'a' && c <= 'z';
-}
-
-/// The short form ends where the small letters begin; a keyword without small letters follows the general
-/// rule. Digits at the end belong to both forms: TIMer1 is TIMER1 or TIM1.
-std::string ShortForm(const std::string& keyword)
-{
-    std::size_t stemLength = keyword.size();
-    while (stemLength > 0 && IsDigit(keyword[stemLength - 1]))
-    {
-        --stemLength;
-    }
-    const std::string stem = keyword.substr(0, stemLength);
-    const std::string digits = keyword.substr(stemLength);
-    const auto small = std::find_if(stem.begin(), stem.end(), IsLower);
-    if (small == stem.begin() || small == stem.end())
-    {
-        return CScpiToken::ScpiToken2ShortForm(stem) + digits;
-    }
-    return std::string(stem.begin(), small) + digits;
-}
 
 std::string WithoutBrackets(std::string_view keyword)
 {

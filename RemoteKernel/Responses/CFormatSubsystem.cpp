@@ -3,6 +3,7 @@
 #include "CComVariant.h"
 #include "GuardedEntry.h"
 #include "Parsing/NumberText.h"
+#include "ResponseData.h"
 #include "ResponseNumber.h"
 #include "ResponseText.h"
 
@@ -316,25 +317,13 @@ HRESULT CFormatSubsystem::StringText(unsigned long length, const char* text)
         return E_POINTER;
     }
     const std::string_view contents(text, length);
-    const auto quotes = static_cast<std::size_t>(std::count(contents.begin(), contents.end(), '"'));
     char* place = nullptr;
-    const HRESULT result = m_output->Prepare(length + quotes + 2, &place);
+    const HRESULT result = m_output->Prepare(QuotedSize(contents), &place);
     if (FAILED(result))
     {
         return result;
     }
-    char* end = place;
-    *end++ = '"';
-    for (const char c : contents)
-    {
-        if (c == '"')
-        {
-            *end++ = '"';
-        }
-        *end++ = c;
-    }
-    *end++ = '"';
-    m_output->Commit(static_cast<std::size_t>(end - place));
+    m_output->Commit(static_cast<std::size_t>(WriteQuoted(place, contents) - place));
     return S_OK;
 }
 
@@ -469,12 +458,8 @@ HRESULT CFormatSubsystem::WriteBinaryNumber(const VARIANT& value) noexcept
 
 HRESULT CFormatSubsystem::WriteBlockHeader(std::size_t dataBytes) noexcept
 {
-    char length[24];
-    const std::string_view digits(
-        length, static_cast<std::size_t>(WriteInteger(length, std::uint64_t{dataBytes}) - length));
-    const char begin[] = {'#', static_cast<char>('0' + digits.size())};
-    const HRESULT result = WriteRaw({begin, sizeof begin});
-    return FAILED(result) ? result : WriteRaw(digits);
+    char header[kMaxBlockHeaderSize];
+    return WriteRaw({header, static_cast<std::size_t>(WriteDefiniteBlockHeader(header, dataBytes) - header)});
 }
 
 HRESULT CFormatSubsystem::OutputDoubles(const double* values, unsigned long count)

@@ -1,5 +1,6 @@
 #include "CStatusManagement.h"
 
+#include "KeywordForms.h"
 #include "StatusBits.h"
 
 #include <algorithm>
@@ -43,10 +44,7 @@ bool EqualsNoCase(std::wstring_view left, std::wstring_view right) noexcept
 /// Compares a keyword with its syntax form, whose short form is in capitals.
 bool IsKeyword(std::wstring_view text, std::wstring_view syntax) noexcept
 {
-    const auto* const shortEnd =
-        std::find_if(syntax.begin(), syntax.end(), [](wchar_t c) { return c >= L'a' && c <= L'z'; });
-    const auto shortLength = static_cast<std::size_t>(shortEnd - syntax.begin());
-    return EqualsNoCase(text, syntax) || EqualsNoCase(text, syntax.substr(0, shortLength));
+    return EqualsNoCase(text, syntax) || EqualsNoCase(text, LeadingCapitals(syntax));
 }
 
 /// Compares a register's name keyword by keyword.

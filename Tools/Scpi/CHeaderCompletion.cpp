@@ -1,6 +1,7 @@
 #include "CHeaderCompletion.h"
 
 #include "CScpiToken.h"
+#include "KeywordForms.h"
 
 #include <algorithm>
 #include <cctype>
@@ -13,7 +14,6 @@ namespace
 {
 
 constexpr std::size_t kRoot = 0;
-constexpr std::string_view kDigits = "0123456789";
 constexpr std::string_view kStructure = ":[]";
 constexpr std::string_view kBlanks = " \t";
 
@@ -40,25 +40,12 @@ bool HasCapitals(std::string_view text)
     return std::any_of(text.begin(), text.end(), [](unsigned char c) { return std::isupper(c) != 0; });
 }
 
-std::string_view WithoutSuffix(std::string_view keyword)
-{
-    return keyword.substr(0, keyword.find_last_not_of(kDigits) + 1);
-}
-
-/// The capitals at the beginning of a listed keyword are its short form.
-std::string_view ShortForm(std::string_view listed)
-{
-    const auto* const end =
-        std::find_if(listed.begin(), listed.end(), [](unsigned char c) { return std::islower(c) != 0; });
-    return listed.substr(0, static_cast<std::size_t>(end - listed.begin()));
-}
-
 bool IsKeyword(std::string_view listed, std::string_view typed)
 {
     const auto isOneOf = [&](const std::string& text) {
-        return text == ShortForm(listed) || text == Capitals(listed);
+        return text == LeadingCapitals(listed) || text == Capitals(listed);
     };
-    return isOneOf(Capitals(typed)) || isOneOf(Capitals(WithoutSuffix(typed)));
+    return isOneOf(Capitals(typed)) || isOneOf(Capitals(WithoutDigits(typed)));
 }
 
 /// The commands of a line, at least one; separators in strings are text.

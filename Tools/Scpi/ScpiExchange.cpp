@@ -2,6 +2,7 @@
 
 #include "Common/CToolError.h"
 #include "Common/ToolFiles.h"
+#include "ResponseData.h"
 
 #include <fmt/format.h>
 
@@ -78,9 +79,10 @@ void Ask(CInstrumentLink& link, const ScpiCommand& command, std::string_view que
         return;
     }
     const std::size_t size = FileSize(command.inputFile);
-    const std::string digits = std::to_string(size);
-    const std::string head = fmt::format("{}#{}{}", command.text, digits.size(), digits);
-    link.Send(head, size == 0);
+    char header[kMaxBlockHeaderSize];
+    const std::string_view head(header,
+                                static_cast<std::size_t>(WriteDefiniteBlockHeader(header, size) - header));
+    link.Send(fmt::format("{}{}", command.text, head), size == 0);
     if (size > 0)
     {
         link.SendFile(command.inputFile, size);
