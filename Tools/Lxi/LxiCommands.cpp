@@ -1,6 +1,7 @@
 #include "CLxiEventEndpoint.h"
 #include "CLxiListener.h"
 #include "CLxiTransmitter.h"
+#include "Common/Actions.h"
 #include "Common/HexDump.h"
 #include "Common/Subcommands.h"
 #include "Common/TimeoutOption.h"
@@ -174,14 +175,7 @@ constexpr unsigned kCount = 0x10;
 constexpr unsigned kInterface = 0x20;
 constexpr unsigned kJson = 0x40;
 
-struct LxiAction
-{
-    const char* name;
-    const char* description;
-    unsigned takes;
-    const char* examples;
-    ExitCode (*run)(const LxiOptions& options);
-};
+using LxiAction = ToolAction<LxiOptions>;
 
 // clang-format off
 constexpr LxiAction kActions[] = {
@@ -294,13 +288,7 @@ void AddLxiCommands(CLI::App& tool, ExitCode& result)
     lxi.require_subcommand(1);
     lxi.footer(kLxiFooter);
     const auto options = std::make_shared<LxiOptions>();
-    for (const LxiAction& action : kActions)
-    {
-        CLI::App& command = *lxi.add_subcommand(action.name, action.description);
-        command.footer(action.examples);
-        AddOptions(command, action.takes, *options);
-        command.callback([options, &action, &result] { result = action.run(*options); });
-    }
+    AddActions(lxi, std::span<const LxiAction>(kActions), options, &AddOptions, result);
 }
 
 } // namespace ZoVelkor::Tools

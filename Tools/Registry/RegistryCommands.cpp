@@ -1,3 +1,4 @@
+#include "Common/Actions.h"
 #include "Common/Subcommands.h"
 #include "Common/ToolFiles.h"
 #include "RegistryFile.h"
@@ -394,14 +395,7 @@ constexpr unsigned kCount = 0x200;
 constexpr unsigned kJson = 0x400;
 constexpr unsigned kMakesRegistry = 0x800; ///< a new registry is made where there is none
 
-struct RegistryAction
-{
-    const char* name;
-    const char* description;
-    unsigned takes;
-    const char* examples;
-    ExitCode (*run)(const RegistryOptions& options);
-};
+using RegistryAction = ToolAction<RegistryOptions>;
 
 // clang-format off
 constexpr RegistryAction kActions[] = {
@@ -531,17 +525,12 @@ void AddRegistryCommands(CLI::App& tool, ExitCode& result)
     registry.require_subcommand(1);
     registry.footer(kRegistryFooter);
     const auto options = std::make_shared<RegistryOptions>();
-    for (const RegistryAction& action : kActions)
-    {
-        CLI::App& command = *registry.add_subcommand(action.name, action.description);
-        command.footer(action.examples);
-        AddOptions(command, action.takes, *options);
-        command.callback([options, &action, &command, &result] {
-            const CLI::Option* const value = command.get_option_no_throw("value");
-            options->isValueGiven = value != nullptr && value->count() != 0;
-            result = Run(action, *options);
-        });
-    }
+    const auto run = [](const CLI::App& command, const RegistryAction& action, RegistryOptions& given) {
+        const CLI::Option* const value = command.get_option_no_throw("value");
+        given.isValueGiven = value != nullptr && value->count() != 0;
+        return Run(action, given);
+    };
+    AddActions(registry, std::span<const RegistryAction>(kActions), options, &AddOptions, run, result);
 }
 
 } // namespace ZoVelkor::Tools

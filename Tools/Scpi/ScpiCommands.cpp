@@ -1,4 +1,5 @@
 #include "AnswerOutput.h"
+#include "Common/Actions.h"
 #include "Common/CInterruptWatcher.h"
 #include "Common/Subcommands.h"
 #include "Common/TimeoutOption.h"
@@ -111,14 +112,7 @@ constexpr unsigned kCommands = 0x1;
 constexpr unsigned kOutput = 0x2;
 constexpr unsigned kInput = 0x4;
 
-struct ScpiAction
-{
-    const char* name;
-    const char* description;
-    unsigned takes;
-    const char* examples;
-    ExitCode (*run)(const ScpiOptions& options);
-};
+using ScpiAction = ToolAction<ScpiOptions>;
 
 // clang-format off
 constexpr ScpiAction kActions[] = {
@@ -180,13 +174,7 @@ void AddScpiCommands(CLI::App& tool, ExitCode& result)
     scpi.require_subcommand(0, 1);
     scpi.footer(kScpiFooter);
     const auto options = std::make_shared<ScpiOptions>();
-    for (const ScpiAction& action : kActions)
-    {
-        CLI::App& command = *scpi.add_subcommand(action.name, action.description);
-        command.footer(action.examples);
-        AddOptions(command, action.takes, *options);
-        command.callback([options, &action, &result] { result = action.run(*options); });
-    }
+    AddActions(scpi, std::span<const ScpiAction>(kActions), options, &AddOptions, result);
     scpi.add_option("address", options->address, "Instrument for a console")->type_name("ADDRESS");
     AddTimeoutOption(scpi, options->timeoutSeconds);
     scpi.callback([options, &scpi, &result] {

@@ -1,5 +1,6 @@
 #include "CScpiParserTable.h"
 #include "CScpiPropErrorStrategy.h"
+#include "Common/Actions.h"
 #include "Common/Subcommands.h"
 #include "Common/TimeoutOption.h"
 #include "Common/ToolFiles.h"
@@ -279,31 +280,24 @@ constexpr unsigned kDiagnostic = 0x8;
 constexpr unsigned kOutputFile = 0x10;
 constexpr unsigned kOutputFolder = 0x20;
 
-struct TableAction
-{
-    const char* name;
-    const char* description;
-    unsigned takes;
-    const char* example;
-    ExitCode (*run)(const TableOptions& options);
-};
+using TableAction = ToolAction<TableOptions>;
 
 // clang-format off
 constexpr TableAction kActions[] = {
     {"headers", "List the commands, one a line", kOneSource | kDiagnostic,
-     "zo table headers TCPIP::localhost::5025::SOCKET", PrintHeaders},
+     "Example: zo table headers TCPIP::localhost::5025::SOCKET", PrintHeaders},
     {"syntax", "List the commands with their parameters", kOneSource | kDiagnostic,
-     "zo table syntax demo.tab", PrintSyntax},
+     "Example: zo table syntax demo.tab", PrintSyntax},
     {"groups", "Show the groups of records that a table consists of", kOneSource,
-     "zo table groups demo.tab", PrintGroups},
+     "Example: zo table groups demo.tab", PrintGroups},
     {"check", "Examine tables and say all that is wrong with them; 1 when one is damaged", kManySources,
-     "zo table check analyser.tab generator.tab", CheckAll},
+     "Example: zo table check analyser.tab generator.tab", CheckAll},
     {"merge", "Join tables; later definitions of a command replace earlier ones, which is told", kManySources | kOutputFile,
-     "zo table merge analyser.tab generator.tab -o joined.tab", Merge},
+     "Example: zo table merge analyser.tab generator.tab -o joined.tab", Merge},
     {"source", "Write a table as C++ text: PrsTab.hpp and PrsTab.cpp", kOneSource | kOutputFolder,
-     "zo table source demo.tab -o generated", WriteSource},
+     "Example: zo table source demo.tab -o generated", WriteSource},
     {"save", "Fetch the joined table of a running instrument into a file", kAddress | kOutputFile,
-     "zo table save localhost:5025 -o demo.tab", Save},
+     "Example: zo table save localhost:5025 -o demo.tab", Save},
 };
 // clang-format on
 
@@ -356,13 +350,7 @@ void AddTableCommands(CLI::App& tool, ExitCode& result)
     table.require_subcommand(1);
     table.footer(kTableFooter);
     const auto options = std::make_shared<TableOptions>();
-    for (const TableAction& action : kActions)
-    {
-        CLI::App& command = *table.add_subcommand(action.name, action.description);
-        command.footer(fmt::format("Example: {}", action.example));
-        AddOptions(command, action.takes, *options);
-        command.callback([options, &action, &result] { result = action.run(*options); });
-    }
+    AddActions(table, std::span<const TableAction>(kActions), options, &AddOptions, result);
 }
 
 } // namespace ZoVelkor::Tools
