@@ -1,7 +1,13 @@
 #include "CBScpiBlockData.h"
 #include "CComObject.h"
+#include "ResponseData.h"
 
 #include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <utility>
 
 namespace ZoVelkor::Testing
 {
@@ -52,6 +58,23 @@ TEST(BlockHeader, IsRecognised)
         std::int64_t length = 99;
         EXPECT_EQ(CBScpiBlockData::ParseBlockDataHeader(row.szText, length), row.result) << row.szText;
         EXPECT_EQ(length, row.length) << row.szText;
+    }
+}
+
+TEST(BlockHeader, IsWrittenWithTheCountOfItsDigits)
+{
+    constexpr std::pair<std::uint64_t, const char*> kCases[] = {
+        {0, "#10"},
+        {9, "#19"},
+        {10, "#210"},
+        {999'999'999, "#9999999999"},
+        {1'000'000'000, "#101000000000"},
+        {std::numeric_limits<std::uint64_t>::max(), "#2018446744073709551615"},
+    };
+    for (const auto& [length, expected] : kCases)
+    {
+        char header[kMaxBlockHeaderSize];
+        EXPECT_EQ(std::string(header, WriteDefiniteBlockHeader(header, length)), expected);
     }
 }
 
