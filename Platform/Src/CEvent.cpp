@@ -1,5 +1,7 @@
 #include "CEvent.h"
 
+#include "CReadLocker.h"
+
 #include <cerrno>
 #include <cstdint>
 #include <utility>
@@ -20,7 +22,7 @@ void CEvent::Set() noexcept
 
 void CEvent::Reset() noexcept
 {
-    const std::shared_lock lock(TakingLock());
+    const ZoVelkor::CReadLocker lock(TakingLock());
     static_cast<void>(Drain());
 }
 
@@ -28,23 +30,29 @@ bool CEvent::TryTake() noexcept
 {
     if (m_manualReset)
     {
-        return TryTakeLocked();
+        SeeSettings();
+        return true;
     }
-    const std::shared_lock lock(TakingLock());
+    const ZoVelkor::CReadLocker lock(TakingLock());
     return TryTakeLocked();
 }
 
 bool CEvent::TryTakeLocked() noexcept
 {
     const bool taken = m_manualReset || Drain();
-    static_cast<void>(m_settings.load(std::memory_order_acquire));
+    SeeSettings();
     return taken;
 }
 
-std::shared_mutex& CEvent::TakingLock() noexcept
+ZoVelkor::CSharedMutex& CEvent::TakingLock() noexcept
 {
-    static std::shared_mutex lock;
+    static ZoVelkor::CSharedMutex lock;
     return lock;
+}
+
+void CEvent::SeeSettings() const noexcept
+{
+    static_cast<void>(m_settings.load(std::memory_order_acquire));
 }
 
 bool CEvent::Drain() const noexcept

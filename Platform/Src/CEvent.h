@@ -1,9 +1,9 @@
 #pragma once
 
+#include "CSharedMutex.h"
 #include "CUniqueHandle.h"
 
 #include <atomic>
-#include <shared_mutex>
 #include <unistd.h>
 
 /// Owner of a file descriptor.
@@ -23,17 +23,18 @@ public:
     /// @return false when another waiter was faster
     [[nodiscard]] bool TryTake() noexcept;
 
-    /// TryTake for a caller who holds TakingLock exclusively.
-    [[nodiscard]] bool TryTakeLocked() noexcept;
-
     [[nodiscard]] int Descriptor() const noexcept { return m_descriptor.Get(); }
 
     /// Held shared by whoever resets one event, and exclusively by a wait for all from its look at the events
     /// to their taking, so that no event can change back in between.
-    static std::shared_mutex& TakingLock() noexcept;
+    static ZoVelkor::CSharedMutex& TakingLock() noexcept;
+
+    /// TryTake for a caller who holds TakingLock.
+    [[nodiscard]] bool TryTakeLocked() noexcept ZO_REQUIRES_SHARED(TakingLock());
 
 private:
-    bool Drain() const noexcept;
+    bool Drain() const noexcept ZO_REQUIRES_SHARED(TakingLock());
+    void SeeSettings() const noexcept;
 
     CUniqueDescriptor m_descriptor;
     bool m_manualReset;

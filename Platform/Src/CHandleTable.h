@@ -1,12 +1,12 @@
 #pragma once
 
+#include "CReadLocker.h"
+#include "CWriteLocker.h"
 #include "Handle.h"
 
 #include <cstdint>
 #include <deque>
 #include <memory>
-#include <mutex>
-#include <shared_mutex>
 #include <utility>
 #include <vector>
 
@@ -31,7 +31,7 @@ public:
     /// @throws std::bad_alloc
     [[nodiscard]] HANDLE Insert(std::shared_ptr<TObject> object)
     {
-        const std::unique_lock lock(m_lock);
+        const ZoVelkor::CWriteLocker lock(m_lock);
         const std::size_t index = TakeSlotLocked();
         if (index == kMaximumSlots)
         {
@@ -47,7 +47,7 @@ public:
     /// @return the object, kept alive by the result; null for a handle that is not open
     [[nodiscard]] std::shared_ptr<TObject> Find(HANDLE handle) const
     {
-        const std::shared_lock lock(m_lock);
+        const ZoVelkor::CReadLocker lock(m_lock);
         const Slot* slot = FindSlotLocked(handle);
         return slot == nullptr ? nullptr : slot->object;
     }
@@ -56,7 +56,7 @@ public:
     /// @throws std::bad_alloc, and the handle stays open
     [[nodiscard]] std::shared_ptr<TObject> Remove(HANDLE handle)
     {
-        const std::unique_lock lock(m_lock);
+        const ZoVelkor::CWriteLocker lock(m_lock);
         const Slot* slot = FindSlotLocked(handle);
         if (slot == nullptr)
         {
@@ -83,7 +83,7 @@ private:
     };
 
     /// The slot of an open handle, else null.
-    const Slot* FindSlotLocked(HANDLE handle) const noexcept
+    const Slot* FindSlotLocked(HANDLE handle) const noexcept ZO_REQUIRES_SHARED(m_lock)
     {
         const std::size_t index = (handle & kSlotMask) - 1;
         if (index >= m_slots.size())
@@ -95,7 +95,7 @@ private:
         return slot.object != nullptr && open == handle ? &slot : nullptr;
     }
 
-    std::size_t TakeSlotLocked()
+    std::size_t TakeSlotLocked() ZO_REQUIRES(m_lock)
     {
         const bool isFull = m_slots.size() == kMaximumSlots;
         if (m_freeSlots.size() > kRestingSlots || (isFull && !m_freeSlots.empty()))
@@ -112,10 +112,9 @@ private:
         return m_slots.size() - 1;
     }
 
-    mutable std::shared_mutex m_lock;
-    // Guarded by m_lock.
-    std::vector<Slot> m_slots;
-    std::deque<std::size_t> m_freeSlots;
+    mutable ZoVelkor::CSharedMutex m_lock;
+    std::vector<Slot> m_slots ZO_GUARDED_BY(m_lock);
+    std::deque<std::size_t> m_freeSlots ZO_GUARDED_BY(m_lock);
 };
 
 class CEvent;

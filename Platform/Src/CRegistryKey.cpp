@@ -1,5 +1,6 @@
 #include "CRegistryKey.h"
 
+#include "CMutexLocker.h"
 #include "CRegistryWatcher.h"
 #include "Registry.h"
 
@@ -271,7 +272,7 @@ DWORD CRegistryKey::QueryInfo(RegistryKeyInfo& info)
 {
     return m_store->Read([&](CRegistryConnection& connection) -> DWORD {
         const auto moment = m_store->Moment(connection);
-        const std::lock_guard lock(m_lock);
+        const ZoVelkor::CMutexLocker lock(m_lock);
         if (!moment || moment != m_infoMoment)
         {
             CRegistryStatement statement = connection.Use(RegistrySql::KeyInfo);
@@ -293,21 +294,24 @@ DWORD CRegistryKey::QueryInfo(RegistryKeyInfo& info)
 
 DWORD CRegistryKey::EnumValue(DWORD index, NameTarget& name, const ValueTarget& target)
 {
-    constexpr Enumeration kValues{RegistrySql::ValuesAfter, RegistrySql::ValueAt};
-    return Enumerate(kValues, m_valuePage, index, name, target);
+    constexpr Enumeration kEnumeration{kValues, RegistrySql::ValuesAfter, RegistrySql::ValueAt};
+    return Enumerate(kEnumeration, index, name, target);
 }
 
 DWORD CRegistryKey::EnumKey(DWORD index, NameTarget& name)
 {
-    constexpr Enumeration kKeys{RegistrySql::KeysAfter, RegistrySql::KeyAt};
-    return Enumerate(kKeys, m_keyPage, index, name, {});
+    constexpr Enumeration kEnumeration{kKeys, RegistrySql::KeysAfter, RegistrySql::KeyAt};
+    return Enumerate(kEnumeration, index, name, {});
 }
 
-DWORD CRegistryKey::Enumerate(
-    const Enumeration& enumeration, Page& page, DWORD index, NameTarget& name, const ValueTarget& target)
+DWORD CRegistryKey::Enumerate(const Enumeration& enumeration,
+                              DWORD index,
+                              NameTarget& name,
+                              const ValueTarget& target)
 {
     return m_store->Read([&](CRegistryConnection& connection) -> DWORD {
-        const std::lock_guard lock(m_lock);
+        const ZoVelkor::CMutexLocker lock(m_lock);
+        Page& page = m_pages[enumeration.enumerated];
         const auto moment = m_store->Moment(connection);
         const bool isSame = moment && moment == page.moment;
         const std::size_t offset = index - page.first;

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "CMutex.h"
 #include "CRegistryStore.h"
 #include "Handle.h"
 #include "RegistryNames.h"
 
+#include <array>
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <span>
 #include <string>
@@ -94,21 +95,29 @@ private:
         std::string bytes;
         std::string lastFolded; ///< of the last entry
     };
-    /// The statements of one enumeration.
+    /// What is enumerated; numbers the pages.
+    enum Enumerated : std::size_t
+    {
+        kValues,
+        kKeys,
+        kEnumeratedCount
+    };
+    /// The statements of one enumeration, and its page.
     struct Enumeration
     {
+        Enumerated enumerated;
         RegistrySql after; ///< a name
         RegistrySql at;    ///< a number
     };
 
-    DWORD Enumerate(
-        const Enumeration& enumeration, Page& page, DWORD index, NameTarget& name, const ValueTarget& target);
+    DWORD
+    Enumerate(const Enumeration& enumeration, DWORD index, NameTarget& name, const ValueTarget& target);
     /// @param isNext  the number is that behind the page
     void ReadAheadLocked(CRegistryConnection& connection,
                          const Enumeration& enumeration,
                          Page& page,
                          DWORD index,
-                         bool isNext) const;
+                         bool isNext) const ZO_REQUIRES(m_lock);
     DWORD ErrorOfMissing(CRegistryConnection& connection, DWORD error) const;
     DWORD Remove(const wchar_t* subKey, bool withTree) const;
 
@@ -118,10 +127,8 @@ private:
 
     std::atomic<bool> m_isClosed{false};
 
-    std::mutex m_lock; // no other lock is taken while it is held
-    // Guarded by m_lock.
-    Page m_valuePage;
-    Page m_keyPage;
-    std::optional<RegistryMoment> m_infoMoment;
-    RegistryKeyInfo m_info;
+    ZoVelkor::CMutex m_lock; // no other lock is taken while it is held
+    std::array<Page, kEnumeratedCount> m_pages ZO_GUARDED_BY(m_lock);
+    std::optional<RegistryMoment> m_infoMoment ZO_GUARDED_BY(m_lock);
+    RegistryKeyInfo m_info ZO_GUARDED_BY(m_lock);
 };

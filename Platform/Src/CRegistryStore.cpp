@@ -114,7 +114,7 @@ CRegistryStore::NoteChange(CRegistryConnection& connection, std::int64_t key, Re
 
 CRegistryWatcher& CRegistryStore::Watcher()
 {
-    const std::lock_guard lock(m_lock);
+    const ZoVelkor::CMutexLocker lock(m_lock);
     if (m_watcher == nullptr)
     {
         m_watcher = std::make_unique<CRegistryWatcher>(*this);
@@ -124,14 +124,14 @@ CRegistryWatcher& CRegistryStore::Watcher()
 
 CRegistryWatcher* CRegistryStore::ExistingWatcher() noexcept
 {
-    const std::lock_guard lock(m_lock);
+    const ZoVelkor::CMutexLocker lock(m_lock);
     return m_watcher.get();
 }
 
 std::unique_ptr<CRegistryConnection> CRegistryStore::TakeConnection()
 {
     {
-        const std::lock_guard lock(m_lock);
+        const ZoVelkor::CMutexLocker lock(m_lock);
         if (!m_idle.empty())
         {
             auto connection = std::move(m_idle.back());
@@ -148,7 +148,7 @@ std::unique_ptr<CRegistryConnection> CRegistryStore::Open()
     {
         throw CSqliteError(SQLITE_CANTOPEN, "neither ZO_REGISTRY nor HOME says where the registry is");
     }
-    const std::lock_guard lock(m_openLock);
+    const ZoVelkor::CMutexLocker lock(m_openLock);
     MakeFile();
     OpenBell();
     ++m_openings;
@@ -184,7 +184,7 @@ void CRegistryStore::OpenBell()
         return;
     }
     CUniqueDescriptor bell(::open(BellFile().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnFile));
-    const std::lock_guard lock(m_lock);
+    const ZoVelkor::CMutexLocker lock(m_lock);
     m_bell = std::move(bell);
 }
 
@@ -196,14 +196,14 @@ void CRegistryStore::RingBell() noexcept
 
 int CRegistryStore::Bell() noexcept
 {
-    const std::lock_guard lock(m_lock);
+    const ZoVelkor::CMutexLocker lock(m_lock);
     return m_bell.Get();
 }
 
-void CRegistryStore::GiveBack(std::unique_ptr<CRegistryConnection> connection, Fault& fault)
+void CRegistryStore::GiveBack(std::unique_ptr<CRegistryConnection> connection, Work work)
 {
-    const std::lock_guard lock(m_lock);
-    fault.toldCode = SQLITE_OK;
+    const ZoVelkor::CMutexLocker lock(m_lock);
+    m_faults[work].toldCode = SQLITE_OK;
     KeepLocked(std::move(connection));
 }
 
@@ -217,17 +217,18 @@ void CRegistryStore::KeepLocked(std::unique_ptr<CRegistryConnection> connection)
 
 DWORD CRegistryStore::Tell(const CSqliteError& error,
                            std::unique_ptr<CRegistryConnection> connection,
-                           Fault& fault)
+                           Work work)
 {
     const FaultRow& row = FindFaultRow(error.Code());
     if (!row.isPassing)
     {
         // The file may be repaired or replaced meanwhile: begin anew.
         connection.reset();
-        const std::lock_guard lock(m_openLock);
+        const ZoVelkor::CMutexLocker lock(m_openLock);
         m_isPrepared = false;
     }
-    const std::lock_guard lock(m_lock);
+    const ZoVelkor::CMutexLocker lock(m_lock);
+    Fault& fault = m_faults[work];
     if (fault.toldCode != error.Code())
     {
         fault.toldCode = error.Code();

@@ -1,12 +1,13 @@
 #pragma once
 
 #include "CEvent.h"
+#include "CMutexLocker.h"
 #include "CRegistryConnection.h"
 #include "LastError.h"
 
+#include <array>
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -48,7 +49,7 @@ public:
     template <class TBody>
     DWORD Read(const TBody& body)
     {
-        return Run(m_readFault, body);
+        return Run(kReading, body);
     }
 
     /// Runs a body that changes something, in a transaction that is committed when the body succeeds.
@@ -56,8 +57,8 @@ public:
     DWORD Write(const TBody& body)
     {
         // Threads of this process queue here, because SQLite would let them sleep.
-        const std::lock_guard lock(m_writeLock);
-        const DWORD error = Run(m_writeFault, [&body](CRegistryConnection& connection) {
+        const ZoVelkor::CMutexLocker lock(m_writeLock);
+        const DWORD error = Run(kWriting, [&body](CRegistryConnection& connection) {
             CRegistryTransaction transaction(connection, RegistrySql::BeginWrite);
             const DWORD result = body(connection);
             if (result == ERROR_SUCCESS)
@@ -91,6 +92,13 @@ public:
     CRegistryWatcher* ExistingWatcher() noexcept;
 
 private:
+    /// Numbers the faults.
+    enum Work : std::size_t
+    {
+        kReading,
+        kWriting,
+        kWorkCount
+    };
     /// The failure that was told last, so that the same one is not told again and again.
     struct Fault
     {
@@ -99,19 +107,19 @@ private:
     };
 
     template <class TBody>
-    DWORD Run(Fault& fault, const TBody& body)
+    DWORD Run(Work work, const TBody& body)
     {
         std::unique_ptr<CRegistryConnection> connection;
         try
         {
             connection = TakeConnection();
             const DWORD error = body(*connection);
-            GiveBack(std::move(connection), fault);
+            GiveBack(std::move(connection), work);
             return error;
         }
         catch (const CSqliteError& error)
         {
-            return Tell(error, std::move(connection), fault);
+            return Tell(error, std::move(connection), work);
         }
     }
 
@@ -122,22 +130,19 @@ private:
     void RingBell() noexcept;
     /// Stays open once it is; -1 before.
     int Bell() noexcept;
-    void GiveBack(std::unique_ptr<CRegistryConnection> connection, Fault& fault);
-    void KeepLocked(std::unique_ptr<CRegistryConnection> connection);
-    DWORD Tell(const CSqliteError& error, std::unique_ptr<CRegistryConnection> connection, Fault& fault);
+    void GiveBack(std::unique_ptr<CRegistryConnection> connection, Work work);
+    void KeepLocked(std::unique_ptr<CRegistryConnection> connection) ZO_REQUIRES(m_lock);
+    DWORD Tell(const CSqliteError& error, std::unique_ptr<CRegistryConnection> connection, Work work);
 
     const std::string m_file;
     std::atomic<std::uint32_t> m_openings{0};
-    std::mutex m_writeLock;
-    std::mutex m_openLock; // taken before m_lock
-    // Guarded by m_openLock.
-    bool m_isPrepared = false;
+    ZoVelkor::CMutex m_writeLock ZO_ACQUIRED_BEFORE(m_openLock);
+    ZoVelkor::CMutex m_openLock ZO_ACQUIRED_BEFORE(m_lock);
+    bool m_isPrepared ZO_GUARDED_BY(m_openLock) = false;
 
-    std::mutex m_lock;
-    // Guarded by m_lock.
-    CUniqueDescriptor m_bell;
-    std::vector<std::unique_ptr<CRegistryConnection>> m_idle;
-    Fault m_readFault{"reading"};
-    Fault m_writeFault{"writing"};
-    std::unique_ptr<CRegistryWatcher> m_watcher;
+    ZoVelkor::CMutex m_lock;
+    CUniqueDescriptor m_bell ZO_GUARDED_BY(m_lock);
+    std::vector<std::unique_ptr<CRegistryConnection>> m_idle ZO_GUARDED_BY(m_lock);
+    std::array<Fault, kWorkCount> m_faults ZO_GUARDED_BY(m_lock){Fault{"reading"}, Fault{"writing"}};
+    std::unique_ptr<CRegistryWatcher> m_watcher ZO_GUARDED_BY(m_lock);
 };

@@ -1,5 +1,6 @@
 #include "CRegistryWatcher.h"
 
+#include "CMutexLocker.h"
 #include "CRegistryKey.h"
 #include "CRegistryStore.h"
 #include "Event.h"
@@ -129,13 +130,14 @@ CRegistryWatcher::~CRegistryWatcher()
 
 DWORD CRegistryWatcher::Arm(const CRegistryKey* handle, std::int64_t key, const WatchRequest& request)
 {
-    const std::lock_guard lock(m_lock);
+    const ZoVelkor::CMutexLocker lock(m_lock);
     // Whoever closes the key marks it before he takes the lock to end its requests.
     if (handle->IsClosed())
     {
         return ERROR_INVALID_HANDLE;
     }
     return m_store.Read([&](CRegistryConnection& connection) -> DWORD {
+        m_lock.AssertHeld();
         {
             CRegistryStatement exists = connection.Use(RegistrySql::KeyExists);
             if (!exists.Bind(key).Step())
@@ -156,7 +158,7 @@ DWORD CRegistryWatcher::Arm(const CRegistryKey* handle, std::int64_t key, const 
 
 void CRegistryWatcher::Forget(const CRegistryKey* handle) noexcept
 {
-    const std::lock_guard lock(m_lock);
+    const ZoVelkor::CMutexLocker lock(m_lock);
     if (const auto found = m_watches.find(handle); found != m_watches.end())
     {
         SetAll(found->second.pending);
@@ -188,7 +190,7 @@ void CRegistryWatcher::Loop()
 
 void CRegistryWatcher::ExamineAll() noexcept
 {
-    const std::lock_guard lock(m_lock);
+    const ZoVelkor::CMutexLocker lock(m_lock);
     if (ReadChangesLocked() == ERROR_SUCCESS)
     {
         return;
@@ -204,6 +206,7 @@ DWORD CRegistryWatcher::ReadChangesLocked() noexcept
 try
 {
     return m_store.Read([this](CRegistryConnection& connection) -> DWORD {
+        m_lock.AssertHeld();
         for (auto& [handle, watch] : m_watches)
         {
             if (!watch.pending.empty())

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "CEvent.h"
+#include "CMutex.h"
 #include "Handle.h"
 #include "PlatformTypes.h"
 
 #include <cstdint>
 #include <map>
-#include <mutex>
 #include <thread>
 #include <unordered_map>
 #include <vector>
@@ -58,16 +58,15 @@ private:
 
     void Loop();
     void ExamineAll() noexcept;
-    DWORD ReadChangesLocked() noexcept;
-    void ExamineLocked(CRegistryConnection& connection, Watch& watch);
+    DWORD ReadChangesLocked() noexcept ZO_REQUIRES(m_lock);
+    void ExamineLocked(CRegistryConnection& connection, Watch& watch) ZO_REQUIRES(m_lock);
 
     CRegistryStore& m_store;
     CUniqueDescriptor m_inotify;
     CUniqueDescriptor m_stop;
 
-    std::mutex m_lock; // the store's locks are taken behind it
-    // Guarded by m_lock.
-    std::map<const CRegistryKey*, Watch> m_watches;
+    ZoVelkor::CMutex m_lock; // the store's locks are taken behind it
+    std::map<const CRegistryKey*, Watch> m_watches ZO_GUARDED_BY(m_lock);
 
     std::jthread m_thread;
 };

@@ -3,8 +3,8 @@
 #include "CComObject.h"
 #include "CComPtr.h"
 #include "CComQIPtr.h"
+#include "CMutexLocker.h"
 
-#include <mutex>
 #include <new>
 #include <utility>
 
@@ -40,7 +40,7 @@ public:
     HRESULT SetSize(ULONGLONG /*size*/) override { return E_NOTIMPL; }
     CComPtr<IUnknown> Take() override
     {
-        const std::lock_guard lock(m_lock);
+        const ZoVelkor::CMutexLocker lock(m_lock);
         return std::exchange(m_object, nullptr);
     }
 
@@ -48,9 +48,8 @@ protected:
     ~CMarshalStream() = default;
 
 private:
-    std::mutex m_lock;
-    // Guarded by m_lock.
-    CComPtr<IUnknown> m_object;
+    ZoVelkor::CMutex m_lock;
+    CComPtr<IUnknown> m_object ZO_GUARDED_BY(m_lock);
 };
 } // namespace
 

@@ -1,6 +1,7 @@
 #include "Registry.h"
 
 #include "CHandleTable.h"
+#include "CMutexLocker.h"
 #include "CRegistryKey.h"
 #include "Event.h"
 
@@ -8,7 +9,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <memory>
-#include <mutex>
 #include <new>
 #include <string>
 #include <system_error>
@@ -68,7 +68,7 @@ public:
 
     std::shared_ptr<const Registry> Get()
     {
-        const std::lock_guard lock(m_lock);
+        const ZoVelkor::CMutexLocker lock(m_lock);
         if (m_registry == nullptr)
         {
             m_registry = MakeRegistry(FileOfEnvironment());
@@ -78,13 +78,13 @@ public:
 
     void Set(std::shared_ptr<const Registry> registry)
     {
-        const std::lock_guard lock(m_lock);
+        const ZoVelkor::CMutexLocker lock(m_lock);
         m_registry.swap(registry);
     }
 
 private:
-    std::mutex m_lock;
-    std::shared_ptr<const Registry> m_registry; // guarded by m_lock; null until it is needed
+    ZoVelkor::CMutex m_lock;
+    std::shared_ptr<const Registry> m_registry ZO_GUARDED_BY(m_lock); // null until it is needed
 };
 
 /// Gives a root the form with 32 zeros in front; other handles stay.

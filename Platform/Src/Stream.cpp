@@ -1,11 +1,11 @@
 #include "Stream.h"
 
 #include "CComObject.h"
+#include "CMutexLocker.h"
 
 #include <algorithm>
 #include <cstring>
 #include <limits>
-#include <mutex>
 #include <new>
 #include <stdexcept>
 #include <vector>
@@ -24,12 +24,11 @@ protected:
     ~CMemoryStream() = default;
 
 private:
-    HRESULT ResizeLocked(ULONGLONG size) noexcept;
+    HRESULT ResizeLocked(ULONGLONG size) noexcept ZO_REQUIRES(m_lock);
 
-    std::mutex m_lock;
-    // Guarded by m_lock.
-    std::vector<std::byte> m_bytes;
-    ULONGLONG m_position = 0;
+    ZoVelkor::CMutex m_lock;
+    std::vector<std::byte> m_bytes ZO_GUARDED_BY(m_lock);
+    ULONGLONG m_position ZO_GUARDED_BY(m_lock) = 0;
 };
 
 void StoreIfWanted(auto* target, auto value) noexcept
@@ -47,7 +46,7 @@ HRESULT CMemoryStream::Read(void* buffer, ULONG size, ULONG* readSize)
     {
         return E_POINTER;
     }
-    const std::lock_guard lock(m_lock);
+    const ZoVelkor::CMutexLocker lock(m_lock);
     const ULONGLONG left = m_position < m_bytes.size() ? m_bytes.size() - m_position : 0;
     const auto count = static_cast<ULONG>(std::min<ULONGLONG>(size, left));
     if (count != 0)
@@ -70,7 +69,7 @@ HRESULT CMemoryStream::Write(const void* buffer, ULONG size, ULONG* writtenSize)
     {
         return S_OK;
     }
-    const std::lock_guard lock(m_lock);
+    const ZoVelkor::CMutexLocker lock(m_lock);
     const ULONGLONG end = m_position + size;
     if (end > m_bytes.size())
     {
@@ -87,7 +86,7 @@ HRESULT CMemoryStream::Write(const void* buffer, ULONG size, ULONG* writtenSize)
 
 HRESULT CMemoryStream::Seek(LONGLONG offset, STREAM_SEEK origin, ULONGLONG* position)
 {
-    const std::lock_guard lock(m_lock);
+    const ZoVelkor::CMutexLocker lock(m_lock);
     ULONGLONG base = 0;
     switch (origin)
     {
@@ -114,7 +113,7 @@ HRESULT CMemoryStream::Seek(LONGLONG offset, STREAM_SEEK origin, ULONGLONG* posi
 
 HRESULT CMemoryStream::SetSize(ULONGLONG size)
 {
-    const std::lock_guard lock(m_lock);
+    const ZoVelkor::CMutexLocker lock(m_lock);
     return ResizeLocked(size);
 }
 

@@ -1,5 +1,6 @@
 #include "CEvent.h"
 #include "CHandleTable.h"
+#include "CWriteLocker.h"
 #include "Deadline.h"
 #include "Event.h"
 #include "LastError.h"
@@ -9,7 +10,6 @@
 #include <cerrno>
 #include <chrono>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <poll.h>
 #include <span>
@@ -123,7 +123,7 @@ private:
     /// @return nothing while one is not set
     std::optional<DWORD> TryTakeAll() noexcept
     {
-        const std::unique_lock lock(CEvent::TakingLock());
+        const ZoVelkor::CWriteLocker lock(CEvent::TakingLock());
         const DWORD polled = Poll(DeadlineAfter(0));
         if (polled == WAIT_FAILED)
         {
