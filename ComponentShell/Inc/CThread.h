@@ -1,15 +1,15 @@
 #pragma once
 
+#include "CCondition.h"
 #include "CCritSection.h"
+#include "CMutex.h"
 #include "CThreadRunObject.h"
 #include "PlatformTypes.h"
 #include "ThreadAnnotations.h"
 #include "ZoExport.h"
 
 #include <atomic>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 
@@ -65,7 +65,7 @@ private:
     void CancelReservation();
     void RefuseWork();
     HRESULT Begin(CThreadRunObject* pRunObject, std::unique_ptr<CThreadRunObject> owned);
-    HRESULT MakeSystemThread();
+    HRESULT MakeSystemThreadLocked() ZO_REQUIRES(m_mutex);
     void Loop();
     void RunOnce();
     void Forget() noexcept;
@@ -73,18 +73,18 @@ private:
     const std::string m_name;
     std::atomic<std::thread::id> m_threadId{};
 
-    // Taken before m_mutex, and held while Abort is passed on, so that the object cannot go meanwhile.
-    CCritSection m_runLock;
+    // Held while Abort is passed on, so that the object cannot go meanwhile.
+    CCritSection m_runLock ZO_ACQUIRED_BEFORE(m_mutex);
     CThreadRunObject* m_runObject ZO_GUARDED_BY(m_runLock) = nullptr;
     std::unique_ptr<CThreadRunObject> m_owned ZO_GUARDED_BY(m_runLock);
 
-    std::mutex m_mutex; // guards the flags, and m_systemThread until work is refused
-    std::condition_variable m_changed;
-    bool m_busy = false;
-    bool m_reserved = false;
-    bool m_refusing = false;
+    CMutex m_joinMutex ZO_ACQUIRED_BEFORE(m_mutex); // one joins, the others wait for it
 
-    std::mutex m_joinMutex; // one joins, the others wait for it
-    std::thread m_systemThread;
+    CMutex m_mutex;
+    CCondition m_changed;
+    bool m_busy ZO_GUARDED_BY(m_mutex) = false;
+    bool m_reserved ZO_GUARDED_BY(m_mutex) = false;
+    bool m_refusing ZO_GUARDED_BY(m_mutex) = false; // once set, no system thread is made any more
+    std::thread m_systemThread ZO_GUARDED_BY(m_mutex);
 };
 } // namespace ZoVelkor

@@ -1,6 +1,7 @@
 #include "CThread.h"
 
 #include "CCritSectionLocker.h"
+#include "CMutexLocker.h"
 #include "ErrorRaising.h"
 #include "Event.h"
 #include "GuardedEntry.h"
@@ -51,14 +52,18 @@ HRESULT CThread::Abort()
 
 HRESULT CThread::WaitUntilIdle(DWORD timeoutMs)
 {
-    const auto idle = [this] { return !m_busy; };
-    std::unique_lock lock(m_mutex);
+    const auto idle = [this] {
+        m_mutex.AssertHeld();
+        return !m_busy;
+    };
+    const CMutexLocker lock(m_mutex);
     if (timeoutMs == INFINITE)
     {
-        m_changed.wait(lock, idle);
+        m_changed.Wait(m_mutex, idle);
         return S_OK;
     }
-    return m_changed.wait_for(lock, std::chrono::milliseconds(timeoutMs), idle) ? S_OK : S_FALSE;
+    const auto deadline = CCondition::Clock::now() + std::chrono::milliseconds(timeoutMs);
+    return m_changed.WaitUntil(m_mutex, deadline, idle) ? S_OK : S_FALSE;
 }
 
 HRESULT CThread::Join()
@@ -69,17 +74,22 @@ HRESULT CThread::Join()
         return RepairError(ZO_ERROR(
             nullptr, "m_threadId != get_id()", "Thread " + m_name + " cannot join itself", E_UNEXPECTED));
     }
-    const std::lock_guard lock(m_joinMutex);
-    if (m_systemThread.joinable())
+    const CMutexLocker joining(m_joinMutex);
+    std::thread systemThread;
     {
-        m_systemThread.join();
+        const CMutexLocker lock(m_mutex);
+        systemThread.swap(m_systemThread);
+    }
+    if (systemThread.joinable())
+    {
+        systemThread.join();
     }
     return S_OK;
 }
 
 bool CThread::Reserve()
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     if (m_busy || m_reserved || m_refusing)
     {
         return false;
@@ -90,15 +100,15 @@ bool CThread::Reserve()
 
 void CThread::CancelReservation()
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     m_reserved = m_reserved && m_busy;
 }
 
 void CThread::RefuseWork()
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     m_refusing = true;
-    m_changed.notify_all();
+    m_changed.NotifyAll();
 }
 
 HRESULT CThread::Begin(CThreadRunObject* pRunObject, std::unique_ptr<CThreadRunObject> owned)
@@ -109,12 +119,12 @@ HRESULT CThread::Begin(CThreadRunObject* pRunObject, std::unique_ptr<CThreadRunO
         return RepairError(ZO_NULL_POINTER(nullptr, "pRunObject"));
     }
     const CCritSectionLocker locker(m_runLock);
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     if (m_busy)
     {
         return E_PENDING;
     }
-    const HRESULT result = m_refusing ? E_ABORT : MakeSystemThread();
+    const HRESULT result = m_refusing ? E_ABORT : MakeSystemThreadLocked();
     if (FAILED(result))
     {
         m_reserved = false;
@@ -124,11 +134,11 @@ HRESULT CThread::Begin(CThreadRunObject* pRunObject, std::unique_ptr<CThreadRunO
     m_runObject->m_thread = this;
     m_owned = std::move(owned);
     m_busy = true;
-    m_changed.notify_all();
+    m_changed.NotifyAll();
     return S_OK;
 }
 
-HRESULT CThread::MakeSystemThread()
+HRESULT CThread::MakeSystemThreadLocked()
 {
     if (m_systemThread.joinable())
     {
@@ -149,15 +159,19 @@ void CThread::Loop()
 {
     m_threadId = std::this_thread::get_id();
     SetThreadName(m_name.c_str());
-    std::unique_lock lock(m_mutex);
-    while (m_changed.wait(lock, [this] { return m_busy || m_refusing; }), m_busy)
+    const auto woken = [this] {
+        m_mutex.AssertHeld();
+        return m_busy || m_refusing;
+    };
+    CMutexLocker lock(m_mutex);
+    while (m_changed.Wait(m_mutex, woken), m_busy)
     {
-        lock.unlock();
+        lock.Unlock();
         RunOnce();
-        lock.lock();
+        lock.Lock();
         m_busy = false;
         m_reserved = false;
-        m_changed.notify_all();
+        m_changed.NotifyAll();
     }
 }
 

@@ -95,7 +95,7 @@ public:
 
 protected:
     /// The register's lock, for derived classes that do more than one step at once. It is recursive.
-    CCritSection& Section() const noexcept { return m_lock; }
+    CCritSection& Section() const noexcept ZO_RETURN_CAPABILITY(m_lock) { return m_lock; }
 
 private:
     using RegisterWord = std::uint32_t;

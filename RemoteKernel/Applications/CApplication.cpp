@@ -53,7 +53,10 @@ CApplication::CApplication(std::string name, const _CMD_SET_RECORD* table, std::
 CApplication::CApplication(ApplicationParts parts)
     : m_table(parts.tree.pTable, parts.tree.pTable + parts.tree.iSize / sizeof(_CMD_SET_RECORD)),
       m_builtIn(false),
-      m_parts(std::move(parts))
+      m_parts(std::move(parts)),
+      m_callees{std::exchange(m_parts.sink, nullptr),
+                std::exchange(m_parts.deviceHandler, nullptr),
+                std::exchange(m_parts.engines, nullptr)}
 {
     m_parts.tree = {};
     const HRESULT result = CallDeviceHandler(kAllPaths, [this](IZOScpiDeviceHandler& handler) {
@@ -67,45 +70,45 @@ CApplication::CApplication(ApplicationParts parts)
 
 IZOScpiExecutionSink* CApplication::SinkLocked(long remotePath)
 {
-    if (m_parts.engines == nullptr)
+    if (m_callees.engines == nullptr)
     {
-        return m_parts.sink;
+        return m_callees.sink;
     }
     {
-        const std::lock_guard lock(m_enginesMutex);
+        const CMutexLocker lock(m_enginesMutex);
         if (const auto found = m_engines.find(remotePath); found != m_engines.end())
         {
             return found->second.sink;
         }
     }
     Engine engine = MakeEngineLocked();
-    const std::lock_guard lock(m_enginesMutex);
+    const CMutexLocker lock(m_enginesMutex);
     return m_engines.emplace(remotePath, std::move(engine)).first->second.sink;
 }
 
 CApplication::Engine CApplication::MakeEngineLocked()
 {
     Engine engine;
-    engine.maker = m_parts.engines;
+    engine.maker = m_callees.engines;
     const HRESULT result = engine.maker->CreateClone(&engine.object);
     if (SUCCEEDED(result) && engine.object != nullptr && FAILED(engine.object.QueryInterface(&engine.sink)))
     {
-        engine.sink = m_parts.sink; // an engine that keeps state alone
+        engine.sink = m_callees.sink; // an engine that keeps state alone
     }
     return engine;
 }
 
 HRESULT CApplication::RunBetweenCommands(const std::function<HRESULT()>& work)
 {
-    const std::lock_guard lock(m_mutex);
-    return m_parts.sink == nullptr ? E_ABORT : GuardedEntry(work);
+    const CMutexLocker lock(m_mutex);
+    return m_callees.sink == nullptr ? E_ABORT : GuardedEntry(work);
 }
 
 void CApplication::ReleaseEngine(long remotePath) noexcept
 {
     // No command of the path is running any more, so nobody uses the engine.
     std::map<long, Engine>::node_type engine; // released without lock
-    const std::lock_guard lock(m_enginesMutex);
+    const CMutexLocker lock(m_enginesMutex);
     engine = m_engines.extract(remotePath);
     if (!engine.empty())
     {
@@ -163,17 +166,18 @@ HRESULT CApplication::RunTracedLocked(const ParsedCommand& command,
 
 void CApplication::TellLocked(const ApplicationNews& news) noexcept
 {
-    if (m_parts.deviceHandler == nullptr)
+    IZOScpiDeviceHandler* const deviceHandler = m_callees.deviceHandler;
+    if (deviceHandler == nullptr)
     {
         return;
     }
     if (news.remote)
     {
-        static_cast<void>(GuardedEntry([&]() { return m_parts.deviceHandler->GotoRemote(); }));
+        static_cast<void>(GuardedEntry([&]() { return deviceHandler->GotoRemote(); }));
     }
     if (news.messageBegin)
     {
-        static_cast<void>(GuardedEntry([&]() { return m_parts.deviceHandler->ProgramMessageBegin(); }));
+        static_cast<void>(GuardedEntry([&]() { return deviceHandler->ProgramMessageBegin(); }));
     }
 }
 
@@ -184,8 +188,8 @@ bool CApplication::Execute(const ParsedCommand& command,
                            IZOScpiOutputBuffer* output,
                            HRESULT& result)
 {
-    const std::lock_guard lock(m_mutex);
-    if (m_parts.sink == nullptr)
+    const CMutexLocker lock(m_mutex);
+    if (m_callees.sink == nullptr)
     {
         return false;
     }
@@ -199,18 +203,14 @@ bool CApplication::Execute(const ParsedCommand& command,
 void CApplication::Close()
 {
     CComPtr<IUnknown> registered;
-    CComPtr<IZOScpiExecutionSink> sink;
-    CComPtr<IZOScpiDeviceHandler> deviceHandler;
-    CComPtr<IZOScpiMultichannelParser> engineSource;
+    Callees callees;
     std::map<long, Engine> engines;
     {
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker lock(m_mutex);
         std::swap(registered, m_parts.registered);
-        std::swap(sink, m_parts.sink);
-        std::swap(deviceHandler, m_parts.deviceHandler);
-        std::swap(engineSource, m_parts.engines);
+        std::swap(callees, m_callees);
     }
-    const std::lock_guard lock(m_enginesMutex);
+    const CMutexLocker lock(m_enginesMutex);
     std::swap(engines, m_engines);
     for (auto& [path, engine] : engines)
     {

@@ -3,6 +3,7 @@
 #include "AllPaths.h"
 #include "CComBSTR.h"
 #include "CComPtr.h"
+#include "CMutexLocker.h"
 #include "GuardedEntry.h"
 #include "Guid.h"
 #include "IRegisteredApplication.h"
@@ -14,7 +15,6 @@
 
 #include <functional>
 #include <map>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -94,12 +94,13 @@ public:
     template <class TCall>
     HRESULT CallDeviceHandler(long remotePath, TCall&& call)
     {
-        const std::lock_guard lock(m_mutex);
-        if (m_parts.deviceHandler == nullptr || !Hears(remotePath))
+        const CMutexLocker lock(m_mutex);
+        if (m_callees.deviceHandler == nullptr || !Hears(remotePath))
         {
             return S_FALSE;
         }
-        return GuardedEntry([&]() -> HRESULT { return call(*m_parts.deviceHandler); });
+        IZOScpiDeviceHandler& deviceHandler = *m_callees.deviceHandler;
+        return GuardedEntry([&]() -> HRESULT { return call(deviceHandler); });
     }
 
     HRESULT RunBetweenCommands(const std::function<HRESULT()>& work) override;
@@ -111,7 +112,15 @@ public:
     void Close();
 
 private:
-    void TellLocked(const ApplicationNews& news) noexcept;
+    /// Whom the application's lock lets be called by one at a time; null after Close.
+    struct Callees
+    {
+        CComPtr<IZOScpiExecutionSink> sink;
+        CComPtr<IZOScpiDeviceHandler> deviceHandler;
+        CComPtr<IZOScpiMultichannelParser> engines;
+    };
+
+    void TellLocked(const ApplicationNews& news) noexcept ZO_REQUIRES(m_mutex);
 
     struct Engine
     {
@@ -125,25 +134,26 @@ private:
         return m_parts.remotePath == kAllPaths || m_parts.remotePath == remotePath;
     }
     /// @return borrowed, while the lock is held; null when the path's engine cannot be made
-    IZOScpiExecutionSink* SinkLocked(long remotePath);
-    Engine MakeEngineLocked();
+    IZOScpiExecutionSink* SinkLocked(long remotePath) ZO_REQUIRES(m_mutex);
+    Engine MakeEngineLocked() ZO_REQUIRES(m_mutex);
     static void GiveBack(Engine& engine) noexcept;
     HRESULT RunLocked(const ParsedCommand& command,
                       IUnknown* context,
                       long remotePath,
-                      IZOScpiOutputBuffer* output) noexcept;
+                      IZOScpiOutputBuffer* output) noexcept ZO_REQUIRES(m_mutex);
     HRESULT RunTracedLocked(const ParsedCommand& command,
                             IUnknown* context,
                             long remotePath,
-                            IZOScpiOutputBuffer* output) noexcept;
+                            IZOScpiOutputBuffer* output) noexcept ZO_REQUIRES(m_mutex);
 
     const std::vector<_CMD_SET_RECORD> m_table;
     const bool m_builtIn;
     CComBSTR m_firmwareLevel; // constant after construction
-    std::mutex m_mutex;
-    ApplicationParts m_parts;         // its counted interfaces are guarded by m_mutex
-    std::mutex m_enginesMutex;        // taken after m_mutex; held while engines are given back
-    std::map<long, Engine> m_engines; // guarded by m_enginesMutex
+    ApplicationParts m_parts; // constant after construction, without the callees; Close takes registered out
+    CMutex m_mutex ZO_ACQUIRED_BEFORE(m_enginesMutex);
+    Callees m_callees ZO_GUARDED_BY(m_mutex);
+    CMutex m_enginesMutex; // held while engines are given back
+    std::map<long, Engine> m_engines ZO_GUARDED_BY(m_enginesMutex);
 };
 
 } // namespace ZoVelkor::RemoteKernel

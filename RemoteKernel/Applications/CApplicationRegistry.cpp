@@ -1,6 +1,7 @@
 #include "CApplicationRegistry.h"
 
 #include "CComBSTR.h"
+#include "CMutexLocker.h"
 #include "CodePage.h"
 #include "ErrorRaising.h"
 #include "GuardedEntry.h"
@@ -49,13 +50,19 @@ CApplicationRegistry::CApplicationRegistry(InstrumentIdentity identity,
                                            std::span<const _CMD_SET_RECORD> builtIns)
     : m_identity(std::move(identity))
 {
-    Publish({std::make_shared<CApplication>("kernel", builtIns.data(), builtIns.size())});
+    PublishLocked({std::make_shared<CApplication>("kernel", builtIns.data(), builtIns.size())});
 }
 
 std::shared_ptr<const ApplicationSet> CApplicationRegistry::Current(std::uint64_t& generation) const
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     generation = m_generation.load(std::memory_order_relaxed);
+    return m_current;
+}
+
+std::shared_ptr<const ApplicationSet> CApplicationRegistry::Current() const
+{
+    const CMutexLocker lock(m_mutex);
     return m_current;
 }
 
@@ -176,12 +183,12 @@ HRESULT CApplicationRegistry::Add(ApplicationParts& parts)
     {
         return result;
     }
-    const std::lock_guard changeLock(m_changeMutex);
+    const CMutexLocker changeLock(m_changeMutex);
     if (m_closed)
     {
         return RepairError(ZO_ERROR(nullptr, "!m_closed", "The remote kernel has stopped", E_UNEXPECTED));
     }
-    if (IsRegistered(parts))
+    if (IsRegisteredLocked(parts))
     {
         return commands ? RepairError(ZO_ERROR(nullptr,
                                                "!IsRegistered(parts)",
@@ -189,14 +196,14 @@ HRESULT CApplicationRegistry::Add(ApplicationParts& parts)
                                                E_INVALIDARG))
                         : S_FALSE;
     }
-    auto applications = m_current->applications;
+    auto applications = Current()->applications;
     // Of several definitions of a header the last one holds.
     const auto place =
         std::find_if(applications.begin(), applications.end(), [activated](const auto& candidate) {
             return !activated && candidate->Parts().activated;
         });
     applications.insert(place, application);
-    Publish(std::move(applications));
+    PublishLocked(std::move(applications));
     return S_OK;
 }
 
@@ -209,9 +216,10 @@ bool CApplicationRegistry::IsSame(const ApplicationParts& parts,
            parts.remotePath == remotePath;
 }
 
-bool CApplicationRegistry::IsRegistered(const ApplicationParts& parts) const
+bool CApplicationRegistry::IsRegisteredLocked(const ApplicationParts& parts) const
 {
-    const auto& applications = m_current->applications;
+    const std::shared_ptr<const ApplicationSet> current = Current();
+    const auto& applications = current->applications;
     return std::any_of(applications.begin(), applications.end(), [&parts](const auto& candidate) {
         const ApplicationParts& other = candidate->Parts();
         const bool sameObject = IsSame(other, parts.kind, parts.registered, parts.remotePath);
@@ -249,8 +257,8 @@ HRESULT CApplicationRegistry::RemoveWhere(TCondition condition)
     return GuardedEntry([&]() -> HRESULT {
         std::shared_ptr<CApplication> application;
         {
-            const std::lock_guard changeLock(m_changeMutex);
-            auto applications = m_current->applications;
+            const CMutexLocker changeLock(m_changeMutex);
+            auto applications = Current()->applications;
             const auto found =
                 std::find_if(applications.begin(), applications.end(), [&](const auto& candidate) {
                     return !candidate->IsBuiltIn() && condition(candidate->Parts());
@@ -261,7 +269,7 @@ HRESULT CApplicationRegistry::RemoveWhere(TCondition condition)
             }
             application = *found;
             applications.erase(found);
-            Publish(std::move(applications));
+            PublishLocked(std::move(applications));
         }
         // Without lock: the application's objects go now, and may take others with them.
         // A session that still works with the former set finds the application closed.
@@ -284,10 +292,10 @@ void CApplicationRegistry::Close()
 {
     std::vector<std::shared_ptr<CApplication>> applications;
     {
-        const std::lock_guard changeLock(m_changeMutex);
+        const CMutexLocker changeLock(m_changeMutex);
         m_closed = true;
-        applications = m_current->applications;
-        Publish({applications.front()});
+        applications = Current()->applications;
+        PublishLocked({applications.front()});
     }
     for (const auto& application : applications)
     {
@@ -295,7 +303,7 @@ void CApplicationRegistry::Close()
     }
 }
 
-void CApplicationRegistry::Publish(std::vector<std::shared_ptr<CApplication>> applications)
+void CApplicationRegistry::PublishLocked(std::vector<std::shared_ptr<CApplication>> applications)
 {
     std::vector<CommandSource> sources;
     sources.reserve(applications.size());
@@ -312,7 +320,7 @@ void CApplicationRegistry::Publish(std::vector<std::shared_ptr<CApplication>> ap
     set->applications = std::move(applications);
 
     std::shared_ptr<const ApplicationSet> former = std::move(set);
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     std::swap(m_current, former);
     m_generation.fetch_add(1, std::memory_order_release);
 }

@@ -12,6 +12,7 @@
 
 #include "CApplication.h"
 #include "CComObject.h"
+#include "CMutex.h"
 #include "IZOScpiObjectRegistration.h"
 #include "InstrumentIdentity.h"
 #include "Parsing/CCommandIndex.h"
@@ -19,7 +20,6 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <span>
 #include <string>
 #include <vector>
@@ -80,6 +80,7 @@ public:
     ///
     /// @param[out] generation  its number
     std::shared_ptr<const ApplicationSet> Current(std::uint64_t& generation) const;
+    std::shared_ptr<const ApplicationSet> Current() const;
 
     /// Unregisters everything and accepts no more.
     void Close();
@@ -90,20 +91,20 @@ private:
     HRESULT RegisterFrom(IZOScpiParser* pParser, ApplicationParts& parts);
     HRESULT CheckTable(const CApplication& application) const;
     HRESULT Add(ApplicationParts& parts);
-    bool IsRegistered(const ApplicationParts& parts) const;
+    bool IsRegisteredLocked(const ApplicationParts& parts) const ZO_REQUIRES(m_changeMutex);
     /// Takes the first application out for which a condition holds.
     ///
     /// @return as UnregisterObject
     template <class TCondition>
     HRESULT RemoveWhere(TCondition condition);
-    void Publish(std::vector<std::shared_ptr<CApplication>> applications);
+    void PublishLocked(std::vector<std::shared_ptr<CApplication>> applications) ZO_REQUIRES(m_changeMutex);
     std::string IdentityResponse(const std::vector<std::shared_ptr<CApplication>>& applications) const;
 
     const InstrumentIdentity m_identity;
-    std::mutex m_changeMutex; // one change at a time; taken before m_mutex
-    bool m_closed = false;    // guarded by m_changeMutex
-    mutable std::mutex m_mutex;
-    std::shared_ptr<const ApplicationSet> m_current; // guarded by m_mutex
+    CMutex m_changeMutex ZO_ACQUIRED_BEFORE(m_mutex); // one change at a time
+    bool m_closed ZO_GUARDED_BY(m_changeMutex) = false;
+    mutable CMutex m_mutex;
+    std::shared_ptr<const ApplicationSet> m_current ZO_GUARDED_BY(m_mutex); // changes under both locks
     std::atomic<std::uint64_t> m_generation{0};
 };
 

@@ -1,5 +1,6 @@
 #include "CEventDistributor.h"
 
+#include "CWriteLocker.h"
 #include "Variant.h"
 
 #include <algorithm>
@@ -16,8 +17,8 @@ HRESULT CEventDistributor::RegisterObserver(IZOScpiMultichannelEventObserver* pO
         {
             return FAILED(result) ? result : E_INVALIDARG;
         }
-        const std::lock_guard turn(m_turn);
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker turn(m_turn);
+        const CWriteLocker lock(m_mutex);
         if (std::any_of(m_observers.begin(), m_observers.end(), [&id](const auto& o) { return o.id == id; }))
         {
             return E_INVALIDARG;
@@ -38,8 +39,8 @@ HRESULT CEventDistributor::UnregisterObserver(IZOScpiMultichannelEventObserver* 
             return result;
         }
         CComPtr<IZOScpiMultichannelEventObserver> gone; // released without lock
-        const std::lock_guard turn(m_turn);
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker turn(m_turn);
+        const CWriteLocker lock(m_mutex);
         const auto found =
             std::find_if(m_observers.begin(), m_observers.end(), [&id](const auto& o) { return o.id == id; });
         if (found == m_observers.end())
@@ -56,8 +57,8 @@ HRESULT CEventDistributor::UnregisterObserver(IZOScpiMultichannelEventObserver* 
 void CEventDistributor::Close()
 {
     std::vector<Observer> observers;
-    const std::lock_guard turn(m_turn);
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker turn(m_turn);
+    const CWriteLocker lock(m_mutex);
     observers.swap(m_observers);
     m_hasObservers.store(false);
 }
@@ -89,7 +90,9 @@ void CEventDistributor::TellOpcReset(long remotePath)
     }
     std::vector<GUID> ids;
     {
-        const std::shared_lock lock = LockShared();
+        CMutexLocker turn(m_turn);
+        const CReadLocker lock(m_mutex);
+        turn.Unlock();
         std::transform(m_observers.begin(), m_observers.end(), std::back_inserter(ids), [](const auto& o) {
             return o.id;
         });

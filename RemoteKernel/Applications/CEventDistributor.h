@@ -2,12 +2,12 @@
 
 #include "CApplicationRegistry.h"
 #include "CComPtr.h"
+#include "CMutexLocker.h"
+#include "CReadLocker.h"
 #include "GuardedEntry.h"
 #include "IZOScpiMultichannelEventObserver.h"
 
 #include <atomic>
-#include <mutex>
-#include <shared_mutex>
 #include <utility>
 #include <vector>
 
@@ -54,7 +54,9 @@ public:
     {
         if (HasObservers())
         {
-            const std::shared_lock lock = LockShared();
+            CMutexLocker turn(m_turn);
+            const CReadLocker lock(m_mutex);
+            turn.Unlock();
             for (const Observer& observer : m_observers)
             {
                 static_cast<void>(GuardedEntry([&]() -> HRESULT { return call(*observer.observer); }));
@@ -75,17 +77,11 @@ private:
         CComPtr<IZOScpiMultichannelEventObserver> observer;
     };
 
-    std::shared_lock<std::shared_mutex> LockShared()
-    {
-        const std::lock_guard turn(m_turn);
-        return std::shared_lock(m_mutex);
-    }
-
     const CComPtr<CApplicationRegistryObject> m_registry;
-    std::mutex m_turn;                 // taken before m_mutex; who changes the list waits holding it, so
-                                       // that a steady flow of events lets it through
-    std::shared_mutex m_mutex;         // held shared while observers are called
-    std::vector<Observer> m_observers; // guarded by m_mutex
+    // Who changes the list waits for m_mutex holding this, so that a steady flow of events lets it through.
+    CMutex m_turn ZO_ACQUIRED_BEFORE(m_mutex);
+    CSharedMutex m_mutex; // held shared while observers are called
+    std::vector<Observer> m_observers ZO_GUARDED_BY(m_mutex);
     std::atomic<bool> m_hasObservers{false};
 };
 

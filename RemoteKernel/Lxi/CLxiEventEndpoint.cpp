@@ -3,6 +3,7 @@
 #include "CCritSectionLocker.h"
 #include "CLxiDuplicateFilter.h"
 #include "CLxiReceiver.h"
+#include "CMutexLocker.h"
 #include "GuardedEntry.h"
 #include "LxiClock.h"
 
@@ -10,7 +11,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <mutex>
 #include <utility>
 
 namespace ZoVelkor::RemoteKernel
@@ -108,19 +108,19 @@ private:
     CCritSection m_observerSection;
     std::vector<ILxiEventObserver*> m_observers[kLxiEventCount] ZO_GUARDED_BY(m_observerSection);
 
-    std::mutex m_sendMutex;
-    std::unique_ptr<CLxiSender> m_sender; // guarded by m_sendMutex
+    CMutex m_sendMutex;
+    std::unique_ptr<CLxiSender> m_sender ZO_GUARDED_BY(m_sendMutex);
 
     CLxiDuplicateFilter m_filter; // the receiving thread's, while it runs
     LxiPeer m_self;               // the same
 
-    std::mutex m_runMutex;                    // start and stop one at a time; taken before m_sendMutex
-    std::unique_ptr<CLxiReceiver> m_receiver; // guarded by m_runMutex; last: its thread uses the others
+    CMutex m_runMutex ZO_ACQUIRED_BEFORE(m_sendMutex);                  // start and stop one at a time
+    std::unique_ptr<CLxiReceiver> m_receiver ZO_GUARDED_BY(m_runMutex); // last: its thread uses the others
 };
 
 void CLxiEventEndpoint::CImplementation::Start()
 {
-    const std::lock_guard lock(m_runMutex);
+    const CMutexLocker lock(m_runMutex);
     if (m_receiver != nullptr)
     {
         return;
@@ -131,7 +131,7 @@ void CLxiEventEndpoint::CImplementation::Start()
         m_self = sender->Self();
         m_filter = {};
         // Held, so that an observer of the very first event can send.
-        const std::lock_guard sendLock(m_sendMutex);
+        const CMutexLocker sendLock(m_sendMutex);
         m_receiver = std::make_unique<CLxiReceiver>(
             m_settings, [this](auto message, const LxiPeer& peer) { OnMessage(message, peer); });
         m_port = m_receiver->Port();
@@ -147,11 +147,11 @@ void CLxiEventEndpoint::CImplementation::Start()
 
 void CLxiEventEndpoint::CImplementation::Stop()
 {
-    const std::lock_guard lock(m_runMutex);
+    const CMutexLocker lock(m_runMutex);
     m_receiver.reset();
     m_port = 0;
     m_multicastPort = 0;
-    const std::lock_guard sendLock(m_sendMutex);
+    const CMutexLocker sendLock(m_sendMutex);
     m_sender.reset();
 }
 
@@ -193,7 +193,7 @@ HRESULT CLxiEventEndpoint::CImplementation::Send(CLxiLanPacket& packet,
                                                  const udp::endpoint& receiver,
                                                  unsigned retransmissions)
 {
-    const std::lock_guard lock(m_sendMutex);
+    const CMutexLocker lock(m_sendMutex);
     if (m_sender == nullptr)
     {
         return E_UNEXPECTED;

@@ -1,5 +1,7 @@
 #include "CDefaultFormat.h"
 
+#include "CMutexLocker.h"
+
 namespace ZoVelkor::RemoteKernel
 {
 
@@ -20,43 +22,43 @@ CDefaultFormat::CDefaultFormat() : CFormatSubsystem(NoOutput())
 
 HRESULT CDefaultFormat::get_DataFormat(tagEnumFormatDataType* type, long* width)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     return CFormatSubsystem::get_DataFormat(type, width);
 }
 
 HRESULT CDefaultFormat::put_DataFormat(tagEnumFormatDataType type, long width)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     return CFormatSubsystem::put_DataFormat(type, width);
 }
 
 HRESULT CDefaultFormat::get_ByteOrder(tagEnumFormatByteOrder* order)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     return CFormatSubsystem::get_ByteOrder(order);
 }
 
 HRESULT CDefaultFormat::put_ByteOrder(tagEnumFormatByteOrder order)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     return CFormatSubsystem::put_ByteOrder(order);
 }
 
 HRESULT CDefaultFormat::GetDataFormatText(wchar_t** text)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     return CFormatSubsystem::GetDataFormatText(text);
 }
 
 HRESULT CDefaultFormat::Reset()
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     return CFormatSubsystem::Reset();
 }
 
 void CDefaultFormat::CopySettingsTo(IZOScpiSubsystemFormat& format)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     tagEnumFormatDataType type = ZO_FORMAT_ASCII;
     tagEnumFormatByteOrder order = ZO_BYTE_ORDER_NORMAL;
     long width = 0;

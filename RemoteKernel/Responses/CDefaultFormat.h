@@ -1,8 +1,7 @@
 #pragma once
 
 #include "CFormatSubsystem.h"
-
-#include <mutex>
+#include "CMutex.h"
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -26,7 +25,7 @@ public:
     void CopySettingsTo(IZOScpiSubsystemFormat& format);
 
 private:
-    std::mutex m_mutex;
+    CMutex m_mutex; // held while the base works on its settings
 };
 
 using CDefaultFormatObject = CComObject<CDefaultFormat, IZOScpiSubsystemFormat>;

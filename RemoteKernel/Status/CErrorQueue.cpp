@@ -1,5 +1,6 @@
 #include "CErrorQueue.h"
 
+#include "CMutexLocker.h"
 #include "CScpiErrorMap.h"
 #include "CScpiSinkFramework.h"
 #include "ScpiErrorCodes.h"
@@ -52,14 +53,14 @@ void CErrorQueue::Push(short code, std::string_view detail) noexcept
         m_commandRaisedError = true;
         m_commandFailed |= code < 0 && code >= kLastExecutionError && code != kScpiDataQuestionable;
     }
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     if (m_count == m_depth)
     {
         ErrorEntry& last = m_entries[(m_first + m_count - 1) % m_depth];
         if (last.code != kScpiQueueOverflow)
         {
             FillEntry(last, kScpiQueueOverflow, {});
-            Notify(kScpiQueueOverflow, m_count);
+            NotifyLocked(kScpiQueueOverflow, m_count);
         }
     }
     else
@@ -67,10 +68,10 @@ void CErrorQueue::Push(short code, std::string_view detail) noexcept
         FillEntry(m_entries[(m_first + m_count) % m_depth], code, detail);
         ++m_count;
     }
-    Notify(code, m_count - 1);
+    NotifyLocked(code, m_count - 1);
 }
 
-void CErrorQueue::Notify(short code, std::size_t countBefore) const noexcept
+void CErrorQueue::NotifyLocked(short code, std::size_t countBefore) const noexcept
 {
     if (m_observer != nullptr)
     {
@@ -84,7 +85,7 @@ void CErrorQueue::Notify(short code, std::size_t countBefore) const noexcept
 
 bool CErrorQueue::Pop(ErrorEntry& entry) noexcept
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     if (m_count == 0)
     {
         FillEntry(entry, kScpiNoError, {});
@@ -101,7 +102,7 @@ bool CErrorQueue::Pop(ErrorEntry& entry) noexcept
 
 void CErrorQueue::Clear() noexcept
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     m_count = 0;
     if (m_observer != nullptr)
     {
@@ -111,7 +112,7 @@ void CErrorQueue::Clear() noexcept
 
 std::size_t CErrorQueue::Count() const noexcept
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     return m_count;
 }
 

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "CMutex.h"
+
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -71,17 +72,17 @@ public:
     bool CommandFailed() const noexcept { return m_commandFailed; }
 
 private:
-    void Notify(short code, std::size_t countBefore) const noexcept;
+    void NotifyLocked(short code, std::size_t countBefore) const noexcept ZO_REQUIRES(m_mutex);
 
     const std::size_t m_depth;
     const std::shared_ptr<IErrorQueueObserver> m_observer;
     std::atomic<std::thread::id> m_commandThread{};
     bool m_commandRaisedError = false; // only the thread in m_commandThread
     bool m_commandFailed = false;      // only the thread in m_commandThread
-    mutable std::mutex m_mutex;
-    std::unique_ptr<ErrorEntry[]> m_entries; // guarded by m_mutex, a ring of m_depth entries
-    std::size_t m_first = 0;                 // guarded by m_mutex
-    std::size_t m_count = 0;                 // guarded by m_mutex
+    mutable CMutex m_mutex;
+    std::unique_ptr<ErrorEntry[]> m_entries ZO_GUARDED_BY(m_mutex); // a ring of m_depth entries
+    std::size_t m_first ZO_GUARDED_BY(m_mutex) = 0;
+    std::size_t m_count ZO_GUARDED_BY(m_mutex) = 0;
 };
 
 /// The entry as the queries of the error queue answer it: -113,"Undefined header;BOGus".

@@ -1,5 +1,6 @@
 #include "CPendingOperations.h"
 
+#include "CMutexLocker.h"
 #include "GuardedEntry.h"
 
 #include <cerrno>
@@ -41,7 +42,7 @@ HRESULT CPendingOperations::BeginOperation(long remotePath, unsigned long* opera
 
 HRESULT CPendingOperations::Begin(long remotePath, unsigned long& operation)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     const auto path = m_paths.find(remotePath);
     if (path == m_paths.end())
     {
@@ -62,7 +63,7 @@ HRESULT CPendingOperations::Begin(long remotePath, unsigned long& operation)
 
 HRESULT CPendingOperations::EndOperation(unsigned long operation)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     const auto owner = m_owners.find(operation);
     if (owner == m_owners.end())
     {
@@ -75,14 +76,14 @@ HRESULT CPendingOperations::EndOperation(unsigned long operation)
     {
         if (std::exchange(path.completeRequested, false))
         {
-            ReportComplete(remotePath);
+            ReportCompleteLocked(remotePath);
         }
         SetEvent(path.idle.Get());
     }
     return S_OK;
 }
 
-void CPendingOperations::ReportComplete(long remotePath) const noexcept
+void CPendingOperations::ReportCompleteLocked(long remotePath) const noexcept
 {
     if (m_observer != nullptr)
     {
@@ -96,7 +97,7 @@ HRESULT CPendingOperations::GetPendingCount(long remotePath, unsigned long* coun
     {
         return E_POINTER;
     }
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     const auto path = m_paths.find(remotePath);
     *count = path == m_paths.end() ? 0 : path->second.pending;
     return path == m_paths.end() ? E_INVALIDARG : S_OK;
@@ -110,38 +111,38 @@ bool CPendingOperations::AddPath(long remotePath)
     {
         return false;
     }
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     return m_paths.emplace(remotePath, std::move(path)).second;
 }
 
 void CPendingOperations::RemovePath(long remotePath) noexcept
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     m_paths.erase(remotePath);
     std::erase_if(m_owners, [remotePath](const auto& owner) { return owner.second == remotePath; });
 }
 
 void CPendingOperations::RequestOperationComplete(long remotePath)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     Path& path = m_paths.at(remotePath);
     path.completeRequested = path.pending != 0;
     if (!path.completeRequested)
     {
-        ReportComplete(remotePath);
+        ReportCompleteLocked(remotePath);
     }
 }
 
 bool CPendingOperations::CancelOperationComplete(long remotePath) noexcept
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     const auto path = m_paths.find(remotePath);
     return path != m_paths.end() && std::exchange(path->second.completeRequested, false);
 }
 
 bool CPendingOperations::IsIdle(long remotePath, int& idleDescriptor)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     const Path& path = m_paths.at(remotePath);
     idleDescriptor = GetEventDescriptor(path.idle.Get());
     return path.pending == 0;

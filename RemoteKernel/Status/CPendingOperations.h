@@ -1,12 +1,12 @@
 #pragma once
 
+#include "CMutex.h"
 #include "Event.h"
 #include "IZOScpiPendingOperations.h"
 
 #include <atomic>
 #include <cstddef>
 #include <map>
-#include <mutex>
 #include <unordered_map>
 
 namespace ZoVelkor::RemoteKernel
@@ -72,13 +72,13 @@ private:
 
     HRESULT Begin(long remotePath, unsigned long& operation);
     bool IsIdle(long remotePath, int& idleDescriptor);
-    void ReportComplete(long remotePath) const noexcept;
+    void ReportCompleteLocked(long remotePath) const noexcept ZO_REQUIRES(m_mutex);
 
     IOperationCompleteObserver* m_observer = nullptr;
-    std::mutex m_mutex;
-    std::map<long, Path> m_paths;                     // guarded by m_mutex
-    std::unordered_map<unsigned long, long> m_owners; // guarded by m_mutex, operation to path
-    std::uint32_t m_lastOperation = 0;                // guarded by m_mutex
+    CMutex m_mutex;
+    std::map<long, Path> m_paths ZO_GUARDED_BY(m_mutex);
+    std::unordered_map<unsigned long, long> m_owners ZO_GUARDED_BY(m_mutex); // operation to path
+    std::uint32_t m_lastOperation ZO_GUARDED_BY(m_mutex) = 0;
 };
 
 } // namespace ZoVelkor::RemoteKernel

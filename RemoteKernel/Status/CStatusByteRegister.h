@@ -2,6 +2,7 @@
 
 #include "CStatusRegister.h"
 #include "IServiceRequestObserver.h"
+#include "ThreadAnnotations.h"
 
 #include <atomic>
 
@@ -22,7 +23,7 @@ public:
     HRESULT ModifyCondition(wchar_t mask, wchar_t value) override;
     /// As in the base; a bit that is set and newly enabled is a new reason for service.
     HRESULT SetEnable(wchar_t value) override;
-    HRESULT DoUpdateParentRegister(bool summary) override;
+    HRESULT DoUpdateParentRegister(bool summary) override ZO_REQUIRES(Section());
 
     /// Says whether a response waits. Cheap until somebody watches the bit: see Watch.
     void SetMessageAvailable(bool available) noexcept
@@ -57,7 +58,7 @@ private:
 
     std::atomic<bool> m_messageAvailable{false};
     std::atomic<bool> m_watched{false};
-    IServiceRequestObserver* m_observer = nullptr; // guarded by Section()
+    IServiceRequestObserver* m_observer ZO_GUARDED_BY(Section()) = nullptr;
 };
 
 using CStatusByteObject = CComObject<CStatusByteRegister, IZOScpiStatusRegister>;

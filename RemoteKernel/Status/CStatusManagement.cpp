@@ -1,6 +1,7 @@
 #include "CStatusManagement.h"
 
 #include "KeywordForms.h"
+#include "CMutexLocker.h"
 #include "StatusBits.h"
 
 #include <algorithm>
@@ -91,7 +92,7 @@ CStatusManagement::CStatusManagement()
 
 std::shared_ptr<CSessionStatus> CStatusManagement::Find(long remotePath)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     const auto found = m_paths.find(remotePath);
     return found == m_paths.end() ? nullptr : found->second;
 }
@@ -155,7 +156,7 @@ void CStatusManagement::AddPath(long remotePath, std::shared_ptr<CSessionStatus>
 {
     CStatusByteObject& statusByte = status->StatusByte();
     {
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker lock(m_mutex);
         m_paths[remotePath] = std::move(status);
     }
     m_distributor->Attach(&statusByte);
@@ -166,14 +167,14 @@ void CStatusManagement::RemovePath(long remotePath) noexcept
     if (const std::shared_ptr<CSessionStatus> session = Find(remotePath); session != nullptr)
     {
         m_distributor->Detach(&session->StatusByte());
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker lock(m_mutex);
         m_paths.erase(remotePath);
     }
 }
 
 void CStatusManagement::PowerOn(const PowerOnStatus& status, IPowerOnStore* store)
 {
-    const std::lock_guard lock(m_powerOnMutex);
+    const CMutexLocker lock(m_powerOnMutex);
     m_powerOnMasks = status.clear ? EnableMasks{} : status.masks;
     m_powerOn = status;
     m_powerOnStore = store;
@@ -181,19 +182,19 @@ void CStatusManagement::PowerOn(const PowerOnStatus& status, IPowerOnStore* stor
 
 bool CStatusManagement::SetPowerOnClear(bool clear, const EnableMasks& masks)
 {
-    const std::lock_guard lock(m_powerOnMutex);
+    const CMutexLocker lock(m_powerOnMutex);
     return KeepLocked({clear, clear ? EnableMasks{} : masks});
 }
 
 bool CStatusManagement::IsPowerOnClear()
 {
-    const std::lock_guard lock(m_powerOnMutex);
+    const CMutexLocker lock(m_powerOnMutex);
     return m_powerOn.clear;
 }
 
 bool CStatusManagement::NoteMasks(const EnableMasks& masks)
 {
-    const std::lock_guard lock(m_powerOnMutex);
+    const CMutexLocker lock(m_powerOnMutex);
     return m_powerOn.clear || KeepLocked({false, masks});
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CMutex.h"
 #include "CPendingOperations.h"
 #include "CSessionStatus.h"
 #include "CSummaryDistributor.h"
@@ -9,7 +10,6 @@
 #include <array>
 #include <map>
 #include <memory>
-#include <mutex>
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -75,18 +75,18 @@ public:
 
 private:
     std::shared_ptr<CSessionStatus> Find(long remotePath);
-    bool KeepLocked(const PowerOnStatus& status);
+    bool KeepLocked(const PowerOnStatus& status) ZO_REQUIRES(m_powerOnMutex);
 
     const SharedEvent m_stopEvent;
     const CComPtr<CSummaryDistributorObject> m_distributor;
     std::array<CComPtr<CStatusRegisterObject>, kInstrumentRegisterCount> m_registers;
     EnableMasks m_powerOnMasks; // constant once there are sessions
-    std::mutex m_powerOnMutex;
-    PowerOnStatus m_powerOn;                 // guarded by m_powerOnMutex
-    bool m_powerOnKept = true;               // guarded by m_powerOnMutex
-    IPowerOnStore* m_powerOnStore = nullptr; // guarded by m_powerOnMutex
-    std::mutex m_mutex;
-    std::map<long, std::shared_ptr<CSessionStatus>> m_paths; // guarded by m_mutex
+    CMutex m_powerOnMutex;
+    PowerOnStatus m_powerOn ZO_GUARDED_BY(m_powerOnMutex);
+    bool m_powerOnKept ZO_GUARDED_BY(m_powerOnMutex) = true;
+    IPowerOnStore* m_powerOnStore ZO_GUARDED_BY(m_powerOnMutex) = nullptr;
+    CMutex m_mutex;
+    std::map<long, std::shared_ptr<CSessionStatus>> m_paths ZO_GUARDED_BY(m_mutex);
 };
 
 } // namespace ZoVelkor::RemoteKernel

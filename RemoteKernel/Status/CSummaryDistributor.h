@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CStatusByteRegister.h"
+#include "ThreadAnnotations.h"
 
 #include <vector>
 
@@ -26,8 +27,8 @@ protected:
     ~CSummaryDistributor() override = default;
 
 private:
-    // Guarded by Section(), which is taken after the lock of a child and before those of the status bytes.
-    std::vector<CComPtr<CStatusByteObject>> m_statusBytes;
+    // The section is taken after the lock of a child and before those of the status bytes.
+    std::vector<CComPtr<CStatusByteObject>> m_statusBytes ZO_GUARDED_BY(Section());
 };
 
 using CSummaryDistributorObject = CComObject<CSummaryDistributor, IZOScpiStatusRegister>;

@@ -1,5 +1,6 @@
 #include "CInterruptWatcher.h"
 
+#include "CMutexLocker.h"
 #include "CToolError.h"
 
 #include <cstdlib>
@@ -82,7 +83,7 @@ void CInterruptWatcher::Watch()
 /// @return there is a call
 bool CInterruptWatcher::AbortCall(bool isSignal)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     m_isInterrupted = m_isInterrupted || isSignal;
     if (m_controller != nullptr)
     {
@@ -101,7 +102,7 @@ CInterruptWatcher::CCall::CCall(CInterruptWatcher* watcher, IZOScpiController& c
 {
     if (m_watcher != nullptr)
     {
-        const std::lock_guard lock(m_watcher->m_mutex);
+        const CMutexLocker lock(m_watcher->m_mutex);
         m_watcher->m_controller = &controller;
     }
 }
@@ -110,7 +111,7 @@ CInterruptWatcher::CCall::~CCall()
 {
     if (m_watcher != nullptr)
     {
-        const std::lock_guard lock(m_watcher->m_mutex);
+        const CMutexLocker lock(m_watcher->m_mutex);
         m_watcher->m_controller = nullptr;
     }
 }

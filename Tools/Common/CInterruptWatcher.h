@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CMutex.h"
 #include "CThread.h"
 #include "CThreadRunObject.h"
 #include "CUniqueHandle.h"
@@ -9,7 +10,6 @@
 #include <atomic>
 #include <csignal>
 #include <cstdint>
-#include <mutex>
 #include <unistd.h>
 
 namespace ZoVelkor::Tools
@@ -76,8 +76,8 @@ private:
     CUniqueHandle<&close, int, -1> m_signals;
     CUniqueEvent m_stop;
     std::atomic<bool> m_isInterrupted = false;
-    std::mutex m_mutex;
-    IZOScpiController* m_controller = nullptr; ///< of the call, guarded by the mutex
+    CMutex m_mutex;
+    IZOScpiController* m_controller ZO_GUARDED_BY(m_mutex) = nullptr; ///< of the call
     CLoop m_loop{*this};
     CThread m_thread; ///< the last member, so that it ends before the others
 };

@@ -1,6 +1,8 @@
 #include "CTcpController.h"
 
 #include "Bstr.h"
+#include "CMutexLocker.h"
+#include "CMutexUnlocker.h"
 #include "ErrorRaising.h"
 
 #include <fmt/format.h>
@@ -99,34 +101,34 @@ CTcpController::CTcpController(InstrumentAddress address)
 
 std::string CTcpController::FaultText() const
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     return m_fault;
 }
 
 std::size_t CTcpController::ReceivedBytes() const
 {
-    const std::lock_guard lock(m_mutex);
-    return UnreadBytes();
+    const CMutexLocker lock(m_mutex);
+    return UnreadBytesLocked();
 }
 
-std::size_t CTcpController::UnreadBytes() const noexcept
+std::size_t CTcpController::UnreadBytesLocked() const noexcept
 {
     return (m_readScanner.IsInside() ? m_received : 0) + m_pending.size() - m_pendingUsed;
 }
 
 HRESULT CTcpController::Begin(Request request)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     if (!m_isUp && request.kind != Kind::Connect)
     {
         return DoAcknowledgeError();
     }
     if (request.kind == Kind::AskStatus && (m_isAnswerDue || m_sendScanner.IsInside()))
     {
-        Fail("the status byte cannot be asked for inside a message or before an answer");
+        FailLocked("the status byte cannot be asked for inside a message or before an answer");
         return S_OK;
     }
-    BeginRead();
+    BeginReadLocked();
     request.caller = std::this_thread::get_id();
     m_request = request;
     ++m_serial;
@@ -134,7 +136,7 @@ HRESULT CTcpController::Begin(Request request)
     return S_OK;
 }
 
-void CTcpController::BeginRead()
+void CTcpController::BeginReadLocked()
 {
     m_scannerBeforeRead = m_readScanner;
     Empty(m_data);
@@ -151,14 +153,14 @@ HRESULT CTcpController::DoClear()
 HRESULT CTcpController::DoTrigger()
 {
     // Trigger does not wait when what was before it has succeeded, so nothing may be left to do later.
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     if (!m_isUp)
     {
         return DoAcknowledgeError();
     }
     if (m_sendScanner.IsInside())
     {
-        Fail("*TRG cannot be sent inside a message");
+        FailLocked("*TRG cannot be sent inside a message");
         return S_OK;
     }
     const ssize_t sent = send(m_socket.Get(), kTrigger.data(), kTrigger.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
@@ -166,7 +168,7 @@ HRESULT CTcpController::DoTrigger()
     {
         return DoAcknowledgeTrigger();
     }
-    FailLink(sent < 0 ? fmt::format("cannot send: {}", std::strerror(errno)) : "a message was cut off");
+    FailLinkLocked(sent < 0 ? fmt::format("cannot send: {}", std::strerror(errno)) : "a message was cut off");
     return S_OK;
 }
 
@@ -190,7 +192,7 @@ HRESULT CTcpController::DoWrite(unsigned char* data, long length, bool end)
 
 HRESULT CTcpController::DoFetchData(unsigned char* buffer, long* length)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     *length = std::min(*length, static_cast<long>(m_data.size()));
     std::copy_n(m_data.data(), *length, buffer);
     Empty(m_data);
@@ -199,7 +201,7 @@ HRESULT CTcpController::DoFetchData(unsigned char* buffer, long* length)
 
 HRESULT CTcpController::DoFetchString(wchar_t** text)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     *text = A2WBSTR(m_data.data(), static_cast<int>(m_data.size()));
     Empty(m_data);
     return *text != nullptr ? S_OK : E_OUTOFMEMORY;
@@ -207,16 +209,16 @@ HRESULT CTcpController::DoFetchString(wchar_t** text)
 
 HRESULT CTcpController::CheckProtocolError()
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     // Abort comes here too, from another thread, and by then the request may be a new one.
     if (m_request.kind != Kind::None && m_request.caller == std::this_thread::get_id())
     {
-        TakeBack();
+        TakeBackLocked();
     }
     return S_OK;
 }
 
-void CTcpController::TakeBack()
+void CTcpController::TakeBackLocked()
 {
     switch (m_request.kind)
     {
@@ -232,7 +234,7 @@ void CTcpController::TakeBack()
     case Kind::AskStatus:
         if (m_request.sent > 0)
         {
-            Disconnect();
+            DisconnectLocked();
             m_fault = m_address.Text() + ": a message was cut off in the middle";
         }
         break;
@@ -249,21 +251,21 @@ void CTcpController::TakeBack()
 
 void CTcpController::Serve()
 {
-    CLock lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     while (!m_stop)
     {
-        Advance(lock);
+        AdvanceLocked();
     }
 }
 
 void CTcpController::Stop()
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     m_stop = true;
     SetEvent(m_wake.Get());
 }
 
-void CTcpController::Advance(CLock& lock)
+void CTcpController::AdvanceLocked()
 {
     if (!m_isUp)
     {
@@ -272,23 +274,23 @@ void CTcpController::Advance(CLock& lock)
     switch (m_request.kind)
     {
     case Kind::None:
-        Wait(lock, 0);
+        WaitLocked(0);
         break;
     case Kind::Connect:
-        Connect(lock);
+        ConnectLocked();
         break;
     case Kind::Write:
     case Kind::AskStatus:
-        if (!TryWrite())
+        if (!TryWriteLocked())
         {
-            Wait(lock, POLLOUT);
+            WaitLocked(POLLOUT);
         }
         break;
     case Kind::Read:
     case Kind::ReadStatus:
-        if (!TryRead())
+        if (!TryReadLocked())
         {
-            Wait(lock, POLLIN);
+            WaitLocked(POLLIN);
         }
         break;
     }
@@ -296,19 +298,21 @@ void CTcpController::Advance(CLock& lock)
 
 /// @param events  of the socket; 0 when only requests are waited for
 /// @return the socket has something to say
-bool CTcpController::Wait(CLock& lock, short events, const Deadline& deadline)
+bool CTcpController::WaitLocked(short events, const Deadline& deadline)
 {
     pollfd descriptors[] = {{GetEventDescriptor(m_wake.Get()), POLLIN, 0}, {m_socket.Get(), events, 0}};
-    lock.unlock();
-    const int ready = poll(descriptors, events != 0 ? 2 : 1, PollTimeout(deadline));
-    lock.lock();
+    int ready = 0;
+    {
+        const CMutexUnlocker unlocker(m_mutex);
+        ready = poll(descriptors, events != 0 ? 2 : 1, PollTimeout(deadline));
+    }
     WaitForSingleObject(m_wake.Get(), 0);
     return ready > 0 && descriptors[1].revents != 0;
 }
 
-void CTcpController::StartOver()
+void CTcpController::StartOverLocked()
 {
-    Disconnect();
+    DisconnectLocked();
     m_socket.Reset();
     m_sendScanner = {};
     m_readScanner = {};
@@ -319,15 +323,17 @@ void CTcpController::StartOver()
     Empty(m_data);
 }
 
-void CTcpController::Connect(CLock& lock)
+void CTcpController::ConnectLocked()
 {
-    StartOver();
+    StartOverLocked();
     const unsigned serial = m_serial;
     int fault = 0;
-    lock.unlock();
-    const CAddressList candidates = Resolve(m_address, fault);
-    lock.lock();
-    if (!IsCurrent(serial))
+    CAddressList candidates;
+    {
+        const CMutexUnlocker unlocker(m_mutex);
+        candidates = Resolve(m_address, fault);
+    }
+    if (!IsCurrentLocked(serial))
     {
         return;
     }
@@ -337,8 +343,8 @@ void CTcpController::Connect(CLock& lock)
     }
     else
     {
-        fault = ConnectToAny(lock, candidates.get(), serial);
-        if (!IsCurrent(serial))
+        fault = ConnectToAnyLocked(candidates.get(), serial);
+        if (!IsCurrentLocked(serial))
         {
             return;
         }
@@ -350,7 +356,7 @@ void CTcpController::Connect(CLock& lock)
 }
 
 /// @return 0, or the error number of the last address
-int CTcpController::ConnectToAny(CLock& lock, const addrinfo* candidates, unsigned serial)
+int CTcpController::ConnectToAnyLocked(const addrinfo* candidates, unsigned serial)
 {
     int fault = 0;
     for (long left = CountOf(candidates); left > 0; --left, candidates = candidates->ai_next)
@@ -358,8 +364,8 @@ int CTcpController::ConnectToAny(CLock& lock, const addrinfo* candidates, unsign
         // An address that does not answer leaves time for the others; the last one has as long as the caller.
         const CClock::time_point now = CClock::now();
         const Deadline end = left > 1 ? Deadline(now + (m_request.deadline - now) / left) : Deadline();
-        fault = TryConnect(lock, *candidates, end, serial);
-        if (fault == 0 || !IsCurrent(serial))
+        fault = TryConnectLocked(*candidates, end, serial);
+        if (fault == 0 || !IsCurrentLocked(serial))
         {
             break;
         }
@@ -368,10 +374,7 @@ int CTcpController::ConnectToAny(CLock& lock, const addrinfo* candidates, unsign
     return fault;
 }
 
-int CTcpController::TryConnect(CLock& lock,
-                               const addrinfo& candidate,
-                               const Deadline& deadline,
-                               unsigned serial)
+int CTcpController::TryConnectLocked(const addrinfo& candidate, const Deadline& deadline, unsigned serial)
 {
     m_socket.Reset(
         socket(candidate.ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, candidate.ai_protocol));
@@ -390,9 +393,9 @@ int CTcpController::TryConnect(CLock& lock,
     {
         return errno;
     }
-    while (IsCurrent(serial) && (!deadline || CClock::now() < *deadline))
+    while (IsCurrentLocked(serial) && (!deadline || CClock::now() < *deadline))
     {
-        if (Wait(lock, POLLOUT, deadline))
+        if (WaitLocked(POLLOUT, deadline))
         {
             return TakeSocketError(m_socket.Get());
         }
@@ -401,13 +404,13 @@ int CTcpController::TryConnect(CLock& lock,
 }
 
 /// What is done at length without the lock was not taken back meanwhile.
-bool CTcpController::IsCurrent(unsigned serial) const noexcept
+bool CTcpController::IsCurrentLocked(unsigned serial) const noexcept
 {
     return !m_stop && m_serial == serial;
 }
 
 /// @return false when the socket takes nothing at present
-bool CTcpController::TryWrite()
+bool CTcpController::TryWriteLocked()
 {
     const std::size_t size = m_request.data.size();
     if (m_request.sent < size + (m_request.isEnd ? kEnd.size() : 0))
@@ -424,23 +427,23 @@ bool CTcpController::TryWrite()
             }
             if (errno != EINTR)
             {
-                FailLink(fmt::format("cannot send: {}", std::strerror(errno)));
+                FailLinkLocked(fmt::format("cannot send: {}", std::strerror(errno)));
             }
             return true;
         }
         m_request.sent += static_cast<std::size_t>(sent);
         return true;
     }
-    FinishWrite();
+    FinishWriteLocked();
     return true;
 }
 
-void CTcpController::FinishWrite()
+void CTcpController::FinishWriteLocked()
 {
-    NoteSent(m_request.data);
+    NoteSentLocked(m_request.data);
     if (m_request.isEnd)
     {
-        NoteSent(kEnd);
+        NoteSentLocked(kEnd);
     }
     if (m_request.kind == Kind::AskStatus)
     {
@@ -451,7 +454,7 @@ void CTcpController::FinishWrite()
     DoAcknowledgeWrite();
 }
 
-void CTcpController::NoteSent(std::string_view bytes)
+void CTcpController::NoteSentLocked(std::string_view bytes)
 {
     while (!bytes.empty())
     {
@@ -461,31 +464,31 @@ void CTcpController::NoteSent(std::string_view bytes)
 }
 
 /// @return false when nothing is there at present
-bool CTcpController::TryRead()
+bool CTcpController::TryReadLocked()
 {
-    Gather();
+    GatherLocked();
     if (!m_data.empty() && m_readScanner.IsEnd())
     {
-        FinishRead(true);
+        FinishReadLocked(true);
         return true;
     }
     if (m_data.size() < m_request.limit)
     {
-        return Receive();
+        return ReceiveLocked();
     }
     if (m_request.isCounted)
     {
-        FinishRead(false);
+        FinishReadLocked(false);
     }
     else
     {
-        FailLink(fmt::format("an answer of more than {} bytes", m_request.limit));
+        FailLinkLocked(fmt::format("an answer of more than {} bytes", m_request.limit));
     }
     return true;
 }
 
 /// Moves what belongs to the read at hand from what has come.
-void CTcpController::Gather()
+void CTcpController::GatherLocked()
 {
     const std::string_view fresh = std::string_view(m_pending).substr(
         m_pendingUsed, m_request.limit - std::min(m_request.limit, m_data.size()));
@@ -503,7 +506,7 @@ void CTcpController::Gather()
     m_received += taken;
 }
 
-bool CTcpController::Receive()
+bool CTcpController::ReceiveLocked()
 {
     const std::size_t room =
         m_request.isCounted ? std::min(kPieceBytes, m_request.limit - m_data.size()) : kPieceBytes;
@@ -518,17 +521,17 @@ bool CTcpController::Receive()
     }
     if (count == 0)
     {
-        FailLink(fmt::format("closed the connection in the middle of an answer ({} bytes of it came)",
-                             UnreadBytes()));
+        FailLinkLocked(fmt::format("closed the connection in the middle of an answer ({} bytes of it came)",
+                                   UnreadBytesLocked()));
     }
     else if (count < 0 && fault != EINTR)
     {
-        FailLink(fmt::format("cannot receive: {}", std::strerror(fault)));
+        FailLinkLocked(fmt::format("cannot receive: {}", std::strerror(fault)));
     }
     return true;
 }
 
-void CTcpController::FinishRead(bool end)
+void CTcpController::FinishReadLocked(bool end)
 {
     if (end)
     {
@@ -536,14 +539,14 @@ void CTcpController::FinishRead(bool end)
     }
     if (m_request.kind == Kind::ReadStatus)
     {
-        FinishStatus();
+        FinishStatusLocked();
         return;
     }
     m_request = {};
     DoAcknowledgeRead(end, false, static_cast<long>(m_data.size()));
 }
 
-void CTcpController::FinishStatus()
+void CTcpController::FinishStatusLocked()
 {
     unsigned char status = 0;
     const char* const end = m_data.data() + m_data.size();
@@ -551,28 +554,28 @@ void CTcpController::FinishStatus()
     const auto [rest, fault] = std::from_chars(begin, end, status);
     if (fault != std::errc() || (*rest != '\n' && *rest != '\r'))
     {
-        Fail("answered *STB? with something else than a status byte");
+        FailLocked("answered *STB? with something else than a status byte");
         return;
     }
     m_request = {};
     DoAcknowledgeStatus(static_cast<char>(status));
 }
 
-void CTcpController::Fail(const std::string& what)
+void CTcpController::FailLocked(const std::string& what)
 {
     m_fault = fmt::format("{}: {}", m_address.Text(), what);
     m_request = {};
     DoAcknowledgeError();
 }
 
-void CTcpController::FailLink(const std::string& what)
+void CTcpController::FailLinkLocked(const std::string& what)
 {
-    Disconnect();
-    Fail(what);
+    DisconnectLocked();
+    FailLocked(what);
 }
 
 /// The other end learns it at once; the thread closes the socket when it does not wait on it any more.
-void CTcpController::Disconnect()
+void CTcpController::DisconnectLocked()
 {
     m_isUp = false;
     if (m_socket)

@@ -2,6 +2,7 @@
 
 #include "CBScpiController.h"
 #include "CMessageScanner.h"
+#include "CMutex.h"
 #include "CThread.h"
 #include "CThreadRunObject.h"
 #include "CUniqueHandle.h"
@@ -10,7 +11,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -75,7 +75,6 @@ public:
 
 private:
     using CClock = std::chrono::steady_clock;
-    using CLock = std::unique_lock<std::mutex>;
     using CUniqueSocket = CUniqueHandle<&close, int, -1>;
 
     enum class Kind : std::uint8_t
@@ -115,50 +114,53 @@ private:
     // The caller's side.
     HRESULT Begin(Request request);
 
-    // The thread's side. All take and leave the lock held; it is free while they wait.
+    // The thread's side.
     void Serve();
     void Stop();
-    void Advance(CLock& lock);
-    bool Wait(CLock& lock, short events, const Deadline& deadline = {});
-    void Connect(CLock& lock);
-    int ConnectToAny(CLock& lock, const addrinfo* candidates, unsigned serial);
-    void StartOver();
-    int TryConnect(CLock& lock, const addrinfo& candidate, const Deadline& deadline, unsigned serial);
-    bool IsCurrent(unsigned serial) const noexcept;
-    bool TryWrite();
-    bool TryRead();
-    bool Receive();
-    void Gather();
+    // The lock is free while these wait.
+    void AdvanceLocked() ZO_REQUIRES(m_mutex);
+    bool WaitLocked(short events, const Deadline& deadline = {}) ZO_REQUIRES(m_mutex);
+    void ConnectLocked() ZO_REQUIRES(m_mutex);
+    int ConnectToAnyLocked(const addrinfo* candidates, unsigned serial) ZO_REQUIRES(m_mutex);
+    int TryConnectLocked(const addrinfo& candidate, const Deadline& deadline, unsigned serial)
+        ZO_REQUIRES(m_mutex);
+    void StartOverLocked() ZO_REQUIRES(m_mutex);
+    bool IsCurrentLocked(unsigned serial) const noexcept ZO_REQUIRES(m_mutex);
+    bool TryWriteLocked() ZO_REQUIRES(m_mutex);
+    bool TryReadLocked() ZO_REQUIRES(m_mutex);
+    bool ReceiveLocked() ZO_REQUIRES(m_mutex);
+    void GatherLocked() ZO_REQUIRES(m_mutex);
 
-    // Both sides, under the lock.
-    void FinishWrite();
-    void FinishRead(bool end);
-    void FinishStatus();
-    void NoteSent(std::string_view bytes);
-    void TakeBack();
-    void BeginRead();
-    std::size_t UnreadBytes() const noexcept;
-    void Fail(const std::string& what);
-    void FailLink(const std::string& what);
-    void Disconnect();
+    // Both sides.
+    void FinishWriteLocked() ZO_REQUIRES(m_mutex);
+    void FinishReadLocked(bool end) ZO_REQUIRES(m_mutex);
+    void FinishStatusLocked() ZO_REQUIRES(m_mutex);
+    void NoteSentLocked(std::string_view bytes) ZO_REQUIRES(m_mutex);
+    void TakeBackLocked() ZO_REQUIRES(m_mutex);
+    void BeginReadLocked() ZO_REQUIRES(m_mutex);
+    std::size_t UnreadBytesLocked() const noexcept ZO_REQUIRES(m_mutex);
+    void FailLocked(const std::string& what) ZO_REQUIRES(m_mutex);
+    void FailLinkLocked(const std::string& what) ZO_REQUIRES(m_mutex);
+    void DisconnectLocked() ZO_REQUIRES(m_mutex);
 
     const InstrumentAddress m_address;
 
-    mutable std::mutex m_mutex; // guards all that follows up to the loop
-    bool m_stop = false;
-    unsigned m_serial = 0; ///< counts the requests
-    Request m_request;
-    CUniqueSocket m_socket; ///< closed by the thread alone, which waits on it without the lock
-    bool m_isUp = false;    ///< the connection can be used
-    std::string m_fault;
-    CMessageScanner m_sendScanner;
-    bool m_isAnswerDue = false;
-    CMessageScanner m_readScanner;
-    CMessageScanner m_scannerBeforeRead;
-    std::string m_pending;         ///< came, and belongs to no read yet
-    std::size_t m_pendingUsed = 0; ///< how much of its beginning does
-    std::string m_data;            ///< what the read at hand has gathered, or the last one
-    std::size_t m_received = 0;
+    mutable CMutex m_mutex;
+    bool m_stop ZO_GUARDED_BY(m_mutex) = false;
+    unsigned m_serial ZO_GUARDED_BY(m_mutex) = 0; ///< counts the requests
+    Request m_request ZO_GUARDED_BY(m_mutex);
+    /// Closed by the thread alone, which waits on it without the lock.
+    CUniqueSocket m_socket ZO_GUARDED_BY(m_mutex);
+    bool m_isUp ZO_GUARDED_BY(m_mutex) = false; ///< the connection can be used
+    std::string m_fault ZO_GUARDED_BY(m_mutex);
+    CMessageScanner m_sendScanner ZO_GUARDED_BY(m_mutex);
+    bool m_isAnswerDue ZO_GUARDED_BY(m_mutex) = false;
+    CMessageScanner m_readScanner ZO_GUARDED_BY(m_mutex);
+    CMessageScanner m_scannerBeforeRead ZO_GUARDED_BY(m_mutex);
+    std::string m_pending ZO_GUARDED_BY(m_mutex);         ///< came, and belongs to no read yet
+    std::size_t m_pendingUsed ZO_GUARDED_BY(m_mutex) = 0; ///< how much of its beginning does
+    std::string m_data ZO_GUARDED_BY(m_mutex); ///< what the read at hand has gathered, or the last one
+    std::size_t m_received ZO_GUARDED_BY(m_mutex) = 0;
 
     CUniqueEvent m_wake; ///< auto-reset: there is a request, or none any more
     CLoop m_loop{*this};

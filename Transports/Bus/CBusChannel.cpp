@@ -1,6 +1,8 @@
 #include "CBusChannel.h"
 
 #include "Bstr.h"
+#include "CMutexLocker.h"
+#include "CMutexUnlocker.h"
 #include "Common/ReplaceText.h"
 #include "GuardedEntry.h"
 #include "IZOScpiManager.h"
@@ -30,45 +32,48 @@ HRESULT CBusChannel::Provider(CComPtr<IZOScpiChannelServiceProvider>& provider)
     return provider == nullptr ? E_UNEXPECTED : result;
 }
 
-void CBusChannel::Report(CLock& lock, short error)
+void CBusChannel::ReportLocked(short error)
 {
     if (error == kScpiNoError)
     {
         return;
     }
-    lock.unlock();
-    m_changed.notify_all();
+    const CMutexUnlocker unlocker(m_mutex);
+    m_changed.NotifyAll();
     CComPtr<IZOScpiChannelServiceProvider> provider;
     if (SUCCEEDED(Provider(provider)))
     {
         provider->ReportError(error, nullptr);
     }
-    lock.lock();
 }
 
 template <class TCondition>
-HRESULT CBusChannel::Wait(CLock& lock, const Deadline& deadline, TCondition condition)
+HRESULT CBusChannel::WaitLocked(const Deadline& deadline, TCondition condition)
 {
-    const auto ends = [&] { return m_over || condition(); };
+    const auto ends = [&] {
+        m_mutex.AssertHeld();
+        return m_over || condition(m_exchange);
+    };
     bool inTime = true;
     if (deadline)
     {
-        inTime = m_changed.wait_until(lock, *deadline, ends);
+        inTime = m_changed.WaitUntil(m_mutex, *deadline, ends);
     }
     else
     {
-        m_changed.wait(lock, ends);
+        m_changed.Wait(m_mutex, ends);
     }
     return m_over ? E_UNEXPECTED : (inTime ? S_OK : E_PENDING);
 }
 
 template <class TCondition>
-HRESULT CBusChannel::WaitUnlessCleared(CLock& lock,
-                                       const Deadline& deadline,
-                                       std::uint64_t clears,
-                                       TCondition condition)
+HRESULT
+CBusChannel::WaitUnlessClearedLocked(const Deadline& deadline, std::uint64_t clears, TCondition condition)
 {
-    const HRESULT result = Wait(lock, deadline, [&] { return m_clears != clears || condition(); });
+    const HRESULT result = WaitLocked(deadline, [&](CMessageExchange& exchange) {
+        m_mutex.AssertHeld();
+        return m_clears != clears || condition(exchange);
+    });
     return SUCCEEDED(result) && m_clears != clears ? E_ABORT : result;
 }
 
@@ -105,11 +110,11 @@ HRESULT CBusChannel::Send(std::string_view bytes, bool end, DWORD timeoutMs)
     {
         provider->SignalGotoRemote();
     }
-    CLock lock(m_mutex);
+    CMutexLocker lock(m_mutex);
     const std::uint64_t clears = m_clears;
     if (SUCCEEDED(result))
     {
-        result = BeginElement(lock, deadline, m_exchange.Listen());
+        result = BeginElementLocked(deadline, m_exchange.Listen());
     }
     for (bool more = true; more && SUCCEEDED(result);)
     {
@@ -117,52 +122,57 @@ HRESULT CBusChannel::Send(std::string_view bytes, bool end, DWORD timeoutMs)
         m_received += static_cast<std::uint32_t>(count);
         bytes.remove_prefix(count);
         more = !bytes.empty();
-        lock.unlock();
+        lock.Unlock();
         provider->SignalDataAvailable();
-        lock.lock();
+        lock.Lock();
         if (more)
         {
-            Report(lock, m_exchange.WaitForRoom(true));
-            result = WaitUnlessCleared(lock, deadline, clears, [this] { return m_exchange.HasRoom(); });
+            ReportLocked(m_exchange.WaitForRoom(true));
+            result = WaitUnlessClearedLocked(
+                deadline, clears, [](const CMessageExchange& exchange) { return exchange.HasRoom(); });
             static_cast<void>(m_exchange.WaitForRoom(false));
         }
     }
     return result;
 }
 
-HRESULT CBusChannel::BeginElement(CLock& lock, const Deadline& deadline, short error)
+HRESULT CBusChannel::BeginElementLocked(const Deadline& deadline, short error)
 {
     const std::uint64_t clears = m_clears;
-    Report(lock, error);
+    ReportLocked(error);
     // A response that was dropped is to be gone from the status byte, too.
-    return WaitUnlessCleared(
-        lock, deadline, clears, [this] { return !m_exchange.IsClearing() && !m_exchange.IsSettling(); });
+    return WaitUnlessClearedLocked(deadline, clears, [](const CMessageExchange& exchange) {
+        return !exchange.IsClearing() && !exchange.IsSettling();
+    });
 }
 
 BusResponse CBusChannel::Receive(std::size_t max, DWORD timeoutMs)
 {
     const Deadline deadline = DeadlineAfter(timeoutMs);
     BusResponse response{S_OK, {}, false};
-    CLock lock(m_mutex);
+    CMutexLocker lock(m_mutex);
     const std::uint64_t clears = m_clears;
     while (response.result == S_OK && !response.end && response.bytes.size() < max)
     {
-        response.result = ReceivePart(lock, response, max, deadline, clears);
+        response.result = ReceivePartLocked(response, max, deadline, clears);
     }
     // The status byte says that no message waits when the last byte has been read, or nothing was asked.
-    static_cast<void>(WaitUnlessCleared(
-        lock, deadline, clears, [this] { return !m_exchange.IsSettling() && !m_exchange.IsClearing(); }));
+    static_cast<void>(WaitUnlessClearedLocked(deadline, clears, [](const CMessageExchange& exchange) {
+        return !exchange.IsSettling() && !exchange.IsClearing();
+    }));
     return response;
 }
 
-HRESULT CBusChannel::ReceivePart(
-    CLock& lock, BusResponse& response, std::size_t max, const Deadline& deadline, std::uint64_t clears)
+HRESULT CBusChannel::ReceivePartLocked(BusResponse& response,
+                                       std::size_t max,
+                                       const Deadline& deadline,
+                                       std::uint64_t clears)
 {
     const bool begun = !response.bytes.empty();
     short error = kScpiNoError;
-    const HRESULT result = WaitUnlessCleared(lock, deadline, clears, [&] {
-        error = m_exchange.Talk();
-        return m_exchange.CanTake() || error != kScpiNoError || (begun && !m_exchange.IsUnread());
+    const HRESULT result = WaitUnlessClearedLocked(deadline, clears, [&](CMessageExchange& exchange) {
+        error = exchange.Talk();
+        return exchange.CanTake() || error != kScpiNoError || (begun && !exchange.IsUnread());
     });
     if (FAILED(result))
     {
@@ -170,13 +180,13 @@ HRESULT CBusChannel::ReceivePart(
     }
     if (!m_exchange.CanTake())
     {
-        Report(lock, error);
+        ReportLocked(error);
         return begun ? E_ABORT : S_FALSE;
     }
     const std::size_t before = response.bytes.size();
     response.end = m_exchange.Take(max - before, response.bytes);
     m_sent += static_cast<std::uint32_t>(response.bytes.size() - before);
-    m_changed.notify_all();
+    m_changed.NotifyAll();
     return S_OK;
 }
 
@@ -189,20 +199,27 @@ HRESULT CBusChannel::DeviceClear(DWORD timeoutMs)
     {
         return result;
     }
-    CLock lock(m_mutex);
+    CMutexLocker lock(m_mutex);
     // Input that the kernel forgets after an error is acknowledged for itself.
-    result = Wait(lock, deadline, [this] { return m_deviceClear || !m_exchange.IsClearing(); });
+    result = WaitLocked(deadline, [this](const CMessageExchange& exchange) {
+        m_mutex.AssertHeld();
+        return m_deviceClear || !exchange.IsClearing();
+    });
     if (SUCCEEDED(result) && !m_deviceClear)
     {
         m_deviceClear = true;
         ++m_clears;
         m_exchange.DeviceClear();
-        lock.unlock();
-        m_changed.notify_all();
+        lock.Unlock();
+        m_changed.NotifyAll();
         result = provider->SignalDeviceClear();
-        lock.lock();
+        lock.Lock();
     }
-    return SUCCEEDED(result) ? Wait(lock, deadline, [this] { return !m_deviceClear; }) : result;
+    const auto acknowledged = [this](const CMessageExchange&) {
+        m_mutex.AssertHeld();
+        return !m_deviceClear;
+    };
+    return SUCCEEDED(result) ? WaitLocked(deadline, acknowledged) : result;
 }
 
 HRESULT CBusChannel::GroupExecuteTrigger()
@@ -213,13 +230,13 @@ HRESULT CBusChannel::GroupExecuteTrigger()
     {
         return result;
     }
-    CLock lock(m_mutex);
-    result = BeginElement(lock, {}, m_exchange.BeginTrigger());
+    CMutexLocker lock(m_mutex);
+    result = BeginElementLocked({}, m_exchange.BeginTrigger());
     if (SUCCEEDED(result))
     {
-        lock.unlock();
+        lock.Unlock();
         result = provider->SignalTrigger();
-        lock.lock();
+        lock.Lock();
     }
     m_exchange.EndTrigger();
     return result;
@@ -279,7 +296,7 @@ HRESULT CBusChannel::LocalLockout()
 
 HRESULT CBusChannel::DoOpenChannel()
 {
-    const CLock lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     m_exchange.DeviceClear();
     m_exchange.Acknowledge();
     m_deviceClear = false;
@@ -289,49 +306,50 @@ HRESULT CBusChannel::DoOpenChannel()
 
 HRESULT CBusChannel::DoRead(unsigned long size, unsigned char* data, unsigned long* got)
 {
-    CLock lock(m_mutex);
+    CMutexLocker lock(m_mutex);
     if (m_over)
     {
         return S_FALSE;
     }
     const CMessageExchange::Handed handed = m_exchange.Hand({reinterpret_cast<char*>(data), size});
     *got = handed.count;
-    Report(lock, handed.error);
-    lock.unlock();
-    m_changed.notify_all();
+    ReportLocked(handed.error);
+    lock.Unlock();
+    m_changed.NotifyAll();
     return S_OK;
 }
 
 HRESULT CBusChannel::DoDataAvailable(unsigned long* count)
 {
-    const CLock lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     *count = m_exchange.Available();
     return S_OK;
 }
 
 HRESULT
-CBusChannel::WritePart(CLock& lock, unsigned long size, unsigned char* data, unsigned long* written)
+CBusChannel::WritePartLocked(unsigned long size, unsigned char* data, unsigned long* written)
 {
     std::size_t taken = 0;
     const std::string_view rest(reinterpret_cast<const char*>(data) + *written, size - *written);
     const short error = m_exchange.Answer(rest, taken);
     *written += taken;
-    m_changed.notify_all();
-    Report(lock, error);
+    m_changed.NotifyAll();
+    ReportLocked(error);
     return m_over ? E_FAIL : (m_exchange.IsDropped() ? E_ABORT : S_OK);
 }
 
 HRESULT CBusChannel::DoWrite(unsigned long size, unsigned char* data, unsigned long* written)
 {
-    CLock lock(m_mutex);
+    CMutexLocker lock(m_mutex);
     HRESULT result = S_OK;
     while (SUCCEEDED(result) && *written < size)
     {
-        result = WritePart(lock, size, data, written);
+        result = WritePartLocked(size, data, written);
         if (SUCCEEDED(result) && *written < size)
         {
-            m_changed.wait(lock,
-                           [this] { return m_over || m_exchange.IsDropped() || m_exchange.HasOutputRoom(); });
+            static_cast<void>(WaitLocked({}, [](const CMessageExchange& exchange) {
+                return exchange.IsDropped() || exchange.HasOutputRoom();
+            }));
         }
     }
     return result;
@@ -339,22 +357,22 @@ HRESULT CBusChannel::DoWrite(unsigned long size, unsigned char* data, unsigned l
 
 HRESULT CBusChannel::DoWritePartial(unsigned long size, unsigned char* data, unsigned long* written)
 {
-    CLock lock(m_mutex);
-    return WritePart(lock, size, data, written);
+    CMutexLocker lock(m_mutex);
+    return WritePartLocked(size, data, written);
 }
 
 HRESULT CBusChannel::DoFlush()
 {
-    CLock lock(m_mutex);
+    CMutexLocker lock(m_mutex);
     m_exchange.EndAnswer();
-    m_changed.notify_all();
-    m_changed.wait(lock, [this] { return m_over || !m_exchange.IsUnread(); });
+    m_changed.NotifyAll();
+    static_cast<void>(WaitLocked({}, [](const CMessageExchange& exchange) { return !exchange.IsUnread(); }));
     return m_over ? E_FAIL : (m_exchange.IsDropped() ? E_ABORT : S_OK);
 }
 
 HRESULT CBusChannel::DoDelete(tagZO_SCPI_CHANNEL_TYPES which)
 {
-    const CLock lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     if ((which & ZO_CHANNEL_INPUT) != 0)
     {
         m_exchange.DropInput();
@@ -363,16 +381,16 @@ HRESULT CBusChannel::DoDelete(tagZO_SCPI_CHANNEL_TYPES which)
     {
         m_exchange.DropAnswer();
     }
-    m_changed.notify_all();
+    m_changed.NotifyAll();
     return S_OK;
 }
 
 HRESULT CBusChannel::DoProgramMessageEnd()
 {
-    const CLock lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     ++m_messages;
     m_exchange.EndMessage();
-    m_changed.notify_all();
+    m_changed.NotifyAll();
     return S_OK;
 }
 
@@ -385,19 +403,19 @@ HRESULT CBusChannel::DoSetChannelStatus(tagZO_SCPI_CHANNEL_STATUS* status)
 
 HRESULT CBusChannel::DoDeviceClearAcknowledge()
 {
-    const CLock lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     m_exchange.Acknowledge();
     m_deviceClear = false;
-    m_changed.notify_all();
+    m_changed.NotifyAll();
     return S_OK;
 }
 
 HRESULT CBusChannel::DoAbort()
 {
-    const CLock lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     m_over = true;
     ResetEvent(m_serviceRequest.Get());
-    m_changed.notify_all();
+    m_changed.NotifyAll();
     return S_OK;
 }
 
@@ -413,7 +431,7 @@ HRESULT CBusChannel::do_get_ChannelProperties(tag_ScpiChannelInfo* info)
     info->iInputBuffer = static_cast<std::int32_t>(m_settings.inputBuffer);
     info->iOutputBuffer = static_cast<std::int32_t>(m_settings.outputBuffer);
     info->bRemoteLocal = info->bStatus = info->bEnd = 1;
-    const CLock lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     info->iBytesReceived = static_cast<std::int32_t>(m_received);
     info->iBytesSent = static_cast<std::int32_t>(m_sent);
     info->iMessages = static_cast<std::int32_t>(m_messages);

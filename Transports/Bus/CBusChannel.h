@@ -9,14 +9,14 @@
 
 #include "CBScpiChannel.h"
 #include "CComObject.h"
+#include "CCondition.h"
 #include "CMessageExchange.h"
+#include "CMutex.h"
 #include "Deadline.h"
 #include "Event.h"
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -117,37 +117,37 @@ protected:
     ~CBusChannel() override = default;
 
 private:
-    using CLock = std::unique_lock<std::mutex>;
-
     /// @return E_UNEXPECTED without connection
     HRESULT Provider(CComPtr<IZOScpiChannelServiceProvider>& provider);
     /// Calls the kernel with an error, without the lock, which is held again afterwards.
-    void Report(CLock& lock, short error);
-    /// Waits until a condition holds.
+    void ReportLocked(short error) ZO_REQUIRES(m_mutex);
+    /// Waits until a condition of the exchange holds.
     ///
     /// @return S_OK; E_PENDING; E_UNEXPECTED when all is over
     template <class TCondition>
-    HRESULT Wait(CLock& lock, const Deadline& deadline, TCondition condition);
+    HRESULT WaitLocked(const Deadline& deadline, TCondition condition) ZO_REQUIRES(m_mutex);
     /// The same; E_ABORT when there were more device clears.
     template <class TCondition>
+    HRESULT WaitUnlessClearedLocked(const Deadline& deadline, std::uint64_t clears, TCondition condition)
+        ZO_REQUIRES(m_mutex);
+    HRESULT BeginElementLocked(const Deadline& deadline, short error) ZO_REQUIRES(m_mutex);
     HRESULT
-    WaitUnlessCleared(CLock& lock, const Deadline& deadline, std::uint64_t clears, TCondition condition);
-    HRESULT BeginElement(CLock& lock, const Deadline& deadline, short error);
-    HRESULT ReceivePart(
-        CLock& lock, BusResponse& response, std::size_t max, const Deadline& deadline, std::uint64_t clears);
-    HRESULT WritePart(CLock& lock, unsigned long size, unsigned char* data, unsigned long* written);
+    ReceivePartLocked(BusResponse& response, std::size_t max, const Deadline& deadline, std::uint64_t clears)
+        ZO_REQUIRES(m_mutex);
+    HRESULT WritePartLocked(unsigned long size, unsigned char* data, unsigned long* written)
+        ZO_REQUIRES(m_mutex);
 
     const BusSettings m_settings;
     const CUniqueEvent m_serviceRequest;
-    std::mutex m_mutex; // the kernel is not called while it is held
-    std::condition_variable m_changed;
-    CMessageExchange m_exchange;  // guarded by m_mutex, like the following
-    bool m_over = true;           // before Open, after Abort
-    bool m_deviceClear = false;   // not acknowledged yet
-    std::uint64_t m_clears = 0;   // device clears so far
-    std::uint32_t m_received = 0; // bytes, messages: modulo 2^32
-    std::uint32_t m_sent = 0;
-    std::uint32_t m_messages = 0;
+    CMutex m_mutex; // the kernel is not called while it is held
+    CCondition m_changed;
+    CMessageExchange m_exchange ZO_GUARDED_BY(m_mutex);
+    bool m_over ZO_GUARDED_BY(m_mutex) = true;           // before Open, after Abort
+    bool m_deviceClear ZO_GUARDED_BY(m_mutex) = false;   // not acknowledged yet
+    std::uint64_t m_clears ZO_GUARDED_BY(m_mutex) = 0;   // device clears so far
+    std::uint32_t m_received ZO_GUARDED_BY(m_mutex) = 0; // bytes, messages: modulo 2^32
+    std::uint32_t m_sent ZO_GUARDED_BY(m_mutex) = 0;
+    std::uint32_t m_messages ZO_GUARDED_BY(m_mutex) = 0;
     std::atomic<bool> m_remoteEnable{false};
 };
 

@@ -1,5 +1,6 @@
 #include "CTcpServer.h"
 
+#include "CMutexLocker.h"
 #include "CTcpChannel.h"
 #include "Common/EndpointText.h"
 #include "GuardedEntry.h"
@@ -13,7 +14,6 @@
 #include <algorithm>
 #include <chrono>
 #include <list>
-#include <mutex>
 #include <optional>
 #include <system_error>
 #include <thread>
@@ -92,7 +92,7 @@ public:
     std::size_t SessionCount() const;
 
 private:
-    void StopAcceptingLocked();
+    void StopAcceptingLocked() ZO_REQUIRES(m_runMutex);
     void AcceptNext();
     void OnAccept(const asio::error_code& error, tcp::socket socket);
     void Serve(tcp::socket socket);
@@ -101,21 +101,22 @@ private:
 
     const TcpServerSettings m_settings;
 
-    std::mutex m_runMutex;                       // start and stop one at a time; taken before m_mutex
-    std::shared_ptr<asio::io_context> m_context; // guarded by m_runMutex; set while running
-    std::thread m_acceptThread;                  // guarded by m_runMutex
+    CMutex m_runMutex ZO_ACQUIRED_BEFORE(m_mutex); // start and stop one at a time
+    std::thread m_acceptThread ZO_GUARDED_BY(m_runMutex);
 
-    std::optional<tcp::acceptor> m_acceptor;   // the accepting thread's, while it runs
-    std::optional<asio::steady_timer> m_retry; // the same
+    // Changed under m_runMutex while the accepting thread does not run, which uses them without lock.
+    std::shared_ptr<asio::io_context> m_context; // set while the server runs
+    std::optional<tcp::acceptor> m_acceptor;
+    std::optional<asio::steady_timer> m_retry;
 
-    mutable std::mutex m_mutex;
-    tcp::endpoint m_endpoint;                         // guarded by m_mutex
-    std::list<CComPtr<CTcpChannelObject>> m_channels; // guarded by m_mutex
+    mutable CMutex m_mutex;
+    tcp::endpoint m_endpoint ZO_GUARDED_BY(m_mutex);
+    std::list<CComPtr<CTcpChannelObject>> m_channels ZO_GUARDED_BY(m_mutex);
 };
 
 void CTcpServer::CImplementation::Start()
 {
-    const std::lock_guard lock(m_runMutex);
+    const CMutexLocker lock(m_runMutex);
     if (m_context != nullptr)
     {
         return;
@@ -126,7 +127,7 @@ void CTcpServer::CImplementation::Start()
         m_acceptor.emplace(Listen(*m_context, m_settings));
         m_retry.emplace(*m_context);
         {
-            const std::lock_guard endpointLock(m_mutex);
+            const CMutexLocker endpointLock(m_mutex);
             m_endpoint = m_acceptor->local_endpoint();
         }
         AcceptNext();
@@ -161,7 +162,7 @@ void CTcpServer::CImplementation::StopAcceptingLocked()
 
 void CTcpServer::CImplementation::Stop()
 {
-    const std::lock_guard lock(m_runMutex);
+    const CMutexLocker lock(m_runMutex);
     if (m_context == nullptr)
     {
         return;
@@ -170,7 +171,7 @@ void CTcpServer::CImplementation::Stop()
 
     std::list<CComPtr<CTcpChannelObject>> channels;
     {
-        const std::lock_guard channelsLock(m_mutex);
+        const CMutexLocker channelsLock(m_mutex);
         channels.swap(m_channels);
     }
     // All are woken first, so that they end side by side.
@@ -234,7 +235,7 @@ void CTcpServer::CImplementation::Serve(tcp::socket socket)
         return;
     }
     {
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker lock(m_mutex);
         m_channels.splice(m_channels.end(), added);
     }
     if (FAILED(provider->SignalConnected()))
@@ -256,7 +257,7 @@ void CTcpServer::CImplementation::RemoveEnded()
 {
     std::list<CComPtr<CTcpChannelObject>> ended;
     {
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker lock(m_mutex);
         for (auto channel = m_channels.begin(); channel != m_channels.end();)
         {
             const auto current = channel++;
@@ -274,13 +275,13 @@ void CTcpServer::CImplementation::RemoveEnded()
 
 tcp::endpoint CTcpServer::CImplementation::LocalEndpoint() const
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     return m_endpoint;
 }
 
 std::size_t CTcpServer::CImplementation::SessionCount() const
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     return static_cast<std::size_t>(std::count_if(
         m_channels.begin(), m_channels.end(), [](const auto& channel) { return channel->IsServed(); }));
 }
