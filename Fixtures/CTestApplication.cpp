@@ -1,5 +1,6 @@
 #include "CTestApplication.h"
 
+#include "CMutexLocker.h"
 #include "ErrorRaising.h"
 #include "IZOScpiBlockData.h"
 #include "ScpiErrorCodes.h"
@@ -262,7 +263,7 @@ HRESULT CTestSink::Fail(const Call& call) const
 
 HRESULT CTestSink::BeginOperation(const Call& call)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     call.manager.GetPendingOperations(&m_pendingOperations);
     const HRESULT result = m_pendingOperations->BeginOperation(call.remotePath, &m_operations.emplace_back());
     SetEvent(m_operationBegun.Get());
@@ -271,7 +272,7 @@ HRESULT CTestSink::BeginOperation(const Call& call)
 
 void CTestSink::EndOperations()
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     for (const unsigned long operation : std::exchange(m_operations, {}))
     {
         m_pendingOperations->EndOperation(operation);
@@ -298,13 +299,13 @@ HRESULT CTestDevice::GetDeviceOptions(wchar_t** text)
 
 std::string CTestDevice::TakeEvents()
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     return std::exchange(m_events, {});
 }
 
 HRESULT CTestDevice::Note(char event)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     m_events += event;
     return S_OK;
 }

@@ -4,13 +4,13 @@
 #include "CBScpiExecutionSink.h"
 #include "CBScpiParser.h"
 #include "CComObject.h"
+#include "CMutex.h"
 #include "CRemoteKernel.h"
 #include "CTableBuilder.h"
 #include "Event.h"
 #include "IZOScpiManager.h"
 
 #include <atomic>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -76,8 +76,8 @@ private:
 
     std::string m_last;
     std::vector<unsigned char> m_block;
-    std::mutex m_mutex;
-    std::vector<unsigned long> m_operations; // guarded by m_mutex
+    CMutex m_mutex;
+    std::vector<unsigned long> m_operations ZO_GUARDED_BY(m_mutex);
     CComPtr<IZOScpiPendingOperations> m_pendingOperations;
 };
 
@@ -105,8 +105,8 @@ public:
 private:
     HRESULT Note(char event);
 
-    std::mutex m_mutex;
-    std::string m_events; // guarded by m_mutex
+    CMutex m_mutex;
+    std::string m_events ZO_GUARDED_BY(m_mutex);
 };
 
 using CSinkObject = CComObject<CTestSink, IZOScpiExecutionSink>;

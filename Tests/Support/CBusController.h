@@ -2,6 +2,7 @@
 
 #include "Bus/CBusChannel.h"
 #include "CBScpiMultichannelEventObserver.h"
+#include "CMutexLocker.h"
 #include "CTestApplication.h"
 #include "Root.h"
 
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -94,7 +94,7 @@ public:
     /// The events since the last call, joined by blanks.
     std::string Take()
     {
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker lock(m_mutex);
         std::string all;
         for (const std::string& event : std::exchange(m_events, {}))
         {
@@ -104,7 +104,7 @@ public:
     }
     std::size_t Count(std::string_view name)
     {
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker lock(m_mutex);
         return static_cast<std::size_t>(std::count_if(
             m_events.begin(), m_events.end(), [name](const auto& event) { return event.starts_with(name); }));
     }
@@ -132,13 +132,13 @@ protected:
 private:
     HRESULT Note(const std::string& name, long path)
     {
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker lock(m_mutex);
         m_events.push_back(name + (m_paths ? std::to_string(path) : ""));
         return S_OK;
     }
 
-    std::mutex m_mutex;
-    std::vector<std::string> m_events; // guarded by m_mutex
+    CMutex m_mutex;
+    std::vector<std::string> m_events ZO_GUARDED_BY(m_mutex);
 
 public:
     std::atomic<bool> m_paths{false}; ///< appends the path to each event

@@ -1,14 +1,14 @@
 #pragma once
 
+#include "CCondition.h"
 #include "CLxiEventEndpoint.h"
+#include "CMutexLocker.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <deque>
 #include <memory>
-#include <mutex>
 
 namespace ZoVelkor::RemoteKernel::Testing
 {
@@ -47,19 +47,23 @@ public:
     {
         HeardEvent heard{.event = event.event, .time = event.time, .sender = event.sender};
         heard.packet->duplicatePacket(event.packet);
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker lock(m_mutex);
         m_heard.push_back(std::move(heard));
-        m_changed.notify_one();
+        m_changed.NotifyOne();
     }
 
     /// Waits for the next event; fails after half a minute.
     HeardEvent Take()
     {
-        std::unique_lock lock(m_mutex);
-        if (!m_changed.wait_for(lock, std::chrono::seconds(30), [this] { return !m_heard.empty(); }))
+        const auto deadline = CCondition::Clock::now() + std::chrono::seconds(30);
+        const CMutexLocker lock(m_mutex);
+        while (m_heard.empty())
         {
-            ADD_FAILURE() << "no event";
-            return {};
+            if (!m_changed.WaitUntil(m_mutex, deadline))
+            {
+                ADD_FAILURE() << "no event";
+                return {};
+            }
         }
         HeardEvent heard = std::move(m_heard.front());
         m_heard.pop_front();
@@ -68,9 +72,9 @@ public:
 
 private:
     CLxiEventEndpoint& m_endpoint;
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    std::deque<HeardEvent> m_heard; // guarded by m_mutex
+    CMutex m_mutex;
+    CCondition m_changed;
+    std::deque<HeardEvent> m_heard ZO_GUARDED_BY(m_mutex);
 };
 
 } // namespace ZoVelkor::RemoteKernel::Testing
