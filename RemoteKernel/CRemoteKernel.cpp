@@ -1,6 +1,7 @@
 #include "CRemoteKernel.h"
 
 #include "BuiltIn/BuiltInTable.h"
+#include "CMutexLocker.h"
 #include "Root.h"
 #include "Services/CChannelManagement.h"
 #include "Services/CDeviceManagement.h"
@@ -12,7 +13,6 @@
 #include "Sessions/CRemoteControl.h"
 #include "Sessions/KernelParts.h"
 
-#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -58,14 +58,14 @@ private:
     void AddService(TInterface* service);
     template <class TObject, class TInterface, class... TArguments>
     void MakeService(TArguments&&... arguments);
-    void UnregisterAtRoot() noexcept;
+    void UnregisterAtRootLocked() noexcept ZO_REQUIRES(m_startMutex);
 
     const KernelParts m_parts;
     const CComPtr<CAdministrationObject> m_administration;
     std::vector<std::pair<const IID*, CComPtr<IUnknown>>> m_services; // constant after construction
 
-    std::mutex m_startMutex;
-    bool m_atRoot = false; // guarded by m_startMutex
+    CMutex m_startMutex;
+    bool m_atRoot ZO_GUARDED_BY(m_startMutex) = false;
 };
 
 CRemoteKernel::CImplementation::CImplementation(InstrumentIdentity identity, const SessionLimits& limits)
@@ -109,7 +109,7 @@ void CRemoteKernel::CImplementation::MakeServices()
 
 HRESULT CRemoteKernel::CImplementation::Start()
 {
-    const std::lock_guard lock(m_startMutex);
+    const CMutexLocker lock(m_startMutex);
     CComPtr<IZORoot> root;
     HRESULT result = GetRoot(&root);
     if (FAILED(result))
@@ -122,14 +122,14 @@ HRESULT CRemoteKernel::CImplementation::Start()
         result = root->RegisterInterface(*pIid, service);
         if (FAILED(result))
         {
-            UnregisterAtRoot();
+            UnregisterAtRootLocked();
             return result;
         }
     }
     return S_OK;
 }
 
-void CRemoteKernel::CImplementation::UnregisterAtRoot() noexcept
+void CRemoteKernel::CImplementation::UnregisterAtRootLocked() noexcept
 {
     CComPtr<IZORoot> root;
     if (std::exchange(m_atRoot, false) && SUCCEEDED(GetRoot(&root)))
@@ -144,8 +144,8 @@ void CRemoteKernel::CImplementation::UnregisterAtRoot() noexcept
 void CRemoteKernel::CImplementation::Stop()
 {
     {
-        const std::lock_guard lock(m_startMutex);
-        UnregisterAtRoot();
+        const CMutexLocker lock(m_startMutex);
+        UnregisterAtRootLocked();
     }
     m_parts.sessions->CancelAll();
     // Before the connections' threads are waited for, which may be in such a wait.

@@ -1,5 +1,6 @@
 #include "CMultichannelAdministration.h"
 
+#include "CMutexLocker.h"
 #include "ErrorRaising.h"
 #include "GuardedEntry.h"
 
@@ -53,7 +54,7 @@ HRESULT CMultichannelAdministration::AddConnection(IZOScpiChannel* channel,
     *remotePath = -1;
     *provider = nullptr;
     return GuardedEntry([&]() -> HRESULT {
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker lock(m_mutex);
         if (m_closed)
         {
             return E_UNEXPECTED;
@@ -84,7 +85,7 @@ HRESULT CMultichannelAdministration::RemoveConnection(IZOScpiChannel* channel)
     return GuardedEntry([&]() -> HRESULT {
         CComPtr<CConnectionObject> connection;
         {
-            const std::lock_guard lock(m_mutex);
+            const CMutexLocker lock(m_mutex);
             const auto found = m_connections.find(Identity(channel));
             if (found == m_connections.end())
             {
@@ -127,7 +128,7 @@ void CMultichannelAdministration::Close()
 {
     std::map<IUnknown*, CComPtr<CConnectionObject>> connections;
     {
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker lock(m_mutex);
         m_closed = true;
         connections.swap(m_connections);
     }

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "CMutex.h"
 #include "IZOScpiMultichannelAdministration.h"
 #include "SessionLimits.h"
 #include "Sessions/CConnection.h"
 #include "Sessions/KernelParts.h"
 
 #include <map>
-#include <mutex>
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -35,9 +35,9 @@ public:
 private:
     const KernelParts m_parts;
     const SessionLimits m_limits;
-    std::mutex m_mutex;
-    bool m_closed = false;                                         // guarded by m_mutex
-    std::map<IUnknown*, CComPtr<CConnectionObject>> m_connections; // guarded by m_mutex, by identity
+    CMutex m_mutex;
+    bool m_closed ZO_GUARDED_BY(m_mutex) = false;
+    std::map<IUnknown*, CComPtr<CConnectionObject>> m_connections ZO_GUARDED_BY(m_mutex); // by identity
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -1,5 +1,6 @@
 #include "CConnection.h"
 
+#include "CMutexLocker.h"
 #include "CSmartScpiChannelInfo.h"
 #include "GuardedEntry.h"
 #include "MakeEvent.h"
@@ -60,7 +61,7 @@ void CConnection::End()
 {
     std::thread thread;
     {
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker lock(m_mutex);
         if (m_ended || m_session == nullptr)
         {
             return;
@@ -88,7 +89,7 @@ void CConnection::TakeDown()
     std::unique_ptr<CSession> session;
     bool served = false;
     {
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker lock(m_mutex);
         session = std::move(m_session);
         served = m_served;
     }
@@ -111,7 +112,7 @@ HRESULT CConnection::SignalConnected()
 {
     CComPtr<IZOScpiChannel> channel; // the end of the connection may come at any moment
     {
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker lock(m_mutex);
         if (m_ended || m_connected)
         {
             return m_ended ? E_UNEXPECTED : S_FALSE;
@@ -135,7 +136,7 @@ HRESULT CConnection::SignalConnected()
 
 HRESULT CConnection::StartThread()
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     if (m_ended)
     {
         return E_UNEXPECTED;
@@ -151,7 +152,7 @@ HRESULT CConnection::StartThread()
 
 HRESULT CConnection::SignalDisconnected()
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     if (m_session == nullptr)
     {
         return E_UNEXPECTED;
@@ -168,7 +169,7 @@ HRESULT CConnection::SignalDataAvailable()
 
 HRESULT CConnection::SignalDeviceClear()
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     if (m_session == nullptr)
     {
         return E_UNEXPECTED;
@@ -201,14 +202,17 @@ HRESULT CConnection::Change(PathChange change)
 
 HRESULT CConnection::SignalTrigger()
 {
-    std::unique_lock lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     if (!m_thread.joinable() || m_trigger.over)
     {
         return E_UNEXPECTED;
     }
     const std::uint64_t mine = ++m_trigger.requested;
     SetEvent(m_wake.Get());
-    m_triggerDone.wait(lock, [&] { return m_trigger.done >= mine; });
+    while (m_trigger.done < mine)
+    {
+        m_triggerDone.Wait(m_mutex);
+    }
     return m_trigger.result;
 }
 
@@ -226,7 +230,7 @@ HRESULT CConnection::ReportError(short code, wchar_t* text)
     const HRESULT result = m_parts.errors->SetError(RemotePath(), code, text);
     if (code == kScpiQueryUnterminated || IsScpiCommandError(code))
     {
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker lock(m_mutex);
         if (m_session != nullptr)
         {
             m_session->DropInput();
@@ -242,7 +246,7 @@ HRESULT CConnection::GetScpiManager(IUnknown** manager)
         return E_POINTER;
     }
     *manager = nullptr;
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     return m_session == nullptr ? E_UNEXPECTED : CComPtr<IUnknown>(m_session->Context()).CopyTo(manager);
 }
 
@@ -262,7 +266,7 @@ void CConnection::Run(CSession& session)
     static_cast<void>(GuardedEntry([this] { return m_channel->Abort(); }));
     bool takesDown = false;
     {
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker lock(m_mutex);
         takesDown = m_endedByThread;
     }
     if (takesDown)
@@ -401,7 +405,7 @@ Received CConnection::Receive(std::span<char> space, int timeoutMs, int cancelDe
         if (TriggersRequested() != TriggersDone())
         {
             // It has come inside the block and cannot wait for the rest.
-            m_session->RefuseTrigger();
+            OwnSession().RefuseTrigger();
             CloseTriggers(S_FALSE, false);
         }
         switch (Wait(cancelDescriptor, timeoutMs))
@@ -416,37 +420,43 @@ Received CConnection::Receive(std::span<char> space, int timeoutMs, int cancelDe
     }
 }
 
+CSession& CConnection::OwnSession()
+{
+    const CMutexLocker lock(m_mutex);
+    return *m_session;
+}
+
 std::uint64_t CConnection::TriggersRequested()
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     return m_trigger.requested;
 }
 
 std::uint64_t CConnection::TriggersDone()
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     return m_trigger.done;
 }
 
 void CConnection::RunTrigger(CSession& session, std::uint64_t requested)
 {
     const HRESULT result = session.IsClearPending() || session.IsCancelled() ? E_ABORT : session.Trigger();
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     m_trigger.done = requested;
     m_trigger.result = result;
-    m_triggerDone.notify_all();
+    m_triggerDone.NotifyAll();
 }
 
 void CConnection::CloseTriggers(HRESULT result, bool over)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     if (m_trigger.done != m_trigger.requested)
     {
         m_trigger.done = m_trigger.requested;
         m_trigger.result = result;
     }
     m_trigger.over = over;
-    m_triggerDone.notify_all();
+    m_triggerDone.NotifyAll();
 }
 
 } // namespace ZoVelkor::RemoteKernel

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "CComObject.h"
+#include "CCondition.h"
+#include "CMutex.h"
 #include "CSession.h"
 #include "IZOScpiChannelServiceProvider.h"
 #include "IZOScpiWaitableChannel.h"
@@ -8,10 +10,8 @@
 #include "Parsing/IByteSource.h"
 #include "PathChange.h"
 
-#include <condition_variable>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -76,6 +76,8 @@ private:
     bool Send(std::string_view response);
     void RunTrigger(CSession& session, std::uint64_t requested);
     void CloseTriggers(HRESULT result, bool over);
+    /// The session, for the thread that serves it and ends before it.
+    CSession& OwnSession();
     std::uint64_t TriggersRequested();
     std::uint64_t TriggersDone();
     /// Waits until there may be something to do, or a descriptor says that the session is broken off.
@@ -91,16 +93,16 @@ private:
     const int m_descriptor;            // of a waitable channel, else -1
     const CUniqueEvent m_wake;         // auto-reset: the thread is to look around
 
-    std::mutex m_mutex;
-    std::unique_ptr<CSession> m_session; // guarded by m_mutex; the thread has it without lock
+    CMutex m_mutex;
+    std::unique_ptr<CSession> m_session ZO_GUARDED_BY(m_mutex); // the thread has it without lock
     const std::shared_ptr<CRemotePath> m_path;
-    bool m_connected = false;     // guarded by m_mutex
-    bool m_served = false;        // guarded by m_mutex: the thread has begun
-    bool m_ended = false;         // guarded by m_mutex
-    bool m_endedByThread = false; // guarded by m_mutex
-    std::thread m_thread;         // guarded by m_mutex
-    Trigger m_trigger;            // guarded by m_mutex
-    std::condition_variable m_triggerDone;
+    bool m_connected ZO_GUARDED_BY(m_mutex) = false;
+    bool m_served ZO_GUARDED_BY(m_mutex) = false; // the thread has begun
+    bool m_ended ZO_GUARDED_BY(m_mutex) = false;
+    bool m_endedByThread ZO_GUARDED_BY(m_mutex) = false;
+    std::thread m_thread ZO_GUARDED_BY(m_mutex);
+    Trigger m_trigger ZO_GUARDED_BY(m_mutex);
+    CCondition m_triggerDone;
 };
 
 using CConnectionObject = CComObject<CConnection, IZOScpiChannelServiceProvider>;

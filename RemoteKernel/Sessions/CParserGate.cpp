@@ -7,16 +7,16 @@ namespace ZoVelkor::RemoteKernel
 
 bool CParserGate::Start(long remotePath)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     const bool changed = m_stopped.erase(remotePath) != 0;
     m_stops.store(m_stopped.size(), std::memory_order_release);
-    m_changed.notify_all();
+    m_changed.NotifyAll();
     return changed;
 }
 
 bool CParserGate::Stop(long remotePath)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     const bool changed = m_stopped.insert(remotePath).second;
     m_stops.store(m_stopped.size(), std::memory_order_release);
     return changed;
@@ -24,13 +24,13 @@ bool CParserGate::Stop(long remotePath)
 
 bool CParserGate::IsStarted(long remotePath) const
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     return !m_stopped.contains(remotePath);
 }
 
 bool CParserGate::IsOpenSlow(long remotePath) const
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     return IsOpenLocked(remotePath);
 }
 
@@ -41,8 +41,8 @@ bool CParserGate::IsOpenLocked(long remotePath) const
 
 void CParserGate::Wake() noexcept
 {
-    const std::lock_guard lock(m_mutex);
-    m_changed.notify_all();
+    const CMutexLocker lock(m_mutex);
+    m_changed.NotifyAll();
 }
 
 } // namespace ZoVelkor::RemoteKernel

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "CCondition.h"
+#include "CMutexLocker.h"
+
 #include <atomic>
-#include <condition_variable>
-#include <mutex>
 #include <set>
 
 namespace ZoVelkor::RemoteKernel
@@ -29,19 +30,22 @@ public:
     template <class TBroken>
     void Wait(long remotePath, TBroken isBroken)
     {
-        std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [&] { return isBroken() || IsOpenLocked(remotePath); });
+        const CMutexLocker lock(m_mutex);
+        while (!isBroken() && !IsOpenLocked(remotePath))
+        {
+            m_changed.Wait(m_mutex);
+        }
     }
     /// Has all who wait look again.
     void Wake() noexcept;
 
 private:
     bool IsOpenSlow(long remotePath) const;
-    bool IsOpenLocked(long remotePath) const;
+    bool IsOpenLocked(long remotePath) const ZO_REQUIRES(m_mutex);
 
-    mutable std::mutex m_mutex;
-    std::condition_variable m_changed;
-    std::set<long> m_stopped; // guarded by m_mutex
+    mutable CMutex m_mutex;
+    CCondition m_changed;
+    std::set<long> m_stopped ZO_GUARDED_BY(m_mutex);
     std::atomic<std::size_t> m_stops{0};
 };
 

@@ -1,5 +1,7 @@
 #include "CPathTable.h"
 
+#include "CMutexLocker.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -8,7 +10,7 @@ namespace ZoVelkor::RemoteKernel
 
 std::shared_ptr<CRemotePath> CPathTable::Open()
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     for (std::size_t i = 0; i < m_paths.size(); ++i)
     {
         const std::size_t number = (m_next + i) % m_paths.size();
@@ -25,13 +27,13 @@ std::shared_ptr<CRemotePath> CPathTable::Open()
 void CPathTable::Close(CRemotePath& path) noexcept
 {
     path.Close();
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     m_paths[static_cast<std::size_t>(path.Number())] = nullptr;
 }
 
 std::shared_ptr<CRemotePath> CPathTable::Find(long number) const
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     const std::shared_ptr<CRemotePath> path =
         IsNumber(number) ? m_paths[static_cast<std::size_t>(number)] : nullptr;
     return path != nullptr && path->IsOpen() ? path : nullptr;
@@ -40,7 +42,7 @@ std::shared_ptr<CRemotePath> CPathTable::Find(long number) const
 std::vector<std::shared_ptr<CRemotePath>> CPathTable::All() const
 {
     std::vector<std::shared_ptr<CRemotePath>> paths;
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     std::copy_if(m_paths.begin(), m_paths.end(), std::back_inserter(paths), [](const auto& path) {
         return path != nullptr && path->IsOpen();
     });

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "CMutex.h"
 #include "CRemotePath.h"
 
 #include <cstddef>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 namespace ZoVelkor::RemoteKernel
@@ -37,9 +37,9 @@ public:
     std::vector<std::shared_ptr<CRemotePath>> All() const;
 
 private:
-    mutable std::mutex m_mutex;
-    std::vector<std::shared_ptr<CRemotePath>> m_paths; // guarded by m_mutex
-    std::size_t m_next = 0;                            // guarded by m_mutex
+    mutable CMutex m_mutex;
+    std::vector<std::shared_ptr<CRemotePath>> m_paths ZO_GUARDED_BY(m_mutex);
+    std::size_t m_next ZO_GUARDED_BY(m_mutex) = 0;
 };
 
 } // namespace ZoVelkor::RemoteKernel

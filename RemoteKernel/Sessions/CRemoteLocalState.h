@@ -1,7 +1,8 @@
 #pragma once
 
+#include "CMutexLocker.h"
+
 #include <atomic>
-#include <mutex>
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -28,7 +29,7 @@ public:
     /// The instrument's own wish, which a lockout forbids.
     StateChange ReturnToLocal() noexcept
     {
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker lock(m_mutex);
         return m_lockedOut && m_remote ? StateChange::LockedOut : ChangeLocked(m_remote, false);
     }
     StateChange SetLockout(bool lockedOut) noexcept { return Change(m_lockedOut, lockedOut); }
@@ -36,15 +37,15 @@ public:
 private:
     StateChange Change(std::atomic<bool>& state, bool value) noexcept
     {
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker lock(m_mutex);
         return ChangeLocked(state, value);
     }
-    static StateChange ChangeLocked(std::atomic<bool>& state, bool value) noexcept
+    StateChange ChangeLocked(std::atomic<bool>& state, bool value) noexcept ZO_REQUIRES(m_mutex)
     {
         return state.exchange(value) == value ? StateChange::Unchanged : StateChange::Changed;
     }
 
-    std::mutex m_mutex; // a change looks at both
+    CMutex m_mutex; // a change looks at both
     std::atomic<bool> m_remote{false};
     std::atomic<bool> m_lockedOut{false};
 };

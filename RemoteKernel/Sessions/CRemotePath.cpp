@@ -1,5 +1,6 @@
 #include "CRemotePath.h"
 
+#include "CMutexLocker.h"
 #include "GuardedEntry.h"
 
 namespace ZoVelkor::RemoteKernel
@@ -9,7 +10,7 @@ void CRemotePath::Close() noexcept
 {
     m_open.store(false);
     CComPtr<IZOScpiChannel> channel; // released without lock
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     channel = std::move(m_channel);
 }
 
@@ -22,12 +23,13 @@ void CRemotePath::AttachChannel(IZOScpiChannel* channel)
     static_cast<void>(channel->GetCapabilities(&remoteLocal, &status));
     m_remoteLocal = remoteLocal != 0;
     m_wantsStatus = status != 0;
+    const CMutexLocker lock(m_mutex);
     m_channel = channel;
 }
 
 CComPtr<IZOScpiChannel> CRemotePath::Channel() const
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     return m_channel;
 }
 
@@ -43,24 +45,24 @@ void CRemotePath::PublishStatus() noexcept
     {
         return;
     }
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     tagZO_SCPI_CHANNEL_STATUS status{
         ToVariantBool(m_serviceRequest.load()),
         ToVariantBool(m_state.IsRemote()),
         ToVariantBool(m_state.IsLockedOut()),
     };
-    if (m_channel != nullptr)
+    if (IZOScpiChannel* const channel = m_channel; channel != nullptr)
     {
-        static_cast<void>(GuardedEntry([&] { return m_channel->SetChannelStatus(&status); }));
+        static_cast<void>(GuardedEntry([&] { return channel->SetChannelStatus(&status); }));
     }
 }
 
 void CRemotePath::TellReturnToLocal() noexcept
 {
-    const std::lock_guard lock(m_mutex);
-    if (m_channel != nullptr)
+    const CMutexLocker lock(m_mutex);
+    if (IZOScpiChannel* const channel = m_channel; channel != nullptr)
     {
-        static_cast<void>(GuardedEntry([&] { return m_channel->ReturnToLocal(); }));
+        static_cast<void>(GuardedEntry([&] { return channel->ReturnToLocal(); }));
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CComPtr.h"
+#include "CMutex.h"
 #include "CRemoteLocalState.h"
 #include "IZOScpiChannel.h"
 #include "IZOScpiSubsystemFormat.h"
@@ -10,7 +11,6 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 
 namespace ZoVelkor::RemoteKernel
 {
@@ -75,8 +75,8 @@ private:
     SharedEvent m_shutdown;
     CComPtr<IZOScpiSubsystemFormat> m_format;
     std::weak_ptr<CErrorQueue> m_errors;
-    mutable std::mutex m_mutex;        // held while the channel is told something
-    CComPtr<IZOScpiChannel> m_channel; // guarded by m_mutex
+    mutable CMutex m_mutex; // held while the channel is told something
+    CComPtr<IZOScpiChannel> m_channel ZO_GUARDED_BY(m_mutex);
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -1,6 +1,7 @@
 #include "CSession.h"
 
 #include "BuiltIn/CBuiltInCommands.h"
+#include "CMutexLocker.h"
 #include "CPathStatusManagement.h"
 #include "ScpiErrorCodes.h"
 
@@ -143,7 +144,7 @@ void CSession::Break(int reason) noexcept
 {
     const bool deviceClear = reason == kBreakForDeviceClear && m_path->DeviceClearEvent() != nullptr;
     {
-        const std::lock_guard lock(m_breakMutex);
+        const CMutexLocker lock(m_breakMutex);
         m_break.store(std::max(m_break.load(), reason));
         m_breakNext = std::max(m_breakNext, reason);
         m_output->Cancel();
@@ -158,7 +159,7 @@ void CSession::Break(int reason) noexcept
 
 void CSession::GoOn() noexcept
 {
-    const std::lock_guard lock(m_breakMutex);
+    const CMutexLocker lock(m_breakMutex);
     m_break.store(m_breakNext);
     if (m_breakNext != kRuns)
     {
@@ -185,7 +186,7 @@ void CSession::FinishClear()
 {
     int reason = kRuns;
     {
-        const std::lock_guard lock(m_breakMutex);
+        const CMutexLocker lock(m_breakMutex);
         reason = m_break.load();
         m_breakNext = reason == kBreakForEver ? reason : kRuns;
     }

@@ -12,6 +12,7 @@
 #pragma once
 
 #include "CByteBuffer.h"
+#include "CMutex.h"
 #include "CRemotePathServices.h"
 #include "Event.h"
 #include "KernelParts.h"
@@ -28,7 +29,6 @@
 #include <atomic>
 #include <cstddef>
 #include <memory>
-#include <mutex>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -224,9 +224,9 @@ private:
     std::vector<CApplication*> m_involved;   // whose commands the message at hand has run
     std::vector<CApplication*> m_remoteTold; // who know that the path is remote
     bool m_tellsRemote = false;              // those who do not are to be told
-    std::mutex m_breakMutex;
-    std::atomic<int> m_break{kRuns}; // changed under m_breakMutex
-    int m_breakNext = kRuns;         // guarded by m_breakMutex: what has come since FinishClear began
+    CMutex m_breakMutex;
+    std::atomic<int> m_break{kRuns};                     // changed under m_breakMutex
+    int m_breakNext ZO_GUARDED_BY(m_breakMutex) = kRuns; // what has come since FinishClear began
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -1,5 +1,6 @@
 #include "CSessionList.h"
 
+#include "CMutexLocker.h"
 #include "CSession.h"
 
 namespace ZoVelkor::RemoteKernel
@@ -7,7 +8,7 @@ namespace ZoVelkor::RemoteKernel
 
 void CSessionList::Add(CSession& session)
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     m_sessions.insert(&session);
     if (m_cancelled)
     {
@@ -17,14 +18,14 @@ void CSessionList::Add(CSession& session)
 
 void CSessionList::Remove(CSession& session) noexcept
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     m_sessions.erase(&session);
-    m_empty.notify_all();
+    m_empty.NotifyAll();
 }
 
 void CSessionList::CancelAll() noexcept
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     m_cancelled = true;
     for (CSession* session : m_sessions)
     {
@@ -34,13 +35,16 @@ void CSessionList::CancelAll() noexcept
 
 void CSessionList::WaitUntilEmpty()
 {
-    std::unique_lock lock(m_mutex);
-    m_empty.wait(lock, [this] { return m_sessions.empty(); });
+    const CMutexLocker lock(m_mutex);
+    while (!m_sessions.empty())
+    {
+        m_empty.Wait(m_mutex);
+    }
 }
 
 std::size_t CSessionList::Count() const
 {
-    const std::lock_guard lock(m_mutex);
+    const CMutexLocker lock(m_mutex);
     return m_sessions.size();
 }
 

@@ -1,8 +1,9 @@
 #pragma once
 
-#include <condition_variable>
+#include "CCondition.h"
+#include "CMutex.h"
+
 #include <cstddef>
-#include <mutex>
 #include <set>
 
 namespace ZoVelkor::RemoteKernel
@@ -27,10 +28,10 @@ public:
     std::size_t Count() const;
 
 private:
-    mutable std::mutex m_mutex;
-    std::condition_variable m_empty;
-    std::set<CSession*> m_sessions; // guarded by m_mutex
-    bool m_cancelled = false;       // guarded by m_mutex
+    mutable CMutex m_mutex;
+    CCondition m_empty;
+    std::set<CSession*> m_sessions ZO_GUARDED_BY(m_mutex);
+    bool m_cancelled ZO_GUARDED_BY(m_mutex) = false;
 };
 
 } // namespace ZoVelkor::RemoteKernel
