@@ -173,14 +173,17 @@ bool IsFree(CCritSection& section)
     return entered;
 }
 
+void EnterAndLeave(CCritSection& section)
+{
+    const CCritSectionLocker locker(section);
+}
+
 TEST(CritSection, IsLeftAsOftenAsEntered)
 {
     CCritSection section;
     {
         CCritSectionLocker outer(section);
-        {
-            const CCritSectionLocker inner(section);
-        }
+        EnterAndLeave(section);
         EXPECT_FALSE(IsFree(section));
         outer.Unlock();
         EXPECT_TRUE(IsFree(section));
