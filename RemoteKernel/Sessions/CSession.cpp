@@ -3,6 +3,7 @@
 #include "BuiltIn/CBuiltInCommands.h"
 #include "CMutexLocker.h"
 #include "CPathStatusManagement.h"
+#include "Parsing/BrokenString.h"
 #include "ScpiErrorCodes.h"
 
 #include <algorithm>
@@ -192,6 +193,7 @@ void CSession::FinishClear()
     }
     m_input.Clear();
     m_framer.Reset();
+    m_openQuote = '\0';
     m_inMessage = false;
     m_bytesAnnounced = 0;
     Abandon();
@@ -344,6 +346,7 @@ void CSession::ExecuteUpToBlock(const Frame& frame)
         BeginMessage();
         m_parser.BeginMessage();
         m_inMessage = true;
+        m_openQuote = '\0';
     }
     // The piece stays in place while its commands run; what has arrived behind it goes to fresh memory.
     std::swap(m_piece, m_input);
@@ -404,16 +407,21 @@ void CSession::RefreshApplications()
 
 void CSession::ExecuteMessage(std::span<char> message)
 {
-    CMessageTrace::Print(m_path->Number(), '<', {message.data(), message.size()});
+    const std::string_view text(message.data(), message.size());
+    CMessageTrace::Print(m_path->Number(), '<', text);
+    const char openQuote = std::exchange(m_openQuote, '\0');
+    bool isComplete = true;
     if (m_inMessage)
     {
-        m_parser.ParseRest(*m_applications->index, message, *this);
+        isComplete = m_parser.ParseRest(*m_applications->index, message, *this);
     }
     else
     {
         BeginMessage();
-        m_parser.Parse(*m_applications->index, message, *this);
+        isComplete =
+            IsRestOfString(text, openQuote) || m_parser.Parse(*m_applications->index, message, *this);
     }
+    m_openQuote = isComplete ? '\0' : FindOpenQuote(text);
     EndMessage();
 }
 

@@ -220,6 +220,7 @@ private:
     const bool m_streams;
     bool m_begun = false;                    // observers and handlers have heard of the message at hand
     bool m_inMessage = false;                // commands of the message at hand have run
+    char m_openQuote = '\0';                 // of the string in which a line feed has ended a message
     std::size_t m_bytesAnnounced = 0;        // still missing of the message at hand, as far as known
     std::vector<CApplication*> m_involved;   // whose commands the message at hand has run
     std::vector<CApplication*> m_remoteTold; // who know that the path is remote

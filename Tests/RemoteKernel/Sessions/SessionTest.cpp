@@ -57,6 +57,51 @@ TEST_F(Session, GivesTheSameAnswerHoweverTheBytesAreCut)
     }
 }
 
+struct BrokenStringCase
+{
+    const char* name;
+    const char* messages;
+    const char* errors;
+};
+
+constexpr BrokenStringCase kBrokenStrings[] = {
+    {"TheRestIsDropped", "TEXT \"ab\ncd\"\n", "-151 "},
+    {"WhatFollowsTheRestToo", "TEXT 'ab\nc''d' , 'x';*OPC\n", "-151 "},
+    {"AHeaderThatNobodyKnows", "NOSUCH 'ab\ncd'\n", "-113 "},
+    {"OnlyTheNextLineIsTheRest", "TEXT 'ab\n*CLS\ncd'\n", "-111 "},
+    {"AMessageWithAString", "TEXT 'ab\nTEXT ';';NOSUCH\n", "-151 -113 "},
+    {"AMessageWithAnEmptyString", "TEXT 'ab\nTEXT '';NOSUCH\n", "-151 -113 "},
+    {"TheSameMistakeTwice", "TEXT 'ab\nTEXT 'cd\n", "-151 -151 "},
+    {"AnotherQuote", "TEXT 'ab\ncd\"\n", "-151 -111 "},
+    {"NoMistakeBefore", "TEXT 'ab'\ncd'\n", "-111 "},
+    {"BytesOfABlockAreNoQuotes", "BLOC #11',1\nFOO'\n", "-108 -111 "},
+};
+
+TEST_F(Session, LineFeedInsideAStringIsOneError)
+{
+    for (const auto& row : kBrokenStrings)
+    {
+        Run(m_session, "*CLS\n");
+        EXPECT_EQ(Run(m_session, row.messages), "") << row.name;
+        std::string errors;
+        for (std::string error = NextError(); !error.starts_with("0,"); error = NextError())
+        {
+            errors += error.substr(0, error.find(',')) + ' ';
+        }
+        EXPECT_EQ(errors, row.errors) << row.name;
+    }
+}
+
+TEST_F(Session, DeviceClearForgetsABrokenString)
+{
+    Run(m_session, "TEXT 'ab\n");
+    NextError();
+    m_session.DeviceClear();
+    m_session.FinishClear();
+    EXPECT_EQ(Run(m_session, "cd'\n"), "");
+    EXPECT_EQ(NextError().substr(0, 5), "-111,");
+}
+
 TEST_F(Session, GivesTheMemoryOfLargeMessagesBackOnRequest)
 {
     CSession session(m_instrument.kernel.Parts());
