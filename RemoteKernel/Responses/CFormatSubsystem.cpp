@@ -264,6 +264,18 @@ HRESULT CFormatSubsystem::WriteRaw(std::string_view text) noexcept
     return result;
 }
 
+template <class TWriter>
+HRESULT CFormatSubsystem::WriteText(TWriter&& writer) noexcept
+{
+    char* place = nullptr;
+    const HRESULT result = m_output->Prepare(kMaxNumberText, &place);
+    if (SUCCEEDED(result))
+    {
+        m_output->Commit(static_cast<std::size_t>(writer(place) - place));
+    }
+    return result;
+}
+
 HRESULT CFormatSubsystem::InsertDataSeparator()
 {
     return WriteRaw(",");
@@ -274,6 +286,15 @@ HRESULT CFormatSubsystem::NumericVariant(const VARIANT* value, tagEnumFormatData
     if (value == nullptr)
     {
         return E_POINTER;
+    }
+    // What most queries answer, without a detour over a record of the number.
+    if (type == ZO_FORMAT_DEFAULT && width == 0 && value->vt == VT_R8)
+    {
+        return WriteText([value](char* place) { return WriteReal(place, value->dblVal); });
+    }
+    if (type == ZO_FORMAT_DEFAULT && width == 0 && value->vt == VT_I4)
+    {
+        return WriteText([value](char* place) { return WriteInteger(place, std::int64_t{value->lVal}); });
     }
     const FormatRow* row = FindTextFormat(type == ZO_FORMAT_DEFAULT ? ZO_FORMAT_ASCII : type);
     if (row == nullptr || width < 0 || width > row->maxDigits)
@@ -292,17 +313,10 @@ HRESULT CFormatSubsystem::NumericVariant(const VARIANT* value, tagEnumFormatData
 HRESULT CFormatSubsystem::WriteNumber(const VARIANT& value, tagEnumFormatDataType type, long width) noexcept
 {
     ResponseNumber number;
-    HRESULT result = ReadResponseNumber(value, number);
-    char* place = nullptr;
-    if (SUCCEEDED(result))
-    {
-        result = m_output->Prepare(kMaxNumberText, &place);
-    }
-    if (SUCCEEDED(result))
-    {
-        m_output->Commit(static_cast<std::size_t>(WriteNumberText(place, number, type, width) - place));
-    }
-    return result;
+    const HRESULT result = ReadResponseNumber(value, number);
+    return FAILED(result)
+               ? result
+               : WriteText([&](char* place) { return WriteNumberText(place, number, type, width); });
 }
 
 HRESULT CFormatSubsystem::NumericText(unsigned long length, const char* text)

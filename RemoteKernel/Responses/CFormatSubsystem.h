@@ -74,6 +74,9 @@ private:
     HRESULT WriteRaw(std::string_view text) noexcept;
     HRESULT WriteDoublesAsText(std::span<const double> values) noexcept;
     HRESULT WriteDoublesAsBlock(std::span<const double> values) noexcept;
+    /// Writes the text of one number; `writer` puts it to a place with room for any and returns its end.
+    template <class TWriter>
+    HRESULT WriteText(TWriter&& writer) noexcept;
     HRESULT WriteNumber(const VARIANT& value, tagEnumFormatDataType type, long width) noexcept;
     HRESULT WriteBinaryNumber(const VARIANT& value) noexcept;
     HRESULT WriteString(const VARIANT& value);

@@ -68,6 +68,7 @@ TEST_F(FormatSubsystem, WritesNumbers)
         {std::numeric_limits<long long>::min(), "-9223372036854775808", ZO_FORMAT_DEFAULT, 0},
         {L"12.50", "12.5", ZO_FORMAT_DEFAULT, 0},
         {12345.678, "1.23E+04", ZO_FORMAT_ASCII, 3},
+        {12345.678, "1.23E+04", ZO_FORMAT_DEFAULT, 3},
         {12.345, "12.3", ZO_FORMAT_ASCII, 3},
         {100.0, "1.0E+02", ZO_FORMAT_ASCII, 2},
         {255, "#HFF", ZO_FORMAT_HEX, 0},
