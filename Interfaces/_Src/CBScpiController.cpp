@@ -5,7 +5,6 @@
 #include "ErrorRaising.h"
 #include "GuardedEntry.h"
 #include "TaskMemory.h"
-#include "ZoString.h"
 
 #include <algorithm>
 #include <array>
@@ -60,6 +59,19 @@ constexpr bool IsLength(long value) noexcept
 constexpr bool IsCount(long value) noexcept
 {
     return value >= std::numeric_limits<LONG>::min() && value <= std::numeric_limits<LONG>::max();
+}
+
+/// A file's name up to its first zero as the system takes it.
+std::string NarrowName(const wchar_t* name)
+{
+    const std::size_t length = std::wcslen(name);
+    std::string narrow(length, '\0');
+    if (length != 0)
+    {
+        const int count = static_cast<int>(length);
+        WideCharToMultiByte(CP_ACP, 0, name, count, narrow.data(), count, nullptr, nullptr);
+    }
+    return narrow;
 }
 
 /// A text that lives for ever; takes no memory, so that "Out of memory" can always be said.
@@ -695,7 +707,7 @@ void CBScpiController::AddErrnoToErrorInfo() noexcept
 
 HRESULT CBScpiController::OpenFile(const wchar_t* fileName, int flags, int* descriptor)
 {
-    const std::string name = CZoString(fileName).ToStdString();
+    const std::string name = NarrowName(fileName);
     if (name.empty())
     {
         return FailFile(kMissingName, E_INVALIDARG);
