@@ -63,7 +63,6 @@ constexpr ConversationCase kAccepted[] = {
 };
 // clang-format on
 
-// clang-format off
 constexpr ConversationCase kRefused[] = {
     {"CenterTooHigh", "FREQ:CENT 1.1E9", "FREQ:CENT?", "1E6", -222},
     {"CenterNegative", "FREQ:CENT -1", "FREQ:CENT?", "1E6", -222},
@@ -123,7 +122,6 @@ constexpr ConversationCase kRefused[] = {
     {"NoFurtherCommands", "FREQ:STAR 1", "OUTP?", "0", -113},
     {"NoOptionalDataNode", "", "TRAC?", nullptr, -113},
 };
-// clang-format on
 
 class ConformanceConversation : public DemoFixture
 {

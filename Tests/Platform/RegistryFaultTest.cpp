@@ -202,13 +202,11 @@ TEST_F(RegistryFaults, ThePlaceComesFromTheEnvironmentAndIsItsUsersOwn)
     const CUniqueEvent event(CreateEvent(TRUE, FALSE));
     const std::string folder = std::filesystem::path(m_registry.File()).parent_path().string();
     const std::tuple<std::string, std::string, std::string, std::string> cases[] = {
-        // clang-format off
         {folder + "/a.db", folder + "/s", folder + "/h", "/a.db"},
         {"", folder + "/s", folder + "/h", "/s/zosoftwareplatform/registry.db"},
         {"", "relative", folder + "/h", "/h/.local/state/zosoftwareplatform/registry.db"},
         {folder + "/link.db", "", "", "/a.db"},
         {"", "", "", ""}};
-    // clang-format on
     std::filesystem::create_symlink("a.db", folder + "/link.db");
     for (const auto& [file, state, home, expected] : cases)
     {

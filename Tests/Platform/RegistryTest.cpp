@@ -169,12 +169,16 @@ TEST_F(Registry, KeepsValuesOfEveryTypeAndSize)
 {
     const CUniqueKey key = MakeKey(L"values");
     const std::tuple<const wchar_t*, DWORD, std::size_t, DWORD> cases[] = {
-        // clang-format off
-        {L"", REG_SZ, 4, 0}, {nullptr, REG_NONE, 0, 0}, {L"text", REG_SZ, 5, 0}, {L"TEXT", REG_EXPAND_SZ, 40, 0},
-        {L"number", REG_DWORD, 4, 0}, {L"wide", REG_QWORD, 8, 0}, {L"texts", REG_MULTI_SZ, 80, 0},
-        {L"unknown", 0xFFFFFFFF, 3, 0}, {L"largest", REG_BINARY, kRegistryMaximumValueSize, 0},
+        {L"", REG_SZ, 4, 0},
+        {nullptr, REG_NONE, 0, 0},
+        {L"text", REG_SZ, 5, 0},
+        {L"TEXT", REG_EXPAND_SZ, 40, 0},
+        {L"number", REG_DWORD, 4, 0},
+        {L"wide", REG_QWORD, 8, 0},
+        {L"texts", REG_MULTI_SZ, 80, 0},
+        {L"unknown", 0xFFFFFFFF, 3, 0},
+        {L"largest", REG_BINARY, kRegistryMaximumValueSize, 0},
         {L"too large", REG_BINARY, kRegistryMaximumValueSize + 1, ERROR_INVALID_PARAMETER}};
-    // clang-format on
     for (const auto& [name, type, size, result] : cases)
     {
         Bytes data(size);
@@ -197,10 +201,11 @@ TEST_F(Registry, ReadsIntoWhatTheCallerOffers)
     BYTE data[4] = {};
     DWORD size = 3;
     const std::tuple<DWORD*, BYTE*, DWORD*, DWORD> cases[] = {
-        // clang-format off
-        {nullptr, data, &size, ERROR_MORE_DATA}, {nullptr, data, &size, 0}, {nullptr, nullptr, nullptr, 0},
-        {nullptr, data, nullptr, ERROR_INVALID_PARAMETER}, {&size, data, &size, ERROR_INVALID_PARAMETER}};
-    // clang-format on
+        {nullptr, data, &size, ERROR_MORE_DATA},
+        {nullptr, data, &size, 0},
+        {nullptr, nullptr, nullptr, 0},
+        {nullptr, data, nullptr, ERROR_INVALID_PARAMETER},
+        {&size, data, &size, ERROR_INVALID_PARAMETER}};
     for (const auto& [reserved, buffer, bufferSize, result] : cases)
     {
         EXPECT_EQ(Code(RegQueryValueEx(HKEY_USERS, L"V", reserved, nullptr, buffer, bufferSize)), result);

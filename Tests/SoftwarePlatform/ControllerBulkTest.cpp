@@ -3,7 +3,6 @@
 #include <fstream>
 #include <sys/resource.h>
 
-// clang-format off
 namespace
 {
 
@@ -12,7 +11,10 @@ using namespace ZoVelkor;
 /// A transport with a gigabyte to say, and one that swallows whatever comes.
 struct CBulkController : CScriptedController
 {
-    HRESULT DoRead(bool, bool, long count) override { return DoAcknowledgeRead((left -= count) == 0, false, count); }
+    HRESULT DoRead(bool, bool, long count) override
+    {
+        return DoAcknowledgeRead((left -= count) == 0, false, count);
+    }
     HRESULT DoFetchData(unsigned char*, long*) override { return S_OK; }
     HRESULT DoWrite(unsigned char*, long, bool) override { return DoAcknowledgeWrite(); }
     HRESULT CheckProtocolError() override { return S_OK; }
@@ -38,4 +40,3 @@ TEST_F(ControllerBulk, GigabytesNeedNoMemory)
 }
 
 } // namespace
-// clang-format on

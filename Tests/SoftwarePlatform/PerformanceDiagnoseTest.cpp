@@ -144,11 +144,13 @@ TEST_F(PerformanceDiagnose, ExecutionTimeIsInMilliseconds)
 
 /// Words, initials of the switches that are on then, what the log line names.
 constexpr std::tuple<const char*, const char*, const char*> kFlagTexts[] = {
-    // clang-format off
-    {"rpc,timing,nochecks,trace,statistic,calls", "rtnTsc", ""}, {"rpc", "r", ""}, {"timing", "t", ""}, {"nochecks", "n", ""},
-    {" trace ;\tstatistic,,calls", "Tsc", ""}, {"", "", ""},
+    {"rpc,timing,nochecks,trace,statistic,calls", "rtnTsc", ""},
+    {"rpc", "r", ""},
+    {"timing", "t", ""},
+    {"nochecks", "n", ""},
+    {" trace ;\tstatistic,,calls", "Tsc", ""},
+    {"", "", ""},
     {"Trace,trac,trace,tracer", "T", "registry: unknown diagnosis switch Trace, trac, tracer;"}};
-// clang-format on
 TEST(DiagnoseFlags, NamedSwitchesComeOnAndAllOthersGoOff)
 {
     tagRemoteDiagnoseControl control;

@@ -46,10 +46,13 @@ struct StrategyRun
 
 constexpr std::tuple<int, const char*, const char*> kProblems[] = {
     // mode, outcome of an error and of a warning
-    // clang-format off
-    {0, "#0", "#0"}, {1, "m#1", "#0"}, {2, "#0", "#0"}, {4, "#0", "#0"}, {8, "E:m;#1", "W:m;#0"},
-    {9, "#0", "#0"}, {16, "false|m\n#1", "#0"}};
-// clang-format on
+    {0, "#0", "#0"},
+    {1, "m#1", "#0"},
+    {2, "#0", "#0"},
+    {4, "#0", "#0"},
+    {8, "E:m;#1", "W:m;#0"},
+    {9, "#0", "#0"},
+    {16, "false|m\n#1", "#0"}};
 
 TEST(PropErrorStrategy, ModeAndWarningsDecideWhereAProblemGoes)
 {
@@ -169,11 +172,12 @@ struct FakeTransaction : CFake<IZODatabaseTransaction>
 
 /// What the transaction gives, its verdict, the result for the handler and its error.
 constexpr std::tuple<HRESULT, Acceptance, HRESULT, const char*> kFinishes[] = {
-    // clang-format off
-    {S_OK, {3, 10}, S_OK, "0"}, {S_FALSE, {2, 11}, S_OK, "0"}, {E_FAIL, {0, 0}, E_FAIL, "0"},
-    {E_FAIL, {3, 10}, S_FALSE, "-222value out of range"}, {E_FAIL, {2, 6}, S_FALSE, "-222value is corrected"},
+    {S_OK, {3, 10}, S_OK, "0"},
+    {S_FALSE, {2, 11}, S_OK, "0"},
+    {E_FAIL, {0, 0}, E_FAIL, "0"},
+    {E_FAIL, {3, 10}, S_FALSE, "-222value out of range"},
+    {E_FAIL, {2, 6}, S_FALSE, "-222value is corrected"},
     {S_FALSE, {2, 32}, S_FALSE, "-231parameter value corrected by dependency"}};
-// clang-format on
 
 /// A pool with a transaction for reading; kernel commands have none.
 struct ReadingPool : CPool

@@ -106,7 +106,6 @@ TEST_F(RegistryAccess, ReadsOnlyWholeTexts)
     const auto whole = [](const std::wstring& text) { return static_cast<long>(4 * text.size() + 4); };
     // Type, data, size; then result and text of ReadString and of ReadExpandedString.
     const std::tuple<long, std::wstring, long, HRESULT, std::wstring, HRESULT, std::wstring> cases[] = {
-        // clang-format off
         {1, L"abc", 16, S_OK, L"abc", S_OK, L"abc"},
         {2, L"<%ZO_LONG%>", 48, S_OK, L"<%ZO_LONG%>", S_OK, L"<" + xs(100) + L">"},
         {1, L"%ZO_LONG%", 40, S_OK, L"%ZO_LONG%", S_OK, L"%ZO_LONG%"},
@@ -121,7 +120,6 @@ TEST_F(RegistryAccess, ReadsOnlyWholeTexts)
         {1, most + L"m", whole(most + L"m"), S_OK, most + L"m", kMoreData, L""},
         {2, expanding + xs(47), whole(expanding + xs(47)), S_OK, expanding + xs(47), S_OK, xs(2047)},
         {2, expanding + xs(48), whole(expanding + xs(48)), S_OK, expanding + xs(48), kTooSmall, L""},
-        // clang-format on
     };
     for (const auto& [type, data, size, result, text, expandedResult, expanded] : cases)
     {
@@ -205,7 +203,6 @@ TEST_F(RegistryAccess, QueriesAndEnumeratesLikeThePlatform)
     EXPECT_TRUE(size == 12 && name.IsNull());
     size = -1;
     const std::pair<HRESULT, HRESULT> cases[] = {
-        // clang-format off
         {m_service->RegQueryValue(m_key, m_name, &type, &size, data), kBadParameter},
         {m_service->RegQueryValue(m_key, m_name, nullptr, nullptr, data), kBadParameter},
         {m_service->RegSetValue(m_key, m_name, 1, -1, data), kBadParameter},
@@ -214,7 +211,6 @@ TEST_F(RegistryAccess, QueriesAndEnumeratesLikeThePlatform)
         {m_service->RegEnumValue(m_key, 1, &type, nullptr, nullptr, nullptr), kNoMore},
         {m_service->RegEnumValue(m_key, -1, &type, nullptr, nullptr, nullptr), kNoMore},
         {m_service->RegEnumValue(m_key, 0x100000000L, &type, nullptr, nullptr, nullptr), kBadParameter}};
-    // clang-format on
     for (const auto& row : cases)
     {
         EXPECT_EQ(row.first, row.second) << &row - cases;

@@ -9,7 +9,6 @@ namespace
 
 constexpr std::uint32_t kAll = 0xFFFFFFFF;
 
-// clang-format off
 constexpr CMD_SET_RECORD kRecords[] = {
     /*  0 */ HDR("RST", 1, DEF, 0, 2, 0, CCMD),
     /*  1 */ HDR("IDN", 2, DEF, 0, 0, 0, CCMD | QMARK),
@@ -30,7 +29,6 @@ constexpr CMD_SET_RECORD kRecords[] = {
     /* 16 */ NSE("1..4", NSE_HEADER | 4),
     /* 17 */ NSE("expressions have place for 35 bytes", NSE_HEADER | 2),
 };
-// clang-format on
 
 } // namespace
 

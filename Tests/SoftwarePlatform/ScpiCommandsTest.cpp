@@ -12,10 +12,9 @@ namespace
 
 using namespace ZoVelkor;
 
-// clang-format off
-CMD_SET_RECORD kTree[] = {
-    HDR("FREQuency", 1, 2, 0, 2, 2, QMARK | HDR_SET), HDR("TEST", DEF, 3, 0, 0, 0, HDR_DIAG), PAR("value", ARG_SINT, 0, 0, 0, 0, 0)};
-// clang-format on
+CMD_SET_RECORD kTree[] = {HDR("FREQuency", 1, 2, 0, 2, 2, QMARK | HDR_SET),
+                          HDR("TEST", DEF, 3, 0, 0, 0, HDR_DIAG),
+                          PAR("value", ARG_SINT, 0, 0, 0, 0, 0)};
 
 struct CTestCommands : CBScpiCommands
 {

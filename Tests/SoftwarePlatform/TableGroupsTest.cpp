@@ -29,7 +29,6 @@ CScpiParserTableGroups Analyse(Records& records, bool withCount = true)
     return groups;
 }
 
-// clang-format off
 const Records kTable = {
     /*  0 */ HDR("RST", 1, DEF, 0, 1, 0, CCMD),
     /*  1 */ HDR("undef", DEF, DEF, 0, 0, 0, 0),
@@ -43,7 +42,6 @@ const Records kTable = {
     /*  9 */ SFX("HZ", 1, 1),
     /* 10 */ NSE("1-4", NSE_HEADER | 4),
 };
-// clang-format on
 
 TEST(TableGroups, EachGroupOnceBehindThePlaceholder)
 {

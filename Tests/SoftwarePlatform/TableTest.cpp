@@ -128,7 +128,6 @@ TEST(ErrorMap, ListIsSortedAsText)
     EXPECT_EQ(*std::prev(lines.end(), 2), "-800,\"Operation complete\"");
 }
 
-// clang-format off: one line a record
 CMD_SET_RECORD kTree[] = {
     /*  0 */ HDR("RST", 1, DEF, 0, 2, 0, CCMD),
     /*  1 */ HDR("IDN", 2, DEF, 0, 0, 0, CCMD | QMARK),
@@ -148,7 +147,6 @@ CMD_SET_RECORD kTree[] = {
     /* 15 */ SFX("MHZ", 0, 2),
     /* 16 */ SFX("HZ", 1, 0),
 };
-// clang-format on
 
 Lines Listing(CMD_SET_RECORD* table, bool diagnostic, bool syntax)
 {

@@ -379,7 +379,6 @@ TEST_F(RegistryTool, ReadingAtOneMomentNeverMixesOldAndNew)
     }
 }
 
-// clang-format off
 constexpr struct
 {
     const char* change;
@@ -399,7 +398,6 @@ constexpr struct
      "deleted HKEY_LOCAL_MACHINE\\Zo\\new\r\n",
      R"({"event":"keyDeleted","key":"HKEY_LOCAL_MACHINE\\Zo\\new"})"},
 };
-// clang-format on
 
 TEST_F(RegistryTool, WatchShowsWhatOtherProcessesChange)
 {

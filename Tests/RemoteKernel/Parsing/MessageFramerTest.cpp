@@ -64,7 +64,6 @@ TEST_P(Framing, IsTheSameHoweverTheStreamIsCut)
 }
 
 // One row a line.
-// clang-format off
 const FramerCase kCases[] = {
     {"Lines", "A\n\nB\r\nC", {"A", "", "B\r", "rest C"}},
     {"BlockWithLineFeed", "D #13\n#1,#12\n\nX\nE\n", {"D #13\n#1,#12\n\nX", "E"}},
@@ -84,7 +83,6 @@ const FramerCase kCases[] = {
     {"LargestIndefinite", "D #0" + std::string(20, 'x') + "\nE\n", {"D #0" + std::string(20, 'x'), "E"}},
     {"IndefiniteTooLarge", "D #0" + std::string(21, 'x') + "\nE\n", {"!-223", "E"}},
 };
-// clang-format on
 
 INSTANTIATE_TEST_SUITE_P(Streams, Framing, testing::ValuesIn(kCases), [](const auto& row) {
     return std::string(row.param.szName);

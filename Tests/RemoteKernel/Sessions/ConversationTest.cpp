@@ -41,7 +41,6 @@ TEST_P(Conversation, GoesAsWritten)
     Converse(client, "nothing is left over\n-> SYST:ERR:COUN?\n<- 0\n");
 }
 
-// clang-format off
 constexpr ConversationCase kConversations[] = {
     {"Identity", R"(
 -> *IDN?
@@ -191,7 +190,6 @@ constexpr ConversationCase kConversations[] = {
 <- ""
 )"},
 };
-// clang-format on
 
 INSTANTIATE_TEST_SUITE_P(Scripts, Conversation, testing::ValuesIn(kConversations), [](const auto& row) {
     return row.param.name;
