@@ -25,7 +25,7 @@ public:
     ///
     /// @return S_OK
     /// @throws CShellError when the kernel is missing, does not tell how many paths there are or has no
-    /// parser management for one of them; nothing is attached then
+    ///         parser management for one of them; nothing is attached then
     HRESULT AttachRemoteSystem();
 
     /// Releases what AttachRemoteSystem fetched.

@@ -60,9 +60,9 @@ public:
     /// Lets program messages be worked off.
     ///
     /// @param onThread  false: at once, with the service's own result. true: on a pool thread, without
-    /// waiting; a failure is then reported there
+    ///                  waiting; a failure is then reported there
     /// @return S_OK; S_FALSE when parsing was not stopped; E_FAIL after an exception or when the request
-    /// could not be handed to a thread
+    ///         could not be handed to a thread
     HRESULT StartParser(bool onThread) noexcept;
 
     /// Stops working program messages off; see StartParser.

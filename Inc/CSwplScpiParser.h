@@ -31,8 +31,8 @@ public:
     /// @param data  first record of the table, see ScpiCommandTable.h; the parser copies it
     /// @param name  of the application; copied; whether null will do is up to the parser
     /// @return S_OK
-    /// @throws CShellError when the parser refuses, without attached parser, and for a length beyond 32 bits;
-    /// type and name are then as before
+    /// @throws CShellError when the parser refuses, without attached parser, and for a length beyond 32
+    ///         bits; type and name are then as before
     HRESULT
     RegisterCommandTree(long length, const char* data, tagZO_SCPI_PARSER_TYPE type, const wchar_t* name);
 

@@ -26,11 +26,11 @@ public:
     /// Recognises the header of a block at the start of a text (IEEE 488.2 section 7.7.6).
     ///
     /// Known are "#", a digit n from 1 to 9 and n digits of length, "#0" for an indefinite length, and
-    /// "#(digits)" with blanks before the digits, whose length is not known in advance either.
+    /// "#(digits)" with blanks before the digits, whose length is not known in advance either. Threads: any.
     /// @param text  what has been received; may go on behind the header
     /// @param[out] length  length of the data in bytes, -1 for an indefinite one; only written for
     ///                     HeaderComplete
-    /// Threads: any.
+    /// @return one of tagHeaderResult
     static int ParseBlockDataHeader(std::string_view text, std::int64_t& length) noexcept;
 
     HRESULT Read(unsigned long size, unsigned char* data, unsigned long* got) override;

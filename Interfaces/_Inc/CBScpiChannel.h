@@ -88,7 +88,7 @@ public:
     ///
     /// @param[out] provider  a new reference; null on failure
     /// @return S_OK; E_POINTER, and E_NOINTERFACE when the object is no IZOScpiChannel, both reported;
-    /// E_OUTOFMEMORY
+    ///         E_OUTOFMEMORY
     /// @throws CShellError as RegisterNewClientChannel
     HRESULT GetServiceProvider(IZOScpiChannelServiceProvider** provider);
     /// Disconnects and lets go of the provider; does nothing when it is null or not the one held.
@@ -102,15 +102,15 @@ public:
     ///
     /// @param channel  this object in general; the kernel keeps a reference
     /// @return S_OK; S_FALSE when it was connected already; E_POINTER, reported
-    /// @throws CShellError "Missing interface" when the kernel's multichannel administration or functionality
-    /// is not at the root; "Unexpected result adding new connection to remote kernel" with the kernel's
-    /// result when it refuses; nothing has changed then
+    /// @throws CShellError "Missing interface" when the kernel's multichannel administration or
+    ///         functionality is not at the root; "Unexpected result adding new connection to remote kernel"
+    ///         with the kernel's result when it refuses; nothing has changed then
     HRESULT RegisterNewClientChannel(IZOScpiChannel* channel);
     /// Ends the connection of a channel; the path becomes -1 and the events 0, the provider stays.
     ///
     /// @return S_OK; S_FALSE when it was not connected; E_POINTER, reported
     /// @throws CShellError "Missing interface" without multichannel administration; "Unexpected result
-    /// removing connection from remote kernel" with the kernel's result; nothing has changed then
+    ///         removing connection from remote kernel" with the kernel's result; nothing has changed then
     HRESULT UnregisterNewClientChannel(IZOScpiChannel* channel);
     /// Ends the connection, if there is one; traced when remote calls are diagnosed.
     ///

@@ -104,8 +104,9 @@ public:
     /// Answered through DoAcknowledgeLocalLockout.
     virtual HRESULT DoLocalLockout(short on) = 0;
     /// Answered through DoAcknowledgeRead.
-    /// @param first  what the transport still holds of an earlier, unfinished read is not part of this one's
-    /// acknowledgement: the read begins anew at the next byte of the instrument. Always true from here
+    /// @param first  what the transport still holds of an earlier, unfinished read is not part of this
+    ///               one's acknowledgement: the read begins anew at the next byte of the instrument. Always
+    ///               true from here
     /// @param counted  ends after count bytes or END; false: ends with END alone
     virtual HRESULT DoRead(bool first, bool counted, long count) = 0;
     /// Answered through DoAcknowledgeWrite. The data stays valid until CheckProtocolError has ended the
@@ -117,8 +118,8 @@ public:
     /// The local-lockout state as VARIANT_BOOL; no answer follows.
     virtual short DoGetLocalLockoutState() = 0;
     /// Copies the acknowledged data; no answer follows.
-    /// @param[in,out] length  the acknowledged length, which the buffer can hold; may be lowered to what was
-    /// copied
+    /// @param[in,out] length  the acknowledged length, which the buffer can hold; may be lowered to what
+    ///                        was copied
     virtual HRESULT DoFetchData(unsigned char* buffer, long* length) = 0;
     /// Gives the acknowledged data as text; no answer follows.
     /// @param[out] text  a new BSTR; null on entry
@@ -163,7 +164,7 @@ public:
     ///
     /// @return the callback's result; S_OK without one
     /// @throws CShellError "scpi interrupt signal callback execution error", ZO_E_SHELL, when the callback
-    /// fails or throws
+    ///         fails or throws
     HRESULT DoInterrupt();
 
 private:

@@ -48,7 +48,7 @@ public:
     HRESULT GetEventBits(wchar_t mask, wchar_t* events) override;
     /// @param timeoutMs  -1 and 0xFFFFFFFF or more: without limit; 0 and what is below -1: only looks
     /// @return S_OK; S_FALSE on time-out; E_ABORT on device clear or without handles; E_FAIL; the parent's
-    /// result when reading the events has changed the summary
+    ///         result when reading the events has changed the summary
     HRESULT WaitEventBits(long timeoutMs, wchar_t mask, wchar_t* events) override;
     /// Parameters and results as WaitEventBits, without the parent's.
     HRESULT WaitConditionBits(long timeoutMs, wchar_t mask, wchar_t* condition) override;
@@ -72,7 +72,7 @@ public:
     /// @param mask  condition bits of the parent that carry the summary; they are not set by this call
     HRESULT SetupParentRegister(IZOScpiStatusRegister* parent, wchar_t mask) override;
     /// @param[out] parent  a new reference, null when there is none; a null pointer ends the process
-    /// (ZO_ASSERT)
+    ///                     (ZO_ASSERT)
     /// @param[out] mask  may be null
     HRESULT GetParentRegister(IZOScpiStatusRegister** parent, wchar_t* mask) override;
     HRESULT GetData(tagScpiStatusData* data) override;

@@ -53,7 +53,7 @@ struct IZOScpiBlockData : IUnknown
     ///
     /// @param timeoutMs  0 or more; -1 waits without limit
     /// @return S_OK when there is more to read; S_FALSE at the end of the block; E_PENDING on time-out;
-    /// E_ABORT
+    ///         E_ABORT
     virtual HRESULT ContinueRead(long timeoutMs) = 0;
 
     /// Says how the elements of the block are to be read: REAL,32|64 or INTeger,8|16|32|64.
@@ -64,8 +64,8 @@ struct IZOScpiBlockData : IUnknown
 
     /// Reads one element as VT_R4, VT_R8, VT_I1, VT_I2, VT_I4 or VT_I8, following the format.
     ///
-    /// @return S_OK; S_FALSE at the end; E_UNEXPECTED without a format; E_FAIL when the block ends inside an
-    /// element
+    /// @return S_OK; S_FALSE at the end; E_UNEXPECTED without a format; E_FAIL when the block ends inside
+    ///         an element
     virtual HRESULT GetNextElement(VARIANT* value) = 0;
 
     /// As GetNextElement, converted to double; integers beyond 2^53 lose their last digits.

@@ -36,7 +36,7 @@ struct IZOScpiChannel : IUnknown
     ///
     /// @param[out] got  bytes written to data, at most size
     /// @return S_OK, with 0 bytes when there is nothing at the moment; S_FALSE when nothing will come any
-    /// more; a failure when the connection is lost
+    ///         more; a failure when the connection is lost
     virtual HRESULT Read(unsigned long size, unsigned char* data, unsigned long* got) = 0;
 
     /// Tells what a Read would get now.
@@ -48,7 +48,7 @@ struct IZOScpiChannel : IUnknown
     ///
     /// @param[out] written  bytes taken, also on failure
     /// @return S_OK; E_ABORT when the rest of the response is to be dropped (device clear, query error);
-    /// another failure when the connection is lost
+    ///         another failure when the connection is lost
     virtual HRESULT Write(unsigned long size, unsigned char* data, unsigned long* written) = 0;
 
     /// As Write, but returns after what the connection takes without waiting.

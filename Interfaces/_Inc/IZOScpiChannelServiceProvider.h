@@ -31,8 +31,8 @@ struct IZOScpiChannelServiceProvider : IUnknown
     virtual HRESULT SignalDeviceClear() = 0;
     /// Group execute trigger: waits until the messages before it are worked off and the trigger is given.
     ///
-    /// @return S_OK; S_FALSE when no application took it (-211 is queued); E_ABORT when a device clear or the
-    /// end of the connection came first
+    /// @return S_OK; S_FALSE when no application took it (-211 is queued); E_ABORT when a device clear or
+    ///         the end of the connection came first
     virtual HRESULT SignalTrigger() = 0;
     /// The status byte of an emulated instrument behind the channel has changed.
     ///

@@ -86,11 +86,10 @@ struct IZOScpiController : IUnknown
     /// The text of a failure is got with GetLastError; the file then holds what had arrived.
     /// @param fileName  BSTR in characters of code page 0
     /// @param count  above 0: number of bytes after which to stop although END has not come; below 0: up to
-    /// END; 0: makes an empty file and reads nothing
+    ///               END; 0: makes an empty file and reads nothing
     /// @param[out] got  bytes written to the file, also on failure
     /// @param[out] end  VARIANT_TRUE when the last byte came with END
-    /// @return S_OK; S_FALSE with a text when something failed; E_INVALIDARG without a name;
-    /// E_OUTOFMEMORY
+    /// @return S_OK; S_FALSE with a text when something failed; E_INVALIDARG without a name; E_OUTOFMEMORY
     virtual HRESULT ReadToFile(wchar_t* fileName, long count, long* got, short* end) = 0;
     /// Sends the content of a file. An empty file sends nothing, no END either: there is no byte to carry it.
     ///

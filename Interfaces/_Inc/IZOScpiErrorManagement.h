@@ -19,8 +19,8 @@ struct IZOScpiErrorManagement : IUnknown
     ///
     /// @param remotePath  0 or more
     /// @param code  SCPI error number; 0 is ignored
-    /// @param detail  device-dependent text that follows the standard text after a semicolon; may be null or
-    /// empty
+    /// @param detail  device-dependent text that follows the standard text after a semicolon; may be null
+    ///                or empty
     /// @return S_OK; S_FALSE for code 0; E_INVALIDARG when there is no such remote path
     virtual HRESULT SetError(long remotePath, short code, const wchar_t* detail) = 0;
 

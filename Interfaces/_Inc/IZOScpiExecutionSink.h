@@ -25,7 +25,7 @@ struct IZOScpiExecutionSink : IUnknown
     ///                 mode for settings
     /// @param isQuery  non-zero for the query form
     /// @param numericSuffixes  suffix of each header node that takes one, from the root; 1 where none was
-    /// sent
+    ///                         sent
     /// @param argumentCount  number of records at arguments
     /// @param arguments  the parameters; null when there are none
     /// @param header  the full long form of the command, without suffixes and without '?', as a BSTR

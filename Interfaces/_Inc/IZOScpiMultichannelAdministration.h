@@ -29,7 +29,7 @@ struct IZOScpiMultichannelAdministration : IUnknown
     /// @param[out] remotePath  the path of the connection
     /// @param[out] provider  a new reference
     /// @return S_OK; S_FALSE when the channel is connected already, with its path and provider; E_POINTER;
-    /// E_OUTOFMEMORY; E_FAIL when all paths are taken, E_UNEXPECTED after the kernel has stopped
+    ///         E_OUTOFMEMORY; E_FAIL when all paths are taken, E_UNEXPECTED after the kernel has stopped
     virtual HRESULT
     AddConnection(IZOScpiChannel* channel, long* remotePath, IZOScpiChannelServiceProvider** provider) = 0;
 
@@ -42,8 +42,8 @@ struct IZOScpiMultichannelAdministration : IUnknown
     /// Registers a parser for all paths. One that also is an IZOScpiMultichannelParser gives each path an
     /// engine of its own, made when the path first needs it.
     ///
-    /// @return S_OK; E_POINTER; E_INVALIDARG, reported, for a parser without usable command tree or one that
-    /// is registered already
+    /// @return S_OK; E_POINTER; E_INVALIDARG, reported, for a parser without usable command tree or one
+    ///         that is registered already
     virtual HRESULT RegisterParser(IZOScpiParser* parser) = 0;
 
     /// Takes a parser out of all paths.

@@ -19,7 +19,7 @@ struct IZOScpiRemoteControl : IUnknown
     /// The instrument's own wish to be local, as by a key of its front panel.
     ///
     /// @return S_OK; S_FALSE when nothing was remote; E_ACCESSDENIED when a local lockout forbids it: then
-    /// nothing has changed on the locked paths
+    ///         nothing has changed on the locked paths
     virtual HRESULT GotoLocal() = 0;
     /// Makes the path, or all paths, remote.
     ///

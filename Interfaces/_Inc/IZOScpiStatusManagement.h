@@ -22,9 +22,9 @@ struct IZOScpiStatusManagement : IUnknown
     /// @param remotePath  a session's path, or kScpiInstrumentPath
     /// @param name  in long or short form, in any case
     /// @param[out] statusRegister  a new reference; null on failure. It may be kept longer than the session
-    /// lives.
+    ///                             lives.
     /// @return S_OK; S_FALSE when there is no such register; E_POINTER; E_INVALIDARG for an unknown remote
-    /// path
+    ///         path
     virtual HRESULT
     GetRegister(long remotePath, const wchar_t* name, IZOScpiStatusRegister** statusRegister) = 0;
 

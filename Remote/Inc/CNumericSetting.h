@@ -48,9 +48,9 @@ public:
 
     /// Handles both forms of the command: sets the value from argument 0, or answers the query.
     ///
-    /// @return 0, or 1 with a SCPI error: -109 or -115 for the number of arguments, -222 outside the limits,
-    /// -224 for a special word without meaning here, or the error of a wrong type; the value is then as it
-    /// was
+    /// @return 0, or 1 with a SCPI error: -109 or -115 for the number of arguments, -222 outside the
+    ///         limits, -224 for a special word without meaning here, or the error of a wrong type; the
+    ///         value is then as it was
     template <class TData>
     HRESULT Handle(TData& data)
     {

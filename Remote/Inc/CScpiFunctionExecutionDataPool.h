@@ -120,9 +120,9 @@ public:
     /// Lends the unread bytes of a block argument without copying them.
     ///
     /// @param[out] ppBlockData  first byte, borrowed from the kernel until Execute returns; null without
-    /// block
-    /// @return 0, 1, or E_ABORT when the command was cancelled; -200 when the block is too large to be
-    /// held in memory
+    ///                          block
+    /// @return 0, 1, or E_ABORT when the command was cancelled; -200 when the block is too large to be held
+    ///         in memory
     virtual HRESULT GetBlockDataArgument(unsigned char** ppBlockData, unsigned long& length, long index) = 0;
     /// @}
 

@@ -19,8 +19,7 @@ public:
     virtual bool ExecuteCommand(const ParsedCommand& command) = 0;
 
     /// Takes an error. After a command error the parser drops the rest of the message; after an execution
-    /// error
-    /// (-222, -223: a parameter out of range or too long) only its command is not run.
+    /// error (-222, -223: a parameter out of range or too long) only its command is not run.
     ///
     /// @param code  SCPI error number
     /// @param detail  what was wrong and where, for people; lent for the call
