@@ -27,9 +27,9 @@ run_logged() {
 install_packages() {
     local wanted missing=() package as_root=()
     if [ "$1" = test ]; then
-        wanted=$(sed -e 's/#.*//' "$root_dir/debian-packages.txt")
+        wanted=$(sed -e '/# *docs *$/d' -e 's/#.*//' "$root_dir/debian-packages.txt")
     else
-        wanted=$(sed -e '/# *test *$/d' -e 's/#.*//' "$root_dir/debian-packages.txt")
+        wanted=$(sed -e '/# *test *$/d' -e '/# *docs *$/d' -e 's/#.*//' "$root_dir/debian-packages.txt")
     fi
     command -v dpkg-query >/dev/null || fail "this is no Debian system; install the packages of debian-packages.txt by hand"
     for package in $wanted; do

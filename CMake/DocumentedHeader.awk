@@ -13,7 +13,7 @@ function sentence(line)
     if (line ~ /operator(==|<=>|<|>)\(const [A-Za-z]+& left, const [A-Za-z]+& right\)/) return "Compares the values."
     if (match(line, /[A-Za-z]+\(const [A-Za-z]+&( other)?\)/) && isSelf(line)) return "Copies."
     if (match(line, /[A-Za-z]+\([A-Za-z]+&& other\)/) && isSelf(line)) return "Moves; the source is left empty."
-    if (forwards && line ~ /^ *HRESULT.*\(/) return "As the base class has it; see the class for what is added."
+    if (forwards && (line ~ /^ *HRESULT.*\(/ || line ~ /^ *[A-Za-z]+\(.* override/)) return "As the base class has it; see the class for what is added."
     return ""
 }
 
