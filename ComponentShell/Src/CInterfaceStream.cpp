@@ -52,6 +52,7 @@ HRESULT CInterfaceStream::Unmarshal(const IID& iid, void** ppInterface) noexcept
     {
         return S_FALSE;
     }
+    // Given up first: the call releases the stream whether it succeeds or not.
     return CoGetInterfaceAndReleaseStream(std::exchange(m_stream, nullptr), iid, ppInterface);
 }
 

@@ -23,6 +23,7 @@ CThread::CThread(std::string name) : m_name(std::move(name))
 
 CThread::~CThread()
 {
+    // In this order, so that nothing can start that nobody aborts.
     RefuseWork();
     Abort();
     Join();
@@ -46,6 +47,7 @@ HRESULT CThread::Abort()
     {
         return S_FALSE;
     }
+    // Under the run lock, so that the object cannot go while it is told.
     m_runObject->Abort();
     return S_OK;
 }
@@ -74,6 +76,7 @@ HRESULT CThread::Join()
         return RepairError(ZO_ERROR(
             nullptr, "m_threadId != get_id()", "Thread " + m_name + " cannot join itself", E_UNEXPECTED));
     }
+    // Several may wait for the same end; only one may join a thread.
     const CMutexLocker joining(m_joinMutex);
     std::thread systemThread;
     {
@@ -101,6 +104,7 @@ bool CThread::Reserve()
 void CThread::CancelReservation()
 {
     const CMutexLocker lock(m_mutex);
+    // A thread that runs already was given to somebody: his reservation is not the caller's to cancel.
     m_reserved = m_reserved && m_busy;
 }
 
@@ -118,6 +122,7 @@ HRESULT CThread::Begin(CThreadRunObject* pRunObject, std::unique_ptr<CThreadRunO
         CancelReservation();
         return RepairError(ZO_NULL_POINTER(nullptr, "pRunObject"));
     }
+    // The order of the two locks is the same everywhere: run lock first.
     const CCritSectionLocker locker(m_runLock);
     const CMutexLocker lock(m_mutex);
     if (m_busy)
@@ -169,6 +174,7 @@ void CThread::Loop()
         lock.Unlock();
         RunOnce();
         lock.Lock();
+        // Last of all: a borrowed object may go as soon as the thread counts as idle.
         m_busy = false;
         m_reserved = false;
         m_changed.NotifyAll();

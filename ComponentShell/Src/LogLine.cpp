@@ -22,6 +22,7 @@ std::string OnOneLine(std::string_view text)
 void WriteStandardErrorLine(std::string text)
 {
     text += '\n';
+    // In one call, which the stream's lock keeps together: lines of several threads are never torn.
     std::fwrite(text.data(), 1, text.size(), stderr);
 }
 

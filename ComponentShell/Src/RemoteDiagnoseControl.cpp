@@ -72,6 +72,7 @@ std::string KnownWords()
 void BeginTiming(tagRemoteDiagnoseControl& control) noexcept
 {
     LARGE_INTEGER now{};
+    // Timing that is on already keeps its base, so that lines before and after stay comparable.
     if (!control.bTimingActive && QueryPerformanceCounter(&now) != 0)
     {
         control.iTimingBase = now.QuadPart;

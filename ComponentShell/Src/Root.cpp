@@ -43,6 +43,8 @@ HRESULT CRoot::RegisterInterface(const IID& iid, IUnknown* pObject)
         {
             return RepairError(ZO_NULL_POINTER(nullptr, "pObject"));
         }
+        // Asked before the lock, because it runs code of the object. What is registered is the object as it
+        // was handed in; each look-up asks it again.
         void* interface = nullptr;
         if (FAILED(pObject->QueryInterface(iid, &interface)))
         {

@@ -13,6 +13,8 @@ CEvent::CEvent(CUniqueDescriptor descriptor, bool manualReset) noexcept
 
 void CEvent::Set() noexcept
 {
+    // The system call orders nothing for the language's memory model; this does, together with the load of
+    // whoever takes the event.
     m_settings.fetch_add(1, std::memory_order_release);
     constexpr std::uint64_t kOne = 1;
     // A full counter refuses the write and is readable already.
@@ -28,6 +30,7 @@ void CEvent::Reset() noexcept
 
 bool CEvent::TryTake() noexcept
 {
+    // Nothing is used up, so a wait for all has nothing to fear from it.
     if (m_manualReset)
     {
         SeeSettings();
@@ -46,6 +49,7 @@ bool CEvent::TryTakeLocked() noexcept
 
 ZoVelkor::CSharedMutex& CEvent::TakingLock() noexcept
 {
+    // One for all events, because a wait for all takes several in one step. Single takers share it.
     static ZoVelkor::CSharedMutex lock;
     return lock;
 }

@@ -87,6 +87,8 @@ static_assert(std::size(kStatements) == static_cast<std::size_t>(RegistrySql::Co
 
 CRegistryStatement::~CRegistryStatement()
 {
+    // A statement that is not reset keeps its read transaction open, and a binding would go on pointing at
+    // text of the caller.
     sqlite3_reset(m_statement);
     sqlite3_clear_bindings(m_statement);
 }
@@ -150,6 +152,7 @@ void CRegistryStatement::Check(int result) const
 CRegistryConnection::CRegistryConnection(const std::string& file)
 {
     sqlite3* database = nullptr;
+    // Without SQLite's own lock: a connection is taken out of the store and used by one thread at a time.
     const int flags =
         SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
     const int result = sqlite3_open_v2(file.c_str(), &database, flags, nullptr);
@@ -159,6 +162,7 @@ CRegistryConnection::CRegistryConnection(const std::string& file)
         throw CSqliteError(result, database == nullptr ? "no memory" : sqlite3_errmsg(database));
     }
     sqlite3_busy_timeout(database, kRegistryBusyTimeoutMs);
+    // The limit is for a whole row, which holds names beside the value.
     sqlite3_limit(database, SQLITE_LIMIT_LENGTH, static_cast<int>(2 * kRegistryMaximumValueSize));
     // In the log mode NORMAL saves the file from power failures too; only FULL would also save the last
     // writes.
@@ -175,6 +179,7 @@ void CRegistryConnection::Prepare()
     }
     if (isEmpty)
     {
+        // Before the transaction: inside of one the mode cannot be changed.
         Execute("PRAGMA journal_mode = WAL");
         CRegistryTransaction transaction(*this, RegistrySql::BeginWrite);
         Execute(kSchema);
@@ -222,6 +227,7 @@ std::optional<RegistryCommitMark> CRegistryConnection::CommitMark() const noexce
     {
         return std::nullopt;
     }
+    // Read without a lock: copies that differ are just being written.
     std::array<RegistryCommitMark, 2> copies{};
     const auto* word = static_cast<const volatile std::uint32_t*>(region);
     for (RegistryCommitMark& copy : copies)

@@ -140,6 +140,7 @@ DWORD CRegistryKey::Open(const wchar_t* subKey, std::shared_ptr<CRegistryKey>& r
 
 DWORD CRegistryKey::Create(const wchar_t* subKey, std::shared_ptr<CRegistryKey>& result) const
 {
+    // Mostly the key is there. Then nothing is written, and no other process has to wait.
     const DWORD opened = Open(subKey, result);
     std::vector<RegistryName> path;
     if (opened != ERROR_FILE_NOT_FOUND || SplitKeyPath(subKey, path) != ERROR_SUCCESS)
@@ -285,6 +286,8 @@ DWORD CRegistryKey::QueryInfo(RegistryKeyInfo& info)
                       ToDword(statement.Integer(3)),
                       ToDword(statement.Integer(4)),
                       ToDword(statement.Integer(5))};
+            // Figures that were read while another process wrote may be of either moment: answered, but not
+            // kept.
             m_infoMoment = m_store->Moment(connection) == moment ? moment : std::nullopt;
         }
         info = m_info;
@@ -314,9 +317,12 @@ DWORD CRegistryKey::Enumerate(const Enumeration& enumeration,
         Page& page = m_pages[enumeration.enumerated];
         const auto moment = m_store->Moment(connection);
         const bool isSame = moment && moment == page.moment;
+        // An index in front of the page wraps and so lies beyond its end as well.
         const std::size_t offset = index - page.first;
         if (!isSame || offset >= page.entries.size())
         {
+            // Going on behind the last name costs the same wherever it is; counting to an index does not.
+            // It is only right while nothing has changed, which is known afterwards.
             const bool isNext = isSame && offset == page.entries.size();
             ReadAheadLocked(connection, enumeration, page, index, isNext);
             const bool isStillSame = m_store->Moment(connection) == moment;
@@ -339,6 +345,7 @@ DWORD CRegistryKey::Enumerate(const Enumeration& enumeration,
             error =
                 target.Store(entry.type, std::as_bytes(std::span(bytes + entry.nameSize, entry.dataSize)));
         }
+        // A single large value: memory of this size is not left with the key.
         if (page.bytes.size() > kPageSize)
         {
             page = {};
@@ -398,6 +405,7 @@ DWORD CRegistryKey::Notify(bool watchSubtree, DWORD filter, HANDLE event) const
 
 void CRegistryKey::Close() noexcept
 {
+    // Before the watcher is asked: whoever arms a request now sees the mark, or is found by Forget.
     m_isClosed = true;
     if (CRegistryWatcher* watcher = m_store->ExistingWatcher(); watcher != nullptr)
     {

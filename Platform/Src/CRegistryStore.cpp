@@ -105,6 +105,7 @@ CRegistryStore::NoteChange(CRegistryConnection& connection, std::int64_t key, Re
 {
     connection.Run(RegistrySql::InsertChange, key, static_cast<std::int64_t>(change));
     const std::int64_t sequence = connection.LastRow();
+    // Now and then only: every trimming writes pages of its own.
     if (sequence % kTrimInterval == 0)
     {
         connection.Run(RegistrySql::TrimChanges, sequence - kKeptChanges);
@@ -151,6 +152,8 @@ std::unique_ptr<CRegistryConnection> CRegistryStore::Open()
     const ZoVelkor::CMutexLocker lock(m_openLock);
     MakeFile();
     OpenBell();
+    // Goes into the mark of a moment: that of a file which another one has replaced must not fit the new
+    // one.
     ++m_openings;
     auto connection = std::make_unique<CRegistryConnection>(m_file);
     if (!m_isPrepared)

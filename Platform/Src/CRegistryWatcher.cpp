@@ -181,6 +181,7 @@ void CRegistryWatcher::Loop()
         {
             return;
         }
+        // Which events have come does not matter, only that some have: the database says what has changed.
         if (ready > 0 && ::read(m_inotify.Get(), events.data(), events.size()) > 0)
         {
             ExamineAll();

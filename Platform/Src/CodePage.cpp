@@ -64,7 +64,7 @@ struct Utf8Lead
     unsigned char mask;
     unsigned char pattern;
     int followers;
-    char32_t lowest;
+    char32_t lowest; ///< what is below it has a shorter form, and only that one is allowed
 };
 constexpr Utf8Lead kUtf8Leads[] = {
     {0x80, 0x00, 0, 0},

@@ -30,6 +30,8 @@ BOOL WithEvent(HANDLE handle, TOperation operation) noexcept
 HANDLE CreateEvent(BOOL manualReset, BOOL initialState) noexcept
 try
 {
+    // Not blocking: of several waiters that poll wakes for one setting, all but one must come away with
+    // nothing.
     CUniqueDescriptor descriptor(::eventfd(initialState != FALSE ? 1 : 0, EFD_CLOEXEC | EFD_NONBLOCK));
     if (!descriptor)
     {

@@ -60,6 +60,7 @@ BOOL Refuse(DWORD error) noexcept
 
 SYSTEMTIME FieldsOf(Stamp stamp) noexcept
 {
+    // Floor and not truncation: before 1970, too, a day runs from its beginning to its end.
     const auto day = std::chrono::floor<std::chrono::days>(stamp);
     const std::chrono::year_month_day date{day};
     const std::chrono::hh_mm_ss<milliseconds> clock{stamp - day};

@@ -156,6 +156,7 @@ bool IsUnderflow(std::string_view text) noexcept
 template <class TReal>
 HRESULT ParseReal(std::string_view text, TReal& value) noexcept
 {
+    // from_chars takes no plus sign, but would take a minus behind one that was cut off.
     if (text.starts_with('+'))
     {
         text.remove_prefix(1);
@@ -164,6 +165,7 @@ HRESULT ParseReal(std::string_view text, TReal& value) noexcept
             return DISP_E_TYPEMISMATCH;
         }
     }
+    // from_chars would also read infinity and not-a-number, which belong to some types only.
     if (text.empty() || text.find_first_not_of("0123456789.+-E") != std::string_view::npos)
     {
         return DISP_E_TYPEMISMATCH;
@@ -175,6 +177,7 @@ HRESULT ParseReal(std::string_view text, TReal& value) noexcept
     {
         return DISP_E_TYPEMISMATCH;
     }
+    // The same code for too large and too small, of which only the first is a fault.
     if (error == std::errc::result_out_of_range)
     {
         if (!IsUnderflow(text))
@@ -422,6 +425,7 @@ HRESULT ParseScalar(const wchar_t* text, VARTYPE type, VARIANT& value)
         return FAILED(result) ? result : StoreNumber(date, type, value);
     }
     default: {
+        // 64 bits of mantissa: no integer type loses anything on the way.
         long double number = 0;
         result = ParseReal(narrow, number);
         return FAILED(result) ? result : StoreNumber(number, type, value);

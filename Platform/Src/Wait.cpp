@@ -70,6 +70,7 @@ public:
             {
                 return polled;
             }
+            // Another waiter may have been faster; then the wait goes on, to the same end of its time.
             for (std::size_t i = 0; i < m_count; ++i)
             {
                 if (m_polls[i].revents != 0 && m_events[i]->TryTake())
@@ -110,6 +111,7 @@ private:
             {
                 return ready > 0 ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
             }
+            // Of poll's errors only the lack of memory is left: m_events keeps the descriptors open.
             if (errno != EINTR)
             {
                 SetLastError(ERROR_NOT_ENOUGH_MEMORY);
@@ -123,6 +125,8 @@ private:
     /// @return nothing while one is not set
     std::optional<DWORD> TryTakeAll() noexcept
     {
+        // Nobody takes or resets while this is held, so what is found set can be taken without fail. It may
+        // be set meanwhile; the next round sees that.
         const ZoVelkor::CWriteLocker lock(CEvent::TakingLock());
         const DWORD polled = Poll(DeadlineAfter(0));
         if (polled == WAIT_FAILED)
