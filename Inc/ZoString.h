@@ -115,7 +115,7 @@ public:
     /// Appends a run of characters as long as the character's code says, not the character itself; their
     /// values are left open. 'A' appends 65 characters.
     HRESULT Append(char character) noexcept;
-    /// Appends the character itself.
+    /// As Append(char): a run as long as the character's code says.
     HRESULT Append(wchar_t character) noexcept;
     /// Appends raw bytes, not converted, behind the bytes of the BSTR: the way to carry a block in a string.
     HRESULT AppendBytes(const char* data, int count) noexcept;

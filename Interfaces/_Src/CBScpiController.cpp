@@ -107,6 +107,7 @@ HRESULT SignalCallback(IZOScpiInterrupt& callback) noexcept
 template <std::size_t kCount>
 HRESULT WaitAny(const HANDLE (&events)[kCount], const HRESULT (&results)[kCount], long timeoutMs) noexcept
 {
+    // -1 and INFINITE are the same 32 bits.
     const DWORD ended = WaitForMultipleObjects(kCount, events, FALSE, static_cast<DWORD>(timeoutMs));
     if (ended == WAIT_TIMEOUT)
     {
@@ -382,6 +383,7 @@ HRESULT CBScpiController::ReadStatusByte(unsigned char* stb)
         *stb = 0;
         const HRESULT wait =
             Request("Fatal ReadStatusByte execution error", [&] { return DoReadStatusByte(); });
+        // On failure too: PrepareEvents has made it 0, and only an answer has changed it since.
         *stb = static_cast<unsigned char>(m_statusByte.load());
         return wait;
     });
@@ -427,6 +429,7 @@ HRESULT CBScpiController::ClearInterruptCallback()
 HRESULT CBScpiController::EnableInterruptCallback()
 {
     return Operate({}, [&] {
+        // First: a service request may arrive before the transport returns.
         m_vtbInterruptActive = VARIANT_TRUE;
         return DoEnableInterrupt();
     });
@@ -616,6 +619,7 @@ HRESULT CBScpiController::DoAcknowledgeError()
 HRESULT CBScpiController::DoInterrupt()
 {
     SetEvent(m_interruptEvent.Get());
+    // A reference of its own: the receiver may be replaced while it is told.
     const Callback callback = std::atomic_load(&m_interrupt);
     const bool isCalled = m_vtbInterruptActive == VARIANT_TRUE && callback != nullptr;
     const HRESULT result = isCalled ? SignalCallback(*callback) : S_OK;
@@ -658,6 +662,7 @@ void CBScpiController::ClearLastError() noexcept
 
 void CBScpiController::PrepareEvents() noexcept
 {
+    // What came too late for the request before must not answer this one.
     for (const CUniqueEvent* const event : {&m_abortEvent, &m_errorEvent, &m_doneEvent})
     {
         ResetEvent(event->Get());
@@ -689,6 +694,7 @@ HRESULT CBScpiController::FetchData(unsigned char* buffer, long room, long* leng
     }
     *length = acknowledged;
     const HRESULT result = DoFetchData(buffer, length);
+    // The transport says how much it has copied; more than it had announced would run over the buffer.
     const bool isCredible = *length >= 0 && *length <= acknowledged;
     return result == S_OK && !isCredible ? E_UNEXPECTED : result;
 }

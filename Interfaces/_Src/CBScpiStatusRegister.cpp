@@ -120,6 +120,7 @@ HRESULT CBScpiStatusRegister::ChangeCondition(RegisterWord mask, RegisterWord va
         const RegisterWord after = (value & mask) | (before & ~mask);
         m_condition = after;
         m_events |= (~before & m_posTrans & after) | (before & m_negTrans & ~after);
+        // Waiters are woken before the parent hears of the change: its failure must not leave them waiting.
         if ((after & m_waitConditionMask) != 0)
         {
             WakeLocked(m_waitConditionMask);
@@ -135,6 +136,7 @@ HRESULT CBScpiStatusRegister::ChangeCondition(RegisterWord mask, RegisterWord va
 HRESULT CBScpiStatusRegister::PulseCondition(wchar_t mask)
 {
     return GuardedRaisingEntry([&]() -> HRESULT {
+        // Held across both changes, so that no other one comes between the two transitions.
         const CCritSectionLocker locker(m_lock);
         if (const HRESULT result = ModifyCondition(mask, mask); result != S_OK)
         {

@@ -42,6 +42,7 @@ HRESULT CBTimeDateControl::GetTimeAndDate(tagTimeStruct* pTime, tagDateStruct* p
 HRESULT CBTimeDateControl::GetTime(tagTimeStruct* pTime)
 {
     tagDateStruct unused{};
+    // Qualified: the entry layer overrides the operation and would check and trace a second call.
     return CBTimeDateControl::GetTimeAndDate(pTime, &unused);
 }
 

@@ -196,6 +196,7 @@ HRESULT CCommandExecutionData::GetCharacterString(std::string& text, long index)
     {
         ThrowError(ZO_ERROR(m_object, "m_pp_Enums", "Null pointer detected (m_pp_Enums)", E_POINTER));
     }
+    // By steps: how many texts there are is not known, only where they end.
     const char* const* word = m_pp_Enums;
     for (long position = 1; position < code && *word != nullptr; ++position)
     {

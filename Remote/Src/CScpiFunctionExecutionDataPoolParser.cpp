@@ -23,6 +23,7 @@ namespace
 
 void ReplaceAll(std::string& text, std::string_view what, std::string_view by)
 {
+    // Goes on behind what was put in, which may contain what is replaced.
     for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size()))
     {
         text.replace(at, what.size(), by);
@@ -307,6 +308,7 @@ HRESULT CScpiFunctionExecutionDataPoolParser::SetScpiBlockDataError(const std::s
 {
     std::string message = text;
     ReplaceAll(message, "%FORMDATA%", DataFormatText(GetFormatSubsystem()));
+    // Last: parentheses around a data format that there is none of are left over.
     ReplaceAll(message, "()", "");
     return SetScpiError(kScpiBlockDataError, message, true);
 }

@@ -16,6 +16,8 @@ HRESULT CloseExecution(long result, TExecution& execution) noexcept
 {
     const auto outcome = static_cast<HRESULT>(result);
     const HRESULT finished = GuardedEntry([&]() -> HRESULT {
+        // Any other result is the handler's own failure. A SCPI error that it has set says more than -200
+        // would.
         const bool isMapped = outcome == S_OK || outcome == S_FALSE || outcome == E_ABORT;
         if (!isMapped && execution.GetScpiError() == kScpiNoError)
         {

@@ -38,6 +38,7 @@ constexpr WordReader kWordReaders[] = {&IZOScpiStatusRegister::GetCondition,
 
 double ConvertWithLibrary(const char* text, char** end) noexcept
 {
+    // What goes over the wire must not depend on the locale of the process.
     static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
     errno = 0;
     return strtod_l(text, end, locale);
@@ -138,6 +139,7 @@ short ReadMnemonic(const tagZO_SCPI_PARAMETER& parameter, tagZO_SCPI_SPECIAL_CHA
 
 short ReadCountedText(const tagZO_SCPI_PARAMETER& parameter, std::string& text)
 {
+    // Counted, because a string may hold NULs; the field bounds a count that is wrong.
     text.assign(parameter.szText, std::min<std::size_t>(parameter.iTextLength, sizeof(parameter.szText)));
     return kScpiNoError;
 }
@@ -181,6 +183,7 @@ BlockWrite WriteBlock(IZOScpiOutputBuffer& output, const char* data, long length
     const auto size = static_cast<unsigned long>(length);
     char header[kMaxBlockHeaderSize];
     const auto headerSize = static_cast<std::size_t>(WriteDefiniteBlockHeader(header, size) - header);
+    // Written in two steps: a joined copy would double the memory of a large block.
     CComBSTR error;
     HRESULT result = output.Write(headerSize, header, &error);
     if (SUCCEEDED(result))

@@ -89,6 +89,7 @@ HRESULT CBlockStream::Read(std::span<unsigned char> data, std::size_t& got)
         }
         else if (m_lengthKnown && target.size() >= kSmallPiece)
         {
+            // Straight into the handler's memory: no byte is copied twice.
             const auto wanted = std::min<std::uint64_t>(target.size(), static_cast<std::uint64_t>(m_rest));
             std::size_t received = 0;
             static_cast<void>(Receive(
@@ -102,6 +103,7 @@ HRESULT CBlockStream::Read(std::span<unsigned char> data, std::size_t& got)
             static_cast<void>(FetchInput(kPiece, -1));
         }
     }
+    // With the last byte goes the look at what follows, before the handler believes in the block.
     if (FAILED(Fill(0)))
     {
         return E_ABORT;
@@ -145,6 +147,7 @@ HRESULT CBlockStream::Discard()
 
 HRESULT CBlockStream::Finish()
 {
+    // Nobody waits for this command any more: the client may take its time.
     m_pauseMs = -1;
     return Discard();
 }

@@ -196,6 +196,7 @@ void CCommandIndexBuilder::DefineEntry(const Walk& walk, std::uint32_t node, con
         m_entrySlots.emplace_back();
         m_index.m_entries.back().headerText = CComBSTR(LongHeader(node).c_str());
     }
+    // A later definition replaces an earlier one as a whole; only the header's text is the same.
     CommandEntry& entry = m_index.m_entries[treeNode.entry];
     entry.application = walk.source->owner.get();
     entry.nodataMode = header.iNodataMode;
@@ -358,6 +359,7 @@ CCommandIndexBuilder::CompileMnemonics(const _CMD_SET_RECORD* table, std::uint32
         m_index.m_mnemonics.push_back(static_cast<std::int32_t>(record.iEnum));
         m_edges.push_back({list, firstMnemonic + i, CScpiToken::ScpiToken2LongForm(record.szKeyword)});
     }
+    // Behind the long forms: the first edge of a text stays, and a long form wins.
     for (std::uint32_t i = 0; i < count; ++i)
     {
         m_edges.push_back({list, firstMnemonic + i, ShortForm(table[start + i].chr.szKeyword)});
@@ -379,6 +381,7 @@ std::uint32_t CCommandIndexBuilder::CompileUnits(const _CMD_SET_RECORD* table, s
         const std::string unit = CScpiToken::ScpiToken2LongForm(table[start + i].sfx.szSuffix);
         AddUnit(list, unit, unit, table[start + i].sfx.iEnum, 0);
     }
+    // Behind the units themselves: a multiple that is spelt like one of them is that one.
     for (std::uint32_t i = 0; i < count; ++i)
     {
         const std::string unit = CScpiToken::ScpiToken2LongForm(table[start + i].sfx.szSuffix);
@@ -419,6 +422,7 @@ void CCommandIndexBuilder::AddNodeEdges()
 {
     for (std::uint32_t node = 0; node < m_tree.size(); ++node)
     {
+        // In this order: a node's own children win over those that an omitted optional node brings.
         AddChildEdges(node, node);
         AddOptionalEdges(node, node);
     }
@@ -459,6 +463,7 @@ void CCommandIndexBuilder::FillEdgeTable()
     {
         const Mnemonic key =
             ReadMnemonic(edge.key.data(), edge.key.data() + edge.key.size(), kTableCharacters);
+        // A text that no message can hold needs no edge; of two equal ones the first stays.
         const bool canBeSent = key.length == edge.key.size() && key.length != 0;
         if (!canBeSent || key.length > MnemonicKey::kCapacity ||
             m_index.Lookup(edge.owner, key.key) != CCommandIndex::kNone)

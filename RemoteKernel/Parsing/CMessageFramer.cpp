@@ -69,6 +69,7 @@ CMessageFramer::Step CMessageFramer::ScanText(std::span<const char> buffer, Fram
     const std::size_t textLength = lineFeed != nullptr ? static_cast<std::size_t>(lineFeed - begin) : stretch;
     const char* const hash = FindByte(begin, textLength, '#');
     m_scanned += hash != nullptr ? static_cast<std::size_t>(hash - begin) : textLength;
+    // Data of blocks is left out: it has a limit of its own.
     if (!m_skips && m_scanned - m_blockBytes > m_limits.maxText)
     {
         Fail(kScpiInputBufferOverrun, frame);
@@ -103,6 +104,7 @@ CMessageFramer::Step CMessageFramer::ScanHash(std::span<const char> buffer, Fram
     {
     case CBScpiBlockData::HeaderIncomplete:
         return Step::Done;
+    // A number such as #HFF, or a mistake that the parser tells of better.
     case CBScpiBlockData::HeaderInvalid:
         m_scanned = hash + 1;
         return Step::Continue;
@@ -135,6 +137,7 @@ CMessageFramer::EnterBlock(std::size_t dataBegin, std::size_t length, Frame& fra
     const bool tooMuch = !m_skips && m_blockBytes + length > m_limits.maxBlock;
     m_blockBytes += length;
     m_scanned = dataBegin + length;
+    // What looks like quotes inside the block is data.
     m_lexed = m_blockEnd = m_scanned;
     if (tooMuch)
     {
@@ -170,6 +173,7 @@ CMessageFramer::Step CMessageFramer::ScanIndefinite(std::span<const char> buffer
 
 bool CMessageFramer::IsElementStart(std::span<const char> buffer, std::size_t hash) noexcept
 {
+    // Only now: quotes matter at a '#' alone, and most messages have none.
     FollowQuotes(buffer, hash);
     return m_quote == 0 && hash > m_blockEnd && (buffer[hash - 1] == ',' || IsWhiteSpace(buffer[hash - 1]));
 }
@@ -209,6 +213,7 @@ void CMessageFramer::LeaveBlock(std::size_t dataBegin, std::int64_t length, Fram
 
 void CMessageFramer::Fail(short error, Frame& frame) noexcept
 {
+    // Its rest is dropped as it comes, because the next message begins behind its end.
     m_skips = true;
     frame.status = FrameStatus::Error;
     frame.error = error;

@@ -13,6 +13,7 @@ tagZO_SCPI_PARAMETER& CParameterArray::Next()
         Grow();
     }
     tagZO_SCPI_PARAMETER& record = m_records[m_size++];
+    // Field by field: clearing the whole record would write a kilobyte for each parameter.
     record.iType = ZO_SCPI_PARAMTYPE_UNDEFINED;
     record.iSpecialCode = ZO_SCPI_SPECIAL_NONE;
     record.szText[0] = '\0';
@@ -76,6 +77,7 @@ void CParameterArray::Clear() noexcept
     }
     m_readersUsed = 0;
     m_size = 0;
+    // One message with very many parameters does not keep its memory for the session's life.
     if (m_capacity > kKept)
     {
         m_records.reset();

@@ -102,6 +102,7 @@ ParameterFault CParameterParser::Parse(const CCommandIndex& index,
         {
             return {SeparatorError(*m_cursor.place), count, m_cursor.place};
         }
+        // Kept until the unit is read: a command error further on counts more than this one.
         if (error != 0 && fault.error == 0)
         {
             fault = {error, count, place};
@@ -141,6 +142,8 @@ short CParameterParser::ReadParameter(const ParameterSpec& spec, std::uint32_t t
     const bool tooMany = m_records.Size() == kMaxParameters;
     if (tooMany)
     {
+        // Read all the same, in the place of the last one: a command error further on counts more than
+        // -223.
         m_records.DropLast();
     }
     tagZO_SCPI_PARAMETER& record = m_records.Next();
@@ -307,6 +310,7 @@ short CParameterParser::ReadBlock(tagZO_SCPI_PARAMETER& record)
         return kScpiInvalidBlockData;
     }
     const std::size_t rest = available - header.iSize;
+    // A piece of a message ends where the data of its block begins.
     if (m_stream != nullptr && rest == 0)
     {
         return StoreStream(record);
@@ -325,6 +329,8 @@ short CParameterParser::ReadBlock(tagZO_SCPI_PARAMETER& record)
 
 short CParameterParser::StoreStream(tagZO_SCPI_PARAMETER& record)
 {
+    // Another parameter could follow. All are checked before the handler runs, so the block cannot be left
+    // to come.
     if (SpecFor(m_records.Size()) != nullptr)
     {
         return kNeedsWholeBlock;
@@ -341,6 +347,7 @@ short CParameterParser::ReadWord(tagZO_SCPI_PARAMETER& record) noexcept
     const Mnemonic word = ReadMnemonic(m_cursor.place, m_cursor.end);
     const char* const begin = m_cursor.place;
     m_cursor.place += word.length;
+    // Where a boolean is accepted ON and OFF are truth values; elsewhere the command's own words win.
     const bool specialFirst = (m_type & kBooleanType) == kBooleanType;
     const bool known = specialFirst ? TakeSpecialWord(record, word) || TakeOwnWord(record, word)
                                     : TakeOwnWord(record, word) || TakeSpecialWord(record, word);

@@ -130,6 +130,7 @@ private:
             return FailHeader(error);
         }
         const bool goOn = RunCommand(form);
+        // A unit that is held is parsed once more with its block, and from the same place.
         m_path = m_held ? path : m_path;
         return goOn;
     }
@@ -168,6 +169,8 @@ private:
     {
         if (*m_cursor.place == '*')
         {
+            // m_path stays: a common command does not change where the next header begins (SCPI-99 vol. 1,
+            // 6.2.4).
             ++m_cursor.place;
             m_node = CCommandIndex::kCommonNode;
             const short error = ReadKeyword();
@@ -212,6 +215,7 @@ private:
             return UnknownKeyword();
         }
         const CommandNode& node = m_index->Node(child);
+        // 1 for the suffixes of optional nodes that the header leaves out, and for one that is not written.
         std::fill(m_slots + m_index->Node(m_node).slotCount, m_slots + node.slotCount, 1L);
         m_node = child;
         m_cursor.place += mnemonic.length;

@@ -77,6 +77,7 @@ short ScanExponent(const char*& place, const char* end, Decimal& number) noexcep
     int exponent = 0;
     for (place = digits; place != end && IsDigit(*place); ++place)
     {
+        // Stops just beyond the limit, so that digits without end do not overflow.
         exponent = std::min(exponent * 10 + (*place - '0'), kMaxExponent + 1);
     }
     number.hasExponent = true;

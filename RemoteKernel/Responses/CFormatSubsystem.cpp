@@ -75,6 +75,7 @@ T ToElement(double value) noexcept
     }
     else if constexpr (std::is_same_v<T, float>)
     {
+        // Narrowed before the look: what is beyond a float becomes infinite by that, and gets the stand-in.
         return static_cast<float>(ReplaceNonFinite(static_cast<double>(static_cast<float>(value))));
     }
     else
@@ -172,6 +173,7 @@ char* WriteNumberText(char* place,
                 ? number.number
                 : static_cast<std::uint64_t>(number.AsInteger(std::numeric_limits<std::int64_t>::min(),
                                                               std::numeric_limits<std::int64_t>::max()));
+        // A negative number of 32 bits is shown with these 32, not with 64.
         if (static_cast<std::int64_t>(pattern) < 0 && number.kind != Kind::Unsigned &&
             static_cast<std::int64_t>(pattern) >= std::numeric_limits<std::int32_t>::min())
         {
@@ -389,6 +391,7 @@ HRESULT CFormatSubsystem::WriteItems(std::span<const Item> items, std::size_t le
     {
         return isBlockData(items[0]) ? WriteBlockHeader(0) : S_OK;
     }
+    // The usual trace, without a variant for each of its values.
     if (items.size() == 1 && items[0].array && items[0].source->parray->elementType == VT_R8 &&
         items[0].interpretation == ZO_INTERPRETATION_NUMERIC)
     {

@@ -63,6 +63,7 @@ HRESULT COutputQueue::Prepare(std::size_t maxBytes, char** place) noexcept
     }
     const std::size_t separator = m_separatorPending ? 1 : 0;
     const std::size_t used = m_buffer.Size() - m_messageStart + separator;
+    // Nothing follows a piece that was refused: a client could not tell that one is missing.
     if (m_refused || used > m_limit || maxBytes > m_limit - used)
     {
         m_refused = true;
@@ -76,6 +77,7 @@ HRESULT COutputQueue::Prepare(std::size_t maxBytes, char** place) noexcept
     {
         return E_OUTOFMEMORY;
     }
+    // Only now that something follows: a query that answers nothing leaves no separator behind.
     if (separator != 0)
     {
         *(*place)++ = ';';

@@ -48,9 +48,11 @@ CErrorQueue::CErrorQueue(std::size_t depth, std::shared_ptr<IErrorQueueObserver>
 
 void CErrorQueue::Push(short code, std::string_view detail) noexcept
 {
+    // Errors of other threads, as of the channel or of an overlapped command, are not this command's.
     if (m_commandThread.load(std::memory_order_relaxed) == std::this_thread::get_id())
     {
         m_commandRaisedError = true;
+        // -231 belongs to a command that was done, if not exactly.
         m_commandFailed |= code < 0 && code >= kLastExecutionError && code != kScpiDataQuestionable;
     }
     const CMutexLocker lock(m_mutex);
@@ -68,11 +70,13 @@ void CErrorQueue::Push(short code, std::string_view detail) noexcept
         FillEntry(m_entries[(m_first + m_count) % m_depth], code, detail);
         ++m_count;
     }
+    // For an error that found no room as well: its event happened, whether or not its text is kept.
     NotifyLocked(code, m_count - 1);
 }
 
 void CErrorQueue::NotifyLocked(short code, std::size_t countBefore) const noexcept
 {
+    // With the lock held: the summary bit has to follow the states of the queue in their order.
     if (m_observer != nullptr)
     {
         m_observer->ErrorQueued(code);

@@ -19,6 +19,7 @@ void CSessionStatus::SetEvent(wchar_t bit) noexcept
 {
     wchar_t latched = 0;
     m_standardEvent->GetSnapshot(nullptr, nullptr, nullptr, &latched, nullptr);
+    // Errors come in bursts; what is latched already need not go up to the status byte again.
     if ((latched & bit) == 0)
     {
         m_standardEvent->ModifyCondition(bit, bit);

@@ -13,6 +13,7 @@ HRESULT CStatusByteRegister::ModifyCondition(wchar_t mask, wchar_t value)
 {
     const CCritSectionLocker locker(Section());
     const HRESULT result = CStatusRegister::ModifyCondition(mask, value);
+    // A serial poll asks for reasons that are still there: a bit that falls takes its own along.
     const auto falling = static_cast<wchar_t>(mask & ~value);
     wchar_t reasons = 0;
     const HRESULT fallResult = falling == 0 ? S_OK : GetEventBits(falling, &reasons);
@@ -23,11 +24,14 @@ HRESULT CStatusByteRegister::SetEnable(wchar_t value)
 {
     if ((value & kStatusMessageAvailable) != 0)
     {
+        // From here on somebody depends on the bit; before, it is not kept up with every response.
         Watch();
     }
     const CCritSectionLocker locker(Section());
     wchar_t condition = 0;
     GetCondition(&condition);
+    // Reasons are latched by rising bits. What is the case already and is enabled now has to rise once
+    // more.
     const auto fresh = static_cast<wchar_t>(condition & value & ~Enabled());
     CStatusRegister::ModifyCondition(fresh, 0);
     CStatusRegister::ModifyCondition(fresh, fresh);
@@ -84,6 +88,7 @@ wchar_t CStatusByteRegister::SerialPoll() noexcept
     wchar_t condition = 0;
     GetCondition(&condition);
     wchar_t reasons = 0;
+    // Taking the reasons is what ends the request.
     GetEventBits(Enabled(), &reasons);
     return static_cast<wchar_t>(condition | (reasons != 0 ? kStatusService : 0));
 }

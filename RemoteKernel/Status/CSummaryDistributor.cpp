@@ -15,6 +15,7 @@ HRESULT CSummaryDistributor::ModifyCondition(wchar_t mask, wchar_t value)
 {
     const CCritSectionLocker locker(Section());
     HRESULT result = CStatusRegister::ModifyCondition(mask, value);
+    // Under the lock: a session that is attached meanwhile neither misses this change nor gets it twice.
     for (const auto& statusByte : m_statusBytes)
     {
         const HRESULT sessionResult = statusByte->ModifyCondition(mask, value);
