@@ -27,6 +27,7 @@ void CCrc16Handling::CreateCrc16Table() noexcept
         }
         m_CrcTbl[index].store(entry, std::memory_order_relaxed);
     }
+    // Releases the entries: whoever sees the mark sees them.
     m_bCrcTblInit.store(true, std::memory_order_release);
 }
 

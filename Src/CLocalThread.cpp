@@ -78,6 +78,7 @@ void CLocalThread::Run()
         CarryOut();
         return S_OK;
     }));
+    // The thread would look at the object once more after Run.
     DetachFromThread();
     delete this;
 }

@@ -93,6 +93,7 @@ CLxiLanPacket::CFields::~CFields()
 void CLxiLanPacket::CFields::Append(std::uint8_t identifier, const std::uint8_t* data, std::uint32_t size)
 {
     const std::uint32_t used = data != nullptr ? size : 0;
+    // Owned until the list has taken it: growing the list may throw.
     Bytes copy = CopyOf(data, used);
     m_fields.push_back({used, identifier, copy.get()});
     static_cast<void>(copy.release());
@@ -219,6 +220,7 @@ void CLxiLanPacket::duplicatePacket(const CLxiLanPacket& source)
     {
         return;
     }
+    // Copied in full before anything changes: a lack of memory leaves this packet as it was.
     CFields fields;
     for (const LxiLanDataField& field : source.m_fields.All())
     {

@@ -349,6 +349,7 @@ void CNumericSuffixExpression::Normalise()
     RangeList joined;
     for (const auto& range : sorted)
     {
+        // Ranges that touch are joined as well; in 64 bits the ends of 32 bits do not wrap.
         if (joined.empty() || range.first - 1 > joined.back().second)
         {
             joined.push_back(range);
@@ -372,6 +373,7 @@ std::string CNumericSuffixExpression::GetExpressionString(const RangeList& range
     for (const auto& [low, high] : ranges)
     {
         const char* const separator = text.empty() ? "" : ",";
+        // A minus sign behind a minus would read badly, so negative ranges are written with dots.
         const char* const mark = low < 0 || high < 0 ? ".." : "-";
         text += low == high ? fmt::format("{}{}", separator, low)
                             : fmt::format("{}{}{}{}", separator, low, mark, high);

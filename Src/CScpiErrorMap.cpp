@@ -160,6 +160,7 @@ CScpiErrorMap::CScpiErrorMap()
 {
     for (const ErrorRow& row : kErrorRows)
     {
+        // The rows descend, so each one is the new first.
         m_texts.emplace_hint(m_texts.begin(), row.code, CComBSTR(row.text));
     }
 }

@@ -55,6 +55,7 @@ std::optional<std::uint32_t> ReadNumber(std::string_view element)
     }
     char* end = nullptr;
     errno = 0;
+    // strtol reads on to the comma or the end, whatever the view says; what stops it earlier is a fault.
     const long number = std::strtol(element.data(), &end, 10);
     const bool isWhole = end == element.data() + element.size();
     if (!isWhole || errno != 0 || number > long{std::numeric_limits<std::uint32_t>::max()})

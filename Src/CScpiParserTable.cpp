@@ -42,6 +42,7 @@ public:
 
     void WalkGroup(const std::string& prefix, const _CMD_SET_RECORD* group)
     {
+        // Tables of unknown size are listed unexamined, so damage has to end here.
         const bool isCyclic = std::find(m_ancestors.begin(), m_ancestors.end(), group) != m_ancestors.end();
         if (isCyclic || m_ancestors.size() >= kMaxTreeDepth)
         {

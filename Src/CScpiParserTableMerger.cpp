@@ -123,6 +123,7 @@ void CScpiParserTableMerger::Run(tagTable& table, tagSinks& sinks)
     MergePar();
     MergeRenderOffsets(table, sinks);
     MergeRenderBinary(table, sinks);
+    // Sound tables can unite to a tree that is too large; nothing else can go wrong by merging.
     const auto fault = table.size() == 0 ? std::nullopt : CheckScpiTable(&table[0], table.size());
     if (fault)
     {
@@ -333,6 +334,7 @@ void CScpiParserTableMerger::SeparateRoot()
 /// The examination of the tables bounds the depth.
 CScpiParserTableMerger::DynamicParserTableGroup* CScpiParserTableMerger::MergeHdrGroups(tagGroupRefs groups)
 {
+    // Headers of one keyword in one plug-in may share a child group; it enters the union once.
     std::set<std::pair<const void*, std::size_t>> seen;
     std::erase_if(groups, [&seen](const tagRecordReference& group) {
         return group.Record().hdr.iLength == 0 || !seen.emplace(group.pPlugIn, group.iRecord).second;
@@ -405,6 +407,7 @@ void CScpiParserTableMerger::MergeEntry(tagRecordReference& definition, const ta
                            definition.pPlugIn->sName,
                            definition.iRecord));
     }
+    // A mere node on the way to other commands takes nothing away from the one before.
     if (!IsExecutable(header) && header.iDatatype == 0)
     {
         return;
@@ -424,6 +427,7 @@ void CScpiParserTableMerger::MergeEntry(tagRecordReference& definition, const ta
 void CScpiParserTableMerger::MergeRenderOffsets(tagTable& table, tagSinks& sinks)
 {
     std::size_t next = 0;
+    // These two first: readers look for them at the table's beginning.
     Place(m_common, next);
     Place(m_root, next);
     for (DynamicParserTableGroup& level : m_headerGroups)

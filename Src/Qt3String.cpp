@@ -254,6 +254,7 @@ QString Right(const QString& text, std::uint32_t length)
 
 QString Mid(const QString& text, std::uint32_t index, std::uint32_t length)
 {
+    // Null and not empty behind the end, as Qt 3 had it.
     if (static_cast<qsizetype>(index) >= text.size())
     {
         return {};
@@ -332,6 +333,7 @@ QString Replace(const QString& text, std::uint32_t index, std::uint32_t length, 
 
 QString Replace(const QString& text, const QString& before, const QString& after, bool caseSensitive)
 {
+    // Qt 6 leaves a null string null here; Qt 3 made it empty.
     if (text.isNull() && before.isEmpty() && after.isEmpty())
     {
         return EmptyText();

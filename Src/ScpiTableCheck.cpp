@@ -127,6 +127,7 @@ private:
         {
             WalkGroup(start, level);
         }
+        // A group that was walked at a higher level may be too deep from here.
         if (level + group.height > kMaxHeaderLevels + 1)
         {
             Fault(referrer, field, fmt::format("the tree has more than {} levels", kMaxHeaderLevels));
@@ -136,6 +137,7 @@ private:
     void WalkGroup(std::size_t start, std::size_t level)
     {
         Group& group = m_groups[start];
+        // Open while it is walked: meeting it again before it is done means that it contains itself.
         group.progress = Progress::Open;
         const std::size_t length = m_table[start].hdr.iLength;
         if (level > kMaxHeaderLevels)
@@ -151,6 +153,7 @@ private:
         for (std::size_t record = start; record < start + length && IsSound(); ++record)
         {
             CheckHeader(record, group, level);
+            // Counted twice, as a reader would expand shared groups, and as this walk visits them.
             if (group.nodes > kMaxTreeNodes || ++m_visited > kMaxTreeNodes)
             {
                 Fault(start, "length", fmt::format("the tree has more than {} nodes", kMaxTreeNodes));

@@ -246,6 +246,7 @@ HRESULT CZoString::Append(const wchar_t* text, int count) noexcept
 
 HRESULT CZoString::Append(const char* text) noexcept
 {
+    // Null comes of a null text and of a lack of memory alike; only the latter is a failure.
     const CZoString wide(text);
     return text != nullptr && wide.IsNull() ? E_OUTOFMEMORY : Append(wide);
 }

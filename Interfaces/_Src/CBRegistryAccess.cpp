@@ -335,6 +335,7 @@ HRESULT CBRegistryAccess::RegEnumValue(
     {
         return kInvalidParameter;
     }
+    // A name longer than that may come in between; it gives 0x800700EA like a buffer that is too small.
     long longestName = 0;
     const HRESULT result =
         CBRegistryAccess::RegQueryInfoKey(key, nullptr, nullptr, nullptr, &longestName, nullptr);
@@ -401,6 +402,7 @@ HRESULT CBRegistryAccess::RegDeleteKey(long key, wchar_t* subKey)
 HRESULT CBRegistryAccess::RegRecursiveDeleteKey(long key, wchar_t* subKey)
 {
     CRegKey borrowed;
+    // The handle stays the caller's, so it is taken out again whatever happens.
     borrowed.Attach(ToKey(key));
     const LONG error = borrowed.RecurseDeleteKey(subKey);
     static_cast<void>(borrowed.Detach());

@@ -180,6 +180,7 @@ HRESULT CBScpiCommands::GetParserTableSource(wchar_t** source, wchar_t** header)
         std::ostringstream sourceText;
         std::ostringstream headerText;
         TableOf(*tree).DumpSourceHeader(sourceText, headerText);
+        // Both are made before either is handed out: a lack of memory gives none.
         CComBSTR wideSource = Widen(sourceText.view());
         *header = Widen(headerText.view()).Detach();
         *source = wideSource.Detach();

@@ -58,6 +58,7 @@ CSmartScpiChannelInfo& CSmartScpiChannelInfo::operator=(const CSmartScpiChannelI
 
 CSmartScpiChannelInfo& CSmartScpiChannelInfo::operator=(CSmartScpiChannelInfo&& other) noexcept
 {
+    // By way of a third record, which frees the former content; moving onto itself keeps it.
     CSmartScpiChannelInfo taken(std::move(other));
     std::swap(m_info, taken.m_info);
     return *this;
