@@ -7,6 +7,7 @@ function sentence(line)
     if (line ~ /static constexpr IID kInterfaceId/) return "Identifier of the interface."
     if (line ~ /^ *inline constexpr const IID& IID_/) return "The identifier of the interface under its usual name."
     if (line ~ /~[A-Za-z]+\(\)/) return "Frees what the object owns."
+    if (line ~ /= delete;/) return "Not available."
     if (line ~ /operator=\(const [A-Za-z]+&[^&]*\)/) return "Copies."
     if (line ~ /operator=\([A-Za-z]+&&[^&]*\)/) return "Moves; the source is left empty."
     if (line ~ /operator(==|<=>)\(const [A-Za-z]+&.*= default;/) return "Compares field by field."
@@ -32,8 +33,6 @@ function isSelf(line,    text, name)
     return index(text, "(const " name "&") == length(name) + 1 || index(text, "(" name "&&") == length(name) + 1
 }
 
-FNR == 1 { print_file_comment = 1 }
-
 {
     isComment = $0 ~ /^ *\/\//
     added = isComment || commented ? "" : sentence($0)
@@ -41,9 +40,7 @@ FNR == 1 { print_file_comment = 1 }
     if (added == "" && !isComment && !commented && name != "" && name == last) added = "As the overload above."
     if (name != "" || /^ *$/) last = name
     # Everything at file or namespace scope is listed only for documented files.
-    head = print_file_comment ? "/** @file */ " : ""
-    print_file_comment = 0
-    print head (added == "" ? "" : "/** " added " */ ") $0
+    print (FNR == 1 ? "/** @file */ " : "") (added == "" ? "" : "/** " added " */ ") $0
     commented = isComment
     if ($0 ~ /: public TBase/) forwards = 1
     if ($0 ~ /^(protected|private):/) forwards = 0
