@@ -1,10 +1,12 @@
-# Shell functions that ./demo and ./test share. Each step says in one line what it does.
+# Shell functions that ./demo, ./test and .ci/run share. Each step says in one line what it does.
 
 root_dir=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 jobs=$(nproc)
 
 # The build stamp of error reports uses __DATE__ and __TIME__; without this ccache would skip those files.
 export CCACHE_SLOPPINESS=time_macros
+# What one clone has compiled serves another one in a different folder.
+export CCACHE_BASEDIR=$root_dir CCACHE_NOHASHDIR=1
 
 say() { printf '==> %s\n' "$*"; }
 
@@ -23,14 +25,15 @@ run_logged() {
     fail "$1 failed, the whole output is in ${log#"$root_dir"/}"
 }
 
-# install_packages KIND: KIND is "demo" or "test".
+# install_packages KIND: KIND is "demo", "test" or "ci"; each needs what the one before it needs, and more.
 install_packages() {
-    local wanted missing=() package as_root=()
-    if [ "$1" = test ]; then
-        wanted=$(sed -e '/# *docs *$/d' -e 's/#.*//' "$root_dir/debian-packages.txt")
-    else
-        wanted=$(sed -e '/# *test *$/d' -e '/# *docs *$/d' -e 's/#.*//' "$root_dir/debian-packages.txt")
-    fi
+    local others wanted missing=() package as_root=()
+    case $1 in
+        demo) others='test|docs|ci' ;;
+        test) others='docs|ci' ;;
+        ci) others='nobody' ;;
+    esac
+    wanted=$(sed -E -e "/# *($others) *$/d" -e 's/#.*//' "$root_dir/debian-packages.txt")
     command -v dpkg-query >/dev/null || fail "this is no Debian system; install the packages of debian-packages.txt by hand"
     for package in $wanted; do
         [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
