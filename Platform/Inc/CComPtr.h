@@ -50,7 +50,11 @@ public:
     noexcept : m_pointer(other.Detach()) {}
     ~CComPtr() { Release(); }
 
-    CComPtr& operator=(const CComPtr& other) noexcept { return *this = CComPtr(other); }
+    CComPtr& operator=(const CComPtr& other) noexcept
+    {
+        CComPtr copy(other);
+        return *this = std::move(copy);
+    }
     CComPtr& operator=(CComPtr&& other) noexcept
     {
         CComPtr taken(std::move(other));

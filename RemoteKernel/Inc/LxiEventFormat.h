@@ -32,7 +32,7 @@ enum class LxiMessageState
 
 struct LxiMessageExtent
 {
-    LxiMessageState state;
+    LxiMessageState state = LxiMessageState::Malformed;
     std::size_t size = 0;       ///< of the message, when it is complete
     const char* fault = "";     ///< what is wrong or missing, when it is not
     std::size_t faultPlace = 0; ///< offset of the fault
