@@ -120,6 +120,7 @@ HRESULT Dereference(const VARIANT& source, VARIANT& value) noexcept
     }
     value = VARIANT{};
     value.vt = type;
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): an array is held by its pointer
     const std::size_t size = (type & VT_ARRAY) != 0 ? sizeof(source.parray) : VariantType(type).size;
     std::memcpy(&value.llVal, source.byref, size);
     return S_OK;
