@@ -22,6 +22,7 @@ examples:
 import argparse
 import collections
 import difflib
+import fcntl
 import hashlib
 import io
 import json
@@ -66,39 +67,46 @@ class Verdicts:
             out.write(json.dumps({'name': name, **entry}) + '\n')
 
 
-class Copy:
-    """The copy of a commit that faults are planted in, and its build."""
+def sources_of(commit: str) -> dict[str, tuple[bytes, int]]:
+    """Contents and modes of all files of a commit, by path."""
+    with tarfile.open(fileobj=io.BytesIO(git('archive', commit))) as archive:
+        return {member.name: (archive.extractfile(member).read(), member.mode)
+                for member in archive.getmembers() if member.isfile()}
 
-    def __init__(self, work: pathlib.Path, commit: str, jobs: int, limit: int):
+
+def product_faults(sources) -> list[Fault]:
+    found = []
+    for path, (content, _) in sorted(sources.items()):
+        if path.endswith('.cpp') and path.split('/')[0] not in NO_PRODUCT:
+            found += faults_of(path, content.decode())
+    return found
+
+
+class Copy:
+    """The copy of a commit that faults are planted in, and its build; one run at a time has it."""
+
+    def __init__(self, work: pathlib.Path, sources, jobs: int, limit: int):
         self._tree = work / 'tree'
         self._build_folder = self._tree / 'build' / 'debug'
         self._log = work / 'log'
         self._jobs, self._limit = str(jobs), str(limit)
-        self._sources = {}
-        with tarfile.open(fileobj=io.BytesIO(git('archive', commit))) as archive:
-            for member in archive.getmembers():
-                if member.isfile():
-                    self._put(member, archive.extractfile(member).read())
+        self._sources = sources
+        self._lock = (work / 'lock').open('w')
+        try:
+            fcntl.flock(self._lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+        except BlockingIOError:
+            sys.exit(f'another run uses {work}; --work gives this one a folder of its own')
+        for name, (content, mode) in sources.items():
+            path = self._tree / name
+            # What is as it should be keeps its time, so only the rest is built again.
+            if not path.exists() or path.read_bytes() != content:
+                path.parent.mkdir(parents=True, exist_ok=True)
+                path.write_bytes(content)
+                path.chmod(mode)
         for path in self._tree.rglob('*'):
-            if path.is_file() and path not in self._sources and self._tree / 'build' not in path.parents:
+            if path.is_file() and self._tree / 'build' not in path.parents and \
+                    str(path.relative_to(self._tree)) not in sources:
                 path.unlink()
-
-    def _put(self, member: tarfile.TarInfo, content: bytes) -> None:
-        path = self._tree / member.name
-        self._sources[path] = content
-        # What is as it should be keeps its time, so only the rest is built again.
-        if not path.exists() or path.read_bytes() != content:
-            path.parent.mkdir(parents=True, exist_ok=True)
-            path.write_bytes(content)
-            path.chmod(member.mode)
-
-    def faults(self) -> list[Fault]:
-        found = []
-        for path, content in sorted(self._sources.items()):
-            name = str(path.relative_to(self._tree))
-            if path.suffix == '.cpp' and name.split('/')[0] not in NO_PRODUCT:
-                found += faults_of(name, content.decode())
-        return found
 
     def prepare(self) -> None:
         """Builds without a fault, and sees the tests pass."""
@@ -119,7 +127,7 @@ class Copy:
     def judge(self, fault: Fault) -> dict:
         """Plants a fault, builds and tests."""
         path = self._tree / fault.path
-        source = self._sources[path].decode()
+        source = self._sources[fault.path][0].decode()
         path.write_text(fault.plant(source))
         try:
             return self._verdict(fault, str(path))
@@ -215,7 +223,7 @@ def report(chosen: list[Fault], known: dict, sources) -> None:
         counts[fault.path.split('/')[0]][verdict] += 1
         print(describe(fault, entry))
         if verdict in ('survived', 'equivalent'):
-            print(diff_of(fault, sources(fault.path)))
+            print(diff_of(fault, sources[fault.path][0].decode()))
     columns = ('killed', 'survived', 'equivalent', 'refused', 'open')
     total = collections.Counter()
     print(f'\n{"floor":16}' + ''.join(f'{column:>12}' for column in columns) + f'{"noticed":>10}')
@@ -256,16 +264,17 @@ def main() -> None:
             sys.exit('a judgement is "survived" or "equivalent"')
         verdicts.add(name, verdict=verdict, note=reason)
         return
-    copy = Copy(options.work, options.commit, options.jobs, options.limit)
-    faults = copy.faults()
+    sources = sources_of(options.commit)
+    faults = product_faults(sources)
     chosen = [f for f in faults if f.name in options.only] if options.only else sample(faults, options)
     open_faults = [f for f in chosen if options.only or f.name not in verdicts.known]
     if not options.list and not options.report and open_faults:
+        copy = Copy(options.work, sources, options.jobs, options.limit)
         copy.prepare()
         for number, fault in enumerate(open_faults, 1):
             verdicts.add(fault.name, **copy.judge(fault))
             print(f'{number}/{len(open_faults)}  {describe(fault, verdicts.known[fault.name])}', flush=True)
-    report(chosen, verdicts.known, lambda path: (options.work / 'tree' / path).read_text())
+    report(chosen, verdicts.known, sources)
 
 
 if __name__ == '__main__':
