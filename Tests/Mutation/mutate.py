@@ -110,9 +110,9 @@ class Copy:
 
     def prepare(self) -> None:
         """Builds without a fault, and sees the tests pass."""
-        if not (self._build_folder / 'build.ninja').exists():
-            # What uses a shared library need not be linked again for a change inside it.
-            self._must('configure', ['cmake', '--preset', 'debug', '-DCMAKE_LINK_DEPENDS_NO_SHARED=ON'])
+        # What uses a shared library need not be linked again for a change inside it.
+        self._must('configure', ['cmake', '--preset', 'debug', '-DCMAKE_LINK_DEPENDS_NO_SHARED=ON',
+                                 f'-DZO_TEST_TIMEOUT={self._limit}'])
         self._must('build', self._build_command('all'))
         if (failed := self._failing_test('.')) is not None:
             sys.exit(f'without any fault {failed} fails, see {self._log}')
@@ -152,7 +152,7 @@ class Copy:
     def _failing_test(self, folder: str):
         """The first test below a folder that fails, or None; the installation is not among them."""
         result = self._run(['ctest', '--test-dir', str(self._build_folder / folder), '-j', self._jobs, '-E', '^Install',
-                            '--stop-on-failure', '--timeout', self._limit, '--no-tests=error'])
+                            '--stop-on-failure', '--no-tests=error'])
         if result == 0:
             return None
         failed = re.search(r'\d+ - (\S+) \((\w+)', self._log.read_text(errors='replace'))
