@@ -256,6 +256,9 @@ def parse_options():
 
 def main() -> None:
     options = parse_options()
+    for number in (signal.SIGINT, signal.SIGTERM):
+        # Also where whoever started this ignores them: the fault is taken back and nothing runs on.
+        signal.signal(number, signal.default_int_handler)
     options.work.mkdir(parents=True, exist_ok=True)
     verdicts = Verdicts(options.work / 'verdicts.jsonl')
     if options.judge:
@@ -278,4 +281,7 @@ def main() -> None:
 
 
 if __name__ == '__main__':
-    main()
+    try:
+        main()
+    except KeyboardInterrupt:
+        sys.exit('broken off')
