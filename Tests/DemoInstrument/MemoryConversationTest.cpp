@@ -65,6 +65,7 @@ constexpr Kept kKept[] = {
     {"empty text", "DISP:TEXT '';*SAV 3", "DISP:TEXT 'x';*RCL 3;:DISP:TEXT?", "\"\""},
     {"generator", "SOUR2:FREQ 2.5 GHZ;POW -11;LIST:FREQ 1 GHZ,123456.7;:OUTP2 ON;:DISP:BRIG 0.75;*SAV 1",
      "*RCL 1;:SOUR2:FREQ?;POW?;LIST:FREQ?;:OUTP2?;:DISP:BRIG?", "2500000000;-11;1000000000;123456.7;1;0.75"},
+    {"no sweep goes on", "*SAV 2", "SWE:TIME 1000;:INIT:CONT ON;*RCL 2;:STAT:OPER:COND?;:INIT:CONT?", "0;0"},
     {"the last one", "SWE:POIN 201;*SAV 2;:SWE:POIN 301;*SAV 2.4;:SWE:POIN 401;*SAV 4", "*RCL 2;:SWE:POIN?", "301"},
 };
 

@@ -49,6 +49,7 @@ TEST(Guid, RefusesEveryDamagedText)
 TEST(Guid, IsNewAndRandomVersionFour)
 {
     std::set<GUID> seen;
+    int bits[2] = {};
     for (int i = 0; i < 1000; ++i)
     {
         GUID guid{};
@@ -56,6 +57,10 @@ TEST(Guid, IsNewAndRandomVersionFour)
         EXPECT_EQ(guid.Data3 >> 12, 4);
         EXPECT_EQ(guid.Data4[0] >> 6, 2);
         EXPECT_TRUE(seen.insert(guid).second);
+        bits[0] |= guid.Data3;
+        bits[1] |= guid.Data4[0];
     }
+    EXPECT_EQ(bits[0], 0x4FFF) << "all others are at random";
+    EXPECT_EQ(bits[1], 0xBF);
 }
 } // namespace

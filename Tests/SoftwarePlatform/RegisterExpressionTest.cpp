@@ -35,6 +35,7 @@ TEST(RegisterExpression, Reads)
         // clang-format off
         {kByte, "oper, mav", 144, nullptr},               {kByte, "OPER,16", 144, nullptr},
         {kByte, " 1 ,\tDD2", 3, nullptr},                 {kByte, " ", 0, nullptr},
+        {kByte, "0,10", 10, nullptr},
         {kPoll, "PP7,DD1", 0x8001, nullptr},              {kPoll, "ESBit", 0, "ESBIT"},
         {kByte, "4294967295", 0xFFFFFFFF, nullptr},       {kByte, "1,4294967296", 1, "4294967296"},
         {kByte, "OPER, xyz ,MAV", 128, "XYZ"},            {kByte, "12abc", 0, "12ABC"},
