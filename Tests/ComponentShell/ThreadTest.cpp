@@ -11,7 +11,6 @@
 #include <future>
 #include <latch>
 #include <stdexcept>
-#include <string>
 #include <thread>
 #include <utility>
 
@@ -142,6 +141,7 @@ TEST(ThreadPool, ShutdownAbortsJoinsAndRefuses)
 TEST(ThreadPool, HandsEachThreadToOneCallerAtATime)
 {
     CComponentShellThreadPool pool;
+    CThread* const spare = pool.GetThread("Spare");
     constexpr int kRounds = 100;
     std::atomic<int> runs{0};
     const auto call = [&pool, &runs] {
@@ -150,12 +150,17 @@ TEST(ThreadPool, HandsEachThreadToOneCallerAtATime)
             CThread* const pThread = pool.GetThread("Shared");
             EXPECT_EQ(pThread->Start(std::make_unique<CWork>([&runs] { ++runs; })), S_OK);
             EXPECT_EQ(pThread->WaitUntilIdle(INFINITE), S_OK);
-            pool.ReturnThread(pool.GetThread("Own" + std::to_string(n))); // at the end there is none
         }
     };
     {
         const std::jthread first(call);
         const std::jthread second(call);
+        const std::jthread third([&pool, spare] {
+            for (int n = 0; n < kRounds; ++n)
+            {
+                pool.ReturnThread(spare);
+            }
+        });
     }
     EXPECT_EQ(runs, 2 * kRounds);
 }

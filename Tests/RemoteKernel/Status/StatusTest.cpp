@@ -236,6 +236,7 @@ TEST_F(Status, RegistersAreFoundByName)
         EXPECT_EQ(statusRegister != nullptr, row.result == S_OK);
     }
     EXPECT_EQ(management.GetRegister(path, L"*ESR", nullptr), E_POINTER);
+    EXPECT_EQ(management.SerialPoll(path, nullptr), E_POINTER);
     tagScpiStatusData data{};
     ASSERT_EQ(Find(path, L"STAT:QUES:POW")->GetData(&data), S_OK);
     EXPECT_EQ(std::wstring(data.szName), L"STATus:QUEStionable:POWer");
