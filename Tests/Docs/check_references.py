@@ -13,7 +13,7 @@ import re
 import sys
 
 FOLDERS = ("Platform", "ComponentShell", "Inc", "Src", "Interfaces", "Remote", "RemoteKernel", "Transports",
-           "DemoInstrument", "Tools", "Tests", "Benchmarks", "Fuzz", "Docs", "CMake", ".ci")
+           "DemoInstrument", "Tools", "Tests", "Fixtures", "Benchmarks", "Fuzz", "Docs", "CMake", ".ci")
 FILE_NAME = re.compile(r"[\w.-]+\.(?:cpp|h|md|cmake|py|txt)$")
 CLASS_NAME = re.compile(r"(?:C[A-Z][a-z]|CB[A-Z]|IZO[A-Z])\w*(?:::~?\w+)*$")
 GENERATED = {"PrsTab.cpp"}  # written by `zo table source`
