@@ -1,7 +1,7 @@
 #include "CStatusManagement.h"
 
-#include "KeywordForms.h"
 #include "CMutexLocker.h"
+#include "KeywordForms.h"
 #include "StatusBits.h"
 
 #include <algorithm>

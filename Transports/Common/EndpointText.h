@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace ZoVelkor::RemoteKernel
+namespace ZoVelkor::Transports
 {
 
 /// An address with its port, as clients are given it: 127.0.0.1:5025 or [::1]:5025.
@@ -15,4 +15,4 @@ inline std::string EndpointText(const asio::ip::tcp::endpoint& endpoint)
            std::to_string(endpoint.port());
 }
 
-} // namespace ZoVelkor::RemoteKernel
+} // namespace ZoVelkor::Transports
