@@ -27,6 +27,10 @@ if(ZO_COVERAGE)
     target_link_options(zo_build_options INTERFACE --coverage)
 endif()
 
+# Calls inside one of our shared libraries go straight to their target, not through the table that would let another
+# library replace it.
+add_link_options($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,SHARED_LIBRARY>:-Wl,-Bsymbolic-functions>)
+
 find_program(ZO_CCACHE ccache)
 if(ZO_CCACHE)
     set(CMAKE_CXX_COMPILER_LAUNCHER ${ZO_CCACHE})

@@ -31,6 +31,11 @@ std::size_t FindStringEnd(std::string_view text, std::size_t place, char quote) 
 
 char FindOpenQuote(std::string_view message) noexcept
 {
+    // Most messages have no string at all.
+    if (message.find('"') == std::string_view::npos && message.find('\'') == std::string_view::npos)
+    {
+        return '\0';
+    }
     std::size_t place = message.find_first_of("\"'#");
     while (place != std::string_view::npos)
     {

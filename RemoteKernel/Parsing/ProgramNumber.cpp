@@ -125,6 +125,14 @@ Digits CollectDigits(const Decimal& number, int exponent) noexcept
     return digits;
 }
 
+/// Tells of most numbers, without looking at their digits, that a double holds them.
+bool MayBeTooSmall(const Decimal& number, int exponent) noexcept
+{
+    constexpr int kSmallestExponent = std::numeric_limits<double>::min_exponent10;
+    const int sum = number.exponent + exponent;
+    return !number.zero && sum - static_cast<int>(number.mantissaLength) < kSmallestExponent;
+}
+
 /// What is to be handed on for a number that a double may not hold; empty: the number as it stands.
 ///
 /// @param text  the number as it stands
@@ -132,11 +140,6 @@ std::string_view SmallNumberText(const Decimal& number, int exponent, std::strin
 {
     constexpr double kSmallest = std::numeric_limits<double>::min();
     constexpr int kSmallestExponent = std::numeric_limits<double>::min_exponent10;
-    const int sum = number.exponent + exponent;
-    if (number.zero || sum - static_cast<int>(number.mantissaLength) >= kSmallestExponent)
-    {
-        return {};
-    }
     const Digits digits = CollectDigits(number, exponent);
     if (digits.scale + static_cast<int>(digits.count) > kSmallestExponent)
     {
@@ -181,6 +184,38 @@ void RoundDigits(Digits& digits) noexcept
     digits.digits[0] = '1';
     ++digits.count;
 }
+
+short WriteAsItStands(const Decimal& number, int exponent, TextBuffer& text) noexcept
+{
+    if (!text.Append(number.mantissa, number.mantissaLength))
+    {
+        return kScpiTooMuchData;
+    }
+    const int sum = number.exponent + exponent;
+    if (sum == 0)
+    {
+        return 0;
+    }
+    char buffer[16] = {'E'};
+    const char* const last = std::to_chars(buffer + 1, buffer + sizeof buffer, sum).ptr;
+    return text.Append(buffer, static_cast<std::size_t>(last - buffer)) ? short{0} : kScpiTooMuchData;
+}
+
+short WriteSmallDecimal(const Decimal& number, int exponent, TextBuffer& text) noexcept
+{
+    const std::size_t begin = text.length;
+    const short error = WriteAsItStands(number, exponent, text);
+    const std::string_view written(text.text + begin, text.length - begin);
+    const std::string_view small =
+        error == 0 ? SmallNumberText(number, exponent, written) : std::string_view();
+    if (!small.empty())
+    {
+        text.length = begin;
+        text.Append(small.data(), small.size());
+    }
+    return error;
+}
+
 } // namespace
 
 bool TextBuffer::Append(const char* piece, std::size_t count) noexcept
@@ -246,28 +281,8 @@ short ScanNonDecimal(const char*& place, const char* end, unsigned int bits, std
 
 short WriteDecimal(const Decimal& number, int exponent, TextBuffer& text) noexcept
 {
-    const std::size_t begin = text.length;
-    if (!text.Append(number.mantissa, number.mantissaLength))
-    {
-        return kScpiTooMuchData;
-    }
-    const int sum = number.exponent + exponent;
-    if (sum != 0)
-    {
-        char buffer[16] = {'E'};
-        const char* const last = std::to_chars(buffer + 1, buffer + sizeof buffer, sum).ptr;
-        if (!text.Append(buffer, static_cast<std::size_t>(last - buffer)))
-        {
-            return kScpiTooMuchData;
-        }
-    }
-    const std::string_view written(text.text + begin, text.length - begin);
-    if (const std::string_view small = SmallNumberText(number, exponent, written); !small.empty())
-    {
-        text.length = begin;
-        text.Append(small.data(), small.size());
-    }
-    return 0;
+    return MayBeTooSmall(number, exponent) ? WriteSmallDecimal(number, exponent, text)
+                                           : WriteAsItStands(number, exponent, text);
 }
 
 short WriteRounded(const Decimal& number, int exponent, TextBuffer& text) noexcept

@@ -418,8 +418,8 @@ void CSession::ExecuteMessage(std::span<char> message)
     else
     {
         BeginMessage();
-        isComplete =
-            IsRestOfString(text, openQuote) || m_parser.Parse(*m_applications->index, message, *this);
+        isComplete = (openQuote != '\0' && IsRestOfString(text, openQuote)) ||
+                     m_parser.Parse(*m_applications->index, message, *this);
     }
     m_openQuote = isComplete ? '\0' : FindOpenQuote(text);
     EndMessage();
