@@ -114,7 +114,7 @@ public:
     /// Timed trace lines are printed.
     static bool IsDebugTimingActive() noexcept { return Flag(&tagRemoteDiagnoseControl::bTimingActive); }
     /// Remote calls are diagnosed.
-    static bool IsDebugRpcModeActive() noexcept { return Flag(&tagRemoteDiagnoseControl::rpcModeActive); }
+    static bool IsDebugRpcModeActive() noexcept { return Flag(&tagRemoteDiagnoseControl::bRpcModeActive); }
     /// Trace lines are printed.
     static bool IsDebugTraceModeActive() noexcept
     {

@@ -82,7 +82,7 @@ public:
     /// @param activatedMeasurementParser  see IZOScpiParser::get_ActivatedMeasurementParser
     /// @return S_OK; E_POINTER
     /// @throws CShellError naming the step that failed; the later ones are not taken
-    HRESULT SetupAggregatedParser(IUnknown* outer,
+    HRESULT SetupAggregatedParser(IUnknown* pOuter,
                                   IUnknown* pInner,
                                   long length,
                                   const char* data,

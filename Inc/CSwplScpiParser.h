@@ -44,7 +44,7 @@ public:
     /// Borrowed, see GetScpiParserInterface.
     IZOScpiExecutionSink* GetScpiExecutionSinkInterface() const noexcept { return m_pIScpiExecutionSink; }
     /// Borrowed, see GetScpiParserInterface.
-    IZOScpiCommands* GetScpiCommandsInterface() const noexcept { return m_iScpiCommands; }
+    IZOScpiCommands* GetScpiCommandsInterface() const noexcept { return m_pIScpiCommands; }
 
     /// What the commands are for; ZO_PARSER_TYPE_INSTRUMENT at first.
     tagZO_SCPI_PARSER_TYPE GetParserType() const noexcept { return m_parserType; }
@@ -64,7 +64,7 @@ public:
 private:
     CComPtr<IZOScpiParser> m_pIScpiParser;
     CComPtr<IZOScpiExecutionSink> m_pIScpiExecutionSink;
-    CComPtr<IZOScpiCommands> m_iScpiCommands;
+    CComPtr<IZOScpiCommands> m_pIScpiCommands;
     tagZO_SCPI_PARSER_TYPE m_parserType = ZO_PARSER_TYPE_INSTRUMENT;
     CComBSTR m_parserName;
     GUID m_guidObjectId = GUID_NULL;

@@ -29,7 +29,7 @@ KernelParts MakeParts(InstrumentIdentity identity)
     parts.status = CStatusObject::Create();
     parts.operations = COperationsObject::Create();
     parts.format = CDefaultFormatObject::Create();
-    parts.newTrace = CMessageTraceObject::Create();
+    parts.trace = CMessageTraceObject::Create();
     parts.sessions = std::make_shared<CSessionList>();
     parts.paths = std::make_shared<CPathTable>();
     parts.errors = CErrorObject::Create(CServedPaths(parts.paths));
@@ -96,7 +96,7 @@ void CRemoteKernel::CImplementation::MakeServices()
     AddService<IZOScpiPendingOperations>(m_parts.operations);
     AddService<IZOScpiStatusManagement>(m_parts.status);
     AddService<IZOScpiSubsystemFormat>(m_parts.format);
-    AddService<IZOScpiTraceManagement>(m_parts.newTrace);
+    AddService<IZOScpiTraceManagement>(m_parts.trace);
     AddService<IZOScpiMultichannelAdministration>(m_administration);
     MakeService<CParserManagement, IZOScpiParserManagement>(m_parts, kAllPaths);
     MakeService<CRemoteControl, IZOScpiRemoteControl>(CServedPaths(m_parts.paths), m_parts.events);

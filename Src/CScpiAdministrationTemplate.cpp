@@ -175,7 +175,7 @@ HRESULT CScpiAdministrationTemplate::UnregisterScpiPlugIn(IUnknown* pPlugIn)
                          "could not unregister plug-in");
 }
 
-HRESULT CScpiAdministrationTemplate::SetupAggregatedParser(IUnknown* /*outer*/,
+HRESULT CScpiAdministrationTemplate::SetupAggregatedParser(IUnknown* /*pOuter*/,
                                                            IUnknown* pInner,
                                                            long length,
                                                            const char* data,

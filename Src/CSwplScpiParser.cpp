@@ -32,7 +32,7 @@ HRESULT CSwplScpiParser::Attach(IUnknown* object)
     const CComPtr<IUnknown> pObject(object);
     Take(pObject, m_pIScpiParser);
     Take(pObject, m_pIScpiExecutionSink);
-    Take(pObject, m_iScpiCommands);
+    Take(pObject, m_pIScpiCommands);
     return S_OK;
 }
 
@@ -57,7 +57,7 @@ void CSwplScpiParser::Detach() noexcept
 {
     m_pIScpiParser.Release();
     m_pIScpiExecutionSink.Release();
-    m_iScpiCommands.Release();
+    m_pIScpiCommands.Release();
 }
 
 } // namespace ZoVelkor

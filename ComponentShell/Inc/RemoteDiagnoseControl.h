@@ -16,7 +16,7 @@ namespace ZoVelkor
 /// together: relaxed order is enough. New switches are added at the end.
 struct tagRemoteDiagnoseControl
 {
-    std::atomic<bool> rpcModeActive{false};         ///< remote calls are diagnosed
+    std::atomic<bool> bRpcModeActive{false};        ///< remote calls are diagnosed
     std::atomic<bool> bTimingActive{false};         ///< timed trace lines are printed
     std::atomic<bool> bScpiChecksDisabled{false};   ///< property problems are not reported
     std::atomic<std::int64_t> iCounterFrequency{1}; ///< ticks per second of the two counters below

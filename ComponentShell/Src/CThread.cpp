@@ -2,12 +2,12 @@
 
 #include "CCritSectionLocker.h"
 #include "CMutexLocker.h"
+#include "Deadline.h"
 #include "ErrorRaising.h"
 #include "Event.h"
 #include "GuardedEntry.h"
 #include "ThreadBasics.h"
 
-#include <chrono>
 #include <system_error>
 #include <utility>
 
@@ -59,13 +59,13 @@ HRESULT CThread::WaitUntilIdle(DWORD timeoutMs)
         return !m_busy;
     };
     const CMutexLocker lock(m_mutex);
-    if (timeoutMs == INFINITE)
+    const Deadline deadline = DeadlineAfter(timeoutMs);
+    if (!deadline)
     {
         m_changed.Wait(m_mutex, idle);
         return S_OK;
     }
-    const auto deadline = CCondition::Clock::now() + std::chrono::milliseconds(timeoutMs);
-    return m_changed.WaitUntil(m_mutex, deadline, idle) ? S_OK : S_FALSE;
+    return m_changed.WaitUntil(m_mutex, *deadline, idle) ? S_OK : S_FALSE;
 }
 
 HRESULT CThread::Join()

@@ -26,7 +26,7 @@ struct Switch
     std::atomic<bool> tagRemoteDiagnoseControl::*flag;
 };
 
-constexpr Switch kSwitches[] = {{"rpc", &tagRemoteDiagnoseControl::rpcModeActive},
+constexpr Switch kSwitches[] = {{"rpc", &tagRemoteDiagnoseControl::bRpcModeActive},
                                 {"timing", &tagRemoteDiagnoseControl::bTimingActive},
                                 {"nochecks", &tagRemoteDiagnoseControl::bScpiChecksDisabled},
                                 {"trace", &tagRemoteDiagnoseControl::bTraceModeActive},

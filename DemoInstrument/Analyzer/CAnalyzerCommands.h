@@ -46,7 +46,7 @@ private:
 
     HRESULT MarkerY(Pool& pool);
     HRESULT MarkerMaximum(Pool& pool);
-    HRESULT ReadMarkerTrace(Pool& pool, TracePtr& newTrace);
+    HRESULT ReadMarkerTrace(Pool& pool, TracePtr& found);
 
     HRESULT DisplayText(Record& record);
     HRESULT RouteClose(Record& record);

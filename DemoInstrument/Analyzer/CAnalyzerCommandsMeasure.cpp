@@ -139,12 +139,12 @@ HRESULT CAnalyzerCommands::TraceData(Pool& pool)
 
 HRESULT CAnalyzerCommands::AnswerTrace(Pool& pool, long trace)
 {
-    const TracePtr newTrace = m_analyzer.Traces().Get(trace);
-    if (!newTrace)
+    const TracePtr found = m_analyzer.Traces().Get(trace);
+    if (!found)
     {
         return pool.SetScpiError(kScpiDataCorruptOrStale);
     }
-    return AnswerNumbers(pool, newTrace->levelsDbm);
+    return AnswerNumbers(pool, found->levelsDbm);
 }
 
 HRESULT CAnalyzerCommands::FormatData(Pool& pool)
@@ -205,35 +205,34 @@ HRESULT CAnalyzerCommands::FormatBorder(Pool& pool)
                                                                                 : ZO_BYTE_ORDER_NORMAL);
 }
 
-HRESULT CAnalyzerCommands::ReadMarkerTrace(Pool& pool, TracePtr& newTrace)
+HRESULT CAnalyzerCommands::ReadMarkerTrace(Pool& pool, TracePtr& found)
 {
-    newTrace = m_analyzer.Traces().Get(kMarkerTrace);
+    found = m_analyzer.Traces().Get(kMarkerTrace);
     // A trace of another frequency range has nothing at the markers' places.
-    const bool isStale =
-        !newTrace || newTrace->range != m_analyzer.Settings().Channel(kMarkerTrace).frequency;
+    const bool isStale = !found || found->range != m_analyzer.Settings().Channel(kMarkerTrace).frequency;
     return isStale ? pool.SetScpiError(kScpiDataCorruptOrStale) : S_OK;
 }
 
 HRESULT CAnalyzerCommands::MarkerY(Pool& pool)
 {
-    TracePtr newTrace;
-    if (ReadMarkerTrace(pool, newTrace) != S_OK)
+    TracePtr found;
+    if (ReadMarkerTrace(pool, found) != S_OK)
     {
         return S_FALSE;
     }
-    const std::size_t index = newTrace->NearestIndex(m_analyzer.Settings().MarkerHz(HeaderSuffix(pool)));
-    return pool.NumericResponse(newTrace->levelsDbm[index]);
+    const std::size_t index = found->NearestIndex(m_analyzer.Settings().MarkerHz(HeaderSuffix(pool)));
+    return pool.NumericResponse(found->levelsDbm[index]);
 }
 
 HRESULT CAnalyzerCommands::MarkerMaximum(Pool& pool)
 {
-    TracePtr newTrace;
-    if (ReadMarkerTrace(pool, newTrace) != S_OK)
+    TracePtr found;
+    if (ReadMarkerTrace(pool, found) != S_OK)
     {
         return S_FALSE;
     }
     AnalyzerSettings settings = m_analyzer.Settings();
-    settings.MarkerHz(HeaderSuffix(pool)) = newTrace->FrequencyHz(newTrace->PeakIndex());
+    settings.MarkerHz(HeaderSuffix(pool)) = found->FrequencyHz(found->PeakIndex());
     m_analyzer.Apply(settings);
     return S_OK;
 }

@@ -16,14 +16,14 @@ struct IZOScpiOutputBuffer;
 /// copies no data.
 struct tagZO_SCPI_PARSER_DATA
 {
-    IUnknown* m_context = nullptr;           ///< gives IZOScpiManager; may be null
-    std::int32_t m_iRemotePath = -1;         ///< path of the command, 0 or more
-    std::uint32_t m_command = 0;             ///< handler index from the command table
-    bool m_query = false;                    ///< the form with '?'
-    std::int32_t m_argumentCount = 0;        ///< records at m_pArguments
-    const long* m_numericSuffixes = nullptr; ///< values of 32 bits; one per header node that takes a suffix
+    IUnknown* m_pContext = nullptr;           ///< gives IZOScpiManager; may be null
+    std::int32_t m_iRemotePath = -1;          ///< path of the command, 0 or more
+    std::uint32_t m_iCommand = 0;             ///< handler index from the command table
+    bool m_bQuery = false;                    ///< the form with '?'
+    std::int32_t m_iArgumentCount = 0;        ///< records at m_pArguments
+    const long* m_pNumericSuffixes = nullptr; ///< values of 32 bits; one per header node that takes a suffix
     const tagZO_SCPI_PARAMETER* m_pArguments = nullptr; ///< null when there are none
-    const wchar_t* m_header = nullptr;                  ///< long form of the command
+    const wchar_t* m_bsHeader = nullptr;                ///< long form of the command
     IZOScpiOutputBuffer* m_pOutputBuffer = nullptr;     ///< receives the response
 };
 

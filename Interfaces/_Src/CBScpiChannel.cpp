@@ -354,7 +354,7 @@ HRESULT CBScpiChannel::UnregisterNewClientChannel(IZOScpiChannel* channel)
 
 HRESULT CBScpiChannel::DisconnectRemotePath()
 {
-    if (get_RemoteDiagnoseControl()->rpcModeActive)
+    if (get_RemoteDiagnoseControl()->bRpcModeActive)
     {
         TraceDisconnect(this);
     }

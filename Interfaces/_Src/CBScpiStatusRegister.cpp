@@ -554,6 +554,7 @@ void CBScpiStatusRegister::WakeLocked(RegisterWord& waitMask)
 /// Ends another thread's wait, if there is one, and lets it leave.
 ///
 /// Setting and resetting the event at once would not do: a thread that has not looked yet would miss it.
+/// Leaves and takes again a lock that its caller owns, which annotations cannot tell.
 /// @return true when the lock was left meanwhile, so that everything has to be looked at again
 bool CBScpiStatusRegister::ReleaseWaiter(CCritSectionLocker& locker) ZO_NO_THREAD_SAFETY_ANALYSIS
 {
@@ -584,7 +585,8 @@ bool CBScpiStatusRegister::CanWaitLocked() const
     return m_wakeEvent && m_deviceClear.load() != INVALID_HANDLE_VALUE;
 }
 
-/// Blocks outside the lock, which must be held once only, and is back inside afterwards.
+/// Blocks outside the lock, which must be held once only, and is back inside afterwards. The lock is the caller's,
+/// which annotations cannot tell.
 DWORD CBScpiStatusRegister::Wait(CCritSectionLocker& locker, long timeoutMs) ZO_NO_THREAD_SAFETY_ANALYSIS
 {
     const std::array<HANDLE, 2> handles{m_wakeEvent.Get(), m_deviceClear.load()};

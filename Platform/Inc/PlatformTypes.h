@@ -53,6 +53,8 @@ inline constexpr HRESULT E_INVALIDARG = MakeResult(0x80000003);
 inline constexpr HRESULT E_NOINTERFACE = MakeResult(0x80000004);
 /// A pointer that must not be null is null.
 inline constexpr HRESULT E_POINTER = MakeResult(0x80000005);
+/// A handle that is none.
+inline constexpr HRESULT E_HANDLE = MakeResult(0x80000006);
 /// The work was cancelled: device clear, end of the connection, Abort.
 inline constexpr HRESULT E_ABORT = MakeResult(0x80000007);
 /// Failed for a reason without a code of its own.

@@ -32,14 +32,14 @@ public:
                                                   const CObjectDataReference* pObject = nullptr) noexcept;
     ~CScpiFunctionExecutionDataPoolParser() override;
 
-    bool IsQuery() const override { return m_ParserData.m_query; }
-    bool IsSetting() const override { return !m_ParserData.m_query; }
+    bool IsQuery() const override { return m_ParserData.m_bQuery; }
+    bool IsSetting() const override { return !m_ParserData.m_bQuery; }
     long GetRemotePath() const override { return m_ParserData.m_iRemotePath; }
-    const wchar_t* GetHeader() const override { return m_ParserData.m_header; }
+    const wchar_t* GetHeader() const override { return m_ParserData.m_bsHeader; }
     const CObjectDataReference* GetObjectReference() const override { return m_object; }
     unsigned long GetRawNumericSuffixValue(long index) const override;
 
-    long GetArgumentCount() const override { return m_ParserData.m_argumentCount; }
+    long GetArgumentCount() const override { return m_ParserData.m_iArgumentCount; }
     HRESULT GetArgumentCount(unsigned long& count) override;
     HRESULT GetArgumentType(tagZO_SCPI_PARAMTYPE& type, long index) override;
     HRESULT CheckArgumentCount(long last, bool exactCount) override;

@@ -18,11 +18,11 @@ using namespace ScpiExecution;
 CCommandExecutionData::CCommandExecutionData(const tagZO_SCPI_PARSER_DATA& data,
                                              const CObjectDataReference* pObject) noexcept
     : m_iRemotePath(data.m_iRemotePath),
-      m_pScpiManager(data.m_context),
-      m_numericSuffixes(data.m_numericSuffixes),
-      m_argumentCount(static_cast<std::uint32_t>(data.m_argumentCount)),
+      m_pScpiManager(data.m_pContext),
+      m_numericSuffixes(data.m_pNumericSuffixes),
+      m_argumentCount(static_cast<std::uint32_t>(data.m_iArgumentCount)),
       m_pParams(data.m_pArguments),
-      m_query(data.m_query),
+      m_query(data.m_bQuery),
       m_object(pObject),
       m_pOutputBuffer(data.m_pOutputBuffer)
 {}

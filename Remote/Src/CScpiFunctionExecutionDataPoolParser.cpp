@@ -58,7 +58,7 @@ CScpiFunctionExecutionDataPoolParser::CScpiFunctionExecutionDataPoolParser(
     const tagZO_SCPI_PARSER_DATA& data, const CObjectDataReference* pObject) noexcept
     : m_ParserData(data),
       m_object(pObject),
-      m_Services(data.m_context),
+      m_Services(data.m_pContext),
       m_outputFilter(&CScpiFunctionExecutionDataPoolParser::IgnoreFilter)
 {}
 
@@ -66,7 +66,7 @@ CScpiFunctionExecutionDataPoolParser::~CScpiFunctionExecutionDataPoolParser() = 
 
 unsigned long CScpiFunctionExecutionDataPoolParser::GetRawNumericSuffixValue(long index) const
 {
-    return static_cast<std::uint32_t>(m_ParserData.m_numericSuffixes[index]);
+    return static_cast<std::uint32_t>(m_ParserData.m_pNumericSuffixes[index]);
 }
 
 // Arguments
@@ -98,7 +98,7 @@ HRESULT CScpiFunctionExecutionDataPoolParser::NullBlockPointer()
 tagFoundArgument CScpiFunctionExecutionDataPoolParser::Find(long index,
                                                             unsigned long acceptedType) const noexcept
 {
-    return FindArgument(m_ParserData.m_pArguments, m_ParserData.m_argumentCount, index, acceptedType);
+    return FindArgument(m_ParserData.m_pArguments, m_ParserData.m_iArgumentCount, index, acceptedType);
 }
 
 template <class TReader, class... TOutputs>
@@ -112,7 +112,7 @@ CScpiFunctionExecutionDataPoolParser::ReadArgument(const TReader& reader, long i
 
 HRESULT CScpiFunctionExecutionDataPoolParser::GetArgumentCount(unsigned long& count)
 {
-    count = static_cast<unsigned long>(m_ParserData.m_argumentCount);
+    count = static_cast<unsigned long>(m_ParserData.m_iArgumentCount);
     return S_OK;
 }
 
@@ -123,12 +123,12 @@ HRESULT CScpiFunctionExecutionDataPoolParser::GetArgumentType(tagZO_SCPI_PARAMTY
 
 HRESULT CScpiFunctionExecutionDataPoolParser::CheckArgumentCount(long last, bool exactCount)
 {
-    return RaiseIf(CountError(m_ParserData.m_argumentCount, last, exactCount));
+    return RaiseIf(CountError(m_ParserData.m_iArgumentCount, last, exactCount));
 }
 
 HRESULT CScpiFunctionExecutionDataPoolParser::CheckArgumentNotAllowed()
 {
-    return RaiseIf(NoArgumentError(m_ParserData.m_argumentCount));
+    return RaiseIf(NoArgumentError(m_ParserData.m_iArgumentCount));
 }
 
 HRESULT CScpiFunctionExecutionDataPoolParser::CheckArgumentType(long actual, long expected)

@@ -77,4 +77,13 @@ bool IsRestOfString(std::string_view message, char quote) noexcept
     return next == behind.end() || *next == ',' || *next == ';';
 }
 
+std::string_view FirstHeader(std::string_view message) noexcept
+{
+    const auto* const begin = std::find_if_not(message.begin(), message.end(), &IsWhiteSpace);
+    const auto* const end = std::find_if(begin, message.end(), [](char c) {
+        return IsWhiteSpace(c) || c == '"' || c == '\'' || c == ';' || c == '\n';
+    });
+    return {begin, static_cast<std::size_t>(end - begin)};
+}
+
 } // namespace ZoVelkor::RemoteKernel

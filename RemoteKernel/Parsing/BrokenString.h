@@ -12,10 +12,14 @@ namespace ZoVelkor::RemoteKernel
 /// may be quotes.
 char FindOpenQuote(std::string_view message) noexcept;
 
-/// Tells whether a message can only be the rest of a string: it closes the string where a data element may
+/// Tells whether a message looks like the rest of a string: it closes the string where a data element may
 /// end, and by itself would end in a string.
 ///
 /// @param quote  of the string; 0 for none
 bool IsRestOfString(std::string_view message, char quote) noexcept;
+
+/// The header that a message begins with, if it is one and not the rest of a string: all up to a blank, a quote or
+/// a semicolon.
+std::string_view FirstHeader(std::string_view message) noexcept;
 
 } // namespace ZoVelkor::RemoteKernel

@@ -184,7 +184,7 @@ char* WriteNumberText(char* place,
     switch (number.kind)
     {
     case Kind::Signed:
-        return WriteInteger(place, number.hasSign);
+        return WriteInteger(place, number.signedValue);
     case Kind::Unsigned:
         return WriteInteger(place, number.number);
     default:

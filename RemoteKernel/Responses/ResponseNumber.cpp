@@ -36,7 +36,7 @@ double ResponseNumber::AsDouble() const noexcept
     switch (kind)
     {
     case Kind::Signed:
-        return static_cast<double>(hasSign);
+        return static_cast<double>(signedValue);
     case Kind::Unsigned:
         return static_cast<double>(number);
     default:
@@ -48,7 +48,7 @@ std::int64_t ResponseNumber::AsInteger(std::int64_t low, std::int64_t high) cons
 {
     if (kind == Kind::Signed)
     {
-        return std::clamp(hasSign, low, high);
+        return std::clamp(signedValue, low, high);
     }
     if (kind == Kind::Unsigned)
     {

@@ -19,7 +19,7 @@ struct ResponseNumber
     };
 
     Kind kind = Kind::Signed;
-    std::int64_t hasSign = 0;
+    std::int64_t signedValue = 0;
     std::uint64_t number = 0;
     double real = 0; // Float: its value is one of a float
 

@@ -14,7 +14,7 @@ public:
     CDeviceManagement(const KernelParts& parts, long remotePath)
         : m_registry(parts.registry),
           m_events(parts.events),
-          m_iRemotePath(remotePath)
+          m_remotePath(remotePath)
     {}
     virtual ~CDeviceManagement() = default;
 
@@ -29,7 +29,7 @@ private:
 
     const CComPtr<CApplicationRegistryObject> m_registry;
     const std::shared_ptr<CEventDistributor> m_events;
-    const long m_iRemotePath;
+    const long m_remotePath;
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -13,12 +13,12 @@ HRESULT CParserManagement::GetObjectRegistration(IZOScpiObjectRegistration** reg
 
 HRESULT CParserManagement::StartParser()
 {
-    return GuardedEntry([&]() -> HRESULT { return m_gate->Start(m_iRemotePath) ? S_OK : S_FALSE; });
+    return GuardedEntry([&]() -> HRESULT { return m_gate->Start(m_remotePath) ? S_OK : S_FALSE; });
 }
 
 HRESULT CParserManagement::StopParser()
 {
-    return GuardedEntry([&]() -> HRESULT { return m_gate->Stop(m_iRemotePath) ? S_OK : S_FALSE; });
+    return GuardedEntry([&]() -> HRESULT { return m_gate->Stop(m_remotePath) ? S_OK : S_FALSE; });
 }
 
 HRESULT CParserManagement::get_ParserStarted(short* started)
@@ -27,7 +27,7 @@ HRESULT CParserManagement::get_ParserStarted(short* started)
     {
         return E_POINTER;
     }
-    *started = ToVariantBool(m_gate->IsStarted(m_iRemotePath));
+    *started = ToVariantBool(m_gate->IsStarted(m_remotePath));
     return S_OK;
 }
 

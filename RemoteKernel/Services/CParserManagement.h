@@ -13,7 +13,7 @@ public:
     CParserManagement(const KernelParts& parts, long remotePath)
         : m_registry(parts.registry),
           m_gate(parts.gate),
-          m_iRemotePath(remotePath)
+          m_remotePath(remotePath)
     {}
     virtual ~CParserManagement() = default;
 
@@ -25,7 +25,7 @@ public:
 private:
     const CComPtr<IZOScpiObjectRegistration> m_registry;
     const std::shared_ptr<CParserGate> m_gate;
-    const long m_iRemotePath;
+    const long m_remotePath;
 };
 
 } // namespace ZoVelkor::RemoteKernel

@@ -10,7 +10,7 @@ CRemotePathServices::CRemotePathServices(long remotePath,
                                          CComPtr<IZOScpiStatusManagement> statusManagement,
                                          CComPtr<IZOScpiSubsystemFormat> subsystemFormat,
                                          CComPtr<IZOScpiPendingOperations> pendingOperations) noexcept
-    : m_iRemotePath(remotePath),
+    : m_remotePath(remotePath),
       m_errorManagement(std::move(errorManagement)),
       m_statusManagement(std::move(statusManagement)),
       m_subsystemFormat(std::move(subsystemFormat)),
@@ -23,7 +23,7 @@ HRESULT CRemotePathServices::GetRemotePath(long* remotePath)
     {
         return E_POINTER;
     }
-    *remotePath = m_iRemotePath;
+    *remotePath = m_remotePath;
     return S_OK;
 }
 

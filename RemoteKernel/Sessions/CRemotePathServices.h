@@ -25,7 +25,7 @@ public:
     HRESULT GetPendingOperations(IZOScpiPendingOperations** service) override;
 
 private:
-    const long m_iRemotePath;
+    const long m_remotePath;
     const CComPtr<IZOScpiErrorManagement> m_errorManagement;
     const CComPtr<IZOScpiStatusManagement> m_statusManagement;
     const CComPtr<IZOScpiSubsystemFormat> m_subsystemFormat;

@@ -328,10 +328,12 @@ bool CSession::HandleFrame(const Frame& frame)
 {
     if (frame.status == FrameStatus::Error)
     {
+        m_openQuote = '\0';
         ReportError(frame.error, FrameErrorDetail(frame.error));
     }
     else if (frame.status == FrameStatus::Dropped)
     {
+        m_openQuote = '\0';
         EndMessage();
     }
     const bool incomplete = frame.status == FrameStatus::Incomplete;
@@ -418,11 +420,17 @@ void CSession::ExecuteMessage(std::span<char> message)
     else
     {
         BeginMessage();
-        isComplete = (openQuote != '\0' && IsRestOfString(text, openQuote)) ||
+        isComplete = (openQuote != '\0' && IsRest(text, openQuote)) ||
                      m_parser.Parse(*m_applications->index, message, *this);
     }
     m_openQuote = isComplete ? '\0' : FindOpenQuote(text);
     EndMessage();
+}
+
+bool CSession::IsRest(std::string_view text, char quote) const
+{
+    // A message with a command of its own is run: nothing that a client asked for gets lost.
+    return IsRestOfString(text, quote) && m_applications->index->Find(FirstHeader(text)) == nullptr;
 }
 
 void CSession::BeginMessage()

@@ -187,6 +187,8 @@ private:
     void ExecuteUpToBlock(const Frame& frame);
     void CollectFrom(std::size_t place);
     void FinishBlock(bool goOn);
+    /// Tells whether a message is dropped as the rest of the string that the one before it left open.
+    bool IsRest(std::string_view text, char quote) const;
     void BeginMessage();
     void EndMessage();
     void TellMessageEnd();

@@ -30,7 +30,7 @@ struct KernelParts
     CComPtr<CStatusObject> status;
     CComPtr<COperationsObject> operations;
     CComPtr<CDefaultFormatObject> format;
-    CComPtr<CMessageTraceObject> newTrace;
+    CComPtr<CMessageTraceObject> trace;
     std::shared_ptr<CSessionList> sessions;
     std::shared_ptr<CPathTable> paths;
     std::shared_ptr<CParserGate> gate;

@@ -17,7 +17,7 @@ namespace ZoVelkor::RemoteKernel
 inline constexpr std::size_t kMaxErrorText = 255;
 
 /// One entry of the error queue.
-struct ErrorEntry // NOLINT(cppcoreguidelines-pro-type-member-init): only iLength characters are ever read
+struct ErrorEntry // NOLINT(cppcoreguidelines-pro-type-member-init): only length characters are ever read
 {
     short code = 0;
     std::uint16_t length = 0;

@@ -45,7 +45,7 @@ TEST(TraceCallStack, PrintsNestedCallsWhileTracingIsOnAndNothingElse)
 TEST(RemoteDiagnoseControl, StartsSwitchedOffWithTheFrequencyOfTheCounter)
 {
     const tagRemoteDiagnoseControl& control = *get_RemoteDiagnoseControl();
-    EXPECT_FALSE(control.rpcModeActive || control.bTimingActive || control.bScpiChecksDisabled);
+    EXPECT_FALSE(control.bRpcModeActive || control.bTimingActive || control.bScpiChecksDisabled);
     EXPECT_FALSE(control.bTraceModeActive || control.bStatisticModeActive || control.bCallStackTraceActive);
     EXPECT_GT(control.iCounterFrequency, 1);
 }

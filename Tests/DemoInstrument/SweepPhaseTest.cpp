@@ -1,13 +1,12 @@
 #include "Analyzer/CSweepEngine.h"
 #include "CBScpiStatusRegister.h"
 #include "CComObject.h"
+#include "CCondition.h"
+#include "CMutexLocker.h"
 #include "IZOScpiStatusManagement.h"
 #include "Root.h"
 
 #include <gtest/gtest.h>
-
-#include <condition_variable>
-#include <mutex>
 
 namespace ZoVelkor::Demo
 {
@@ -22,23 +21,26 @@ class CLog
 public:
     void Add(int entry)
     {
-        const std::lock_guard lock(m_mutex);
+        const CMutexLocker lock(m_mutex);
         m_entries.push_back(entry);
-        m_changed.notify_all();
+        m_changed.NotifyAll();
     }
 
     /// Waits for so many entries and takes all there are.
     std::vector<int> Take(std::size_t count)
     {
-        std::unique_lock lock(m_mutex);
-        m_changed.wait_for(lock, std::chrono::seconds(30), [&] { return m_entries.size() >= count; });
+        const CMutexLocker lock(m_mutex);
+        m_changed.WaitUntil(m_mutex, CCondition::Clock::now() + std::chrono::seconds(30), [&] {
+            m_mutex.AssertHeld();
+            return m_entries.size() >= count;
+        });
         return std::exchange(m_entries, {});
     }
 
 private:
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    std::vector<int> m_entries;
+    CMutex m_mutex;
+    CCondition m_changed;
+    std::vector<int> m_entries ZO_GUARDED_BY(m_mutex);
 };
 
 class CLoggedRegister : public CBScpiStatusRegister

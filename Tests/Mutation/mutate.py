@@ -43,7 +43,7 @@ TESTS_OF = {
     'Src': 'SoftwarePlatform', 'Remote': 'SoftwarePlatform', 'Commands': 'SoftwarePlatform',
     'RemoteKernel': 'RemoteKernel', 'Transports': 'Transports', 'DemoInstrument': 'DemoInstrument', 'Tools': 'Tools',
 }
-NO_PRODUCT = {'Tests', 'Benchmarks', 'Fuzz'}
+NO_PRODUCT = {'Tests', 'Benchmarks', 'Fuzz', 'Fixtures'}
 
 
 def git(*arguments) -> bytes:

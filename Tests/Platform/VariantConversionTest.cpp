@@ -41,7 +41,7 @@ const CComVariant kError = Typed(VT_ERROR);
 const CComVariant kSevenAsInt(7, VT_INT);
 const CComVariant kZeroInside(CComBSTR(3, L"1\0\x32"));
 
-struct tagConversion
+struct ConversionCase
 {
     const char* name;
     CComVariant source;
@@ -49,7 +49,7 @@ struct tagConversion
     CComVariant expected;
 };
 
-const tagConversion kAccepted[] = {
+const ConversionCase kAccepted[] = {
     {"HalfToEvenDown", 2.5, VT_I4, 2},
     {"HalfToEvenUp", 3.5, VT_I4, 4},
     {"NegativeHalf", -2.5, VT_I2, kMinusTwo},
@@ -133,7 +133,7 @@ const Refusal kRefused[] = {
 
 TEST(VariantChangeType, ConvertsIntoFreshAndIntoSameVariant)
 {
-    for (const tagConversion& row : kAccepted)
+    for (const ConversionCase& row : kAccepted)
     {
         CComVariant target(L"former");
         EXPECT_EQ(VariantChangeType(&target, &row.source, 0, row.type), S_OK) << row.name;

@@ -251,9 +251,9 @@ TEST_F(Channel, ConnectsOnceForAllThreadsAndTheKernelsGetThroughAtTheEnd)
     CTraceRecorder recorder;
     EXPECT_EQ(m_channel->DisconnectRemotePath(), S_OK);
     EXPECT_EQ(State(), "-1 0 0");
-    get_RemoteDiagnoseControl()->rpcModeActive = true;
+    get_RemoteDiagnoseControl()->bRpcModeActive = true;
     EXPECT_EQ(m_channel->DisconnectRemotePath(), S_OK);
-    get_RemoteDiagnoseControl()->rpcModeActive = false;
+    get_RemoteDiagnoseControl()->bRpcModeActive = false;
     const auto line = fmt::format("[Velkor] Disconnect interface = {}", fmt::ptr(m_channel.Get()));
     EXPECT_EQ(recorder.Take(), std::vector{line});
 }

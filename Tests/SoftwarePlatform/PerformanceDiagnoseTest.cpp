@@ -159,7 +159,7 @@ TEST(DiagnoseFlags, NamedSwitchesComeOnAndAllOthersGoOff)
         testing::internal::CaptureStderr();
         ApplyDiagnoseFlags(control, words, "registry");
         const std::string line = testing::internal::GetCapturedStderr();
-        std::string found = control.rpcModeActive ? "r" : "";
+        std::string found = control.bRpcModeActive ? "r" : "";
         found += control.bTimingActive ? "t" : "";
         found += control.bScpiChecksDisabled ? "n" : "";
         found += control.bTraceModeActive ? "T" : "";

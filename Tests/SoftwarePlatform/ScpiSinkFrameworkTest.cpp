@@ -55,7 +55,7 @@ TYPED_TEST(ScpiExecution, UndeliverableErrorIsReportedAndDoesNotShowInTheResult)
     {
         Command command;
         IUnknown* const contexts[] = {nullptr, &command.output, &command, &command};
-        command.data.m_context = contexts[fault];
+        command.data.m_pContext = contexts[fault];
         command.data.m_iRemotePath = fault == 2 ? -1 : 0;
         command.errors.m_present = fault != 3;
         CErrorRecorder recorder;
@@ -102,7 +102,7 @@ TYPED_TEST(ScpiExecution, QueryOnlyAndNoQueryDependOnTheForm)
     for (const bool isQuery : {false, true})
     {
         Command command;
-        command.data.m_query = isQuery;
+        command.data.m_bQuery = isQuery;
         TypeParam data(command.data);
         EXPECT_EQ(data.IsQuery(), isQuery);
         EXPECT_EQ(data.SetScpiError_QueryOnly(), isQuery ? 0 : 1);
@@ -198,7 +198,7 @@ TYPED_TEST(ScpiExecution, NumericSettingAnswersItsValueOrALimit)
     for (const auto& [arguments, value, answer, error] : kAnswers)
     {
         Command command(arguments);
-        command.data.m_query = true;
+        command.data.m_bQuery = true;
         TypeParam data(command.data);
         CNumericSetting({0, 10, 5}, value).Handle(data);
         EXPECT_EQ(command.transcript.text, answer);

@@ -166,10 +166,8 @@ TEST(TableMerge, ListsAndOwners)
         EXPECT_EQ(merge.sinks.size(), merge.joined.size());
         EXPECT_EQ(merge.size, merge.joined.size() * 40);
         EXPECT_EQ(merge.table.GetParserTable(), merge.joined.size() == 0 ? nullptr : &merge.joined[0]);
-        EXPECT_TRUE(
-            merge.joined.size() == 0 ||
-            !CheckScpiTable(&merge.joined[0], merge.joined.size())); // A record outside every group would
-                                                                     // shift the indexes of a compiled table.
+        // A record outside every group would shift the indexes of a compiled table.
+        EXPECT_TRUE(merge.joined.size() == 0 || !CheckScpiTable(&merge.joined[0], merge.joined.size()));
         std::ostringstream source, header;
         merge.table.DumpSourceHeader(source, header);
         EXPECT_THAT(source.str(), Not(HasSubstr("UNREFERENCED")));

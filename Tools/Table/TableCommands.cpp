@@ -62,9 +62,9 @@ std::string NameOf(const std::string& source)
 }
 
 /// A table that is safe to walk through and that the kernel takes.
-tagTable TakeTable(const std::string& name, std::string_view bytes)
+NamedTable TakeTable(const std::string& name, std::string_view bytes)
 {
-    tagTable table{name, {}};
+    NamedTable table{name, {}};
     std::string fault = ParseTableFile(bytes, table.records);
     if (fault.empty())
     {
@@ -79,19 +79,19 @@ tagTable TakeTable(const std::string& name, std::string_view bytes)
     return table;
 }
 
-tagTable LoadTable(const std::string& source, const TableOptions& options)
+NamedTable LoadTable(const std::string& source, const TableOptions& options)
 {
     return TakeTable(NameOf(source), ReadSource(source, options));
 }
 
-CScpiParserTable ParserTableOf(tagTable& table)
+CScpiParserTable ParserTableOf(NamedTable& table)
 {
     CScpiParserTable parserTable;
     parserTable.SetParserTable(table.records.data(), static_cast<long>(table.records.size()));
     return parserTable;
 }
 
-std::list<std::string> ListCommands(tagTable& table, bool diagnostic, bool syntax)
+std::list<std::string> ListCommands(NamedTable& table, bool diagnostic, bool syntax)
 {
     std::list<std::string> lines;
     ParserTableOf(table).GetAllCommands(diagnostic, syntax, lines);
@@ -100,7 +100,7 @@ std::list<std::string> ListCommands(tagTable& table, bool diagnostic, bool synta
 
 ExitCode PrintCommands(const TableOptions& options, bool syntax)
 {
-    tagTable table = LoadTable(options.sources.front(), options);
+    NamedTable table = LoadTable(options.sources.front(), options);
     std::string text;
     for (const std::string& line : ListCommands(table, options.isDiagnostic, syntax))
     {
@@ -122,7 +122,7 @@ ExitCode PrintSyntax(const TableOptions& options)
 
 ExitCode PrintGroups(const TableOptions& options)
 {
-    tagTable table = LoadTable(options.sources.front(), options);
+    NamedTable table = LoadTable(options.sources.front(), options);
     WriteOutput("-", DescribeGroups(table));
     return ExitCode::Success;
 }
@@ -130,7 +130,7 @@ ExitCode PrintGroups(const TableOptions& options)
 /// Says what is wrong with one table, or what is in it.
 ExitCode CheckSource(const std::string& source, const TableOptions& options)
 {
-    tagTable table{NameOf(source), {}};
+    NamedTable table{NameOf(source), {}};
     std::vector<std::string> faults;
     if (const std::string fault = ParseTableFile(ReadSource(source, options), table.records); !fault.empty())
     {
@@ -181,10 +181,10 @@ ExitCode CheckAll(const TableOptions& options)
 ///
 /// @param[out] records  keeps the joined table
 CScpiParserTable
-JoinTables(std::vector<tagTable>& tables, std::valarray<_CMD_SET_RECORD>& records, unsigned long& size)
+JoinTables(std::vector<NamedTable>& tables, std::valarray<_CMD_SET_RECORD>& records, unsigned long& size)
 {
     std::list<CScpiParserTable::PlugInData> plugins;
-    for (tagTable& table : tables)
+    for (NamedTable& table : tables)
     {
         const auto bytes = static_cast<std::uint32_t>(std::span(table.records).size_bytes());
         plugins.push_back({table.records.data(), bytes, nullptr, table.name});
@@ -204,7 +204,7 @@ JoinTables(std::vector<tagTable>& tables, std::valarray<_CMD_SET_RECORD>& record
 
 ExitCode Merge(const TableOptions& options)
 {
-    std::vector<tagTable> tables;
+    std::vector<NamedTable> tables;
     for (const std::string& source : options.sources)
     {
         tables.push_back(LoadTable(source, options));
@@ -222,7 +222,7 @@ ExitCode Merge(const TableOptions& options)
 }
 
 /// A record between others that the text cannot give a kind would be missing, and later indexes be wrong.
-void CheckForHoles(tagTable& table)
+void CheckForHoles(NamedTable& table)
 {
     const std::vector<std::size_t> outside = RecordsOutsideGroups(table);
     if (outside.empty())
@@ -242,7 +242,7 @@ void CheckForHoles(tagTable& table)
 
 ExitCode WriteSource(const TableOptions& options)
 {
-    tagTable table = LoadTable(options.sources.front(), options);
+    NamedTable table = LoadTable(options.sources.front(), options);
     CheckForHoles(table);
     const std::filesystem::path folder(options.output.empty() ? "." : options.output);
     const std::string sourceName = (folder / "PrsTab.cpp").string();
@@ -267,7 +267,7 @@ ExitCode Save(const TableOptions& options)
 {
     const std::string& source = options.sources.front();
     const InstrumentAddress address = TakeInstrumentAddress(source);
-    const tagTable table = TakeTable(source, FetchInstrumentTable(address, Timeout(options)));
+    const NamedTable table = TakeTable(source, FetchInstrumentTable(address, Timeout(options)));
     WriteOutput(options.output, FormatTableFile(table.records));
     return ExitCode::Success;
 }

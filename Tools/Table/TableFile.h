@@ -19,7 +19,7 @@ namespace ZoVelkor::Tools
 {
 
 /// A command table with the name of the file or instrument that it came from.
-struct tagTable
+struct NamedTable
 {
     std::string name;
     std::vector<_CMD_SET_RECORD> records;

@@ -61,7 +61,7 @@ std::size_t GroupSize(const CScpiParserTable& table, tagScpiTableKind kind, long
     return 0;
 }
 
-std::vector<GroupRange> FindGroups(tagTable& source)
+std::vector<GroupRange> FindGroups(NamedTable& source)
 {
     CScpiParserTable table;
     table.SetParserTable(source.records.data(), static_cast<long>(source.records.size()));
@@ -95,14 +95,14 @@ std::string RecordName(const _CMD_SET_RECORD& record, tagScpiTableKind kind)
 
 /// The record behind one of a group; what lies inside a parameter chain without belonging to it is passed
 /// over.
-std::size_t NextRecord(const tagTable& table, const GroupRange& group, std::size_t record)
+std::size_t NextRecord(const NamedTable& table, const GroupRange& group, std::size_t record)
 {
     const std::size_t next =
         group.kind == tagScpiTableKind::Parameter ? table.records[record].par.iNextPar : record + 1;
     return next > record ? next : group.start + group.size;
 }
 
-void AppendGroup(std::string& text, const tagTable& table, const GroupRange& group)
+void AppendGroup(std::string& text, const NamedTable& table, const GroupRange& group)
 {
     text += fmt::format("{:>6} {:>6} ", group.start, group.size);
     std::size_t entries = 0;
@@ -120,7 +120,7 @@ void AppendGroup(std::string& text, const tagTable& table, const GroupRange& gro
 
 } // namespace
 
-std::string DescribeGroups(tagTable& table)
+std::string DescribeGroups(NamedTable& table)
 {
     const std::vector<GroupRange> groups = FindGroups(table);
     std::string text = fmt::format("{} records, {} groups\n", table.records.size(), groups.size());
@@ -144,7 +144,7 @@ std::string DescribeGroups(tagTable& table)
     return text;
 }
 
-std::vector<std::size_t> RecordsOutsideGroups(tagTable& table)
+std::vector<std::size_t> RecordsOutsideGroups(NamedTable& table)
 {
     std::vector<bool> isInside(table.records.size());
     for (const GroupRange& group : FindGroups(table))

@@ -10,9 +10,9 @@ namespace ZoVelkor::Tools
 {
 
 /// The groups of a sound table, kind by kind, and the records outside every group, as text for people.
-std::string DescribeGroups(tagTable& table);
+std::string DescribeGroups(NamedTable& table);
 
 /// Records of a sound table that lie outside every group.
-std::vector<std::size_t> RecordsOutsideGroups(tagTable& table);
+std::vector<std::size_t> RecordsOutsideGroups(NamedTable& table);
 
 } // namespace ZoVelkor::Tools

@@ -11,9 +11,9 @@ namespace ZoVelkor::RemoteKernel::Testing
 
 namespace
 {
-using tagTable = std::vector<_CMD_SET_RECORD>;
+using Records = std::vector<_CMD_SET_RECORD>;
 
-CommandSource SourceOf(const tagTable& table)
+CommandSource SourceOf(const Records& table)
 {
     return {table.data(), table.size(), MakeOwner()};
 }
@@ -28,18 +28,18 @@ std::string Converse(const CCommandIndex& index, std::string message)
 
 TEST(CommandIndex, MergesTreesOfSeveralApplications)
 {
-    const tagTable first = CTableBuilder()
-                               .Add("*IDN", 1, DEF, QMARK)
-                               .Add("[:SENSe#]:FREQuency", 2, 3, QMARK | HDR_SET, {{ARG_SFLOAT}})
-                               .Add("SYSTem:VERSion", 4, DEF, QMARK)
+    const Records first = CTableBuilder()
+                              .Add("*IDN", 1, DEF, QMARK)
+                              .Add("[:SENSe#]:FREQuency", 2, 3, QMARK | HDR_SET, {{ARG_SFLOAT}})
+                              .Add("SYSTem:VERSion", 4, DEF, QMARK)
+                              .Build();
+    const Records second = CTableBuilder()
+                               .Add("*OPT", 11, DEF, QMARK)
+                               .Add("[:SENSe#]:POWer", 12, DEF, QMARK)
+                               .Add("SENSe:GAIN", 13, DEF, QMARK)
+                               .Add("SYSTem:VERSion", 14, DEF, QMARK)
+                               .Add("SYSTem", DEF, DEF, 0)
                                .Build();
-    const tagTable second = CTableBuilder()
-                                .Add("*OPT", 11, DEF, QMARK)
-                                .Add("[:SENSe#]:POWer", 12, DEF, QMARK)
-                                .Add("SENSe:GAIN", 13, DEF, QMARK)
-                                .Add("SYSTem:VERSion", 14, DEF, QMARK)
-                                .Add("SYSTem", DEF, DEF, 0)
-                                .Build();
     const CommandSource sources[] = {SourceOf(first), SourceOf(second)};
     const CCommandIndex index(sources);
     EXPECT_EQ(Converse(index, "*IDN?;*OPT?;FREQ?;POW?;SYST:VERS?"), "1?; 11?; 2? [1]; 12? [1]; 14?");
@@ -50,7 +50,7 @@ TEST(CommandIndex, MergesTreesOfSeveralApplications)
 }
 
 /// Those of a few suffixes that the header A of a table accepts.
-std::string Accepted(const tagTable& table)
+std::string Accepted(const Records& table)
 {
     const CommandSource source = SourceOf(table);
     const CCommandIndex index({&source, 1});
@@ -81,7 +81,7 @@ TEST(CommandIndex, CompilesSuffixExpressions)
         {"8,0;2-4,3", "0,2,3,4,8"},
         {"010", "8"},
     };
-    tagTable table(2);
+    Records table(2);
     table[0].hdr = {"A", 1, DEF, 0, 1, 0, NSUFF};
     for (const Row& row : kRows)
     {
@@ -97,11 +97,11 @@ TEST(CommandIndex, CompilesSuffixExpressions)
 
 TEST(CommandIndex, EachApplicationsSuffixExpressionsHoldForItsCommands)
 {
-    const tagTable wide =
+    const Records wide =
         CTableBuilder().Add("[:SENSe#0-9]:GAIN", 1, DEF, 0).Add("[:SENSe]:BOTH", 3, DEF, 0).Build();
-    const tagTable narrow =
+    const Records narrow =
         CTableBuilder().Add("SENSe#2-3:POWer", 11, DEF, 0).Add("SENSe:BOTH", 12, DEF, 0).Build();
-    const tagTable free = CTableBuilder().Add("SENSe#:ANY", 21, DEF, 0).Build();
+    const Records free = CTableBuilder().Add("SENSe#:ANY", 21, DEF, 0).Build();
     const CommandSource sources[] = {SourceOf(wide), SourceOf(narrow), SourceOf(free)};
     const CCommandIndex index(sources);
     EXPECT_EQ(Converse(index, "SENS9:GAIN;ANY"), "1 [9]; 21 [9]");
@@ -113,7 +113,7 @@ TEST(CommandIndex, EachApplicationsSuffixExpressionsHoldForItsCommands)
 
 TEST(CommandIndex, TwoHeadersWithOneChildGroupHaveTheirOwnExpressions)
 {
-    tagTable table(5);
+    Records table(5);
     table[0].hdr = {"A", DEF, DEF, 2, 2, 0, NSUFF};
     table[1].hdr = {"B", DEF, DEF, 2, 0, 0, NSUFF};
     table[2].hdr = {"X", 1, DEF, 0, 1, 0, 0};
@@ -126,12 +126,12 @@ TEST(CommandIndex, TwoHeadersWithOneChildGroupHaveTheirOwnExpressions)
 
 TEST(CommandIndex, DirectChildHasPrecedenceOverOneBelowAnOptionalNode)
 {
-    const tagTable table = CTableBuilder()
-                               .Add("[:FIRSt]:LEVel", 1, DEF, 0)
-                               .Add("[:SECond]:LEVel", 2, DEF, 0)
-                               .Add("[:SECond]:MODE", 3, DEF, 0)
-                               .Add("MODE", 4, DEF, 0)
-                               .Build();
+    const Records table = CTableBuilder()
+                              .Add("[:FIRSt]:LEVel", 1, DEF, 0)
+                              .Add("[:SECond]:LEVel", 2, DEF, 0)
+                              .Add("[:SECond]:MODE", 3, DEF, 0)
+                              .Add("MODE", 4, DEF, 0)
+                              .Build();
     const CommandSource source = SourceOf(table);
     const CCommandIndex index({&source, 1});
     EXPECT_EQ(Converse(index, "LEV;MODE;SEC:LEV;MODE"), "1; 4; 2; 3");
@@ -139,7 +139,7 @@ TEST(CommandIndex, DirectChildHasPrecedenceOverOneBelowAnOptionalNode)
 
 TEST(CommandIndex, FollowsTheLayoutOfTheRootGroups)
 {
-    tagTable table(5);
+    Records table(5);
     table[0].hdr = {"CLS", 1, DEF, 0, 1, 0, CCMD};
     table[1].hdr = {"undef", DEF, DEF, 0, 1, 0, 0};
     table[2].hdr = {"FOO", 2, DEF, 3, 1, 0, 0};
@@ -152,7 +152,7 @@ TEST(CommandIndex, FollowsTheLayoutOfTheRootGroups)
 
 TEST(CommandIndex, FindsCommandsForHelp)
 {
-    const tagTable table = MakeParserTestTable();
+    const Records table = MakeParserTestTable();
     const CommandSource source = SourceOf(table);
     const CCommandIndex index({&source, 1});
     const CommandEntry* const entry = index.Find(":sens2:FREQ:CENTER");
@@ -171,9 +171,9 @@ TEST(CommandIndex, FindsCommandsForHelp)
 
 TEST(CommandIndex, LeavesDamagedSourcesOutAndKeepsOwners)
 {
-    tagTable damaged = MakeParserTestTable();
+    Records damaged = MakeParserTestTable();
     damaged[0].hdr.iLength = 0xFFFF;
-    const tagTable sound = CTableBuilder().Add("FOO", 1, DEF, 0).Build();
+    const Records sound = CTableBuilder().Add("FOO", 1, DEF, 0).Build();
     std::vector<CommandSource> sources{SourceOf(damaged), SourceOf(sound)};
     const std::weak_ptr<CApplication> owner = sources[1].owner;
     {

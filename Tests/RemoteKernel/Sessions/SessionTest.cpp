@@ -72,6 +72,7 @@ constexpr BrokenStringCase kBrokenStrings[] = {
     {"AMessageWithAString", "TEXT 'ab\nTEXT ';';NOSUCH\n", "-151 -113 "},
     {"AMessageWithAnEmptyString", "TEXT 'ab\nTEXT '';NOSUCH\n", "-151 -113 "},
     {"TheSameMistakeTwice", "TEXT 'ab\nTEXT 'cd\n", "-151 -151 "},
+    {"ACommandBeforeTheNextMistake", "TEXT 'ab\n*ESE 400;TEXT '\n", "-151 -222 -151 "},
     {"AnotherQuote", "TEXT 'ab\ncd\"\n", "-151 -111 "},
     {"NoMistakeBefore", "TEXT 'ab'\ncd'\n", "-111 "},
     {"BytesOfABlockAreNoQuotes", "BLOC #11',1\nFOO'\n", "-108 -111 "},
