@@ -90,7 +90,7 @@ HRESULT CAnalyzerCommands::Initiate(Record& record)
     {
         return record.SetScpiError(kScpiInitIgnored);
     }
-    CPendingOperation operation;
+    Commands::CPendingOperation operation;
     if (FAILED(operation.Begin(record.GetServices().PendingOperations(), record.GetRemotePath())))
     {
         return record.SetScpiExecutionError("");

@@ -56,7 +56,7 @@ void CSweepEngine::SetSettings(const AnalyzerSettings& settings)
     m_nextSettings = settings;
 }
 
-bool CSweepEngine::Initiate(CPendingOperation operation)
+bool CSweepEngine::Initiate(Commands::CPendingOperation operation)
 {
     {
         const CCritSectionLocker locker(m_section);
@@ -134,7 +134,7 @@ bool CSweepEngine::IsSweeping() const
 
 void CSweepEngine::AbortSweep()
 {
-    CPendingOperation ended; // ends the operation after the lock
+    Commands::CPendingOperation ended; // ends the operation after the lock
     {
         const CCritSectionLocker locker(m_section);
         ended = EndSweepLocked();
@@ -148,7 +148,7 @@ void CSweepEngine::AbortSweep()
 
 void CSweepEngine::Reset()
 {
-    CPendingOperation ended; // ends the operation after the lock
+    Commands::CPendingOperation ended; // ends the operation after the lock
     {
         const CCritSectionLocker locker(m_section);
         m_continuous = false;
@@ -180,7 +180,7 @@ void CSweepEngine::Run()
 
 void CSweepEngine::Abort()
 {
-    CPendingOperation ended; // ends the operation after the lock
+    Commands::CPendingOperation ended; // ends the operation after the lock
     {
         const CCritSectionLocker locker(m_section);
         m_quit = true;
@@ -274,7 +274,7 @@ void CSweepEngine::Finish(const SweepPtr& sweep, Traces& traces)
     const RegisterWord uncalibrated =
         ChannelsWith([&](long channel) { return settings.IsUncalibrated(channel); });
 
-    CPendingOperation ended; // ends the operation after the lock
+    Commands::CPendingOperation ended; // ends the operation after the lock
     const CCritSectionLocker locker(m_section);
     if (m_sweep != sweep)
     {
@@ -344,7 +344,7 @@ void CSweepEngine::StartSweepingLocked()
     EnterPhaseLocked(SweepPhase::Sweeping, std::chrono::ceil<Clock::duration>(sweepTime));
 }
 
-CPendingOperation CSweepEngine::EndSweepLocked()
+Commands::CPendingOperation CSweepEngine::EndSweepLocked()
 {
     m_sweep = nullptr;
     EnterPhaseLocked(SweepPhase::Idle);

@@ -2,10 +2,10 @@
 
 #include "CCritSection.h"
 #include "CInstrumentStatus.h"
+#include "CPendingOperation.h"
 #include "CThread.h"
 #include "CThreadRunObject.h"
 #include "CTraceMemory.h"
-#include "Common/CPendingOperation.h"
 #include "Event.h"
 #include "ThreadAnnotations.h"
 
@@ -42,7 +42,7 @@ public:
     ///
     /// @param operation  ends with the sweep, after the status has; at once when there is none
     /// @return false while a sweep runs: the initiation is ignored
-    bool Initiate(CPendingOperation operation);
+    bool Initiate(Commands::CPendingOperation operation);
 
     /// Releases the sweep that waits for a trigger, whatever its source.
     ///
@@ -97,7 +97,7 @@ private:
     void BeginSweepLocked() ZO_REQUIRES(m_section);
     void PassTriggerLocked() ZO_REQUIRES(m_section);
     void StartSweepingLocked() ZO_REQUIRES(m_section);
-    CPendingOperation EndSweepLocked() ZO_REQUIRES(m_section);
+    Commands::CPendingOperation EndSweepLocked() ZO_REQUIRES(m_section);
     void EnterPhaseLocked(SweepPhase phase, Clock::duration duration = {}) ZO_REQUIRES(m_section);
     void WakeThread();
 
@@ -112,7 +112,7 @@ private:
     Clock::time_point m_endOfPhase ZO_GUARDED_BY(m_section);             // when settling or sweeping
     std::optional<Clock::time_point> m_release ZO_GUARDED_BY(m_section); // null: no time is known
     std::optional<Ranges> m_settledRanges ZO_GUARDED_BY(m_section);      // null: no sweep has settled
-    CPendingOperation m_operation ZO_GUARDED_BY(m_section);
+    Commands::CPendingOperation m_operation ZO_GUARDED_BY(m_section);
     AnalyzerSettings m_nextSettings ZO_GUARDED_BY(m_section);
     bool m_continuous ZO_GUARDED_BY(m_section) = false;
     bool m_quit ZO_GUARDED_BY(m_section) = false;

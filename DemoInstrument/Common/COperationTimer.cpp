@@ -29,7 +29,7 @@ COperationTimer::~COperationTimer()
     m_thread.Join();
 }
 
-bool COperationTimer::Add(CPendingOperation operation, std::chrono::duration<double> time)
+bool COperationTimer::Add(Commands::CPendingOperation operation, std::chrono::duration<double> time)
 {
     {
         const CCritSectionLocker locker(m_section);

@@ -32,7 +32,7 @@ public:
     /// Keeps an operation pending for a time.
     ///
     /// @return false, and the operation ends at once, when kMaxOperations are pending
-    bool Add(CPendingOperation operation, std::chrono::duration<double> time);
+    bool Add(Commands::CPendingOperation operation, std::chrono::duration<double> time);
 
     bool IsPending() const;
 
@@ -44,7 +44,7 @@ private:
 
     struct TimedOperation
     {
-        CPendingOperation operation;
+        Commands::CPendingOperation operation;
         Clock::time_point end;
     };
     using Operations = std::vector<TimedOperation>;

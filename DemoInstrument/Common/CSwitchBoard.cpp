@@ -1,6 +1,6 @@
 #include "CSwitchBoard.h"
 
-#include "ChannelList.h"
+#include "CChannelList.h"
 
 #include <string>
 
@@ -21,7 +21,7 @@ HRESULT CSwitchBoard::ReadSwitches(CCommandExecutionData& record, std::vector<st
     {
         return S_FALSE;
     }
-    const auto channels = ParseChannelList(text, kMaxListedChannels);
+    const auto channels = Commands::ParseChannelList(text, kMaxListedChannels);
     if (!channels)
     {
         return record.SetScpiError(kScpiInvalidExpression);

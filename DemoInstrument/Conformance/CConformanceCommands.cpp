@@ -228,7 +228,7 @@ HRESULT CConformanceCommands::TestSlow(Record& record)
     {
         return record.SetScpiError(kScpiDataOutOfRange);
     }
-    CPendingOperation operation;
+    Commands::CPendingOperation operation;
     if (FAILED(operation.Begin(record.GetServices().PendingOperations(), record.GetRemotePath())))
     {
         return record.SetScpiExecutionError("");

@@ -1,7 +1,7 @@
 #include "Analyzer/CMassMemory.h"
 #include "Analyzer/CTraceMemory.h"
+#include "CChannelList.h"
 #include "Common/BlockReading.h"
-#include "Common/ChannelList.h"
 
 #include <gtest/gtest.h>
 
@@ -43,7 +43,7 @@ TEST(ChannelList, GivesChannelsOrNothing)
     };
     for (const ListCase& row : cases)
     {
-        EXPECT_EQ(ParseChannelList(row.text, 8), row.expected) << row.text;
+        EXPECT_EQ(Commands::ParseChannelList(row.text, 8), row.expected) << row.text;
     }
 }
 

@@ -116,7 +116,7 @@ protected:
     }
     bool Initiate()
     {
-        CPendingOperation operation;
+        Commands::CPendingOperation operation;
         operation.Begin(CComPtr<IZOScpiPendingOperations>(m_services), 0);
         return m_engine->Initiate(std::move(operation));
     }

@@ -5,7 +5,7 @@
 
 #include <utility>
 
-namespace ZoVelkor::Demo
+namespace ZoVelkor::Commands
 {
 
 /// An overlapped command that has not finished; *OPC, *OPC? and *WAI of its remote path wait for it.
@@ -51,4 +51,4 @@ private:
     unsigned long m_operation = 0; ///< 0: none
 };
 
-} // namespace ZoVelkor::Demo
+} // namespace ZoVelkor::Commands

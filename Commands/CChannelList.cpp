@@ -1,11 +1,11 @@
-#include "ChannelList.h"
+#include "CChannelList.h"
 
 #include <charconv>
 #include <cstdlib>
 #include <limits>
 #include <utility>
 
-namespace ZoVelkor::Demo
+namespace ZoVelkor::Commands
 {
 namespace
 {
@@ -89,6 +89,20 @@ bool TakeRange(CElementReader& reader, std::size_t maxCount, std::vector<long>& 
 
 } // namespace
 
+std::vector<long> CChannelList::Channels(std::size_t maxCount) const
+{
+    std::optional<std::vector<long>> channels = ParseChannelList(m_text, maxCount);
+    if (!channels)
+    {
+        throw CCommandError(kScpiInvalidExpression);
+    }
+    if (channels->size() > maxCount)
+    {
+        throw CCommandError(kScpiTooMuchData);
+    }
+    return std::move(*channels);
+}
+
 std::optional<std::vector<long>> ParseChannelList(std::string_view text, std::size_t maxCount)
 {
     CElementReader reader(text);
@@ -114,4 +128,4 @@ std::optional<std::vector<long>> ParseChannelList(std::string_view text, std::si
     return reader.IsAtEnd() ? std::optional(std::move(channels)) : std::nullopt;
 }
 
-} // namespace ZoVelkor::Demo
+} // namespace ZoVelkor::Commands

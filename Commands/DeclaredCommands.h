@@ -1,0 +1,83 @@
+#pragma once
+
+#include "CommandDeclaration.h"
+#include "CommandTableMaker.h"
+
+#include <array>
+#include <cstddef>
+#include <utility>
+
+namespace ZoVelkor::Commands
+{
+
+/// One element of a flat tuple, which the compiler finds without walking the others.
+template <std::size_t I, class T>
+struct CommandSlot
+{
+    T command;
+};
+
+template <class TSequence, class... TCommands>
+struct CommandSlots;
+
+template <std::size_t... I, class... TCommands>
+struct CommandSlots<std::index_sequence<I...>, TCommands...> : CommandSlot<I, TCommands>...
+{};
+
+/// The commands of one kind of instrument, in the order of their declaration.
+template <class TInstrument, class... TCommands>
+struct DeclaredCommands
+{
+    using Instrument = TInstrument;
+    static constexpr std::size_t kCount = sizeof...(TCommands);
+
+    CommandSlots<std::index_sequence_for<TCommands...>, TCommands...> slots;
+    std::array<CommandData, kCount> data; ///< what the table is made of
+
+    template <std::size_t I>
+    constexpr const auto& Get() const
+    {
+        return Slot<I>(slots).command;
+    }
+
+private:
+    template <std::size_t I, class T>
+    static constexpr const CommandSlot<I, T>& Slot(const CommandSlot<I, T>& slot)
+    {
+        return slot;
+    }
+};
+
+/// Puts the commands of an instrument together; the result is a constant with static storage.
+/// @code
+/// constexpr auto kCommands = DeclareCommands<CPowerSupply>(
+///     Command("[SOURce<1-3>]:VOLTage").Variable(&CPowerSupply::m_volts, Number("V").Range(0, 30)),
+///     Command("*TST?").Query(&CPowerSupply::SelfTest));
+/// @endcode
+template <class TInstrument, class... TCommands>
+consteval DeclaredCommands<TInstrument, TCommands...> DeclareCommands(const TCommands&... commands)
+{
+    return {{{commands}...}, {commands.data...}};
+}
+
+/// The command table that some declared commands make.
+///
+/// @tparam kCommands  of DeclareCommands
+template <const auto& kCommands>
+class CommandTable
+{
+    static constexpr TableCapacity kCapacity = CapacityOf(kCommands.data);
+    static constexpr auto kList =
+        CommandTableMaker<kCapacity.nodes, kCapacity.records>(kCommands.data).Make();
+
+    template <std::size_t... I>
+    static constexpr std::array<_CMD_SET_RECORD, sizeof...(I)> Trim(std::index_sequence<I...>)
+    {
+        return {kList.records[I]...};
+    }
+
+public:
+    static constexpr auto kRecords = Trim(std::make_index_sequence<kList.count>());
+};
+
+} // namespace ZoVelkor::Commands
