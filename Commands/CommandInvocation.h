@@ -25,7 +25,7 @@ constexpr std::string_view CommandName(const HeaderPattern& header)
         const PatternNode& node = header.nodes[i];
         name = node.optional || node.alternative ? name : node.keyword;
     }
-    return header.common ? name : ShortForm(name);
+    return header.common ? name : name.substr(0, WrittenShortForm(name));
 }
 
 /// Checks how many arguments came for a command whose parameters are all declared.

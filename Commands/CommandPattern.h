@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CommandMistakes.h"
+#include "KeywordForms.h"
 #include "ScpiCommandTable.h"
 
 #include <array>
@@ -51,33 +52,24 @@ constexpr bool IsSmall(char c)
     return c >= 'a' && c <= 'z';
 }
 
-constexpr char ToCapital(char c)
-{
-    return IsSmall(c) ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
-/// Length of the capitals, digits included, that a keyword begins with: its short form.
+/// Length of the capitals that a keyword begins with, digits at its end apart: its short form.
 constexpr std::size_t WrittenShortForm(std::string_view keyword)
 {
-    std::size_t length = 0;
-    while (length < keyword.size() && !IsSmall(keyword[length]))
-    {
-        ++length;
-    }
-    return length;
+    return LeadingCapitals(WithoutDigits(keyword)).size();
 }
 
 /// Length of the short form that the standard gives a keyword (SCPI-99 vol. 1, 6.2.1).
 constexpr std::size_t StandardShortForm(std::string_view keyword)
 {
     constexpr std::size_t kLongest = 4;
+    keyword = WithoutDigits(keyword);
     if (keyword.size() <= kLongest)
     {
         return keyword.size();
     }
     const bool hasVowel =
         std::string_view("AEIOU").find(ToCapital(keyword[kLongest - 1])) != std::string_view::npos;
-    return hasVowel && !(keyword[kLongest] >= '0' && keyword[kLongest] <= '9') ? kLongest - 1 : kLongest;
+    return hasVowel && !IsDigit(keyword[kLongest]) ? kLongest - 1 : kLongest;
 }
 
 /// Compares without regard to case.
@@ -97,13 +89,17 @@ constexpr bool AreSameWord(std::string_view left, std::string_view right)
     return true;
 }
 
-/// Tells whether a client could mean either of two keywords.
+/// Tells whether a client could mean either of two keywords: they end in the same digits, and a form of one is a
+/// form of the other.
 constexpr bool AreAmbiguous(std::string_view left, std::string_view right)
 {
-    const std::string_view shortLeft = left.substr(0, WrittenShortForm(left));
-    const std::string_view shortRight = right.substr(0, WrittenShortForm(right));
-    return AreSameWord(left, right) || AreSameWord(shortLeft, shortRight) || AreSameWord(shortLeft, right) ||
-           AreSameWord(left, shortRight);
+    const std::string_view longLeft = WithoutDigits(left);
+    const std::string_view longRight = WithoutDigits(right);
+    const std::string_view shortLeft = LeadingCapitals(longLeft);
+    const std::string_view shortRight = LeadingCapitals(longRight);
+    return left.substr(longLeft.size()) == right.substr(longRight.size()) &&
+           (AreSameWord(longLeft, longRight) || AreSameWord(shortLeft, shortRight) ||
+            AreSameWord(shortLeft, longRight) || AreSameWord(longLeft, shortRight));
 }
 
 /// Checks one keyword or word of a list; does not return for a bad one.
@@ -122,8 +118,7 @@ constexpr void CheckKeyword(std::string_view keyword)
     for (std::size_t i = 0; i < keyword.size(); ++i)
     {
         const char c = keyword[i];
-        const bool isDigit = (c >= '0' && c <= '9') || c == '_';
-        if (!isDigit && !(i < shortForm ? IsCapital(c) : IsSmall(c)))
+        if (!IsDigit(c) && c != '_' && !(i < shortForm ? IsCapital(c) : IsSmall(c)))
         {
             KeywordHasACharacterThatIsNoLetterOrDigit();
         }

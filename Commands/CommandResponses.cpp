@@ -10,7 +10,7 @@ namespace ZoVelkor::Commands
 {
 namespace
 {
-ZO_SOURCE_UNIT("Commands/CommandResponses")
+ZO_SOURCE_UNIT("Commands/CommandResponses");
 }
 
 HRESULT WriteInteger(CCommandCall& call, std::int64_t value)

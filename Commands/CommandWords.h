@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <type_traits>
 
@@ -39,15 +40,9 @@ concept WordEnumeration = std::is_enum_v<T> && requires(T value)
         } -> std::convertible_to<std::span<const Word<T>>>;
 };
 
-/// The short form of a word, as queries answer it.
-constexpr std::string_view ShortForm(std::string_view word)
-{
-    return word.substr(0, WrittenShortForm(word));
-}
-
 /// @return the short form of the value's word; empty for a value without one
 template <WordEnumeration T>
-constexpr std::string_view WordOf(T value)
+std::string WordOf(T value)
 {
     for (const Word<T>& word : ScpiWords(value))
     {

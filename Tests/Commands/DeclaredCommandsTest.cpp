@@ -20,13 +20,17 @@ enum class Waveform
 {
     Sine,
     Square,
-    Triangle
+    Triangle,
+    FirstTimer,
+    SecondTimer
 };
 
 constexpr Word<Waveform> kWaveforms[] = {
     {"SINusoid", Waveform::Sine},
     {"SQUare", Waveform::Square},
     {"TRIangle", Waveform::Triangle},
+    {"TIMer1", Waveform::FirstTimer},
+    {"TIMer2", Waveform::SecondTimer},
 };
 
 constexpr std::span<const Word<Waveform>> ScpiWords(Waveform)
@@ -141,7 +145,7 @@ protected:
         CComObject<CCommandSink<kCommands>, IZOScpiExecutionSink>::Create(m_supply);
     RemoteKernel::Testing::TestInstrument m_instrument;
     GUID m_id{};
-    RemoteKernel::CSession m_session{m_instrument.kernel};
+    RemoteKernel::CSession m_session{m_instrument.kernel.Parts()};
 };
 
 struct Talk
@@ -163,6 +167,7 @@ constexpr Talk kTalks[] = {
     {"POW:LIM INF;LIM?;LIM NINF;LIM?", "9.9E37;-9.9E37"},
     {"OUTP2 ON;OUTP2?;:OUTP1:STAT?", "1;0"},
     {"FUNC SQU;FUNC?;FUNC:SHAP TRIANGLE;:FUNC?;:FUNC:TYPE?", "SQU;TRI;TRI"},
+    {"FUNC TIM2;FUNC?;FUNC TIMER1;FUNC?", "TIM2;TIM1"},
     {"DISP:TEXT 'a\"b';TEXT?", "\"a\"\"b\""},
     {"DISP:COUN 255;COUN?;COUN #H10;COUN?", "255;16"},
     {"TRAC?", "1,-2.5,1.0E-09"},
