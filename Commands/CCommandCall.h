@@ -17,6 +17,7 @@ namespace ZoVelkor::Commands
 class CCommandCall
 {
 public:
+    /// @param pool, arguments, suffixes  of the command that runs; borrowed
     CCommandCall(CScpiFunctionExecutionDataPoolParser& pool,
                  std::span<const tagZO_SCPI_PARAMETER> arguments,
                  const long* suffixes) noexcept
@@ -25,7 +26,9 @@ public:
           m_suffixes(suffixes)
     {}
 
+    /// Tells whether the command came with a question mark.
     bool IsQuery() const { return m_pool.IsQuery(); }
+    /// The remote path that the command came from, 0 or more.
     long RemotePath() const { return m_pool.GetRemotePath(); }
 
     /// Begins an overlapped operation: *OPC, *OPC? and *WAI of this remote path wait until the token goes, on
@@ -55,6 +58,7 @@ public:
         return std::exchange(m_separatorDue, false) ? m_pool.GetFormatSubsystem()->InsertDataSeparator()
                                                     : S_OK;
     }
+    /// Says that a list of numbers was written, behind which the next item needs a separator.
     void EndNumbers() noexcept { m_separatorDue = true; }
 
 private:

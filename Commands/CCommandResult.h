@@ -14,7 +14,9 @@ template <class T>
 class CCommandResult
 {
 public:
+    /// Success with a value.
     CCommandResult(T value) : m_content(std::in_place_index<0>, std::move(value)) {}
+    /// An error.
     CCommandResult(CCommandError error) : m_content(std::in_place_index<1>, std::move(error)) {}
 
     /// @return null when there is a value
@@ -31,7 +33,9 @@ template <>
 class CCommandResult<void>
 {
 public:
+    /// Success.
     CCommandResult() = default;
+    /// An error.
     CCommandResult(CCommandError error) : m_error(std::move(error)) {}
 
     /// @return null for success

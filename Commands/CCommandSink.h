@@ -21,11 +21,13 @@ template <const auto& kCommands>
 class CCommandSink : public CBScpiExecutionSink
 {
 public:
+    /// The class whose members are the handlers.
     using Instrument = typename std::remove_cvref_t<decltype(kCommands)>::Instrument;
 
     /// @param instrument  borrowed; outlives the registration of the sink
     explicit CCommandSink(Instrument& instrument) : m_instrument(instrument) {}
 
+    /// The command table, in read-only memory.
     static constexpr std::span<const _CMD_SET_RECORD> Table() { return CommandTable<kCommands>::kRecords; }
 
     HRESULT Execute(IUnknown* context,

@@ -10,6 +10,7 @@ template <class TTag>
 class CNumericSuffix
 {
 public:
+    /// @param number  as the client wrote it
     constexpr explicit CNumericSuffix(long number) noexcept : m_number(number) {}
 
     /// The suffix as the client wrote it; 1 when it was left out.
@@ -23,9 +24,11 @@ private:
     long m_number;
 };
 
+/// @cond machinery
 template <class T>
 inline constexpr bool kIsNumericSuffix = false;
 template <class TTag>
 inline constexpr bool kIsNumericSuffix<CNumericSuffix<TTag>> = true;
+/// @endcond
 
 } // namespace ZoVelkor::Commands

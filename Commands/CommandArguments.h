@@ -18,6 +18,8 @@
 namespace ZoVelkor::Commands
 {
 
+/// @cond machinery
+
 /// What a declaration says beside one parameter when an argument is read.
 struct ArgumentContext
 {
@@ -163,5 +165,7 @@ ReadArgument(CCommandCall& call, long index, const ArgumentContext& context, std
     }
     return S_OK;
 }
+
+/// @endcond
 
 } // namespace ZoVelkor::Commands

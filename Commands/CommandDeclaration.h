@@ -22,17 +22,18 @@ inline constexpr std::size_t kMaxParameters = 16;
 /// What the command table needs to know of one command.
 struct CommandData
 {
-    std::string_view pattern;
-    HeaderPattern header;
-    std::array<ParameterData, kMaxParameters> parameters{};
-    std::size_t parameterCount = 0;
-    bool hasSetting = false; ///< a setting, or an event beside a query
-    bool hasQuery = false;
-    bool hasEvent = false;
-    bool service = false; ///< listed for service only
-    std::string_view summary;
+    std::string_view pattern;                               ///< as it was declared
+    HeaderPattern header;                                   ///< the pattern, taken apart
+    std::array<ParameterData, kMaxParameters> parameters{}; ///< in the order of the arguments
+    std::size_t parameterCount = 0;                         ///< of them
+    bool hasSetting = false;                                ///< a setting, or an event beside a query
+    bool hasQuery = false;                                  ///< a query
+    bool hasEvent = false;                                  ///< an event
+    bool service = false;                                   ///< listed for service only
+    std::string_view summary;                               ///< one sentence; may be empty
 };
 
+/// @cond machinery
 /// Arguments of a handler, whatever kind of function it is.
 template <class T>
 struct HandlerTraits;
@@ -105,6 +106,8 @@ constexpr std::size_t SuffixArguments()
     (std::make_index_sequence<std::tuple_size_v<TTuple>>());
 }
 
+/// @endcond
+
 /// No handler for a form.
 struct NoHandler
 {};
@@ -113,7 +116,7 @@ struct NoHandler
 template <class TMember>
 struct BoundVariable
 {
-    TMember member;
+    TMember member; ///< of the instrument
 };
 
 /// One command: its header, its forms and their handlers.
@@ -121,8 +124,8 @@ template <class TSetting, class TQuery>
 class CommandDeclaration
 {
 public:
-    using Setting_t = TSetting;
-    using Query_t = TQuery;
+    using Setting_t = TSetting; ///< handler of the form with data, or NoHandler
+    using Query_t = TQuery;     ///< handler of the query, or NoHandler
 
     /// The form with data. What is not declared of a parameter follows from the handler's argument.
     ///
@@ -186,9 +189,9 @@ public:
         return changed;
     }
 
-    CommandData data;
-    TSetting setting;
-    TQuery query;
+    CommandData data; ///< what the table needs
+    TSetting setting; ///< the handlers
+    TQuery query;     ///< the handlers
 
 private:
     static constexpr void AddParameter(CommandData& command, ParameterData parameter, std::uint32_t flags)

@@ -16,6 +16,8 @@
 namespace ZoVelkor::Commands
 {
 
+/// @cond machinery
+
 /// Short form of the last keyword that must be written, for messages.
 constexpr std::string_view CommandName(const HeaderPattern& header)
 {
@@ -285,5 +287,7 @@ HRESULT RunQuery(const TCommand& command, TInstrument& instrument, CCommandCall&
         return Invoke<Handler>(command.query, instrument, call, command.data);
     }
 }
+
+/// @endcond
 
 } // namespace ZoVelkor::Commands

@@ -22,19 +22,21 @@ namespace ZoVelkor::Commands
 /// What a command table and the checks of an argument need to know of one parameter.
 struct ParameterData
 {
-    std::string_view name = "value";
-    std::uint32_t type = 0;  ///< kinds, ARG_...
-    std::uint32_t flags = 0; ///< ARG_FLAG_...
-    std::string_view unit;   ///< base unit; empty: none
+    std::string_view name = "value"; ///< at most 15 characters
+    std::uint32_t type = 0;          ///< kinds, ARG_...
+    std::uint32_t flags = 0;         ///< ARG_FLAG_...
+    std::string_view unit;           ///< base unit; empty: none
     /// Text of word i, counted from 0; null without words.
     std::string_view (*word)(std::size_t i) = nullptr;
-    std::size_t wordCount = 0;
+    std::size_t wordCount = 0; ///< of its own words
+    /// Limits in the base unit; of a text the largest length.
     double minimum = -std::numeric_limits<double>::infinity();
+    /// See minimum.
     double maximum = std::numeric_limits<double>::infinity();
-    double defaultValue = 0;
-    double step = 0; ///< for UP and DOWN; 0: these are refused
-    bool hasDefault = false;
-    bool takesInfinity = false;
+    double defaultValue = 0;    ///< DEFault
+    double step = 0;            ///< for UP and DOWN; 0: these are refused
+    bool hasDefault = false;    ///< there is a DEFault
+    bool takesInfinity = false; ///< INFinity, NINFinity and NAN are values
 };
 
 /// A parameter whose declaration goes on; TParameter is what the operations return.
@@ -52,9 +54,10 @@ public:
         return With([name](ParameterData& changed) { changed.name = name; });
     }
 
-    ParameterData data;
+    ParameterData data; ///< what was declared
 
 protected:
+    /// A copy with a change.
     template <class TChange>
     consteval TParameter With(TChange change) const
     {
@@ -140,7 +143,7 @@ public:
     {
         return With([](ParameterData& changed) { changed.takesInfinity = true; });
     }
-
+    /// Tells whether a handler may take it as this type.
     template <class T>
     static constexpr bool kFits = std::is_floating_point_v<T>;
 };
@@ -150,7 +153,7 @@ class Integer : public NumericParameter<Integer>
 {
 public:
     consteval Integer() { data.type = ARG_SINT; }
-
+    /// Tells whether a handler may take it as this type.
     template <class T>
     static constexpr bool kFits = std::integral<T> && !std::same_as<T, bool>;
 };
@@ -169,7 +172,7 @@ public:
             changed.hasDefault = true;
         });
     }
-
+    /// Tells whether a handler may take it as this type.
     template <class T>
     static constexpr bool kFits = std::same_as<T, bool>;
 };
@@ -195,7 +198,7 @@ public:
             changed.hasDefault = true;
         });
     }
-
+    /// Tells whether a handler may take it as this type.
     template <class TValue>
     static constexpr bool kFits = std::same_as<TValue, T>;
 
@@ -227,7 +230,7 @@ public:
     {
         return With([bytes](ParameterData& changed) { changed.maximum = static_cast<double>(bytes); });
     }
-
+    /// Tells whether a handler may take it as this type.
     template <class T>
     static constexpr bool kFits = std::same_as<T, std::string> || std::same_as<T, std::string_view>;
 };
@@ -237,7 +240,7 @@ class Block : public ParameterBase<Block>
 {
 public:
     consteval Block() { data.type = ARG_BLOCK; }
-
+    /// Tells whether a handler may take it as this type.
     template <class T>
     static constexpr bool kFits = std::same_as<T, CBlockInput>;
 };
@@ -247,11 +250,12 @@ class Channels : public ParameterBase<Channels>
 {
 public:
     consteval Channels() { data.type = ARG_EXPR; }
-
+    /// Tells whether a handler may take it as this type.
     template <class T>
     static constexpr bool kFits = std::same_as<T, CChannelList>;
 };
 
+/// @cond machinery
 /// The parameter that suits a handler's argument when the declaration names none.
 template <class T>
 struct ParameterFor;
@@ -325,5 +329,7 @@ struct ArgumentForm<std::vector<T>>
     using Element = T;
     static constexpr std::uint32_t kFlags = ARG_FLAG_REP;
 };
+
+/// @endcond
 
 } // namespace ZoVelkor::Commands

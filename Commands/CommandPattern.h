@@ -35,13 +35,14 @@ struct PatternNode
 /// the end promises that the command is a query and nothing else.
 struct HeaderPattern
 {
-    std::array<PatternNode, kMaxPatternNodes> nodes{};
-    std::size_t count = 0;
+    std::array<PatternNode, kMaxPatternNodes> nodes{}; ///< from left to right
+    std::size_t count = 0;                             ///< of them
     std::size_t suffixCount = 0; ///< nodes that take a numeric suffix, alternatives counted once
     bool common = false;         ///< a common command (IEEE 488.2 section 10)
-    bool queryOnly = false;
+    bool queryOnly = false;      ///< it ends in a question mark
 };
 
+/// @cond machinery
 constexpr bool IsCapital(char c)
 {
     return c >= 'A' && c <= 'Z';
@@ -280,6 +281,9 @@ private:
     HeaderPattern m_pattern;
 };
 
+/// @endcond
+
+/// Takes a header pattern apart; a bad one does not compile.
 constexpr HeaderPattern ReadHeaderPattern(std::string_view text)
 {
     return CPatternReader(text).Read();

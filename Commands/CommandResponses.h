@@ -22,15 +22,16 @@ namespace ZoVelkor::Commands
 /// Bytes that a query answers as a definite-length block (IEEE 488.2 section 8.7.9), borrowed.
 struct BlockResult
 {
-    std::span<const std::byte> bytes;
+    std::span<const std::byte> bytes; ///< all of the block
 };
 
 /// Response data that is well formed already, such as an expression (IEEE 488.2 section 8.7.11).
 struct AsciiResult
 {
-    std::string text;
+    std::string text; ///< as it is written
 };
 
+/// @cond machinery
 ZO_EXPORT HRESULT WriteInteger(CCommandCall& call, std::int64_t value);
 ZO_EXPORT HRESULT WriteUnsigned(CCommandCall& call, std::uint64_t value);
 /// A string in quotes; -200 and a report for one with a line feed, which would end the response.
@@ -121,5 +122,7 @@ HRESULT WriteResult(CCommandCall& call, const T& result)
         }
     }
 }
+
+/// @endcond
 
 } // namespace ZoVelkor::Commands

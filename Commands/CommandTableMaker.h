@@ -13,6 +13,8 @@
 namespace ZoVelkor::Commands
 {
 
+/// @cond machinery
+
 /// Handler index of a command's query or event; that of its setting is the next one.
 constexpr std::int32_t HandlerIndex(std::size_t command)
 {
@@ -396,5 +398,7 @@ private:
     std::array<const ParameterData*, TRecords> m_parameters{}; // by record
     RecordList<TRecords> m_list;
 };
+
+/// @endcond
 
 } // namespace ZoVelkor::Commands

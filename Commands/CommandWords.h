@@ -25,7 +25,7 @@ template <class T>
 struct Word
 {
     std::string_view text; ///< as a manual writes it; the capitals are what a query answers
-    T value;
+    T value;               ///< what it stands for
 
     /// A text that is no SCPI keyword does not compile.
     consteval Word(std::string_view word, T meaning) : text(word), value(meaning) { CheckKeyword(word); }

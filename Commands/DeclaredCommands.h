@@ -10,6 +10,7 @@
 namespace ZoVelkor::Commands
 {
 
+/// @cond machinery
 /// One element of a flat tuple, which the compiler finds without walking the others.
 template <std::size_t I, class T>
 struct CommandSlot
@@ -24,16 +25,19 @@ template <std::size_t... I, class... TCommands>
 struct CommandSlots<std::index_sequence<I...>, TCommands...> : CommandSlot<I, TCommands>...
 {};
 
+/// @endcond
+
 /// The commands of one kind of instrument, in the order of their declaration.
 template <class TInstrument, class... TCommands>
 struct DeclaredCommands
 {
-    using Instrument = TInstrument;
-    static constexpr std::size_t kCount = sizeof...(TCommands);
+    using Instrument = TInstrument;                             ///< whose members are the handlers
+    static constexpr std::size_t kCount = sizeof...(TCommands); ///< commands
 
-    CommandSlots<std::index_sequence_for<TCommands...>, TCommands...> slots;
-    std::array<CommandData, kCount> data; ///< what the table is made of
+    CommandSlots<std::index_sequence_for<TCommands...>, TCommands...> slots; ///< with their handlers
+    std::array<CommandData, kCount> data;                                    ///< what the table is made of
 
+    /// Command I.
     template <std::size_t I>
     constexpr const auto& Get() const
     {
@@ -77,6 +81,7 @@ class CommandTable
     }
 
 public:
+    /// The records, an array as long as the table.
     static constexpr auto kRecords = Trim(std::make_index_sequence<kList.count>());
 };
 

@@ -74,7 +74,7 @@ public:
     /// Sets the parser up that an application has aggregated: its name, type, command tree and whether it
     /// measures. It is not registered yet.
     ///
-    /// @param outer  the object that aggregates; nothing is asked of it, so it may be null
+    /// @param pOuter  the object that aggregates; nothing is asked of it, so it may be null
     /// @param pInner  the aggregated object, with IZOScpiParser, IZOScpiCommands and IZOScpiExecutionSink
     /// @param length  of the table, in bytes
     /// @param data  first record of the table; the parser copies it

@@ -4,11 +4,13 @@
 namespace ZoVelkor
 {
 
+/// A decimal digit.
 constexpr bool IsDigit(char c) noexcept
 {
     return c >= '0' && c <= '9';
 }
 
+/// A letter of the alphabet.
 constexpr bool IsLetter(char c) noexcept
 {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');

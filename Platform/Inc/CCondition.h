@@ -20,6 +20,7 @@ namespace ZoVelkor
 class CCondition
 {
 public:
+    /// Of deadlines.
     using Clock = std::chrono::steady_clock;
 
     CCondition() = default;
