@@ -7,6 +7,12 @@
 #include <cstddef>
 #include <utility>
 
+// Commands: an instrument declares its commands once, with typed handlers, and this room makes of it what the house knows.
+// Data passes from a declaration (CommandDeclaration.h: pattern, parameters, handlers) in two directions, both at compile
+// time: to the record table (CommandTableMaker.h), which registration, merging and listings read, and to the rows of the
+// sink (CCommandSink.h), each of which reads its arguments (CommandArguments.h), calls its handler and writes the result
+// (CommandResponses.h). Whoever writes an application or a built-in command may call it. It takes no locks: handlers run
+// one at a time, as IZOScpiExecutionSink says.
 namespace ZoVelkor::Commands
 {
 

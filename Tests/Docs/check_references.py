@@ -12,7 +12,7 @@ import pathlib
 import re
 import sys
 
-FOLDERS = ("Platform", "ComponentShell", "Inc", "Src", "Interfaces", "Remote", "RemoteKernel", "Transports",
+FOLDERS = ("Platform", "ComponentShell", "Inc", "Src", "Interfaces", "Remote", "Commands", "RemoteKernel", "Transports",
            "DemoInstrument", "Tools", "Tests", "Fixtures", "Benchmarks", "Fuzz", "Docs", "CMake", ".ci")
 FILE_NAME = re.compile(r"[\w.-]+\.(?:cpp|h|md|cmake|py|txt)$")
 CLASS_NAME = re.compile(r"(?:C[A-Z][a-z]|CB[A-Z]|IZO[A-Z])\w*(?:::~?\w+)*$")
