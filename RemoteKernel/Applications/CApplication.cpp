@@ -86,7 +86,7 @@ IZOScpiExecutionSink* CApplication::SinkLocked(long remotePath)
     return m_engines.emplace(remotePath, std::move(engine)).first->second.sink;
 }
 
-CApplication::Engine CApplication::MakeEngineLocked()
+CApplication::Engine CApplication::MakeEngineLocked() const
 {
     Engine engine;
     engine.maker = m_callees.engines;
@@ -164,7 +164,7 @@ HRESULT CApplication::RunTracedLocked(const ParsedCommand& command,
     return result;
 }
 
-void CApplication::TellLocked(const ApplicationNews& news) noexcept
+void CApplication::TellLocked(const ApplicationNews& news) const noexcept
 {
     IZOScpiDeviceHandler* const deviceHandler = m_callees.deviceHandler;
     if (deviceHandler == nullptr)

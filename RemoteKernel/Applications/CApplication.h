@@ -120,7 +120,7 @@ private:
         CComPtr<IZOScpiMultichannelParser> engines;
     };
 
-    void TellLocked(const ApplicationNews& news) noexcept ZO_REQUIRES(m_mutex);
+    void TellLocked(const ApplicationNews& news) const noexcept ZO_REQUIRES(m_mutex);
 
     struct Engine
     {
@@ -135,7 +135,7 @@ private:
     }
     /// @return borrowed, while the lock is held; null when the path's engine cannot be made
     IZOScpiExecutionSink* SinkLocked(long remotePath) ZO_REQUIRES(m_mutex);
-    Engine MakeEngineLocked() ZO_REQUIRES(m_mutex);
+    Engine MakeEngineLocked() const ZO_REQUIRES(m_mutex);
     static void GiveBack(Engine& engine) noexcept;
     HRESULT RunLocked(const ParsedCommand& command,
                       IUnknown* context,

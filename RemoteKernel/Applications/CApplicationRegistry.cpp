@@ -278,7 +278,7 @@ HRESULT CApplicationRegistry::RemoveWhere(TCondition condition)
     });
 }
 
-void CApplicationRegistry::ReleaseEngines(long remotePath) noexcept
+void CApplicationRegistry::ReleaseEngines(long remotePath) const noexcept
 {
     std::uint64_t generation = 0;
     const std::shared_ptr<const ApplicationSet> set = Current(generation);

@@ -71,7 +71,7 @@ public:
     std::shared_ptr<CApplication> FindApplication(const GUID& id) const;
 
     /// Tells the applications that a remote path has ended.
-    void ReleaseEngines(long remotePath) noexcept;
+    void ReleaseEngines(long remotePath) const noexcept;
 
     /// Number of the current set; changes with every registration.
     std::uint64_t Generation() const noexcept { return m_generation.load(std::memory_order_acquire); }

@@ -1,4 +1,3 @@
-#include "CMutexLocker.h"
 #include "ExecutionFakes.h"
 #include "ZoSoftwarePlatform.h"
 
@@ -6,6 +5,7 @@
 #include <fstream>
 #include <functional>
 #include <map>
+#include <mutex>
 #include <pthread.h>
 #include <stdexcept>
 
@@ -22,7 +22,7 @@ struct Script
     /// @return 1 for the service or step that is missing
     HRESULT Find(const std::string& name)
     {
-        const CMutexLocker lock(mutex);
+        const std::lock_guard lock(mutex);
         log += name + ";";
         return name == missing && --findsLeft < 0 ? S_FALSE : S_OK;
     }
@@ -35,7 +35,7 @@ struct Script
         return throws ? throw std::runtime_error("broken service") : result;
     }
 
-    CMutex mutex;
+    std::mutex mutex;
     std::string log;
     std::string missing;
     int findsLeft = 0; ///< before the missing one is missed
