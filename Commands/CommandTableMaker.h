@@ -352,12 +352,23 @@ private:
         return m_list.Add({.sfx = unit});
     }
 
+    /// By their texts: sanitized builds cannot compare functions while they compile.
+    static constexpr bool HaveSameWords(const ParameterData& one, const ParameterData& other)
+    {
+        bool areSame = one.wordCount == other.wordCount;
+        for (std::size_t i = 0; areSame && i < one.wordCount; ++i)
+        {
+            areSame = one.word(i) == other.word(i);
+        }
+        return areSame;
+    }
+
     constexpr std::uint32_t FindWords(std::size_t index)
     {
         const ParameterData& parameter = *m_parameters[index];
         for (std::size_t i = m_placed; i < index; ++i)
         {
-            if (m_parameters[i]->word == parameter.word)
+            if (HaveSameWords(*m_parameters[i], parameter))
             {
                 return m_list.records[i].par.iKeywords;
             }
