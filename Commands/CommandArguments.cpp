@@ -63,7 +63,7 @@ RefuseValue(CCommandCall& call, const ArgumentContext& context, double value, do
 {
     const std::string_view unit = context.parameter.unit;
     const std::string detail = fmt::format("{} {}, allowed {} to {}",
-                                           context.command,
+                                           CommandName(context.header),
                                            WithUnit(value, unit),
                                            WithUnit(minimum, unit),
                                            WithUnit(maximum, unit));

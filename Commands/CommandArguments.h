@@ -24,7 +24,7 @@ namespace ZoVelkor::Commands
 struct ArgumentContext
 {
     const ParameterData& parameter;
-    std::string_view command; ///< short form of the command's last keyword that must be written, for messages
+    const HeaderPattern& header; ///< of the command, for messages
 };
 
 /// Reads a number or one of MINimum, MAXimum and DEFault.

@@ -18,18 +18,6 @@ namespace ZoVelkor::Commands
 
 /// @cond machinery
 
-/// Short form of the last keyword that must be written, for messages.
-constexpr std::string_view CommandName(const HeaderPattern& header)
-{
-    std::string_view name = header.nodes[0].keyword;
-    for (std::size_t i = 0; i < header.count; ++i)
-    {
-        const PatternNode& node = header.nodes[i];
-        name = node.optional || node.alternative ? name : node.keyword;
-    }
-    return header.common ? name : name.substr(0, WrittenShortForm(name));
-}
-
 /// Checks how many arguments came for a command whose parameters are all declared.
 inline HRESULT CheckCount(CCommandCall& call, const CommandData& command)
 {
@@ -136,11 +124,10 @@ Invoke(const THandler& handler, TInstrument& instrument, CCommandCall& call, con
         ->HRESULT
     {
         std::tuple<StoredArgument<std::tuple_element_t<kLeading + I, Arguments>>...> stored{};
-        [[maybe_unused]] const std::string_view name = CommandName(command.header);
         HRESULT result = S_OK;
         static_cast<void>(((result = ReadArgument(call,
                                                   static_cast<long>(I),
-                                                  ArgumentContext{command.parameters[I], name},
+                                                  ArgumentContext{command.parameters[I], command.header},
                                                   std::get<I>(stored)),
                             result == S_OK) &&
                            ...));
@@ -187,7 +174,7 @@ auto& VariableOf(const BoundVariable<TMember>& bound, TInstrument& instrument, C
 template <class TVariable>
 HRESULT SetVariable(TVariable& variable, CCommandCall& call, const CommandData& command)
 {
-    const ArgumentContext context{command.parameters[0], CommandName(command.header)};
+    const ArgumentContext context{command.parameters[0], command.header};
     if constexpr (std::is_floating_point_v<TVariable>)
     {
         double value = 0;
@@ -221,7 +208,7 @@ inline HRESULT AnswerLimit(CCommandCall& call, const CommandData& command)
 {
     double value = 0;
     int step = 0;
-    const ArgumentContext context{command.parameters[0], CommandName(command.header)};
+    const ArgumentContext context{command.parameters[0], command.header};
     if (call.Arguments()[0].iType != ZO_SCPI_PARAMTYPE_SPECIAL)
     {
         return call.Pool().SetScpiError_ParameterNotAllowed();

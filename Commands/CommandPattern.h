@@ -103,6 +103,18 @@ constexpr bool AreAmbiguous(std::string_view left, std::string_view right)
             AreSameWord(shortLeft, longRight) || AreSameWord(longLeft, shortRight));
 }
 
+/// Short form of the last keyword that must be written, for messages.
+constexpr std::string_view CommandName(const HeaderPattern& header)
+{
+    std::string_view name = header.nodes[0].keyword;
+    for (std::size_t i = 0; i < header.count; ++i)
+    {
+        const PatternNode& node = header.nodes[i];
+        name = node.optional || node.alternative ? name : node.keyword;
+    }
+    return header.common ? name : name.substr(0, WrittenShortForm(name));
+}
+
 /// Checks one keyword or word of a list; does not return for a bad one.
 constexpr void CheckKeyword(std::string_view keyword)
 {
